@@ -1,0 +1,90 @@
+# Every target sets up all that it needs, from nothing but Python 3.12 and a C++20 compiler.
+# `make help` lists the targets, CONTRIBUTING.md says when to use which.
+#
+#   make PYTHON=/path/to/python3.12     where the search of tools/find-python is not what is wanted
+#   make CXX=clang++                    the same for tools/find-compiler
+#   make test PYTEST_ARGS="-k seed"     more arguments for pytest
+
+.DEFAULT_GOAL := help
+.DELETE_ON_ERROR:
+.SECONDEXPANSION:
+.PRECIOUS: %/.dependencies %/.installed
+.PHONY: help venv wheel demo test test-pandas2 test-noarrow test-all clean
+
+# What a caller's own Python and pip are told to do is not meant for the environments made here.
+unexport PYTHONHOME PYTHONPATH
+unexport PIP_CONSTRAINT PIP_NO_DEPS PIP_PREFIX PIP_REQUIRE_HASHES PIP_ROOT PIP_TARGET PIP_USER
+
+# Each environment is a folder with the list of packages that makes it what it is.
+environments := .venv .venv-pandas2 .venv-noarrow
+packages_.venv := requirements/pandas3-pyarrow.txt
+packages_.venv-pandas2 := requirements/pandas2.txt
+packages_.venv-noarrow := requirements/pandas3.txt
+
+# Folders stand beside their files so that a deleted file counts as a change, too.
+extension_sources := pyproject.toml CMakeLists.txt $(wildcard CMakePresets.json) \
+    $(shell find include model cmake 2>/dev/null)
+host_sources := host/pyproject.toml \
+    $(shell find host/vantrel -name __pycache__ -prune -o -print 2>/dev/null)
+
+pip := python -m pip --disable-pip-version-check --no-input -qq
+pytest := bin/python -m pytest $(PYTEST_ARGS)
+
+help:  ## list the targets
+	@sed -n 's/^\([a-z0-9-]*\):.*## /make \1	/p' Makefile | expand -t 20
+
+venv: .venv/.installed  ## set up .venv: build tools, test tools and both distributions
+
+wheel: dist/.extension  ## build the wheel of the extension module into dist/
+	@ls dist/vantrel_person-*.whl
+
+demo: .venv/.installed  ## learn from two real tables, sample from what was learnt, compare
+	@.venv/bin/python examples/demo.py
+
+test: .venv/.installed  ## run the tests, with pandas 3 and pyarrow
+	@echo "==> Testing with pandas 3 and pyarrow"
+	@.venv/$(pytest)
+
+test-pandas2: .venv-pandas2/.installed  ## run the tests with pandas 2.3
+	@echo "==> Testing with pandas 2.3"
+	@.venv-pandas2/$(pytest)
+
+test-noarrow: .venv-noarrow/.installed  ## run the tests with pandas 3 but without pyarrow
+	@echo "==> Testing with pandas 3 without pyarrow"
+	@.venv-noarrow/$(pytest)
+
+test-all: test test-pandas2 test-noarrow  ## run the tests in all three environments
+
+clean:  ## remove everything that make made, environments included
+	rm -rf build dist $(environments) .pytest_cache .hypothesis
+
+# An environment is made anew when its list changes, so that it never holds a package too many. The
+# compiler is looked for here as well: better to hear that it is missing before the long part.
+%/.dependencies: $$(packages_$$*) requirements/constraints.txt requirements/build.txt requirements/test.txt
+	@python=$$(tools/find-python) && tools/find-compiler >/dev/null && \
+	echo "Making $* with $$python and $<" && \
+	rm -rf $* && "$$python" -m venv $* && $*/bin/$(pip) install -r $<
+	@touch $@
+
+# The wheel goes into the environments as it is: no editable installs, since the two distributions
+# share the folder vantrel/ of site-packages.
+dist/.extension: .venv/.dependencies $(extension_sources)
+	@echo "Building the extension module"
+	@rm -f dist/vantrel_person-*.whl
+	@CXX=$$(tools/find-compiler) && export CXX && \
+	.venv/bin/$(pip) wheel --no-build-isolation --no-deps --wheel-dir dist .
+	@touch $@
+
+dist/.host: .venv/.dependencies $(host_sources)
+	@echo "Building the host package"
+	@rm -f dist/vantrel-*.whl
+	@.venv/bin/$(pip) wheel --no-build-isolation --no-deps --wheel-dir dist ./host
+	@touch $@
+
+# First the two wheels by force, for their version does not tell that they changed; then what they need.
+%/.installed: %/.dependencies dist/.extension dist/.host
+	@echo "Installing both distributions into $*"
+	@$*/bin/$(pip) install --no-deps --force-reinstall dist/*.whl
+	@$*/bin/$(pip) install -c requirements/constraints.txt dist/*.whl
+	@$*/bin/$(pip) check
+	@touch $@
