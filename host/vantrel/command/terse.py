@@ -1,0 +1,57 @@
+"""Says in one line each what is wrong, and leaves with the status that tells whose fault it is."""
+
+import sys
+import warnings
+from collections.abc import Iterator
+from contextlib import contextmanager
+from typing import Any, NoReturn, override
+
+import click
+
+BAD_DATA = 1
+BAD_USAGE = 2
+INTERRUPTED = 130
+
+
+class TerseGroup(click.Group):
+    """A group of commands whose errors are one line on stderr, without the usage."""
+
+    @override
+    def main(self, *args: Any, **kwargs: Any) -> NoReturn:  # type: ignore[override]
+        kwargs["standalone_mode"] = False
+        try:
+            status = super().main(*args, **kwargs)
+        except click.exceptions.NoArgsIsHelpError as error:
+            click.echo(error.format_message(), err=True)
+            sys.exit(BAD_USAGE)
+        except click.ClickException as error:
+            message = " ".join(error.format_message().split())
+            click.echo(f"vantrel: error: {message}", err=True)
+            sys.exit(error.exit_code)
+        except click.Abort:
+            click.echo("vantrel: interrupted", err=True)
+            sys.exit(INTERRUPTED)
+        sys.exit(status if isinstance(status, int) else 0)
+
+
+@contextmanager
+def reporting() -> Iterator[None]:
+    """Turns what the data makes fail into one-line errors, and warnings into plain lines.
+
+    Raises:
+        click.ClickException: The table, the model file or the disk is not as it should be.
+    """
+    with warnings.catch_warnings():
+        warnings.simplefilter("once", UserWarning)
+        warnings.showwarning = _show_warning
+        try:
+            yield
+        except OSError as error:
+            where = f"{error.filename}: " if error.filename else ""
+            raise click.ClickException(f"{where}{error.strerror or error}.") from error
+        except ValueError as error:
+            raise click.ClickException(str(error)) from error
+
+
+def _show_warning(message: Warning | str, *_: Any, **__: Any) -> None:
+    click.echo(f"vantrel: warning: {message}", err=True)

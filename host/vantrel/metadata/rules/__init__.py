@@ -1,0 +1,1 @@
+"""Rules that a table's columns keep together."""

@@ -1,0 +1,1 @@
+"""Models that learn from tables and sample new ones."""

@@ -1,0 +1,59 @@
+"""What every model has in common."""
+
+from __future__ import annotations
+
+from typing import TYPE_CHECKING, Any, Generic, Self, TypeVar, cast
+
+import numpy as np
+
+from vantrel.metadata.base import ValueMeta
+from vantrel.metadata.forms import meta_from_dict
+
+if TYPE_CHECKING:
+    import pandas as pd
+
+MetaT = TypeVar("MetaT", bound=ValueMeta)
+ValueT = TypeVar("ValueT")
+
+
+class DiscreteModel(Generic[MetaT, ValueT]):
+    """A model of values that come from a finite set or are generated one by one.
+
+    No method here calls one that a subclass might replace, so that a subclass is free to give
+    its methods other meanings and orders.
+
+    Args:
+        meta: What is known of the modelled column or group of columns.
+    """
+
+    def __init__(self, meta: MetaT) -> None:
+        self._meta = meta
+        self._rng = np.random.default_rng()
+
+    @property
+    def meta(self) -> MetaT:
+        """What is known of the modelled column or group of columns."""
+        return self._meta
+
+    @property
+    def name(self) -> str:
+        """The name of the modelled column or group."""
+        return self._meta.name
+
+    def fit(self, df: pd.DataFrame) -> Self:
+        """Learns the meta from a table, in place of what it knew before."""
+        self._meta.extract(df)
+        return self
+
+    def to_dict(self) -> dict[str, Any]:
+        """Gives the dictionary form, plain JSON: the meta. Random states are not part of it."""
+        return {"meta": self._meta.to_dict()}
+
+    @classmethod
+    def from_dict(cls, d: dict[str, Any]) -> Self:
+        """Rebuilds a model from its dictionary form.
+
+        Raises:
+            KeyError: The form lacks a key.
+        """
+        return cls(meta=cast(MetaT, meta_from_dict(d["meta"])))

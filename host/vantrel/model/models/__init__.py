@@ -1,0 +1,1 @@
+"""The models of particular kinds of columns."""

@@ -1,0 +1,133 @@
+"""Frequencies of the values of one column."""
+
+from __future__ import annotations
+
+import inspect
+from typing import Any, Generic, Self, TypeVar, cast
+
+import numpy as np
+import pandas as pd
+
+from vantrel.metadata import Nominal
+from vantrel.metadata.base import column_of
+from vantrel.metadata.forms import meta_from_dict
+from vantrel.model.base import DiscreteModel
+from vantrel.model.exceptions import ModelNotFittedError
+
+ValueT = TypeVar("ValueT")
+
+
+class Histogram(DiscreteModel[Nominal, ValueT], Generic[ValueT]):
+    """Learns how often each value of a column occurs and draws values as often.
+
+    A subclass may learn other values than the column's own (keys of groups of them). What its
+    constructor takes beside ``meta`` are its settings: they are kept in attributes of the same
+    names and are part of the dictionary form.
+
+    Args:
+        meta: What is known of the column. The share of missing values is kept in its
+            ``nan_freq``, its categories are learnt unless they are known already.
+    """
+
+    def __init__(self, meta: Nominal) -> None:
+        super().__init__(meta=meta)
+        self._probabilities: dict[ValueT, float] | None = None
+        # Whether the categories are this model's to learn, not those of whoever shares the meta.
+        self._learns_categories = False
+
+    def fit(self, df: pd.DataFrame) -> Self:
+        """Learns the frequencies from a table, in place of what was learnt before.
+
+        Args:
+            df: A frame that has the model's column.
+
+        Raises:
+            ColumnNotFoundError: There is no such column.
+            ValueError: The column has no value to learn from.
+        """
+        column = column_of(df, self.name)
+        shares = column.value_counts(sort=False, normalize=True)
+        values = column.dropna().unique().tolist()
+        if not values:
+            raise ValueError(
+                f"Column {self.name!r} has nothing to learn from: each of its {len(column)} values"
+                " is missing or not understood."
+            )
+        self._learns_categories |= not self._meta.extracted
+        if self._learns_categories:
+            self._meta.extract(df)
+        self._probabilities = {value: float(shares[value]) for value in values}
+        self._meta.nan_freq = float(column.isna().mean())
+        return self
+
+    def sample(
+        self,
+        n: int | None = None,
+        produce_nans: bool = True,
+        conditions: pd.DataFrame | None = None,
+        associations: list[Any] | None = None,
+    ) -> pd.DataFrame:
+        """Draws values from the learnt frequencies.
+
+        Args:
+            n: The number of rows; the number of rows of ``conditions`` where that is given.
+            produce_nans: Whether to draw missing values, too, as often as the data had them.
+            conditions: Values that are given. A column of the model's name is the result.
+            associations: Accepted for all models alike; one column has none.
+
+        Returns:
+            A frame of one column, named as the model's. Drawn values have the index 0 to n - 1.
+
+        Raises:
+            ModelNotFittedError: Nothing has been learnt yet.
+            ValueError: Neither ``n`` nor ``conditions`` is given, or ``n`` is below 0.
+        """
+        if conditions is not None and self.name in conditions.columns:
+            return conditions[[self.name]]
+        rows = n if conditions is None else len(conditions)
+        if rows is None or rows < 0:
+            raise ValueError("Give 'n', a number of rows that is not below 0, or 'conditions'.")
+        return pd.DataFrame({self.name: self._draw(rows, produce_nans)})
+
+    def _draw(self, rows: int, produce_nans: bool) -> pd.Series:
+        if not self._probabilities:
+            raise ModelNotFittedError(f"Nothing has been learnt of column {self.name!r} yet.")
+        weights = np.fromiter(self._probabilities.values(), dtype=float)
+        positions = self._rng.choice(len(weights), size=rows, p=weights / weights.sum())
+        if produce_nans and self._meta.nan_freq:
+            positions[self._rng.random(rows) < self._meta.nan_freq] = -1
+        # Looking up -1 finds nothing: pandas puts in whatever the type of the values lets be missing.
+        return pd.Series(list(self._probabilities)).reindex(positions).reset_index(drop=True)
+
+    @classmethod
+    def _setting_names(cls) -> list[str]:
+        return [name for name in inspect.signature(cls).parameters if name != "meta"]
+
+    def to_dict(self) -> dict[str, Any]:
+        """Gives the dictionary form: the meta, the probabilities and the settings.
+
+        Raises:
+            TypeError: A value is not a string and so cannot be a key in JSON.
+        """
+        for value in self._probabilities or {}:
+            if not isinstance(value, str):
+                raise TypeError(
+                    f"Value {value!r} of column {self.name!r} cannot be stored: convert the column"
+                    " to strings before fitting."
+                )
+        d = super().to_dict()
+        d["probabilities"] = None if self._probabilities is None else dict(self._probabilities)
+        d.update({name: getattr(self, name) for name in self._setting_names()})
+        return d
+
+    @classmethod
+    def from_dict(cls, d: dict[str, Any]) -> Self:
+        """Rebuilds a model from its dictionary form.
+
+        Raises:
+            KeyError: The form lacks a key.
+        """
+        settings = {name: d[name] for name in cls._setting_names()}
+        model = cls(meta=cast(Nominal, meta_from_dict(d["meta"])), **settings)
+        model._probabilities = d["probabilities"]
+        return model

@@ -1,0 +1,50 @@
+"""Reads and writes tables of people."""
+
+from pathlib import Path
+
+import pandas as pd
+from pandas.errors import EmptyDataError, ParserError
+
+from vantrel.files import replacing
+
+
+class TableError(ValueError):
+    """A table cannot be read, or holds nothing to learn from."""
+
+
+def read_table(path: Path) -> pd.DataFrame:
+    """Reads a CSV table with a header, every value as text.
+
+    Only an empty cell is a missing value: the country code NA and leading zeros stay.
+
+    Returns:
+        A frame of at least one row.
+
+    Raises:
+        TableError: The file cannot be read, is no such table or has no rows.
+    """
+    try:
+        df = pd.read_csv(
+            path, dtype=str, keep_default_na=False, na_values=[""], encoding="utf-8-sig"
+        )
+    except EmptyDataError:
+        raise TableError(f"Table {path} is empty: give it a header and at least one row.") from None
+    except OSError as error:
+        raise TableError(f"Table {path} cannot be read: {error.strerror or error}.") from error
+    except UnicodeDecodeError as error:
+        raise TableError(f"Table {path} is not in UTF-8: save it in that encoding.") from error
+    except ParserError as error:
+        raise TableError(f"Table {path} is no CSV table: {' '.join(str(error).split())}") from error
+    if df.empty:
+        raise TableError(f"Table {path} has a header but no rows: give it at least one.")
+    return df
+
+
+def write_table(df: pd.DataFrame, path: Path) -> None:
+    """Writes a table as CSV, missing values as empty cells, whole or not at all.
+
+    Raises:
+        OSError: The file cannot be written.
+    """
+    with replacing(path) as file:
+        df.to_csv(file, index=False, lineterminator="\n")

@@ -1,0 +1,1 @@
+"""Countries, locales and the generators of names that belong to them."""

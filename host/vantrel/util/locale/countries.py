@@ -1,0 +1,79 @@
+"""Recognises countries however people write them."""
+
+import unicodedata
+from functools import cache
+
+import pycountry
+from babel import Locale
+
+# Two-letter codes that are in use though the standard has none for the territory.
+_BEYOND_THE_STANDARD = {"XK": "XKX"}
+
+# Names in use that neither the standard nor babel's English names have.
+_ALIASES = {
+    "AE": ["UAE", "Emirates"],
+    "BN": ["Brunei Darussalam"],
+    "CD": ["DR Congo", "DRC", "Democratic Republic of the Congo"],
+    "CG": ["Republic of the Congo", "Congo"],
+    "CI": ["Ivory Coast"],
+    "CV": ["Cabo Verde"],
+    "CZ": ["Czech Republic"],
+    "FM": ["Micronesia"],
+    "GB": ["UK", "Great Britain", "Britain", "England", "Scotland", "Wales", "Northern Ireland"],
+    "HK": ["Hong Kong"],
+    "KR": ["Korea", "Republic of Korea"],
+    "KP": ["DPRK"],
+    "MK": ["Macedonia", "FYROM"],
+    "MM": ["Burma"],
+    "MO": ["Macau", "Macao"],
+    "NL": ["Holland"],
+    "PS": ["Palestine"],
+    "RU": ["Russia"],
+    "SZ": ["Swaziland"],
+    "TL": ["East Timor"],
+    "TR": ["Turkey"],
+    "US": ["USA", "United States of America", "America"],
+    "VA": ["Vatican", "Holy See"],
+    "VN": ["Viet Nam"],
+}
+
+
+def folded(name: str) -> str:
+    """Strips a name of what does not tell countries apart: case, accents, dots, "the"."""
+    decomposed = unicodedata.normalize("NFKD", name.casefold().replace("&", " and "))
+    plain = "".join(c for c in decomposed if not unicodedata.combining(c) and c != ".")
+    words = "".join(c if c.isalnum() else " " for c in plain).split()
+    return " ".join(words[1:] if words[:1] == ["the"] else words)
+
+
+def country_name(code: str) -> str:
+    """Gives the English name of a country.
+
+    Args:
+        code: The two-letter code, in capitals.
+    """
+    return _english_names()[code]
+
+
+@cache
+def country_codes() -> dict[str, str]:
+    """Maps every folded way to write a country to its two-letter code."""
+    codes: dict[str, str] = {}
+    english = _english_names()
+    for country in pycountry.countries:
+        for spelling in ("alpha_2", "alpha_3", "name", "common_name", "official_name"):
+            if hasattr(country, spelling):
+                codes.setdefault(folded(getattr(country, spelling)), country.alpha_2)
+        codes.setdefault(folded(english[country.alpha_2]), country.alpha_2)
+    for code, alpha_3 in _BEYOND_THE_STANDARD.items():
+        for spelling in (code, alpha_3, english[code]):
+            codes.setdefault(folded(spelling), code)
+    for code, names in _ALIASES.items():
+        for name in names:
+            codes.setdefault(folded(name), code)
+    return codes
+
+
+@cache
+def _english_names() -> dict[str, str]:
+    return dict(Locale("en").territories)
