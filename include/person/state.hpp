@@ -1,0 +1,35 @@
+#pragma once
+
+// What the module keeps for as long as it lives: the interned names, the small integers and the builtins that its code
+// uses. There is one module a process, so the state is static.
+
+#include <Python.h>
+
+namespace person {
+
+struct Integer {
+    long value;
+    PyObject* object = nullptr;
+
+    operator PyObject*() const noexcept { return object; }
+};
+
+#define PERSON_INTEGERS(X) X(zero, 0) X(one, 1) X(eight, 8) X(nine, 9) X(sixteen, 16) X(hundred, 100)
+
+namespace integers {
+#define PERSON_DECLARE(identifier, value) inline constinit Integer identifier{value};
+PERSON_INTEGERS(PERSON_DECLARE)
+#undef PERSON_DECLARE
+}  // namespace integers
+
+struct State {
+    PyObject* module = nullptr;   ///< the executed module; owned, so that it is there when it is imported again
+};
+
+State& state();
+
+/// Makes every name and integer that is not there yet, and looks up every builtin; raises NameError for a builtin that
+/// is missing. What is made stays for the life of the process: functions may outlive a module whose body failed.
+void fill_state();
+
+}  // namespace person

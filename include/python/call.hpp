@@ -1,0 +1,82 @@
+#pragma once
+
+// The object protocol as expressions: each function is one operation of the language, and throws PythonError where
+// the operation would raise.
+
+#include <Python.h>
+
+#include <initializer_list>
+#include <utility>
+
+#include "python/error.hpp"
+#include "python/ref.hpp"
+
+namespace python {
+
+struct Keyword {
+    PyObject* name;
+    PyObject* value;
+};
+
+using Positionals = std::initializer_list<PyObject*>;
+using Keywords = std::initializer_list<Keyword>;
+
+Ref call(PyObject* callable, Positionals positionals = {}, Keywords keywords = {});
+
+/// Calls `object.name(...)`.
+Ref call_method(PyObject* object, PyObject* name, Positionals positionals = {}, Keywords keywords = {});
+
+inline Ref attr(PyObject* object, PyObject* name) { return owned(PyObject_GetAttr(object, name)); }
+
+/// Reads a chain of attributes: `attr(o, a, b)` is `o.a.b`.
+template <class... Names>
+Ref attr(PyObject* object, PyObject* name, PyObject* next, const Names&... rest) {
+    return attr(attr(object, name), next, rest...);
+}
+
+inline void set_attr(PyObject* object, PyObject* name, PyObject* value) {
+    require(PyObject_SetAttr(object, name, value));
+}
+
+inline Ref item(PyObject* object, PyObject* key) { return owned(PyObject_GetItem(object, key)); }
+
+inline void set_item(PyObject* object, PyObject* key, PyObject* value) {
+    require(PyObject_SetItem(object, key, value));
+}
+
+inline bool truth(PyObject* object) { return require(PyObject_IsTrue(object)) != 0; }
+
+inline bool equal(PyObject* left, PyObject* right) {
+    return truth(owned(PyObject_RichCompare(left, right, Py_EQ)));
+}
+
+inline bool contains(PyObject* container, PyObject* value) {
+    return require(PySequence_Contains(container, value)) != 0;
+}
+
+inline Py_ssize_t length(PyObject* object) { return require(PyObject_Size(object)); }
+
+inline bool is_instance(PyObject* object, PyObject* type) { return require(PyObject_IsInstance(object, type)) != 0; }
+
+/// `left + right`
+inline Ref add(PyObject* left, PyObject* right) { return owned(PyNumber_Add(left, right)); }
+
+inline Ref none() { return Ref::share(Py_None); }
+inline Ref boolean(bool value) { return Ref::share(value ? Py_True : Py_False); }
+inline Ref string(const char* text) { return owned(PyUnicode_FromString(text)); }
+inline Ref integer(Py_ssize_t value) { return owned(PyLong_FromSsize_t(value)); }
+inline Ref list_of(PyObject* iterable) { return owned(PySequence_List(iterable)); }
+
+Ref list(Positionals elements = {});
+Ref tuple(Positionals elements);
+Ref dict(Keywords entries = {});
+
+inline void append(const Ref& list, PyObject* value) { require(PyList_Append(list, value)); }
+
+/// Unpacks an iterable into exactly two values, as `first, second = pair` does.
+std::pair<Ref, Ref> unpack_pair(PyObject* pair);
+
+/// Looks a special method up on the object's type, as the interpreter does, and binds it; empty when there is none.
+Ref special_method(PyObject* object, PyObject* name);
+
+}  // namespace python

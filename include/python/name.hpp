@@ -1,0 +1,15 @@
+#pragma once
+
+#include <Python.h>
+
+namespace python {
+
+/// An identifier or text of the source as one interned Python string, made when the module is executed.
+struct Name {
+    const char* text;
+    PyObject* object = nullptr;
+
+    operator PyObject*() const noexcept { return object; }
+};
+
+}  // namespace python

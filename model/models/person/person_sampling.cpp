@@ -1,0 +1,377 @@
+// PersonModel: fitting, sampling, gender keys and the category values behind them, association checks.
+
+#include <Python.h>
+
+#include "person/names.hpp"
+#include "person/patterns.hpp"
+#include "person/state.hpp"
+#include "person/typed.hpp"
+#include "person/units.hpp"
+#include "python/builtins.hpp"
+#include "python/call.hpp"
+#include "python/context.hpp"
+#include "python/iterate.hpp"
+#include "python/module.hpp"
+
+namespace person {
+
+namespace {
+
+using namespace python;
+
+Ref label(PyObject* self, PyObject* field) { return attr(self, names::labels, field); }
+
+// --- fitting --------------------------------------------------------------------------------------------------------------
+
+void fit_hidden_models(PyObject* self, PyObject* df) {
+    if (is_instance(attr(self, names::hidden_model_gender), global(names::GenderModel))) {
+        call_method(attr(self, names::hidden_model_gender), names::fit, {df});
+    }
+    if (is_instance(attr(self, names::hidden_model_country), global(names::CountryModel))) {
+        call_method(attr(self, names::hidden_model_country), names::fit, {df});
+        Ref providers = attr(self, names::hidden_model_country, names::country_to_provider_map);
+        set_attr(self, names::country_to_provider_map, providers);
+    }
+}
+
+Ref fit_body(Arguments arguments) {
+    auto [self, df] = arguments.take<2>();
+    call_method(arguments.parent(self), names::fit, {}, {{names::df, df}});
+    Ref manager = call_method(attr(self, names::_meta), names::unfold, {}, {{names::df, df}});
+    with(manager, arguments.function(), [self = self, df = df] { fit_hidden_models(self, df); });
+    return Ref::share(self);
+}
+
+// --- the sampling entry -----------------------------------------------------------------------------------------------------
+
+/// What the caller of `sample` gave, and the row count that follows from it.
+struct Request {
+    PyObject* produce_nans;
+    PyObject* conditions;
+    PyObject* associations;
+    Ref num_rows;
+};
+
+/// `field`'s label, where the conditions hold that column.
+bool is_conditioned(PyObject* self, PyObject* field, PyObject* conditions) {
+    if (conditions == Py_None) return false;
+    Ref column = label(self, field);
+    return contains(attr(conditions, names::columns), column);
+}
+
+Ref sample_hidden(PyObject* model, const Request& request) {
+    return call_method(model, names::sample, {},
+                       {{names::n, request.num_rows},
+                        {names::produce_nans, request.produce_nans},
+                        {names::conditions, request.conditions},
+                        {names::associations, request.associations}});
+}
+
+Ref given_genders(PyObject* self, PyObject* conditions) {
+    Ref map = attr(self, names::map_to_gender_keys);
+    Ref column = item(conditions, label(self, names::gender));
+    Ref values = call_method(column, names::astype, {str_type()});
+    Ref mapping = pattern_mapping(self, {{names::key_male, names::gender_male_regex},
+                                         {names::key_female, names::gender_female_regex},
+                                         {names::key_non_binary, names::gender_non_binary_regex}});
+    return call(map, {values}, {{names::mapping, mapping}});
+}
+
+/// `pd.Series(self._rng.choice(...), ...)` over the choices
+Ref draw_series(PyObject* self, PyObject* make_series, PyObject* choices, PyObject* num_rows, Keywords keywords) {
+    Ref choose = attr(self, names::_rng, names::choice);
+    Ref drawn = call(choose, {choices}, {{names::size, num_rows}});
+    return call(make_series, {drawn}, keywords);
+}
+
+Ref settle_genders(PyObject* self, const Request& request) {
+    if (is_conditioned(self, names::gender, request.conditions)) return given_genders(self, request.conditions);
+    if (attr(self, names::hidden_model_gender).get() != Py_None) {
+        Ref sampled = sample_hidden(attr(self, names::hidden_model_gender), request);
+        return item(sampled, attr(self, names::hidden_model_gender, names::meta, names::name));
+    }
+    Ref make_series = attr(global(names::pd), names::Series);
+    Ref keys = list({attr(global(names::GenderModel), names::key_male).get(),
+                     attr(global(names::GenderModel), names::key_female).get()});
+    return draw_series(self, make_series, keys, request.num_rows, {});
+}
+
+Ref settle_countries(PyObject* self, const Request& request) {
+    if (is_conditioned(self, names::country, request.conditions)) {
+        return item(request.conditions, label(self, names::country));
+    }
+    if (attr(self, names::hidden_model_country).get() != Py_None) {
+        Ref sampled = sample_hidden(attr(self, names::hidden_model_country), request);
+        return item(sampled, label(self, names::country));
+    }
+    return none();
+}
+
+void set_providers_of(PyObject* self, PyObject* locales) {
+    Ref find_providers = global(names::get_country_to_provder_map);
+    Ref providers = call(find_providers, {locales, attr(global(names::Provider), names::PERSON)});
+    set_attr(self, names::country_to_provider_map, providers);
+}
+
+/// `[self.default_locale for _ in range(num_rows)]`
+Ref repeated_default_locale(PyObject* self, PyObject* num_rows) {
+    Ref repeated = list();
+    for (Ref index : iterate(call(builtins::range, {num_rows}))) append(repeated, attr(self, names::default_locale));
+    return repeated;
+}
+
+/// No country column: the rows get locales.
+Ref settle_locales(PyObject* self, const Request& request) {
+    const bool has_locales = attr(self, names::locales).get() != Py_None;
+    if (has_locales) {
+        set_providers_of(self, attr(self, names::locales));
+    } else {
+        set_providers_of(self, list({attr(self, names::default_locale).get()}));
+    }
+    Ref make_series = attr(global(names::pd), names::Series);
+    if (!has_locales) {
+        Ref locales = repeated_default_locale(self, request.num_rows);
+        return call(make_series, {locales}, {{names::dtype, str_type()}});
+    }
+    Ref locales = list_of(attr(self, names::locales));
+    return draw_series(self, make_series, locales, request.num_rows, {{names::dtype, str_type()}});
+}
+
+Ref sample_body(Arguments arguments) {
+    auto [self, n, produce_nans, conditions, associations] = arguments.take<5>();
+    if (conditions == Py_None && n == Py_None) {
+        raise(builtins::ValueError, "One of 'n' or 'conditions' must be given.");
+    }
+    Ref count = conditions == Py_None ? Ref::share(n) : integer(length(conditions));
+    Request request{produce_nans, conditions, associations, cast(int_type(), count)};
+    expect_exact(request.num_rows, &PyLong_Type, "int");
+
+    Ref gender_conditions = settle_genders(self, request);
+    Ref country_conditions =
+        truth(label(self, names::country)) ? settle_countries(self, request) : settle_locales(self, request);
+    Ref df = call_method(self, names::_sample_conditional, {},
+                         {{names::num_rows, request.num_rows},
+                          {names::gender_conditions, gender_conditions},
+                          {names::country_conditions, country_conditions},
+                          {names::produce_nans, produce_nans}});
+    return call_method(attr(self, names::_meta), names::revert_df_from_children, {df});
+}
+
+// --- gender keys and category values ------------------------------------------------------------------------------------------
+
+Ref generate_values_from_collections_body(Arguments arguments) {
+    auto [self, conditions, collections] = arguments.take<3>();
+    Ref apply = attr(call_method(conditions, names::astype, {str_type()}), names::apply);
+    Ref element = attr(self, names::generate_from_collections);
+    return call(apply, {element}, {{names::collections, collections}});
+}
+
+Ref generate_from_collections_body(Arguments arguments) {
+    auto [key, collections] = arguments.take<2>();
+    Ref text = owned(PyObject_Str(key));
+    Ref categories = call_method(collections, names::get, {text, list()});
+    if (length(categories) == 0) return attr(global(names::pd), names::NA);
+    return call(attr(global(names::np), names::random, names::choice), {categories});
+}
+
+/// Appends the key of the first collection that holds the value, if one does.
+void append_key_of(PyObject* value, PyObject* collections, const Ref& keys) {
+    for (Ref entry : iterate(call_method(collections, names::items))) {
+        auto [key, collection] = unpack_pair(entry);
+        if (!contains(collection, value)) continue;
+        append(keys, key);
+        return;
+    }
+}
+
+Ref map_to_gender_keys_body(Arguments arguments) {
+    auto [self, conditions, mapping] = arguments.take<3>();
+    Ref sort = global(names::collections_from_mapping);
+    Ref collections = call(sort, {conditions, mapping, attr(global(names::GenderModel), names::key_ambiguous)});
+    Ref return_values = list();
+    for (Ref value : iterate(conditions)) append_key_of(value, collections, return_values);
+    return call(attr(global(names::pd), names::Series), {return_values});
+}
+
+// --- association checks ---------------------------------------------------------------------------------------------------------
+
+bool differs_from_label(PyObject* self, PyObject* column, PyObject* field) {
+    return truth(owned(PyObject_RichCompare(column, label(self, field), Py_NE)));
+}
+
+[[noreturn]] void refuse_association(PyObject* self, PyObject* column) {
+    Ref name = owned(PyObject_Format(column, nullptr));
+    const auto class_name = [self] {
+        return owned(PyObject_Format(attr(self, names::dunder_class, names::dunder_name), nullptr));
+    };
+    Ref first = class_name();
+    Ref second = class_name();
+    raise(builtins::ValueError,
+          "Association attributed to column: %U which is generated as new\n"
+          "                            by model: %U.\n"
+          "                            %U does not support associations with this label\n"
+          "                            as it generates completely new data. Consider removing the association\n"
+          "                            or changing the model.",
+          name.get(), first.get(), second.get());
+}
+
+Ref check_associations_body(Arguments arguments) {
+    auto [self, associations] = arguments.take<2>();
+    for (Ref association : iterate(associations)) {
+        for (Ref column : iterate(attr(association, names::associations))) {
+            if (contains(call_method(attr(self, names::params), names::values), column) &&
+                differs_from_label(self, column, names::country) && differs_from_label(self, column, names::gender)) {
+                refuse_association(self, column);
+            }
+        }
+    }
+    return none();
+}
+
+// --- the rows -------------------------------------------------------------------------------------------------------------------
+
+constexpr Parameter kFit[] = {{.name = names::self}, {.name = names::df, .annotation = "pd.DataFrame"}};
+constexpr Parameter kSample[] = {
+    {.name = names::self},
+    {.name = names::n, .annotation = "Optional[int]", .exact = &PyLong_Type, .optional = true, .default_ = none},
+    {.name = names::produce_nans, .annotation = "bool", .default_ = [] { return boolean(true); }},
+    {.name = names::conditions, .annotation = "Optional[pd.DataFrame]", .default_ = none},
+    {.name = names::associations,
+     .annotation = "Optional[List[Association]]",
+     .exact = &PyList_Type,
+     .optional = true,
+     .default_ = none},
+};
+constexpr Parameter kValuesFromCollections[] = {
+    {.name = names::self},
+    {.name = names::conditions, .annotation = "pd.Series"},
+    {.name = names::collections, .annotation = "Dict[str, List[str]]", .exact = &PyDict_Type},
+};
+constexpr Parameter kFromCollections[] = {
+    {.name = names::key, .annotation = "Union[str, np.str_]"},
+    {.name = names::collections, .annotation = "Dict[str, List[str]]", .exact = &PyDict_Type},
+};
+constexpr Parameter kMapToGenderKeys[] = {
+    {.name = names::self},
+    {.name = names::conditions, .annotation = "pd.Series"},
+    {.name = names::mapping, .annotation = "Dict[str, str]", .exact = &PyDict_Type},
+};
+constexpr Parameter kCheckAssociations[] = {
+    {.name = names::self},
+    {.name = names::associations, .annotation = "List[Association]", .exact = &PyList_Type},
+};
+
+}  // namespace
+
+namespace person_model {
+
+constexpr Function fit{
+    .qualname = "PersonModel.fit",
+    .line = 222,
+    .kind = Kind::method,
+    .parameters = kFit,
+    .returns = "'PersonModel'",
+    .doc = R"(Fit the model and its hidden models on a table.
+
+        Args:
+            df: A data frame that holds the columns that the labels name.
+
+        Returns:
+            The model itself.
+)",
+    .free_variable = kClassCell,
+    .body = fit_body};
+
+constexpr Function sample{
+    .qualname = "PersonModel.sample",
+    .line = 234,
+    .kind = Kind::method,
+    .parameters = kSample,
+    .returns = "pd.DataFrame",
+    .doc = R"(Sample new rows.
+
+        Args:
+            n: Number of rows; not needed, and ignored, where conditions are given.
+            produce_nans: Whether values may be missing, as often as they were when the model was fitted.
+            conditions: A data frame with one row for each row to sample, whose gender and country columns are kept to.
+            associations: Association rules, handed on to the hidden models.
+
+        Returns:
+            A data frame of n rows with the columns that the labels name, in the order of the fitted table.
+
+        Raises:
+            ValueError: if neither n nor conditions is given.
+            TypeError: if n is no int, or associations no list.
+            KeyError: if a row's country has no provider.
+)",
+    .body = sample_body};
+
+constexpr Function generate_values_from_collections{
+    .qualname = "PersonModel.generate_values_from_collections",
+    .line = 447,
+    .kind = Kind::method,
+    .parameters = kValuesFromCollections,
+    .returns = "pd.Series",
+    .doc = R"(Draw a category value for each gender key.
+
+        Args:
+            conditions: A series of gender keys.
+            collections: The category values of each gender key.
+
+        Returns:
+            A series with the index of the conditions; missing where the key has no values.
+)",
+    .body = generate_values_from_collections_body};
+
+constexpr Function generate_from_collections{
+    .qualname = "PersonModel.generate_from_collections",
+    .line = 626,
+    .kind = Kind::static_method,
+    .parameters = kFromCollections,
+    .doc = R"(Draw one category value of a gender key, each with equal chance.
+
+        Args:
+            key: A gender key.
+            collections: The category values of each gender key.
+
+        Returns:
+            One of the key's values, or pd.NA if it has none.
+)",
+    .body = generate_from_collections_body};
+
+constexpr Function map_to_gender_keys{
+    .qualname = "PersonModel.map_to_gender_keys",
+    .line = 639,
+    .kind = Kind::method,
+    .parameters = kMapToGenderKeys,
+    .returns = "pd.Series",
+    .doc = R"(Find the gender key of each category value.
+
+        Args:
+            conditions: A series of category values.
+            mapping: The pattern of each gender key.
+
+        Returns:
+            A series of gender keys with a new index from 0. Values that belong to no key are left out.
+)",
+    .body = map_to_gender_keys_body};
+
+constexpr Function check_associations{
+    .qualname = "PersonModel.check_associations",
+    .line = 695,
+    .kind = Kind::method,
+    .parameters = kCheckAssociations,
+    .returns = "None",
+    .doc = R"(Refuse association rules on columns that the model makes from scratch.
+
+        Args:
+            associations: The rules; those on the country or the gender column pass.
+
+        Raises:
+            ValueError: if a rule names another column of the model.
+)",
+    .body = check_associations_body};
+
+}  // namespace person_model
+
+}  // namespace person

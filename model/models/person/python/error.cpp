@@ -1,0 +1,49 @@
+#include "python/error.hpp"
+
+#include <cstdarg>
+#include <exception>
+#include <new>
+
+namespace python {
+
+void raise(PyObject* exception) {
+    if (PyExceptionClass_Check(exception)) {
+        PyErr_SetNone(exception);
+    } else if (PyExceptionInstance_Check(exception)) {
+        PyErr_SetObject(PyExceptionInstance_Class(exception), exception);
+    } else {
+        PyErr_SetString(PyExc_TypeError, "exceptions must derive from BaseException");
+    }
+    throw PythonError{};
+}
+
+void raise(PyObject* type, const char* format, ...) {
+    std::va_list values;
+    va_start(values, format);
+    PyErr_FormatV(type, format, values);
+    va_end(values);
+    throw PythonError{};
+}
+
+Ref type_name(PyObject* object) { return owned(PyType_GetName(Py_TYPE(object))); }
+
+void expect_exact(PyObject* object, PyTypeObject* type, const char* name) {
+    if (object == Py_None || Py_IS_TYPE(object, type)) return;
+    raise(PyExc_TypeError, "Expected %s, got %.200U", name, type_name(object).get());
+}
+
+void set_indicator_from_current_exception() noexcept {
+    try {
+        throw;
+    } catch (const PythonError&) {
+        // The indicator is set already.
+    } catch (const std::bad_alloc&) {
+        PyErr_NoMemory();
+    } catch (const std::exception& error) {
+        PyErr_SetString(PyExc_SystemError, error.what());
+    } catch (...) {
+        PyErr_SetString(PyExc_SystemError, "unknown C++ exception");
+    }
+}
+
+}  // namespace python

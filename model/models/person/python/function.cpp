@@ -1,0 +1,151 @@
+#include "python/function.hpp"
+
+#include <cstring>
+
+#include "python/arguments.hpp"
+#include "python/builtins.hpp"
+#include "python/call.hpp"
+#include "python/error.hpp"
+#include "python/module.hpp"
+#include "python/traceback.hpp"
+
+namespace python {
+
+namespace {
+
+/// Guards against recursion that never passes through the interpreter's own loop.
+class RecursionGuard {
+  public:
+    RecursionGuard() {
+        if (Py_EnterRecursiveCall(" while calling a Python object") != 0) throw PythonError{};
+    }
+    RecursionGuard(const RecursionGuard&) = delete;
+    RecursionGuard& operator=(const RecursionGuard&) = delete;
+    ~RecursionGuard() { Py_LeaveRecursiveCall(); }
+};
+
+/// The code of a function that is all interpreter, to be dressed as one of ours. It only ever runs where somebody
+/// makes another function of it.
+Ref template_code() {
+    Ref source = owned(Py_CompileString("def compiled():\n"
+                                        "    raise SystemError('the code of a compiled function does not run by itself')\n",
+                                        module().file, Py_file_input));
+    Ref constants = owned(PyObject_GetAttrString(source, "co_consts"));
+    for (Py_ssize_t i = 0; i < PyTuple_GET_SIZE(constants.get()); ++i) {
+        PyObject* constant = PyTuple_GET_ITEM(constants.get(), i);
+        if (PyCode_Check(constant)) return Ref::share(constant);
+    }
+    raise(PyExc_SystemError, "no function in the template");
+}
+
+Ref parameter_names(const Function& function) {
+    Ref names = owned(PyTuple_New(static_cast<Py_ssize_t>(function.parameters.size())));
+    Py_ssize_t index = 0;
+    for (const Parameter& parameter : function.parameters) {
+        PyTuple_SET_ITEM(names.get(), index++, Py_NewRef(parameter.name));
+    }
+    return names;
+}
+
+Ref make_code(const Function& function) {
+    Ref changes = owned(PyDict_New());
+    const auto change = [&changes](const char* field, const Ref& value) {
+        require(PyDict_SetItemString(changes, field, value));
+    };
+    Ref names = parameter_names(function);
+    Ref count = integer(PyTuple_GET_SIZE(names.get()));
+    change("co_name", string(function.name()));
+    change("co_qualname", string(function.qualname));
+    change("co_filename", string(module().file));
+    change("co_firstlineno", integer(function.line));
+    change("co_argcount", count);
+    change("co_nlocals", count);
+    change("co_varnames", names);
+    change("co_freevars",
+           function.free_variable == nullptr ? tuple({}) : tuple({string(function.free_variable).get()}));
+    return owned(PyObject_VectorcallDict(owned(PyObject_GetAttrString(template_code(), "replace")), nullptr, 0, changes));
+}
+
+Ref make_annotations(const Function& function) {
+    Ref annotations = owned(PyDict_New());
+    for (const Parameter& parameter : function.parameters) {
+        if (parameter.annotation == nullptr) continue;
+        require(PyDict_SetItem(annotations, parameter.name, string(parameter.annotation)));
+    }
+    if (function.returns != nullptr) {
+        require(PyDict_SetItemString(annotations, "return", string(function.returns)));
+    }
+    return annotations;
+}
+
+Ref make_defaults(const Function& function) {
+    Ref defaults = list();
+    for (const Parameter& parameter : function.parameters) {
+        if (parameter.default_ != nullptr) append(defaults, parameter.default_());
+    }
+    return owned(PyList_AsTuple(defaults));
+}
+
+Ref run(const Function& function, PyObject* object, std::span<PyObject* const> values) {
+    Ref result = function.body(Arguments(function, object, values));
+    if (function.result.exact != nullptr) expect_exact(result, function.result.exact, function.result.name);
+    return result;
+}
+
+}  // namespace
+
+const char* Function::name() const {
+    const char* dot = std::strrchr(qualname, '.');
+    return dot == nullptr ? qualname : dot + 1;
+}
+
+Ref Arguments::free_variable(Py_ssize_t index) const {
+    PyObject* content = PyCell_GET(PyTuple_GET_ITEM(PyFunction_GET_CLOSURE(object_), index));
+    if (content == nullptr) {
+        raise(PyExc_NameError, "cannot access free variable '%s' where it is not associated with a value in enclosing scope",
+              function_.free_variable);
+    }
+    return Ref::share(content);
+}
+
+Ref Arguments::parent(PyObject* self) const { return call(builtins::super, {free_variable(), self}); }
+
+PyObject* enter(const Function& function, PyObject* object, PyObject* const* arguments, std::size_t flagged_count,
+                PyObject* keyword_names) noexcept {
+    std::array<PyObject*, kMaxParameters> slots{};
+    const std::span<PyObject*> values(slots.data(), function.parameters.size());
+    Ref defaults;   // kept for the whole call: the values bound from it are borrowed
+    try {
+        defaults = Ref::share(PyFunction_GET_DEFAULTS(object));
+        bind(function, {arguments, PyVectorcall_NARGS(flagged_count), keyword_names}, defaults, values);
+    } catch (...) {
+        set_indicator_from_current_exception();
+        return nullptr;
+    }
+    try {
+        const RecursionGuard guard;
+        return run(function, object, values).release();
+    } catch (const TracedError&) {
+        return nullptr;
+    } catch (...) {
+        set_indicator_from_current_exception();
+        add_traceback(function.qualname, function.line);
+        return nullptr;
+    }
+}
+
+Ref make_function(const Entry& entry, PyObject* cell) {
+    const Function& function = entry.function;
+    if (function.parameters.size() > kMaxParameters) raise(PyExc_SystemError, "too many parameters: %s", function.qualname);
+    Ref made = owned(PyFunction_NewWithQualName(make_code(function), module().globals, string(function.qualname)));
+    Ref doc = function.doc == nullptr ? none() : string(function.doc);
+    require(PyObject_SetAttrString(made, "__doc__", doc));
+    require(PyFunction_SetAnnotations(made, make_annotations(function)));
+    Ref defaults = make_defaults(function);
+    if (PyTuple_GET_SIZE(defaults.get()) > 0) require(PyFunction_SetDefaults(made, defaults));
+    if (cell != nullptr) require(PyFunction_SetClosure(made, tuple({cell})));
+    PyFunction_SetVectorcall(reinterpret_cast<PyFunctionObject*>(made.get()), entry.vectorcall);
+    return made;
+}
+
+}  // namespace python

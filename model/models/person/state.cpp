@@ -1,0 +1,50 @@
+#include "person/state.hpp"
+
+#include "person/names.hpp"
+#include "python/builtins.hpp"
+#include "python/error.hpp"
+#include "python/module.hpp"
+
+namespace person {
+
+namespace {
+
+/// Hands every object slot of the state to the action, with what fills it.
+template <class Action>
+void for_each_constant(Action action) {
+#define PERSON_NAME(identifier, ...) action(names::identifier);
+#define PERSON_INTEGER(identifier, value) action(integers::identifier);
+#define PERSON_BUILTIN(name) action(python::builtins::name);
+    PERSON_IDENTIFIERS(PERSON_NAME)
+    PERSON_TEXTS(PERSON_NAME)
+    PERSON_INTEGERS(PERSON_INTEGER)
+    PYTHON_BUILTINS(PERSON_BUILTIN)
+#undef PERSON_NAME
+#undef PERSON_INTEGER
+#undef PERSON_BUILTIN
+}
+
+struct Fill {
+    void operator()(python::Name& name) const {
+        if (name.object == nullptr) name.object = python::owned(PyUnicode_InternFromString(name.text)).release();
+    }
+    void operator()(Integer& integer) const {
+        if (integer.object == nullptr) integer.object = python::owned(PyLong_FromLong(integer.value)).release();
+    }
+    void operator()(python::Builtin& builtin) const {
+        PyObject* found = PyDict_GetItemString(python::module().builtins, builtin.name);
+        if (found == nullptr) python::raise(PyExc_NameError, "name '%s' is not defined", builtin.name);
+        Py_XSETREF(builtin.object, Py_NewRef(found));
+    }
+};
+
+}  // namespace
+
+State& state() {
+    static constinit State instance;
+    return instance;
+}
+
+void fill_state() { for_each_constant(Fill{}); }
+
+}  // namespace person
