@@ -22,7 +22,7 @@ packages_.venv-pandas2 := requirements/pandas2.txt
 packages_.venv-noarrow := requirements/pandas3.txt
 
 # Folders stand beside their files so that a deleted file counts as a change, too.
-extension_sources := pyproject.toml CMakeLists.txt $(wildcard CMakePresets.json) \
+extension_sources := pyproject.toml README.md CMakeLists.txt $(wildcard CMakePresets.json) \
     $(shell find include model cmake 2>/dev/null)
 host_sources := host/pyproject.toml \
     $(shell find host/vantrel -name __pycache__ -prune -o -print 2>/dev/null)
