@@ -1,0 +1,139 @@
+"""Learns from two tables of real people, samples new people, and sets the two side by side.
+
+Run it with `make demo`. The models and the sampled tables are left in build/demo/.
+"""
+
+from __future__ import annotations
+
+from dataclasses import dataclass
+from pathlib import Path
+from textwrap import fill
+
+import pandas as pd
+
+from vantrel import model_file
+from vantrel.config import PersonLabels, PersonModelConfig
+from vantrel.metadata.value import Person
+from vantrel.model.models.person import PersonModel
+from vantrel.seeding import seed_everything
+from vantrel.tables import read_table, write_table
+
+ROOT = Path(__file__).resolve().parent.parent
+OUTPUT = ROOT / "build" / "demo"
+ROWS = 1_000
+SEED = 7
+WIDTH = 80
+SHOWN_ROWS = 6
+MISSING = "(missing)"
+
+
+@dataclass(frozen=True)
+class Example:
+    """One table to learn from.
+
+    Attributes:
+        name: The table's file name without its ending; the written files are called after it.
+        about: Who the people are.
+        labels: The column of each attribute; a column that the table lacks is made up.
+        compared: The columns whose shares are shown.
+        note: What a reader should know when looking at the shares.
+        locales: Where the people are from if no column tells.
+    """
+
+    name: str
+    about: str
+    labels: PersonLabels
+    compared: tuple[str, ...]
+    note: str
+    locales: tuple[str, ...] | None = None
+
+
+EXAMPLES = (
+    Example(
+        name="passengers",
+        about="People aboard the Titanic, 1912",
+        labels=PersonLabels(
+            gender="sex", title="title", firstname="first_name", lastname="last_name"
+        ),
+        compared=("sex", "title"),
+        note=(
+            "Genders are drawn by their real shares. A title is drawn evenly from those that only"
+            " the row's gender bears: titles agree with genders but do not keep their shares."
+        ),
+        locales=("en_GB",),
+    ),
+    Example(
+        name="respondents",
+        about="People asked by the World Values Survey, 1995-1997",
+        labels=PersonLabels(
+            gender="gender", firstname="first_name", lastname="last_name", country="country"
+        ),
+        compared=("country", "gender"),
+        note=(
+            "Countries and genders are drawn by their real shares. The table has no names: they"
+            " are made up to agree with each row's gender and country."
+        ),
+    ),
+)
+
+
+def main() -> None:
+    OUTPUT.mkdir(parents=True, exist_ok=True)
+    for example in EXAMPLES:
+        real = read_table(ROOT / "examples" / f"{example.name}.csv")
+        model_path = OUTPUT / f"{example.name}.json"
+        sampled_path = OUTPUT / f"{example.name}-sampled.csv"
+        learn(example, real, model_path)
+        sampled = sample(model_path)
+        write_table(sampled, sampled_path)
+        report(example, real, sampled, (model_path, sampled_path))
+
+
+def learn(example: Example, real: pd.DataFrame, model_path: Path) -> None:
+    """Fits a model on the real table and writes it."""
+    meta = Person(example.name, labels=example.labels, locales=example.locales)
+    model = PersonModel(meta, PersonModelConfig())
+    model.fit(real)
+    model_file.save(model, model_path)
+
+
+def sample(model_path: Path) -> pd.DataFrame:
+    """Samples new rows from nothing but the written model."""
+    model = model_file.load(model_path)
+    seed_everything(model, SEED)
+    return model.sample(n=ROWS)
+
+
+def report(
+    example: Example, real: pd.DataFrame, sampled: pd.DataFrame, written: tuple[Path, ...]
+) -> None:
+    """Prints real beside sampled shares, the first sampled rows, and where the files are."""
+    print("=" * WIDTH)
+    print(example.about)
+    print(f"{len(real):,} real rows, {len(sampled):,} sampled with seed {SEED}")
+    print("=" * WIDTH)
+    for column in example.compared:
+        print()
+        print(shares_table(real[column], sampled[column]))
+    print(f"\n{fill(example.note, WIDTH)}")
+    print(f"\nThe first {SHOWN_ROWS} sampled rows:\n")
+    print(sampled.head(SHOWN_ROWS).to_string(index=False, na_rep="", line_width=WIDTH))
+    print(f"\nWritten: {' and '.join(str(path.relative_to(ROOT)) for path in written)}\n")
+
+
+def shares_table(real: pd.Series, sampled: pd.Series) -> str:
+    """Lists every value of a column with its share of the real and of the sampled rows."""
+    shares = pd.DataFrame({"real": shares_of(real), "sampled": shares_of(sampled)}).fillna(0.0)
+    lines = [f"{real.name:<24}{'real':>10}{'sampled':>10}"]
+    for value, row in shares.sort_values("real", ascending=False, kind="stable").iterrows():
+        lines.append(f"  {value:<22}{row['real']:>10.1%}{row['sampled']:>10.1%}")
+    return "\n".join(lines)
+
+
+def shares_of(column: pd.Series) -> pd.Series:
+    """Gives the share of each value, missing ones included."""
+    return column.astype(object).where(column.notna(), MISSING).value_counts(normalize=True)
+
+
+if __name__ == "__main__":
+    main()
