@@ -1,0 +1,50 @@
+"""The four random sources: seeding them, and seeing whether two runs left them alike."""
+
+import random
+from typing import Any
+
+import faker.generator
+import numpy as np
+from faker import Faker
+from vantrel.model.models.person import PersonModel
+
+
+def faker_randoms(providers: dict[str, Any]) -> list[random.Random]:
+    """Every random source behind the Faker instances, each once, in first-seen order."""
+    sources = [faker.generator.random]
+    for instance in providers.values():
+        if isinstance(instance, Faker):
+            sources += [factory.random for factory in instance.factories]
+    return list({id(source): source for source in sources}.values())
+
+
+def seed_sources(seed: int, model: PersonModel | None = None) -> None:
+    """Seeds the global sources and, where a model is given, its own."""
+    random.seed(seed)
+    np.random.seed(seed)
+    faker.generator.random.seed(seed)
+    if model is None:
+        return
+    for part in (model, model.hidden_model_gender, model.hidden_model_country):
+        if part is not None:
+            part._rng = np.random.default_rng(seed)
+    for number, source in enumerate(faker_randoms(model._country_to_provider_map)):
+        source.seed(seed + number)
+
+
+def source_states(model: PersonModel | None = None) -> dict[str, Any]:
+    """The state of every source, in a form that compares with ==."""
+    kind, keys, position, has_gauss, gauss = np.random.get_state(legacy=True)
+    states: dict[str, Any] = {
+        "random": random.getstate(),
+        "numpy": (kind, keys.tolist(), position, has_gauss, gauss),
+        "faker": faker.generator.random.getstate(),
+    }
+    if model is None:
+        return states
+    for name in ("hidden_model_gender", "hidden_model_country"):
+        part = getattr(model, name)
+        states[name] = None if part is None else part._rng.bit_generator.state
+    states["model"] = model._rng.bit_generator.state
+    states["providers"] = [s.getstate() for s in faker_randoms(model._country_to_provider_map)]
+    return states
