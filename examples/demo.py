@@ -5,6 +5,7 @@ Run it with `make demo`. The models and the sampled tables are left in build/dem
 
 from __future__ import annotations
 
+import warnings
 from dataclasses import dataclass
 from pathlib import Path
 from textwrap import fill
@@ -83,10 +84,15 @@ def main() -> None:
         real = read_table(ROOT / "examples" / f"{example.name}.csv")
         model_path = OUTPUT / f"{example.name}.json"
         sampled_path = OUTPUT / f"{example.name}-sampled.csv"
-        learn(example, real, model_path)
-        sampled = sample(model_path)
+        with warnings.catch_warnings(record=True) as caught:
+            warnings.simplefilter("always")
+            learn(example, real, model_path)
+            sampled = sample(model_path)
         write_table(sampled, sampled_path)
-        report(example, real, sampled, (model_path, sampled_path))
+        report(real, sampled, example)
+        for note in dict.fromkeys([example.note, *(str(warning.message) for warning in caught)]):
+            print(f"\n{fill(note, WIDTH)}")
+        print(f"\nWritten: {model_path.relative_to(ROOT)} and {sampled_path.relative_to(ROOT)}\n")
 
 
 def learn(example: Example, real: pd.DataFrame, model_path: Path) -> None:
@@ -104,21 +110,16 @@ def sample(model_path: Path) -> pd.DataFrame:
     return model.sample(n=ROWS)
 
 
-def report(
-    example: Example, real: pd.DataFrame, sampled: pd.DataFrame, written: tuple[Path, ...]
-) -> None:
-    """Prints real beside sampled shares, the first sampled rows, and where the files are."""
+def report(real: pd.DataFrame, sampled: pd.DataFrame, example: Example) -> None:
+    """Prints real beside sampled shares, then the first sampled rows."""
     print("=" * WIDTH)
     print(example.about)
     print(f"{len(real):,} real rows, {len(sampled):,} sampled with seed {SEED}")
     print("=" * WIDTH)
     for column in example.compared:
-        print()
-        print(shares_table(real[column], sampled[column]))
-    print(f"\n{fill(example.note, WIDTH)}")
+        print(f"\n{shares_table(real[column], sampled[column])}")
     print(f"\nThe first {SHOWN_ROWS} sampled rows:\n")
     print(sampled.head(SHOWN_ROWS).to_string(index=False, na_rep="", line_width=WIDTH))
-    print(f"\nWritten: {' and '.join(str(path.relative_to(ROOT)) for path in written)}\n")
 
 
 def shares_table(real: pd.Series, sampled: pd.Series) -> str:
