@@ -40,8 +40,11 @@ inline void set_attr(PyObject* object, PyObject* name, PyObject* value) {
 
 inline Ref item(PyObject* object, PyObject* key) { return owned(PyObject_GetItem(object, key)); }
 
+/// Holds the object as the interpreter's stack does: pandas tells by the number of its owners whether a frame is a mere
+/// intermediate, and warns of assigning to one.
 inline void set_item(PyObject* object, PyObject* key, PyObject* value) {
-    require(PyObject_SetItem(object, key, value));
+    Ref held = Ref::share(object);
+    require(PyObject_SetItem(held, key, value));
 }
 
 inline bool truth(PyObject* object) { return require(PyObject_IsTrue(object)) != 0; }
