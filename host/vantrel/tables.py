@@ -35,6 +35,8 @@ def read_table(path: Path) -> pd.DataFrame:
         raise TableError(f"Table {path} is not in UTF-8: save it in that encoding.") from error
     except ParserError as error:
         raise TableError(f"Table {path} is no CSV table: {' '.join(str(error).split())}") from error
+    if not isinstance(df.index, pd.RangeIndex):  # pandas made the surplus an index
+        raise TableError(f"Table {path} has rows with more values than its header has names.")
     if df.empty:
         raise TableError(f"Table {path} has a header but no rows: give it at least one.")
     return df

@@ -1,0 +1,90 @@
+"""Files and tables, written whole or not at all."""
+
+from pathlib import Path
+
+import pandas as pd
+import pytest
+from vantrel.files import replacing
+from vantrel.tables import TableError, read_table, write_table
+
+
+def test_a_file_takes_its_place_at_the_end(tmp_path: Path) -> None:
+    path = tmp_path / "f"
+    path.write_text("old")
+    with replacing(path) as file:
+        file.write("new\n")
+        assert path.read_text() == "old"
+    assert path.read_bytes() == b"new\n"
+    assert list(tmp_path.iterdir()) == [path]
+
+
+@pytest.mark.parametrize("error", [ValueError, KeyboardInterrupt])
+def test_a_failure_leaves_what_was_there(tmp_path: Path, error: type[BaseException]) -> None:
+    path = tmp_path / "f"
+    path.write_text("old")
+    with pytest.raises(error), replacing(path) as file:
+        file.write("new")
+        raise error
+    assert path.read_text() == "old"
+    assert list(tmp_path.iterdir()) == [path]
+
+
+def test_an_error_names_the_file_that_was_asked_for(tmp_path: Path) -> None:
+    path = tmp_path / "missing" / "f"
+    with pytest.raises(FileNotFoundError) as caught, replacing(path):
+        pass
+    assert caught.value.filename == str(path)
+
+
+def test_a_folder_is_not_replaced(tmp_path: Path) -> None:
+    path = tmp_path / "f"
+    path.mkdir()
+    with pytest.raises(IsADirectoryError) as caught, replacing(path):
+        pass
+    assert caught.value.filename == str(path)
+    assert list(tmp_path.iterdir()) == [path]
+
+
+def test_every_value_is_text_and_only_an_empty_cell_is_missing(tmp_path: Path) -> None:
+    path = tmp_path / "t.csv"
+    path.write_text("\ufeffcountry,phone,name\nNA,007,null\n,1.50,nan\n", encoding="utf-8")
+    df = read_table(path)
+    assert list(df.columns) == ["country", "phone", "name"]
+    assert df["phone"].tolist() == ["007", "1.50"]
+    assert df["name"].tolist() == ["null", "nan"]
+    assert df["country"][0] == "NA"
+    assert df["country"].isna().tolist() == [False, True]
+
+
+def test_a_written_table_reads_the_same(tmp_path: Path) -> None:
+    df = pd.DataFrame({"a": ["NA", None, 'x,"y"', "z\nz"], "b": ["ü", "0", "00", None]}, dtype=str)
+    write_table(df, tmp_path / "t.csv")
+    assert (tmp_path / "t.csv").read_bytes().startswith(b"a,b\nNA,\xc3\xbc\n,0\n")
+    pd.testing.assert_frame_equal(read_table(tmp_path / "t.csv"), df)
+
+
+@pytest.mark.parametrize(
+    ("content", "message"),
+    [
+        (b"", " is empty: give it a header and at least one row."),
+        (b"\n\n", " is empty: give it a header and at least one row."),
+        (b"a,b\n", " has a header but no rows: give it at least one."),
+        (b"a\n\xff\xfe\n", " is not in UTF-8: save it in that encoding."),
+        (b"a\n1,2\n3,4\n", " has rows with more values than its header has names."),
+        (b"a\n1\n1,2,3\n", " is no CSV table: "),
+        (b'a\n"x', " is no CSV table: "),
+    ],
+)
+def test_what_is_no_table_is_refused(tmp_path: Path, content: bytes, message: str) -> None:
+    path = tmp_path / "t.csv"
+    path.write_bytes(content)
+    with pytest.raises(TableError) as caught:
+        read_table(path)
+    assert str(caught.value).startswith(f"Table {path}{message}")
+    assert "\n" not in str(caught.value)
+
+
+def test_a_table_that_is_not_there_is_refused(tmp_path: Path) -> None:
+    with pytest.raises(TableError) as caught:
+        read_table(tmp_path / "t.csv")
+    assert str(caught.value) == f"Table {tmp_path / 't.csv'} cannot be read: No such file or directory."
