@@ -1,0 +1,269 @@
+"""The command, as a shell runs it."""
+
+import json
+import os
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+import pandas as pd
+import pytest
+from click.testing import CliRunner, Result
+from vantrel.command import main
+from vantrel.tables import read_table, write_table
+
+ATTRIBUTES = (
+    "gender, title, firstname, lastname, fullname, email, username, password, mobile_number,"
+    " home_number, work_number, country"
+)
+
+
+@pytest.fixture(autouse=True)
+def folder(tmp_path: Path, people: pd.DataFrame, monkeypatch: pytest.MonkeyPatch) -> Path:
+    monkeypatch.chdir(tmp_path)
+    write_table(people, Path("people.csv"))
+    return tmp_path
+
+
+def run(line: str) -> Result:
+    return CliRunner().invoke(main, line.split(), prog_name="vantrel")
+
+
+def succeed(line: str) -> Result:
+    result = run(line)
+    assert result.exit_code == 0, result.output
+    return result
+
+
+def fail(line: str, status: int) -> str:
+    """Runs a command that must fail in one line and leave no file, and gives that line."""
+    before = set(os.listdir())
+    result = run(line)
+    assert result.exit_code == status
+    assert result.stdout == ""
+    assert set(os.listdir()) == before
+    (message,) = result.stderr.splitlines()
+    return message.removeprefix("vantrel: error: ")
+
+
+FIT = "fit people.csv -o m.json --column gender=sex"
+
+
+def test_from_table_to_model_to_table() -> None:
+    fitted = succeed(f"{FIT} --column lastname=surname --column country=land")
+    assert fitted.stdout == "Learnt from 10 rows of people.csv; wrote m.json.\n"
+    sampled = succeed("sample m.json -n 1200 --seed 7 -o out.csv")
+    assert sampled.stdout == "Made 1,200 people; wrote out.csv.\n"
+    out = read_table(Path("out.csv"))
+    assert list(out) == ["land", "surname", "sex"]
+    assert len(out) == 1200
+    assert set(out["land"]) == {"GB", "US", "DE"}
+    assert set(os.listdir()) == {"people.csv", "m.json", "out.csv"}
+
+
+def test_the_shell_finds_the_command() -> None:
+    command = shutil.which("vantrel", path=str(Path(sys.executable).parent))
+    assert command
+    for line in (FIT, "sample m.json -n 3 --seed 1 -o out.csv"):
+        subprocess.run([command, *line.split()], check=True, capture_output=True)
+    assert len(read_table(Path("out.csv"))) == 3
+    failed = subprocess.run(
+        [command, "sample", "people.csv", "-n", "1", "-o", "x"], capture_output=True, text=True
+    )
+    assert failed.returncode == 1
+    assert "Traceback" not in failed.stderr
+    assert len(failed.stderr.splitlines()) == 1
+
+
+def test_the_same_seed_gives_the_same_file() -> None:
+    succeed(f"{FIT} --column title=title --generate fullname,firstname")
+    for seed, out in ((7, "a"), (7, "b"), (8, "c")):
+        succeed(f"sample m.json -n 50 --seed {seed} -o {out}")
+    assert Path("a").read_bytes() == Path("b").read_bytes()
+    assert Path("a").read_bytes() != Path("c").read_bytes()
+
+
+def test_without_a_seed_each_run_differs() -> None:
+    succeed(f"{FIT} --generate fullname")
+    for out in ("a", "b"):
+        succeed(f"sample m.json -n 50 -o {out}")
+    assert Path("a").read_bytes() != Path("b").read_bytes()
+
+
+def test_generated_attributes_are_named_after_themselves() -> None:
+    succeed(f"{FIT} --generate fullname,firstname")
+    succeed("sample m.json -n 2 -o out.csv")
+    assert list(read_table(Path("out.csv"))) == ["sex", "firstname", "fullname"]
+
+
+def test_no_rows_give_a_header() -> None:
+    succeed(FIT)
+    succeed("sample m.json -n 0 -o out.csv")
+    assert Path("out.csv").read_text() == "sex\n"
+
+
+def test_missing_values_are_empty_cells() -> None:
+    Path("people.csv").write_text("sex\nm\n" + '""\n' * 9)
+    succeed(f"{FIT} --generate fullname")
+    succeed("sample m.json -n 20 --seed 1 -o out.csv")
+    assert "\n,\n" in Path("out.csv").read_text()
+
+
+def test_namibia_is_learnt_and_warned_of_in_a_plain_line() -> None:
+    Path("people.csv").write_text("sex,land\nm,NA\nf,NA\n")
+    result = succeed(f"{FIT} --column country=land")
+    assert result.stderr == (
+        "vantrel: warning: Faker has no person names of its own for these; they get those of the"
+        " locale in brackets: NA (en_GB).\n"
+    )
+    succeed("sample m.json -n 3 -o out.csv")
+    assert set(read_table(Path("out.csv"))["land"]) == {"NA"}
+
+
+def test_a_locale_is_kept_and_used() -> None:
+    succeed(f"{FIT} --locale ru_RU --generate lastname")
+    succeed("sample m.json -n 20 -o out.csv")
+    assert not any(name.isascii() for name in read_table(Path("out.csv"))["lastname"])
+
+
+def test_an_existing_model_is_replaced_only_by_a_good_one() -> None:
+    succeed(FIT)
+    before = Path("m.json").read_bytes()
+    fail("fit people.csv -o m.json --column gender=land", 1)
+    assert Path("m.json").read_bytes() == before
+
+
+@pytest.mark.parametrize(
+    ("line", "message"),
+    [
+        (
+            "fit people.csv -o m.json --column gender=zz",
+            "Table people.csv has no column 'zz' for 'gender'; its columns are: 'land', 'surname',"
+            " 'title', 'sex'.",
+        ),
+        (
+            "fit zz.csv -o m.json --column gender=sex",
+            "Table zz.csv cannot be read: No such file or directory.",
+        ),
+        (
+            "fit people.csv -o m.json --column gender=land",
+            "Column 'land' has nothing to learn from: each of its 10 values is missing or not"
+            " understood.",
+        ),
+        (
+            f"{FIT} --locale zzzzzz",
+            "'zzzzzz' is neither a country nor a locale. Write a country as its ISO code or its"
+            " English name, a locale as 'en_GB'.",
+        ),
+        (
+            "fit people.csv -o no/m.json --column gender=sex",
+            "no/m.json: No such file or directory.",
+        ),
+        (
+            "sample zz.json -n 1 -o x",
+            "Model file zz.json cannot be read: No such file or directory.",
+        ),
+    ],
+)
+def test_bad_data_is_one_line(line: str, message: str) -> None:
+    assert fail(line, 1) == message
+
+
+@pytest.mark.parametrize("attribute", ["gender", "lastname", "country"])
+def test_a_column_of_missing_values_only(attribute: str) -> None:
+    Path("people.csv").write_text("sex,empty\nm,\nf,\n")
+    assert fail(f"fit people.csv -o m.json --column {attribute}=empty", 1) == (
+        f"Column 'empty' of table people.csv holds missing values only: leave {attribute!r} out."
+    )
+
+
+@pytest.mark.parametrize("content", ["", "a\n", "a\n1\n1,2,3\n"])
+def test_a_table_that_is_none(content: str) -> None:
+    Path("people.csv").write_text(content)
+    assert fail(FIT, 1).startswith("Table people.csv ")
+
+
+def test_an_unknown_country_names_the_nearest() -> None:
+    Path("people.csv").write_text("sex,land\nm,Germny\n")
+    assert fail(f"{FIT} --column country=land", 1).startswith(
+        "'Germny' is neither a country nor a locale. Did you mean 'Germany'"
+    )
+
+
+@pytest.mark.parametrize(
+    ("content", "message"),
+    [
+        ("{", " is not JSON ("),
+        ("{}", " cannot be used: it is no model;"),
+        ({"schema_version": 2}, " cannot be used: its schema version is 2,"),
+        ({"model": {}}, " lacks the key 'hidden_model_gender'"),
+    ],
+)
+def test_a_model_file_that_is_none(content: str | dict[str, object], message: str) -> None:
+    succeed(FIT)
+    if isinstance(content, dict):
+        content = json.dumps(json.loads(Path("m.json").read_text()) | content)
+    Path("m.json").write_text(content)
+    assert fail("sample m.json -n 1 -o x", 1).startswith(f"Model file m.json{message}")
+
+
+@pytest.mark.parametrize(
+    ("line", "message"),
+    [
+        (
+            "fit people.csv -o m.json --column gendr=sex",
+            "Invalid value for '--column': 'gendr' is no attribute of a person; known are:"
+            f" {ATTRIBUTES}.",
+        ),
+        (
+            "fit people.csv -o m.json --column sex",
+            "Invalid value for '--column': 'sex' is not of the form ATTRIBUTE=COLUMN.",
+        ),
+        (f"{FIT} --column gender=title", "Invalid value for '--column': 'gender' is given twice."),
+        (
+            f"{FIT} --column title=sex",
+            "Column 'sex' is given to 'gender' and 'title': give each attribute a column of its"
+            " own.",
+        ),
+        (
+            f"{FIT} --generate title",
+            "Invalid value for '--generate': 'title' must be learnt from a column: use --column"
+            " title=COLUMN.",
+        ),
+        (
+            f"{FIT} --generate zz",
+            f"Invalid value for '--generate': 'zz' is no attribute of a person; known are:"
+            f" {ATTRIBUTES}.",
+        ),
+        (
+            f"{FIT} --column fullname=title --generate fullname",
+            "'fullname' is given to both --column and --generate: it is generated anyway.",
+        ),
+        (
+            "fit people.csv -o m.json",
+            "Name a column to learn from: --column gender=sex, for example.",
+        ),
+        ("sample m.json -n -1 -o x", "Invalid value for '-n': -1 is not in the range x>=0."),
+        ("sample m.json -n x -o x", "Invalid value for '-n': 'x' is not a valid integer range."),
+        (
+            "sample m.json -n 1 --seed -1 -o x",
+            "Invalid value for '--seed': -1 is not in the range x>=0.",
+        ),
+        ("sample m.json -n 1", "Missing option '-o' / '--output'."),
+        ("zz", "No such command 'zz'."),
+    ],
+)
+def test_bad_usage_is_one_line(line: str, message: str) -> None:
+    assert fail(line, 2) == message
+
+
+def test_help_has_an_example_each() -> None:
+    for command in ("fit", "sample"):
+        assert f"Example:\n    vantrel {command} " in succeed(f"{command} --help").stdout
+
+
+def test_without_a_command_the_help_is_shown() -> None:
+    result = run("")
+    assert result.exit_code == 2
+    assert "Commands:" in result.stderr
