@@ -84,6 +84,8 @@ def _check_version(form: Any) -> None:
 def _rebuild(form: dict[str, Any]) -> PersonModel:
     from vantrel.model.models.person import GenderModel, PersonModel
 
+    if not isinstance(form["config"], dict):
+        raise ValueError("its config is no object.")
     _check_probabilities(form["hidden_model_gender"], "hidden_model_gender")
     if form["meta"]["labels"]["country"]:
         _check_probabilities(form["hidden_model_country"], "hidden_model_country")
@@ -91,9 +93,10 @@ def _rebuild(form: dict[str, Any]) -> PersonModel:
     labels, meta = model.labels, model.meta
     # The rebuilt hidden models have metas of their own: they share the person's again, so that a
     # loaded model can be fitted again as a new one can.
-    if isinstance(model.hidden_model_gender, GenderModel) and (labels.gender or labels.title):
-        model.hidden_model_gender._meta = meta[labels.gender or labels.title]
-    if model.hidden_model_country is not None:
+    gender_column = labels.gender or labels.title
+    if gender_column and isinstance(model.hidden_model_gender, GenderModel):
+        model.hidden_model_gender._meta = meta[gender_column]
+    if labels.country and model.hidden_model_country is not None:
         model.hidden_model_country._meta = meta[labels.country]
         countries = model.hidden_model_country.categories
         model.country_to_provider_map = get_country_to_provder_map(countries, Provider.PERSON)

@@ -8,6 +8,8 @@ from typing import TYPE_CHECKING
 import numpy as np
 from faker import Faker
 
+from vantrel.model.exceptions import ModelNotFittedError
+
 if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel
 
@@ -37,9 +39,16 @@ def seed_everything(model: PersonModel, seed: int) -> None:
     np.random.seed(next(streams).generate_state(8))
     random.seed(_integer(next(streams)))
     Faker.seed(_integer(next(streams)))
-    providers = model._country_to_provider_map
-    for provider, stream in zip(providers.values(), next(streams).spawn(len(providers))):
+    providers = _providers(model)
+    for provider, stream in zip(providers, next(streams).spawn(len(providers)), strict=True):
         provider.seed_instance(_integer(stream))
+
+
+def _providers(model: PersonModel) -> list[Faker]:
+    try:
+        return list(model.country_to_provider_map.values())
+    except ModelNotFittedError:  # a model without a country column makes its map on sampling
+        return []
 
 
 def _checked(seed: int) -> np.random.SeedSequence:

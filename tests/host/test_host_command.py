@@ -197,7 +197,7 @@ def test_an_unknown_country_names_the_nearest() -> None:
         ("{", " is not JSON ("),
         ("{}", " cannot be used: it is no model;"),
         ({"schema_version": 2}, " cannot be used: its schema version is 2,"),
-        ({"model": {}}, " lacks the key 'hidden_model_gender'"),
+        ({"model": {}}, " lacks the key 'config'"),
     ],
 )
 def test_a_model_file_that_is_none(content: str | dict[str, object], message: str) -> None:
@@ -223,7 +223,7 @@ def test_a_model_file_that_is_none(content: str | dict[str, object], message: st
         (f"{FIT} --column gender=title", "Invalid value for '--column': 'gender' is given twice."),
         (
             f"{FIT} --column title=sex",
-            "Column 'sex' is given to 'gender' and 'title': give each attribute a column of its"
+            "Column 'sex' is labelled 'gender' and 'title': give each attribute a column of its"
             " own.",
         ),
         (

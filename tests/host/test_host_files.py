@@ -2,7 +2,6 @@
 
 from pathlib import Path
 
-import pandas as pd
 import pytest
 from vantrel.files import replacing
 from vantrel.tables import TableError, read_table, write_table
@@ -56,11 +55,11 @@ def test_every_value_is_text_and_only_an_empty_cell_is_missing(tmp_path: Path) -
     assert df["country"].isna().tolist() == [False, True]
 
 
-def test_a_written_table_reads_the_same(tmp_path: Path) -> None:
-    df = pd.DataFrame({"a": ["NA", None, 'x,"y"', "z\nz"], "b": ["ü", "0", "00", None]}, dtype=str)
-    write_table(df, tmp_path / "t.csv")
-    assert (tmp_path / "t.csv").read_bytes().startswith(b"a,b\nNA,\xc3\xbc\n,0\n")
-    pd.testing.assert_frame_equal(read_table(tmp_path / "t.csv"), df)
+def test_a_table_that_was_read_is_written_the_same(tmp_path: Path) -> None:
+    content = 'a,b\nNA,ü\n,0\n"x,""y""",00\n"z\nz",\n'.encode()
+    (tmp_path / "t.csv").write_bytes(content)
+    write_table(read_table(tmp_path / "t.csv"), tmp_path / "u.csv")
+    assert (tmp_path / "u.csv").read_bytes() == content
 
 
 @pytest.mark.parametrize(
@@ -87,4 +86,5 @@ def test_what_is_no_table_is_refused(tmp_path: Path, content: bytes, message: st
 def test_a_table_that_is_not_there_is_refused(tmp_path: Path) -> None:
     with pytest.raises(TableError) as caught:
         read_table(tmp_path / "t.csv")
-    assert str(caught.value) == f"Table {tmp_path / 't.csv'} cannot be read: No such file or directory."
+    path = tmp_path / "t.csv"
+    assert str(caught.value) == f"Table {path} cannot be read: No such file or directory."

@@ -162,9 +162,7 @@ def test_few_rows(n: int) -> None:
 def test_without_a_number_of_rows_nothing_is_drawn(n: int | None) -> None:
     with pytest.raises(ValueError) as caught:
         fitted().sample(n=n)
-    assert str(caught.value) == (
-        "Give 'n', a number of rows that is not below 0, or 'conditions'."
-    )
+    assert str(caught.value) == ("Give 'n', a number of rows that is not below 0, or 'conditions'.")
 
 
 def test_an_unfitted_histogram_cannot_be_sampled() -> None:

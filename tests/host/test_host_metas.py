@@ -153,9 +153,8 @@ def test_unfold_gives_the_frame_and_lets_errors_out(people: pd.DataFrame) -> Non
 def test_revert_orders_as_the_table_then_as_the_labels(people: pd.DataFrame) -> None:
     meta = Person("person", PersonLabels(**(vars(LABELS) | {"email": "mail"})))
     made = pd.DataFrame([[1] * 6], columns=["sex", "title", "land", "surname", "whole", "mail"])
-    assert list(meta.revert_df_from_children(made)) == list(
-        ["sex", "title", "surname", "whole", "mail", "land"]
-    )
+    label_order = ["sex", "title", "surname", "whole", "mail", "land"]
+    assert list(meta.revert_df_from_children(made)) == label_order
     meta.extract(people)
     reverted = meta.revert_df_from_children(made)
     assert list(reverted) == ["land", "surname", "title", "sex", "whole", "mail"]

@@ -123,6 +123,7 @@ def change(path: Path, edit: Callable[[Any], Any]) -> str:
         ["model", "meta", "labels"],
         ["model", "meta", "children"],
         ["model", "meta", "children", "sex"],
+        ["model", "config"],
         ["model", "hidden_model_gender"],
         ["model", "hidden_model_gender", "meta"],
         ["model", "hidden_model_gender", "probabilities"],

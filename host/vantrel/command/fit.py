@@ -8,7 +8,7 @@ from vantrel.command.labels import (
     check_columns,
     columns_by_attribute,
     generated_attributes,
-    make_labels,
+    make_person,
 )
 from vantrel.command.terse import reporting
 
@@ -58,10 +58,9 @@ def fit(
     Example:
       vantrel fit people.csv -o model.json --column gender=sex --column title=title
     """
-    labels = make_labels(columns, generated)
+    meta = make_person(columns, generated, locales)
 
     # These take a second to import; help and usage errors need not wait for them.
-    from vantrel.metadata.value import Person
     from vantrel.model.models.person import PersonModel
     from vantrel.model_file import save
     from vantrel.tables import read_table
@@ -72,7 +71,6 @@ def fit(
         check_columns(df, columns, table)
         # Fitting does not look at locales: an unknown one would be found on sampling only.
         get_country_to_provder_map(locales, Provider.PERSON)
-        meta = Person("person", labels, locales=locales or None)
         model = PersonModel(meta=meta).fit(df)
         save(model, output)
     click.echo(f"Learnt from {len(df):,} rows of {table}; wrote {output}.")

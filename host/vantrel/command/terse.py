@@ -17,7 +17,7 @@ class TerseGroup(click.Group):
     """A group of commands whose errors are one line on stderr, without the usage."""
 
     @override
-    def main(self, *args: Any, **kwargs: Any) -> NoReturn:  # type: ignore[override]
+    def main(self, *args: Any, **kwargs: Any) -> NoReturn:
         kwargs["standalone_mode"] = False
         try:
             status = super().main(*args, **kwargs)

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING, Any, Generic, Self, TypeVar, cast
+from typing import TYPE_CHECKING, Any, Self, cast
 
 import numpy as np
 
@@ -12,11 +12,8 @@ from vantrel.metadata.forms import meta_from_dict
 if TYPE_CHECKING:
     import pandas as pd
 
-MetaT = TypeVar("MetaT", bound=ValueMeta)
-ValueT = TypeVar("ValueT")
 
-
-class DiscreteModel(Generic[MetaT, ValueT]):
+class DiscreteModel[MetaT: ValueMeta, ValueT]:
     """A model of values that come from a finite set or are generated one by one.
 
     No method here calls one that a subclass might replace, so that a subclass is free to give

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import inspect
-from typing import Any, Generic, Self, TypeVar, cast
+from typing import Any, Self, cast
 
 import numpy as np
 import pandas as pd
@@ -14,10 +14,8 @@ from vantrel.metadata.forms import meta_from_dict
 from vantrel.model.base import DiscreteModel
 from vantrel.model.exceptions import ModelNotFittedError
 
-ValueT = TypeVar("ValueT")
 
-
-class Histogram(DiscreteModel[Nominal, ValueT], Generic[ValueT]):
+class Histogram[ValueT](DiscreteModel[Nominal, ValueT]):
     """Learns how often each value of a column occurs and draws values as often.
 
     A subclass may learn other values than the column's own (keys of groups of them). What its
@@ -96,7 +94,7 @@ class Histogram(DiscreteModel[Nominal, ValueT], Generic[ValueT]):
         positions = self._rng.choice(len(weights), size=rows, p=weights / weights.sum())
         if produce_nans and self._meta.nan_freq:
             positions[self._rng.random(rows) < self._meta.nan_freq] = -1
-        # Looking up -1 finds nothing: pandas puts in whatever the type of the values lets be missing.
+        # Looking up -1 finds nothing: pandas puts in what stands for a missing value of the type.
         return pd.Series(list(self._probabilities)).reindex(positions).reset_index(drop=True)
 
     @classmethod
