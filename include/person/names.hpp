@@ -6,6 +6,7 @@
 #include "person/email_pattern.hpp"
 #include "python/name.hpp"
 
+// clang-format off
 #define PERSON_IDENTIFIERS(X)                                                                                          \
     X(Association) X(CountryModel) X(Dict) X(DiscreteModel) X(Faker) X(GenderModel) X(Histogram)                       \
     X(MetaNotExtractedError) X(ModelNotFittedError) X(NA) X(PERSON) X(Person) X(PersonModel) X(PersonModelConfig)      \
@@ -41,6 +42,7 @@
     X(probabilities, "probabilities") X(gender_suffix, "_gender") X(en_GB, "en_GB") X(en, "en")                        \
     X(empty, "") X(blank, " ") X(dot, ".") X(dash, "-") X(underscore, "_") X(at, "@")                                  \
     X(default_number_format, "07xxxxxxxx") X(email_pattern, PERSON_EMAIL_PATTERN)
+// clang-format on
 
 namespace person::names {
 
