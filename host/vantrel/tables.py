@@ -24,9 +24,7 @@ def read_table(path: Path) -> pd.DataFrame:
         TableError: The file cannot be read, is no such table or has no rows.
     """
     try:
-        df = pd.read_csv(
-            path, dtype=str, keep_default_na=False, na_values=[""], encoding="utf-8-sig"
-        )
+        df = pd.read_csv(path, dtype=str, keep_default_na=False, na_values=[""])
     except EmptyDataError:
         raise TableError(f"Table {path} is empty: give it a header and at least one row.") from None
     except OSError as error:

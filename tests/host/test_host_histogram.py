@@ -55,6 +55,13 @@ def test_fit_leaves_categories_alone_that_somebody_else_extracted() -> None:
     meta = String("c", categories=["Mr", "Mrs"])
     Histogram[str](meta=meta).fit(frame("M", None)).fit(frame("F"))
     assert meta.categories == ["Mr", "Mrs"]
+    assert meta.nan_freq == 0.0
+
+
+def test_fit_learns_the_missing_share_where_it_leaves_the_categories_alone() -> None:
+    meta = String("c", categories=["Mr", "Mrs"], nan_freq=0.0)
+    Histogram[str](meta=meta).fit(frame("M", None))
+    assert meta.nan_freq == 0.5
 
 
 def test_categories_extracted_after_construction_are_somebody_elses_too() -> None:

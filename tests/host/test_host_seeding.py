@@ -77,6 +77,17 @@ def test_every_source_has_a_stream_of_its_own(people: pd.DataFrame) -> None:
     assert len(set(first)) == len(first) == 9
 
 
+def test_a_draw_from_one_provider_does_not_move_another(people: pd.DataFrame) -> None:
+    model = fitted(CASES[1], people)
+    seed_everything(model, 7)
+    one, other, *_ = model.country_to_provider_map.values()
+    first = other.random.random()
+    seed_everything(model, 7)
+    one.random.random()
+    Faker().random.random()
+    assert other.random.random() == first
+
+
 def test_a_source_keeps_its_stream_where_a_hidden_model_is_not_there(people: pd.DataFrame) -> None:
     seed_everything(fitted(CASES[0], people), 7)
     without_country = (np.random.random(), random.random())
