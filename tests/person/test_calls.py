@@ -9,6 +9,7 @@ from typing import Any
 import numpy as np
 import pandas as pd
 import pytest
+
 from support.members import MEMBER_IDS, MEMBERS, Member, Parameter
 from support.people import person_model
 from vantrel.metadata import Nominal

@@ -18,6 +18,8 @@ import faker
 import numpy as np
 import pandas as pd
 import pytest
+from pandas._libs.missing import NAType
+
 import vantrel.config
 import vantrel.metadata
 import vantrel.metadata.rules.association
@@ -27,7 +29,6 @@ import vantrel.model.exceptions
 import vantrel.model.models.histogram
 import vantrel.util.locale.locale
 import vantrel.util.person
-from pandas._libs.missing import NAType
 from support.members import MEMBER_IDS, MEMBERS, MEMBERS_BY_CLASS, MODULE_FUNCTIONS, Member
 from support.people import person_model
 from vantrel.config import PersonLabels
@@ -44,8 +45,8 @@ BOUND_BY_IMPORTS = {
     "string": string,
     "asdict": dataclasses.asdict,
     "Any": typing.Any,
-    "Dict": typing.Dict,
-    "List": typing.List,
+    "Dict": typing.Dict,  # noqa: UP006
+    "List": typing.List,  # noqa: UP006
     "Optional": typing.Optional,
     "Sequence": typing.Sequence,
     "Union": typing.Union,
