@@ -335,7 +335,7 @@ def test_replaced_value_error_is_not_raised(monkeypatch):
         patch.setattr(builtins, "ValueError", Refusal)
         try:
             model.sample()
-        except Exception as error:
+        except Exception as error:  # noqa: BLE001
             caught = error
     assert type(caught) is original
 
@@ -388,7 +388,7 @@ def test_replaced_builtin_of_the_address_check_is_not_used(monkeypatch, name):
         patch.setattr(builtins, name, Refusal if name == "AssertionError" else refuse)
         try:
             model.generate_emails(None, None, ["GB"])
-        except Exception as error:
+        except Exception as error:  # noqa: BLE001
             caught = error
     assert type(caught) is original
     assert caught.args == ()

@@ -1,0 +1,85 @@
+"""Runs code in a process of its own, and finds other interpreters to run it with."""
+
+import json
+import os
+import shutil
+import subprocess
+import sys
+import textwrap
+from functools import cache
+from pathlib import Path
+from typing import Any
+
+SECONDS = 60
+
+
+def run(
+    code: str,
+    *,
+    path: Path | None = None,
+    python: str = sys.executable,
+    options: tuple[str, ...] = (),
+) -> subprocess.CompletedProcess[str]:
+    """Runs the code and waits for it.
+
+    Args:
+        code: Python code; common indentation is taken off.
+        path: A folder to import from. Installed packages are then out of reach.
+        python: The interpreter.
+        options: More options of the interpreter.
+    """
+    environment = {
+        name: value for name, value in os.environ.items() if not name.startswith("PYTHON")
+    }
+    environment |= {"PYTHONDONTWRITEBYTECODE": "1", "PYTHONIOENCODING": "utf-8"}
+    if path is not None:
+        environment["PYTHONPATH"] = str(path)
+        options = ("-S", *options)
+    return subprocess.run(
+        [python, "-X", "faulthandler", *options, "-c", textwrap.dedent(code)],
+        capture_output=True,
+        encoding="utf-8",
+        env=environment,
+        timeout=SECONDS,
+        check=False,
+    )
+
+
+def output_of(code: str, **settings: Any) -> str:
+    """What the code prints. It must end without an error and say nothing on the error stream."""
+    finished = run(code, **settings)
+    assert finished.returncode == 0, finished.stderr
+    assert finished.stderr == ""
+    return finished.stdout.strip()
+
+
+def answer_of(code: str, **settings: Any) -> Any:
+    """The value that the code prints last, as JSON."""
+    return json.loads(output_of(code, **settings).splitlines()[-1])
+
+
+def _candidates() -> list[str]:
+    home = Path.home()
+    found = [
+        str(executable)
+        for folder in (home / ".pyenv/versions", home / ".local/share/uv/python")
+        for executable in sorted(folder.glob("*/bin/python3"))
+    ]
+    on_path = (shutil.which(f"python3.{minor}") for minor in range(13, 20))
+    return [*(executable for executable in on_path if executable), *found]
+
+
+@cache
+def newer_python() -> str | None:
+    """A Python of a later minor version than 3.12 that runs; None where the machine has none."""
+    question = (
+        "import sys, sysconfig;"
+        "print(sys.version_info >= (3, 13) and not sysconfig.get_config_var('Py_GIL_DISABLED'))"
+    )
+    for executable in _candidates():
+        try:
+            if run(question, python=executable).stdout.strip() == "True":
+                return executable
+        except OSError:
+            continue
+    return None
