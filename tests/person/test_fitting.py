@@ -351,7 +351,7 @@ def test_an_answer_of_exit_without_a_truth_value_fails_as_its_test() -> None:
     calls = Calls()
     error = RuntimeError("no")
     context = RecordingContext(calls, swallow=Unclear())
-    with pytest.raises(ValueError, match="^unclear$") as caught:
+    with pytest.raises(ValueError, match=r"^unclear$") as caught:
         model_of(calls, context=context, gender_error=error).fit(FRAME)
     assert caught.value.__context__ is error
 
