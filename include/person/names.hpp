@@ -1,18 +1,17 @@
 #pragma once
 
-// Every identifier and text that the module's code uses, once. The strings are made when the module is executed; the
-// two lists are also what fills, visits and clears them.
+// Every identifier and text that the module's code uses, once. The strings are made when the module is executed.
 
 #include "person/email_pattern.hpp"
 #include "python/name.hpp"
 
 // clang-format off
 #define PERSON_IDENTIFIERS(X)                                                                                          \
-    X(Association) X(CountryModel) X(Dict) X(DiscreteModel) X(Faker) X(GenderModel) X(Histogram)                       \
-    X(MetaNotExtractedError) X(ModelNotFittedError) X(NA) X(PERSON) X(Person) X(PersonModel) X(PersonModelConfig)      \
+    X(CountryModel) X(Dict) X(DiscreteModel) X(GenderModel) X(Histogram)                       \
+    X(MetaNotExtractedError) X(ModelNotFittedError) X(NA) X(PERSON) X(Person) X(PersonModelConfig)      \
     X(Provider) X(Series) X(DataFrame) X(String) X(Any)                                                                \
     X(_country_to_provider_map) X(_meta) X(_probabilities) X(_rng) X(_sample_conditional)                              \
-    X(all_supported_country_codes) X(all_supported_country_names) X(all_supported_locales)                             \
+                                \
     X(ambiguous_key) X(apply) X(args) X(asdict) X(associations) X(astype) X(cast) X(cat) X(categories)                 \
     X(check_email) X(choice) X(cls) X(collections) X(collections_from_mapping) X(columns) X(conditions) X(config)      \
     X(copy) X(countries) X(country) X(country_conditions) X(country_condtions) X(country_to_provider_map)              \
@@ -23,7 +22,7 @@
     X(generate_password) X(generate_passwords) X(generate_phone_numbers) X(generate_random_first_name)                 \
     X(generate_usernames) X(generate_values_from_collections) X(get) X(get_country_to_provder_map)                     \
     X(get_supported_country_codes) X(get_supported_country_names) X(hidden_model_country) X(hidden_model_gender)       \
-    X(home_number) X(home_number_format) X(index) X(isin) X(isna) X(items) X(join) X(key) X(key_ambiguous)             \
+    X(home_number) X(home_number_format) X(index) X(isin) X(isna) X(items) X(key) X(key_ambiguous)             \
     X(key_female) X(key_male) X(key_non_binary) X(keys) X(labels) X(last_name) X(lastname) X(lastnames) X(loc)         \
     X(locales) X(lower) X(map) X(map_to_gender_keys) X(mapping) X(match) X(meta) X(mobile_number)                      \
     X(mobile_number_format) X(n) X(name) X(nan) X(nan_freq) X(notna) X(np) X(num_rows) X(number_format) X(nunique)     \
@@ -35,7 +34,7 @@
     X(x) X(ascii_letters) X(digits)
 
 #define PERSON_TEXTS(X)                                                                                                \
-    X(dunder_class, "__class__") X(dunder_dict, "__dict__") X(dunder_enter, "__enter__") X(dunder_exit, "__exit__")    \
+    X(dunder_class, "__class__") X(dunder_dict, "__dict__")    \
     X(dunder_init, "__init__") X(dunder_name, "__name__")                                                              \
     X(female, "F") X(male, "M") X(non_binary, "NB") X(ambiguous, "A")                                                  \
     X(female_titles, "^(mrs|ms).?$") X(male_titles, "^(mr).?$") X(non_binary_titles, "^(ind|mx|per).?$")               \

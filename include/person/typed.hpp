@@ -5,6 +5,9 @@
 
 #include <Python.h>
 
+#include "person/names.hpp"
+#include "python/call.hpp"
+#include "python/module.hpp"
 #include "python/ref.hpp"
 
 namespace person {
@@ -13,10 +16,20 @@ inline PyObject* str_type() { return reinterpret_cast<PyObject*>(&PyUnicode_Type
 inline PyObject* int_type() { return reinterpret_cast<PyObject*>(&PyLong_Type); }
 inline PyObject* float_type() { return reinterpret_cast<PyObject*>(&PyFloat_Type); }
 
-/// `cast(type, value)`
-python::Ref cast(PyObject* type, PyObject* value);
+/// `cast(type, value)`, with the value made after `cast` was looked up.
+template <class Value>
+python::Ref cast(PyObject* type, Value value) {
+    python::Ref function = python::global(names::cast);
+    return python::call(function, {type, value()});
+}
 
-/// `cast(Dict[str, value_type], value)`
-python::Ref cast_to_dict_of(PyObject* value_type, PyObject* value);
+/// `cast(Dict[str, value_type], value)`, evaluated from left to right.
+template <class ValueType, class Value>
+python::Ref cast_to_dict_of(ValueType value_type, Value value) {
+    python::Ref function = python::global(names::cast);
+    python::Ref dict_type = python::global(names::Dict);
+    python::Ref type = python::item(dict_type, python::tuple({str_type(), value_type()}));
+    return python::call(function, {type, value()});
+}
 
 }  // namespace person

@@ -48,6 +48,8 @@ class RaisedException {
     [[nodiscard]] bool matches(PyObject* type) const {
         return PyErr_GivenExceptionMatches(exception_, type) != 0;
     }
+    /// The same as an except clause does it: raises TypeError for what is no exception class.
+    [[nodiscard]] bool is_caught_by(PyObject* type) const;
     [[nodiscard]] PyObject* get() const { return exception_; }
 
     /// Puts the exception back and goes on unwinding.
@@ -61,18 +63,19 @@ class RaisedException {
     Ref exception_;
 };
 
-/// While it lives, the exception is the one being handled (`sys.exception()`), as inside an except block.
+/// While it lives, the exception is the one being handled (`sys.exception()`), as inside an except block. What is put
+/// back is the running frame's own slot: PyErr_GetHandledException would find that of a frame further out.
 class Handling {
   public:
-    explicit Handling(PyObject* exception) : outer_(Ref::steal(PyErr_GetHandledException())) {
+    explicit Handling(PyObject* exception) : before_(Ref::share(PyThreadState_Get()->exc_info->exc_value)) {
         PyErr_SetHandledException(exception);
     }
     Handling(const Handling&) = delete;
     Handling& operator=(const Handling&) = delete;
-    ~Handling() { PyErr_SetHandledException(outer_); }
+    ~Handling() { PyErr_SetHandledException(before_); }
 
   private:
-    Ref outer_;
+    Ref before_;
 };
 
 }  // namespace python

@@ -34,8 +34,8 @@ class Arguments {
 
     [[nodiscard]] const Function& function() const { return function_; }
 
-    /// The content of the function's closure cell at the index.
-    [[nodiscard]] Ref free_variable(Py_ssize_t index = 0) const;
+    /// The content of the function's one closure cell.
+    [[nodiscard]] Ref free_variable() const;
 
     /// `super()`: the parent's view of the object, through the `__class__` cell.
     [[nodiscard]] Ref parent(PyObject* self) const;
@@ -54,7 +54,7 @@ struct Parameter {
     Ref (*default_)() = nullptr;       ///< makes the default, once, when the function is made
 };
 
-enum class Kind { plain, method, property, setter, static_method, class_method };
+enum class Kind { function, property, setter, static_method, class_method };
 
 struct Result {
     PyTypeObject* exact = nullptr;     ///< the one type that may be returned beside None; null lets anything pass
@@ -64,7 +64,7 @@ struct Result {
 struct Function {
     const char* qualname;              ///< its last part is the name
     int line;
-    Kind kind = Kind::plain;
+    Kind kind = Kind::function;
     std::span<const Parameter> parameters = {};
     const char* returns = nullptr;     ///< annotation
     const char* doc = nullptr;

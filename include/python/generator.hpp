@@ -16,4 +16,14 @@ inline Ref lazy_map(PyObject* element, PyObject* iterable) {
 /// Goes on unwinding out of such an element. As in a generator, a StopIteration must not look like the end.
 [[noreturn]] void raise_from_generator();
 
+/// The body of such an element.
+template <class Element>
+Ref generated(Element element) {
+    try {
+        return element();
+    } catch (const PythonError&) {
+        raise_from_generator();
+    }
+}
+
 }  // namespace python

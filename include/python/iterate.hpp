@@ -2,6 +2,7 @@
 
 #include <Python.h>
 
+#include <cstddef>
 #include <utility>
 
 #include "python/error.hpp"
@@ -28,13 +29,18 @@ class Iteration {
 
       private:
         void advance() {
+            if (++passed_ % kBetweenSignals == 0) require(PyErr_CheckSignals());
             value_ = Ref::steal(PyIter_Next(iterator_));
             done_ = !value_;
             if (done_ && PyErr_Occurred() != nullptr) throw PythonError{};
         }
 
+        // A loop that never comes back to the interpreter must still let itself be interrupted.
+        static constexpr std::size_t kBetweenSignals = 1024;
+
         PyObject* iterator_;
         Ref value_;
+        std::size_t passed_ = 0;
         bool done_ = false;
     };
 

@@ -2,6 +2,7 @@
 
 #include <Python.h>
 
+#include "person/model.hpp"
 #include "person/names.hpp"
 #include "person/units.hpp"
 #include "python/call.hpp"
@@ -30,9 +31,7 @@ Ref fit_body(Arguments arguments) {
     auto [self, df] = arguments.take<2>();
     Ref column = item(df, attr(self, names::meta, names::name));
     set_attr(self, names::countries, call_method(call_method(column, names::unique), names::tolist));
-    Ref find_providers = global(names::get_country_to_provder_map);
-    Ref providers =
-        call(find_providers, {attr(self, names::countries), attr(global(names::Provider), names::PERSON)});
+    Ref providers = providers_of([self = self] { return attr(self, names::countries); });
     set_attr(self, names::country_to_provider_map, providers);
     call_method(arguments.parent(self), names::fit, {df});
     return Ref::share(self);
@@ -45,7 +44,6 @@ constexpr Parameter kFit[] = {{.name = names::self}, {.name = names::df, .annota
 constexpr Function init{
     .qualname = "CountryModel.__init__",
     .line = 742,
-    .kind = Kind::method,
     .parameters = kInit,
     .free_variable = kClassCell,
     .body = init_body};
@@ -64,7 +62,6 @@ constexpr Function categories{
 constexpr Function fit{
     .qualname = "CountryModel.fit",
     .line = 752,
-    .kind = Kind::method,
     .parameters = kFit,
     .returns = "'CountryModel'",
     .doc = R"(Learn how frequent each country is, and find a name provider for each.

@@ -10,6 +10,7 @@
 #include "python/class_builder.hpp"
 #include "python/iterate.hpp"
 #include "python/module.hpp"
+#include "python/traceback.hpp"
 
 namespace person {
 
@@ -58,21 +59,26 @@ Ref value_map(PyObject* self) {
 }
 
 /// The value map of a model whose meta may still have to read its categories from the frame.
-Ref value_map_after_extraction(PyObject* self, PyObject* df) {
+Ref value_map_after_extraction(PyObject* self, PyObject* df, const Function& function) {
     try {
         return value_map(self);
     } catch (const PythonError&) {
+        add_traceback(function.qualname, function.line);
         RaisedException raised;
-        if (!raised.matches(global(names::MetaNotExtractedError))) raised.raise_again();
-        const Handling handling(raised.get());
-        call_method(attr(self, names::meta), names::extract, {df});
-        return value_map(self);
+        {
+            const Handling handling(raised.get());
+            if (raised.is_caught_by(global(names::MetaNotExtractedError))) {
+                call_method(attr(self, names::meta), names::extract, {df});
+                return value_map(self);
+            }
+        }
+        raised.raise_again<TracedError>();
     }
 }
 
 Ref fit_body(Arguments arguments) {
     auto [self, df] = arguments.take<2>();
-    Ref map = value_map_after_extraction(self, df);
+    Ref map = value_map_after_extraction(self, df, arguments.function());
     Ref df_gender = call_method(item(df, list({attr(self, names::name).get()})), names::copy);
     Ref texts = call_method(item(df_gender, attr(self, names::name)), names::astype, {str_type()});
     Ref keys = call_method(texts, names::map, {map});
@@ -83,12 +89,14 @@ Ref fit_body(Arguments arguments) {
 Ref from_dict_body(Arguments arguments) {
     auto [cls, d] = arguments.take<2>();
     const auto stored = [d = d](PyObject* key) { return call_method(d, names::get, {key}); };
-    Ref meta_dict = cast_to_dict_of(builtins::object, item(d, names::meta));
+    Ref meta_dict =
+        cast_to_dict_of([] { return Ref::share(builtins::object); }, [d = d] { return item(d, names::meta); });
     Ref meta = call_method(global(names::String), names::from_dict, {meta_dict});
     Ref model = call(cls, {}, {{names::meta, meta}});
-    set_attr(model, names::_probabilities, cast_to_dict_of(float_type(), stored(names::probabilities)));
-    for (PyObject* pattern : {names::regex_female.object, names::regex_male.object, names::regex_non_binary.object}) {
-        set_attr(model, pattern, cast(str_type(), stored(pattern)));
+    Ref probabilities = cast_to_dict_of([] { return Ref::share(float_type()); }, [&] { return stored(names::probabilities); });
+    set_attr(model, names::_probabilities, probabilities);
+    for (const Name& pattern : {names::regex_female, names::regex_male, names::regex_non_binary}) {
+        set_attr(model, pattern, cast(str_type(), [&] { return stored(pattern); }));
     }
     return model;
 }
@@ -114,7 +122,6 @@ constexpr Parameter kFromDict[] = {
 constexpr Function init{
     .qualname = "GenderModel.__init__",
     .line = 57,
-    .kind = Kind::method,
     .parameters = kInit,
     .free_variable = kClassCell,
     .body = init_body};
@@ -137,7 +144,6 @@ constexpr Function categories{
 constexpr Function fit{
     .qualname = "GenderModel.fit",
     .line = 83,
-    .kind = Kind::method,
     .parameters = kFit,
     .doc = R"(Learn how frequent each gender key is.
 

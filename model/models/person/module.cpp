@@ -7,8 +7,10 @@
 #include <cstdint>
 #include <span>
 
+#include "bulk/surroundings.hpp"
 #include "person/names.hpp"
 #include "person/state.hpp"
+#include "person/typed.hpp"
 #include "person/units.hpp"
 #include "python/call.hpp"
 #include "python/module.hpp"
@@ -77,7 +79,22 @@ constexpr Import kImports[] = {
     Ref message = owned(PyUnicode_FromFormat("cannot import name %R from %R (%S)", name, module_name.get(),
                                              path ? path.get() : string("unknown location").get()));
     PyErr_SetImportError(message, module_name, path);
-    throw PythonError{};
+    RaisedException raised;
+    require(PyObject_SetAttrString(raised.get(), "name_from", name));
+    raised.raise_again();
+}
+
+/// The attribute, or the submodule that is only on its way to becoming one.
+Ref imported_name(PyObject* from, PyObject* name) {
+    if (PyObject* value = PyObject_GetAttr(from, name)) return Ref::steal(value);
+    if (PyErr_ExceptionMatches(PyExc_AttributeError) == 0) throw PythonError{};
+    PyErr_Clear();
+    Ref package = Ref::steal(PyObject_GetAttrString(from, "__name__"));
+    Ref submodule = Ref::steal(package ? PyUnicode_FromFormat("%S.%U", package.get(), name) : nullptr);
+    Ref loaded = Ref::steal(submodule ? PyImport_GetModule(submodule) : nullptr);
+    if (loaded) return loaded;
+    PyErr_Clear();
+    raise_cannot_import(from, name);
 }
 
 void bind_name(const char* name, PyObject* value) { require(PyDict_SetItemString(module().globals, name, value)); }
@@ -98,13 +115,7 @@ void run(const Import& statement) {
     Ref from = import_module(statement, wanted);
     for (Py_ssize_t i = 0; i < PyList_GET_SIZE(wanted.get()); ++i) {
         PyObject* name = PyList_GET_ITEM(wanted.get(), i);
-        Ref value = Ref::steal(PyObject_GetAttr(from, name));
-        if (!value) {
-            if (PyErr_ExceptionMatches(PyExc_AttributeError) == 0) throw PythonError{};
-            PyErr_Clear();
-            raise_cannot_import(from, name);
-        }
-        require(PyDict_SetItem(module().globals, name, value));
+        require(PyDict_SetItem(module().globals, name, imported_name(from, name)));
     }
 }
 
@@ -156,8 +167,6 @@ constexpr Entry kFunctions[] = {
 
 Ref subscripted(PyObject* generic, PyObject* argument) { return item(global(generic), argument); }
 
-PyObject* str_type() { return reinterpret_cast<PyObject*>(&PyUnicode_Type); }
-
 Ref person_and_str() { return tuple({global(names::Person).get(), str_type()}); }
 
 /// Runs the body. The line is kept up to date for the traceback of a failing statement.
@@ -178,6 +187,7 @@ void run_body(int& line) {
     }
     line = 1;
     bind_name("__test__", dict());
+    bulk::remember_namespace();
 }
 
 // --- execution ----------------------------------------------------------------------------------------------------------

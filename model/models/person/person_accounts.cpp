@@ -2,11 +2,13 @@
 
 #include <Python.h>
 
+#include "person/model.hpp"
 #include "person/names.hpp"
 #include "person/state.hpp"
 #include "person/units.hpp"
 #include "python/builtins.hpp"
 #include "python/call.hpp"
+#include "python/generator.hpp"
 #include "python/iterate.hpp"
 #include "python/module.hpp"
 
@@ -122,10 +124,7 @@ void assert_valid(PyObject* self, PyObject* emails) {
 
 Ref draw_domains(PyObject* self, PyObject* countries) {
     Ref domains = list();
-    for (Ref country : iterate(countries)) {
-        Ref faker = item(attr(self, names::country_to_provider_map), country);
-        append(domains, call_method(faker, names::domain_name));
-    }
+    for (Ref country : iterate(countries)) append(domains, call_provider(self, country, names::domain_name));
     return domains;
 }
 
@@ -139,16 +138,23 @@ Ref generate_emails_body(Arguments arguments) {
     return emails;
 }
 
-bool are_english(PyObject* locales) {
-    for (Ref locale : iterate(locales)) {
-        if (!contains(locale, names::en)) return false;
-    }
-    return true;
+/// The generator expression `"en" in locale for locale in locales`
+Ref is_english_body(Arguments arguments) {
+    auto [locale] = arguments.take<1>();
+    return generated([locale = locale] { return boolean(contains(locale, names::en)); });
 }
+
+constexpr Parameter kLocale[] = {{.name = names::x}};
+constexpr Function is_english{
+    .qualname = "PersonModel.check_email.<locals>.<genexpr>",
+    .line = 660,
+    .parameters = kLocale,
+    .body = is_english_body};
 
 Ref check_email_body(Arguments arguments) {
     auto [s, locales] = arguments.take<2>();
-    if (!are_english(locales)) return boolean(true);
+    Ref answers = lazy_map(make_function(entry<is_english>), locales);
+    if (!truth(call(builtins::all, {answers}))) return boolean(true);
     Ref match = attr(global(names::re), names::match);
     return boolean(call(match, {names::email_pattern, s}).get() != Py_None);
 }
@@ -179,7 +185,6 @@ namespace person_model {
 constexpr Function generate_emails{
     .qualname = "PersonModel.generate_emails",
     .line = 532,
-    .kind = Kind::method,
     .parameters = kEmails,
     .returns = "pd.Series",
     .doc = R"(

@@ -2,8 +2,8 @@
 
 #include <Python.h>
 
+#include "person/model.hpp"
 #include "person/names.hpp"
-#include "person/patterns.hpp"
 #include "person/typed.hpp"
 #include "person/units.hpp"
 #include "python/builtins.hpp"
@@ -16,8 +16,6 @@ namespace person {
 namespace {
 
 using namespace python;
-
-Ref label(PyObject* self, PyObject* field) { return attr(self, names::labels, field); }
 
 bool is_set(PyObject* self, PyObject* field) { return label(self, field).get() != Py_None; }
 
@@ -45,7 +43,8 @@ Ref column(PyObject* df, PyObject* self, PyObject* field) {
 
 /// Category values of the column that the label names, drawn for the gender keys.
 Ref category_values(PyObject* self, PyObject* field, PyObject* mapping, PyObject* gender_conditions) {
-    Ref categories = attr(item(attr(self, names::meta), label(self, field)), names::categories);
+    Ref meta = attr(self, names::meta);
+    Ref categories = attr(item(meta, label(self, field)), names::categories);
     Ref generate = attr(self, names::generate_values_from_collections);
     Ref sort = global(names::collections_from_mapping);
     Ref collections = call(sort, {},
@@ -56,9 +55,8 @@ Ref category_values(PyObject* self, PyObject* field, PyObject* mapping, PyObject
 }
 
 void make_gender(PyObject* df, PyObject* self, PyObject* gender_conditions) {
-    Ref mapping = pattern_mapping(self, {{names::key_female, names::gender_female_regex},
-                                         {names::key_male, names::gender_male_regex},
-                                         {names::key_non_binary, names::gender_non_binary_regex}});
+    Ref mapping =
+        pattern_mapping(self, {kGenderPatterns.female, kGenderPatterns.male, kGenderPatterns.non_binary});
     set_column(df, self, names::gender, category_values(self, names::gender, mapping, gender_conditions));
 }
 
@@ -79,9 +77,7 @@ constexpr Function settle_ambiguous{
     .body = settle_ambiguous_body};
 
 void make_title(PyObject* df, PyObject* self, PyObject* gender_conditions) {
-    Ref mapping = pattern_mapping(self, {{names::key_female, names::title_female_regex},
-                                         {names::key_male, names::title_male_regex},
-                                         {names::key_non_binary, names::title_non_binary_regex}});
+    Ref mapping = pattern_mapping(self, {kTitlePatterns.female, kTitlePatterns.male, kTitlePatterns.non_binary});
     set_column(df, self, names::title, category_values(self, names::title, mapping, gender_conditions));
 
     Ref texts = call_method(column(df, self, names::title), names::astype, {str_type()});
@@ -209,7 +205,6 @@ namespace person_model {
 constexpr Function sample_conditional{
     .qualname = "PersonModel._sample_conditional",
     .line = 326,
-    .kind = Kind::method,
     .parameters = kParameters,
     .returns = "pd.DataFrame",
     .doc = R"(Make the frame of all labelled columns.

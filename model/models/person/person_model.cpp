@@ -2,6 +2,7 @@
 
 #include <Python.h>
 
+#include "person/model.hpp"
 #include "person/names.hpp"
 #include "person/typed.hpp"
 #include "person/units.hpp"
@@ -19,28 +20,14 @@ using namespace python;
 
 // --- construction -------------------------------------------------------------------------------------------------------
 
-/// The three settings of one attribute that hold its gender patterns.
-struct PatternSettings {
-    const Name& female;
-    const Name& male;
-    const Name& non_binary;
-};
-
-constexpr PatternSettings kGenderPatterns{names::gender_female_regex, names::gender_male_regex,
-                                          names::gender_non_binary_regex};
-constexpr PatternSettings kTitlePatterns{names::title_female_regex, names::title_male_regex,
-                                         names::title_non_binary_regex};
-
-Ref label(PyObject* self, PyObject* field) { return attr(self, names::labels, field); }
-
 /// A GenderModel over the column that the label names.
-Ref gender_model_of_column(PyObject* self, PyObject* meta, PyObject* field, const PatternSettings& settings) {
+Ref gender_model_of_column(PyObject* self, PyObject* meta, PyObject* field, const Patterns& patterns) {
     Ref type = global(names::GenderModel);
     return call(type, {},
                 {{names::meta, item(meta, label(self, field))},
-                 {names::regex_female, attr(self, names::config, settings.female)},
-                 {names::regex_male, attr(self, names::config, settings.male)},
-                 {names::regex_non_binary, attr(self, names::config, settings.non_binary)}});
+                 {names::regex_female, attr(self, names::config, patterns.female.setting)},
+                 {names::regex_male, attr(self, names::config, patterns.male.setting)},
+                 {names::regex_non_binary, attr(self, names::config, patterns.non_binary.setting)}});
 }
 
 /// `f"{self.name}_gender"`
@@ -49,10 +36,10 @@ Ref hidden_gender_name(PyObject* self) {
     return owned(PyUnicode_Concat(name, names::gender_suffix));
 }
 
-/// `meta.nan_freq if meta.nan_freq else 0.0`
+/// `meta.nan_freq or 0.0`
 Ref missing_frequency(PyObject* meta) {
-    if (truth(attr(meta, names::nan_freq))) return attr(meta, names::nan_freq);
-    return owned(PyFloat_FromDouble(0.0));
+    Ref frequency = attr(meta, names::nan_freq);
+    return truth(frequency) ? std::move(frequency) : owned(PyFloat_FromDouble(0.0));
 }
 
 /// `{gender: 1.0 / len(self.config.genders) for gender in self.config.genders}`
@@ -170,23 +157,30 @@ Ref to_dict_body(Arguments arguments) {
 
 /// `PersonModelConfig(**fields)`
 Ref config_from(PyObject* fields) {
-    if (fields == Py_None) raise(PyExc_TypeError, "argument after ** must be a mapping, not NoneType");
-    Ref keywords = call(reinterpret_cast<PyObject*>(&PyDict_Type), {fields});
-    return owned(PyObject_VectorcallDict(global(names::PersonModelConfig), nullptr, 0, keywords));
+    Ref make_config = global(names::PersonModelConfig);
+    Ref keywords = dict();
+    if (PyDict_Update(keywords, fields) < 0) {
+        if (PyErr_ExceptionMatches(PyExc_AttributeError) == 0) throw PythonError{};
+        PyErr_Clear();
+        raise(PyExc_TypeError, "argument after ** must be a mapping, not %.200U", type_name(fields).get());
+    }
+    return owned(PyObject_VectorcallDict(make_config, nullptr, 0, keywords));
 }
 
 void restore(PyObject* model, PyObject* d, PyObject* key, PyObject* type) {
     if (!contains(d, key)) return;
     Ref restorer = attr(global(type), names::from_dict);
-    set_attr(model, key, call(restorer, {cast_to_dict_of(builtins::object, item(d, key))}));
+    Ref form = cast_to_dict_of([] { return Ref::share(builtins::object); }, [&] { return item(d, key); });
+    set_attr(model, key, call(restorer, {form}));
 }
 
 Ref from_dict_body(Arguments arguments) {
     auto [cls, d] = arguments.take<2>();
-    Ref meta_dict = cast_to_dict_of(builtins::object, item(d, names::meta));
+    Ref meta_dict =
+        cast_to_dict_of([] { return Ref::share(builtins::object); }, [d = d] { return item(d, names::meta); });
     Ref meta = call_method(global(names::Person), names::from_dict, {meta_dict});
-    Ref any = global(names::Any);
-    Ref fields = cast_to_dict_of(any, call_method(d, names::get, {names::config, dict()}));
+    Ref fields = cast_to_dict_of([] { return global(names::Any); },
+                                 [d = d] { return call_method(d, names::get, {names::config, dict()}); });
     Ref model = call(cls, {}, {{names::meta, meta}, {names::config, config_from(fields)}});
     restore(model, d, names::hidden_model_gender, names::GenderModel);
     restore(model, d, names::hidden_model_country, names::CountryModel);
@@ -212,10 +206,39 @@ constexpr Parameter kFromDict[] = {
     {.name = names::d, .annotation = "Dict[str, object]", .exact = &PyDict_Type},
 };
 
+}  // namespace
+
+namespace person_model {
+
+constexpr Function default_locale{
+    .qualname = "PersonModel.default_locale",
+    .line = 192,
+    .kind = Kind::property,
+    .parameters = kSelf,
+    .returns = "str",
+    .doc = "The locale of rows that nothing gives a country or a locale.",
+    .body = default_locale_body};
+constexpr Function country_to_provider_map{
+    .qualname = "PersonModel.country_to_provider_map",
+    .line = 204,
+    .kind = Kind::property,
+    .parameters = kSelf,
+    .returns = "Dict[str, Faker]",
+    .doc = R"(The Faker instance of each country or locale.
+
+        Raises:
+            ModelNotFittedError: while there is none.
+)",
+    .result = {&PyDict_Type, "dict"},
+    .body = country_to_provider_map_body};
+
+}  // namespace person_model
+
+namespace {
+
 constexpr Function init{
     .qualname = "PersonModel.__init__",
     .line = 141,
-    .kind = Kind::method,
     .parameters = kInit,
     .free_variable = kClassCell,
     .body = init_body};
@@ -231,14 +254,6 @@ constexpr Function categories{
             ModelNotFittedError: if the meta has none yet.
 )",
     .body = categories_body};
-constexpr Function default_locale{
-    .qualname = "PersonModel.default_locale",
-    .line = 192,
-    .kind = Kind::property,
-    .parameters = kSelf,
-    .returns = "str",
-    .doc = "The locale of rows that nothing gives a country or a locale.",
-    .body = default_locale_body};
 constexpr Function locales{
     .qualname = "PersonModel.locales",
     .line = 196,
@@ -247,19 +262,6 @@ constexpr Function locales{
     .returns = "List[str]",
     .doc = "The locales of the meta, or the default locale where it has none, as a new list.",
     .body = locales_body};
-constexpr Function country_to_provider_map{
-    .qualname = "PersonModel.country_to_provider_map",
-    .line = 204,
-    .kind = Kind::property,
-    .parameters = kSelf,
-    .returns = "Dict[str, Faker]",
-    .doc = R"(The Faker instance of each country or locale.
-
-        Raises:
-            ModelNotFittedError: while there is none.
-)",
-    .result = {&PyDict_Type, "dict"},
-    .body = country_to_provider_map_body};
 constexpr Function set_country_to_provider_map{
     .qualname = "PersonModel.country_to_provider_map",
     .line = 210,
@@ -286,7 +288,6 @@ constexpr Function params{
 constexpr Function to_dict{
     .qualname = "PersonModel.to_dict",
     .line = 711,
-    .kind = Kind::method,
     .parameters = kSelf,
     .returns = "Dict[str, object]",
     .doc = R"(Describe the model as a plain dictionary.
@@ -321,9 +322,9 @@ constexpr Function from_dict{
 constexpr Entry kMembers[] = {
     entry<init>,
     entry<categories>,
-    entry<default_locale>,
+    entry<person_model::default_locale>,
     entry<locales>,
-    entry<country_to_provider_map>,
+    entry<person_model::country_to_provider_map>,
     entry<set_country_to_provider_map>,
     entry<labels>,
     entry<params>,

@@ -2,6 +2,7 @@
 
 #include <Python.h>
 
+#include "person/model.hpp"
 #include "person/names.hpp"
 #include "person/units.hpp"
 #include "python/builtins.hpp"
@@ -16,22 +17,16 @@ namespace {
 
 using namespace python;
 
-/// `self.country_to_provider_map[country].method()`
-Ref call_provider(PyObject* self, PyObject* country, PyObject* method) {
-    return call_method(item(attr(self, names::country_to_provider_map), country), method);
-}
-
 // --- first names ----------------------------------------------------------------------------------------------------------
 
 /// The generator expression over the pairs; its free variable is the model.
 Ref first_name_of_pair_body(Arguments arguments) {
     auto [pair] = arguments.take<1>();
     auto [gender, country] = unpack_pair(pair);
-    try {
-        return call_method(arguments.free_variable(), names::generate_random_first_name, {gender, country});
-    } catch (const PythonError&) {
-        raise_from_generator();
-    }
+    Ref self = arguments.free_variable();
+    return generated([&, gender = gender.get(), country = country.get()] {
+        return call_method(self, names::generate_random_first_name, {gender, country});
+    });
 }
 
 constexpr Parameter kPair[] = {{.name = names::pair}};
@@ -104,7 +99,6 @@ namespace person_model {
 constexpr Function generate_first_names{
     .qualname = "PersonModel.generate_first_names",
     .line = 465,
-    .kind = Kind::method,
     .parameters = kFirstNames,
     .returns = "pd.Series",
     .doc = R"(Generate first names based on the genders specified in the conditions series.
@@ -121,7 +115,6 @@ constexpr Function generate_first_names{
 constexpr Function generate_random_first_name{
     .qualname = "PersonModel.generate_random_first_name",
     .line = 483,
-    .kind = Kind::method,
     .parameters = kRandomFirstName,
     .returns = "Optional[str]",
     .doc = R"(Generate a random first name based on gender and country.
@@ -140,7 +133,6 @@ constexpr Function generate_random_first_name{
 constexpr Function generate_last_names{
     .qualname = "PersonModel.generate_last_names",
     .line = 510,
-    .kind = Kind::method,
     .parameters = kLastNames,
     .returns = "pd.Series",
     .doc = R"(Genderate last names. If country_conditions is provided, the last names are generated

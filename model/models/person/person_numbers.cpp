@@ -7,6 +7,7 @@
 #include "person/units.hpp"
 #include "python/builtins.hpp"
 #include "python/call.hpp"
+#include "python/generator.hpp"
 #include "python/iterate.hpp"
 #include "python/module.hpp"
 
@@ -18,21 +19,30 @@ using namespace python;
 
 // --- passwords --------------------------------------------------------------------------------------------------------------
 
-/// `"".join(random.choice(possible_chars) for _ in range(pwd_length))`
-Ref random_text(PyObject* possible_chars, PyObject* pwd_length) {
-    Ref characters = list();
-    for (Ref index : iterate(call(builtins::range, {pwd_length}))) {
-        append(characters, call(attr(global(names::random), names::choice), {possible_chars}));
-    }
-    return owned(PyUnicode_Join(names::empty, characters));
+/// The generator expression `random.choice(possible_chars) for _ in range(pwd_length)`
+Ref random_character_body(Arguments arguments) {
+    return generated([&] {
+        Ref choice = attr(global(names::random), names::choice);
+        return call(choice, {arguments.free_variable()});
+    });
 }
+
+constexpr Parameter kIndex[] = {{.name = names::underscore}};
+constexpr Function random_character{
+    .qualname = "PersonModel.generate_password.<locals>.<genexpr>",
+    .line = 606,
+    .parameters = kIndex,
+    .free_variable = "possible_chars",
+    .body = random_character_body};
 
 Ref generate_password_body(Arguments arguments) {
     auto [pwd_length_min, pwd_length_max] = arguments.take<2>();
     Ref pwd_length = call(attr(global(names::random), names::randint), {pwd_length_min, pwd_length_max});
     Ref letters = attr(global(names::string), names::ascii_letters);
     Ref possible_chars = add(letters, attr(global(names::string), names::digits));
-    return random_text(possible_chars, pwd_length);
+    Ref character = make_function(entry<random_character>, owned(PyCell_New(possible_chars)));
+    Ref characters = lazy_map(character, call(builtins::range, {pwd_length}));
+    return owned(PyUnicode_Join(names::empty, characters));
 }
 
 /// `self.generate_password(*self.pwd_length)`
@@ -111,7 +121,6 @@ namespace person_model {
 constexpr Function generate_passwords{
     .qualname = "PersonModel.generate_passwords",
     .line = 599,
-    .kind = Kind::method,
     .parameters = kPasswords,
     .returns = "pd.Series",
     .body = generate_passwords_body};

@@ -3,7 +3,7 @@
 #include <Python.h>
 
 #include "person/names.hpp"
-#include "person/patterns.hpp"
+#include "person/model.hpp"
 #include "person/state.hpp"
 #include "person/typed.hpp"
 #include "person/units.hpp"
@@ -19,15 +19,15 @@ namespace {
 
 using namespace python;
 
-Ref label(PyObject* self, PyObject* field) { return attr(self, names::labels, field); }
-
 // --- fitting --------------------------------------------------------------------------------------------------------------
 
 void fit_hidden_models(PyObject* self, PyObject* df) {
-    if (is_instance(attr(self, names::hidden_model_gender), global(names::GenderModel))) {
+    Ref gender_model = attr(self, names::hidden_model_gender);
+    if (is_instance(gender_model, global(names::GenderModel))) {
         call_method(attr(self, names::hidden_model_gender), names::fit, {df});
     }
-    if (is_instance(attr(self, names::hidden_model_country), global(names::CountryModel))) {
+    Ref country_model = attr(self, names::hidden_model_country);
+    if (is_instance(country_model, global(names::CountryModel))) {
         call_method(attr(self, names::hidden_model_country), names::fit, {df});
         Ref providers = attr(self, names::hidden_model_country, names::country_to_provider_map);
         set_attr(self, names::country_to_provider_map, providers);
@@ -71,17 +71,9 @@ Ref given_genders(PyObject* self, PyObject* conditions) {
     Ref map = attr(self, names::map_to_gender_keys);
     Ref column = item(conditions, label(self, names::gender));
     Ref values = call_method(column, names::astype, {str_type()});
-    Ref mapping = pattern_mapping(self, {{names::key_male, names::gender_male_regex},
-                                         {names::key_female, names::gender_female_regex},
-                                         {names::key_non_binary, names::gender_non_binary_regex}});
+    Ref mapping =
+        pattern_mapping(self, {kGenderPatterns.male, kGenderPatterns.female, kGenderPatterns.non_binary});
     return call(map, {values}, {{names::mapping, mapping}});
-}
-
-/// `pd.Series(self._rng.choice(...), ...)` over the choices
-Ref draw_series(PyObject* self, PyObject* make_series, PyObject* choices, PyObject* num_rows, Keywords keywords) {
-    Ref choose = attr(self, names::_rng, names::choice);
-    Ref drawn = call(choose, {choices}, {{names::size, num_rows}});
-    return call(make_series, {drawn}, keywords);
 }
 
 Ref settle_genders(PyObject* self, const Request& request) {
@@ -91,9 +83,10 @@ Ref settle_genders(PyObject* self, const Request& request) {
         return item(sampled, attr(self, names::hidden_model_gender, names::meta, names::name));
     }
     Ref make_series = attr(global(names::pd), names::Series);
+    Ref choose = attr(self, names::_rng, names::choice);
     Ref keys = list({attr(global(names::GenderModel), names::key_male).get(),
                      attr(global(names::GenderModel), names::key_female).get()});
-    return draw_series(self, make_series, keys, request.num_rows, {});
+    return call(make_series, {call(choose, {keys}, {{names::size, request.num_rows}})});
 }
 
 Ref settle_countries(PyObject* self, const Request& request) {
@@ -107,34 +100,32 @@ Ref settle_countries(PyObject* self, const Request& request) {
     return none();
 }
 
-void set_providers_of(PyObject* self, PyObject* locales) {
-    Ref find_providers = global(names::get_country_to_provder_map);
-    Ref providers = call(find_providers, {locales, attr(global(names::Provider), names::PERSON)});
-    set_attr(self, names::country_to_provider_map, providers);
-}
-
 /// `[self.default_locale for _ in range(num_rows)]`
 Ref repeated_default_locale(PyObject* self, PyObject* num_rows) {
     Ref repeated = list();
-    for (Ref index : iterate(call(builtins::range, {num_rows}))) append(repeated, attr(self, names::default_locale));
+    for (Ref index : iterate(call(builtins::range, {num_rows}))) {
+        expect_exact(index, &PyLong_Type, "int");
+        append(repeated, attr(self, names::default_locale));
+    }
     return repeated;
 }
 
 /// No country column: the rows get locales.
 Ref settle_locales(PyObject* self, const Request& request) {
     const bool has_locales = attr(self, names::locales).get() != Py_None;
-    if (has_locales) {
-        set_providers_of(self, attr(self, names::locales));
-    } else {
-        set_providers_of(self, list({attr(self, names::default_locale).get()}));
-    }
+    Ref providers = providers_of([&] {
+        return has_locales ? attr(self, names::locales) : list({attr(self, names::default_locale).get()});
+    });
+    set_attr(self, names::country_to_provider_map, providers);
+
     Ref make_series = attr(global(names::pd), names::Series);
     if (!has_locales) {
         Ref locales = repeated_default_locale(self, request.num_rows);
         return call(make_series, {locales}, {{names::dtype, str_type()}});
     }
-    Ref locales = list_of(attr(self, names::locales));
-    return draw_series(self, make_series, locales, request.num_rows, {{names::dtype, str_type()}});
+    Ref choose = attr(self, names::_rng, names::choice);
+    Ref drawn = call(choose, {list_of(attr(self, names::locales))}, {{names::size, request.num_rows}});
+    return call(make_series, {drawn}, {{names::dtype, str_type()}});
 }
 
 Ref sample_body(Arguments arguments) {
@@ -142,7 +133,9 @@ Ref sample_body(Arguments arguments) {
     if (conditions == Py_None && n == Py_None) {
         raise(builtins::ValueError, "One of 'n' or 'conditions' must be given.");
     }
-    Ref count = conditions == Py_None ? Ref::share(n) : integer(length(conditions));
+    const auto count = [n = n, conditions = conditions] {
+        return conditions == Py_None ? Ref::share(n) : integer(length(conditions));
+    };
     Request request{produce_nans, conditions, associations, cast(int_type(), count)};
     expect_exact(request.num_rows, &PyLong_Type, "int");
 
@@ -268,7 +261,6 @@ namespace person_model {
 constexpr Function fit{
     .qualname = "PersonModel.fit",
     .line = 222,
-    .kind = Kind::method,
     .parameters = kFit,
     .returns = "'PersonModel'",
     .doc = R"(Fit the model and its hidden models on a table.
@@ -285,7 +277,6 @@ constexpr Function fit{
 constexpr Function sample{
     .qualname = "PersonModel.sample",
     .line = 234,
-    .kind = Kind::method,
     .parameters = kSample,
     .returns = "pd.DataFrame",
     .doc = R"(Sample new rows.
@@ -309,7 +300,6 @@ constexpr Function sample{
 constexpr Function generate_values_from_collections{
     .qualname = "PersonModel.generate_values_from_collections",
     .line = 447,
-    .kind = Kind::method,
     .parameters = kValuesFromCollections,
     .returns = "pd.Series",
     .doc = R"(Draw a category value for each gender key.
@@ -342,7 +332,6 @@ constexpr Function generate_from_collections{
 constexpr Function map_to_gender_keys{
     .qualname = "PersonModel.map_to_gender_keys",
     .line = 639,
-    .kind = Kind::method,
     .parameters = kMapToGenderKeys,
     .returns = "pd.Series",
     .doc = R"(Find the gender key of each category value.
@@ -359,7 +348,6 @@ constexpr Function map_to_gender_keys{
 constexpr Function check_associations{
     .qualname = "PersonModel.check_associations",
     .line = 695,
-    .kind = Kind::method,
     .parameters = kCheckAssociations,
     .returns = "None",
     .doc = R"(Refuse association rules on columns that the model makes from scratch.

@@ -69,9 +69,8 @@ void check_types(const Function& function, std::span<PyObject* const> values) {
 
 void bind(const Function& function, const CallSite& site, PyObject* defaults, std::span<PyObject*> values) {
     const std::size_t accepted = values.size();
-    const std::size_t default_count =
-        defaults == nullptr ? 0 : std::min(accepted, static_cast<std::size_t>(PyTuple_GET_SIZE(defaults)));
-    const std::size_t required = accepted - default_count;
+    const std::size_t default_count = defaults == nullptr ? 0 : static_cast<std::size_t>(PyTuple_GET_SIZE(defaults));
+    const std::size_t required = accepted - std::min(accepted, default_count);
     if (site.positional_count > static_cast<Py_ssize_t>(accepted)) {
         raise_count(function, required, site.positional_count);
     }
@@ -82,7 +81,7 @@ void bind(const Function& function, const CallSite& site, PyObject* defaults, st
     }
     if (misfit.keyword != nullptr) raise(PyExc_TypeError, misfit.format, function.name(), misfit.keyword);
     for (std::size_t i = required; i < accepted; ++i) {
-        if (values[i] == nullptr) values[i] = PyTuple_GET_ITEM(defaults, static_cast<Py_ssize_t>(i - required));
+        if (values[i] == nullptr) values[i] = PyTuple_GET_ITEM(defaults, static_cast<Py_ssize_t>(i + default_count - accepted));
     }
     check_types(function, values);
 }

@@ -65,11 +65,18 @@ Ref dict(Keywords entries) {
 }
 
 std::pair<Ref, Ref> unpack_pair(PyObject* pair) {
-    Ref values = owned(PySequence_Tuple(pair));
-    const Py_ssize_t count = PyTuple_GET_SIZE(values.get());
+    Ref iterator = owned(PyObject_GetIter(pair));
+    std::array<Ref, 3> values;
+    Py_ssize_t count = 0;
+    for (Ref& value : values) {
+        value = Ref::steal(PyIter_Next(iterator));
+        if (!value) break;
+        ++count;
+    }
+    if (PyErr_Occurred() != nullptr) throw PythonError{};
     if (count < 2) raise(PyExc_ValueError, "not enough values to unpack (expected 2, got %zd)", count);
     if (count > 2) raise(PyExc_ValueError, "too many values to unpack (expected 2)");
-    return {Ref::share(PyTuple_GET_ITEM(values.get(), 0)), Ref::share(PyTuple_GET_ITEM(values.get(), 1))};
+    return {std::move(values[0]), std::move(values[1])};
 }
 
 Ref special_method(PyObject* object, PyObject* name) {

@@ -38,8 +38,7 @@ Ref wrap(const Function& function, const Ref& made, PyObject* names, PyObject* n
         case Kind::setter: return call_method(stored_property(names, name), string("setter"), {made});
         case Kind::static_method: return call(builtins::staticmethod, {made});
         case Kind::class_method: return owned(PyClassMethod_New(made));
-        case Kind::plain:
-        case Kind::method: break;
+        case Kind::function: break;
     }
     return Ref::share(made);
 }

@@ -32,6 +32,13 @@ void expect_exact(PyObject* object, PyTypeObject* type, const char* name) {
     raise(PyExc_TypeError, "Expected %s, got %.200U", name, type_name(object).get());
 }
 
+bool RaisedException::is_caught_by(PyObject* type) const {
+    if (!PyTuple_Check(type) && !PyExceptionClass_Check(type)) {
+        raise(PyExc_TypeError, "catching classes that do not inherit from BaseException is not allowed");
+    }
+    return matches(type);
+}
+
 void set_indicator_from_current_exception() noexcept {
     try {
         throw;

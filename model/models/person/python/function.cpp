@@ -1,6 +1,7 @@
 #include "python/function.hpp"
 
 #include <cstring>
+#include <unordered_map>
 
 #include "python/arguments.hpp"
 #include "python/builtins.hpp"
@@ -66,6 +67,14 @@ Ref make_code(const Function& function) {
     return owned(PyObject_VectorcallDict(owned(PyObject_GetAttrString(template_code(), "replace")), nullptr, 0, changes));
 }
 
+/// The function's code, made once: lambdas and generator expressions are made anew on each call.
+Ref code_of(const Function& function) {
+    static auto* const made = new std::unordered_map<const Function*, PyObject*>;
+    PyObject*& code = (*made)[&function];
+    if (code == nullptr) code = make_code(function).release();
+    return Ref::share(code);
+}
+
 Ref make_annotations(const Function& function) {
     Ref annotations = owned(PyDict_New());
     for (const Parameter& parameter : function.parameters) {
@@ -99,8 +108,8 @@ const char* Function::name() const {
     return dot == nullptr ? qualname : dot + 1;
 }
 
-Ref Arguments::free_variable(Py_ssize_t index) const {
-    PyObject* content = PyCell_GET(PyTuple_GET_ITEM(PyFunction_GET_CLOSURE(object_), index));
+Ref Arguments::free_variable() const {
+    PyObject* content = PyCell_GET(PyTuple_GET_ITEM(PyFunction_GET_CLOSURE(object_), 0));
     if (content == nullptr) {
         raise(PyExc_NameError, "cannot access free variable '%s' where it is not associated with a value in enclosing scope",
               function_.free_variable);
@@ -137,7 +146,7 @@ PyObject* enter(const Function& function, PyObject* object, PyObject* const* arg
 Ref make_function(const Entry& entry, PyObject* cell) {
     const Function& function = entry.function;
     if (function.parameters.size() > kMaxParameters) raise(PyExc_SystemError, "too many parameters: %s", function.qualname);
-    Ref made = owned(PyFunction_NewWithQualName(make_code(function), module().globals, string(function.qualname)));
+    Ref made = owned(PyFunction_NewWithQualName(code_of(function), module().globals, string(function.qualname)));
     Ref doc = function.doc == nullptr ? none() : string(function.doc);
     require(PyObject_SetAttrString(made, "__doc__", doc));
     require(PyFunction_SetAnnotations(made, make_annotations(function)));

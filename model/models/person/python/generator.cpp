@@ -7,7 +7,7 @@ void raise_from_generator() {
     if (!raised.matches(PyExc_StopIteration)) raised.raise_again();
     Ref error = call(PyExc_RuntimeError, {string("generator raised StopIteration").get()});
     PyException_SetCause(error, Py_NewRef(raised.get()));
-    PyException_SetContext(error, Py_NewRef(raised.get()));
+    const Handling handling(raised.get());
     raise(error);
 }
 

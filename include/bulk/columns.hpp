@@ -1,0 +1,27 @@
+#pragma once
+
+// Whole columns at once. Each function gives what the single calls would have given, or is empty before the first draw
+// where something stands in the way; the caller then makes the single calls.
+
+#include <Python.h>
+
+#include "python/ref.hpp"
+
+namespace bulk {
+
+/// Columns shorter than this are not worth the look at what is in place.
+inline constexpr Py_ssize_t kShortest = 256;
+
+/// `pd.Series` of a first name for each gender and country.
+python::Ref first_names(PyObject* self, PyObject* make_series, PyObject* genders, PyObject* countries);
+
+/// `pd.Series(data=...)` of a last name for each country.
+python::Ref last_names(PyObject* self, PyObject* make_series, PyObject* countries);
+
+/// `pd.Series(..., dtype="string")` of a password for each row.
+python::Ref passwords(PyObject* self, PyObject* make_series, Py_ssize_t rows);
+
+/// `pd.Series(...)` of a filled template for each row that is not missing.
+python::Ref phone_numbers(PyObject* make_series, PyObject* isna, PyObject* number_format);
+
+}  // namespace bulk

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
+namespace bulk {
+
+/// The generator behind `random.Random`, drawing as its methods do. MT19937: M. Matsumoto and T. Nishimura, "Mersenne
+/// Twister: a 623-dimensionally equidistributed uniform pseudo-random number generator", ACM TOMACS 8 (1998) 1.
+class Mersenne {
+  public:
+    static constexpr std::size_t kWords = 624;
+
+    std::array<std::uint32_t, kWords> words{};
+    std::size_t next_word = kWords;   ///< words that are used up; at kWords a new block is due
+
+    /// `getrandbits(32)`
+    std::uint32_t next() {
+        if (next_word == kWords) twist();
+        std::uint32_t word = words[next_word++];
+        word ^= word >> 11;
+        word ^= word << 7 & 0x9d2c5680U;
+        word ^= word << 15 & 0xefc60000U;
+        return word ^ word >> 18;
+    }
+
+    /// `_randbelow(n)` for n from 1 to 2**32 - 1: as many bits as n has, again until they are below n.
+    std::uint32_t below(std::uint32_t n) {
+        const int spare = std::countl_zero(n);
+        std::uint32_t drawn = next() >> spare;
+        while (drawn >= n) drawn = next() >> spare;
+        return drawn;
+    }
+
+    /// `random()`: 53 bits from two words.
+    double uniform() {
+        const std::uint32_t high = next() >> 5;
+        const std::uint32_t low = next() >> 6;
+        return (high * 67108864.0 + low) * (1.0 / 9007199254740992.0);
+    }
+
+  private:
+    void twist() {
+        constexpr std::size_t kAhead = 397;
+        const auto mixed = [this](std::size_t i, std::size_t after) {
+            const std::uint32_t bits = (words[i] & 0x80000000U) | (words[after] & 0x7fffffffU);
+            return bits >> 1 ^ ((bits & 1U) != 0 ? 0x9908b0dfU : 0U);
+        };
+        for (std::size_t i = 0; i < kWords - kAhead; ++i) words[i] = words[i + kAhead] ^ mixed(i, i + 1);
+        for (std::size_t i = kWords - kAhead; i < kWords - 1; ++i) words[i] = words[i + kAhead - kWords] ^ mixed(i, i + 1);
+        words[kWords - 1] = words[kAhead - 1] ^ mixed(kWords - 1, 0);
+        next_word = 0;
+    }
+};
+
+}  // namespace bulk

@@ -1,0 +1,42 @@
+#pragma once
+
+// Whole columns may be made at once only while everything that the single calls would have gone through is what it
+// was. A function is recognised by its very code, however many wrappers bear its name; nothing is remembered, so nothing
+// can be out of date.
+
+#include <Python.h>
+
+#include "python/function.hpp"
+#include "python/ref.hpp"
+
+namespace bulk {
+
+/// A function as its module defines it.
+struct Original {
+    const char* module;
+    const char* qualname;
+};
+
+/// Whether the object is that very Python function.
+bool is_original(PyObject* function, const Original& original);
+
+/// The method's object, where the attribute is that very function bound to an object; else null. Borrowed from `method`.
+PyObject* bound_to(PyObject* method, const Original& original);
+
+/// Whether the object is the function of this row, or a method of it bound to `self`.
+bool is_ours(PyObject* function, const python::Entry& entry, PyObject* self = nullptr);
+
+/// Whether reading the object's attributes runs no code of its own class.
+bool reads_plainly(PyObject* object);
+
+/// Whether `object.name` is this row's function, bound to the object where it is a method.
+bool has_our_method(PyObject* object, PyObject* name, const python::Entry& entry);
+
+/// Whether the property of that name on the object's class is the one whose getter is this row.
+bool has_our_property(PyObject* object, PyObject* name, const python::Entry& entry);
+
+/// `object.name`, or empty (and no error) where it cannot be read.
+python::Ref quiet_attr(PyObject* object, const char* name);
+python::Ref quiet_attr(PyObject* object, PyObject* name);
+
+}  // namespace bulk

@@ -1,0 +1,83 @@
+#pragma once
+
+// The random sources, word for word. A source is taken over for a stretch in which no Python code can run, and handed
+// back exactly where the single calls would have left it.
+
+#include <Python.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+
+#include "bulk/mersenne.hpp"
+#include "python/ref.hpp"
+
+namespace bulk {
+
+/// Whether the object is a `random.Random` that draws as the standard library's does, with nothing replaced.
+bool is_plain_random(PyObject* object);
+
+/// The source behind the functions of the module `random`, where those that the names list are its own; else empty.
+python::Ref module_random(PyObject* random_module, std::initializer_list<const char*> functions);
+
+/// A set of `random.Random` sources. They are registered first, then taken over together.
+class Sources {
+  public:
+    Sources() = default;
+    Sources(const Sources&) = delete;
+    Sources& operator=(const Sources&) = delete;
+    ~Sources();
+
+    /// Registers a source, each once however often it is asked for. The engine stays where it is.
+    Mersenne& add(PyObject* source);
+
+    void take_over();
+    void hand_back();
+
+    /// Lets pending signals be handled now and then, with the sources handed back meanwhile. Call it once a row.
+    void breathe() {
+        if (++rows_since_breath_ == kRowsBetweenBreaths) take_breath();
+    }
+
+  private:
+    // A row costs well under a microsecond, so this is a few milliseconds.
+    static constexpr std::size_t kRowsBetweenBreaths = 1U << 14U;
+
+    struct Source {
+        python::Ref object;
+        Mersenne engine;
+    };
+
+    void take_breath();
+
+    std::deque<Source> sources_;
+    std::size_t rows_since_breath_ = 0;
+    bool taken_over_ = false;
+};
+
+/// numpy's global generator, drawing as `numpy.random.choice(list)` does for lists of up to 2**32 elements. It draws
+/// from numpy's own state, so there is nothing to hand back; numpy's lock is held meanwhile.
+class NumpyChoice {
+  public:
+    /// Empty-handed (`applies()` is false) unless `numpy.random.choice` is numpy's own.
+    explicit NumpyChoice(PyObject* numpy);
+    NumpyChoice(const NumpyChoice&) = delete;
+    NumpyChoice& operator=(const NumpyChoice&) = delete;
+
+    [[nodiscard]] bool applies() const { return static_cast<bool>(lock_); }
+
+    /// A position below n, n from 1 on.
+    std::uint32_t below(std::uint32_t n);
+
+    void acquire();
+    void release();
+
+  private:
+    struct BitGenerator;
+
+    python::Ref owner_;
+    python::Ref lock_;
+    BitGenerator* bits_ = nullptr;
+};
+
+}  // namespace bulk

@@ -1,0 +1,93 @@
+#pragma once
+
+// Columns of texts: read out of pandas, and put into pandas in the very form that pandas itself chose for a few of them.
+
+#include <Python.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "python/ref.hpp"
+
+namespace bulk {
+
+/// A memory view that is let go with its owner.
+class Buffer {
+  public:
+    explicit Buffer(PyObject* exporter);
+    Buffer(Buffer&& other) noexcept : view_(other.view_) { other.view_.obj = nullptr; }
+    Buffer& operator=(Buffer&&) = delete;
+    Buffer(const Buffer&) = delete;
+    Buffer& operator=(const Buffer&) = delete;
+    ~Buffer() {
+        if (view_.obj != nullptr) PyBuffer_Release(&view_);
+    }
+
+    template <class Element>
+    [[nodiscard]] const Element* data() const {
+        return static_cast<const Element*>(view_.buf);
+    }
+    [[nodiscard]] std::size_t bytes() const { return static_cast<std::size_t>(view_.len); }
+
+  private:
+    Py_buffer view_{};
+};
+
+/// The elements of a pandas Series, as UTF-8. A view without data is a missing value.
+class Texts {
+  public:
+    /// Empty where an element is neither exactly a str nor missing, or the object is no Series of a kind that is known.
+    static std::optional<Texts> read(PyObject* series);
+
+    [[nodiscard]] std::size_t size() const { return views_.size(); }
+    std::string_view operator[](std::size_t row) const { return views_[row]; }
+    [[nodiscard]] bool is_missing(std::size_t row) const { return views_[row].data() == nullptr; }
+    [[nodiscard]] bool any_missing() const;
+
+  private:
+    bool read_arrow(PyObject* chunked);
+    bool read_chunk(PyObject* chunk);
+    bool read_objects(PyObject* objects);
+
+    std::vector<std::string_view> views_;
+    std::vector<python::Ref> owners_;
+    std::vector<Buffer> buffers_;
+};
+
+/// A column in the making. It is laid out as Arrow does it where that is what the finished Series holds, and as Python
+/// strings otherwise.
+class TextSeries {
+  public:
+    /// `like` is a Series that pandas made of a few such elements in the way that the column is to look like.
+    explicit TextSeries(PyObject* like, std::size_t rows);
+
+    void add(std::string_view text);
+    /// The same for a str that exists already; `text` is its UTF-8.
+    void add(PyObject* object, std::string_view text);
+    void add_missing(PyObject* missing);
+
+    /// `make_series(elements)`, exactly as pandas infers it.
+    python::Ref finish(PyObject* make_series);
+    /// The same with the dtype and the name of `like`, and an index.
+    python::Ref finish_like(PyObject* make_series, PyObject* index);
+
+  private:
+    python::Ref arrow_array();
+
+    python::Ref like_;
+    python::Ref dtype_;
+    bool arrow_;
+    python::Ref objects_;
+    std::string data_;
+    std::vector<std::int64_t> ends_;
+    std::vector<std::uint8_t> valid_;
+    std::size_t missing_ = 0;
+};
+
+bool is_ascii(std::string_view text);
+
+}  // namespace bulk

@@ -1,0 +1,68 @@
+#include "bulk/originals.hpp"
+
+#include "python/call.hpp"
+
+namespace bulk {
+
+using namespace python;
+
+namespace {
+
+bool equals(PyObject* text, const char* ascii) {
+    return text != nullptr && PyUnicode_Check(text) && PyUnicode_CompareWithASCIIString(text, ascii) == 0;
+}
+
+/// The code comes from the file of the module whose globals the function uses.
+bool comes_from(PyObject* function, PyObject* code, const char* module) {
+    PyObject* globals = PyFunction_GetGlobals(function);
+    if (!equals(PyDict_GetItemString(globals, "__name__"), module)) return false;
+    PyObject* file = PyDict_GetItemString(globals, "__file__");
+    Ref code_file = quiet_attr(code, "co_filename");
+    return file != nullptr && code_file && PyUnicode_Check(file) && PyUnicode_Compare(file, code_file) == 0;
+}
+
+}  // namespace
+
+Ref quiet_attr(PyObject* object, PyObject* name) {
+    Ref value = Ref::steal(PyObject_GetAttr(object, name));
+    if (!value) PyErr_Clear();
+    return value;
+}
+
+Ref quiet_attr(PyObject* object, const char* name) {
+    Ref value = Ref::steal(PyObject_GetAttrString(object, name));
+    if (!value) PyErr_Clear();
+    return value;
+}
+
+bool is_original(PyObject* function, const Original& original) {
+    if (function == nullptr || !PyFunction_Check(function)) return false;
+    PyObject* code = PyFunction_GetCode(function);
+    return equals(quiet_attr(code, "co_qualname"), original.qualname) && comes_from(function, code, original.module);
+}
+
+PyObject* bound_to(PyObject* method, const Original& original) {
+    if (method == nullptr || !PyMethod_Check(method)) return nullptr;
+    return is_original(PyMethod_GET_FUNCTION(method), original) ? PyMethod_GET_SELF(method) : nullptr;
+}
+
+bool is_ours(PyObject* function, const Entry& entry, PyObject* self) {
+    if (function != nullptr && PyMethod_Check(function)) {
+        return PyMethod_GET_SELF(function) == self && is_ours(PyMethod_GET_FUNCTION(function), entry);
+    }
+    return function != nullptr && PyFunction_Check(function) && PyVectorcall_Function(function) == entry.vectorcall;
+}
+
+bool reads_plainly(PyObject* object) { return Py_TYPE(object)->tp_getattro == PyObject_GenericGetAttr; }
+
+bool has_our_method(PyObject* object, PyObject* name, const Entry& entry) {
+    return reads_plainly(object) && is_ours(quiet_attr(object, name), entry, object);
+}
+
+bool has_our_property(PyObject* object, PyObject* name, const Entry& entry) {
+    if (!reads_plainly(object)) return false;
+    Ref property = quiet_attr(reinterpret_cast<PyObject*>(Py_TYPE(object)), name);
+    return property && Py_IS_TYPE(property, &PyProperty_Type) && is_ours(quiet_attr(property, "fget"), entry);
+}
+
+}  // namespace bulk

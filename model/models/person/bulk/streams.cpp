@@ -1,0 +1,187 @@
+#include "bulk/streams.hpp"
+
+#include <bit>
+#include <cstring>
+#include <initializer_list>
+
+#include "bulk/originals.hpp"
+#include "python/call.hpp"
+#include "python/error.hpp"
+
+namespace bulk {
+
+using namespace python;
+
+namespace {
+
+constexpr Original kMethods[] = {
+    {"random", "Random.choice"},
+    {"random", "Random.choices"},
+    {"random", "Random.randint"},
+    {"random", "Random.randrange"},
+};
+
+/// `getrandbits` and `random` are the C methods of the base class, which no subclass and no assignment covers.
+bool draws_in_c(PyObject* type) {
+    Ref base = Ref::share(reinterpret_cast<PyObject*>(reinterpret_cast<PyTypeObject*>(type)->tp_base));
+    for (const char* name : {"getrandbits", "random"}) {
+        Ref method = quiet_attr(type, name);
+        if (!method || !Py_IS_TYPE(method, &PyMethodDescr_Type)) return false;
+        if (method.get() != quiet_attr(base, name).get()) return false;
+    }
+    return true;
+}
+
+bool is_plain_type(PyObject* type) {
+    Ref module = Ref::steal(PyImport_ImportModule("random"));
+    if (!module) {
+        PyErr_Clear();
+        return false;
+    }
+    if (quiet_attr(module, "Random").get() != type) return false;
+    for (const Original& method : kMethods) {
+        const char* name = method.qualname + sizeof("Random.") - 1;
+        if (!is_original(quiet_attr(type, name), method)) return false;
+    }
+    return is_original(quiet_attr(type, "_randbelow"), {"random", "Random._randbelow_with_getrandbits"}) &&
+           draws_in_c(type);
+}
+
+/// Nothing but the saved deviate stands in the instance: no function put before the class's.
+bool has_plain_names(PyObject* object) {
+    Ref names = quiet_attr(object, "__dict__");
+    if (!names || !PyDict_CheckExact(names.get())) return false;
+    const Py_ssize_t own = PyDict_Size(names);
+    return own == 0 || (own == 1 && PyDict_GetItemString(names, "gauss_next") != nullptr);
+}
+
+/// `_random.Random.getstate` and `setstate`: the words alone, which leaves a saved deviate as it is.
+Ref word_method(PyObject* source, const char* name) {
+    return owned(PyObject_GetAttrString(reinterpret_cast<PyObject*>(Py_TYPE(source)->tp_base), name));
+}
+
+void read_state(PyObject* source, Mersenne& engine) {
+    Ref state = call(word_method(source, "getstate"), {source});
+    for (std::size_t i = 0; i <= Mersenne::kWords; ++i) {
+        const auto word = PyLong_AsUnsignedLong(PyTuple_GET_ITEM(state.get(), static_cast<Py_ssize_t>(i)));
+        if (i < Mersenne::kWords) {
+            engine.words[i] = static_cast<std::uint32_t>(word);
+        } else {
+            engine.next_word = word;
+        }
+    }
+}
+
+void write_state(PyObject* source, const Mersenne& engine) {
+    Ref state = owned(PyTuple_New(Mersenne::kWords + 1));
+    for (std::size_t i = 0; i <= Mersenne::kWords; ++i) {
+        const std::size_t word = i < Mersenne::kWords ? engine.words[i] : engine.next_word;
+        PyTuple_SET_ITEM(state.get(), static_cast<Py_ssize_t>(i), owned(PyLong_FromSize_t(word)).release());
+    }
+    call(word_method(source, "setstate"), {source, state});
+}
+
+}  // namespace
+
+bool is_plain_random(PyObject* object) {
+    return reads_plainly(object) && is_plain_type(reinterpret_cast<PyObject*>(Py_TYPE(object))) && has_plain_names(object);
+}
+
+Ref module_random(PyObject* random_module, std::initializer_list<const char*> functions) {
+    Ref source;
+    for (const char* name : functions) {
+        Ref method = quiet_attr(random_module, name);
+        if (!method || !PyMethod_Check(method.get())) return {};
+        PyObject* self = PyMethod_GET_SELF(method.get());
+        Ref own = quiet_attr(reinterpret_cast<PyObject*>(Py_TYPE(self)), name);
+        if (PyMethod_GET_FUNCTION(method.get()) != own.get()) return {};
+        if (source && source.get() != self) return {};
+        source = Ref::share(self);
+    }
+    return source && is_plain_random(source) ? std::move(source) : Ref();
+}
+
+// --- random.Random ----------------------------------------------------------------------------------------------------------
+
+Mersenne& Sources::add(PyObject* source) {
+    for (Source& known : sources_) {
+        if (known.object.get() == source) return known.engine;
+    }
+    return sources_.emplace_back(Ref::share(source), Mersenne{}).engine;
+}
+
+void Sources::take_over() {
+    for (Source& source : sources_) read_state(source.object, source.engine);
+    taken_over_ = true;
+}
+
+void Sources::hand_back() {
+    taken_over_ = false;
+    for (const Source& source : sources_) write_state(source.object, source.engine);
+}
+
+void Sources::take_breath() {
+    rows_since_breath_ = 0;
+    hand_back();
+    require(PyErr_CheckSignals());
+    take_over();
+}
+
+Sources::~Sources() {
+    if (!taken_over_) return;
+    // Only want of memory leads here: what was drawn is drawn.
+    PyObject* exception = PyErr_GetRaisedException();
+    try {
+        hand_back();
+    } catch (...) {
+        PyErr_Clear();
+    }
+    PyErr_SetRaisedException(exception);
+}
+
+// --- numpy ------------------------------------------------------------------------------------------------------------------
+
+/// The interface that numpy's bit generators offer in their capsule (numpy/random/bitgen.h).
+struct NumpyChoice::BitGenerator {
+    void* state;
+    std::uint64_t (*next_uint64)(void* state);
+    std::uint32_t (*next_uint32)(void* state);
+    double (*next_double)(void* state);
+    std::uint64_t (*next_raw)(void* state);
+};
+
+/// numpy's own class of its global generator: a static type, which Python code can neither make nor change.
+static bool is_legacy_generator(PyObject* object) {
+    const PyTypeObject* type = Py_TYPE(object);
+    return std::strcmp(type->tp_name, "numpy.random.mtrand.RandomState") == 0 &&
+           PyType_HasFeature(Py_TYPE(object), Py_TPFLAGS_HEAPTYPE) == 0;
+}
+
+NumpyChoice::NumpyChoice(PyObject* numpy) {
+    Ref random = quiet_attr(numpy, "random");
+    Ref choice = random ? quiet_attr(random, "choice") : Ref();
+    if (!choice || !PyMethod_Check(choice.get()) || !is_legacy_generator(PyMethod_GET_SELF(choice.get()))) return;
+    PyObject* self = PyMethod_GET_SELF(choice.get());
+    Ref own = quiet_attr(reinterpret_cast<PyObject*>(Py_TYPE(self)), "choice");
+    if (PyMethod_GET_FUNCTION(choice.get()) != own.get()) return;
+    Ref generator = quiet_attr(self, "_bit_generator");
+    Ref capsule = generator ? quiet_attr(generator, "capsule") : Ref();
+    if (!capsule || PyCapsule_IsValid(capsule, "BitGenerator") == 0) return;
+    bits_ = static_cast<BitGenerator*>(PyCapsule_GetPointer(capsule, "BitGenerator"));
+    lock_ = quiet_attr(generator, "lock");
+    owner_ = std::move(generator);
+}
+
+std::uint32_t NumpyChoice::below(std::uint32_t n) {
+    const std::uint32_t last = n - 1;
+    if (last == 0) return 0;
+    const std::uint32_t mask = ~std::uint32_t{0} >> std::countl_zero(last);
+    std::uint32_t drawn = bits_->next_uint32(bits_->state) & mask;
+    while (drawn > last) drawn = bits_->next_uint32(bits_->state) & mask;
+    return drawn;
+}
+
+void NumpyChoice::acquire() { call(owned(PyObject_GetAttrString(lock_, "acquire"))); }
+void NumpyChoice::release() { call(owned(PyObject_GetAttrString(lock_, "release"))); }
+
+}  // namespace bulk

@@ -1,0 +1,56 @@
+#include "bulk/surroundings.hpp"
+
+#include "bulk/originals.hpp"
+#include "person/names.hpp"
+#include "person/units.hpp"
+#include "python/call.hpp"
+#include "python/module.hpp"
+
+namespace bulk {
+
+using namespace python;
+namespace names = person::names;
+
+namespace {
+
+/// A copy of the module's dict, kept for the life of the process.
+PyObject* remembered = nullptr;
+
+bool has_key(PyObject* type, PyObject* name, PyObject* key) {
+    Ref value = quiet_attr(type, name);
+    return value && PyUnicode_CheckExact(value.get()) && PyUnicode_Compare(value, key) == 0;
+}
+
+}  // namespace
+
+void remember_namespace() { Py_XSETREF(remembered, owned(PyDict_Copy(module().globals)).release()); }
+
+bool namespace_is_untouched() {
+    PyObject* name = nullptr;
+    PyObject* value = nullptr;
+    Py_ssize_t position = 0;
+    while (PyDict_Next(remembered, &position, &name, &value) != 0) {
+        PyObject* current = PyDict_GetItemWithError(module().globals, name);
+        if (current != value) return false;
+    }
+    Ref gender_model = global(names::GenderModel);
+    return has_key(gender_model, names::key_female, names::female) && has_key(gender_model, names::key_male, names::male) &&
+           has_key(gender_model, names::key_non_binary, names::non_binary) &&
+           has_key(gender_model, names::key_ambiguous, names::ambiguous);
+}
+
+PyObject* plain_provider_map(PyObject* self) {
+    if (!has_our_property(self, names::country_to_provider_map, entry<person::person_model::country_to_provider_map>)) {
+        return nullptr;
+    }
+    Ref type_attribute = quiet_attr(reinterpret_cast<PyObject*>(Py_TYPE(self)), names::_country_to_provider_map);
+    if (type_attribute) return nullptr;
+    Ref map = quiet_attr(self, names::_country_to_provider_map);
+    return map && PyDict_CheckExact(map.get()) && PyDict_Size(map) > 0 ? map.get() : nullptr;
+}
+
+bool has_pandas_function(const char* name, const char* defining_module) {
+    return is_original(quiet_attr(global(names::pd), name), {defining_module, name});
+}
+
+}  // namespace bulk

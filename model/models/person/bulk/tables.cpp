@@ -1,0 +1,195 @@
+#include "bulk/tables.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "bulk/originals.hpp"
+#include "bulk/streams.hpp"
+#include "python/call.hpp"
+#include "python/error.hpp"
+
+namespace bulk {
+
+using namespace python;
+
+namespace {
+
+constexpr double kExactIntegers = 9007199254740992.0;   // 2**53
+
+Ref imported(const char* name) {
+    Ref module = Ref::steal(PyImport_ImportModule(name));
+    if (!module) PyErr_Clear();
+    return module;
+}
+
+bool is_class_of(PyObject* object, const char* module, const char* name) {
+    Ref imported_module = imported(module);
+    return imported_module && quiet_attr(imported_module, name).get() == reinterpret_cast<PyObject*>(Py_TYPE(object));
+}
+
+/// Faker keeps the keys of a weighted table beside it, and goes by them for as long as the table lives.
+Ref kept_keys(PyObject* elements) {
+    Ref kept = quiet_attr(elements, "_key_cache");
+    if (kept) return kept;
+    Ref keys = owned(PySequence_Tuple(elements));
+    require(PyObject_SetAttrString(elements, "_key_cache", keys));
+    return keys;
+}
+
+}  // namespace
+
+// --- tables -----------------------------------------------------------------------------------------------------------------
+
+std::optional<Table> Table::read(PyObject* elements, bool weighted) {
+    const bool ordered_mapping = is_class_of(elements, "collections", "OrderedDict");
+    if (!ordered_mapping && !PyTuple_CheckExact(elements) && !PyList_CheckExact(elements)) return std::nullopt;
+    Table table;
+    table.choices_ = owned(PySequence_Tuple(ordered_mapping ? kept_keys(elements).get() : elements));
+    if (!table.read_texts()) return std::nullopt;
+    if (ordered_mapping && weighted && !table.read_weights(elements)) return std::nullopt;
+    return table;
+}
+
+bool Table::read_texts() {
+    const Py_ssize_t count = PyTuple_GET_SIZE(choices_.get());
+    if (count == 0) return false;
+    texts_.reserve(static_cast<std::size_t>(count));
+    for (Py_ssize_t i = 0; i < count; ++i) {
+        PyObject* choice = PyTuple_GET_ITEM(choices_.get(), i);
+        if (!PyUnicode_CheckExact(choice)) return false;
+        Py_ssize_t bytes = 0;
+        const char* text = PyUnicode_AsUTF8AndSize(choice, &bytes);
+        if (text == nullptr) {
+            PyErr_Clear();
+            return false;
+        }
+        texts_.emplace_back(text, static_cast<std::size_t>(bytes));
+    }
+    return true;
+}
+
+bool Table::read_weights(PyObject* elements) {
+    Ref weights = owned(PySequence_Tuple(owned(PyObject_CallMethod(elements, "values", nullptr))));
+    if (PyTuple_GET_SIZE(weights.get()) != static_cast<Py_ssize_t>(texts_.size())) return false;
+    double sum = 0.0;
+    for (std::size_t i = 0; i < texts_.size(); ++i) {
+        PyObject* weight = PyTuple_GET_ITEM(weights.get(), static_cast<Py_ssize_t>(i));
+        if (!PyFloat_CheckExact(weight) && !PyLong_CheckExact(weight)) return false;
+        const double value = PyFloat_AsDouble(weight);
+        if (value == -1.0 && PyErr_Occurred() != nullptr) PyErr_Clear();
+        sum += value;
+        if (!(std::abs(value) < kExactIntegers) || !(std::abs(sum) < kExactIntegers)) return false;
+        cumulative_weights_.push_back(sum);
+    }
+    return sum > 0.0;
+}
+
+std::size_t Table::draw(Mersenne& source) const {
+    if (cumulative_weights_.empty()) return source.below(static_cast<std::uint32_t>(texts_.size()));
+    const double drawn = source.uniform() * cumulative_weights_.back();
+    const auto first = cumulative_weights_.begin();
+    return static_cast<std::size_t>(std::upper_bound(first, cumulative_weights_.end() - 1, drawn) - first);
+}
+
+// --- Faker instances ----------------------------------------------------------------------------------------------------------
+
+std::optional<KnownFaker> KnownFaker::recognise(PyObject* faker) {
+    PyObject* type = reinterpret_cast<PyObject*>(Py_TYPE(faker));
+    if (!is_class_of(faker, "faker.proxy", "Faker")) return std::nullopt;
+    if (!is_original(quiet_attr(type, "__getattr__"), {"faker.proxy", "Faker.__getattr__"})) return std::nullopt;
+    if (!is_original(quiet_attr(type, "__getattribute__"), {"faker.proxy", "Faker.__getattribute__"})) return std::nullopt;
+
+    Ref names = quiet_attr(faker, "__dict__");
+    PyObject* factories = names ? PyDict_GetItemString(names, "_factories") : nullptr;
+    if (factories == nullptr || !PyList_CheckExact(factories) || PyList_GET_SIZE(factories) != 1) return std::nullopt;
+
+    KnownFaker known;
+    known.generator_ = Ref::share(PyList_GET_ITEM(factories, 0));
+    if (!reads_plainly(known.generator_) || !is_class_of(known.generator_, "faker.generator", "Generator")) {
+        return std::nullopt;
+    }
+    Ref random = quiet_attr(reinterpret_cast<PyObject*>(Py_TYPE(known.generator_.get())), "random");
+    if (!random || !is_original(quiet_attr(random, "fget"), {"faker.generator", "Generator.random"})) return std::nullopt;
+    known.source_ = quiet_attr(known.generator_, "random");
+    if (!known.source_ || !is_plain_random(known.source_)) return std::nullopt;
+    // A name in the proxy itself would come before the generator's.
+    for (const char* method : {"first_name", "first_name_male", "first_name_female", "last_name", "domain_name"}) {
+        if (PyDict_GetItemString(names, method) != nullptr || quiet_attr(type, method)) return std::nullopt;
+    }
+    return known;
+}
+
+Ref KnownFaker::provider_of(PyObject* method) const {
+    if (method == nullptr || !PyMethod_Check(method)) return {};
+    PyObject* provider = PyMethod_GET_SELF(method);
+    if (!reads_plainly(provider) || quiet_attr(provider, "generator").get() != generator_.get()) return {};
+    const auto is_base = [provider](const char* name, const char* qualname) {
+        return bound_to(quiet_attr(provider, name), {"faker.providers", qualname}) == provider;
+    };
+    if (!is_base("random_element", "BaseProvider.random_element")) return {};
+    if (!is_base("random_elements", "BaseProvider.random_elements")) return {};
+    Ref distribution = imported("faker.providers");
+    if (!is_original(quiet_attr(distribution, "choices_distribution"),
+                     {"faker.utils.distribution", "choices_distribution"})) {
+        return {};
+    }
+    return Ref::share(provider);
+}
+
+/// The name of the attribute that a method draws from, where its whole body is `return self.random_element(self.name)`.
+Ref drawn_attribute(PyObject* function) {
+    static PyObject* const shape = [] {
+        Ref globals = dict();
+        const char* source = "def shape(self):\n    return self.random_element(self.elements)\n";
+        Ref ran = owned(PyRun_String(source, Py_file_input, globals, globals));
+        Ref code = owned(PyObject_GetAttrString(PyDict_GetItemString(globals, "shape"), "__code__"));
+        return owned(PyObject_GetAttrString(code, "co_code")).release();
+    }();
+    if (!PyFunction_Check(function)) return {};
+    PyObject* code = PyFunction_GetCode(function);
+    Ref instructions = quiet_attr(code, "co_code");
+    Ref names = quiet_attr(code, "co_names");
+    if (!instructions || !names || PyTuple_GET_SIZE(names.get()) != 2) return {};
+    if (require(PyObject_RichCompareBool(instructions, shape, Py_EQ)) == 0) return {};
+    if (PyUnicode_CompareWithASCIIString(PyTuple_GET_ITEM(names.get(), 0), "random_element") != 0) return {};
+    return Ref::share(PyTuple_GET_ITEM(names.get(), 1));
+}
+
+std::optional<Table> KnownFaker::table(const char* method) const {
+    Ref bound = quiet_attr(generator_, method);
+    Ref provider = provider_of(bound);
+    if (!provider) return std::nullopt;
+    PyObject* function = PyMethod_GET_FUNCTION(bound.get());
+    if (Ref attribute = drawn_attribute(function)) return table_of(provider, attribute);
+    return gendered_table(bound, provider);
+}
+
+/// `first_name_male` and `first_name_female`: a table of their own, or else that of `first_name`.
+std::optional<Table> KnownFaker::gendered_table(PyObject* bound, PyObject* provider) const {
+    struct Gendered {
+        Original method;
+        const char* attribute;
+    };
+    constexpr Gendered kMethods[] = {
+        {{"faker.providers.person", "Provider.first_name_male"}, "first_names_male"},
+        {{"faker.providers.person", "Provider.first_name_female"}, "first_names_female"},
+    };
+    for (const auto& [method, attribute] : kMethods) {
+        if (bound_to(bound, method) == nullptr) continue;
+        if (quiet_attr(provider, attribute)) return table_of(provider, string(attribute));
+        Ref neutral = quiet_attr(provider, "first_name");
+        if (!neutral || !PyMethod_Check(neutral.get()) || PyMethod_GET_SELF(neutral.get()) != provider) return std::nullopt;
+        Ref drawn = drawn_attribute(PyMethod_GET_FUNCTION(neutral.get()));
+        return drawn ? table_of(provider, drawn) : std::nullopt;
+    }
+    return std::nullopt;
+}
+
+std::optional<Table> KnownFaker::table_of(PyObject* provider, PyObject* attribute) {
+    Ref elements = quiet_attr(provider, attribute);
+    Ref weighting = quiet_attr(provider, "__use_weighting__");
+    if (!elements || !weighting || !PyBool_Check(weighting.get())) return std::nullopt;
+    return Table::read(elements, weighting.get() == Py_True);
+}
+
+}  // namespace bulk

@@ -1,0 +1,215 @@
+#include "bulk/texts.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "bulk/originals.hpp"
+#include "python/call.hpp"
+#include "python/error.hpp"
+
+namespace bulk {
+
+using namespace python;
+
+namespace {
+
+bool text_equals(PyObject* text, const char* ascii) {
+    return text != nullptr && PyUnicode_Check(text) && PyUnicode_CompareWithASCIIString(text, ascii) == 0;
+}
+
+/// The name of the object's type, with its module: what pandas calls its own.
+bool has_type(PyObject* object, const char* module, const char* name) {
+    PyObject* type = reinterpret_cast<PyObject*>(Py_TYPE(object));
+    return text_equals(quiet_attr(type, "__name__"), name) && text_equals(quiet_attr(type, "__module__"), module);
+}
+
+bool is_series(PyObject* object) {
+    return has_type(object, "pandas", "Series") || has_type(object, "pandas.core.series", "Series");
+}
+
+bool is_string_dtype(PyObject* dtype) {
+    return has_type(dtype, "pandas", "StringDtype") || has_type(dtype, "pandas.core.arrays.string_", "StringDtype");
+}
+
+bool is_arrow_backed(PyObject* dtype) {
+    return is_string_dtype(dtype) && text_equals(quiet_attr(dtype, "storage"), "pyarrow");
+}
+
+bool is_object_dtype(PyObject* dtype) { return text_equals(quiet_attr(dtype, "kind"), "O") && !is_string_dtype(dtype); }
+
+/// A missing value as columns of texts hold it.
+bool is_missing_value(PyObject* value) {
+    if (value == Py_None) return true;
+    if (PyFloat_CheckExact(value)) return std::isnan(PyFloat_AS_DOUBLE(value));
+    return has_type(value, "pandas._libs.missing", "NAType") || has_type(value, "pandas.api.typing", "NAType");
+}
+
+Ref method_result(PyObject* object, const char* name) { return call(owned(PyObject_GetAttrString(object, name))); }
+
+}  // namespace
+
+bool is_ascii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+Buffer::Buffer(PyObject* exporter) { require(PyObject_GetBuffer(exporter, &view_, PyBUF_SIMPLE)); }
+
+// --- reading ----------------------------------------------------------------------------------------------------------------
+
+std::optional<Texts> Texts::read(PyObject* series) {
+    if (!is_series(series)) return std::nullopt;
+    Ref dtype = quiet_attr(series, "dtype");
+    if (!dtype) return std::nullopt;
+    Texts texts;
+    if (is_arrow_backed(dtype)) {
+        Ref array = owned(PyObject_GetAttrString(series, "array"));
+        if (!texts.read_arrow(method_result(array, "__arrow_array__"))) return std::nullopt;
+        return texts;
+    }
+    if (!is_object_dtype(dtype) && !is_string_dtype(dtype)) return std::nullopt;
+    Ref array = call(owned(PyObject_GetAttrString(series, "to_numpy")), {reinterpret_cast<PyObject*>(&PyBaseObject_Type)});
+    if (!texts.read_objects(method_result(array, "tolist"))) return std::nullopt;
+    return texts;
+}
+
+bool Texts::read_arrow(PyObject* chunked) {
+    Ref chunks = owned(PyObject_GetAttrString(chunked, "chunks"));
+    for (Py_ssize_t i = 0; i < length(chunks); ++i) {
+        if (!read_chunk(item(chunks, integer(i)))) return false;
+    }
+    return true;
+}
+
+bool Texts::read_chunk(PyObject* chunk) {
+    Ref type = owned(PyObject_Str(owned(PyObject_GetAttrString(chunk, "type"))));
+    if (!text_equals(type, "large_string")) return false;
+    const auto rows = static_cast<std::size_t>(length(chunk));
+    const std::size_t first = PyLong_AsSize_t(owned(PyObject_GetAttrString(chunk, "offset")));
+    Ref parts = method_result(chunk, "buffers");
+    if (rows == 0) return true;
+
+    const auto part = [&](Py_ssize_t index) { return item(parts, integer(index)); };
+    const std::uint8_t* valid = nullptr;
+    if (Ref bitmap = part(0); bitmap.get() != Py_None) valid = buffers_.emplace_back(bitmap).data<std::uint8_t>();
+    const auto* ends = buffers_.emplace_back(part(1)).data<std::int64_t>() + first;
+    const char* data = "";
+    if (Ref bytes = part(2); bytes.get() != Py_None) data = buffers_.emplace_back(bytes).data<char>();
+    if (data == nullptr) data = "";
+
+    views_.reserve(views_.size() + rows);
+    for (std::size_t row = 0; row < rows; ++row) {
+        const std::size_t bit = first + row;
+        const bool present = valid == nullptr || (valid[bit / 8] >> (bit % 8) & 1U) != 0;
+        views_.push_back(present ? std::string_view(data + ends[row], static_cast<std::size_t>(ends[row + 1] - ends[row]))
+                                 : std::string_view());
+    }
+    return true;
+}
+
+bool Texts::read_objects(PyObject* objects) {
+    const Py_ssize_t rows = PyList_GET_SIZE(objects);
+    views_.reserve(static_cast<std::size_t>(rows));
+    for (Py_ssize_t row = 0; row < rows; ++row) {
+        PyObject* value = PyList_GET_ITEM(objects, row);
+        if (PyUnicode_CheckExact(value)) {
+            Py_ssize_t bytes = 0;
+            const char* text = PyUnicode_AsUTF8AndSize(value, &bytes);
+            if (text == nullptr) {   // a lone surrogate has no UTF-8
+                PyErr_Clear();
+                return false;
+            }
+            views_.emplace_back(text, static_cast<std::size_t>(bytes));
+        } else if (is_missing_value(value)) {
+            views_.emplace_back();
+        } else {
+            return false;
+        }
+    }
+    owners_.push_back(Ref::share(objects));
+    return true;
+}
+
+bool Texts::any_missing() const {
+    return std::any_of(views_.begin(), views_.end(), [](std::string_view view) { return view.data() == nullptr; });
+}
+
+// --- writing ----------------------------------------------------------------------------------------------------------------
+
+TextSeries::TextSeries(PyObject* like, std::size_t rows)
+    : like_(Ref::share(like)), dtype_(owned(PyObject_GetAttrString(like, "dtype"))), arrow_(is_arrow_backed(dtype_)) {
+    if (arrow_) {
+        ends_.reserve(rows + 1);
+        ends_.push_back(0);
+    } else {
+        objects_ = list();
+    }
+}
+
+void TextSeries::add(std::string_view text) {
+    if (!arrow_) {
+        append(objects_, owned(PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), nullptr)));
+        return;
+    }
+    if (!valid_.empty()) valid_.push_back(1);
+    data_.append(text);
+    ends_.push_back(static_cast<std::int64_t>(data_.size()));
+}
+
+void TextSeries::add(PyObject* object, std::string_view text) {
+    if (arrow_) {
+        add(text);
+    } else {
+        append(objects_, object);
+    }
+}
+
+void TextSeries::add_missing(PyObject* missing) {
+    if (!arrow_) {
+        append(objects_, missing);
+        return;
+    }
+    if (valid_.empty()) valid_.assign(ends_.size() - 1, 1);
+    valid_.push_back(0);
+    ends_.push_back(static_cast<std::int64_t>(data_.size()));
+    ++missing_;
+}
+
+Ref TextSeries::arrow_array() {
+    Ref pyarrow = owned(PyImport_ImportModule("pyarrow"));
+    Ref as_buffer = owned(PyObject_GetAttrString(pyarrow, "py_buffer"));
+    const auto buffer = [&](const void* bytes, std::size_t count) {
+        return call(as_buffer, {owned(PyBytes_FromStringAndSize(static_cast<const char*>(bytes),
+                                                                static_cast<Py_ssize_t>(count)))
+                                    .get()});
+    };
+    Ref valid = none();
+    if (missing_ > 0) {
+        std::vector<std::uint8_t> bits((valid_.size() + 7) / 8);
+        for (std::size_t row = 0; row < valid_.size(); ++row) {
+            bits[row / 8] = static_cast<std::uint8_t>(bits[row / 8] | valid_[row] << row % 8);
+        }
+        valid = buffer(bits.data(), bits.size());
+    }
+    Ref ends = buffer(ends_.data(), ends_.size() * sizeof(std::int64_t));
+    Ref data = buffer(data_.data(), data_.size());
+    Ref make = owned(PyObject_GetAttrString(owned(PyObject_GetAttrString(pyarrow, "LargeStringArray")), "from_buffers"));
+    Ref rows = integer(static_cast<Py_ssize_t>(ends_.size()) - 1);
+    Ref array = call(make, {rows, ends, data, valid});
+    return call(owned(PyObject_GetAttrString(dtype_, "__from_arrow__")), {array});
+}
+
+Ref TextSeries::finish(PyObject* make_series) {
+    if (!arrow_) return call(make_series, {objects_});
+    return call(make_series, {arrow_array()});
+}
+
+Ref TextSeries::finish_like(PyObject* make_series, PyObject* index) {
+    Ref elements = arrow_ ? arrow_array() : std::move(objects_);
+    Ref name = owned(PyObject_GetAttrString(like_, "name"));
+    return call(make_series, {elements},
+                {{owned(PyUnicode_InternFromString("index")), index},
+                 {owned(PyUnicode_InternFromString("dtype")), dtype_},
+                 {owned(PyUnicode_InternFromString("name")), name}});
+}
+
+}  // namespace bulk
