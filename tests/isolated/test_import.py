@@ -146,6 +146,44 @@ def test_created_module_has_what_its_spec_tells(standins):
     ]
 
 
+def test_created_module_holds_nothing_else_before_it_is_executed(standins):
+    code = (
+        PRELUDE
+        + """
+    made = importlib.util.module_from_spec(importlib.util.find_spec(NAME))
+    print(json.dumps(sorted(vars(made))))
+    """
+    )
+    assert answer_of(code, path=standins) == [
+        "__doc__",
+        "__file__",
+        "__loader__",
+        "__name__",
+        "__package__",
+        "__spec__",
+    ]
+
+
+def test_threads_that_import_at_once_share_one_run(standins):
+    code = (
+        PRELUDE
+        + """
+    import threading
+    ready, modules = threading.Barrier(8), []
+    def load():
+        ready.wait()
+        modules.append(importlib.import_module(NAME))
+    threads = [threading.Thread(target=load) for _ in range(8)]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    print(len(modules), len({id(module) for module in modules}), runs())
+    """
+    )
+    assert output_of(code, path=standins) == "8 1 1"
+
+
 def test_created_module_has_the_search_locations_of_its_spec(standins):
     code = (
         PRELUDE

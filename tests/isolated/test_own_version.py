@@ -7,3 +7,27 @@ def test_nothing_is_warned_of(standins):
     code = "import vantrel.model.models.person as person; print(person.__name__)"
     settings = {"path": standins, "options": ("-W", "error")}
     assert output_of(code, **settings) == "vantrel.model.models.person"
+
+
+def test_development_mode_finds_nothing(standins):
+    """Import, a class, a call, a failure and the end of the process under the checking allocator."""
+    code = """
+        import vantrel.model.models.person as person
+        model = person.CountryModel("meta")
+        try:
+            person.PersonModel.from_dict({})
+        except KeyError:
+            print(model.fit is not None, person.all_supported_locales())
+        """
+    settings = {"path": standins, "options": ("-X", "dev", "-W", "error")}
+    assert output_of(code, **settings) == "True ['person']"
+
+
+def test_module_survives_the_end_of_the_process(standins):
+    """What is called while the interpreter goes down still answers."""
+    code = """
+        import atexit
+        import vantrel.model.models.person as person
+        atexit.register(lambda: print(person.PersonModel.check_email("no address", ["fr"])))
+        """
+    assert output_of(code, path=standins) == "True"

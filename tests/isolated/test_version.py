@@ -57,6 +57,20 @@ def test_import_goes_on_after_the_warning(standins):
     assert answer_of(code, path=standins, python=OTHER) == [["person"], "meta", "x"]
 
 
+def test_functions_serve_in_hot_loops_of_the_other_version(standins):
+    code = (
+        WATCH
+        + """
+    from vantrel.model.models.person import PersonModel
+    checks = {PersonModel.check_email("no address", ["fr"]) for _ in range(2000)}
+    model = PersonModel.__new__(PersonModel)
+    locales = {model.default_locale for _ in range(2000)}
+    print(checks, locales)
+    """
+    )
+    assert output_of(code, path=standins, python=OTHER) == "{True} {'en_GB'}"
+
+
 def test_warning_is_given_though_the_import_then_fails(tmp_path):
     write_standins(tmp_path, vantrel__config="")
     code = (

@@ -1,5 +1,7 @@
 """How the functions are called: which arguments they take, and the whole message of every call that they refuse."""
 
+import functools
+import operator
 import re
 import sys
 import types
@@ -608,3 +610,78 @@ def test_refused_calls_keep_no_references():
         with pytest.raises(TypeError):
             PersonModel.check_email("a", [], argument)
     assert sys.getrefcount(argument) - before < 5
+
+
+# --- every way to make a call leads to the same function ---
+
+
+@pytest.mark.parametrize(
+    "call",
+    [
+        lambda: PersonModel.check_email("no address", ["fr"]),
+        lambda: PersonModel.check_email(*("no address", ["fr"])),
+        lambda: PersonModel.check_email(s="no address", locales=["fr"]),
+        lambda: PersonModel.check_email.__call__("no address", ["fr"]),
+        lambda: functools.partial(PersonModel.check_email, locales=["fr"])("no address"),
+        lambda: next(map(PersonModel.check_email, ["no address"], [["fr"]])),
+        lambda: types.MethodType(PersonModel.check_email, "no address")(["fr"]),
+        lambda: operator.call(PersonModel.check_email, "no address", ["fr"]),
+        lambda: vars(PersonModel)["check_email"]("no address", ["fr"]),
+    ],
+)
+def test_call_is_served(call):
+    assert call() is True
+
+
+def test_method_is_reached_from_an_override():
+    class Special(PersonModel):
+        def generate_values_from_collections(self, conditions, collections):
+            return list(super().generate_values_from_collections(conditions, collections))
+
+    made = Special(person_model().meta)
+    assert made.generate_values_from_collections(pd.Series(["F"]), {"F": ["Mrs"]}) == ["Mrs"]
+
+
+HOT = 2000  # calls of one place in the code, far more than the interpreter needs to make it a fast path
+
+
+def test_static_method_in_a_hot_loop():
+    assert {PersonModel.check_email("no address") for _ in range(HOT)} == {False}
+
+
+def test_method_in_a_hot_loop():
+    model = person_model()
+    model.pwd_length = (2, 2)
+    assert {len(model.generate_passwords([1])) for _ in range(HOT // 10)} == {1}
+
+
+def test_class_method_in_a_hot_loop():
+    caught = 0
+    for _ in range(HOT):
+        try:
+            GenderModel.from_dict({})
+        except KeyError:
+            caught += 1
+    assert caught == HOT
+
+
+def test_property_in_a_hot_loop():
+    model = person_model()
+    assert {model.default_locale for _ in range(HOT)} == {"en_GB"}
+
+
+def test_setter_in_a_hot_loop():
+    model = person_model()
+    for number in range(HOT):
+        model.country_to_provider_map = {number: number}
+    assert model._country_to_provider_map == {HOT - 1: HOT - 1}
+
+
+def test_constructor_in_a_hot_loop():
+    meta = Nominal("country")
+    assert all(CountryModel(meta).meta is meta for _ in range(HOT))
+
+
+def test_new_defaults_in_a_hot_loop(monkeypatch):
+    monkeypatch.setattr(PersonModel.check_email, "__defaults__", (["fr"],))
+    assert {PersonModel.check_email("no address") for _ in range(HOT)} == {True}
