@@ -6,6 +6,7 @@ from typing import Any
 import faker.generator
 import numpy as np
 from faker import Faker
+
 from vantrel.model.models.person import PersonModel
 
 
@@ -32,12 +33,18 @@ def seed_sources(seed: int, model: PersonModel | None = None) -> None:
         source.seed(seed + number)
 
 
+def _plain(state: Any) -> Any:
+    """A generator's state with lists in place of arrays, which do not compare with ==."""
+    if isinstance(state, dict):
+        return {name: _plain(part) for name, part in state.items()}
+    return state.tolist() if isinstance(state, np.ndarray) else state
+
+
 def source_states(model: PersonModel | None = None) -> dict[str, Any]:
     """The state of every source, in a form that compares with ==."""
-    kind, keys, position, has_gauss, gauss = np.random.get_state(legacy=True)
     states: dict[str, Any] = {
         "random": random.getstate(),
-        "numpy": (kind, keys.tolist(), position, has_gauss, gauss),
+        "numpy": _plain(np.random.get_state(legacy=False)),
         "faker": faker.generator.random.getstate(),
     }
     if model is None:
