@@ -3,6 +3,7 @@
 from typing import Any
 
 import pytest
+
 from support.people import ALL_LABELS, person_model
 from support.recording import Calls, StandInMeta
 from vantrel.config import PersonLabels
@@ -154,7 +155,7 @@ def test_a_model_without_params_fails_as_the_lookup() -> None:
 
 def test_params_and_labels_are_read_through_the_instance() -> None:
     class Other(PersonModel):
-        params = {"a": "x", "b": "c", "d": "g"}
+        params = property(lambda self: {"a": "x", "b": "c", "d": "g"})
         labels = PersonLabels()
 
     model = Other(StandInMeta())

@@ -6,6 +6,7 @@ from typing import Any
 import numpy as np
 import pandas as pd
 import pytest
+
 from support import readings_sampling as readings
 from support.comparing import assert_same_outcome
 from support.people import person_model
@@ -83,7 +84,7 @@ def test_the_draw_is_looked_up_when_it_is_made(monkeypatch: pytest.MonkeyPatch) 
     calls = Calls()
 
     class Numpy:
-        class random:  # noqa: N801 stands in for a module
+        class random:
             choice = staticmethod(calls.recorder("choice", lambda values: values[-1]))
 
     monkeypatch.setattr(person, "np", Numpy)

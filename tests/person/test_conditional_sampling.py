@@ -7,6 +7,7 @@ import numpy as np
 import pandas as pd
 import pytest
 from faker import Faker
+
 from support import readings_sampling as readings
 from support.comparing import assert_identical, assert_same_outcome
 from support.people import ALL_LABELS, people, person_model

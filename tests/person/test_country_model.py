@@ -6,6 +6,7 @@ import numpy as np
 import pandas as pd
 import pytest
 from faker import Faker
+
 from support.recording import Calls, raising
 from vantrel.metadata import Nominal
 from vantrel.model.exceptions import ModelNotFittedError

@@ -7,6 +7,7 @@ from typing import Any
 
 import pandas as pd
 import pytest
+
 from support.people import ALL_LABELS, people, person_model
 from support.recording import Calls, RecordingContext, StandInMeta, raising
 from vantrel.config import PersonLabels
@@ -289,7 +290,7 @@ def test_exit_sees_the_error_as_the_one_being_handled() -> None:
     seen = []
 
     class Looking(RecordingContext):
-        def __exit__(self, *details: Any) -> None:
+        def __exit__(self, *details: object) -> None:
             seen.append(sys.exception())
 
     error = RuntimeError("no")
@@ -358,7 +359,7 @@ def test_an_answer_of_exit_without_a_truth_value_fails_as_its_test() -> None:
 
 def test_an_error_of_exit_replaces_the_first_and_has_it_as_its_context() -> None:
     class Broken(RecordingContext):
-        def __exit__(self, *details: Any) -> None:
+        def __exit__(self, *details: object) -> None:
             raise LookupError("exit")
 
     error = RuntimeError("no")
@@ -369,7 +370,7 @@ def test_an_error_of_exit_replaces_the_first_and_has_it_as_its_context() -> None
 
 def test_an_error_of_exit_without_a_first_one_has_no_context() -> None:
     class Broken(RecordingContext):
-        def __exit__(self, *details: Any) -> None:
+        def __exit__(self, *details: object) -> None:
             raise LookupError("exit")
 
     with pytest.raises(LookupError) as caught:
@@ -379,8 +380,8 @@ def test_an_error_of_exit_without_a_first_one_has_no_context() -> None:
 
 def test_exit_that_raises_the_very_error_again_lets_it_through() -> None:
     class Again(RecordingContext):
-        def __exit__(self, kind: Any, error: Any, traceback: Any) -> None:
-            raise error
+        def __exit__(self, *details: Any) -> None:
+            raise details[1]
 
     error = RuntimeError("no")
     with pytest.raises(RuntimeError) as caught:
@@ -402,7 +403,7 @@ def test_fitting_while_another_error_is_handled_keeps_that_as_the_context() -> N
 
 def test_a_context_without_enter_is_refused() -> None:
     class NoEnter:
-        def __exit__(self, *details: Any) -> None: ...
+        def __exit__(self, *details: object) -> None: ...
 
     with pytest.raises(TypeError) as caught:
         model_of(Calls(), context=NoEnter()).fit(FRAME)
@@ -441,7 +442,7 @@ def test_exit_is_looked_up_before_entering() -> None:
         def __enter__(self) -> None:
             type(self).__exit__ = lambda self, *details: calls.append(("new", details, {}))
 
-        def __exit__(self, *details: Any) -> None:
+        def __exit__(self, *details: object) -> None:
             calls.append(("old", details, {}))
 
     model_of(calls, context=Changing()).fit(FRAME)

@@ -6,6 +6,7 @@ from typing import Any, Dict  # noqa: UP035 the module's own annotations are spe
 import numpy as np
 import pandas as pd
 import pytest
+
 from support import readings_sampling as readings
 from support.comparing import assert_identical
 from support.recording import Calls, raising

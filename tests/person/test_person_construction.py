@@ -4,6 +4,7 @@ from typing import Any
 
 import pytest
 from faker import Faker
+
 from support.people import person_model
 from support.recording import Calls, StandInMeta, raising
 from vantrel.config import PersonLabels, PersonModelConfig

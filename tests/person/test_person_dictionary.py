@@ -5,6 +5,7 @@ from dataclasses import asdict, dataclass
 from typing import Any, Dict  # noqa: UP035 the module's own annotations are spelt so
 
 import pytest
+
 from support.people import ALL_LABELS, fitted_model, person_model
 from support.recording import Calls, raising
 from vantrel.config import PersonLabels, PersonModelConfig

@@ -4,10 +4,10 @@ from collections.abc import Callable
 from typing import Any
 
 import pandas as pd
-from vantrel.model.models.person import PersonModel
 
 from support.columns import assert_same_column, outcome
 from support.sources import seed_sources, source_states
+from vantrel.model.models.person import PersonModel
 
 
 def assert_identical(got: Any, expected: Any) -> None:

@@ -10,6 +10,7 @@ from typing import Any
 
 import numpy as np
 import pandas as pd
+
 from vantrel.metadata import MetaNotExtractedError
 from vantrel.metadata.value import String
 from vantrel.model.models.histogram import Histogram

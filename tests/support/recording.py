@@ -44,7 +44,7 @@ class RecordingContext:
         self.calls.append(("enter", (), {}))
         return self.handed_out
 
-    def __exit__(self, *details: Any) -> Any:
+    def __exit__(self, *details: object) -> Any:
         self.calls.append(("exit", details, {}))
         return self.swallow
 
