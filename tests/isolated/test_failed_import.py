@@ -200,6 +200,18 @@ def test_submodule_that_its_package_does_not_name_is_found(tmp_path):
     assert output_of(code, path=tmp_path) == "vantrel.metadata.Nominal"
 
 
+def test_name_is_taken_from_a_submodule_that_is_loaded_already(standins):
+    """As in the statement: a package that lacks the name may have a loaded module `package.name`."""
+    code = """
+    import sys, types, vantrel.metadata
+    del vantrel.metadata.Nominal
+    sys.modules["vantrel.metadata.Nominal"] = types.ModuleType("vantrel.metadata.Nominal")
+    import vantrel.model.models.person as person
+    print(person.Nominal.__name__)
+    """
+    assert output_of(code, path=standins) == "vantrel.metadata.Nominal"
+
+
 # --- classes ---
 
 PLAIN_HISTOGRAM = "class Histogram:\n    pass\n"
