@@ -4,22 +4,24 @@
 #   make PYTHON=/path/to/python3.12     where the search of tools/find-python is not what is wanted
 #   make CXX=clang++                    the same for tools/find-compiler
 #   make test PYTEST_ARGS="-k seed"     more arguments for pytest
+#   make bench BENCH_ARGS="--rounds 9"  more arguments for the benchmarks
 
 .DEFAULT_GOAL := help
 .DELETE_ON_ERROR:
 .SECONDEXPANSION:
 .PRECIOUS: %/.dependencies %/.installed
-.PHONY: help venv wheel demo test test-pandas2 test-noarrow test-all clean
+.PHONY: help venv wheel demo test test-pandas2 test-noarrow test-all bench clean
 
 # What a caller's own Python and pip are told to do is not meant for the environments made here.
 unexport PYTHONHOME PYTHONPATH
 unexport PIP_CONSTRAINT PIP_NO_DEPS PIP_PREFIX PIP_REQUIRE_HASHES PIP_ROOT PIP_TARGET PIP_USER
 
 # Each environment is a folder with the list of packages that makes it what it is.
-environments := .venv .venv-pandas2 .venv-noarrow
+environments := .venv .venv-pandas2 .venv-noarrow .venv-bench
 packages_.venv := requirements/pandas3-pyarrow.txt
 packages_.venv-pandas2 := requirements/pandas2.txt
 packages_.venv-noarrow := requirements/pandas3.txt
+packages_.venv-bench := requirements/bench.txt
 
 # Folders stand beside their files so that a deleted file counts as a change, too.
 extension_sources := pyproject.toml README.md CMakeLists.txt $(wildcard CMakePresets.json) \
@@ -54,6 +56,9 @@ test-noarrow: .venv-noarrow/.installed  ## run the tests with pandas 3 but witho
 	@.venv-noarrow/$(pytest)
 
 test-all: test test-pandas2 test-noarrow  ## run the tests in all three environments
+
+bench: .venv-bench/.installed  ## measure speed and memory, write benchmarks/RESULTS.md
+	@.venv-bench/bin/python -m benchmarks $(BENCH_ARGS)
 
 clean:  ## remove everything that make made, environments included
 	rm -rf build dist $(environments) .pytest_cache .hypothesis

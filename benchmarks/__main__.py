@@ -1,0 +1,92 @@
+"""The command of the benchmarks."""
+
+from __future__ import annotations
+
+import argparse
+import os
+import sys
+import time
+from collections.abc import Callable, Iterator
+from pathlib import Path
+
+from . import goals, parts, report, results
+from .tables import table
+
+DESCRIPTION = "Measures what sampling costs, prints it and writes it to benchmarks/RESULTS.md."
+RESULTS = Path(__file__).resolve().parent / "RESULTS.md"
+
+Section = tuple[str, Callable[[int], Iterator[results.Result]]]
+
+SECTIONS: dict[str, Section] = {
+    "columns": ("All twelve columns, 20,000 rows, against the plain way", goals.all_columns),
+    "libraries": ("Against other libraries; of these the fastest counts", goals.other_libraries),
+    "growth": ("Cost a row in large tables", goals.growth),
+    "memory": ("Peak memory beyond what the process held before", goals.peak_memory),
+    "alone": ("Single generators, 100,000 rows, against the plain way", goals.generators_alone),
+}
+PARTS = "parts"
+
+
+def main() -> None:
+    arguments = _arguments()
+    if arguments.only is None:
+        _measure_all(arguments.rounds)
+    elif arguments.only == PARTS:
+        print(table(parts.HEAD, parts.costs_of_parts(arguments.rounds)))
+    else:
+        _, measure = SECTIONS[arguments.only]
+        lines = [line.cells() for line in measure(arguments.rounds)]
+        print(table(results.HEAD, lines))
+
+
+def _arguments() -> argparse.Namespace:
+    parser = argparse.ArgumentParser(prog="python -m benchmarks", description=DESCRIPTION)
+    parser.add_argument(
+        "--rounds", type=_positive, default=3, help="how often each way is measured (default: 3)"
+    )
+    parser.add_argument(
+        "--only",
+        choices=[*SECTIONS, PARTS],
+        help="measure and print one table; RESULTS.md stays as it is",
+    )
+    return parser.parse_args()
+
+
+def _positive(text: str) -> int:
+    if not text.isdecimal() or int(text) < 1:
+        raise argparse.ArgumentTypeError(f"{text!r} is not a number of rounds from 1 on")
+    return int(text)
+
+
+def _measure_all(rounds: int) -> None:
+    wall, cpu = time.perf_counter(), _cpu_seconds()
+    measured = {}
+    for heading, measure in SECTIONS.values():
+        _say(heading)
+        measured[heading] = list(_said(measure(rounds)))
+    _say(report.PARTS_HEADING)
+    costs = parts.costs_of_parts(rounds)
+    wall_over_cpu = (time.perf_counter() - wall) / (_cpu_seconds() - cpu)
+    text = report.text(measured, costs, rounds, wall_over_cpu)
+    RESULTS.write_text(text, encoding="utf-8")
+    print(text)
+
+
+def _cpu_seconds() -> float:
+    """Gives the CPU time of this process and of those that it has started."""
+    return sum(os.times()[:4])
+
+
+def _said(lines: Iterator[results.Result]) -> Iterator[results.Result]:
+    for line in lines:
+        _say(f"  {line.work}: {line.reached:.2f}")
+        yield line
+
+
+def _say(text: str) -> None:
+    """Tells how far it is: the whole takes minutes."""
+    print(text, file=sys.stderr, flush=True)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,71 @@
+"""The text that the benchmarks print and write."""
+
+from __future__ import annotations
+
+from collections.abc import Mapping, Sequence
+from textwrap import fill
+
+from . import goals, parts, results
+from .machine import surroundings
+from .people import MIXED
+from .tables import Row, table
+from .timing import SHORTEST_SECONDS
+
+WIDTH = 100
+
+PARAGRAPHS = (
+    "Written by `make bench`; the one run that wrote it measured every number in it.",
+    "Times are microseconds of CPU time a row, of all threads of the process together. The ways"
+    " that are compared are measured in turn, round by round, the model seeded alike in each. The"
+    ' figures are the medians of {rounds} rounds, "by round" is the lowest and the highest ratio'
+    " of one round. What is done sooner than in {shortest} seconds is repeated in its round and"
+    " its mean taken. Wall time was {wall:.2f} times the CPU time over the whole run.",
+    "*Plain* is the module's plain way: it calls each generator value by value, as it does when"
+    " anything that it would call has been replaced (`benchmarks/plain_way.py`). Before anything is"
+    " timed, both ways make {compared:,} rows from one seed: the benchmark fails unless the results"
+    " are equal and leave the global random sources in the same state.",
+)
+
+PARTS_HEADING = "What each generator costs"
+PARTS_NOTE = (
+    "Measured while one sample of {rows:,} rows with given genders and countries is made; the"
+    " countries are {countries}. The title's ambiguous draw is measured together with setting the"
+    " title's and the country's column. Timing the parts costs a little itself."
+)
+
+
+def text(
+    sections: Mapping[str, Sequence[results.Result]],
+    parts_rows: Sequence[Row],
+    rounds: int,
+    wall: float,
+) -> str:
+    """Gives the whole report in Markdown.
+
+    Args:
+        sections: From heading to what was measured.
+        parts_rows: What each generator costs.
+        rounds: How many rounds there were.
+        wall: How many times the CPU time the wall time was.
+    """
+    filled = {
+        "rounds": rounds,
+        "wall": wall,
+        "shortest": SHORTEST_SECONDS,
+        "compared": goals.ROWS_COMPARED,
+        "rows": parts.ROWS,
+        "countries": ", ".join(MIXED),
+    }
+    blocks = ["# Benchmarks"]
+    blocks += [fill(paragraph.format(**filled), WIDTH) for paragraph in PARAGRAPHS]
+    blocks.append(
+        "\n".join(
+            fill(f"- {name}: {value}", WIDTH, subsequent_indent="  ")
+            for name, value in surroundings().items()
+        )
+    )
+    for heading, lines in sections.items():
+        blocks += [f"## {heading}", table(results.HEAD, [line.cells() for line in lines])]
+    blocks += [f"## {PARTS_HEADING}", fill(PARTS_NOTE.format(**filled), WIDTH)]
+    blocks.append(table(parts.HEAD, parts_rows))
+    return "\n\n".join(blocks) + "\n"
