@@ -380,7 +380,7 @@ def test_an_error_of_exit_without_a_first_one_has_no_context() -> None:
 
 def test_exit_that_raises_the_very_error_again_lets_it_through() -> None:
     class Again(RecordingContext):
-        def __exit__(self, *details: Any) -> None:
+        def __exit__(self, *details: object) -> None:
             raise details[1]
 
     error = RuntimeError("no")
