@@ -18,6 +18,18 @@ python::Ref first_names(PyObject* self, PyObject* make_series, PyObject* genders
 /// `pd.Series(data=...)` of a last name for each country.
 python::Ref last_names(PyObject* self, PyObject* make_series, PyObject* countries);
 
+/// The finished usernames of the rows.
+python::Ref usernames(PyObject* firstnames, PyObject* lastnames);
+
+/// The finished e-mail addresses of the rows, which the model's own check lets pass.
+python::Ref emails(PyObject* self, PyObject* firstnames, PyObject* lastnames, PyObject* countries);
+
+/// `firstnames.astype(dtype="string").str.cat(others=lastnames, sep=" ")`
+python::Ref full_names(PyObject* firstnames, PyObject* lastnames);
+
+/// `conditions.astype(str).apply(self.generate_from_collections, collections=collections)`
+python::Ref collection_values(PyObject* self, PyObject* conditions, PyObject* collections);
+
 /// `pd.Series(..., dtype="string")` of a password for each row.
 python::Ref passwords(PyObject* self, PyObject* make_series, Py_ssize_t rows);
 

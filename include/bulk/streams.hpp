@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <initializer_list>
 
 #include "bulk/mersenne.hpp"
 #include "python/ref.hpp"
@@ -34,14 +35,17 @@ class Sources {
     void take_over();
     void hand_back();
 
-    /// Lets pending signals be handled now and then, with the sources handed back meanwhile. Call it once a row.
-    void breathe() {
-        if (++rows_since_breath_ == kRowsBetweenBreaths) take_breath();
+    /// Lets pending signals be handled now and then, with the sources handed back meanwhile. Call it once a row; a row's
+    /// work is counted in draws.
+    void breathe(std::size_t draws = 1) {
+        work_since_breath_ += kRowWork + draws;
+        if (work_since_breath_ >= kWorkBetweenBreaths) take_breath();
     }
 
   private:
-    // A row costs well under a microsecond, so this is a few milliseconds.
-    static constexpr std::size_t kRowsBetweenBreaths = 1U << 14U;
+    // A draw costs a few nanoseconds and a row as much as some tens of draws, so this is a few milliseconds.
+    static constexpr std::size_t kRowWork = 32;
+    static constexpr std::size_t kWorkBetweenBreaths = 1U << 20U;
 
     struct Source {
         python::Ref object;
@@ -51,7 +55,7 @@ class Sources {
     void take_breath();
 
     std::deque<Source> sources_;
-    std::size_t rows_since_breath_ = 0;
+    std::size_t work_since_breath_ = 0;
     bool taken_over_ = false;
 };
 

@@ -49,6 +49,7 @@ class KnownFaker {
 
     /// The table behind a method such as `last_name`, where all that the method does is to draw from one.
     [[nodiscard]] std::optional<Table> table(const char* method) const;
+    [[nodiscard]] std::optional<Table> table_behind(PyObject* method) const;
 
     /// The provider behind the method, where it draws from this instance's source in the base provider's way; else empty.
     [[nodiscard]] python::Ref provider_of(PyObject* method) const;

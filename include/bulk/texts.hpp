@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "python/call.hpp"
 #include "python/ref.hpp"
 
 namespace bulk {
@@ -58,6 +59,20 @@ class Texts {
     std::vector<Buffer> buffers_;
 };
 
+/// The elements of a Series of truth values.
+class Flags {
+  public:
+    /// Empty where the object is no Series of numpy's bool.
+    static std::optional<Flags> read(PyObject* series);
+
+    [[nodiscard]] std::size_t size() const { return values_.size(); }
+    bool operator[](std::size_t row) const { return values_[row] != 0; }
+    [[nodiscard]] bool any() const;
+
+  private:
+    std::vector<std::uint8_t> values_;
+};
+
 /// A column in the making. It is laid out as Arrow does it where that is what the finished Series holds, and as Python
 /// strings otherwise.
 class TextSeries {
@@ -70,8 +85,8 @@ class TextSeries {
     void add(PyObject* object, std::string_view text);
     void add_missing(PyObject* missing);
 
-    /// `make_series(elements)`, exactly as pandas infers it.
-    python::Ref finish(PyObject* make_series);
+    /// `make_series(elements, **keywords)`, exactly as pandas makes it.
+    python::Ref finish(PyObject* make_series, python::Keywords keywords = {});
     /// The same with the dtype and the name of `like`, and an index.
     python::Ref finish_like(PyObject* make_series, PyObject* index);
 

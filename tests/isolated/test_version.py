@@ -71,6 +71,17 @@ def test_functions_serve_in_hot_loops_of_the_other_version(standins):
     assert output_of(code, path=standins, python=OTHER) == "{True} {'en_GB'}"
 
 
+def test_constructor_serves_in_a_hot_loop_of_the_other_version(standins):
+    code = (
+        WATCH
+        + """
+    from vantrel.model.models.person import CountryModel
+    print({CountryModel("meta").meta for _ in range(2000)})
+    """
+    )
+    assert output_of(code, path=standins, python=OTHER) == "{'meta'}"
+
+
 def test_warning_is_given_though_the_import_then_fails(tmp_path):
     write_standins(tmp_path, vantrel__config="")
     code = (

@@ -2,6 +2,7 @@
 
 #include <Python.h>
 
+#include "bulk/columns.hpp"
 #include "person/model.hpp"
 #include "person/names.hpp"
 #include "person/state.hpp"
@@ -100,6 +101,7 @@ void number_clashes(PyObject* usernames) {
 
 Ref generate_usernames_body(Arguments arguments) {
     auto [firstnames, lastnames] = arguments.take<2>();
+    if (Ref made = bulk::usernames(firstnames, lastnames)) return made;
     Ref usernames = apply(joined_names(firstnames, lastnames), entry<remove_blanks>);
     while (has_clashes(usernames, firstnames)) number_clashes(usernames);
     return call_method(attr(usernames, names::str), names::lower);
@@ -130,6 +132,7 @@ Ref draw_domains(PyObject* self, PyObject* countries) {
 
 Ref generate_emails_body(Arguments arguments) {
     auto [self, firstnames, lastnames, countries] = arguments.take<4>();
+    if (Ref made = bulk::emails(self, firstnames, lastnames, countries)) return made;
     Ref domains = draw_domains(self, countries);
     Ref usernames = call_method(self, names::generate_usernames, {firstnames, lastnames});
     Ref cat = attr(usernames, names::str, names::cat);

@@ -2,6 +2,7 @@
 
 #include <Python.h>
 
+#include "bulk/columns.hpp"
 #include "person/model.hpp"
 #include "person/names.hpp"
 #include "person/typed.hpp"
@@ -96,6 +97,7 @@ void make_country(PyObject* df, PyObject* self, PyObject* country_conditions) {
 // --- names and what is made of them -------------------------------------------------------------------------------------------
 
 Ref full_names(PyObject* firstnames, PyObject* lastnames) {
+    if (Ref made = bulk::full_names(firstnames, lastnames)) return made;
     Ref texts = call_method(firstnames, names::astype, {}, {{names::dtype, names::string}});
     Ref cat = attr(texts, names::str, names::cat);
     return call(cat, {}, {{names::others, lastnames}, {names::sep, names::blank}});

@@ -2,6 +2,7 @@
 
 #include <Python.h>
 
+#include "bulk/columns.hpp"
 #include "person/model.hpp"
 #include "person/names.hpp"
 #include "person/units.hpp"
@@ -40,6 +41,7 @@ constexpr Function first_name_of_pair{
 Ref generate_first_names_body(Arguments arguments) {
     auto [self, gender_conditions, country_conditions] = arguments.take<3>();
     Ref make_series = attr(global(names::pd), names::Series);
+    if (Ref made = bulk::first_names(self, make_series, gender_conditions, country_conditions)) return made;
     Ref pairs = call(builtins::zip, {gender_conditions, country_conditions});
     Ref name_of_pair = make_function(entry<first_name_of_pair>, owned(PyCell_New(self)));
     return call(make_series, {lazy_map(name_of_pair, pairs)});
@@ -61,12 +63,17 @@ Ref generate_random_first_name_body(Arguments arguments) {
 
 // --- last names -----------------------------------------------------------------------------------------------------------
 
+Ref each_last_name(PyObject* self, PyObject* make_series, PyObject* country_conditions) {
+    Ref drawn = list();
+    for (Ref country : iterate(country_conditions)) append(drawn, call_provider(self, country, names::last_name));
+    return call(make_series, {}, {{names::data, drawn}});
+}
+
 Ref generate_last_names_body(Arguments arguments) {
     auto [self, firstnames, country_conditions] = arguments.take<3>();
     Ref make_series = attr(global(names::pd), names::Series);
-    Ref drawn = list();
-    for (Ref country : iterate(country_conditions)) append(drawn, call_provider(self, country, names::last_name));
-    Ref lastnames = call(make_series, {}, {{names::data, drawn}});
+    Ref lastnames = bulk::last_names(self, make_series, country_conditions);
+    if (!lastnames) lastnames = each_last_name(self, make_series, country_conditions);
 
     Ref missing = attr(global(names::pd), names::NA);
     Ref loc = attr(lastnames, names::loc);

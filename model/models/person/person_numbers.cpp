@@ -2,6 +2,7 @@
 
 #include <Python.h>
 
+#include "bulk/columns.hpp"
 #include "person/names.hpp"
 #include "person/state.hpp"
 #include "person/units.hpp"
@@ -55,8 +56,10 @@ Ref each_password(PyObject* self) {
 Ref generate_passwords_body(Arguments arguments) {
     auto [self, firstnames] = arguments.take<2>();
     Ref make_series = attr(global(names::pd), names::Series);
+    const Py_ssize_t rows = length(firstnames);
+    if (Ref made = bulk::passwords(self, make_series, rows)) return made;
     Ref passwords = list();
-    for (Py_ssize_t left = length(firstnames); left > 0; --left) append(passwords, each_password(self));
+    for (Py_ssize_t row = 0; row < rows; ++row) append(passwords, each_password(self));
     return call(make_series, {passwords}, {{names::dtype, names::string}});
 }
 
@@ -84,6 +87,7 @@ Ref phone_number(PyObject* na, PyObject* digit, PyObject* number_format) {
 Ref generate_phone_numbers_body(Arguments arguments) {
     auto [isna, number_format] = arguments.take<2>();
     Ref make_series = attr(global(names::pd), names::Series);
+    if (Ref made = bulk::phone_numbers(make_series, isna, number_format)) return made;
     Ref digit = make_function(entry<random_digit>);
     Ref numbers = list();
     for (Ref na : iterate(isna)) append(numbers, phone_number(na, digit, number_format));

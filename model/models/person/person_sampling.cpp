@@ -3,6 +3,7 @@
 #include <Python.h>
 
 #include "person/names.hpp"
+#include "bulk/columns.hpp"
 #include "person/model.hpp"
 #include "person/state.hpp"
 #include "person/typed.hpp"
@@ -154,6 +155,7 @@ Ref sample_body(Arguments arguments) {
 
 Ref generate_values_from_collections_body(Arguments arguments) {
     auto [self, conditions, collections] = arguments.take<3>();
+    if (Ref made = bulk::collection_values(self, conditions, collections)) return made;
     Ref apply = attr(call_method(conditions, names::astype, {str_type()}), names::apply);
     Ref element = attr(self, names::generate_from_collections);
     return call(apply, {element}, {{names::collections, collections}});

@@ -121,7 +121,7 @@ void Sources::hand_back() {
 }
 
 void Sources::take_breath() {
-    rows_since_breath_ = 0;
+    work_since_breath_ = 0;
     hand_back();
     require(PyErr_CheckSignals());
     take_over();

@@ -156,12 +156,14 @@ Ref drawn_attribute(PyObject* function) {
 }
 
 std::optional<Table> KnownFaker::table(const char* method) const {
-    Ref bound = quiet_attr(generator_, method);
-    Ref provider = provider_of(bound);
+    return table_behind(quiet_attr(generator_, method));
+}
+
+std::optional<Table> KnownFaker::table_behind(PyObject* method) const {
+    Ref provider = provider_of(method);
     if (!provider) return std::nullopt;
-    PyObject* function = PyMethod_GET_FUNCTION(bound.get());
-    if (Ref attribute = drawn_attribute(function)) return table_of(provider, attribute);
-    return gendered_table(bound, provider);
+    if (Ref attribute = drawn_attribute(PyMethod_GET_FUNCTION(method))) return table_of(provider, attribute);
+    return gendered_table(method, provider);
 }
 
 /// `first_name_male` and `first_name_female`: a table of their own, or else that of `first_name`.

@@ -35,7 +35,7 @@ bool is_arrow_backed(PyObject* dtype) {
     return is_string_dtype(dtype) && text_equals(quiet_attr(dtype, "storage"), "pyarrow");
 }
 
-bool is_object_dtype(PyObject* dtype) { return text_equals(quiet_attr(dtype, "kind"), "O") && !is_string_dtype(dtype); }
+bool is_object_dtype(PyObject* dtype) { return text_equals(quiet_attr(dtype, "name"), "object"); }
 
 /// A missing value as columns of texts hold it.
 bool is_missing_value(PyObject* value) {
@@ -133,6 +133,22 @@ bool Texts::any_missing() const {
     return std::any_of(views_.begin(), views_.end(), [](std::string_view view) { return view.data() == nullptr; });
 }
 
+std::optional<Flags> Flags::read(PyObject* series) {
+    if (!is_series(series)) return std::nullopt;
+    Ref dtype = quiet_attr(series, "dtype");
+    if (!dtype || !text_equals(quiet_attr(dtype, "name"), "bool")) return std::nullopt;
+    Ref array = call(owned(PyObject_GetAttrString(series, "to_numpy")));
+    Ref bytes = method_result(array, "tobytes");
+    const auto* data = reinterpret_cast<const std::uint8_t*>(PyBytes_AS_STRING(bytes.get()));
+    Flags flags;
+    flags.values_.assign(data, data + PyBytes_GET_SIZE(bytes.get()));
+    return flags;
+}
+
+bool Flags::any() const {
+    return std::any_of(values_.begin(), values_.end(), [](std::uint8_t value) { return value != 0; });
+}
+
 // --- writing ----------------------------------------------------------------------------------------------------------------
 
 TextSeries::TextSeries(PyObject* like, std::size_t rows)
@@ -198,9 +214,8 @@ Ref TextSeries::arrow_array() {
     return call(owned(PyObject_GetAttrString(dtype_, "__from_arrow__")), {array});
 }
 
-Ref TextSeries::finish(PyObject* make_series) {
-    if (!arrow_) return call(make_series, {objects_});
-    return call(make_series, {arrow_array()});
+Ref TextSeries::finish(PyObject* make_series, Keywords keywords) {
+    return arrow_ ? call(make_series, {arrow_array()}) : call(make_series, {objects_}, keywords);
 }
 
 Ref TextSeries::finish_like(PyObject* make_series, PyObject* index) {

@@ -55,6 +55,9 @@ Ref make_code(const Function& function) {
     };
     Ref names = parameter_names(function);
     Ref count = integer(PyTuple_GET_SIZE(names.get()));
+    // A specialising interpreter runs the code of a simple function without asking for its vectorcall; one that is not
+    // marked as optimised is not simple.
+    change("co_flags", integer(CO_NEWLOCALS));
     change("co_name", string(function.name()));
     change("co_qualname", string(function.qualname));
     change("co_filename", string(module().file));

@@ -1,0 +1,290 @@
+// Usernames and e-mail addresses, whole columns at once.
+
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "bulk/clashes.hpp"
+#include "bulk/columns.hpp"
+#include "bulk/originals.hpp"
+#include "bulk/providers.hpp"
+#include "bulk/streams.hpp"
+#include "bulk/surroundings.hpp"
+#include "bulk/texts.hpp"
+#include "person/names.hpp"
+#include "person/units.hpp"
+#include "python/call.hpp"
+#include "python/module.hpp"
+
+namespace bulk {
+
+using namespace python;
+namespace names = person::names;
+
+namespace {
+
+/// First and last names of the same rows, none missing.
+struct Names {
+    Texts first;
+    Texts last;
+    Ref index;
+
+    static std::optional<Names> read(PyObject* firstnames, PyObject* lastnames);
+    [[nodiscard]] std::size_t size() const { return first.size(); }
+};
+
+std::optional<Names> Names::read(PyObject* firstnames, PyObject* lastnames) {
+    auto first = Texts::read(firstnames);
+    if (!first || first->size() < static_cast<std::size_t>(kShortest) || first->any_missing()) return std::nullopt;
+    auto last = Texts::read(lastnames);
+    if (!last || last->size() != first->size() || last->any_missing()) return std::nullopt;
+    Ref index = attr(firstnames, names::index);
+    if (!truth(owned(PyObject_CallMethod(index, "equals", "O", attr(lastnames, names::index).get())))) return std::nullopt;
+    return Names{std::move(*first), std::move(*last), std::move(index)};
+}
+
+// --- what pandas makes of a few rows ------------------------------------------------------------------------------------------
+
+Ref identity_body(Arguments arguments) {
+    auto [x] = arguments.take<1>();
+    return Ref::share(x);
+}
+
+constexpr Parameter kElement[] = {{.name = names::x}};
+constexpr Function identity{
+    .qualname = "PersonModel.generate_usernames.<locals>.<lambda>",
+    .line = 560,
+    .parameters = kElement,
+    .body = identity_body};
+
+Ref first_row(PyObject* series) {
+    Ref one_row = owned(PySlice_New(nullptr, integer(1), nullptr));
+    return item(owned(PyObject_GetAttrString(series, "iloc")), one_row);
+}
+
+/// The usernames' way through pandas, with one row and functions that change nothing.
+Ref username_like(PyObject* firstnames, PyObject* lastnames) {
+    Ref element = make_function(entry<identity>);
+    Ref applied = call_method(first_row(firstnames), names::apply, {element});
+    Ref texts = call_method(applied, names::astype, {}, {{names::dtype, names::string}});
+    Ref joined = call_method(attr(texts, names::str), names::cat, {}, {{names::others, first_row(lastnames)}});
+    Ref numbered = call_method(joined, names::apply, {element});
+    return call_method(numbered, names::apply, {element});
+}
+
+Ref in_lower_case(PyObject* series) { return call_method(attr(series, names::str), names::lower); }
+
+// --- usernames ----------------------------------------------------------------------------------------------------------------
+
+/// Usernames in the making: case still mixed.
+class Usernames {
+  public:
+    Usernames(const Names& names, NumpyChoice& separators, PyObject* random) : names_(names), separators_(separators) {
+        source_ = &sources_.add(random);
+    }
+
+    const std::vector<std::string_view>& make() {
+        draw_separators();
+        sources_.take_over();
+        join();
+        settle_clashes();
+        sources_.hand_back();
+        return usernames_;
+    }
+
+  private:
+    static constexpr std::array<std::string_view, 4> kSeparators{"", ".", "-", "_"};
+    static constexpr std::uint32_t kNumbers = 101;
+    static constexpr std::size_t kAdded = 4;   ///< a separator and a number of three digits
+
+    void draw_separators() {
+        drawn_.reserve(names_.size());
+        separators_.acquire();
+        for (std::size_t row = 0; row < names_.size(); ++row) {
+            drawn_.push_back(static_cast<std::uint8_t>(separators_.below(kSeparators.size())));
+        }
+        separators_.release();
+    }
+
+    std::uint32_t draw_number() { return source_->below(kNumbers); }
+
+    void append_without_blanks(std::string_view text) {
+        for (const char c : text) {
+            if (c != ' ') data_ += c;
+        }
+    }
+
+    void join() {
+        std::size_t bytes = 0;
+        for (std::size_t row = 0; row < names_.size(); ++row) bytes += names_.first[row].size() + names_.last[row].size() + kAdded;
+        data_.reserve(bytes);   // the views below stay where they are
+        usernames_.reserve(names_.size());
+        for (std::size_t row = 0; row < names_.size(); ++row) {
+            const std::size_t start = data_.size();
+            append_without_blanks(names_.first[row]);
+            data_ += kSeparators[drawn_[row]];
+            append_without_blanks(names_.last[row]);
+            const std::uint32_t number = draw_number();
+            if (source_->below(2) == 1) data_ += std::to_string(number);
+            usernames_.emplace_back(data_.data() + start, data_.size() - start);
+            sources_.breathe();
+        }
+    }
+
+    /// Every copy of a username that occurs more than once gets a number of its own, until all are distinct.
+    void settle_clashes() {
+        NameCounts counts(usernames_.size());
+        for (const std::string_view username : usernames_) counts.add(username);
+        while (counts.distinct() < usernames_.size()) number_clashes(counts);
+    }
+
+    void number_clashes(NameCounts& counts) {
+        std::vector<std::size_t> clashing;
+        for (std::size_t row = 0; row < usernames_.size(); ++row) {
+            if (counts.count(usernames_[row]) > 1) clashing.push_back(row);
+        }
+        for (const std::size_t row : clashing) counts.remove(usernames_[row]);
+        for (const std::size_t row : clashing) {
+            usernames_[row] = renamed_.emplace_back(std::string(usernames_[row]) + std::to_string(draw_number()));
+            counts.add(usernames_[row]);
+            sources_.breathe();
+        }
+    }
+
+    const Names& names_;
+    NumpyChoice& separators_;
+    Sources sources_;
+    Mersenne* source_ = nullptr;
+    std::vector<std::uint8_t> drawn_;
+    std::string data_;
+    std::deque<std::string> renamed_;
+    std::vector<std::string_view> usernames_;
+};
+
+/// What usernames are drawn from, where it is all in place.
+struct UsernameSources {
+    NumpyChoice separators;
+    Ref random;
+
+    UsernameSources() : separators(global(names::np)), random(module_random(global(names::random), {"randint"})) {}
+
+    [[nodiscard]] bool apply() const {
+        return separators.applies() && random && has_pandas_function("notna", "pandas.core.dtypes.missing");
+    }
+};
+
+Ref username_column(PyObject* make_series, PyObject* like, const Names& names, UsernameSources& drawn_from) {
+    Usernames usernames(names, drawn_from.separators, drawn_from.random);
+    TextSeries column(like, names.size());
+    for (const std::string_view username : usernames.make()) column.add(username);
+    return in_lower_case(column.finish_like(make_series, names.index));
+}
+
+// --- e-mail addresses -----------------------------------------------------------------------------------------------------------
+
+struct DomainRow {
+    Domains* domains;
+    Mersenne* source;
+    Domains::Drawn drawn;
+};
+
+std::optional<std::vector<DomainRow>> plan_domains(const Texts& countries, Providers& providers) {
+    std::vector<DomainRow> rows;
+    rows.reserve(countries.size());
+    for (std::size_t row = 0; row < countries.size(); ++row) {
+        Providers::Provider* provider = countries.is_missing(row) ? nullptr : providers.find(countries[row]);
+        Domains* domains = provider == nullptr ? nullptr : provider->domains();
+        if (domains == nullptr) return std::nullopt;
+        rows.push_back({domains, &provider->source(), {}});
+    }
+    return rows;
+}
+
+void draw_domains(std::vector<DomainRow>& rows, Sources& sources) {
+    sources.take_over();
+    for (DomainRow& row : rows) {
+        row.drawn = row.domains->draw(*row.source);
+        sources.breathe();
+    }
+    sources.hand_back();
+}
+
+/// Nothing that an address goes through could refuse it.
+bool addresses_pass(PyObject* self) {
+    return has_our_method(self, names::generate_usernames, entry<person::person_model::generate_usernames>) &&
+           has_our_method(self, names::check_email, entry<person::person_model::check_email>) &&
+           has_our_property(self, names::default_locale, entry<person::person_model::default_locale>);
+}
+
+Ref address_like(PyObject* usernames) {
+    Ref cat = attr(in_lower_case(usernames), names::str, names::cat);
+    return call(cat, {}, {{names::others, list({names::x})}, {names::sep, names::at}});
+}
+
+}  // namespace
+
+Ref usernames(PyObject* firstnames, PyObject* lastnames) {
+    if (!namespace_is_untouched()) return {};
+    UsernameSources drawn_from;
+    if (!drawn_from.apply()) return {};
+    const auto given = Names::read(firstnames, lastnames);
+    if (!given) return {};
+    Ref make_series = attr(global(names::pd), names::Series);
+    Ref like = username_like(firstnames, lastnames);
+    return username_column(make_series, like, *given, drawn_from);
+}
+
+Ref emails(PyObject* self, PyObject* firstnames, PyObject* lastnames, PyObject* countries) {
+    if (!namespace_is_untouched() || !addresses_pass(self)) return {};
+    UsernameSources drawn_from;
+    if (!drawn_from.apply()) return {};
+    const auto given = Names::read(firstnames, lastnames);
+    const auto country_texts = given ? Texts::read(countries) : std::nullopt;
+    if (!country_texts || country_texts->size() != given->size()) return {};
+    Sources sources;
+    Providers providers(self, sources);
+    auto rows = plan_domains(*country_texts, providers);
+    if (!rows) return {};
+
+    Ref make_series = attr(global(names::pd), names::Series);
+    Ref like = username_like(firstnames, lastnames);
+    draw_domains(*rows, sources);
+    for (const DomainRow& row : *rows) row.domains->finish_words();
+    Ref usernames = username_column(make_series, like, *given, drawn_from);
+
+    const auto local_parts = Texts::read(usernames);
+    if (!local_parts) raise(PyExc_SystemError, "usernames are no texts");
+    TextSeries column(address_like(like), rows->size());
+    std::string address;
+    for (std::size_t row = 0; row < rows->size(); ++row) {
+        address.assign((*local_parts)[row]);
+        address += '@';
+        (*rows)[row].domains->append((*rows)[row].drawn, address);
+        column.add(address);
+    }
+    return column.finish_like(make_series, given->index);
+}
+
+Ref full_names(PyObject* firstnames, PyObject* lastnames) {
+    if (!namespace_is_untouched()) return {};
+    const auto given = Names::read(firstnames, lastnames);
+    if (!given) return {};
+    Ref texts = call_method(first_row(firstnames), names::astype, {}, {{names::dtype, names::string}});
+    Ref cat = attr(texts, names::str, names::cat);
+    Ref like = call(cat, {}, {{names::others, first_row(lastnames)}, {names::sep, names::blank}});
+    TextSeries column(like, given->size());
+    std::string full_name;
+    for (std::size_t row = 0; row < given->size(); ++row) {
+        full_name.assign(given->first[row]);
+        full_name += ' ';
+        full_name += given->last[row];
+        column.add(full_name);
+    }
+    return column.finish_like(attr(global(names::pd), names::Series), given->index);
+}
+
+}  // namespace bulk

@@ -1,0 +1,144 @@
+// Category values for gender keys, and gender keys for category values, whole columns at once.
+
+#include <deque>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "bulk/columns.hpp"
+#include "bulk/originals.hpp"
+#include "bulk/streams.hpp"
+#include "bulk/surroundings.hpp"
+#include "bulk/texts.hpp"
+#include "person/names.hpp"
+#include "person/typed.hpp"
+#include "person/units.hpp"
+#include "python/call.hpp"
+#include "python/function.hpp"
+#include "python/iterate.hpp"
+#include "python/module.hpp"
+
+namespace bulk {
+
+using namespace python;
+namespace names = person::names;
+
+namespace {
+
+// --- handing prepared elements to Series.apply ------------------------------------------------------------------------------------
+
+/// Gives the prepared elements one by one, whatever it is called with.
+Ref next_element_body(Arguments arguments) { return owned(PyIter_Next(arguments.free_variable())); }
+
+constexpr Parameter kElement[] = {{.name = names::x}};
+constexpr Function next_element{
+    .qualname = "PersonModel.generate_values_from_collections.<locals>.<lambda>",
+    .line = 447,
+    .parameters = kElement,
+    .free_variable = "elements",
+    .body = next_element_body};
+
+/// `series.apply(...)` with results that are there already: what pandas makes of them is its own.
+Ref apply_prepared(PyObject* series, PyObject* elements) {
+    Ref cell = owned(PyCell_New(owned(PyObject_GetIter(elements))));
+    return call_method(series, names::apply, {make_function(entry<next_element>, cell)});
+}
+
+// --- values of keys -----------------------------------------------------------------------------------------------------------
+
+/// The values that a key may get, each as `numpy.random.choice` gives it.
+struct Collection {
+    std::string_view key;
+    std::vector<Ref> values;
+};
+
+/// numpy keeps texts in arrays of fixed width, which lose blanks of the kind that fills them up.
+bool survives_numpy(PyObject* value) {
+    if (!PyUnicode_CheckExact(value)) return false;
+    const Py_ssize_t size = PyUnicode_GET_LENGTH(value);
+    return size == 0 || PyUnicode_READ_CHAR(value, size - 1) != 0;
+}
+
+std::optional<Collection> read_collection(std::string_view key, PyObject* collections, PyObject* make_text) {
+    Collection collection{key, {}};
+    Ref name = owned(PyUnicode_DecodeUTF8(key.data(), static_cast<Py_ssize_t>(key.size()), nullptr));
+    PyObject* values = PyDict_GetItemWithError(collections, name);
+    if (values == nullptr) {
+        if (PyErr_Occurred() != nullptr) throw PythonError{};
+        return collection;
+    }
+    if (!PyList_CheckExact(values)) return std::nullopt;
+    for (Py_ssize_t i = 0; i < PyList_GET_SIZE(values); ++i) {
+        Ref value = Ref::share(PyList_GET_ITEM(values, i));
+        if (!survives_numpy(value)) return std::nullopt;
+        collection.values.push_back(call(make_text, {value}));
+    }
+    return collection;
+}
+
+/// The key of a row without one is its text, which is not known here; it must not be a key whatever it is.
+bool missing_has_no_collection(PyObject* collections) {
+    for (const char* text : {"nan", "<NA>", "None", "NaN"}) {
+        if (PyDict_GetItemString(collections, text) != nullptr) return false;
+    }
+    return true;
+}
+
+/// The collection of each row; null for none.
+std::optional<std::vector<const Collection*>> plan_rows(const Texts& keys, PyObject* collections,
+                                                        std::deque<Collection>& found) {
+    if (keys.any_missing() && !missing_has_no_collection(collections)) return std::nullopt;
+    Ref make_text = attr(global(names::np), names::str_);
+    std::vector<const Collection*> rows;
+    rows.reserve(keys.size());
+    for (std::size_t row = 0; row < keys.size(); ++row) {
+        const Collection* collection = nullptr;
+        if (!keys.is_missing(row)) {
+            for (const Collection& known : found) {
+                if (known.key == keys[row]) collection = &known;
+            }
+            if (collection == nullptr) {
+                auto read = read_collection(keys[row], collections, make_text);
+                if (!read) return std::nullopt;
+                collection = &found.emplace_back(std::move(*read));
+            }
+            if (collection->values.empty()) collection = nullptr;
+        }
+        rows.push_back(collection);
+    }
+    return rows;
+}
+
+Ref draw_values(const std::vector<const Collection*>& rows, NumpyChoice& choice) {
+    Ref no_value = attr(global(names::pd), names::NA);
+    Ref drawn = owned(PyList_New(static_cast<Py_ssize_t>(rows.size())));
+    choice.acquire();
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        PyObject* value = no_value;
+        if (const Collection* collection = rows[row]) {
+            value = collection->values[choice.below(static_cast<std::uint32_t>(collection->values.size()))];
+        }
+        PyList_SET_ITEM(drawn.get(), static_cast<Py_ssize_t>(row), Py_NewRef(value));
+    }
+    choice.release();
+    return drawn;
+}
+
+}  // namespace
+
+Ref collection_values(PyObject* self, PyObject* conditions, PyObject* collections) {
+    if (!namespace_is_untouched()) return {};
+    if (!has_our_method(self, names::generate_from_collections, entry<person::person_model::generate_from_collections>)) {
+        return {};
+    }
+    NumpyChoice choice(global(names::np));
+    const auto given = choice.applies() ? Texts::read(conditions) : std::nullopt;
+    if (!given || given->size() < static_cast<std::size_t>(kShortest)) return {};
+    Ref keys = call_method(conditions, names::astype, {person::str_type()});
+    const auto key_texts = Texts::read(keys);
+    std::deque<Collection> found;
+    const auto rows = key_texts ? plan_rows(*key_texts, collections, found) : std::nullopt;
+    return rows ? apply_prepared(keys, draw_values(*rows, choice)) : Ref();
+}
+
+}  // namespace bulk
