@@ -22,6 +22,10 @@ TITLES = ["Mrs", "Mr", "Mx", "Ms", "Dr"]
 EXAMPLES = Path(__file__).parents[2] / "examples"
 
 
+class Stop(BaseException):
+    """No ordinary error; unlike an interrupt it does not end the test run where it escapes."""
+
+
 class Text(str):
     """A subclass of str."""
 
@@ -402,7 +406,7 @@ def test_an_error_after_the_handler_has_no_context() -> None:
     assert error.__context__ is None
 
 
-@pytest.mark.parametrize("error", [KeyError("k"), ValueError("v"), KeyboardInterrupt()])
+@pytest.mark.parametrize("error", [KeyError("k"), ValueError("v"), Stop()])
 def test_any_other_error_while_mapping_propagates_without_extraction(
     monkeypatch: pytest.MonkeyPatch, error: BaseException
 ) -> None:
