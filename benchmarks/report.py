@@ -18,14 +18,14 @@ PARAGRAPHS = (
     "Times are microseconds of CPU time a row, of all threads of the process together. The ways"
     " that are compared are measured in turn, round by round, the model seeded alike in each. The"
     ' figures are the medians of the rounds ({rounds} here); "by round" has the lowest and the'
-    " highest ratio of one round. What is done sooner than in {shortest} seconds is repeated in its round and"
-    " its mean taken. Wall time was {wall:.2f} times the CPU time over the whole run.",
+    " highest ratio of one round. What is done sooner than in {shortest} seconds is repeated in its"
+    " round and its mean taken. Wall time was {wall:.2f} times the CPU time over the whole run.",
     "*Plain* is the module's plain way: it calls each generator value by value, as it does when"
     " anything that it would call has been replaced (`benchmarks/plain_way.py`). Before anything is"
     " timed, both ways make {compared:,} rows from one seed: the benchmark fails unless the results"
     " are equal and leave the global random sources in the same state.",
-    "Other libraries make the same columns for the same countries by list comprehensions, in the"
-    " fastest way that their manuals show (`benchmarks/rivals.py`). Memory is that of a new process"
+    "Other libraries make the same columns for the same countries by list comprehensions over"
+    " their methods (`benchmarks/rivals.py`). Memory is that of a new process"
     " (`benchmarks/memory.py`): the most that was resident at one time less what was before"
     " sampling, against the finished frame's `memory_usage(deep=True)`.",
 )

@@ -1,7 +1,7 @@
 """The same twelve columns as users of other libraries would make them.
 
-Both make columns by list comprehensions, with one generator for each country that is made once and
-with the methods that the library's own manual shows. They may do less: neither sees to it that
+Both make columns by list comprehensions over the library's own methods, with one generator for each
+country that is made once. They may do less: neither sees to it that
 usernames differ or that an e-mail address has anything to do with the name.
 """
 
