@@ -30,6 +30,18 @@ python::Ref full_names(PyObject* firstnames, PyObject* lastnames);
 /// `conditions.astype(str).apply(self.generate_from_collections, collections=collections)`
 python::Ref collection_values(PyObject* self, PyObject* conditions, PyObject* collections);
 
+/// The titles as texts, where none of them is the ambiguous key and so none is drawn again.
+python::Ref settled_titles(PyObject* texts);
+
+/// The key of each value that a collection holds, as a list.
+python::Ref keys_of_values(PyObject* values, PyObject* collections);
+
+/// `pd.DataFrame([[]] * rows)`
+python::Ref empty_frame(PyObject* make_frame, Py_ssize_t rows);
+
+/// Whether blanking the rows would change nothing: none is flagged, and every column holds texts.
+bool nothing_to_blank(PyObject* df, PyObject* flags);
+
 /// `pd.Series(..., dtype="string")` of a password for each row.
 python::Ref passwords(PyObject* self, PyObject* make_series, Py_ssize_t rows);
 

@@ -1,7 +1,8 @@
 #pragma once
 
-// Domain names as Faker makes them: the first word of a company's name, made fit for an address, a dot, and a top-level
-// domain. Every part of the company's name is drawn, though only the first word shows.
+// Domain names as Faker makes them: a word, a dot, and a top-level domain. In most locales the word is the first one of a
+// company's name, made fit for an address; every part of that name is drawn, though only its first word shows. In one
+// the word has formats of its own.
 
 #include <Python.h>
 
@@ -11,9 +12,13 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
+#include "bulk/finished_words.hpp"
 #include "bulk/mersenne.hpp"
+#include "bulk/pieces.hpp"
 #include "bulk/tables.hpp"
 
 namespace bulk {
@@ -34,35 +39,30 @@ class Domains {
     /// Finishes the words that have been drawn; runs Faker's own code, so no source may be taken over.
     void finish_words();
 
-    /// Appends the finished name in lower case.
+    /// Appends the finished name.
     void append(const Drawn& drawn, std::string& text) const;
 
   private:
-    /// A literal text, then what is drawn from a table.
-    struct Piece {
-        std::string literal;
-        const Table* table;
-    };
-    struct Format {
-        std::vector<Piece> pieces;
-        std::string rest;
-    };
+    bool read_company_words(const KnownFaker& faker, PyObject* domain_name);
+    bool read_words_with_formats(const KnownFaker& faker, PyObject* domain_name);
+    bool read_refused_words();
+    bool read_formats(FormatReader& reader, const Table& texts);
 
-    bool read_formats(const KnownFaker& faker, PyObject* company_provider);
-    bool read_format(const KnownFaker& faker, PyObject* tokens, std::string_view text);
-    const Table* token_table(const KnownFaker& faker, const std::string& token);
+    std::string draw_first_word(Mersenne& source);
+    std::string draw_whole_word(Mersenne& source);
     std::size_t word_number(std::string word);
-    python::Ref finished_word(const std::string& word) const;
 
-    std::optional<Table> format_texts_;
+    python::Ref provider_;   ///< of the internet's names
     std::optional<Table> top_levels_;
+    std::optional<Table> format_texts_;
     std::vector<Format> formats_;
-    std::deque<std::pair<std::string, Table>> tables_;   ///< by token
-    python::Ref provider_;      ///< of the internet's names
-    python::Ref domain_word_;   ///< the function that finishes a word
+    std::deque<std::pair<std::string, Table>> tables_;   ///< what the formats draw from
+    FinishedWords* finisher_ = nullptr;                  ///< null where words are drawn finished
+    std::unordered_set<std::string> refused_;            ///< finished words that are drawn again
     std::unordered_map<std::string, std::size_t> numbers_;
     std::vector<const std::string*> words_;
     std::vector<std::string> finished_;
+    std::string buffer_;
 };
 
 }  // namespace bulk

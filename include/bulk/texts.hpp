@@ -103,6 +103,19 @@ class TextSeries {
     std::size_t missing_ = 0;
 };
 
-bool is_ascii(std::string_view text);
+/// Whether every character is a visible one of ASCII.
+bool is_visible_ascii(std::string_view text);
+
+/// `text.lower()`
+std::string lower_case(std::string_view text);
+
+/// The UTF-8 of exactly a str, owned by it; empty for anything else and for lone surrogates.
+std::optional<std::string_view> utf8(PyObject* text);
+
+/// Whether columns of the dtype hold texts, or any objects.
+bool holds_texts(PyObject* dtype);
+
+/// `series.iloc[:1]`
+python::Ref first_row(PyObject* series);
 
 }  // namespace bulk

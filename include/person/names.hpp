@@ -8,14 +8,14 @@
 // clang-format off
 #define PERSON_IDENTIFIERS(X)                                                                                          \
     X(CountryModel) X(Dict) X(DiscreteModel) X(GenderModel) X(Histogram)                       \
-    X(MetaNotExtractedError) X(ModelNotFittedError) X(NA) X(PERSON) X(Person) X(PersonModelConfig)      \
+    X(MetaNotExtractedError) X(ModelNotFittedError) X(NA) X(PERSON) X(Person) X(PersonModelConfig) X(RangeIndex)      \
     X(Provider) X(Series) X(DataFrame) X(String) X(Any)                                                                \
     X(_country_to_provider_map) X(_meta) X(_probabilities) X(_rng) X(_sample_conditional)                              \
                                 \
     X(ambiguous_key) X(apply) X(args) X(asdict) X(associations) X(astype) X(cast) X(cat) X(categories)                 \
     X(check_email) X(choice) X(cls) X(collections) X(collections_from_mapping) X(columns) X(conditions) X(config)      \
     X(copy) X(countries) X(country) X(country_conditions) X(country_condtions) X(country_to_provider_map)              \
-    X(d) X(data) X(default_locale) X(df) X(dict_cache_size) X(domain_name) X(dtype) X(email) X(extract)                \
+    X(d) X(data) X(default_locale) X(df) X(dict_cache_size) X(domain_name) X(dtype) X(email) X(equals) X(extract)                \
     X(first_name) X(first_name_female) X(first_name_male) X(firstname) X(firstnames) X(fit) X(from_dict) X(fullname)   \
     X(gender) X(gender_conditions) X(gender_female_regex) X(gender_male_regex) X(gender_non_binary_regex) X(genders)   \
     X(generate_emails) X(generate_first_names) X(generate_from_collections) X(generate_last_names)                     \

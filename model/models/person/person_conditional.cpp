@@ -82,8 +82,11 @@ void make_title(PyObject* df, PyObject* self, PyObject* gender_conditions) {
     set_column(df, self, names::title, category_values(self, names::title, mapping, gender_conditions));
 
     Ref texts = call_method(column(df, self, names::title), names::astype, {str_type()});
-    Ref cell = owned(PyCell_New(mapping));
-    Ref settled = call_method(texts, names::apply, {make_function(entry<settle_ambiguous>, cell)});
+    Ref settled = bulk::settled_titles(texts);
+    if (!settled) {
+        Ref cell = owned(PyCell_New(mapping));
+        settled = call_method(texts, names::apply, {make_function(entry<settle_ambiguous>, cell)});
+    }
     set_column(df, self, names::title, settled);
 }
 
@@ -161,11 +164,15 @@ Ref labelled_columns(PyObject* self) {
 void blank_rows_without_gender(PyObject* df, PyObject* gender_conditions, PyObject* columns) {
     Ref missing = attr(global(names::np), names::nan);
     Ref loc = attr(df, names::loc);
-    set_item(loc, tuple({call_method(gender_conditions, names::isna), columns}), missing);
+    Ref rows = call_method(gender_conditions, names::isna);
+    if (!bulk::nothing_to_blank(df, rows)) set_item(loc, tuple({rows, columns}), missing);
 }
 
 Ref empty_frame(PyObject* num_rows) {
     Ref make_frame = attr(global(names::pd), names::DataFrame);
+    int overflow = 0;
+    const long rows = PyLong_AsLongAndOverflow(num_rows, &overflow);
+    if (Ref made = overflow == 0 ? bulk::empty_frame(make_frame, rows) : Ref()) return made;
     Ref empty_row = list();
     return call(make_frame, {owned(PyNumber_Multiply(list({empty_row}), num_rows))});
 }

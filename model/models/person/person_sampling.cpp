@@ -183,8 +183,11 @@ Ref map_to_gender_keys_body(Arguments arguments) {
     auto [self, conditions, mapping] = arguments.take<3>();
     Ref sort = global(names::collections_from_mapping);
     Ref collections = call(sort, {conditions, mapping, attr(global(names::GenderModel), names::key_ambiguous)});
-    Ref return_values = list();
-    for (Ref value : iterate(conditions)) append_key_of(value, collections, return_values);
+    Ref return_values = bulk::keys_of_values(conditions, collections);
+    if (!return_values) {
+        return_values = list();
+        for (Ref value : iterate(conditions)) append_key_of(value, collections, return_values);
+    }
     return call(attr(global(names::pd), names::Series), {return_values});
 }
 

@@ -27,7 +27,7 @@ namespace names = person::names;
 
 namespace {
 
-/// First and last names of the same rows, none missing.
+/// First and last names of the same rows, none missing. A NUL would end a text early for some of pandas' hash tables.
 struct Names {
     Texts first;
     Texts last;
@@ -37,13 +37,20 @@ struct Names {
     [[nodiscard]] std::size_t size() const { return first.size(); }
 };
 
+bool are_plain(const Texts& texts) {
+    for (std::size_t row = 0; row < texts.size(); ++row) {
+        if (texts.is_missing(row) || texts[row].find('\0') != std::string_view::npos) return false;
+    }
+    return true;
+}
+
 std::optional<Names> Names::read(PyObject* firstnames, PyObject* lastnames) {
     auto first = Texts::read(firstnames);
-    if (!first || first->size() < static_cast<std::size_t>(kShortest) || first->any_missing()) return std::nullopt;
+    if (!first || first->size() < static_cast<std::size_t>(kShortest) || !are_plain(*first)) return std::nullopt;
     auto last = Texts::read(lastnames);
-    if (!last || last->size() != first->size() || last->any_missing()) return std::nullopt;
+    if (!last || last->size() != first->size() || !are_plain(*last)) return std::nullopt;
     Ref index = attr(firstnames, names::index);
-    if (!truth(owned(PyObject_CallMethod(index, "equals", "O", attr(lastnames, names::index).get())))) return std::nullopt;
+    if (!truth(call_method(index, names::equals, {attr(lastnames, names::index)}))) return std::nullopt;
     return Names{std::move(*first), std::move(*last), std::move(index)};
 }
 
@@ -60,11 +67,6 @@ constexpr Function identity{
     .line = 560,
     .parameters = kElement,
     .body = identity_body};
-
-Ref first_row(PyObject* series) {
-    Ref one_row = owned(PySlice_New(nullptr, integer(1), nullptr));
-    return item(owned(PyObject_GetAttrString(series, "iloc")), one_row);
-}
 
 /// The usernames' way through pandas, with one row and functions that change nothing.
 Ref username_like(PyObject* firstnames, PyObject* lastnames) {

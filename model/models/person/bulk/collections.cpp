@@ -3,6 +3,7 @@
 #include <deque>
 #include <optional>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "bulk/columns.hpp"
@@ -125,6 +126,42 @@ Ref draw_values(const std::vector<const Collection*>& rows, NumpyChoice& choice)
 }
 
 }  // namespace
+
+Ref settled_titles(PyObject* texts) {
+    if (!namespace_is_untouched()) return {};
+    const auto titles = Texts::read(texts);
+    if (!titles || titles->size() < static_cast<std::size_t>(kShortest) || titles->any_missing()) return {};
+    for (std::size_t row = 0; row < titles->size(); ++row) {
+        if ((*titles)[row] == names::ambiguous.text) return {};
+    }
+    // What pandas makes of one row tells whether going through all of them would leave the column as it is.
+    Ref like = apply_prepared(first_row(texts), list_of(first_row(texts)));
+    const bool same = equal(attr(like, names::dtype), attr(texts, names::dtype));
+    return same ? Ref::share(texts) : Ref();
+}
+
+Ref keys_of_values(PyObject* values, PyObject* collections) {
+    if (!namespace_is_untouched() || !PyDict_CheckExact(collections)) return {};
+    const auto texts = Texts::read(values);
+    if (!texts || texts->any_missing()) return {};
+    std::unordered_map<std::string_view, PyObject*> key_of;
+    PyObject* key = nullptr;
+    PyObject* collection = nullptr;
+    Py_ssize_t position = 0;
+    while (PyDict_Next(collections, &position, &key, &collection) != 0) {
+        if (!PyList_CheckExact(collection)) return {};
+        for (Py_ssize_t i = 0; i < PyList_GET_SIZE(collection); ++i) {
+            const auto text = utf8(PyList_GET_ITEM(collection, i));
+            if (!text) return {};
+            key_of.try_emplace(*text, key);   // the first collection that holds a value gives its key
+        }
+    }
+    Ref keys = list();
+    for (std::size_t row = 0; row < texts->size(); ++row) {
+        if (const auto found = key_of.find((*texts)[row]); found != key_of.end()) append(keys, found->second);
+    }
+    return keys;
+}
 
 Ref collection_values(PyObject* self, PyObject* conditions, PyObject* collections) {
     if (!namespace_is_untouched()) return {};

@@ -71,14 +71,6 @@ std::vector<std::size_t> placeholders(std::string_view text) {
     return found;
 }
 
-std::optional<std::string_view> utf8(PyObject* text) {
-    Py_ssize_t bytes = 0;
-    const char* data = PyUnicode_AsUTF8AndSize(text, &bytes);
-    if (data != nullptr) return std::string_view(data, static_cast<std::size_t>(bytes));
-    PyErr_Clear();
-    return std::nullopt;
-}
-
 bool substitutes_plainly() { return is_original(quiet_attr(global(names::re), names::sub), {"re", "sub"}); }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "bulk/originals.hpp"
 #include "bulk/streams.hpp"
+#include "bulk/texts.hpp"
 #include "python/call.hpp"
 #include "python/error.hpp"
 
@@ -55,15 +56,9 @@ bool Table::read_texts() {
     if (count == 0) return false;
     texts_.reserve(static_cast<std::size_t>(count));
     for (Py_ssize_t i = 0; i < count; ++i) {
-        PyObject* choice = PyTuple_GET_ITEM(choices_.get(), i);
-        if (!PyUnicode_CheckExact(choice)) return false;
-        Py_ssize_t bytes = 0;
-        const char* text = PyUnicode_AsUTF8AndSize(choice, &bytes);
-        if (text == nullptr) {
-            PyErr_Clear();
-            return false;
-        }
-        texts_.emplace_back(text, static_cast<std::size_t>(bytes));
+        const auto text = utf8(PyTuple_GET_ITEM(choices_.get(), i));
+        if (!text) return false;
+        texts_.push_back(*text);
     }
     return true;
 }

@@ -48,8 +48,38 @@ Ref method_result(PyObject* object, const char* name) { return call(owned(PyObje
 
 }  // namespace
 
-bool is_ascii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+bool is_visible_ascii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return c > ' ' && c <= '~'; });
+}
+
+std::string lower_case(std::string_view text) {
+    std::string lower(text);
+    if (is_visible_ascii(text)) {
+        for (char& c : lower) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        return lower;
+    }
+    Ref object = owned(PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), nullptr));
+    Ref lowered = owned(PyObject_CallMethod(object, "lower", nullptr));
+    Py_ssize_t bytes = 0;
+    const char* data = PyUnicode_AsUTF8AndSize(lowered, &bytes);
+    if (data == nullptr) throw PythonError{};
+    return {data, static_cast<std::size_t>(bytes)};
+}
+
+std::optional<std::string_view> utf8(PyObject* text) {
+    if (!PyUnicode_CheckExact(text)) return std::nullopt;
+    Py_ssize_t bytes = 0;
+    const char* data = PyUnicode_AsUTF8AndSize(text, &bytes);
+    if (data != nullptr) return std::string_view(data, static_cast<std::size_t>(bytes));
+    PyErr_Clear();
+    return std::nullopt;
+}
+
+bool holds_texts(PyObject* dtype) { return is_object_dtype(dtype) || is_string_dtype(dtype); }
+
+Ref first_row(PyObject* series) {
+    Ref one_row = owned(PySlice_New(nullptr, integer(1), nullptr));
+    return item(owned(PyObject_GetAttrString(series, "iloc")), one_row);
 }
 
 Buffer::Buffer(PyObject* exporter) { require(PyObject_GetBuffer(exporter, &view_, PyBUF_SIMPLE)); }
@@ -66,7 +96,7 @@ std::optional<Texts> Texts::read(PyObject* series) {
         if (!texts.read_arrow(method_result(array, "__arrow_array__"))) return std::nullopt;
         return texts;
     }
-    if (!is_object_dtype(dtype) && !is_string_dtype(dtype)) return std::nullopt;
+    if (!holds_texts(dtype)) return std::nullopt;
     Ref array = call(owned(PyObject_GetAttrString(series, "to_numpy")), {reinterpret_cast<PyObject*>(&PyBaseObject_Type)});
     if (!texts.read_objects(method_result(array, "tolist"))) return std::nullopt;
     return texts;
@@ -111,14 +141,8 @@ bool Texts::read_objects(PyObject* objects) {
     views_.reserve(static_cast<std::size_t>(rows));
     for (Py_ssize_t row = 0; row < rows; ++row) {
         PyObject* value = PyList_GET_ITEM(objects, row);
-        if (PyUnicode_CheckExact(value)) {
-            Py_ssize_t bytes = 0;
-            const char* text = PyUnicode_AsUTF8AndSize(value, &bytes);
-            if (text == nullptr) {   // a lone surrogate has no UTF-8
-                PyErr_Clear();
-                return false;
-            }
-            views_.emplace_back(text, static_cast<std::size_t>(bytes));
+        if (const auto text = utf8(value)) {
+            views_.push_back(*text);
         } else if (is_missing_value(value)) {
             views_.emplace_back();
         } else {

@@ -1,0 +1,130 @@
+#include "bulk/pieces.hpp"
+
+#include <algorithm>
+
+#include "bulk/originals.hpp"
+#include "bulk/texts.hpp"
+#include "python/call.hpp"
+#include "python/iterate.hpp"
+
+namespace bulk {
+
+using namespace python;
+
+namespace {
+
+constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
+constexpr const char* kProviders = "faker.providers";
+
+std::string text_of(PyObject* object) {
+    const auto text = utf8(object);
+    if (!text) raise(PyExc_TypeError, "a token is no text");
+    return std::string(*text);
+}
+
+Piece literal(std::string_view text) { return {Piece::Kind::literal, std::string(text)}; }
+
+/// `string.ascii_letters`, which Faker draws letters from, is what it was.
+bool letters_are_plain() {
+    Ref module = owned(PyImport_ImportModule("string"));
+    Ref letters = quiet_attr(module, "ascii_letters");
+    return letters && !quiet_attr(module, "letters") && utf8(letters) == kLetters;
+}
+
+}  // namespace
+
+std::string_view Piece::draw(Mersenne& source, std::string& buffer) const {
+    const auto size = static_cast<std::uint32_t>(kLetters.size());
+    switch (kind) {
+        case Kind::literal: return text;
+        case Kind::element: return table->text(table->draw(source));
+        case Kind::digit: buffer.assign(1, static_cast<char>('0' + source.below(10))); break;
+        case Kind::letter: buffer.assign(1, kLetters[source.below(size)]); break;
+        case Kind::acronym: {
+            buffer.resize(2 + source.below(3));
+            for (char& letter : buffer) {
+                letter = kLetters[static_cast<std::size_t>(source.uniform() * size) % (kLetters.size() / 2) + kLetters.size() / 2];
+            }
+            break;
+        }
+    }
+    return buffer;
+}
+
+bool formats_plainly(PyObject* generator) {
+    struct Method {
+        const char* name;
+        const char* qualname;
+    };
+    constexpr Method kMethods[] = {{"format", "Generator.format"},
+                                   {"get_formatter", "Generator.get_formatter"},
+                                   {"parse", "Generator.parse"},
+                                   {"_Generator__format_token", "Generator.__format_token"}};
+    return std::all_of(std::begin(kMethods), std::end(kMethods), [generator](const Method& method) {
+        return bound_to(quiet_attr(generator, method.name), {"faker.generator", method.qualname}) == generator;
+    });
+}
+
+std::optional<Format> FormatReader::tokens(PyObject* text) {
+    Format format;
+    const std::string whole = text_of(text);
+    Ref pattern = owned(PyObject_GetAttrString(owned(PyImport_ImportModule("faker.generator")), "_re_token"));
+    Ref matches = owned(PyObject_CallMethod(pattern, "finditer", "O", text));
+    std::size_t done = 0;
+    for (Ref match : iterate(matches)) {
+        auto [name, argument] = unpack_pair(owned(PyObject_CallMethod(match, "groups", nullptr)));
+        if (argument.get() != Py_None) return std::nullopt;
+        auto piece = token(text_of(name));
+        if (!piece) return std::nullopt;
+        const std::string matched = text_of(owned(PyObject_CallMethod(match, "group", nullptr)));
+        const std::size_t start = whole.find(matched, done);
+        if (start > done) format.push_back(literal(std::string_view(whole).substr(done, start - done)));
+        format.push_back(std::move(*piece));
+        done = start + matched.size();
+    }
+    if (done < whole.size()) format.push_back(literal(std::string_view(whole).substr(done)));
+    return format;
+}
+
+std::optional<Piece> FormatReader::token(const std::string& name) {
+    for (const auto& [known, table] : tables_) {
+        if (known == name) return Piece{Piece::Kind::element, {}, &table};
+    }
+    if (auto table = faker_.table(name.c_str())) {
+        return Piece{Piece::Kind::element, {}, &tables_.emplace_back(name, std::move(*table)).second};
+    }
+    if (is_acronym(name)) return Piece{Piece::Kind::acronym, {}};
+    return std::nullopt;
+}
+
+bool FormatReader::is_acronym(const std::string& name) const {
+    Ref method = quiet_attr(faker_.generator(), name.c_str());
+    Ref provider = faker_.provider_of(method);
+    if (!provider || !letters_are_plain()) return false;
+    const auto is_base = [&provider](const char* base, const char* qualname) {
+        return bound_to(quiet_attr(provider, base), {kProviders, qualname}) == provider.get();
+    };
+    return bound_to(method, {"faker.providers.company.es_ES", "Provider.random_company_acronym"}) != nullptr &&
+           is_base("random_int", "BaseProvider.random_int") && is_base("random_letters", "BaseProvider.random_letters") &&
+           is_base("random_choices", "BaseProvider.random_choices");
+}
+
+std::optional<Format> FormatReader::placeholders(std::string_view text) const {
+    Format format;
+    const bool has_digits = text.find('#') != std::string_view::npos;
+    const bool has_letters = text.find('?') != std::string_view::npos;
+    // Digits are filled in before letters, and there are more signs than these two.
+    if ((has_digits && has_letters) || text.find_first_of("%$!@{") != std::string_view::npos) return std::nullopt;
+    for (const char c : text) {
+        if (c == '#') {
+            format.push_back({Piece::Kind::digit, {}});
+        } else if (c == '?') {
+            format.push_back({Piece::Kind::letter, {}});
+        } else {
+            format.push_back(literal({&c, 1}));
+        }
+    }
+    return letters_are_plain() ? std::optional(std::move(format)) : std::nullopt;
+}
+
+}  // namespace bulk
