@@ -24,8 +24,22 @@ OUTPUT = ROOT / "build" / "demo"
 ROWS = 1_000
 SEED = 7
 WIDTH = 80
-SHOWN_ROWS = 6
+SHOWN_ROWS = 2
 MISSING = "(missing)"
+
+# The attributes that neither table has, each in a column of its own name.
+MADE_UP = {
+    name: name
+    for name in (
+        "fullname",
+        "email",
+        "username",
+        "password",
+        "mobile_number",
+        "home_number",
+        "work_number",
+    )
+}
 
 
 @dataclass(frozen=True)
@@ -54,7 +68,11 @@ EXAMPLES = (
         name="passengers",
         about="People aboard the Titanic, 1912",
         labels=PersonLabels(
-            gender="sex", title="title", firstname="first_name", lastname="last_name"
+            gender="sex",
+            title="title",
+            firstname="first_name",
+            lastname="last_name",
+            **MADE_UP,
         ),
         compared=("sex", "title"),
         note=(
@@ -67,7 +85,11 @@ EXAMPLES = (
         name="respondents",
         about="People asked by the World Values Survey, 1995-1997",
         labels=PersonLabels(
-            gender="gender", firstname="first_name", lastname="last_name", country="country"
+            gender="gender",
+            firstname="first_name",
+            lastname="last_name",
+            country="country",
+            **MADE_UP,
         ),
         compared=("country", "gender"),
         note=(
@@ -111,15 +133,15 @@ def sample(model_path: Path) -> pd.DataFrame:
 
 
 def report(real: pd.DataFrame, sampled: pd.DataFrame, example: Example) -> None:
-    """Prints real beside sampled shares, then the first sampled rows."""
+    """Prints real beside sampled shares, then a few of the sampled people."""
     print("=" * WIDTH)
     print(example.about)
     print(f"{len(real):,} real rows, {len(sampled):,} sampled with seed {SEED}")
     print("=" * WIDTH)
     for column in example.compared:
         print(f"\n{shares_table(real[column], sampled[column])}")
-    print(f"\nThe first {SHOWN_ROWS} sampled rows:\n")
-    print(sampled.head(SHOWN_ROWS).to_string(index=False, na_rep="", line_width=WIDTH))
+    print(f"\nThe first {SHOWN_ROWS} of them, a person a column:\n")
+    print(sampled.head(SHOWN_ROWS).T.to_string(header=False, na_rep=""))
 
 
 def shares_table(real: pd.Series, sampled: pd.Series) -> str:
