@@ -22,13 +22,16 @@ Surroundings = Callable[[], AbstractContextManager[Any]]
 
 
 class StandIn:
-    """Answers for a module as the module itself does."""
+    """Answers for a module or a function as that itself does."""
 
-    def __init__(self, module: Any) -> None:
-        self._module = module
+    def __init__(self, genuine: Any) -> None:
+        self._genuine = genuine
 
     def __getattr__(self, name: str) -> Any:
-        return getattr(self._module, name)
+        return getattr(self._genuine, name)
+
+    def __call__(self, *args: Any, **kwargs: Any) -> Any:
+        return self._genuine(*args, **kwargs)
 
 
 @contextmanager
@@ -70,6 +73,7 @@ def same_both_ways(
     model: PersonModel | None = None,
     seed: int = 1,
     within: Surroundings = nullcontext,
+    stand_in: str = "pd",
 ) -> Run:
     """Asserts that both ways of one call have the same result or error, and the same effects.
 
@@ -79,9 +83,10 @@ def same_both_ways(
         seed: The seed of every source.
         within: Makes a context that is entered after seeding and left after the states were
             read; what it hands out is compared, too.
+        stand_in: The module-level name that gets a stand-in for the second run.
     """
     at_once = _run(call, model, seed, within)
-    with call_by_call():
+    with call_by_call(stand_in):
         one_by_one = _run(call, model, seed, within)
     assert at_once.error == one_by_one.error
     assert at_once.made == one_by_one.made

@@ -89,7 +89,7 @@ MAKERS: dict[str, Maker] = {
     "usernames": lambda model, rows: model.generate_usernames(names(rows), names(rows)),
     "passwords": lambda model, rows: model.generate_passwords(names(rows)),
     "phone_numbers": lambda model, rows: model.generate_phone_numbers(
-        in_turn([False, False, True, False], rows), "+44 xxx-XXX xx"
+        in_turn([False, False, True, False], rows, "bool"), "+44 xxx-XXX xx"
     ),
     "values": lambda model, rows: model.generate_values_from_collections(
         genders(rows), COLLECTIONS
@@ -152,7 +152,7 @@ def noting(
             return answer(*args, **kwargs)
 
         before = vars(target).get(name)
-        setattr(target, name, noted)
+        setattr(target, name, staticmethod(noted) if isinstance(before, staticmethod) else noted)
         try:
             yield calls
         finally:
