@@ -2,39 +2,45 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string_view>
 #include <vector>
 
 namespace bulk {
 
-/// Counts how often each name occurs in a column whose names change in whole groups: all rows of one name at once.
-class NameCounts {
+/// Finds the rows of a column that bear the same name, while rows are renamed.
+class Clashes {
   public:
-    explicit NameCounts(std::size_t rows);
+    /// The names are the caller's, by row, and stay readable.
+    explicit Clashes(const std::vector<std::string_view>& names);
 
-    void add(std::string_view name);
+    /// Enters the row under the name that it has now.
+    void add(std::uint32_t row);
 
-    /// Forgets a name and all its rows.
-    void remove(std::string_view name);
+    /// Forgets all the rows of the row's name; call it before any of them is renamed.
+    void remove(std::uint32_t row);
 
-    [[nodiscard]] std::size_t count(std::string_view name) const { return slots_[slot_of(name)].count; }
-    [[nodiscard]] std::size_t distinct() const { return distinct_; }
+    /// The rows that share their name with another, in order, as far as they have come about since the last call.
+    std::vector<std::uint32_t> take();
+
+    static constexpr std::size_t kMostRows = std::numeric_limits<std::uint32_t>::max() / 4;
 
   private:
-    /// An open-addressing slot; an emptied one keeps its name, so that the search goes on behind it.
-    struct Slot {
-        std::string_view name;
-        std::uint64_t hash = 0;
-        std::size_t count = 0;
-        bool used = false;
+    /// A place of the open-addressing table. A name that was forgotten leaves its place taken, but matching nothing.
+    struct Place {
+        std::uint32_t hash = 0;
+        std::uint32_t first_row = 0;
+        std::uint32_t count = 0;
+        bool taken = false;
     };
 
-    [[nodiscard]] std::size_t slot_of(std::string_view name) const;
+    Place& place_of(std::uint32_t row, std::uint32_t hash);
     void grow();
 
-    std::vector<Slot> slots_;
-    std::size_t used_ = 0;
-    std::size_t distinct_ = 0;
+    const std::vector<std::string_view>& names_;
+    std::vector<Place> places_;
+    std::size_t taken_ = 0;
+    std::vector<std::uint32_t> found_;
 };
 
 }  // namespace bulk

@@ -46,7 +46,8 @@ bool are_plain(const Texts& texts) {
 
 std::optional<Names> Names::read(PyObject* firstnames, PyObject* lastnames) {
     auto first = Texts::read(firstnames);
-    if (!first || first->size() < static_cast<std::size_t>(kShortest) || !are_plain(*first)) return std::nullopt;
+    if (!first || first->size() < static_cast<std::size_t>(kShortest) || first->size() > Clashes::kMostRows ||
+        !are_plain(*first)) return std::nullopt;
     auto last = Texts::read(lastnames);
     if (!last || last->size() != first->size() || !are_plain(*last)) return std::nullopt;
     Ref index = attr(firstnames, names::index);
@@ -139,21 +140,15 @@ class Usernames {
 
     /// Every copy of a username that occurs more than once gets a number of its own, until all are distinct.
     void settle_clashes() {
-        NameCounts counts(usernames_.size());
-        for (const std::string_view username : usernames_) counts.add(username);
-        while (counts.distinct() < usernames_.size()) number_clashes(counts);
-    }
-
-    void number_clashes(NameCounts& counts) {
-        std::vector<std::size_t> clashing;
-        for (std::size_t row = 0; row < usernames_.size(); ++row) {
-            if (counts.count(usernames_[row]) > 1) clashing.push_back(row);
-        }
-        for (const std::size_t row : clashing) counts.remove(usernames_[row]);
-        for (const std::size_t row : clashing) {
-            usernames_[row] = renamed_.emplace_back(std::string(usernames_[row]) + std::to_string(draw_number()));
-            counts.add(usernames_[row]);
-            sources_.breathe();
+        Clashes clashes(usernames_);
+        for (std::uint32_t row = 0; row < usernames_.size(); ++row) clashes.add(row);
+        for (auto rows = clashes.take(); !rows.empty(); rows = clashes.take()) {
+            for (const std::uint32_t row : rows) clashes.remove(row);
+            for (const std::uint32_t row : rows) {
+                usernames_[row] = renamed_.emplace_back(std::string(usernames_[row]) + std::to_string(draw_number()));
+                sources_.breathe();
+            }
+            for (const std::uint32_t row : rows) clashes.add(row);
         }
     }
 

@@ -1,5 +1,6 @@
 #include "bulk/clashes.hpp"
 
+#include <algorithm>
 #include <bit>
 #include <functional>
 #include <utility>
@@ -8,45 +9,56 @@ namespace bulk {
 
 namespace {
 
-std::size_t table_size(std::size_t rows) { return std::bit_ceil(2 * rows + 16); }
+std::uint32_t hash_of(std::string_view name) {
+    return static_cast<std::uint32_t>(std::hash<std::string_view>{}(name));
+}
 
 }  // namespace
 
-NameCounts::NameCounts(std::size_t rows) : slots_(table_size(rows)) {}
+Clashes::Clashes(const std::vector<std::string_view>& names) : names_(names), places_(std::bit_ceil(2 * names.size() + 16)) {}
 
-std::size_t NameCounts::slot_of(std::string_view name) const {
-    const std::uint64_t hash = std::hash<std::string_view>{}(name);
-    const std::size_t mask = slots_.size() - 1;
-    std::size_t place = hash & mask;
-    while (slots_[place].used && (slots_[place].hash != hash || slots_[place].name != name)) place = (place + 1) & mask;
-    return place;
-}
-
-void NameCounts::add(std::string_view name) {
-    Slot& slot = slots_[slot_of(name)];
-    if (!slot.used) {
-        slot = {name, std::hash<std::string_view>{}(name), 0, true};
-        ++used_;
+Clashes::Place& Clashes::place_of(std::uint32_t row, std::uint32_t hash) {
+    const std::size_t mask = places_.size() - 1;
+    std::size_t i = hash & mask;
+    while (places_[i].taken) {
+        const Place& place = places_[i];
+        if (place.count > 0 && place.hash == hash && names_[place.first_row] == names_[row]) break;
+        i = (i + 1) & mask;
     }
-    slot.name = name;   // the view that was here may belong to a name that is gone
-    if (slot.count++ == 0) ++distinct_;
-    if (2 * used_ > slots_.size()) grow();
+    return places_[i];
 }
 
-void NameCounts::remove(std::string_view name) {
-    Slot& slot = slots_[slot_of(name)];
-    if (slot.count == 0) return;
-    slot.count = 0;
-    --distinct_;
+void Clashes::add(std::uint32_t row) {
+    const std::uint32_t hash = hash_of(names_[row]);
+    Place& place = place_of(row, hash);
+    if (!place.taken) {
+        place = {hash, row, 1, true};
+        if (2 * ++taken_ > places_.size()) grow();
+        return;
+    }
+    if (place.count++ == 1) found_.push_back(place.first_row);
+    found_.push_back(row);
 }
 
-void NameCounts::grow() {
-    std::vector<Slot> before = std::exchange(slots_, std::vector<Slot>(table_size(2 * distinct_)));
-    used_ = 0;
-    for (const Slot& slot : before) {
-        if (slot.count == 0) continue;
-        slots_[slot_of(slot.name)] = slot;
-        ++used_;
+void Clashes::remove(std::uint32_t row) {
+    Place& place = place_of(row, hash_of(names_[row]));
+    place.count = 0;
+}
+
+std::vector<std::uint32_t> Clashes::take() {
+    std::sort(found_.begin(), found_.end());
+    return std::exchange(found_, {});
+}
+
+void Clashes::grow() {
+    const auto is_live = [](const Place& place) { return place.count > 0; };
+    const auto live = static_cast<std::size_t>(std::count_if(places_.begin(), places_.end(), is_live));
+    const auto before = std::exchange(places_, std::vector<Place>(std::bit_ceil(4 * live + 16)));
+    taken_ = 0;
+    for (const Place& place : before) {
+        if (place.count == 0) continue;
+        place_of(place.first_row, place.hash) = place;
+        ++taken_;
     }
 }
 
