@@ -39,8 +39,9 @@ python::Ref keys_of_values(PyObject* values, PyObject* collections);
 /// `pd.DataFrame([[]] * rows)`
 python::Ref empty_frame(PyObject* make_frame, Py_ssize_t rows);
 
-/// Whether blanking the rows would change nothing: none is flagged, and every column holds texts.
-bool nothing_to_blank(PyObject* df, PyObject* flags);
+/// Whether blanking the columns in the flagged rows would change nothing: no row is flagged, and the columns are those of
+/// the frame, each once and holding texts.
+bool nothing_to_blank(PyObject* df, PyObject* flags, PyObject* columns);
 
 /// `pd.Series(..., dtype="string")` of a password for each row.
 python::Ref passwords(PyObject* self, PyObject* make_series, Py_ssize_t rows);

@@ -165,7 +165,7 @@ void blank_rows_without_gender(PyObject* df, PyObject* gender_conditions, PyObje
     Ref missing = attr(global(names::np), names::nan);
     Ref loc = attr(df, names::loc);
     Ref rows = call_method(gender_conditions, names::isna);
-    if (!bulk::nothing_to_blank(df, rows)) set_item(loc, tuple({rows, columns}), missing);
+    if (!bulk::nothing_to_blank(df, rows, columns)) set_item(loc, tuple({rows, columns}), missing);
 }
 
 Ref empty_frame(PyObject* num_rows) {

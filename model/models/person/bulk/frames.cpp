@@ -20,10 +20,24 @@ Ref empty_frame(PyObject* make_frame, Py_ssize_t rows) {
     return call(make_frame, {}, {{names::index, index}});
 }
 
-bool nothing_to_blank(PyObject* df, PyObject* flags) {
-    if (!namespace_is_untouched()) return false;
+/// Whether the list names each of the frame's columns, and each once.
+static bool are_all_columns(PyObject* df, PyObject* columns) {
+    Ref labels = list_of(attr(df, names::columns));
+    const Py_ssize_t count = PyList_GET_SIZE(labels.get());
+    if (count == 0 || count != PyList_GET_SIZE(columns)) return false;
+    for (Py_ssize_t i = 0; i < count; ++i) {
+        if (!PyUnicode_CheckExact(PyList_GET_ITEM(labels.get(), i))) return false;
+        if (!PyUnicode_CheckExact(PyList_GET_ITEM(columns, i))) return false;
+    }
+    Ref in_frame = owned(PyFrozenSet_New(labels));
+    Ref named = owned(PyFrozenSet_New(columns));
+    return PySet_GET_SIZE(named.get()) == count && equal(in_frame, named);
+}
+
+bool nothing_to_blank(PyObject* df, PyObject* flags, PyObject* columns) {
+    if (!namespace_is_untouched() || !are_all_columns(df, columns)) return false;
     const auto blanked = Flags::read(flags);
-    if (!blanked || blanked->any()) return false;
+    if (!blanked || blanked->size() < static_cast<std::size_t>(kShortest) || blanked->any()) return false;
     Ref index = attr(flags, names::index);
     if (!truth(call_method(attr(df, names::index), names::equals, {index}))) return false;
     for (Ref dtype : iterate(owned(PyObject_GetAttrString(df, "dtypes")))) {
