@@ -22,7 +22,7 @@ from support.whole_columns import (
 from vantrel.model.models.person import PersonModel
 
 few = settings(
-    max_examples=60,
+    max_examples=40,
     deadline=None,
     database=None,
     suppress_health_check=[HealthCheck.too_slow, HealthCheck.function_scoped_fixture],
