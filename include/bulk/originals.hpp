@@ -35,8 +35,11 @@ bool has_our_method(PyObject* object, PyObject* name, const python::Entry& entry
 /// Whether the property of that name on the object's class is the one whose getter is this row.
 bool has_our_property(PyObject* object, PyObject* name, const python::Entry& entry);
 
-/// `object.name`, or empty (and no error) where it cannot be read.
+/// `object.name`, or empty (and no error) where it cannot be read. An interrupt or want of memory is no reason for that.
 python::Ref quiet_attr(PyObject* object, const char* name);
 python::Ref quiet_attr(PyObject* object, PyObject* name);
+
+/// The module of that name, or empty (and no error) where there is none.
+python::Ref quiet_import(const char* name);
 
 }  // namespace bulk

@@ -73,8 +73,17 @@ class NumpyChoice {
     /// A position below n, n from 1 on.
     std::uint32_t below(std::uint32_t n);
 
-    void acquire();
-    void release();
+    /// Holds numpy's lock as long as it lives; every draw needs one.
+    class Held {
+      public:
+        explicit Held(const NumpyChoice& choice);
+        Held(const Held&) = delete;
+        Held& operator=(const Held&) = delete;
+        ~Held();
+
+      private:
+        python::Ref release_;
+    };
 
   private:
     struct BitGenerator;

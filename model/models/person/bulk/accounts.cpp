@@ -12,6 +12,7 @@
 #include "bulk/columns.hpp"
 #include "bulk/originals.hpp"
 #include "bulk/providers.hpp"
+#include "bulk/signals.hpp"
 #include "bulk/streams.hpp"
 #include "bulk/surroundings.hpp"
 #include "bulk/texts.hpp"
@@ -106,11 +107,11 @@ class Usernames {
 
     void draw_separators() {
         drawn_.reserve(names_.size());
-        separators_.acquire();
+        const NumpyChoice::Held held(separators_);
         for (std::size_t row = 0; row < names_.size(); ++row) {
+            let_signals_in(row);
             drawn_.push_back(static_cast<std::uint8_t>(separators_.below(kSeparators.size())));
         }
-        separators_.release();
     }
 
     std::uint32_t draw_number() { return source_->below(kNumbers); }
@@ -141,7 +142,10 @@ class Usernames {
     /// Every copy of a username that occurs more than once gets a number of its own, until all are distinct.
     void settle_clashes() {
         Clashes clashes(usernames_);
-        for (std::uint32_t row = 0; row < usernames_.size(); ++row) clashes.add(row);
+        for (std::uint32_t row = 0; row < usernames_.size(); ++row) {
+            clashes.add(row);
+            sources_.breathe();
+        }
         for (auto rows = clashes.take(); !rows.empty(); rows = clashes.take()) {
             for (const std::uint32_t row : rows) clashes.remove(row);
             for (const std::uint32_t row : rows) {
@@ -193,6 +197,7 @@ std::optional<std::vector<DomainRow>> plan_domains(const Texts& countries, Provi
     std::vector<DomainRow> rows;
     rows.reserve(countries.size());
     for (std::size_t row = 0; row < countries.size(); ++row) {
+        let_signals_in(row);
         Providers::Provider* provider = countries.is_missing(row) ? nullptr : providers.find(countries[row]);
         Domains* domains = provider == nullptr ? nullptr : provider->domains();
         if (domains == nullptr) return std::nullopt;
@@ -258,6 +263,7 @@ Ref emails(PyObject* self, PyObject* firstnames, PyObject* lastnames, PyObject* 
     TextSeries column(address_like(like), rows->size());
     std::string address;
     for (std::size_t row = 0; row < rows->size(); ++row) {
+        let_signals_in(row);
         address.assign((*local_parts)[row]);
         address += '@';
         (*rows)[row].domains->append((*rows)[row].drawn, address);
@@ -276,6 +282,7 @@ Ref full_names(PyObject* firstnames, PyObject* lastnames) {
     TextSeries column(like, given->size());
     std::string full_name;
     for (std::size_t row = 0; row < given->size(); ++row) {
+        let_signals_in(row);
         full_name.assign(given->first[row]);
         full_name += ' ';
         full_name += given->last[row];

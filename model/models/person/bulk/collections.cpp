@@ -8,6 +8,7 @@
 
 #include "bulk/columns.hpp"
 #include "bulk/originals.hpp"
+#include "bulk/signals.hpp"
 #include "bulk/streams.hpp"
 #include "bulk/surroundings.hpp"
 #include "bulk/texts.hpp"
@@ -93,6 +94,7 @@ std::optional<std::vector<const Collection*>> plan_rows(const Texts& keys, PyObj
     std::vector<const Collection*> rows;
     rows.reserve(keys.size());
     for (std::size_t row = 0; row < keys.size(); ++row) {
+        let_signals_in(row);
         const Collection* collection = nullptr;
         if (!keys.is_missing(row)) {
             for (const Collection& known : found) {
@@ -112,16 +114,16 @@ std::optional<std::vector<const Collection*>> plan_rows(const Texts& keys, PyObj
 
 Ref draw_values(const std::vector<const Collection*>& rows, NumpyChoice& choice) {
     Ref no_value = attr(global(names::pd), names::NA);
-    Ref drawn = owned(PyList_New(static_cast<Py_ssize_t>(rows.size())));
-    choice.acquire();
+    Ref drawn = list();
+    const NumpyChoice::Held held(choice);
     for (std::size_t row = 0; row < rows.size(); ++row) {
+        let_signals_in(row);
         PyObject* value = no_value;
         if (const Collection* collection = rows[row]) {
             value = collection->values[choice.below(static_cast<std::uint32_t>(collection->values.size()))];
         }
-        PyList_SET_ITEM(drawn.get(), static_cast<Py_ssize_t>(row), Py_NewRef(value));
+        append(drawn, value);
     }
-    choice.release();
     return drawn;
 }
 
@@ -158,6 +160,7 @@ Ref keys_of_values(PyObject* values, PyObject* collections) {
     }
     Ref keys = list();
     for (std::size_t row = 0; row < texts->size(); ++row) {
+        let_signals_in(row);
         if (const auto found = key_of.find((*texts)[row]); found != key_of.end()) append(keys, found->second);
     }
     return keys;

@@ -8,6 +8,7 @@
 #include "bulk/columns.hpp"
 #include "bulk/originals.hpp"
 #include "bulk/providers.hpp"
+#include "bulk/signals.hpp"
 #include "bulk/streams.hpp"
 #include "bulk/surroundings.hpp"
 #include "bulk/tables.hpp"
@@ -56,6 +57,7 @@ std::optional<std::vector<Draw>> plan_rows(const Texts* genders, const Texts& co
     std::vector<Draw> rows;
     rows.reserve(count);
     for (std::size_t row = 0; row < count; ++row) {
+        let_signals_in(row);
         const char* method = genders == nullptr ? "last_name" : first_name_method((*genders)[row]);
         if (method == nullptr || countries.is_missing(row)) return std::nullopt;
         Providers::Provider* provider = providers.find(countries[row]);

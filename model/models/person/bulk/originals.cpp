@@ -12,6 +12,14 @@ bool equals(PyObject* text, const char* ascii) {
     return text != nullptr && PyUnicode_Check(text) && PyUnicode_CompareWithASCIIString(text, ascii) == 0;
 }
 
+/// The result, or empty where it could not be had for a reason that a single call may well meet, too.
+Ref quietly(PyObject* result) {
+    if (result != nullptr) return Ref::steal(result);
+    if (PyErr_ExceptionMatches(PyExc_Exception) == 0 || PyErr_ExceptionMatches(PyExc_MemoryError) != 0) throw PythonError{};
+    PyErr_Clear();
+    return {};
+}
+
 /// The code comes from the file of the module whose globals the function uses.
 bool comes_from(PyObject* function, PyObject* code, const char* module) {
     PyObject* globals = PyFunction_GetGlobals(function);
@@ -23,17 +31,11 @@ bool comes_from(PyObject* function, PyObject* code, const char* module) {
 
 }  // namespace
 
-Ref quiet_attr(PyObject* object, PyObject* name) {
-    Ref value = Ref::steal(PyObject_GetAttr(object, name));
-    if (!value) PyErr_Clear();
-    return value;
-}
+Ref quiet_attr(PyObject* object, PyObject* name) { return quietly(PyObject_GetAttr(object, name)); }
 
-Ref quiet_attr(PyObject* object, const char* name) {
-    Ref value = Ref::steal(PyObject_GetAttrString(object, name));
-    if (!value) PyErr_Clear();
-    return value;
-}
+Ref quiet_attr(PyObject* object, const char* name) { return quietly(PyObject_GetAttrString(object, name)); }
+
+Ref quiet_import(const char* name) { return quietly(PyImport_ImportModule(name)); }
 
 bool is_original(PyObject* function, const Original& original) {
     if (function == nullptr || !PyFunction_Check(function)) return false;

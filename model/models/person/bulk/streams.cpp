@@ -33,12 +33,8 @@ bool draws_in_c(PyObject* type) {
 }
 
 bool is_plain_type(PyObject* type) {
-    Ref module = Ref::steal(PyImport_ImportModule("random"));
-    if (!module) {
-        PyErr_Clear();
-        return false;
-    }
-    if (quiet_attr(module, "Random").get() != type) return false;
+    Ref module = quiet_import("random");
+    if (!module || quiet_attr(module, "Random").get() != type) return false;
     for (const Original& method : kMethods) {
         const char* name = method.qualname + sizeof("Random.") - 1;
         if (!is_original(quiet_attr(type, name), method)) return false;
@@ -181,7 +177,18 @@ std::uint32_t NumpyChoice::below(std::uint32_t n) {
     return drawn;
 }
 
-void NumpyChoice::acquire() { call(owned(PyObject_GetAttrString(lock_, "acquire"))); }
-void NumpyChoice::release() { call(owned(PyObject_GetAttrString(lock_, "release"))); }
+NumpyChoice::Held::Held(const NumpyChoice& choice) : release_(owned(PyObject_GetAttrString(choice.lock_, "release"))) {
+    call(owned(PyObject_GetAttrString(choice.lock_, "acquire")));
+}
+
+NumpyChoice::Held::~Held() {
+    PyObject* exception = PyErr_GetRaisedException();
+    if (PyObject* released = PyObject_CallNoArgs(release_)) {
+        Py_DECREF(released);
+    } else {
+        PyErr_Clear();
+    }
+    PyErr_SetRaisedException(exception);
+}
 
 }  // namespace bulk

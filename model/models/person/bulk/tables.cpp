@@ -17,14 +17,8 @@ namespace {
 
 constexpr double kExactIntegers = 9007199254740992.0;   // 2**53
 
-Ref imported(const char* name) {
-    Ref module = Ref::steal(PyImport_ImportModule(name));
-    if (!module) PyErr_Clear();
-    return module;
-}
-
 bool is_class_of(PyObject* object, const char* module, const char* name) {
-    Ref imported_module = imported(module);
+    Ref imported_module = quiet_import(module);
     return imported_module && quiet_attr(imported_module, name).get() == reinterpret_cast<PyObject*>(Py_TYPE(object));
 }
 
@@ -71,7 +65,10 @@ bool Table::read_weights(PyObject* elements) {
         PyObject* weight = PyTuple_GET_ITEM(weights.get(), static_cast<Py_ssize_t>(i));
         if (!PyFloat_CheckExact(weight) && !PyLong_CheckExact(weight)) return false;
         const double value = PyFloat_AsDouble(weight);
-        if (value == -1.0 && PyErr_Occurred() != nullptr) PyErr_Clear();
+        if (value == -1.0 && PyErr_Occurred() != nullptr) {   // an integer beyond all floats
+            PyErr_Clear();
+            return false;
+        }
         sum += value;
         if (!(std::abs(value) < kExactIntegers) || !(std::abs(sum) < kExactIntegers)) return false;
         cumulative_weights_.push_back(sum);
@@ -123,7 +120,7 @@ Ref KnownFaker::provider_of(PyObject* method) const {
     };
     if (!is_base("random_element", "BaseProvider.random_element")) return {};
     if (!is_base("random_elements", "BaseProvider.random_elements")) return {};
-    Ref distribution = imported("faker.providers");
+    Ref distribution = quiet_import("faker.providers");
     if (!is_original(quiet_attr(distribution, "choices_distribution"),
                      {"faker.utils.distribution", "choices_distribution"})) {
         return {};

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "bulk/originals.hpp"
+#include "bulk/signals.hpp"
 #include "python/call.hpp"
 #include "python/error.hpp"
 
@@ -71,6 +72,7 @@ std::optional<std::string_view> utf8(PyObject* text) {
     Py_ssize_t bytes = 0;
     const char* data = PyUnicode_AsUTF8AndSize(text, &bytes);
     if (data != nullptr) return std::string_view(data, static_cast<std::size_t>(bytes));
+    if (PyErr_ExceptionMatches(PyExc_UnicodeEncodeError) == 0) throw PythonError{};
     PyErr_Clear();
     return std::nullopt;
 }
@@ -128,6 +130,7 @@ bool Texts::read_chunk(PyObject* chunk) {
 
     views_.reserve(views_.size() + rows);
     for (std::size_t row = 0; row < rows; ++row) {
+        let_signals_in(row);
         const std::size_t bit = first + row;
         const bool present = valid == nullptr || (valid[bit / 8] >> (bit % 8) & 1U) != 0;
         views_.push_back(present ? std::string_view(data + ends[row], static_cast<std::size_t>(ends[row + 1] - ends[row]))
@@ -140,6 +143,7 @@ bool Texts::read_objects(PyObject* objects) {
     const Py_ssize_t rows = PyList_GET_SIZE(objects);
     views_.reserve(static_cast<std::size_t>(rows));
     for (Py_ssize_t row = 0; row < rows; ++row) {
+        let_signals_in(static_cast<std::size_t>(row));
         PyObject* value = PyList_GET_ITEM(objects, row);
         if (const auto text = utf8(value)) {
             views_.push_back(*text);
