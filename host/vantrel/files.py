@@ -1,5 +1,6 @@
 """Writes files whole or not at all."""
 
+import errno
 import os
 import secrets
 from collections.abc import Iterator
@@ -13,22 +14,48 @@ def replacing(path: Path) -> Iterator[TextIO]:
     """Opens a text file that takes its place only when it was written to the end.
 
     Until then the text goes to a file of a temporary name in the same folder. If anything fails
-    that file is removed, and what was at ``path`` before is still there.
+    that file is removed, and what was at ``path`` before is still there. A symbolic link stays
+    and the file it leads to is replaced. What is there and no regular file, such as a pipe or a
+    device, is written straight into.
 
     Raises:
         OSError: The file cannot be written.
     """
-    temporary = path.with_name(f".{path.name}.{secrets.token_hex(4)}.tmp")
     try:
-        with temporary.open("x", encoding="utf-8", newline="") as file:
+        target = Path(os.path.realpath(path))
+        if not target.parent.is_dir():
+            folder = target.parent if path.is_symlink() else path.parent
+            raise FileNotFoundError(errno.ENOENT, f"folder {str(folder)!r} does not exist")
+        with _in_place(target) if _is_special(target) else _beside(target) as file:
             yield file
-            file.flush()
-            os.fsync(file.fileno())
-        os.replace(temporary, path)
     except OSError as error:
         # Whoever reads the error has never heard of the temporary name.
         error.filename = str(path)
         error.filename2 = None
         raise
+
+
+def same_file(one: Path, other: Path) -> bool:
+    """Tells whether two paths lead to one existing file."""
+    return one.exists() and other.exists() and one.samefile(other)
+
+
+def _is_special(target: Path) -> bool:
+    return target.exists() and not target.is_file()
+
+
+def _in_place(target: Path) -> TextIO:
+    return target.open("w", encoding="utf-8", newline="")
+
+
+@contextmanager
+def _beside(target: Path) -> Iterator[TextIO]:
+    temporary = target.with_name(f".{target.name}.{secrets.token_hex(4)}.tmp")
+    try:
+        with temporary.open("x", encoding="utf-8", newline="") as file:
+            yield file
+            file.flush()
+            os.fsync(file.fileno())
+        os.replace(temporary, target)
     finally:
         temporary.unlink(missing_ok=True)

@@ -1,6 +1,7 @@
 """Reads and writes tables of people."""
 
 from pathlib import Path
+from typing import TextIO
 
 import pandas as pd
 from pandas.errors import EmptyDataError, ParserError
@@ -47,4 +48,14 @@ def write_table(df: pd.DataFrame, path: Path) -> None:
         OSError: The file cannot be written.
     """
     with replacing(path) as file:
-        df.to_csv(file, index=False, lineterminator="\n")
+        write_csv(df, file)
+
+
+def write_csv(df: pd.DataFrame, file: TextIO) -> None:
+    """Writes a table as CSV to an open file, missing values as empty cells.
+
+    Raises:
+        OSError: The file cannot be written.
+    """
+    df.to_csv(file, index=False, lineterminator="\n")
+    file.flush()

@@ -103,6 +103,37 @@ def test_no_rows_give_a_header() -> None:
     assert Path("out.csv").read_text() == "sex\n"
 
 
+def test_a_table_goes_to_standard_output_alone() -> None:
+    succeed(FIT)
+    succeed("sample m.json -n 20 --seed 7 -o out.csv")
+    result = succeed("sample m.json -n 20 --seed 7 -o -")
+    assert result.stdout == Path("out.csv").read_text()
+    assert result.stderr == ""
+    assert set(os.listdir()) == {"people.csv", "m.json", "out.csv"}
+
+
+def test_standard_output_that_is_closed_early_ends_the_command_quietly() -> None:
+    succeed(FIT)
+    command = [sys.executable, "-c", "from vantrel.command import main; main()"]
+    read, write = os.pipe()
+    os.close(read)
+    try:
+        result = subprocess.run(
+            [*command, "sample", "m.json", "-n", "9", "-o", "-"],
+            stdout=write,
+            stderr=subprocess.PIPE,
+            text=True,
+        )
+    finally:
+        os.close(write)
+    assert result.returncode == 1
+    assert result.stderr == ""
+
+
+def test_the_help_tells_of_standard_output() -> None:
+    assert "- is standard output" in succeed("sample --help").stdout
+
+
 def test_missing_values_are_empty_cells() -> None:
     Path("people.csv").write_text("sex\nm\n" + '""\n' * 9)
     succeed(f"{FIT} --generate fullname")
@@ -158,7 +189,7 @@ def test_an_existing_model_is_replaced_only_by_a_good_one() -> None:
         ),
         (
             "fit people.csv -o no/m.json --column gender=sex",
-            "no/m.json: No such file or directory.",
+            "no/m.json: folder 'no' does not exist.",
         ),
         (
             "sample zz.json -n 1 -o x",
@@ -251,6 +282,18 @@ def test_a_model_file_that_is_none(content: str | dict[str, object], message: st
             "Invalid value for '--seed': -1 is not in the range x>=0.",
         ),
         ("sample m.json -n 1", "Missing option '-o' / '--output'."),
+        (
+            "fit people.csv -o - --column gender=sex",
+            "A model is not written to standard output: name a file for -o.",
+        ),
+        (
+            "fit people.csv -o ./people.csv --column gender=sex",
+            "people.csv is the file to read: write to another one.",
+        ),
+        (
+            "sample people.csv -n 1 -o people.csv",
+            "people.csv is the file to read: write to another one.",
+        ),
         ("zz", "No such command 'zz'."),
     ],
 )

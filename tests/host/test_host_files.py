@@ -1,9 +1,11 @@
 """Files and tables, written whole or not at all."""
 
+import os
+import threading
 from pathlib import Path
 
 import pytest
-from vantrel.files import replacing
+from vantrel.files import replacing, same_file
 from vantrel.tables import TableError, read_table, write_table
 
 
@@ -33,6 +35,53 @@ def test_an_error_names_the_file_that_was_asked_for(tmp_path: Path) -> None:
     with pytest.raises(FileNotFoundError) as caught, replacing(path):
         pass
     assert caught.value.filename == str(path)
+    assert caught.value.strerror == f"folder {str(path.parent)!r} does not exist"
+
+
+def test_a_link_stays_and_its_target_is_replaced(tmp_path: Path) -> None:
+    target = tmp_path / "folder" / "target"
+    target.parent.mkdir()
+    target.write_text("old")
+    link = tmp_path / "link"
+    link.symlink_to(target)
+    with replacing(link) as file:
+        file.write("new")
+    assert link.is_symlink()
+    assert target.read_text() == "new"
+    assert list(target.parent.iterdir()) == [target]
+
+
+def test_a_link_into_a_missing_folder_names_that_folder(tmp_path: Path) -> None:
+    link = tmp_path / "link"
+    link.symlink_to(tmp_path / "missing" / "f")
+    with pytest.raises(FileNotFoundError) as caught, replacing(link):
+        pass
+    assert caught.value.strerror == f"folder {str(tmp_path / 'missing')!r} does not exist"
+
+
+def test_a_pipe_is_written_into_and_stays(tmp_path: Path) -> None:
+    pipe = tmp_path / "pipe"
+    os.mkfifo(pipe)
+    read: list[str] = []
+    reader = threading.Thread(target=lambda: read.append(pipe.read_text()), daemon=True)
+    reader.start()
+    with replacing(pipe) as file:
+        file.write("new")
+    reader.join(timeout=10)
+    assert read == ["new"]
+    assert pipe.is_fifo()
+    assert list(tmp_path.iterdir()) == [pipe]
+
+
+def test_one_file_is_recognised_through_links(tmp_path: Path) -> None:
+    path, link, other = tmp_path / "f", tmp_path / "link", tmp_path / "other"
+    path.touch()
+    other.touch()
+    link.symlink_to(path)
+    assert same_file(path, link)
+    assert not same_file(path, other)
+    assert not same_file(path, tmp_path / "missing")
+    assert not same_file(tmp_path / "missing", tmp_path / "missing")
 
 
 def test_a_folder_is_not_replaced(tmp_path: Path) -> None:

@@ -10,6 +10,7 @@ from vantrel.command.labels import (
     generated_attributes,
     make_person,
 )
+from vantrel.command.output import STANDARD_OUTPUT, refuse_overwriting
 from vantrel.command.terse import reporting
 
 
@@ -58,6 +59,9 @@ def fit(
     Example:
       vantrel fit people.csv -o model.json --column gender=sex --column title=title
     """
+    if output == STANDARD_OUTPUT:
+        raise click.UsageError("A model is not written to standard output: name a file for -o.")
+    refuse_overwriting(table, output)
     meta = make_person(columns, generated, locales)
 
     # These take a second to import; help and usage errors need not wait for them.

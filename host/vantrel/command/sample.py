@@ -4,6 +4,7 @@ from pathlib import Path
 
 import click
 
+from vantrel.command.output import STANDARD_OUTPUT, refuse_overwriting
 from vantrel.command.terse import reporting
 
 
@@ -27,7 +28,7 @@ from vantrel.command.terse import reporting
     required=True,
     metavar="PEOPLE.csv",
     type=click.Path(path_type=Path),
-    help="The table to write.",
+    help="The table to write; - is standard output.",
 )
 def sample(model_file: Path, rows: int, seed: int | None, output: Path) -> None:
     """Make people as the model file MODEL.json describes them and write them as CSV.
@@ -36,15 +37,22 @@ def sample(model_file: Path, rows: int, seed: int | None, output: Path) -> None:
     Example:
       vantrel sample model.json -n 1000 --seed 7 -o people.csv
     """
+    refuse_overwriting(model_file, output)
+
     # These take a second to import; help and usage errors need not wait for them.
     from vantrel.model_file import load
     from vantrel.sampling import sample_people
     from vantrel.seeding import seed_everything
-    from vantrel.tables import write_table
+    from vantrel.tables import write_csv, write_table
 
     with reporting():
         model = load(model_file)
         if seed is not None:
             seed_everything(model, seed)
-        write_table(sample_people(model, rows), output)
-    click.echo(f"Made {rows:,} people; wrote {output}.")
+        people = sample_people(model, rows)
+        if output == STANDARD_OUTPUT:
+            with click.open_file("-", "w", encoding="utf-8") as file:
+                write_csv(people, file)
+        else:
+            write_table(people, output)
+            click.echo(f"Made {rows:,} people; wrote {output}.")

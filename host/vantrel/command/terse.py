@@ -46,6 +46,8 @@ def reporting() -> Iterator[None]:
         warnings.showwarning = _show_warning
         try:
             yield
+        except BrokenPipeError:
+            raise  # whoever read the output has seen enough: click ends the command quietly
         except OSError as error:
             where = f"{error.filename}: " if error.filename else ""
             raise click.ClickException(f"{where}{error.strerror or error}.") from error
