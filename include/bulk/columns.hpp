@@ -10,7 +10,7 @@
 namespace bulk {
 
 /// Columns shorter than this are not worth the look at what is in place.
-inline constexpr Py_ssize_t kShortest = 256;
+inline constexpr Py_ssize_t kShortest = 16;
 
 /// `pd.Series` of a first name for each gender and country.
 python::Ref first_names(PyObject* self, PyObject* make_series, PyObject* genders, PyObject* countries);

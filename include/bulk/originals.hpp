@@ -23,13 +23,13 @@ bool is_original(PyObject* function, const Original& original);
 /// The method's object, where the attribute is that very function bound to an object; else null. Borrowed from `method`.
 PyObject* bound_to(PyObject* method, const Original& original);
 
-/// Whether the object is the function of this row, or a method of it bound to `self`.
-bool is_ours(PyObject* function, const python::Entry& entry, PyObject* self = nullptr);
+/// Whether the object is the function of this row.
+bool is_ours(PyObject* function, const python::Entry& entry);
 
 /// Whether reading the object's attributes runs no code of its own class.
 bool reads_plainly(PyObject* object);
 
-/// Whether `object.name` is this row's function, bound to the object where it is a method.
+/// Whether `object.name` is this row's function, bound to the object unless the row is a static method.
 bool has_our_method(PyObject* object, PyObject* name, const python::Entry& entry);
 
 /// Whether the property of that name on the object's class is the one whose getter is this row.
@@ -38,6 +38,9 @@ bool has_our_property(PyObject* object, PyObject* name, const python::Entry& ent
 /// `object.name`, or empty (and no error) where it cannot be read. An interrupt or want of memory is no reason for that.
 python::Ref quiet_attr(PyObject* object, const char* name);
 python::Ref quiet_attr(PyObject* object, PyObject* name);
+
+/// `object.name` where it is a value that stands in the object or its class, and no descriptor makes it; else empty.
+python::Ref plain_value(PyObject* object, PyObject* name);
 
 /// The module of that name, or empty (and no error) where there is none.
 python::Ref quiet_import(const char* name);

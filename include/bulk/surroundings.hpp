@@ -11,13 +11,14 @@ namespace bulk {
 /// Keeps what the module's names are bound to; called once, when the module's body has run.
 void remember_namespace();
 
-/// Whether every name of the module is still bound to the same object, and GenderModel to its keys.
+/// Whether every name of the module is still bound to the same object, GenderModel to its keys, and pandas to the classes
+/// and methods that a column goes through.
 bool namespace_is_untouched();
 
-/// The model's own providers by country: an exact dict that its property would give; else null. Borrowed.
-PyObject* plain_provider_map(PyObject* self);
+/// The model's own providers by country: an exact dict that its property would give; else empty.
+python::Ref plain_provider_map(PyObject* self);
 
-/// `pd.name`, where pandas itself defines the function; else empty.
+/// Whether `pd.name` is the function that pandas itself defines in that module.
 bool has_pandas_function(const char* name, const char* module);
 
 }  // namespace bulk

@@ -68,6 +68,7 @@ class Flags {
     [[nodiscard]] std::size_t size() const { return values_.size(); }
     bool operator[](std::size_t row) const { return values_[row] != 0; }
     [[nodiscard]] bool any() const;
+    [[nodiscard]] bool all() const;
 
   private:
     std::vector<std::uint8_t> values_;

@@ -38,6 +38,14 @@ struct Names {
     [[nodiscard]] std::size_t size() const { return first.size(); }
 };
 
+/// No attributes or flags of a user's, which pandas would pass on.
+bool is_bare(PyObject* series) {
+    Ref attributes = quiet_attr(series, "attrs");
+    Ref flags = quiet_attr(series, "flags");
+    Ref duplicates = flags ? quiet_attr(flags, "allows_duplicate_labels") : Ref();
+    return attributes && PyDict_Check(attributes.get()) && PyDict_Size(attributes) == 0 && duplicates.get() == Py_True;
+}
+
 bool are_plain(const Texts& texts) {
     for (std::size_t row = 0; row < texts.size(); ++row) {
         if (texts.is_missing(row) || texts[row].find('\0') != std::string_view::npos) return false;
@@ -46,6 +54,7 @@ bool are_plain(const Texts& texts) {
 }
 
 std::optional<Names> Names::read(PyObject* firstnames, PyObject* lastnames) {
+    if (!is_bare(firstnames)) return std::nullopt;
     auto first = Texts::read(firstnames);
     if (!first || first->size() < static_cast<std::size_t>(kShortest) || first->size() > Clashes::kMostRows ||
         !are_plain(*first)) return std::nullopt;
@@ -147,12 +156,18 @@ class Usernames {
             sources_.breathe();
         }
         for (auto rows = clashes.take(); !rows.empty(); rows = clashes.take()) {
-            for (const std::uint32_t row : rows) clashes.remove(row);
+            for (const std::uint32_t row : rows) {
+                clashes.remove(row);
+                sources_.breathe();
+            }
             for (const std::uint32_t row : rows) {
                 usernames_[row] = renamed_.emplace_back(std::string(usernames_[row]) + std::to_string(draw_number()));
                 sources_.breathe();
             }
-            for (const std::uint32_t row : rows) clashes.add(row);
+            for (const std::uint32_t row : rows) {
+                clashes.add(row);
+                sources_.breathe();
+            }
         }
     }
 
@@ -181,7 +196,11 @@ struct UsernameSources {
 Ref username_column(PyObject* make_series, PyObject* like, const Names& names, UsernameSources& drawn_from) {
     Usernames usernames(names, drawn_from.separators, drawn_from.random);
     TextSeries column(like, names.size());
-    for (const std::string_view username : usernames.make()) column.add(username);
+    const auto& made = usernames.make();
+    for (std::size_t row = 0; row < made.size(); ++row) {
+        let_signals_in(row);
+        column.add(made[row]);
+    }
     return in_lower_case(column.finish_like(make_series, names.index));
 }
 

@@ -1,6 +1,5 @@
 // Category values for gender keys, and gender keys for category values, whole columns at once.
 
-#include <deque>
 #include <optional>
 #include <string_view>
 #include <unordered_map>
@@ -50,9 +49,10 @@ Ref apply_prepared(PyObject* series, PyObject* elements) {
 
 /// The values that a key may get, each as `numpy.random.choice` gives it.
 struct Collection {
-    std::string_view key;
     std::vector<Ref> values;
 };
+
+using CollectionsByKey = std::unordered_map<std::string_view, Collection>;
 
 /// numpy keeps texts in arrays of fixed width, which lose blanks of the kind that fills them up.
 bool survives_numpy(PyObject* value) {
@@ -62,7 +62,7 @@ bool survives_numpy(PyObject* value) {
 }
 
 std::optional<Collection> read_collection(std::string_view key, PyObject* collections, PyObject* make_text) {
-    Collection collection{key, {}};
+    Collection collection;
     Ref name = owned(PyUnicode_DecodeUTF8(key.data(), static_cast<Py_ssize_t>(key.size()), nullptr));
     PyObject* values = PyDict_GetItemWithError(collections, name);
     if (values == nullptr) {
@@ -88,7 +88,7 @@ bool missing_has_no_collection(PyObject* collections) {
 
 /// The collection of each row; null for none.
 std::optional<std::vector<const Collection*>> plan_rows(const Texts& keys, PyObject* collections,
-                                                        std::deque<Collection>& found) {
+                                                        CollectionsByKey& found) {
     if (keys.any_missing() && !missing_has_no_collection(collections)) return std::nullopt;
     Ref make_text = attr(global(names::np), names::str_);
     std::vector<const Collection*> rows;
@@ -97,15 +97,13 @@ std::optional<std::vector<const Collection*>> plan_rows(const Texts& keys, PyObj
         let_signals_in(row);
         const Collection* collection = nullptr;
         if (!keys.is_missing(row)) {
-            for (const Collection& known : found) {
-                if (known.key == keys[row]) collection = &known;
-            }
-            if (collection == nullptr) {
+            auto known = found.find(keys[row]);
+            if (known == found.end()) {
                 auto read = read_collection(keys[row], collections, make_text);
                 if (!read) return std::nullopt;
-                collection = &found.emplace_back(std::move(*read));
+                known = found.emplace(keys[row], std::move(*read)).first;
             }
-            if (collection->values.empty()) collection = nullptr;
+            if (!known->second.values.empty()) collection = &known->second;
         }
         rows.push_back(collection);
     }
@@ -176,7 +174,7 @@ Ref collection_values(PyObject* self, PyObject* conditions, PyObject* collection
     if (!given || given->size() < static_cast<std::size_t>(kShortest)) return {};
     Ref keys = call_method(conditions, names::astype, {person::str_type()});
     const auto key_texts = Texts::read(keys);
-    std::deque<Collection> found;
+    CollectionsByKey found;
     const auto rows = key_texts ? plan_rows(*key_texts, collections, found) : std::nullopt;
     return rows ? apply_prepared(keys, draw_values(*rows, choice)) : Ref();
 }

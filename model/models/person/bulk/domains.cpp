@@ -71,8 +71,8 @@ bool Domains::read_company_words(const KnownFaker& faker, PyObject* domain_name)
     format_texts_ = KnownFaker::table_of(company_provider, string("formats"));
     FormatReader reader(faker);
     if (!format_texts_ || !read_formats(reader, *format_texts_)) return false;
-    finisher_ = &FinishedWords::of(provider_, PyMethod_GET_FUNCTION(domain_word.get()));
-    return true;
+    finisher_ = FinishedWords::of(provider_, PyMethod_GET_FUNCTION(domain_word.get()));
+    return finisher_ != nullptr;
 }
 
 bool Domains::read_words_with_formats(const KnownFaker& faker, PyObject* domain_name) {
@@ -87,7 +87,7 @@ bool Domains::read_words_with_formats(const KnownFaker& faker, PyObject* domain_
     FormatReader reader(faker);
     if (!format_texts_ || !read_formats(reader, *format_texts_) || !read_refused_words()) return false;
     // The words are finished as they are drawn, which their own characters must allow.
-    return has_only_visible_ascii(*format_texts_) &&
+    return slugs_plainly() && has_only_visible_ascii(*format_texts_) &&
            std::all_of(tables_.begin(), tables_.end(), [](const auto& entry) { return has_only_visible_ascii(entry.second); });
 }
 

@@ -29,16 +29,41 @@ Ref run_domain_word(PyObject* domain_word, PyObject* provider, const std::string
     return call(domain_word, {stand_in});
 }
 
-/// Whether each replacement looks for a character outside ASCII.
-bool replaces_no_ascii(PyObject* replacements) {
+/// A tuple of pairs of texts.
+bool are_replacements(PyObject* replacements) {
     if (replacements == nullptr || !PyTuple_CheckExact(replacements)) return false;
     for (Py_ssize_t i = 0; i < PyTuple_GET_SIZE(replacements); ++i) {
         PyObject* pair = PyTuple_GET_ITEM(replacements, i);
         if (!PyTuple_CheckExact(pair) || PyTuple_GET_SIZE(pair) != 2) return false;
-        PyObject* search = PyTuple_GET_ITEM(pair, 0);
-        if (!PyUnicode_CheckExact(search) || PyUnicode_IS_ASCII(search)) return false;
+        if (!utf8(PyTuple_GET_ITEM(pair, 0)) || !utf8(PyTuple_GET_ITEM(pair, 1))) return false;
     }
     return true;
+}
+
+/// Whether each replacement looks for a character outside ASCII.
+bool replaces_no_ascii(PyObject* replacements) {
+    for (Py_ssize_t i = 0; i < PyTuple_GET_SIZE(replacements); ++i) {
+        if (PyUnicode_IS_ASCII(PyTuple_GET_ITEM(PyTuple_GET_ITEM(replacements, i), 0))) return false;
+    }
+    return true;
+}
+
+/// `module.name.pattern` is the text.
+bool has_pattern(PyObject* module, const char* name, std::string_view text) {
+    Ref pattern = quiet_attr(module, name);
+    Ref source = pattern ? quiet_attr(pattern, "pattern") : Ref();
+    return source && utf8(source) == text;
+}
+
+/// Faker's way from any letters to those of ASCII is its own.
+bool decodes_plainly(PyObject* provider) {
+    Ref internet = quiet_import("faker.providers.internet");
+    Ref decode = quiet_import("faker.decode");
+    Ref codes = quiet_import("faker.decode.codes");
+    if (!internet || !decode || !codes) return false;
+    return bound_to(quiet_attr(provider, "_to_ascii"), {"faker.providers.internet", "Provider._to_ascii"}) == provider &&
+           is_original(quiet_attr(internet, "unidecode"), {"faker.decode", "unidecode"}) &&
+           quiet_attr(decode, "codes").get() == quiet_attr(codes, "codes").get();
 }
 
 }  // namespace
@@ -57,37 +82,32 @@ std::string ascii_slug(const std::string& word) {
     return slug;
 }
 
-FinishedWords::FinishedWords(Parts parts) : parts_(std::move(parts)) {
-    const auto& [domain_word, to_ascii, replacements, slugify, unidecode] = parts_;
-    keeps_ascii_ = is_original(to_ascii, {"faker.providers.internet", "Provider._to_ascii"}) &&
-                   is_original(slugify, {"faker.utils.text", "slugify"}) &&
-                   is_original(unidecode, {"faker.decode", "unidecode"}) && replaces_no_ascii(replacements);
+bool slugs_plainly() {
+    Ref texts = quiet_import("faker.utils.text");
+    return texts && is_original(quiet_attr(texts, "slugify"), {"faker.utils.text", "slugify"}) &&
+           has_pattern(texts, "_re_pattern", R"([^\w\s-])") && has_pattern(texts, "_re_spaces", R"([-\s]+)");
 }
 
-FinishedWords::Parts FinishedWords::parts_of(PyObject* provider, PyObject* domain_word) {
-    Ref texts = owned(PyImport_ImportModule("faker.utils.text"));
-    Ref internet = owned(PyImport_ImportModule("faker.providers.internet"));
-    Ref to_ascii = quiet_attr(provider, "_to_ascii");
-    if (to_ascii && PyMethod_Check(to_ascii.get())) to_ascii = Ref::share(PyMethod_GET_FUNCTION(to_ascii.get()));
-    return {Ref::share(domain_word), std::move(to_ascii), quiet_attr(provider, "replacements"),
-            quiet_attr(texts, "slugify"), quiet_attr(internet, "unidecode")};
-}
+FinishedWords::FinishedWords(Ref replacements, Ref domain_word)
+    : replacements_(std::move(replacements)),
+      domain_word_(std::move(domain_word)),
+      keeps_ascii_(replaces_no_ascii(replacements_)) {}
 
-FinishedWords& FinishedWords::of(PyObject* provider, PyObject* domain_word) {
+FinishedWords* FinishedWords::of(PyObject* provider, PyObject* domain_word) {
     static auto* const all = new std::deque<FinishedWords>;
-    Parts parts = parts_of(provider, domain_word);
+    Ref replacements = plain_value(provider, string("replacements"));
+    if (!slugs_plainly() || !decodes_plainly(provider) || !are_replacements(replacements)) return nullptr;
     for (FinishedWords& words : *all) {
-        const auto same = [](const Ref& left, const Ref& right) { return left.get() == right.get(); };
-        if (std::equal(parts.begin(), parts.end(), words.parts_.begin(), same)) return words;
+        if (words.replacements_.get() == replacements.get()) return &words;
     }
-    all->push_back(FinishedWords(std::move(parts)));
-    return all->back();
+    all->push_back(FinishedWords(std::move(replacements), Ref::share(domain_word)));
+    return &all->back();
 }
 
 std::string FinishedWords::finish(PyObject* provider, const std::string& word) {
     if (keeps_ascii_ && is_visible_ascii(word)) return ascii_slug(word);
     if (const auto known = finished_.find(word); known != finished_.end()) return known->second;
-    Ref finished = run_domain_word(parts_[0], provider, word);
+    Ref finished = run_domain_word(domain_word_, provider, word);
     const char* text = PyUnicode_AsUTF8(finished);
     if (text == nullptr) throw PythonError{};
     return finished_.emplace(word, text).first->second;

@@ -55,8 +55,9 @@ std::optional<std::string> possible_characters() {
     Ref digits = quiet_attr(global(names::string), names::digits);
     std::string characters;
     for (PyObject* part : {letters.get(), digits.get()}) {
-        if (part == nullptr || !PyUnicode_CheckExact(part) || !PyUnicode_IS_ASCII(part)) return std::nullopt;
-        characters += PyUnicode_AsUTF8(part);
+        const auto text = part == nullptr ? std::nullopt : utf8(part);
+        if (!text || !PyUnicode_IS_ASCII(part)) return std::nullopt;
+        characters += *text;
     }
     if (characters.empty()) return std::nullopt;
     return characters;
@@ -108,7 +109,10 @@ Ref phone_numbers(PyObject* make_series, PyObject* isna, PyObject* number_format
     if (!missing || missing->size() < static_cast<std::size_t>(kShortest) || !format || !random) return {};
 
     Ref no_number = attr(global(names::pd), names::NA);
-    Ref like = call(make_series, {missing->any() ? list({names::x, no_number}) : list({names::x})});
+    Ref kinds = list();
+    if (!missing->all()) append(kinds, names::x);
+    if (missing->any()) append(kinds, no_number);
+    Ref like = call(make_series, {kinds});
     TextSeries column(like, missing->size());
     Sources sources;
     Mersenne& source = sources.add(random);

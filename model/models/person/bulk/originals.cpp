@@ -35,6 +35,20 @@ Ref quiet_attr(PyObject* object, PyObject* name) { return quietly(PyObject_GetAt
 
 Ref quiet_attr(PyObject* object, const char* name) { return quietly(PyObject_GetAttrString(object, name)); }
 
+Ref plain_value(PyObject* object, PyObject* name) {
+    Ref value = quiet_attr(object, name);
+    if (!value) return {};
+    Ref own = quiet_attr(object, "__dict__");
+    PyObject* lineage = Py_TYPE(object)->tp_mro;
+    for (Py_ssize_t i = -1; i < PyTuple_GET_SIZE(lineage); ++i) {
+        Ref names = i < 0 ? std::move(own) : owned(PyType_GetDict(reinterpret_cast<PyTypeObject*>(PyTuple_GET_ITEM(lineage, i))));
+        PyObject* found = names && PyDict_CheckExact(names.get()) ? PyDict_GetItemWithError(names, name) : nullptr;
+        if (PyErr_Occurred() != nullptr) throw PythonError{};
+        if (found != nullptr) return found == value.get() && Py_TYPE(found)->tp_descr_get == nullptr ? std::move(value) : Ref();
+    }
+    return {};
+}
+
 Ref quiet_import(const char* name) { return quietly(PyImport_ImportModule(name)); }
 
 bool is_original(PyObject* function, const Original& original) {
@@ -48,17 +62,18 @@ PyObject* bound_to(PyObject* method, const Original& original) {
     return is_original(PyMethod_GET_FUNCTION(method), original) ? PyMethod_GET_SELF(method) : nullptr;
 }
 
-bool is_ours(PyObject* function, const Entry& entry, PyObject* self) {
-    if (function != nullptr && PyMethod_Check(function)) {
-        return PyMethod_GET_SELF(function) == self && is_ours(PyMethod_GET_FUNCTION(function), entry);
-    }
+bool is_ours(PyObject* function, const Entry& entry) {
     return function != nullptr && PyFunction_Check(function) && PyVectorcall_Function(function) == entry.vectorcall;
 }
 
 bool reads_plainly(PyObject* object) { return Py_TYPE(object)->tp_getattro == PyObject_GenericGetAttr; }
 
 bool has_our_method(PyObject* object, PyObject* name, const Entry& entry) {
-    return reads_plainly(object) && is_ours(quiet_attr(object, name), entry, object);
+    if (!reads_plainly(object)) return false;
+    Ref method = quiet_attr(object, name);
+    if (entry.function.kind == Kind::static_method) return is_ours(method, entry);
+    return method && PyMethod_Check(method.get()) && PyMethod_GET_SELF(method.get()) == object &&
+           is_ours(PyMethod_GET_FUNCTION(method.get()), entry);
 }
 
 bool has_our_property(PyObject* object, PyObject* name, const Entry& entry) {

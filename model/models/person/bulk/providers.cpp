@@ -23,10 +23,10 @@ Providers::Provider* Providers::find(std::string_view country) {
 Providers::Provider* Providers::look_up(std::string_view country) {
     Found& found = found_.emplace_back(Found{country, std::nullopt});
     last_ = &found;
-    if (map_ == nullptr) return nullptr;
+    if (!map_) return nullptr;
     Ref key = owned(PyUnicode_DecodeUTF8(country.data(), static_cast<Py_ssize_t>(country.size()), nullptr));
-    PyObject* faker = PyDict_GetItemWithError(map_, key);
-    if (faker == nullptr) {
+    Ref faker = Ref::share(PyDict_GetItemWithError(map_, key));
+    if (!faker) {
         if (PyErr_Occurred() != nullptr) throw PythonError{};
         return nullptr;
     }

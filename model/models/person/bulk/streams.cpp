@@ -3,8 +3,11 @@
 #include <bit>
 #include <cstring>
 #include <initializer_list>
+#include <utility>
+#include <vector>
 
 #include "bulk/originals.hpp"
+#include "bulk/signals.hpp"
 #include "python/call.hpp"
 #include "python/error.hpp"
 
@@ -68,13 +71,13 @@ void read_state(PyObject* source, Mersenne& engine) {
     }
 }
 
-void write_state(PyObject* source, const Mersenne& engine) {
+Ref state_of(const Mersenne& engine) {
     Ref state = owned(PyTuple_New(Mersenne::kWords + 1));
     for (std::size_t i = 0; i <= Mersenne::kWords; ++i) {
         const std::size_t word = i < Mersenne::kWords ? engine.words[i] : engine.next_word;
         PyTuple_SET_ITEM(state.get(), static_cast<Py_ssize_t>(i), owned(PyLong_FromSize_t(word)).release());
     }
-    call(word_method(source, "setstate"), {source, state});
+    return state;
 }
 
 }  // namespace
@@ -112,14 +115,17 @@ void Sources::take_over() {
 }
 
 void Sources::hand_back() {
+    // All that needs memory comes first: either every source is handed back, or none is and it can be tried again.
+    std::vector<std::pair<Ref, Ref>> writes;
+    for (const Source& source : sources_) writes.emplace_back(word_method(source.object, "setstate"), state_of(source.engine));
+    for (std::size_t i = 0; i < writes.size(); ++i) call(writes[i].first, {sources_[i].object, writes[i].second});
     taken_over_ = false;
-    for (const Source& source : sources_) write_state(source.object, source.engine);
 }
 
 void Sources::take_breath() {
     work_since_breath_ = 0;
     hand_back();
-    require(PyErr_CheckSignals());
+    let_others_in();
     take_over();
 }
 

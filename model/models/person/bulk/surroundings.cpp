@@ -16,6 +16,34 @@ namespace {
 /// A copy of the module's dict, kept for the life of the process.
 PyObject* remembered = nullptr;
 
+Ref quiet_or_none(PyObject* object, const char* name) {
+    Ref value = quiet_attr(object, name);
+    return value ? std::move(value) : none();
+}
+
+/// What pandas was made of, by the names below; kept likewise.
+PyObject* remembered_pandas = nullptr;
+
+/// The classes that columns are made with, and the methods that elements pass through.
+Ref look_at_pandas() {
+    Ref seen = list();
+    Ref pandas = global(names::pd);
+    for (const char* name : {"Series", "DataFrame", "RangeIndex"}) append(seen, quiet_or_none(pandas, name));
+    Ref series = quiet_or_none(pandas, "Series");
+    for (const char* name : {"apply", "astype", "map", "isna", "notna", "str", "to_numpy"}) {
+        append(seen, quiet_or_none(series, name));
+    }
+    return seen;
+}
+
+bool pandas_is_untouched() {
+    Ref seen = look_at_pandas();
+    for (Py_ssize_t i = 0; i < PyList_GET_SIZE(seen.get()); ++i) {
+        if (PyList_GET_ITEM(seen.get(), i) != PyList_GET_ITEM(remembered_pandas, i)) return false;
+    }
+    return true;
+}
+
 bool has_key(PyObject* type, PyObject* name, PyObject* key) {
     Ref value = quiet_attr(type, name);
     return value && PyUnicode_CheckExact(value.get()) && PyUnicode_Compare(value, key) == 0;
@@ -23,7 +51,10 @@ bool has_key(PyObject* type, PyObject* name, PyObject* key) {
 
 }  // namespace
 
-void remember_namespace() { Py_XSETREF(remembered, owned(PyDict_Copy(module().globals)).release()); }
+void remember_namespace() {
+    Py_XSETREF(remembered, owned(PyDict_Copy(module().globals)).release());
+    Py_XSETREF(remembered_pandas, look_at_pandas().release());
+}
 
 bool namespace_is_untouched() {
     PyObject* name = nullptr;
@@ -36,17 +67,17 @@ bool namespace_is_untouched() {
     Ref gender_model = global(names::GenderModel);
     return has_key(gender_model, names::key_female, names::female) && has_key(gender_model, names::key_male, names::male) &&
            has_key(gender_model, names::key_non_binary, names::non_binary) &&
-           has_key(gender_model, names::key_ambiguous, names::ambiguous);
+           has_key(gender_model, names::key_ambiguous, names::ambiguous) && pandas_is_untouched();
 }
 
-PyObject* plain_provider_map(PyObject* self) {
+Ref plain_provider_map(PyObject* self) {
     if (!has_our_property(self, names::country_to_provider_map, entry<person::person_model::country_to_provider_map>)) {
-        return nullptr;
+        return {};
     }
     Ref type_attribute = quiet_attr(reinterpret_cast<PyObject*>(Py_TYPE(self)), names::_country_to_provider_map);
-    if (type_attribute) return nullptr;
+    if (type_attribute) return {};
     Ref map = quiet_attr(self, names::_country_to_provider_map);
-    return map && PyDict_CheckExact(map.get()) && PyDict_Size(map) > 0 ? map.get() : nullptr;
+    return map && PyDict_CheckExact(map.get()) && PyDict_Size(map) > 0 ? std::move(map) : Ref();
 }
 
 bool has_pandas_function(const char* name, const char* defining_module) {

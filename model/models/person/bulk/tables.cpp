@@ -114,7 +114,7 @@ std::optional<KnownFaker> KnownFaker::recognise(PyObject* faker) {
 Ref KnownFaker::provider_of(PyObject* method) const {
     if (method == nullptr || !PyMethod_Check(method)) return {};
     PyObject* provider = PyMethod_GET_SELF(method);
-    if (!reads_plainly(provider) || quiet_attr(provider, "generator").get() != generator_.get()) return {};
+    if (!reads_plainly(provider) || plain_value(provider, string("generator")).get() != generator_.get()) return {};
     const auto is_base = [provider](const char* name, const char* qualname) {
         return bound_to(quiet_attr(provider, name), {"faker.providers", qualname}) == provider;
     };
@@ -180,8 +180,8 @@ std::optional<Table> KnownFaker::gendered_table(PyObject* bound, PyObject* provi
 }
 
 std::optional<Table> KnownFaker::table_of(PyObject* provider, PyObject* attribute) {
-    Ref elements = quiet_attr(provider, attribute);
-    Ref weighting = quiet_attr(provider, "__use_weighting__");
+    Ref elements = plain_value(provider, attribute);
+    Ref weighting = plain_value(provider, string("__use_weighting__"));
     if (!elements || !weighting || !PyBool_Check(weighting.get())) return std::nullopt;
     return Table::read(elements, weighting.get() == Py_True);
 }

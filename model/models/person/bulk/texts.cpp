@@ -177,6 +177,10 @@ bool Flags::any() const {
     return std::any_of(values_.begin(), values_.end(), [](std::uint8_t value) { return value != 0; });
 }
 
+bool Flags::all() const {
+    return std::all_of(values_.begin(), values_.end(), [](std::uint8_t value) { return value != 0; });
+}
+
 // --- writing ----------------------------------------------------------------------------------------------------------------
 
 TextSeries::TextSeries(PyObject* like, std::size_t rows)
