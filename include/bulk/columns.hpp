@@ -5,12 +5,14 @@
 
 #include <Python.h>
 
+#include <cstddef>
+
 #include "python/ref.hpp"
 
 namespace bulk {
 
-/// Columns shorter than this are not worth the look at what is in place.
-inline constexpr Py_ssize_t kShortest = 16;
+/// Shorter columns are not worth the look at what is in place.
+constexpr bool is_worth_it(std::size_t rows) { return rows >= 16; }
 
 /// `pd.Series` of a first name for each gender and country.
 python::Ref first_names(PyObject* self, PyObject* make_series, PyObject* genders, PyObject* countries);
@@ -37,14 +39,14 @@ python::Ref settled_titles(PyObject* texts);
 python::Ref keys_of_values(PyObject* values, PyObject* collections);
 
 /// `pd.DataFrame([[]] * rows)`
-python::Ref empty_frame(PyObject* make_frame, Py_ssize_t rows);
+python::Ref empty_frame(PyObject* make_frame, std::size_t rows);
 
-/// Whether blanking the columns in the flagged rows would change nothing: no row is flagged, and the columns are those of
-/// the frame, each once and holding texts.
+/// Whether blanking the columns in the flagged rows would change nothing: no row is flagged, and the columns are those
+/// of the frame, each once and holding texts.
 bool nothing_to_blank(PyObject* df, PyObject* flags, PyObject* columns);
 
 /// `pd.Series(..., dtype="string")` of a password for each row.
-python::Ref passwords(PyObject* self, PyObject* make_series, Py_ssize_t rows);
+python::Ref passwords(PyObject* self, PyObject* make_series, std::size_t rows);
 
 /// `pd.Series(...)` of a filled template for each row that is not missing.
 python::Ref phone_numbers(PyObject* make_series, PyObject* isna, PyObject* number_format);

@@ -1,7 +1,7 @@
 #pragma once
 
-// Domain names as Faker makes them: a word, a dot, and a top-level domain. In most locales the word is the first one of a
-// company's name, made fit for an address; every part of that name is drawn, though only its first word shows. In one
+// Domain names as Faker makes them: a word, a dot, and a top-level domain. In most locales the word is the first one of
+// a company's name, made fit for an address; every part of that name is drawn, though only its first word shows. In one
 // the word has formats of its own.
 
 #include <Python.h>
@@ -52,13 +52,13 @@ class Domains {
     std::string draw_whole_word(Mersenne& source);
     std::size_t word_number(std::string word);
 
-    python::Ref provider_;   ///< of the internet's names
+    python::Ref provider_;  ///< of the internet's names
     std::optional<Table> top_levels_;
     std::optional<Table> format_texts_;
     std::vector<Format> formats_;
-    std::deque<std::pair<std::string, Table>> tables_;   ///< what the formats draw from
-    FinishedWords* finisher_ = nullptr;                  ///< null where words are drawn finished
-    std::unordered_set<std::string> refused_;            ///< finished words that are drawn again
+    std::deque<std::pair<std::string, Table>> tables_;  ///< what the formats draw from
+    FinishedWords* finisher_ = nullptr;                 ///< null where words are drawn finished
+    std::unordered_set<std::string> refused_;           ///< finished words that are drawn again
     std::unordered_map<std::string, std::size_t> numbers_;
     std::vector<const std::string*> words_;
     std::vector<std::string> finished_;

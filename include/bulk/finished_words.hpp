@@ -13,8 +13,8 @@ namespace bulk {
 /// it takes longer than all the rest of a row. Words of visible ASCII characters need no more than the slug's rules.
 class FinishedWords {
   public:
-    /// Those of this provider of the internet's names, whose method `domain_word` is Faker's base one: shared by all with
-    /// the same replacements. Null where a word goes through anything that is not Faker's own.
+    /// Those of this provider of the internet's names, whose method `domain_word` is Faker's base one: shared by all
+    /// with the same replacements. Null where a word goes through anything that is not Faker's own.
     static FinishedWords* of(PyObject* provider, PyObject* domain_word);
 
     /// The finished word; runs Faker's code where the word is new and not plain.
@@ -23,9 +23,9 @@ class FinishedWords {
   private:
     FinishedWords(python::Ref replacements, python::Ref domain_word);
 
-    python::Ref replacements_;   ///< kept, so that no other table can take its place
+    python::Ref replacements_;  ///< kept, so that no other table can take its place
     python::Ref domain_word_;
-    bool keeps_ascii_;           ///< no replacement concerns a word of visible ASCII characters
+    bool keeps_ascii_;  ///< no replacement concerns a word of visible ASCII characters
     std::unordered_map<std::string, std::string> finished_;
 };
 

@@ -14,7 +14,7 @@ class Mersenne {
     static constexpr std::size_t kWords = 624;
 
     std::array<std::uint32_t, kWords> words{};
-    std::size_t next_word = kWords;   ///< words that are used up; at kWords a new block is due
+    std::size_t next_word = kWords;  ///< words that are used up; at kWords a new block is due
 
     /// `getrandbits(32)`
     std::uint32_t next() {
@@ -49,7 +49,8 @@ class Mersenne {
             return bits >> 1 ^ ((bits & 1U) != 0 ? 0x9908b0dfU : 0U);
         };
         for (std::size_t i = 0; i < kWords - kAhead; ++i) words[i] = words[i + kAhead] ^ mixed(i, i + 1);
-        for (std::size_t i = kWords - kAhead; i < kWords - 1; ++i) words[i] = words[i + kAhead - kWords] ^ mixed(i, i + 1);
+        for (std::size_t i = kWords - kAhead; i < kWords - 1; ++i)
+            words[i] = words[i + kAhead - kWords] ^ mixed(i, i + 1);
         words[kWords - 1] = words[kAhead - 1] ^ mixed(kWords - 1, 0);
         next_word = 0;
     }

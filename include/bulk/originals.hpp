@@ -1,7 +1,7 @@
 #pragma once
 
 // Whole columns may be made at once only while everything that the single calls would have gone through is what it
-// was. A function is recognised by its very code, however many wrappers bear its name; nothing is remembered, so nothing
+// was. A function is recognised by its very code, however many wrappers bear its name; no answer is remembered, so none
 // can be out of date.
 
 #include <Python.h>
@@ -10,6 +10,9 @@
 #include "python/ref.hpp"
 
 namespace bulk {
+
+/// Whether the object is a str of just this ASCII text.
+bool text_equals(PyObject* text, const char* ascii);
 
 /// A function as its module defines it.
 struct Original {
@@ -20,7 +23,11 @@ struct Original {
 /// Whether the object is that very Python function.
 bool is_original(PyObject* function, const Original& original);
 
-/// The method's object, where the attribute is that very function bound to an object; else null. Borrowed from `method`.
+/// Whether `object.name` is that method of a base class, not covered by another.
+bool has_base_method(PyObject* object, const char* name, const Original& original);
+
+/// The method's object, where the attribute is that very function bound to an object; else null. Borrowed from
+/// `method`.
 PyObject* bound_to(PyObject* method, const Original& original);
 
 /// Whether the object is the function of this row.
@@ -35,7 +42,8 @@ bool has_our_method(PyObject* object, PyObject* name, const python::Entry& entry
 /// Whether the property of that name on the object's class is the one whose getter is this row.
 bool has_our_property(PyObject* object, PyObject* name, const python::Entry& entry);
 
-/// `object.name`, or empty (and no error) where it cannot be read. An interrupt or want of memory is no reason for that.
+/// `object.name`, or empty (and no error) where it cannot be read. An interrupt or want of memory is no reason for
+/// that.
 python::Ref quiet_attr(PyObject* object, const char* name);
 python::Ref quiet_attr(PyObject* object, PyObject* name);
 

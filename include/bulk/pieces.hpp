@@ -20,15 +20,15 @@ namespace bulk {
 struct Piece {
     enum class Kind {
         literal,
-        element,    ///< of a table
-        acronym,    ///< two to four letters, in upper case
+        element,  ///< of a table
+        acronym,  ///< two to four letters, in upper case
         digit,
         letter,
     };
 
     Kind kind;
-    std::string text;               ///< of a literal
-    const Table* table = nullptr;   ///< of an element
+    std::string text;              ///< of a literal
+    const Table* table = nullptr;  ///< of an element
 
     /// What the piece comes to this time; the view holds until the next draw into the same buffer.
     std::string_view draw(Mersenne& source, std::string& buffer) const;
@@ -55,10 +55,11 @@ class FormatReader {
     [[nodiscard]] bool is_acronym(const std::string& name) const;
 
     const KnownFaker& faker_;
-    std::deque<std::pair<std::string, Table>> tables_;   ///< by token
+    std::deque<std::pair<std::string, Table>> tables_;  ///< by token
 };
 
-/// `generator.format` and `generator.parse` are the class's own, so that a token is a call of the generator's attribute.
+/// `generator.format` and `generator.parse` are the class's own, so that a token is a call of the generator's
+/// attribute.
 bool formats_plainly(PyObject* generator);
 
 }  // namespace bulk

@@ -56,7 +56,7 @@ class Providers {
 
     Provider* look_up(std::string_view country);
 
-    python::Ref map_;   ///< empty where it is not plain
+    python::Ref map_;  ///< empty where it is not plain
     Sources& sources_;
     std::deque<Found> found_;
     Found* last_ = nullptr;

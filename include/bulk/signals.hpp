@@ -16,7 +16,7 @@ inline void let_others_in() {
 
 /// The same every so many rows.
 inline void let_signals_in(std::size_t row) {
-    constexpr std::size_t kRowsBetween = 1U << 16U;   // some milliseconds
+    constexpr std::size_t kRowsBetween = 1U << 16U;  // some milliseconds
     if (row % kRowsBetween == kRowsBetween - 1) let_others_in();
 }
 

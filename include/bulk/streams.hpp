@@ -35,8 +35,8 @@ class Sources {
     void take_over();
     void hand_back();
 
-    /// Lets pending signals be handled now and then, with the sources handed back meanwhile. Call it once a row; a row's
-    /// work is counted in draws.
+    /// Lets pending signals be handled now and then, with the sources handed back meanwhile. Call it once a row; a
+    /// row's work is counted in draws.
     void breathe(std::size_t draws = 1) {
         work_since_breath_ += kRowWork + draws;
         if (work_since_breath_ >= kWorkBetweenBreaths) take_breath();

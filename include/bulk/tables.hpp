@@ -35,7 +35,7 @@ class Table {
 
     python::Ref choices_;
     std::vector<std::string_view> texts_;
-    std::vector<double> cumulative_weights_;   ///< empty where every element has the same chance
+    std::vector<double> cumulative_weights_;  ///< empty where every element has the same chance
 };
 
 /// A Faker instance of one locale whose ways of drawing are all known.
@@ -51,7 +51,8 @@ class KnownFaker {
     [[nodiscard]] std::optional<Table> table(const char* method) const;
     [[nodiscard]] std::optional<Table> table_behind(PyObject* method) const;
 
-    /// The provider behind the method, where it draws from this instance's source in the base provider's way; else empty.
+    /// The provider behind the method, where it draws from this instance's source in the base provider's way; else
+    /// empty.
     [[nodiscard]] python::Ref provider_of(PyObject* method) const;
 
     /// The table in the provider's attribute.

@@ -1,6 +1,7 @@
 #pragma once
 
-// Columns of texts: read out of pandas, and put into pandas in the very form that pandas itself chose for a few of them.
+// Columns of texts: read out of pandas, and put into pandas in the very form that pandas itself chose for a few of
+// them.
 
 #include <Python.h>
 

@@ -8,8 +8,8 @@
 #define PERSON_EMAIL_LABEL R"re([A-Za-z0-9](?:[A-Za-z0-9-]*[A-Za-z0-9])?)re"
 #define PERSON_EMAIL_OCTET R"re((2(5[0-5]|[0-4][0-9])|1[0-9][0-9]|[1-9]?[0-9]))re"
 #define PERSON_EMAIL_DOMAIN "(?:" PERSON_EMAIL_LABEL R"re(\.)+)re" PERSON_EMAIL_LABEL
-#define PERSON_EMAIL_LITERAL                                                                   \
-    R"re(\[(?:(?:)re" PERSON_EMAIL_OCTET R"re()\.){3}(?:)re" PERSON_EMAIL_OCTET                  \
+#define PERSON_EMAIL_LITERAL                                                    \
+    R"re(\[(?:(?:)re" PERSON_EMAIL_OCTET R"re()\.){3}(?:)re" PERSON_EMAIL_OCTET \
     R"re(|[A-Za-z\d-]*[A-Za-z\d]:(?:[^\0\s\[\\\]]|\\[^\0\n\r])+)\])re"
 
 #define PERSON_EMAIL_PATTERN PERSON_EMAIL_LOCAL_PART "@(?:" PERSON_EMAIL_DOMAIN "|" PERSON_EMAIL_LITERAL ")"

@@ -23,7 +23,7 @@ PERSON_INTEGERS(PERSON_DECLARE)
 }  // namespace integers
 
 struct State {
-    PyObject* module = nullptr;   ///< the executed module; owned, so that it is there when it is imported again
+    PyObject* module = nullptr;  ///< the executed module; owned, so that it is there when it is imported again
 };
 
 State& state();

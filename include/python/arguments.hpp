@@ -14,7 +14,7 @@ namespace python {
 struct CallSite {
     PyObject* const* arguments;
     Py_ssize_t positional_count;
-    PyObject* keyword_names;   ///< a tuple, or null
+    PyObject* keyword_names;  ///< a tuple, or null
 };
 
 /// Binds a call to the function's parameters, one borrowed value each, taking what is missing from `defaults` (a tuple

@@ -49,9 +49,7 @@ inline void set_item(PyObject* object, PyObject* key, PyObject* value) {
 
 inline bool truth(PyObject* object) { return require(PyObject_IsTrue(object)) != 0; }
 
-inline bool equal(PyObject* left, PyObject* right) {
-    return truth(owned(PyObject_RichCompare(left, right, Py_EQ)));
-}
+inline bool equal(PyObject* left, PyObject* right) { return truth(owned(PyObject_RichCompare(left, right, Py_EQ))); }
 
 inline bool contains(PyObject* container, PyObject* value) {
     return require(PySequence_Contains(container, value)) != 0;

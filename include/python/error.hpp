@@ -45,9 +45,7 @@ class RaisedException {
   public:
     RaisedException() : exception_(Ref::steal(PyErr_GetRaisedException())) {}
 
-    [[nodiscard]] bool matches(PyObject* type) const {
-        return PyErr_GivenExceptionMatches(exception_, type) != 0;
-    }
+    [[nodiscard]] bool matches(PyObject* type) const { return PyErr_GivenExceptionMatches(exception_, type) != 0; }
     /// The same as an except clause does it: raises TypeError for what is no exception class.
     [[nodiscard]] bool is_caught_by(PyObject* type) const;
     [[nodiscard]] PyObject* get() const { return exception_; }

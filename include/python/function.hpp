@@ -49,26 +49,26 @@ class Arguments {
 struct Parameter {
     const Name& name;
     const char* annotation = nullptr;
-    PyTypeObject* exact = nullptr;     ///< the one type that is taken; null takes anything
-    bool optional = false;             ///< takes None beside that type
-    Ref (*default_)() = nullptr;       ///< makes the default, once, when the function is made
+    PyTypeObject* exact = nullptr;  ///< the one type that is taken; null takes anything
+    bool optional = false;          ///< takes None beside that type
+    Ref (*default_)() = nullptr;    ///< makes the default, once, when the function is made
 };
 
 enum class Kind { function, property, setter, static_method, class_method };
 
 struct Result {
-    PyTypeObject* exact = nullptr;     ///< the one type that may be returned beside None; null lets anything pass
-    const char* name = nullptr;        ///< what the message calls it
+    PyTypeObject* exact = nullptr;  ///< the one type that may be returned beside None; null lets anything pass
+    const char* name = nullptr;     ///< what the message calls it
 };
 
 struct Function {
-    const char* qualname;              ///< its last part is the name
+    const char* qualname;  ///< its last part is the name
     int line;
     Kind kind = Kind::function;
     std::span<const Parameter> parameters = {};
-    const char* returns = nullptr;     ///< annotation
+    const char* returns = nullptr;  ///< annotation
     const char* doc = nullptr;
-    const char* free_variable = nullptr;   ///< name of its one closure cell
+    const char* free_variable = nullptr;  ///< name of its one closure cell
     Result result = {};
     Ref (*body)(Arguments arguments);
 

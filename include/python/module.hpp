@@ -8,10 +8,10 @@ namespace python {
 
 /// What the layer has to know of the one module that it serves in this process.
 struct Module {
-    const char* name;       ///< the dotted name
-    const char* file;       ///< the source path that tracebacks show
-    PyObject* globals;      ///< the module's dict; owned
-    PyObject* builtins;     ///< the dict behind `__builtins__`; owned
+    const char* name;    ///< the dotted name
+    const char* file;    ///< the source path that tracebacks show
+    PyObject* globals;   ///< the module's dict; owned
+    PyObject* builtins;  ///< the dict behind `__builtins__`; owned
 };
 
 /// The served module; its last two fields are set while the module is executed.

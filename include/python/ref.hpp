@@ -4,7 +4,8 @@
 //
 //   1. A Ref owns exactly one reference, or is empty. It can be moved, not copied; share() makes a second owner.
 //   2. A function that gives an object away returns a Ref. A parameter that only looks is a plain PyObject*.
-//   3. A plain PyObject* never outlives the Ref (or the container) it was taken from; so none is ever initialised from a
+//   3. A plain PyObject* never outlives the Ref (or the container) it was taken from; so none is ever initialised from
+//   a
 //      temporary Ref.
 //   4. Only steal() and release() cross the border to the C interface's own conventions.
 

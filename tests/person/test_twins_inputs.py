@@ -410,7 +410,7 @@ def test_collections_of_every_size(size: int) -> None:
 )
 def test_patterns(patterns: Any) -> None:
     model = usual_model()
-    column = in_turn(["Mr", "Mrs", "x", "", None], 15)
+    column = in_turn(["Mr", "Mrs", "x", "", None], 24)
     same_both_ways(lambda: model.map_to_gender_keys(column, patterns), model)
 
 

@@ -35,7 +35,7 @@ def test_enough_locales_are_known() -> None:
 @pytest.mark.parametrize("locale", EVERY_LOCALE)
 def test_a_locale_alone(locale: str) -> None:
     model = model_with({locale: faker_of(locale)})
-    frame = made_both_ways(making("conditional", model, 15), model)
+    frame = made_both_ways(making("conditional", model, 24), model)
     assert frame["email"].notna().sum() > 0
 
 

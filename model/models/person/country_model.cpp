@@ -46,7 +46,8 @@ constexpr Function init{
     .line = 742,
     .parameters = kInit,
     .free_variable = kClassCell,
-    .body = init_body};
+    .body = init_body,
+};
 constexpr Function categories{
     .qualname = "CountryModel.categories",
     .line = 745,
@@ -58,7 +59,8 @@ constexpr Function categories{
         Raises:
             ModelNotFittedError: if the model has not been fitted.
 )",
-    .body = categories_body};
+    .body = categories_body,
+};
 constexpr Function fit{
     .qualname = "CountryModel.fit",
     .line = 752,
@@ -76,7 +78,8 @@ constexpr Function fit{
             KeyError: if the column is missing; nothing is changed then.
 )",
     .free_variable = kClassCell,
-    .body = fit_body};
+    .body = fit_body,
+};
 
 constexpr Entry kMembers[] = {entry<init>, entry<categories>, entry<fit>};
 
@@ -87,6 +90,7 @@ const Class kCountryModel{
     .line = 739,
     .doc = "A model for countries.",
     .attributes = {},
-    .members = kMembers};
+    .members = kMembers,
+};
 
 }  // namespace person

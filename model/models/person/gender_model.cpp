@@ -33,7 +33,8 @@ Ref collections_body(Arguments arguments) {
                         {attr(self, names::key_male), attr(self, names::regex_male)},
                         {attr(self, names::key_non_binary), attr(self, names::regex_non_binary)}});
     Ref sort = global(names::collections_from_mapping);
-    Ref collections = call(sort, {attr(self, names::meta, names::categories), mapping, attr(self, names::key_ambiguous)});
+    Ref collections =
+        call(sort, {attr(self, names::meta, names::categories), mapping, attr(self, names::key_ambiguous)});
 
     Ref filled = dict();
     for (Ref entry : iterate(call_method(collections, names::items))) {
@@ -93,7 +94,8 @@ Ref from_dict_body(Arguments arguments) {
         cast_to_dict_of([] { return Ref::share(builtins::object); }, [d = d] { return item(d, names::meta); });
     Ref meta = call_method(global(names::String), names::from_dict, {meta_dict});
     Ref model = call(cls, {}, {{names::meta, meta}});
-    Ref probabilities = cast_to_dict_of([] { return Ref::share(float_type()); }, [&] { return stored(names::probabilities); });
+    Ref probabilities =
+        cast_to_dict_of([] { return Ref::share(float_type()); }, [&] { return stored(names::probabilities); });
     set_attr(model, names::_probabilities, probabilities);
     for (const Name& pattern : {names::regex_female, names::regex_male, names::regex_non_binary}) {
         set_attr(model, pattern, cast(str_type(), [&] { return stored(pattern); }));
@@ -124,7 +126,8 @@ constexpr Function init{
     .line = 57,
     .parameters = kInit,
     .free_variable = kClassCell,
-    .body = init_body};
+    .body = init_body,
+};
 constexpr Function collections{
     .qualname = "GenderModel.collections",
     .line = 69,
@@ -132,7 +135,8 @@ constexpr Function collections{
     .parameters = kSelf,
     .returns = "Dict[str, List[str]]",
     .doc = "The categories of the meta by gender key, without the keys that no category has.",
-    .body = collections_body};
+    .body = collections_body,
+};
 constexpr Function categories{
     .qualname = "GenderModel.categories",
     .line = 79,
@@ -140,7 +144,8 @@ constexpr Function categories{
     .parameters = kSelf,
     .returns = "Sequence[str]",
     .doc = "The gender keys that at least one category of the meta has.",
-    .body = categories_body};
+    .body = categories_body,
+};
 constexpr Function fit{
     .qualname = "GenderModel.fit",
     .line = 83,
@@ -154,7 +159,8 @@ constexpr Function fit{
             What the base class's fit returns.
 )",
     .free_variable = kClassCell,
-    .body = fit_body};
+    .body = fit_body,
+};
 constexpr Function from_dict{
     .qualname = "GenderModel.from_dict",
     .line = 95,
@@ -169,7 +175,8 @@ constexpr Function from_dict{
         Raises:
             KeyError: if "meta" is missing.
 )",
-    .body = from_dict_body};
+    .body = from_dict_body,
+};
 
 constexpr ClassAttribute kAttributes[] = {
     {names::key_female, names::female},
@@ -206,6 +213,7 @@ const Class kGenderModel{
         A: Dr, Prof
     )",
     .attributes = kAttributes,
-    .members = kMembers};
+    .members = kMembers,
+};
 
 }  // namespace person

@@ -1,5 +1,7 @@
 // The module itself: its definition, the guards of its creation and execution, and the statements of its body.
 
+#include "python/module.hpp"
+
 #include <Python.h>
 
 #include <array>
@@ -13,7 +15,6 @@
 #include "person/typed.hpp"
 #include "person/units.hpp"
 #include "python/call.hpp"
-#include "python/module.hpp"
 #include "python/traceback.hpp"
 
 namespace python {
@@ -36,7 +37,8 @@ namespace {
 
 using namespace python;
 
-// --- the statements of the body ---------------------------------------------------------------------------------------
+// --- the statements of the body
+// ---------------------------------------------------------------------------------------
 
 /// `import module as alias`, or `from module import names` with as many leading dots as the level says.
 struct Import {
@@ -133,31 +135,37 @@ constexpr Function all_supported_country_names{
     .qualname = "all_supported_country_names",
     .line = 760,
     .returns = "Dict[str, List[str]]",
-    .doc = "Get all supported country names that can be used in the person model.\n\n"
-           "    Returns:\n"
-           "        A dictionary mapping country names to the locales that they are associated with.\n    ",
+    .doc =
+        "Get all supported country names that can be used in the person model.\n\n"
+        "    Returns:\n"
+        "        A dictionary mapping country names to the locales that they are associated with.\n    ",
     .result = {&PyDict_Type, "dict"},
-    .body = country_names_body};
+    .body = country_names_body,
+};
 
 constexpr Function all_supported_country_codes{
     .qualname = "all_supported_country_codes",
     .line = 769,
     .returns = "Dict[str, List[str]]",
-    .doc = "Get all supported country codes that can be used in the person model.\n\n"
-           "    Returns:\n"
-           "        A dictionary mapping country codes to the locales that they are associated with.\n    ",
+    .doc =
+        "Get all supported country codes that can be used in the person model.\n\n"
+        "    Returns:\n"
+        "        A dictionary mapping country codes to the locales that they are associated with.\n    ",
     .result = {&PyDict_Type, "dict"},
-    .body = country_codes_body};
+    .body = country_codes_body,
+};
 
 constexpr Function all_supported_locales{
     .qualname = "all_supported_locales",
     .line = 778,
     .returns = "List[str]",
-    .doc = "Get all supported locales that can be used in the person model.\n\n"
-           "    Returns:\n"
-           "        A list of supported locales.\n    ",
+    .doc =
+        "Get all supported locales that can be used in the person model.\n\n"
+        "    Returns:\n"
+        "        A list of supported locales.\n    ",
     .result = {&PyList_Type, "list"},
-    .body = locales_body};
+    .body = locales_body,
+};
 
 constexpr Entry kFunctions[] = {
     entry<all_supported_country_names>,
@@ -190,7 +198,8 @@ void run_body(int& line) {
     bulk::remember_namespace();
 }
 
-// --- execution ----------------------------------------------------------------------------------------------------------
+// --- execution
+// ----------------------------------------------------------------------------------------------------------
 
 /// Needs nothing of the state: it comes before all that another version could break.
 void check_version() {
@@ -228,16 +237,18 @@ int execute_module(PyObject* created) noexcept {
         set_indicator_from_current_exception();
     }
     add_traceback_entry("init vantrel.model.models.person", line);
-    Py_CLEAR(state().module);   // the next import may try again
+    Py_CLEAR(state().module);  // the next import may try again
     return -1;
 }
 
-// --- creation -------------------------------------------------------------------------------------------------------------
+// --- creation
+// -------------------------------------------------------------------------------------------------------------
 
 constexpr std::int64_t kNoInterpreter = -1;
 constexpr std::int64_t kFinalised = -2;
 
-/// The interpreter that the module was first created in. Interpreters with a lock of their own may come at the same time.
+/// The interpreter that the module was first created in. Interpreters with a lock of their own may come at the same
+/// time.
 std::atomic<std::int64_t> home_interpreter{kNoInterpreter};
 
 /// False in another interpreter than the first, which includes one that is made after the first was finalised.
@@ -263,8 +274,9 @@ void copy_from_spec(PyObject* spec, const char* from, PyObject* names, const cha
 
 PyObject* create_module(PyObject* spec, PyModuleDef* /*definition*/) noexcept {
     if (!in_home_interpreter()) {
-        PyErr_SetString(PyExc_ImportError,
-                        "Interpreter change detected - this module can only be loaded into one interpreter per process.");
+        PyErr_SetString(
+            PyExc_ImportError,
+            "Interpreter change detected - this module can only be loaded into one interpreter per process.");
         return nullptr;
     }
     if (state().module != nullptr) return Py_NewRef(state().module);
@@ -282,7 +294,8 @@ PyObject* create_module(PyObject* spec, PyModuleDef* /*definition*/) noexcept {
     }
 }
 
-// --- definition -------------------------------------------------------------------------------------------------------------
+// --- definition
+// -------------------------------------------------------------------------------------------------------------
 
 PyModuleDef_Slot slots[] = {
     {Py_mod_create, reinterpret_cast<void*>(create_module)},

@@ -28,7 +28,8 @@ Ref random_number_text() { return owned(PyObject_Str(random_integer(integers::ze
 
 bool is_present(PyObject* value) { return truth(call_method(global(names::pd), names::notna, {value})); }
 
-// --- usernames: one element -------------------------------------------------------------------------------------------------
+// --- usernames: one element
+// -------------------------------------------------------------------------------------------------
 
 /// `lambda x: x + np.random.choice(["", ".", "-", "_"]) if pd.notna(x) else x`
 Ref add_separator_body(Arguments arguments) {
@@ -62,17 +63,36 @@ Ref add_number_body(Arguments arguments) {
 constexpr Parameter kElement[] = {{.name = names::x}};
 constexpr const char* kElementName = "PersonModel.generate_usernames.<locals>.<lambda>";
 constexpr Function add_separator{
-    .qualname = kElementName, .line = 560, .parameters = kElement, .body = add_separator_body};
+    .qualname = kElementName,
+    .line = 560,
+    .parameters = kElement,
+    .body = add_separator_body,
+};
 constexpr Function add_number_or_nothing{
-    .qualname = kElementName, .line = 560, .parameters = kElement, .body = add_number_or_nothing_body};
+    .qualname = kElementName,
+    .line = 560,
+    .parameters = kElement,
+    .body = add_number_or_nothing_body,
+};
 constexpr Function remove_blanks{
-    .qualname = kElementName, .line = 560, .parameters = kElement, .body = remove_blanks_body};
+    .qualname = kElementName,
+    .line = 560,
+    .parameters = kElement,
+    .body = remove_blanks_body,
+};
 constexpr Function add_number{
-    .qualname = kElementName, .line = 560, .parameters = kElement, .body = add_number_body};
+    .qualname = kElementName,
+    .line = 560,
+    .parameters = kElement,
+    .body = add_number_body,
+};
 
-// --- usernames: the column ----------------------------------------------------------------------------------------------------
+// --- usernames: the column
+// ----------------------------------------------------------------------------------------------------
 
-Ref apply(PyObject* series, const Entry& element) { return call_method(series, names::apply, {make_function(element)}); }
+Ref apply(PyObject* series, const Entry& element) {
+    return call_method(series, names::apply, {make_function(element)});
+}
 
 /// First name, separator, last name, and half of the time a number.
 Ref joined_names(PyObject* firstnames, PyObject* lastnames) {
@@ -107,7 +127,8 @@ Ref generate_usernames_body(Arguments arguments) {
     return call_method(attr(usernames, names::str), names::lower);
 }
 
-// --- e-mail addresses -----------------------------------------------------------------------------------------------------------
+// --- e-mail addresses
+// -----------------------------------------------------------------------------------------------------------
 
 bool assertions_are_enabled() {
     PyObject* flags = PySys_GetObject("flags");
@@ -152,7 +173,8 @@ constexpr Function is_english{
     .qualname = "PersonModel.check_email.<locals>.<genexpr>",
     .line = 660,
     .parameters = kLocale,
-    .body = is_english_body};
+    .body = is_english_body,
+};
 
 Ref check_email_body(Arguments arguments) {
     auto [s, locales] = arguments.take<2>();
@@ -162,7 +184,8 @@ Ref check_email_body(Arguments arguments) {
     return boolean(call(match, {names::email_pattern, s}).get() != Py_None);
 }
 
-// --- the rows -------------------------------------------------------------------------------------------------------------------
+// --- the rows
+// -------------------------------------------------------------------------------------------------------------------
 
 Ref english() { return list({names::en}); }
 
@@ -202,7 +225,8 @@ constexpr Function generate_emails{
         Returns:
             A series of generated emails.
 )",
-    .body = generate_emails_body};
+    .body = generate_emails_body,
+};
 
 constexpr Function generate_usernames{
     .qualname = "PersonModel.generate_usernames",
@@ -221,7 +245,8 @@ constexpr Function generate_usernames{
         Returns:
             A series of generated usernames.
 )",
-    .body = generate_usernames_body};
+    .body = generate_usernames_body,
+};
 
 constexpr Function check_email{
     .qualname = "PersonModel.check_email",
@@ -236,7 +261,8 @@ constexpr Function check_email{
             locales: locales that the email is generated for, the check only functions with english
                 language emails, otherwise no check is performed.
 )",
-    .body = check_email_body};
+    .body = check_email_body,
+};
 
 }  // namespace person_model
 

@@ -20,7 +20,8 @@ using namespace python;
 
 bool is_set(PyObject* self, PyObject* field) { return label(self, field).get() != Py_None; }
 
-// --- whole columns of the frame -------------------------------------------------------------------------------------------
+// --- whole columns of the frame
+// -------------------------------------------------------------------------------------------
 
 /// `(slice(None), column)`
 Ref all_rows_of(PyObject* column) {
@@ -40,7 +41,8 @@ Ref column(PyObject* df, PyObject* self, PyObject* field) {
     return item(loc, all_rows_of(label(self, field)));
 }
 
-// --- gender and title -------------------------------------------------------------------------------------------------------
+// --- gender and title
+// -------------------------------------------------------------------------------------------------------
 
 /// Category values of the column that the label names, drawn for the gender keys.
 Ref category_values(PyObject* self, PyObject* field, PyObject* mapping, PyObject* gender_conditions) {
@@ -56,8 +58,7 @@ Ref category_values(PyObject* self, PyObject* field, PyObject* mapping, PyObject
 }
 
 void make_gender(PyObject* df, PyObject* self, PyObject* gender_conditions) {
-    Ref mapping =
-        pattern_mapping(self, {kGenderPatterns.female, kGenderPatterns.male, kGenderPatterns.non_binary});
+    Ref mapping = pattern_mapping(self, {kGenderPatterns.female, kGenderPatterns.male, kGenderPatterns.non_binary});
     set_column(df, self, names::gender, category_values(self, names::gender, mapping, gender_conditions));
 }
 
@@ -75,7 +76,8 @@ constexpr Function settle_ambiguous{
     .line = 326,
     .parameters = kElement,
     .free_variable = "mapping",
-    .body = settle_ambiguous_body};
+    .body = settle_ambiguous_body,
+};
 
 void make_title(PyObject* df, PyObject* self, PyObject* gender_conditions) {
     Ref mapping = pattern_mapping(self, {kTitlePatterns.female, kTitlePatterns.male, kTitlePatterns.non_binary});
@@ -97,7 +99,8 @@ void make_country(PyObject* df, PyObject* self, PyObject* country_conditions) {
     set_column(df, self, names::country, country_conditions);
 }
 
-// --- names and what is made of them -------------------------------------------------------------------------------------------
+// --- names and what is made of them
+// -------------------------------------------------------------------------------------------
 
 Ref full_names(PyObject* firstnames, PyObject* lastnames) {
     if (Ref made = bulk::full_names(firstnames, lastnames)) return made;
@@ -118,7 +121,8 @@ void make_names(PyObject* df, PyObject* self, PyObject* firstnames, PyObject* la
     if (is_set(self, names::fullname)) set_column(df, self, names::fullname, full_names(firstnames, lastnames));
 }
 
-void make_accounts(PyObject* df, PyObject* self, PyObject* firstnames, PyObject* lastnames, PyObject* country_conditions) {
+void make_accounts(PyObject* df, PyObject* self, PyObject* firstnames, PyObject* lastnames,
+                   PyObject* country_conditions) {
     if (is_set(self, names::email)) {
         Ref emails = call_method(self, names::generate_emails, {},
                                  {{names::firstnames, firstnames},
@@ -149,7 +153,8 @@ void make_phone_numbers(PyObject* df, PyObject* self, PyObject* firstnames) {
     }
 }
 
-// --- missing rows ---------------------------------------------------------------------------------------------------------------
+// --- missing rows
+// ---------------------------------------------------------------------------------------------------------------
 
 /// `[c for c in self.labels.__dict__.values() if c is not None]`
 Ref labelled_columns(PyObject* self) {
@@ -172,7 +177,9 @@ Ref empty_frame(PyObject* num_rows) {
     Ref make_frame = attr(global(names::pd), names::DataFrame);
     int overflow = 0;
     const long rows = PyLong_AsLongAndOverflow(num_rows, &overflow);
-    if (Ref made = overflow == 0 ? bulk::empty_frame(make_frame, rows) : Ref()) return made;
+    if (overflow == 0 && rows > 0) {
+        if (Ref made = bulk::empty_frame(make_frame, static_cast<std::size_t>(rows))) return made;
+    }
     Ref empty_row = list();
     return call(make_frame, {owned(PyNumber_Multiply(list({empty_row}), num_rows))});
 }
@@ -184,12 +191,11 @@ Ref sample_conditional_body(Arguments arguments) {
     if (is_set(self, names::title)) make_title(df, self, gender_conditions);
     if (is_set(self, names::country)) make_country(df, self, country_conditions);
 
-    Ref firstnames = call_method(
-        self, names::generate_first_names, {},
-        {{names::gender_conditions, gender_conditions}, {names::country_conditions, country_conditions}});
-    Ref lastnames =
-        call_method(self, names::generate_last_names, {},
-                    {{names::firstnames, firstnames}, {names::country_conditions, country_conditions}});
+    Ref firstnames =
+        call_method(self, names::generate_first_names, {},
+                    {{names::gender_conditions, gender_conditions}, {names::country_conditions, country_conditions}});
+    Ref lastnames = call_method(self, names::generate_last_names, {},
+                                {{names::firstnames, firstnames}, {names::country_conditions, country_conditions}});
     make_names(df, self, firstnames, lastnames);
     make_accounts(df, self, firstnames, lastnames, country_conditions);
     make_phone_numbers(df, self, firstnames);
@@ -231,7 +237,8 @@ constexpr Function sample_conditional{
             ValueError: if there is a country label but no countries are given, or a gender key is unknown.
             KeyError: if a row's country has no provider.
 )",
-    .body = sample_conditional_body};
+    .body = sample_conditional_body,
+};
 
 }  // namespace person_model
 

@@ -18,7 +18,8 @@ namespace {
 
 using namespace python;
 
-// --- construction -------------------------------------------------------------------------------------------------------
+// --- construction
+// -------------------------------------------------------------------------------------------------------
 
 /// A GenderModel over the column that the label names.
 Ref gender_model_of_column(PyObject* self, PyObject* meta, PyObject* field, const Patterns& patterns) {
@@ -57,9 +58,9 @@ Ref uniform_probabilities(PyObject* self) {
 void set_uniform_gender_model(PyObject* self, PyObject* meta) {
     Ref make_meta = global(names::String);
     Ref name = hidden_gender_name(self);
-    Ref gender_meta = call(make_meta, {name},
-                           {{names::categories, attr(self, names::config, names::genders)},
-                            {names::nan_freq, missing_frequency(meta)}});
+    Ref gender_meta = call(
+        make_meta, {name},
+        {{names::categories, attr(self, names::config, names::genders)}, {names::nan_freq, missing_frequency(meta)}});
     set_attr(self, names::hidden_model_gender, call(global(names::Histogram), {}, {{names::meta, gender_meta}}));
     Ref probabilities = uniform_probabilities(self);
     set_attr(attr(self, names::hidden_model_gender), names::_probabilities, probabilities);
@@ -97,7 +98,8 @@ Ref init_body(Arguments arguments) {
     return none();
 }
 
-// --- properties -----------------------------------------------------------------------------------------------------------
+// --- properties
+// -----------------------------------------------------------------------------------------------------------
 
 Ref categories_body(Arguments arguments) {
     auto [self] = arguments.take<1>();
@@ -139,7 +141,8 @@ Ref params_body(Arguments arguments) {
     return attr(self, names::_meta, names::params);
 }
 
-// --- the dictionary form ----------------------------------------------------------------------------------------------------
+// --- the dictionary form
+// ----------------------------------------------------------------------------------------------------
 
 Ref to_dict_body(Arguments arguments) {
     auto [self] = arguments.take<1>();
@@ -187,7 +190,8 @@ Ref from_dict_body(Arguments arguments) {
     return model;
 }
 
-// --- the rows -----------------------------------------------------------------------------------------------------------------
+// --- the rows
+// -----------------------------------------------------------------------------------------------------------------
 
 Ref default_config() { return call(global(names::PersonModelConfig)); }
 
@@ -217,7 +221,8 @@ constexpr Function default_locale{
     .parameters = kSelf,
     .returns = "str",
     .doc = "The locale of rows that nothing gives a country or a locale.",
-    .body = default_locale_body};
+    .body = default_locale_body,
+};
 constexpr Function country_to_provider_map{
     .qualname = "PersonModel.country_to_provider_map",
     .line = 204,
@@ -230,7 +235,8 @@ constexpr Function country_to_provider_map{
             ModelNotFittedError: while there is none.
 )",
     .result = {&PyDict_Type, "dict"},
-    .body = country_to_provider_map_body};
+    .body = country_to_provider_map_body,
+};
 
 }  // namespace person_model
 
@@ -241,7 +247,8 @@ constexpr Function init{
     .line = 141,
     .parameters = kInit,
     .free_variable = kClassCell,
-    .body = init_body};
+    .body = init_body,
+};
 constexpr Function categories{
     .qualname = "PersonModel.categories",
     .line = 185,
@@ -253,7 +260,8 @@ constexpr Function categories{
         Raises:
             ModelNotFittedError: if the meta has none yet.
 )",
-    .body = categories_body};
+    .body = categories_body,
+};
 constexpr Function locales{
     .qualname = "PersonModel.locales",
     .line = 196,
@@ -261,13 +269,15 @@ constexpr Function locales{
     .parameters = kSelf,
     .returns = "List[str]",
     .doc = "The locales of the meta, or the default locale where it has none, as a new list.",
-    .body = locales_body};
+    .body = locales_body,
+};
 constexpr Function set_country_to_provider_map{
     .qualname = "PersonModel.country_to_provider_map",
     .line = 210,
     .kind = Kind::setter,
     .parameters = kSetMap,
-    .body = set_country_to_provider_map_body};
+    .body = set_country_to_provider_map_body,
+};
 constexpr Function labels{
     .qualname = "PersonModel.labels",
     .line = 214,
@@ -275,7 +285,8 @@ constexpr Function labels{
     .parameters = kSelf,
     .returns = "PersonLabels",
     .doc = "The column of each person attribute.",
-    .body = labels_body};
+    .body = labels_body,
+};
 constexpr Function params{
     .qualname = "PersonModel.params",
     .line = 218,
@@ -284,7 +295,8 @@ constexpr Function params{
     .returns = "Dict[str, str]",
     .doc = "The columns that the model produces, by attribute, as the meta reports them.",
     .result = {&PyDict_Type, "dict"},
-    .body = params_body};
+    .body = params_body,
+};
 constexpr Function to_dict{
     .qualname = "PersonModel.to_dict",
     .line = 711,
@@ -298,7 +310,8 @@ constexpr Function to_dict{
 )",
     .free_variable = kClassCell,
     .result = {&PyDict_Type, "dict"},
-    .body = to_dict_body};
+    .body = to_dict_body,
+};
 constexpr Function from_dict{
     .qualname = "PersonModel.from_dict",
     .line = 721,
@@ -317,7 +330,8 @@ constexpr Function from_dict{
             KeyError: if "meta" is missing.
             TypeError: if "config" is no mapping of the configuration's fields.
 )",
-    .body = from_dict_body};
+    .body = from_dict_body,
+};
 
 constexpr Entry kMembers[] = {
     entry<init>,
@@ -377,6 +391,7 @@ const Class kPersonModel{
            distributed amongst the genders specified in the configuration.
     )",
     .attributes = {},
-    .members = kMembers};
+    .members = kMembers,
+};
 
 }  // namespace person

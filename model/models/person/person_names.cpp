@@ -18,7 +18,8 @@ namespace {
 
 using namespace python;
 
-// --- first names ----------------------------------------------------------------------------------------------------------
+// --- first names
+// ----------------------------------------------------------------------------------------------------------
 
 /// The generator expression over the pairs; its free variable is the model.
 Ref first_name_of_pair_body(Arguments arguments) {
@@ -36,7 +37,8 @@ constexpr Function first_name_of_pair{
     .line = 465,
     .parameters = kPair,
     .free_variable = "self",
-    .body = first_name_of_pair_body};
+    .body = first_name_of_pair_body,
+};
 
 Ref generate_first_names_body(Arguments arguments) {
     auto [self, gender_conditions, country_conditions] = arguments.take<3>();
@@ -61,7 +63,8 @@ Ref generate_random_first_name_body(Arguments arguments) {
     raise(builtins::ValueError, "Unrecognised gender: {gender}");
 }
 
-// --- last names -----------------------------------------------------------------------------------------------------------
+// --- last names
+// -----------------------------------------------------------------------------------------------------------
 
 Ref each_last_name(PyObject* self, PyObject* make_series, PyObject* country_conditions) {
     Ref drawn = list();
@@ -81,7 +84,8 @@ Ref generate_last_names_body(Arguments arguments) {
     return lastnames;
 }
 
-// --- the rows -------------------------------------------------------------------------------------------------------------
+// --- the rows
+// -------------------------------------------------------------------------------------------------------------
 
 constexpr Parameter kFirstNames[] = {
     {.name = names::self},
@@ -117,7 +121,8 @@ constexpr Function generate_first_names{
         Returns:
             A series of generated first names.
 )",
-    .body = generate_first_names_body};
+    .body = generate_first_names_body,
+};
 
 constexpr Function generate_random_first_name{
     .qualname = "PersonModel.generate_random_first_name",
@@ -135,7 +140,8 @@ constexpr Function generate_random_first_name{
             A randomly generated first name or pd.NA.
 )",
     .result = {&PyUnicode_Type, "unicode"},
-    .body = generate_random_first_name_body};
+    .body = generate_random_first_name_body,
+};
 
 constexpr Function generate_last_names{
     .qualname = "PersonModel.generate_last_names",
@@ -153,7 +159,8 @@ constexpr Function generate_last_names{
         Returns:
             A series of generated lastnames.
 )",
-    .body = generate_last_names_body};
+    .body = generate_last_names_body,
+};
 
 }  // namespace person_model
 

@@ -18,7 +18,8 @@ namespace {
 
 using namespace python;
 
-// --- passwords --------------------------------------------------------------------------------------------------------------
+// --- passwords
+// --------------------------------------------------------------------------------------------------------------
 
 /// The generator expression `random.choice(possible_chars) for _ in range(pwd_length)`
 Ref random_character_body(Arguments arguments) {
@@ -34,7 +35,8 @@ constexpr Function random_character{
     .line = 606,
     .parameters = kIndex,
     .free_variable = "possible_chars",
-    .body = random_character_body};
+    .body = random_character_body,
+};
 
 Ref generate_password_body(Arguments arguments) {
     auto [pwd_length_min, pwd_length_max] = arguments.take<2>();
@@ -57,13 +59,14 @@ Ref generate_passwords_body(Arguments arguments) {
     auto [self, firstnames] = arguments.take<2>();
     Ref make_series = attr(global(names::pd), names::Series);
     const Py_ssize_t rows = length(firstnames);
-    if (Ref made = bulk::passwords(self, make_series, rows)) return made;
+    if (Ref made = bulk::passwords(self, make_series, static_cast<std::size_t>(rows))) return made;
     Ref passwords = list();
     for (Py_ssize_t row = 0; row < rows; ++row) append(passwords, each_password(self));
     return call(make_series, {passwords}, {{names::dtype, names::string}});
 }
 
-// --- phone numbers ------------------------------------------------------------------------------------------------------------
+// --- phone numbers
+// ------------------------------------------------------------------------------------------------------------
 
 /// `lambda _: str(random.randint(0, 9))`
 Ref random_digit_body(Arguments /*arguments*/) {
@@ -76,7 +79,8 @@ constexpr Function random_digit{
     .qualname = "PersonModel.generate_phone_numbers.<locals>.<lambda>",
     .line = 613,
     .parameters = kMatch,
-    .body = random_digit_body};
+    .body = random_digit_body,
+};
 
 /// `pd.NA if na else re.sub("x", digit, number_format)`
 Ref phone_number(PyObject* na, PyObject* digit, PyObject* number_format) {
@@ -94,7 +98,8 @@ Ref generate_phone_numbers_body(Arguments arguments) {
     return call(make_series, {numbers});
 }
 
-// --- the rows -------------------------------------------------------------------------------------------------------------------
+// --- the rows
+// -------------------------------------------------------------------------------------------------------------------
 
 constexpr Parameter kPasswords[] = {
     {.name = names::self},
@@ -127,7 +132,8 @@ constexpr Function generate_passwords{
     .line = 599,
     .parameters = kPasswords,
     .returns = "pd.Series",
-    .body = generate_passwords_body};
+    .body = generate_passwords_body,
+};
 
 constexpr Function generate_password{
     .qualname = "PersonModel.generate_password",
@@ -135,7 +141,8 @@ constexpr Function generate_password{
     .kind = Kind::static_method,
     .parameters = kPassword,
     .returns = "str",
-    .body = generate_password_body};
+    .body = generate_password_body,
+};
 
 constexpr Function generate_phone_numbers{
     .qualname = "PersonModel.generate_phone_numbers",
@@ -143,7 +150,8 @@ constexpr Function generate_phone_numbers{
     .kind = Kind::static_method,
     .parameters = kPhoneNumbers,
     .returns = "pd.Series",
-    .body = generate_phone_numbers_body};
+    .body = generate_phone_numbers_body,
+};
 
 }  // namespace person_model
 

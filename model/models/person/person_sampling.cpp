@@ -2,9 +2,9 @@
 
 #include <Python.h>
 
-#include "person/names.hpp"
 #include "bulk/columns.hpp"
 #include "person/model.hpp"
+#include "person/names.hpp"
 #include "person/state.hpp"
 #include "person/typed.hpp"
 #include "person/units.hpp"
@@ -20,7 +20,8 @@ namespace {
 
 using namespace python;
 
-// --- fitting --------------------------------------------------------------------------------------------------------------
+// --- fitting
+// --------------------------------------------------------------------------------------------------------------
 
 void fit_hidden_models(PyObject* self, PyObject* df) {
     Ref gender_model = attr(self, names::hidden_model_gender);
@@ -43,7 +44,8 @@ Ref fit_body(Arguments arguments) {
     return Ref::share(self);
 }
 
-// --- the sampling entry -----------------------------------------------------------------------------------------------------
+// --- the sampling entry
+// -----------------------------------------------------------------------------------------------------
 
 /// What the caller of `sample` gave, and the row count that follows from it.
 struct Request {
@@ -72,8 +74,7 @@ Ref given_genders(PyObject* self, PyObject* conditions) {
     Ref map = attr(self, names::map_to_gender_keys);
     Ref column = item(conditions, label(self, names::gender));
     Ref values = call_method(column, names::astype, {str_type()});
-    Ref mapping =
-        pattern_mapping(self, {kGenderPatterns.male, kGenderPatterns.female, kGenderPatterns.non_binary});
+    Ref mapping = pattern_mapping(self, {kGenderPatterns.male, kGenderPatterns.female, kGenderPatterns.non_binary});
     return call(map, {values}, {{names::mapping, mapping}});
 }
 
@@ -114,9 +115,8 @@ Ref repeated_default_locale(PyObject* self, PyObject* num_rows) {
 /// No country column: the rows get locales.
 Ref settle_locales(PyObject* self, const Request& request) {
     const bool has_locales = attr(self, names::locales).get() != Py_None;
-    Ref providers = providers_of([&] {
-        return has_locales ? attr(self, names::locales) : list({attr(self, names::default_locale).get()});
-    });
+    Ref providers = providers_of(
+        [&] { return has_locales ? attr(self, names::locales) : list({attr(self, names::default_locale).get()}); });
     set_attr(self, names::country_to_provider_map, providers);
 
     Ref make_series = attr(global(names::pd), names::Series);
@@ -151,7 +151,8 @@ Ref sample_body(Arguments arguments) {
     return call_method(attr(self, names::_meta), names::revert_df_from_children, {df});
 }
 
-// --- gender keys and category values ------------------------------------------------------------------------------------------
+// --- gender keys and category values
+// ------------------------------------------------------------------------------------------
 
 Ref generate_values_from_collections_body(Arguments arguments) {
     auto [self, conditions, collections] = arguments.take<3>();
@@ -191,7 +192,8 @@ Ref map_to_gender_keys_body(Arguments arguments) {
     return call(attr(global(names::pd), names::Series), {return_values});
 }
 
-// --- association checks ---------------------------------------------------------------------------------------------------------
+// --- association checks
+// ---------------------------------------------------------------------------------------------------------
 
 bool differs_from_label(PyObject* self, PyObject* column, PyObject* field) {
     return truth(owned(PyObject_RichCompare(column, label(self, field), Py_NE)));
@@ -226,7 +228,8 @@ Ref check_associations_body(Arguments arguments) {
     return none();
 }
 
-// --- the rows -------------------------------------------------------------------------------------------------------------------
+// --- the rows
+// -------------------------------------------------------------------------------------------------------------------
 
 constexpr Parameter kFit[] = {{.name = names::self}, {.name = names::df, .annotation = "pd.DataFrame"}};
 constexpr Parameter kSample[] = {
@@ -277,7 +280,8 @@ constexpr Function fit{
             The model itself.
 )",
     .free_variable = kClassCell,
-    .body = fit_body};
+    .body = fit_body,
+};
 
 constexpr Function sample{
     .qualname = "PersonModel.sample",
@@ -300,7 +304,8 @@ constexpr Function sample{
             TypeError: if n is no int, or associations no list.
             KeyError: if a row's country has no provider.
 )",
-    .body = sample_body};
+    .body = sample_body,
+};
 
 constexpr Function generate_values_from_collections{
     .qualname = "PersonModel.generate_values_from_collections",
@@ -316,7 +321,8 @@ constexpr Function generate_values_from_collections{
         Returns:
             A series with the index of the conditions; missing where the key has no values.
 )",
-    .body = generate_values_from_collections_body};
+    .body = generate_values_from_collections_body,
+};
 
 constexpr Function generate_from_collections{
     .qualname = "PersonModel.generate_from_collections",
@@ -332,7 +338,8 @@ constexpr Function generate_from_collections{
         Returns:
             One of the key's values, or pd.NA if it has none.
 )",
-    .body = generate_from_collections_body};
+    .body = generate_from_collections_body,
+};
 
 constexpr Function map_to_gender_keys{
     .qualname = "PersonModel.map_to_gender_keys",
@@ -348,7 +355,8 @@ constexpr Function map_to_gender_keys{
         Returns:
             A series of gender keys with a new index from 0. Values that belong to no key are left out.
 )",
-    .body = map_to_gender_keys_body};
+    .body = map_to_gender_keys_body,
+};
 
 constexpr Function check_associations{
     .qualname = "PersonModel.check_associations",
@@ -363,7 +371,8 @@ constexpr Function check_associations{
         Raises:
             ValueError: if a rule names another column of the model.
 )",
-    .body = check_associations_body};
+    .body = check_associations_body,
+};
 
 }  // namespace person_model
 

@@ -56,8 +56,8 @@ bool are_plain(const Texts& texts) {
 std::optional<Names> Names::read(PyObject* firstnames, PyObject* lastnames) {
     if (!is_bare(firstnames)) return std::nullopt;
     auto first = Texts::read(firstnames);
-    if (!first || first->size() < static_cast<std::size_t>(kShortest) || first->size() > Clashes::kMostRows ||
-        !are_plain(*first)) return std::nullopt;
+    if (!first || !is_worth_it(first->size()) || first->size() > Clashes::kMostRows || !are_plain(*first))
+        return std::nullopt;
     auto last = Texts::read(lastnames);
     if (!last || last->size() != first->size() || !are_plain(*last)) return std::nullopt;
     Ref index = attr(firstnames, names::index);
@@ -65,7 +65,8 @@ std::optional<Names> Names::read(PyObject* firstnames, PyObject* lastnames) {
     return Names{std::move(*first), std::move(*last), std::move(index)};
 }
 
-// --- what pandas makes of a few rows ------------------------------------------------------------------------------------------
+// --- what pandas makes of a few rows
+// ------------------------------------------------------------------------------------------
 
 Ref identity_body(Arguments arguments) {
     auto [x] = arguments.take<1>();
@@ -73,11 +74,10 @@ Ref identity_body(Arguments arguments) {
 }
 
 constexpr Parameter kElement[] = {{.name = names::x}};
-constexpr Function identity{
-    .qualname = "PersonModel.generate_usernames.<locals>.<lambda>",
-    .line = 560,
-    .parameters = kElement,
-    .body = identity_body};
+constexpr Function identity{.qualname = "PersonModel.generate_usernames.<locals>.<lambda>",
+                            .line = 560,
+                            .parameters = kElement,
+                            .body = identity_body};
 
 /// The usernames' way through pandas, with one row and functions that change nothing.
 Ref username_like(PyObject* firstnames, PyObject* lastnames) {
@@ -91,7 +91,8 @@ Ref username_like(PyObject* firstnames, PyObject* lastnames) {
 
 Ref in_lower_case(PyObject* series) { return call_method(attr(series, names::str), names::lower); }
 
-// --- usernames ----------------------------------------------------------------------------------------------------------------
+// --- usernames
+// ----------------------------------------------------------------------------------------------------------------
 
 /// Usernames in the making: case still mixed.
 class Usernames {
@@ -112,7 +113,7 @@ class Usernames {
   private:
     static constexpr std::array<std::string_view, 4> kSeparators{"", ".", "-", "_"};
     static constexpr std::uint32_t kNumbers = 101;
-    static constexpr std::size_t kAdded = 4;   ///< a separator and a number of three digits
+    static constexpr std::size_t kAdded = 4;  ///< a separator and a number of three digits
 
     void draw_separators() {
         drawn_.reserve(names_.size());
@@ -133,8 +134,9 @@ class Usernames {
 
     void join() {
         std::size_t bytes = 0;
-        for (std::size_t row = 0; row < names_.size(); ++row) bytes += names_.first[row].size() + names_.last[row].size() + kAdded;
-        data_.reserve(bytes);   // the views below stay where they are
+        for (std::size_t row = 0; row < names_.size(); ++row)
+            bytes += names_.first[row].size() + names_.last[row].size() + kAdded;
+        data_.reserve(bytes);  // the views below stay where they are
         usernames_.reserve(names_.size());
         for (std::size_t row = 0; row < names_.size(); ++row) {
             const std::size_t start = data_.size();
@@ -204,7 +206,8 @@ Ref username_column(PyObject* make_series, PyObject* like, const Names& names, U
     return in_lower_case(column.finish_like(make_series, names.index));
 }
 
-// --- e-mail addresses -----------------------------------------------------------------------------------------------------------
+// --- e-mail addresses
+// -----------------------------------------------------------------------------------------------------------
 
 struct DomainRow {
     Domains* domains;

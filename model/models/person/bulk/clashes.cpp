@@ -9,13 +9,12 @@ namespace bulk {
 
 namespace {
 
-std::uint32_t hash_of(std::string_view name) {
-    return static_cast<std::uint32_t>(std::hash<std::string_view>{}(name));
-}
+std::uint32_t hash_of(std::string_view name) { return static_cast<std::uint32_t>(std::hash<std::string_view>{}(name)); }
 
 }  // namespace
 
-Clashes::Clashes(const std::vector<std::string_view>& names) : names_(names), places_(std::bit_ceil(2 * names.size() + 16)) {}
+Clashes::Clashes(const std::vector<std::string_view>& names)
+    : names_(names), places_(std::bit_ceil(2 * names.size() + 16)) {}
 
 Clashes::Place& Clashes::place_of(std::uint32_t row, std::uint32_t hash) {
     const std::size_t mask = places_.size() - 1;

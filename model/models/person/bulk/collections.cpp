@@ -26,18 +26,18 @@ namespace names = person::names;
 
 namespace {
 
-// --- handing prepared elements to Series.apply ------------------------------------------------------------------------------------
+// --- handing prepared elements to Series.apply
+// ------------------------------------------------------------------------------------
 
 /// Gives the prepared elements one by one, whatever it is called with.
 Ref next_element_body(Arguments arguments) { return owned(PyIter_Next(arguments.free_variable())); }
 
 constexpr Parameter kElement[] = {{.name = names::x}};
-constexpr Function next_element{
-    .qualname = "PersonModel.generate_values_from_collections.<locals>.<lambda>",
-    .line = 447,
-    .parameters = kElement,
-    .free_variable = "elements",
-    .body = next_element_body};
+constexpr Function next_element{.qualname = "PersonModel.generate_values_from_collections.<locals>.<lambda>",
+                                .line = 447,
+                                .parameters = kElement,
+                                .free_variable = "elements",
+                                .body = next_element_body};
 
 /// `series.apply(...)` with results that are there already: what pandas makes of them is its own.
 Ref apply_prepared(PyObject* series, PyObject* elements) {
@@ -45,7 +45,8 @@ Ref apply_prepared(PyObject* series, PyObject* elements) {
     return call_method(series, names::apply, {make_function(entry<next_element>, cell)});
 }
 
-// --- values of keys -----------------------------------------------------------------------------------------------------------
+// --- values of keys
+// -----------------------------------------------------------------------------------------------------------
 
 /// The values that a key may get, each as `numpy.random.choice` gives it.
 struct Collection {
@@ -130,7 +131,7 @@ Ref draw_values(const std::vector<const Collection*>& rows, NumpyChoice& choice)
 Ref settled_titles(PyObject* texts) {
     if (!namespace_is_untouched()) return {};
     const auto titles = Texts::read(texts);
-    if (!titles || titles->size() < static_cast<std::size_t>(kShortest) || titles->any_missing()) return {};
+    if (!titles || !is_worth_it(titles->size()) || titles->any_missing()) return {};
     for (std::size_t row = 0; row < titles->size(); ++row) {
         if ((*titles)[row] == names::ambiguous.text) return {};
     }
@@ -153,7 +154,7 @@ Ref keys_of_values(PyObject* values, PyObject* collections) {
         for (Py_ssize_t i = 0; i < PyList_GET_SIZE(collection); ++i) {
             const auto text = utf8(PyList_GET_ITEM(collection, i));
             if (!text) return {};
-            key_of.try_emplace(*text, key);   // the first collection that holds a value gives its key
+            key_of.try_emplace(*text, key);  // the first collection that holds a value gives its key
         }
     }
     Ref keys = list();
@@ -166,12 +167,13 @@ Ref keys_of_values(PyObject* values, PyObject* collections) {
 
 Ref collection_values(PyObject* self, PyObject* conditions, PyObject* collections) {
     if (!namespace_is_untouched()) return {};
-    if (!has_our_method(self, names::generate_from_collections, entry<person::person_model::generate_from_collections>)) {
+    if (!has_our_method(self, names::generate_from_collections,
+                        entry<person::person_model::generate_from_collections>)) {
         return {};
     }
     NumpyChoice choice(global(names::np));
     const auto given = choice.applies() ? Texts::read(conditions) : std::nullopt;
-    if (!given || given->size() < static_cast<std::size_t>(kShortest)) return {};
+    if (!given || !is_worth_it(given->size())) return {};
     Ref keys = call_method(conditions, names::astype, {person::str_type()});
     const auto key_texts = Texts::read(keys);
     CollectionsByKey found;

@@ -48,7 +48,8 @@ bool has_only_visible_ascii(const Table& table) {
 
 }  // namespace
 
-// --- reading ----------------------------------------------------------------------------------------------------------------
+// --- reading
+// ----------------------------------------------------------------------------------------------------------------
 
 std::optional<Domains> Domains::read(const KnownFaker& faker) {
     Domains domains;
@@ -57,17 +58,20 @@ std::optional<Domains> Domains::read(const KnownFaker& faker) {
     if (!domains.provider_ || !formats_plainly(faker.generator())) return std::nullopt;
     domains.top_levels_ = faker.table_behind(quiet_attr(domains.provider_, "tld"));
     if (!domains.top_levels_) return std::nullopt;
-    if (domains.read_company_words(faker, domain_name) || domains.read_words_with_formats(faker, domain_name)) return domains;
+    if (domains.read_company_words(faker, domain_name) || domains.read_words_with_formats(faker, domain_name))
+        return domains;
     return std::nullopt;
 }
 
 bool Domains::read_company_words(const KnownFaker& faker, PyObject* domain_name) {
     Ref domain_word = quiet_attr(provider_, "domain_word");
     if (!is_wrapped(domain_name, provider_, {kLowercase}, {kInternet, "Provider.domain_name"})) return false;
-    if (!is_wrapped(domain_word, provider_, {kLowercase, kSlugifyUnicode}, {kInternet, "Provider.domain_word"})) return false;
+    if (!is_wrapped(domain_word, provider_, {kLowercase, kSlugifyUnicode}, {kInternet, "Provider.domain_word"}))
+        return false;
     Ref company = quiet_attr(faker.generator(), "company");
     Ref company_provider = faker.provider_of(company);
-    if (!company_provider || bound_to(company, {"faker.providers.company", "Provider.company"}) == nullptr) return false;
+    if (!company_provider || bound_to(company, {"faker.providers.company", "Provider.company"}) == nullptr)
+        return false;
     format_texts_ = KnownFaker::table_of(company_provider, string("formats"));
     FormatReader reader(faker);
     if (!format_texts_ || !read_formats(reader, *format_texts_)) return false;
@@ -81,14 +85,15 @@ bool Domains::read_words_with_formats(const KnownFaker& faker, PyObject* domain_
     if (!is_wrapped(domain_word, provider_, {kSlugify}, {kInternetOfChina, "Provider.domain_word"})) return false;
     for (const char* name : {"bothify", "numerify", "lexify", "random_digit"}) {
         const std::string qualname = std::string("BaseProvider.") + name;
-        if (bound_to(quiet_attr(provider_, name), {"faker.providers", qualname.c_str()}) != provider_.get()) return false;
+        if (!has_base_method(provider_, name, {"faker.providers", qualname.c_str()})) return false;
     }
     format_texts_ = KnownFaker::table_of(provider_, string("domain_formats"));
     FormatReader reader(faker);
     if (!format_texts_ || !read_formats(reader, *format_texts_) || !read_refused_words()) return false;
     // The words are finished as they are drawn, which their own characters must allow.
     return slugs_plainly() && has_only_visible_ascii(*format_texts_) &&
-           std::all_of(tables_.begin(), tables_.end(), [](const auto& entry) { return has_only_visible_ascii(entry.second); });
+           std::all_of(tables_.begin(), tables_.end(),
+                       [](const auto& entry) { return has_only_visible_ascii(entry.second); });
 }
 
 bool Domains::read_refused_words() {
@@ -105,7 +110,8 @@ bool Domains::read_refused_words() {
 bool Domains::read_formats(FormatReader& reader, const Table& texts) {
     for (std::size_t i = 0; i < texts.size(); ++i) {
         const std::string_view text = texts.text(i);
-        const bool has_tokens = text.find("{{") != std::string_view::npos || text.find_first_of("#?") == std::string_view::npos;
+        const bool has_tokens =
+            text.find("{{") != std::string_view::npos || text.find_first_of("#?") == std::string_view::npos;
         auto format = has_tokens ? reader.tokens(texts.object(i)) : reader.placeholders(text);
         if (!format) return false;
         formats_.push_back(std::move(*format));
@@ -114,7 +120,8 @@ bool Domains::read_formats(FormatReader& reader, const Table& texts) {
     return true;
 }
 
-// --- drawing ----------------------------------------------------------------------------------------------------------------
+// --- drawing
+// ----------------------------------------------------------------------------------------------------------------
 
 Domains::Drawn Domains::draw(Mersenne& source) {
     std::string word = finisher_ != nullptr ? draw_first_word(source) : draw_whole_word(source);
@@ -150,7 +157,8 @@ std::size_t Domains::word_number(std::string word) {
     return entry->second;
 }
 
-// --- finishing --------------------------------------------------------------------------------------------------------------
+// --- finishing
+// --------------------------------------------------------------------------------------------------------------
 
 void Domains::finish_words() {
     while (finished_.size() < words_.size()) {

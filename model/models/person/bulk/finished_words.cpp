@@ -61,7 +61,7 @@ bool decodes_plainly(PyObject* provider) {
     Ref decode = quiet_import("faker.decode");
     Ref codes = quiet_import("faker.decode.codes");
     if (!internet || !decode || !codes) return false;
-    return bound_to(quiet_attr(provider, "_to_ascii"), {"faker.providers.internet", "Provider._to_ascii"}) == provider &&
+    return has_base_method(provider, "_to_ascii", {"faker.providers.internet", "Provider._to_ascii"}) &&
            is_original(quiet_attr(internet, "unidecode"), {"faker.decode", "unidecode"}) &&
            quiet_attr(decode, "codes").get() == quiet_attr(codes, "codes").get();
 }

@@ -14,9 +14,9 @@ namespace bulk {
 using namespace python;
 namespace names = person::names;
 
-Ref empty_frame(PyObject* make_frame, Py_ssize_t rows) {
-    if (rows < kShortest || !namespace_is_untouched()) return {};
-    Ref index = call_method(global(names::pd), names::RangeIndex, {integer(rows)});
+Ref empty_frame(PyObject* make_frame, std::size_t rows) {
+    if (!is_worth_it(rows) || !namespace_is_untouched()) return {};
+    Ref index = call_method(global(names::pd), names::RangeIndex, {integer(static_cast<Py_ssize_t>(rows))});
     return call(make_frame, {}, {{names::index, index}});
 }
 
@@ -37,7 +37,7 @@ static bool are_all_columns(PyObject* df, PyObject* columns) {
 bool nothing_to_blank(PyObject* df, PyObject* flags, PyObject* columns) {
     if (!namespace_is_untouched() || !are_all_columns(df, columns)) return false;
     const auto blanked = Flags::read(flags);
-    if (!blanked || blanked->size() < static_cast<std::size_t>(kShortest) || blanked->any()) return false;
+    if (!blanked || !is_worth_it(blanked->size()) || blanked->any()) return false;
     Ref index = attr(flags, names::index);
     if (!truth(call_method(attr(df, names::index), names::equals, {index}))) return false;
     for (Ref dtype : iterate(owned(PyObject_GetAttrString(df, "dtypes")))) {

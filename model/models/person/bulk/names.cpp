@@ -1,5 +1,7 @@
 // First and last names, whole columns at once.
 
+#include "person/names.hpp"
+
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -13,7 +15,6 @@
 #include "bulk/surroundings.hpp"
 #include "bulk/tables.hpp"
 #include "bulk/texts.hpp"
-#include "person/names.hpp"
 #include "person/units.hpp"
 #include "python/call.hpp"
 #include "python/module.hpp"
@@ -45,7 +46,8 @@ Ref drawn_column(PyObject* make_series, const std::vector<Draw>& rows, Sources& 
 }
 
 const char* first_name_method(std::string_view gender) {
-    if (gender.data() == nullptr || gender == names::non_binary.text || gender == names::ambiguous.text) return "first_name";
+    if (gender.data() == nullptr || gender == names::non_binary.text || gender == names::ambiguous.text)
+        return "first_name";
     if (gender == names::male.text) return "first_name_male";
     if (gender == names::female.text) return "first_name_female";
     return nullptr;
@@ -72,7 +74,8 @@ std::optional<std::vector<Draw>> plan_rows(const Texts* genders, const Texts& co
 
 Ref first_names(PyObject* self, PyObject* make_series, PyObject* genders, PyObject* countries) {
     if (!namespace_is_untouched() || !has_pandas_function("isna", "pandas.core.dtypes.missing")) return {};
-    if (!has_our_method(self, names::generate_random_first_name, entry<person::person_model::generate_random_first_name>)) {
+    if (!has_our_method(self, names::generate_random_first_name,
+                        entry<person::person_model::generate_random_first_name>)) {
         return {};
     }
     const auto gender_texts = Texts::read(genders);
@@ -81,7 +84,7 @@ Ref first_names(PyObject* self, PyObject* make_series, PyObject* genders, PyObje
     Sources sources;
     Providers providers(self, sources);
     const std::size_t count = std::min(gender_texts->size(), country_texts->size());
-    if (count < static_cast<std::size_t>(kShortest)) return {};
+    if (!is_worth_it(count)) return {};
     const auto rows = plan_rows(&*gender_texts, *country_texts, count, providers);
     return rows ? drawn_column(make_series, *rows, sources) : Ref();
 }
@@ -89,7 +92,7 @@ Ref first_names(PyObject* self, PyObject* make_series, PyObject* genders, PyObje
 Ref last_names(PyObject* self, PyObject* make_series, PyObject* countries) {
     if (!namespace_is_untouched()) return {};
     const auto country_texts = Texts::read(countries);
-    if (!country_texts || country_texts->size() < static_cast<std::size_t>(kShortest)) return {};
+    if (!country_texts || !is_worth_it(country_texts->size())) return {};
     Sources sources;
     Providers providers(self, sources);
     const auto rows = plan_rows(nullptr, *country_texts, country_texts->size(), providers);

@@ -32,7 +32,8 @@ struct Range {
 constexpr long kLongest = 1L << 20;
 
 std::optional<Range> length_range(PyObject* self) {
-    if (!reads_plainly(self) || quiet_attr(reinterpret_cast<PyObject*>(Py_TYPE(self)), names::pwd_length)) return std::nullopt;
+    if (!reads_plainly(self) || quiet_attr(reinterpret_cast<PyObject*>(Py_TYPE(self)), names::pwd_length))
+        return std::nullopt;
     Ref bounds = quiet_attr(self, names::pwd_length);
     if (!bounds || (!PyTuple_CheckExact(bounds.get()) && !PyList_CheckExact(bounds.get()))) return std::nullopt;
     Ref pair = owned(PySequence_Tuple(bounds));
@@ -76,8 +77,8 @@ bool substitutes_plainly() { return is_original(quiet_attr(global(names::re), na
 
 }  // namespace
 
-Ref passwords(PyObject* self, PyObject* make_series, Py_ssize_t rows) {
-    if (rows < kShortest || !namespace_is_untouched()) return {};
+Ref passwords(PyObject* self, PyObject* make_series, std::size_t rows) {
+    if (!is_worth_it(rows) || !namespace_is_untouched()) return {};
     if (!has_our_method(self, names::generate_password, entry<person::person_model::generate_password>)) return {};
     Ref random = module_random(global(names::random), {"randint", "choice"});
     const auto lengths = length_range(self);
@@ -85,13 +86,13 @@ Ref passwords(PyObject* self, PyObject* make_series, Py_ssize_t rows) {
     if (!random || !lengths || !characters) return {};
 
     Ref like = call(make_series, {list({names::x})}, {{names::dtype, names::string}});
-    TextSeries column(like, static_cast<std::size_t>(rows));
+    TextSeries column(like, rows);
     Sources sources;
     Mersenne& source = sources.add(random);
     const auto count = static_cast<std::uint32_t>(characters->size());
     std::string password;
     sources.take_over();
-    for (Py_ssize_t row = 0; row < rows; ++row) {
+    for (std::size_t row = 0; row < rows; ++row) {
         password.resize(lengths->lowest + source.below(lengths->count));
         for (char& character : password) character = (*characters)[source.below(count)];
         column.add(password);
@@ -106,7 +107,7 @@ Ref phone_numbers(PyObject* make_series, PyObject* isna, PyObject* number_format
     const auto missing = Flags::read(isna);
     const auto format = utf8(number_format);
     Ref random = module_random(global(names::random), {"randint"});
-    if (!missing || missing->size() < static_cast<std::size_t>(kShortest) || !format || !random) return {};
+    if (!missing || !is_worth_it(missing->size()) || !format || !random) return {};
 
     Ref no_number = attr(global(names::pd), names::NA);
     Ref kinds = list();

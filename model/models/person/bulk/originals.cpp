@@ -8,14 +8,11 @@ using namespace python;
 
 namespace {
 
-bool equals(PyObject* text, const char* ascii) {
-    return text != nullptr && PyUnicode_Check(text) && PyUnicode_CompareWithASCIIString(text, ascii) == 0;
-}
-
 /// The result, or empty where it could not be had for a reason that a single call may well meet, too.
 Ref quietly(PyObject* result) {
     if (result != nullptr) return Ref::steal(result);
-    if (PyErr_ExceptionMatches(PyExc_Exception) == 0 || PyErr_ExceptionMatches(PyExc_MemoryError) != 0) throw PythonError{};
+    if (PyErr_ExceptionMatches(PyExc_Exception) == 0 || PyErr_ExceptionMatches(PyExc_MemoryError) != 0)
+        throw PythonError{};
     PyErr_Clear();
     return {};
 }
@@ -23,13 +20,17 @@ Ref quietly(PyObject* result) {
 /// The code comes from the file of the module whose globals the function uses.
 bool comes_from(PyObject* function, PyObject* code, const char* module) {
     PyObject* globals = PyFunction_GetGlobals(function);
-    if (!equals(PyDict_GetItemString(globals, "__name__"), module)) return false;
+    if (!text_equals(PyDict_GetItemString(globals, "__name__"), module)) return false;
     PyObject* file = PyDict_GetItemString(globals, "__file__");
     Ref code_file = quiet_attr(code, "co_filename");
     return file != nullptr && code_file && PyUnicode_Check(file) && PyUnicode_Compare(file, code_file) == 0;
 }
 
 }  // namespace
+
+bool text_equals(PyObject* text, const char* ascii) {
+    return text != nullptr && PyUnicode_Check(text) && PyUnicode_CompareWithASCIIString(text, ascii) == 0;
+}
 
 Ref quiet_attr(PyObject* object, PyObject* name) { return quietly(PyObject_GetAttr(object, name)); }
 
@@ -41,10 +42,12 @@ Ref plain_value(PyObject* object, PyObject* name) {
     Ref own = quiet_attr(object, "__dict__");
     PyObject* lineage = Py_TYPE(object)->tp_mro;
     for (Py_ssize_t i = -1; i < PyTuple_GET_SIZE(lineage); ++i) {
-        Ref names = i < 0 ? std::move(own) : owned(PyType_GetDict(reinterpret_cast<PyTypeObject*>(PyTuple_GET_ITEM(lineage, i))));
+        Ref names = i < 0 ? std::move(own)
+                          : owned(PyType_GetDict(reinterpret_cast<PyTypeObject*>(PyTuple_GET_ITEM(lineage, i))));
         PyObject* found = names && PyDict_CheckExact(names.get()) ? PyDict_GetItemWithError(names, name) : nullptr;
         if (PyErr_Occurred() != nullptr) throw PythonError{};
-        if (found != nullptr) return found == value.get() && Py_TYPE(found)->tp_descr_get == nullptr ? std::move(value) : Ref();
+        if (found != nullptr)
+            return found == value.get() && Py_TYPE(found)->tp_descr_get == nullptr ? std::move(value) : Ref();
     }
     return {};
 }
@@ -54,7 +57,8 @@ Ref quiet_import(const char* name) { return quietly(PyImport_ImportModule(name))
 bool is_original(PyObject* function, const Original& original) {
     if (function == nullptr || !PyFunction_Check(function)) return false;
     PyObject* code = PyFunction_GetCode(function);
-    return equals(quiet_attr(code, "co_qualname"), original.qualname) && comes_from(function, code, original.module);
+    return text_equals(quiet_attr(code, "co_qualname"), original.qualname) &&
+           comes_from(function, code, original.module);
 }
 
 PyObject* bound_to(PyObject* method, const Original& original) {
@@ -64,6 +68,10 @@ PyObject* bound_to(PyObject* method, const Original& original) {
 
 bool is_ours(PyObject* function, const Entry& entry) {
     return function != nullptr && PyFunction_Check(function) && PyVectorcall_Function(function) == entry.vectorcall;
+}
+
+bool has_base_method(PyObject* object, const char* name, const Original& original) {
+    return bound_to(quiet_attr(object, name), original) == object;
 }
 
 bool reads_plainly(PyObject* object) { return Py_TYPE(object)->tp_getattro == PyObject_GenericGetAttr; }

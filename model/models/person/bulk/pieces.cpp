@@ -36,14 +36,21 @@ bool letters_are_plain() {
 std::string_view Piece::draw(Mersenne& source, std::string& buffer) const {
     const auto size = static_cast<std::uint32_t>(kLetters.size());
     switch (kind) {
-        case Kind::literal: return text;
-        case Kind::element: return table->text(table->draw(source));
-        case Kind::digit: buffer.assign(1, static_cast<char>('0' + source.below(10))); break;
-        case Kind::letter: buffer.assign(1, kLetters[source.below(size)]); break;
+        case Kind::literal:
+            return text;
+        case Kind::element:
+            return table->text(table->draw(source));
+        case Kind::digit:
+            buffer.assign(1, static_cast<char>('0' + source.below(10)));
+            break;
+        case Kind::letter:
+            buffer.assign(1, kLetters[source.below(size)]);
+            break;
         case Kind::acronym: {
             buffer.resize(2 + source.below(3));
             for (char& letter : buffer) {
-                letter = kLetters[static_cast<std::size_t>(source.uniform() * size) % (kLetters.size() / 2) + kLetters.size() / 2];
+                letter = kLetters[static_cast<std::size_t>(source.uniform() * size) % (kLetters.size() / 2) +
+                                  kLetters.size() / 2];
             }
             break;
         }
@@ -61,7 +68,7 @@ bool formats_plainly(PyObject* generator) {
                                    {"parse", "Generator.parse"},
                                    {"_Generator__format_token", "Generator.__format_token"}};
     return std::all_of(std::begin(kMethods), std::end(kMethods), [generator](const Method& method) {
-        return bound_to(quiet_attr(generator, method.name), {"faker.generator", method.qualname}) == generator;
+        return has_base_method(generator, method.name, {"faker.generator", method.qualname});
     });
 }
 
@@ -101,12 +108,10 @@ bool FormatReader::is_acronym(const std::string& name) const {
     Ref method = quiet_attr(faker_.generator(), name.c_str());
     Ref provider = faker_.provider_of(method);
     if (!provider || !letters_are_plain()) return false;
-    const auto is_base = [&provider](const char* base, const char* qualname) {
-        return bound_to(quiet_attr(provider, base), {kProviders, qualname}) == provider.get();
-    };
     return bound_to(method, {"faker.providers.company.es_ES", "Provider.random_company_acronym"}) != nullptr &&
-           is_base("random_int", "BaseProvider.random_int") && is_base("random_letters", "BaseProvider.random_letters") &&
-           is_base("random_choices", "BaseProvider.random_choices");
+           has_base_method(provider, "random_int", {kProviders, "BaseProvider.random_int"}) &&
+           has_base_method(provider, "random_letters", {kProviders, "BaseProvider.random_letters"}) &&
+           has_base_method(provider, "random_choices", {kProviders, "BaseProvider.random_choices"});
 }
 
 std::optional<Format> FormatReader::placeholders(std::string_view text) const {

@@ -83,7 +83,8 @@ Ref state_of(const Mersenne& engine) {
 }  // namespace
 
 bool is_plain_random(PyObject* object) {
-    return reads_plainly(object) && is_plain_type(reinterpret_cast<PyObject*>(Py_TYPE(object))) && has_plain_names(object);
+    return reads_plainly(object) && is_plain_type(reinterpret_cast<PyObject*>(Py_TYPE(object))) &&
+           has_plain_names(object);
 }
 
 Ref module_random(PyObject* random_module, std::initializer_list<const char*> functions) {
@@ -100,7 +101,8 @@ Ref module_random(PyObject* random_module, std::initializer_list<const char*> fu
     return source && is_plain_random(source) ? std::move(source) : Ref();
 }
 
-// --- random.Random ----------------------------------------------------------------------------------------------------------
+// --- random.Random
+// ----------------------------------------------------------------------------------------------------------
 
 Mersenne& Sources::add(PyObject* source) {
     for (Source& known : sources_) {
@@ -117,7 +119,8 @@ void Sources::take_over() {
 void Sources::hand_back() {
     // All that needs memory comes first: either every source is handed back, or none is and it can be tried again.
     std::vector<std::pair<Ref, Ref>> writes;
-    for (const Source& source : sources_) writes.emplace_back(word_method(source.object, "setstate"), state_of(source.engine));
+    for (const Source& source : sources_)
+        writes.emplace_back(word_method(source.object, "setstate"), state_of(source.engine));
     for (std::size_t i = 0; i < writes.size(); ++i) call(writes[i].first, {sources_[i].object, writes[i].second});
     taken_over_ = false;
 }
@@ -141,7 +144,8 @@ Sources::~Sources() {
     PyErr_SetRaisedException(exception);
 }
 
-// --- numpy ------------------------------------------------------------------------------------------------------------------
+// --- numpy
+// ------------------------------------------------------------------------------------------------------------------
 
 /// The interface that numpy's bit generators offer in their capsule (numpy/random/bitgen.h).
 struct NumpyChoice::BitGenerator {

@@ -65,7 +65,8 @@ bool namespace_is_untouched() {
         if (current != value) return false;
     }
     Ref gender_model = global(names::GenderModel);
-    return has_key(gender_model, names::key_female, names::female) && has_key(gender_model, names::key_male, names::male) &&
+    return has_key(gender_model, names::key_female, names::female) &&
+           has_key(gender_model, names::key_male, names::male) &&
            has_key(gender_model, names::key_non_binary, names::non_binary) &&
            has_key(gender_model, names::key_ambiguous, names::ambiguous) && pandas_is_untouched();
 }

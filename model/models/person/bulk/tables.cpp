@@ -15,7 +15,7 @@ using namespace python;
 
 namespace {
 
-constexpr double kExactIntegers = 9007199254740992.0;   // 2**53
+constexpr double kExactIntegers = 9007199254740992.0;  // 2**53
 
 bool is_class_of(PyObject* object, const char* module, const char* name) {
     Ref imported_module = quiet_import(module);
@@ -31,9 +31,29 @@ Ref kept_keys(PyObject* elements) {
     return keys;
 }
 
+/// The name of the attribute that a method draws from, where its whole body is `return self.random_element(self.name)`.
+Ref drawn_attribute(PyObject* function) {
+    static PyObject* const shape = [] {
+        Ref globals = dict();
+        const char* source = "def shape(self):\n    return self.random_element(self.elements)\n";
+        Ref ran = owned(PyRun_String(source, Py_file_input, globals, globals));
+        Ref code = owned(PyObject_GetAttrString(PyDict_GetItemString(globals, "shape"), "__code__"));
+        return owned(PyObject_GetAttrString(code, "co_code")).release();
+    }();
+    if (!PyFunction_Check(function)) return {};
+    PyObject* code = PyFunction_GetCode(function);
+    Ref instructions = quiet_attr(code, "co_code");
+    Ref names = quiet_attr(code, "co_names");
+    if (!instructions || !names || PyTuple_GET_SIZE(names.get()) != 2) return {};
+    if (require(PyObject_RichCompareBool(instructions, shape, Py_EQ)) == 0) return {};
+    if (PyUnicode_CompareWithASCIIString(PyTuple_GET_ITEM(names.get(), 0), "random_element") != 0) return {};
+    return Ref::share(PyTuple_GET_ITEM(names.get(), 1));
+}
+
 }  // namespace
 
-// --- tables -----------------------------------------------------------------------------------------------------------------
+// --- tables
+// -----------------------------------------------------------------------------------------------------------------
 
 std::optional<Table> Table::read(PyObject* elements, bool weighted) {
     const bool ordered_mapping = is_class_of(elements, "collections", "OrderedDict");
@@ -65,7 +85,7 @@ bool Table::read_weights(PyObject* elements) {
         PyObject* weight = PyTuple_GET_ITEM(weights.get(), static_cast<Py_ssize_t>(i));
         if (!PyFloat_CheckExact(weight) && !PyLong_CheckExact(weight)) return false;
         const double value = PyFloat_AsDouble(weight);
-        if (value == -1.0 && PyErr_Occurred() != nullptr) {   // an integer beyond all floats
+        if (value == -1.0 && PyErr_Occurred() != nullptr) {  // an integer beyond all floats
             PyErr_Clear();
             return false;
         }
@@ -83,13 +103,15 @@ std::size_t Table::draw(Mersenne& source) const {
     return static_cast<std::size_t>(std::upper_bound(first, cumulative_weights_.end() - 1, drawn) - first);
 }
 
-// --- Faker instances ----------------------------------------------------------------------------------------------------------
+// --- Faker instances
+// ----------------------------------------------------------------------------------------------------------
 
 std::optional<KnownFaker> KnownFaker::recognise(PyObject* faker) {
     PyObject* type = reinterpret_cast<PyObject*>(Py_TYPE(faker));
     if (!is_class_of(faker, "faker.proxy", "Faker")) return std::nullopt;
     if (!is_original(quiet_attr(type, "__getattr__"), {"faker.proxy", "Faker.__getattr__"})) return std::nullopt;
-    if (!is_original(quiet_attr(type, "__getattribute__"), {"faker.proxy", "Faker.__getattribute__"})) return std::nullopt;
+    if (!is_original(quiet_attr(type, "__getattribute__"), {"faker.proxy", "Faker.__getattribute__"}))
+        return std::nullopt;
 
     Ref names = quiet_attr(faker, "__dict__");
     PyObject* factories = names ? PyDict_GetItemString(names, "_factories") : nullptr;
@@ -101,7 +123,8 @@ std::optional<KnownFaker> KnownFaker::recognise(PyObject* faker) {
         return std::nullopt;
     }
     Ref random = quiet_attr(reinterpret_cast<PyObject*>(Py_TYPE(known.generator_.get())), "random");
-    if (!random || !is_original(quiet_attr(random, "fget"), {"faker.generator", "Generator.random"})) return std::nullopt;
+    if (!random || !is_original(quiet_attr(random, "fget"), {"faker.generator", "Generator.random"}))
+        return std::nullopt;
     known.source_ = quiet_attr(known.generator_, "random");
     if (!known.source_ || !is_plain_random(known.source_)) return std::nullopt;
     // A name in the proxy itself would come before the generator's.
@@ -115,36 +138,14 @@ Ref KnownFaker::provider_of(PyObject* method) const {
     if (method == nullptr || !PyMethod_Check(method)) return {};
     PyObject* provider = PyMethod_GET_SELF(method);
     if (!reads_plainly(provider) || plain_value(provider, string("generator")).get() != generator_.get()) return {};
-    const auto is_base = [provider](const char* name, const char* qualname) {
-        return bound_to(quiet_attr(provider, name), {"faker.providers", qualname}) == provider;
-    };
-    if (!is_base("random_element", "BaseProvider.random_element")) return {};
-    if (!is_base("random_elements", "BaseProvider.random_elements")) return {};
+    if (!has_base_method(provider, "random_element", {"faker.providers", "BaseProvider.random_element"})) return {};
+    if (!has_base_method(provider, "random_elements", {"faker.providers", "BaseProvider.random_elements"})) return {};
     Ref distribution = quiet_import("faker.providers");
     if (!is_original(quiet_attr(distribution, "choices_distribution"),
                      {"faker.utils.distribution", "choices_distribution"})) {
         return {};
     }
     return Ref::share(provider);
-}
-
-/// The name of the attribute that a method draws from, where its whole body is `return self.random_element(self.name)`.
-Ref drawn_attribute(PyObject* function) {
-    static PyObject* const shape = [] {
-        Ref globals = dict();
-        const char* source = "def shape(self):\n    return self.random_element(self.elements)\n";
-        Ref ran = owned(PyRun_String(source, Py_file_input, globals, globals));
-        Ref code = owned(PyObject_GetAttrString(PyDict_GetItemString(globals, "shape"), "__code__"));
-        return owned(PyObject_GetAttrString(code, "co_code")).release();
-    }();
-    if (!PyFunction_Check(function)) return {};
-    PyObject* code = PyFunction_GetCode(function);
-    Ref instructions = quiet_attr(code, "co_code");
-    Ref names = quiet_attr(code, "co_names");
-    if (!instructions || !names || PyTuple_GET_SIZE(names.get()) != 2) return {};
-    if (require(PyObject_RichCompareBool(instructions, shape, Py_EQ)) == 0) return {};
-    if (PyUnicode_CompareWithASCIIString(PyTuple_GET_ITEM(names.get(), 0), "random_element") != 0) return {};
-    return Ref::share(PyTuple_GET_ITEM(names.get(), 1));
 }
 
 std::optional<Table> KnownFaker::table(const char* method) const {
@@ -172,7 +173,8 @@ std::optional<Table> KnownFaker::gendered_table(PyObject* bound, PyObject* provi
         if (bound_to(bound, method) == nullptr) continue;
         if (quiet_attr(provider, attribute)) return table_of(provider, string(attribute));
         Ref neutral = quiet_attr(provider, "first_name");
-        if (!neutral || !PyMethod_Check(neutral.get()) || PyMethod_GET_SELF(neutral.get()) != provider) return std::nullopt;
+        if (!neutral || !PyMethod_Check(neutral.get()) || PyMethod_GET_SELF(neutral.get()) != provider)
+            return std::nullopt;
         Ref drawn = drawn_attribute(PyMethod_GET_FUNCTION(neutral.get()));
         return drawn ? table_of(provider, drawn) : std::nullopt;
     }

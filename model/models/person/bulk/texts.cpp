@@ -14,10 +14,6 @@ using namespace python;
 
 namespace {
 
-bool text_equals(PyObject* text, const char* ascii) {
-    return text != nullptr && PyUnicode_Check(text) && PyUnicode_CompareWithASCIIString(text, ascii) == 0;
-}
-
 /// The name of the object's type, with its module: what pandas calls its own.
 bool has_type(PyObject* object, const char* module, const char* name) {
     PyObject* type = reinterpret_cast<PyObject*>(Py_TYPE(object));
@@ -86,7 +82,8 @@ Ref first_row(PyObject* series) {
 
 Buffer::Buffer(PyObject* exporter) { require(PyObject_GetBuffer(exporter, &view_, PyBUF_SIMPLE)); }
 
-// --- reading ----------------------------------------------------------------------------------------------------------------
+// --- reading
+// ----------------------------------------------------------------------------------------------------------------
 
 std::optional<Texts> Texts::read(PyObject* series) {
     if (!is_series(series)) return std::nullopt;
@@ -99,7 +96,8 @@ std::optional<Texts> Texts::read(PyObject* series) {
         return texts;
     }
     if (!holds_texts(dtype)) return std::nullopt;
-    Ref array = call(owned(PyObject_GetAttrString(series, "to_numpy")), {reinterpret_cast<PyObject*>(&PyBaseObject_Type)});
+    Ref array =
+        call(owned(PyObject_GetAttrString(series, "to_numpy")), {reinterpret_cast<PyObject*>(&PyBaseObject_Type)});
     if (!texts.read_objects(method_result(array, "tolist"))) return std::nullopt;
     return texts;
 }
@@ -133,8 +131,9 @@ bool Texts::read_chunk(PyObject* chunk) {
         let_signals_in(row);
         const std::size_t bit = first + row;
         const bool present = valid == nullptr || (valid[bit / 8] >> (bit % 8) & 1U) != 0;
-        views_.push_back(present ? std::string_view(data + ends[row], static_cast<std::size_t>(ends[row + 1] - ends[row]))
-                                 : std::string_view());
+        views_.push_back(present
+                             ? std::string_view(data + ends[row], static_cast<std::size_t>(ends[row + 1] - ends[row]))
+                             : std::string_view());
     }
     return true;
 }
@@ -181,7 +180,8 @@ bool Flags::all() const {
     return std::all_of(values_.begin(), values_.end(), [](std::uint8_t value) { return value != 0; });
 }
 
-// --- writing ----------------------------------------------------------------------------------------------------------------
+// --- writing
+// ----------------------------------------------------------------------------------------------------------------
 
 TextSeries::TextSeries(PyObject* like, std::size_t rows)
     : like_(Ref::share(like)), dtype_(owned(PyObject_GetAttrString(like, "dtype"))), arrow_(is_arrow_backed(dtype_)) {
@@ -226,9 +226,9 @@ Ref TextSeries::arrow_array() {
     Ref pyarrow = owned(PyImport_ImportModule("pyarrow"));
     Ref as_buffer = owned(PyObject_GetAttrString(pyarrow, "py_buffer"));
     const auto buffer = [&](const void* bytes, std::size_t count) {
-        return call(as_buffer, {owned(PyBytes_FromStringAndSize(static_cast<const char*>(bytes),
-                                                                static_cast<Py_ssize_t>(count)))
-                                    .get()});
+        return call(
+            as_buffer,
+            {owned(PyBytes_FromStringAndSize(static_cast<const char*>(bytes), static_cast<Py_ssize_t>(count))).get()});
     };
     Ref valid = none();
     if (missing_ > 0) {
@@ -240,7 +240,8 @@ Ref TextSeries::arrow_array() {
     }
     Ref ends = buffer(ends_.data(), ends_.size() * sizeof(std::int64_t));
     Ref data = buffer(data_.data(), data_.size());
-    Ref make = owned(PyObject_GetAttrString(owned(PyObject_GetAttrString(pyarrow, "LargeStringArray")), "from_buffers"));
+    Ref make =
+        owned(PyObject_GetAttrString(owned(PyObject_GetAttrString(pyarrow, "LargeStringArray")), "from_buffers"));
     Ref rows = integer(static_cast<Py_ssize_t>(ends_.size()) - 1);
     Ref array = call(make, {rows, ends, data, valid});
     return call(owned(PyObject_GetAttrString(dtype_, "__from_arrow__")), {array});

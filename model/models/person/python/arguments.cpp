@@ -81,7 +81,8 @@ void bind(const Function& function, const CallSite& site, PyObject* defaults, st
     }
     if (misfit.keyword != nullptr) raise(PyExc_TypeError, misfit.format, function.name(), misfit.keyword);
     for (std::size_t i = required; i < accepted; ++i) {
-        if (values[i] == nullptr) values[i] = PyTuple_GET_ITEM(defaults, static_cast<Py_ssize_t>(i + default_count - accepted));
+        if (values[i] == nullptr)
+            values[i] = PyTuple_GET_ITEM(defaults, static_cast<Py_ssize_t>(i + default_count - accepted));
     }
     check_types(function, values);
 }

@@ -34,11 +34,16 @@ Ref stored_property(PyObject* names, PyObject* name) {
 
 Ref wrap(const Function& function, const Ref& made, PyObject* names, PyObject* name) {
     switch (function.kind) {
-        case Kind::property: return call(builtins::property, {made});
-        case Kind::setter: return call_method(stored_property(names, name), string("setter"), {made});
-        case Kind::static_method: return call(builtins::staticmethod, {made});
-        case Kind::class_method: return owned(PyClassMethod_New(made));
-        case Kind::function: break;
+        case Kind::property:
+            return call(builtins::property, {made});
+        case Kind::setter:
+            return call_method(stored_property(names, name), string("setter"), {made});
+        case Kind::static_method:
+            return call(builtins::staticmethod, {made});
+        case Kind::class_method:
+            return owned(PyClassMethod_New(made));
+        case Kind::function:
+            break;
     }
     return Ref::share(made);
 }

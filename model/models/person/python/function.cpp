@@ -28,9 +28,10 @@ class RecursionGuard {
 /// The code of a function that is all interpreter, to be dressed as one of ours. It only ever runs where somebody
 /// makes another function of it.
 Ref template_code() {
-    Ref source = owned(Py_CompileString("def compiled():\n"
-                                        "    raise SystemError('the code of a compiled function does not run by itself')\n",
-                                        module().file, Py_file_input));
+    Ref source =
+        owned(Py_CompileString("def compiled():\n"
+                               "    raise SystemError('the code of a compiled function does not run by itself')\n",
+                               module().file, Py_file_input));
     Ref constants = owned(PyObject_GetAttrString(source, "co_consts"));
     for (Py_ssize_t i = 0; i < PyTuple_GET_SIZE(constants.get()); ++i) {
         PyObject* constant = PyTuple_GET_ITEM(constants.get(), i);
@@ -67,7 +68,8 @@ Ref make_code(const Function& function) {
     change("co_varnames", names);
     change("co_freevars",
            function.free_variable == nullptr ? tuple({}) : tuple({string(function.free_variable).get()}));
-    return owned(PyObject_VectorcallDict(owned(PyObject_GetAttrString(template_code(), "replace")), nullptr, 0, changes));
+    return owned(
+        PyObject_VectorcallDict(owned(PyObject_GetAttrString(template_code(), "replace")), nullptr, 0, changes));
 }
 
 /// The function's code, made once: lambdas and generator expressions are made anew on each call.
@@ -114,7 +116,8 @@ const char* Function::name() const {
 Ref Arguments::free_variable() const {
     PyObject* content = PyCell_GET(PyTuple_GET_ITEM(PyFunction_GET_CLOSURE(object_), 0));
     if (content == nullptr) {
-        raise(PyExc_NameError, "cannot access free variable '%s' where it is not associated with a value in enclosing scope",
+        raise(PyExc_NameError,
+              "cannot access free variable '%s' where it is not associated with a value in enclosing scope",
               function_.free_variable);
     }
     return Ref::share(content);
@@ -126,7 +129,7 @@ PyObject* enter(const Function& function, PyObject* object, PyObject* const* arg
                 PyObject* keyword_names) noexcept {
     std::array<PyObject*, kMaxParameters> slots{};
     const std::span<PyObject*> values(slots.data(), function.parameters.size());
-    Ref defaults;   // kept for the whole call: the values bound from it are borrowed
+    Ref defaults;  // kept for the whole call: the values bound from it are borrowed
     try {
         defaults = Ref::share(PyFunction_GET_DEFAULTS(object));
         bind(function, {arguments, PyVectorcall_NARGS(flagged_count), keyword_names}, defaults, values);
@@ -148,7 +151,8 @@ PyObject* enter(const Function& function, PyObject* object, PyObject* const* arg
 
 Ref make_function(const Entry& entry, PyObject* cell) {
     const Function& function = entry.function;
-    if (function.parameters.size() > kMaxParameters) raise(PyExc_SystemError, "too many parameters: %s", function.qualname);
+    if (function.parameters.size() > kMaxParameters)
+        raise(PyExc_SystemError, "too many parameters: %s", function.qualname);
     Ref made = owned(PyFunction_NewWithQualName(code_of(function), module().globals, string(function.qualname)));
     Ref doc = function.doc == nullptr ? none() : string(function.doc);
     require(PyObject_SetAttrString(made, "__doc__", doc));

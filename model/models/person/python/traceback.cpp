@@ -16,11 +16,11 @@ void add_traceback_entry(const char* shown, int line) noexcept {
     Ref code = Ref::steal(reinterpret_cast<PyObject*>(PyCode_NewEmpty(module().file, shown, line)));
     Ref frame;
     if (code) {
-        frame = Ref::steal(reinterpret_cast<PyObject*>(PyFrame_New(PyThreadState_Get(),
-                                                                   reinterpret_cast<PyCodeObject*>(code.get()),
-                                                                   module().globals, nullptr)));
+        frame = Ref::steal(reinterpret_cast<PyObject*>(
+            PyFrame_New(PyThreadState_Get(), reinterpret_cast<PyCodeObject*>(code.get()), module().globals, nullptr)));
     }
-    PyErr_SetRaisedException(exception);   // also drops what making the frame may have raised: the entry is then left out
+    PyErr_SetRaisedException(
+        exception);  // also drops what making the frame may have raised: the entry is then left out
     if (frame) PyTraceBack_Here(reinterpret_cast<PyFrameObject*>(frame.get()));
 }
 
