@@ -148,8 +148,35 @@ def test_namibia_is_learnt_and_warned_of_in_a_plain_line() -> None:
         "vantrel: warning: Faker has no person names of its own for these; they get those of the"
         " locale in brackets: NA (en_GB).\n"
     )
-    succeed("sample m.json -n 3 -o out.csv")
+    assert succeed("sample m.json -n 3 -o out.csv").stderr == ""
     assert set(read_table(Path("out.csv"))["land"]) == {"NA"}
+
+
+def test_notes_tell_what_samples_will_not_have() -> None:
+    Path("people.csv").write_text("sex,t,class\nm,Mr,1\nf,Dr,2\nzz,Mx,3\nzz,Dr,3\nyy,Qq,3\n,,\n")
+    result = succeed(f"{FIT} --column title=t")
+    assert result.stderr.splitlines() == [
+        "vantrel: note: Column 'sex' has values that are not understood as genders and count as"
+        " missing: 'zz' (2), 'yy' (1).",
+        "vantrel: note: Column 't' has titles that will never be sampled, as they tell none of the"
+        " learnt genders: 'Dr' (2), 'Mx' (1), 'Qq' (1).",
+        "vantrel: note: These columns are not labelled and are left out: 'class'.",
+    ]
+
+
+def test_a_table_that_is_wholly_understood_needs_no_notes() -> None:
+    Path("people.csv").write_text("sex,t\nm,Mr\nf,Mrs\n")
+    assert succeed(f"{FIT} --column title=t").stderr == ""
+
+
+def test_titles_that_tell_the_gender_are_all_sampled() -> None:
+    Path("people.csv").write_text("t\nMr\nDr\n")
+    assert succeed("fit people.csv -o m.json --column title=t").stderr == ""
+
+
+def test_notes_show_a_few_values() -> None:
+    Path("people.csv").write_text("sex\nm\n" + "".join(f"z{i}\n" for i in range(7)))
+    assert succeed(FIT).stderr.endswith(" (1) and 2 more.\n")
 
 
 def test_a_locale_is_kept_and_used() -> None:
@@ -218,7 +245,7 @@ def test_a_table_that_is_none(content: str) -> None:
 def test_an_unknown_country_names_the_nearest() -> None:
     Path("people.csv").write_text("sex,land\nm,Germny\n")
     assert fail(f"{FIT} --column country=land", 1).startswith(
-        "'Germny' is neither a country nor a locale. Did you mean 'Germany'"
+        "Column 'land': 'Germny' is neither a country nor a locale. Did you mean 'Germany'"
     )
 
 

@@ -129,7 +129,7 @@ def test_a_locale_written_exactly_comes_before_a_country() -> None:
     ("place", "hint"),
     [
         ("Germny", " Did you mean 'Germany'"),
-        ("en_XX", " Did you mean '"),
+        ("en_XX", " Write a country"),
         ("qqqqqqqq", " Write a country"),
         ("", " Write a country"),
     ],
@@ -141,6 +141,20 @@ def test_what_is_no_place_is_refused_with_the_nearest_names(place: str, hint: st
     assert str(caught.value).endswith(
         " Write a country as its ISO code or its English name, a locale as 'en_GB'."
     )
+
+
+def test_all_unknown_places_are_named_at_once() -> None:
+    with pytest.raises(ValueError) as caught:
+        locales_for("GB", "Germny", "qqqqqqqq")
+    assert str(caught.value) == (
+        "These are neither countries nor locales: 'Germny' (did you mean 'Germany'?), 'qqqqqqqq'."
+        " Write a country as its ISO code or its English name, a locale as 'en_GB'."
+    )
+
+
+def test_of_many_unknown_places_some_are_named() -> None:
+    with pytest.raises(ValueError, match=r"'qqqq19' and 2 more\. Write"):
+        locales_for(*(f"qqqq{i}" for i in range(22)))
 
 
 def test_countries_and_locales_are_those_with_names_of_their_own() -> None:

@@ -6,6 +6,7 @@ import click
 
 from vantrel.command.labels import (
     check_columns,
+    check_countries,
     columns_by_attribute,
     generated_attributes,
     make_person,
@@ -65,6 +66,7 @@ def fit(
     meta = make_person(columns, generated, locales)
 
     # These take a second to import; help and usage errors need not wait for them.
+    from vantrel.command.notes import notes
     from vantrel.model.models.person import PersonModel
     from vantrel.model_file import save
     from vantrel.tables import read_table
@@ -73,8 +75,11 @@ def fit(
     with reporting():
         df = read_table(table)
         check_columns(df, columns, table)
+        check_countries(df, columns)
         # Fitting does not look at locales: an unknown one would be found on sampling only.
         get_country_to_provder_map(locales, Provider.PERSON)
         model = PersonModel(meta=meta).fit(df)
         save(model, output)
     click.echo(f"Learnt from {len(df):,} rows of {table}; wrote {output}.")
+    for note in notes(model, df):
+        click.echo(f"vantrel: note: {note}", err=True)

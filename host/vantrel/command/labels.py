@@ -106,3 +106,20 @@ def check_columns(df: pd.DataFrame, columns: dict[str, str], table: object) -> N
                 f"Column {column!r} of table {table} holds missing values only: leave"
                 f" {attribute!r} out."
             )
+
+
+def check_countries(df: pd.DataFrame, columns: dict[str, str]) -> None:
+    """Makes sure that every country is known, where there is a column of them.
+
+    Raises:
+        click.ClickException: Some are not; all of them are named.
+    """
+    from vantrel.util.locale.locale import refuse_unknown
+
+    if "country" not in columns:
+        return
+    column = columns["country"]
+    try:
+        refuse_unknown(df[column].dropna().unique())
+    except ValueError as error:
+        raise click.ClickException(f"Column {column!r}: {error}") from error

@@ -1,5 +1,6 @@
 """``vantrel sample``: from a model file to a table."""
 
+import warnings
 from pathlib import Path
 
 import click
@@ -44,8 +45,10 @@ def sample(model_file: Path, rows: int, seed: int | None, output: Path) -> None:
     from vantrel.sampling import sample_people
     from vantrel.seeding import seed_everything
     from vantrel.tables import write_csv, write_table
+    from vantrel.util.locale.locale import BorrowedNamesWarning
 
     with reporting():
+        warnings.simplefilter("ignore", BorrowedNamesWarning)  # 'vantrel fit' has told
         model = load(model_file)
         if seed is not None:
             seed_everything(model, seed)

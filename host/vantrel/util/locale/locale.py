@@ -10,6 +10,7 @@ import warnings
 from collections.abc import Iterable
 from difflib import get_close_matches
 from enum import Enum
+from functools import cache
 
 import pandas as pd
 from faker import Faker
@@ -22,6 +23,13 @@ from vantrel.util.locale.faker_locales import (
     locales_by_country,
     locales_with_names,
 )
+
+# An error names no more unknown places than a reader can take in.
+_MOST_NAMED = 20
+
+
+class BorrowedNamesWarning(UserWarning):
+    """Some places get the names of another place's locale."""
 
 
 class Provider(Enum):
@@ -42,21 +50,22 @@ def get_country_to_provder_map(countries: Iterable[str], provider: Provider) -> 
         first appearance.
 
     Raises:
-        ValueError: A value is neither a country nor a locale.
+        ValueError: Some values are neither a country nor a locale; all of them are named.
 
     Warns:
-        UserWarning: Once for all values of which Faker has no names of their own, with the
+        BorrowedNamesWarning: Once for all values of which Faker has no names of their own, with the
             locales whose names they get.
     """
     _check(provider)
     present = dict.fromkeys(country for country in countries if not pd.isna(country))
+    refuse_unknown(present)
     chosen = {country: _resolve(country) for country in present}
     borrowed = [f"{country} ({locale})" for country, (locale, own) in chosen.items() if not own]
     if borrowed:
         warnings.warn(
             "Faker has no person names of its own for these; they get those of the locale in"
             f" brackets: {', '.join(borrowed)}.",
-            UserWarning,
+            BorrowedNamesWarning,
             stacklevel=2,
         )
     return {country: Faker(locale) for country, (locale, _) in chosen.items()}
@@ -91,26 +100,57 @@ def _check(provider: Provider) -> None:
         raise ValueError(f"No locales are known for {provider!r}: use Provider.PERSON.")
 
 
+def refuse_unknown(places: Iterable[str]) -> None:
+    """Makes sure that each place is a country or a locale.
+
+    Raises:
+        ValueError: Some are neither; all of them are named.
+    """
+    unknown = [place for place in places if _locale_of(place) is None]
+    if unknown:
+        raise ValueError(_unknown(unknown))
+
+
 def _resolve(place: str) -> tuple[str, bool]:
-    """Gives a place's locale and whether Faker has names of the very place."""
+    """Gives a known place's locale and whether Faker has names of the very place."""
+    found = _locale_of(place)
+    assert found is not None
+    return found
+
+
+def _locale_of(place: str) -> tuple[str, bool] | None:
     text = str(place).strip()
     if text.replace("-", "_") in locales():
         return locale_for_locale(text.replace("-", "_"))
     country = country_codes().get(folded(text))
     if country:
         return locale_for_country(country)
-    by_folded = {folded(locale): locale for locale in locales()}
-    if folded(text) in by_folded:
-        return locale_for_locale(by_folded[folded(text)])
-    raise ValueError(_unknown(place, by_folded))
+    locale = _locales_by_folded().get(folded(text))
+    return locale_for_locale(locale) if locale else None
 
 
-def _unknown(place: str, by_folded: dict[str, str]) -> str:
-    shown = {spelling: country_name(code) for spelling, code in country_codes().items()} | by_folded
-    nearest = get_close_matches(folded(str(place)), shown, n=5, cutoff=0.6)
-    names = list(dict.fromkeys(shown[spelling] for spelling in nearest))[:3]
-    hint = f" Did you mean {' or '.join(map(repr, names))}?" if names else ""
-    return (
-        f"{place!r} is neither a country nor a locale.{hint} Write a country as its ISO code or"
-        " its English name, a locale as 'en_GB'."
-    )
+@cache
+def _locales_by_folded() -> dict[str, str]:
+    return {folded(locale): locale for locale in locales()}
+
+
+def _unknown(places: list[str]) -> str:
+    advice = "Write a country as its ISO code or its English name, a locale as 'en_GB'."
+    if len(places) == 1:
+        (place,) = places
+        hint = f" Did you mean {_nearest(place)}?" if _nearest(place) else ""
+        return f"{place!r} is neither a country nor a locale.{hint} {advice}"
+    named = [
+        f"{place!r} (did you mean {near}?)" if (near := _nearest(place)) else repr(place)
+        for place in places[:_MOST_NAMED]
+    ]
+    more = f" and {len(places) - _MOST_NAMED} more" if len(places) > _MOST_NAMED else ""
+    return f"These are neither countries nor locales: {', '.join(named)}{more}. {advice}"
+
+
+def _nearest(place: str) -> str:
+    codes = country_codes()
+    shown = {spelling: country_name(code) for spelling, code in codes.items()}
+    shown |= _locales_by_folded()
+    nearest = get_close_matches(folded(str(place)), shown, n=3, cutoff=0.8)
+    return " or ".join(repr(name) for name in dict.fromkeys(shown[near] for near in nearest))
