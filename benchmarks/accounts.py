@@ -25,8 +25,8 @@ COLLECTIONS = "generate_values_from_collections"
 PART_OF = {
     "generate_first_names": "first names",
     "generate_last_names": "last names",
-    "generate_emails": "domain names, joined to e-mails",
-    "generate_usernames": "usernames, also those of e-mails",
+    "generate_emails": "e-mails: usernames of their own, domain names",
+    "generate_usernames": "usernames",
     "generate_passwords": "passwords",
     "generate_phone_numbers": "phone numbers, three columns",
 }
@@ -102,6 +102,17 @@ def _wrapped(model: PersonModel, accounts: Accounts) -> Iterator[None]:
     wrappers = {name: accounts.timed(getattr(model, name), part) for name, part in PART_OF.items()}
     wrappers[GENDER_KEYS] = accounts.timed(getattr(model, GENDER_KEYS), GENDER_KEYS)
     wrappers[COLLECTIONS] = accounts.timed_collections(getattr(model, COLLECTIONS))
+    emails = wrappers["generate_emails"]
+
+    def emails_with_plain_usernames(*args: Any, **kwargs: Any) -> Any:
+        # E-mails are made at once only where the method behind their usernames is the class's own.
+        usernames = vars(model).pop("generate_usernames")
+        try:
+            return emails(*args, **kwargs)
+        finally:
+            vars(model)["generate_usernames"] = usernames
+
+    wrappers["generate_emails"] = emails_with_plain_usernames
     vars(model).update(wrappers)
     try:
         yield
