@@ -1,5 +1,6 @@
 """Reads and writes tables of people."""
 
+import csv
 from pathlib import Path
 from typing import TextIO
 
@@ -33,12 +34,27 @@ def read_table(path: Path) -> pd.DataFrame:
     except UnicodeDecodeError as error:
         raise TableError(f"Table {path} is not in UTF-8: save it in that encoding.") from error
     except ParserError as error:
-        raise TableError(f"Table {path} is no CSV table: {' '.join(str(error).split())}") from error
+        reason = _ragged_row(path) or " ".join(str(error).split())
+        raise TableError(f"Table {path} is no CSV table: {reason}") from error
     if not isinstance(df.index, pd.RangeIndex):  # pandas made the surplus an index
-        raise TableError(f"Table {path} has rows with more values than its header has names.")
+        reason = _ragged_row(path) or "it has rows with more values than its header has names."
+        raise TableError(f"Table {path} is no CSV table: {reason}")
     if df.empty:
         raise TableError(f"Table {path} has a header but no rows: give it at least one.")
     return df
+
+
+def _ragged_row(path: Path) -> str | None:
+    """Tells the first row that is longer than the header, if the file can be read again."""
+    if not path.is_file():
+        return None
+    with path.open(encoding="utf-8-sig", newline="") as file:
+        rows = csv.reader(file)
+        width = len(next(filter(None, rows), []))
+        for row in rows:
+            if len(row) > width:
+                return f"line {rows.line_num} has {len(row)} values, the header {width}."
+    return None
 
 
 def write_table(df: pd.DataFrame, path: Path) -> None:

@@ -197,7 +197,7 @@ def test_an_existing_model_is_replaced_only_by_a_good_one() -> None:
     [
         (
             "fit people.csv -o m.json --column gender=zz",
-            "Table people.csv has no column 'zz' for 'gender'; its columns are: 'land', 'surname',"
+            "Table people.csv has no column 'zz' for 'gender'. Its columns are: 'land', 'surname',"
             " 'title', 'sex'.",
         ),
         (
@@ -242,6 +242,17 @@ def test_a_table_that_is_none(content: str) -> None:
     assert fail(FIT, 1).startswith("Table people.csv ")
 
 
+def test_a_wrong_column_names_the_nearest() -> None:
+    message = fail("fit people.csv -o m.json --column gender=SEX", 1)
+    assert " for 'gender'. Did you mean 'sex'? Its columns are: " in message
+
+
+@pytest.mark.parametrize(("separator", "name"), [(";", "semicolons"), ("\t", "tabs")])
+def test_a_table_with_another_separator(separator: str, name: str) -> None:
+    Path("people.csv").write_text(f"sex{separator}land\nm{separator}GB\n")
+    assert fail(FIT, 1).endswith(f" It seems to be separated by {name}: separate it by commas.")
+
+
 def test_an_unknown_country_names_the_nearest() -> None:
     Path("people.csv").write_text("sex,land\nm,Germny\n")
     assert fail(f"{FIT} --column country=land", 1).startswith(
@@ -271,12 +282,16 @@ def test_a_model_file_that_is_none(content: str | dict[str, object], message: st
     [
         (
             "fit people.csv -o m.json --column gendr=sex",
-            "Invalid value for '--column': 'gendr' is no attribute of a person; known are:"
-            f" {ATTRIBUTES}.",
+            "Invalid value for '--column': 'gendr' is no attribute of a person. Did you mean"
+            f" 'gender'? Known are: {ATTRIBUTES}.",
         ),
         (
             "fit people.csv -o m.json --column sex",
             "Invalid value for '--column': 'sex' is not of the form ATTRIBUTE=COLUMN.",
+        ),
+        (
+            "fit people.csv -o m.json --column sex=gender",
+            "Invalid value for '--column': 'sex=gender' is the wrong way round: write gender=sex.",
         ),
         (f"{FIT} --column gender=title", "Invalid value for '--column': 'gender' is given twice."),
         (
@@ -291,7 +306,7 @@ def test_a_model_file_that_is_none(content: str | dict[str, object], message: st
         ),
         (
             f"{FIT} --generate zz",
-            f"Invalid value for '--generate': 'zz' is no attribute of a person; known are:"
+            f"Invalid value for '--generate': 'zz' is no attribute of a person. Known are:"
             f" {ATTRIBUTES}.",
         ),
         (

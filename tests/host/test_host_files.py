@@ -118,8 +118,8 @@ def test_a_table_that_was_read_is_written_the_same(tmp_path: Path) -> None:
         (b"\n\n", " is empty: give it a header and at least one row."),
         (b"a,b\n", " has a header but no rows: give it at least one."),
         (b"a\n\xff\xfe\n", " is not in UTF-8: save it in that encoding."),
-        (b"a\n1,2\n3,4\n", " has rows with more values than its header has names."),
-        (b"a\n1\n1,2,3\n", " is no CSV table: "),
+        (b"a\n1,2\n3,4\n", " is no CSV table: line 2 has 2 values, the header 1."),
+        (b"a,b\n1,2\n1,2,3,4\n", " is no CSV table: line 3 has 4 values, the header 2."),
         (b'a\n"x', " is no CSV table: "),
     ],
 )

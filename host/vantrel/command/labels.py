@@ -2,8 +2,9 @@
 
 from __future__ import annotations
 
-from collections.abc import Sequence
+from collections.abc import Iterable, Sequence
 from dataclasses import fields
+from difflib import get_close_matches
 from typing import TYPE_CHECKING
 
 import click
@@ -33,6 +34,10 @@ def columns_by_attribute(
         attribute, equals, column = value.partition("=")
         if not (equals and column):
             raise click.BadParameter(f"{value!r} is not of the form ATTRIBUTE=COLUMN.")
+        if attribute not in ATTRIBUTES and column in ATTRIBUTES:
+            raise click.BadParameter(
+                f"{value!r} is the wrong way round: write {column}={attribute}."
+            )
         _refuse_unknown(attribute)
         if attribute in columns:
             raise click.BadParameter(f"{attribute!r} is given twice.")
@@ -61,8 +66,16 @@ def generated_attributes(
 def _refuse_unknown(attribute: str) -> None:
     if attribute not in ATTRIBUTES:
         raise click.BadParameter(
-            f"{attribute!r} is no attribute of a person; known are: {', '.join(ATTRIBUTES)}."
+            f"{attribute!r} is no attribute of a person.{_suggestion(attribute, ATTRIBUTES)} Known"
+            f" are: {', '.join(ATTRIBUTES)}."
         )
+
+
+def _suggestion(text: str, known: Iterable[str]) -> str:
+    """Asks for the known name that is nearest, without regard to case, if one is near."""
+    by_folded = {str(name).casefold(): name for name in known}
+    nearest = get_close_matches(text.casefold(), by_folded, n=1, cutoff=0.8)
+    return f" Did you mean {by_folded[nearest[0]]!r}?" if nearest else ""
 
 
 def make_person(
@@ -98,14 +111,21 @@ def check_columns(df: pd.DataFrame, columns: dict[str, str], table: object) -> N
         if column not in df.columns:
             known = ", ".join(map(repr, df.columns))
             raise click.ClickException(
-                f"Table {table} has no column {column!r} for {attribute!r}; its columns are:"
-                f" {known}."
+                f"Table {table} has no column {column!r} for {attribute!r}."
+                f"{_suggestion(column, df.columns)} Its columns are: {known}.{_separator_hint(df)}"
             )
         if df[column].isna().all():
             raise click.ClickException(
                 f"Column {column!r} of table {table} holds missing values only: leave"
                 f" {attribute!r} out."
             )
+
+
+def _separator_hint(df: pd.DataFrame) -> str:
+    for separator, name in ((";", "semicolons"), ("\t", "tabs")):
+        if len(df.columns) == 1 and separator in df.columns[0]:
+            return f" It seems to be separated by {name}: separate it by commas."
+    return ""
 
 
 def check_countries(df: pd.DataFrame, columns: dict[str, str]) -> None:
