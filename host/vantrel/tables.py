@@ -1,6 +1,7 @@
 """Reads and writes tables of people."""
 
 import csv
+from contextlib import suppress
 from pathlib import Path
 from typing import TextIO
 
@@ -50,10 +51,11 @@ def _ragged_row(path: Path) -> str | None:
         return None
     with path.open(encoding="utf-8-sig", newline="") as file:
         rows = csv.reader(file)
-        width = len(next(filter(None, rows), []))
-        for row in rows:
-            if len(row) > width:
-                return f"line {rows.line_num} has {len(row)} values, the header {width}."
+        with suppress(csv.Error, UnicodeDecodeError):
+            width = len(next(filter(None, rows), []))
+            for row in rows:
+                if len(row) > width:
+                    return f"line {rows.line_num} has {len(row)} values, the header {width}."
     return None
 
 

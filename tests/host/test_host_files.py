@@ -121,6 +121,7 @@ def test_a_table_that_was_read_is_written_the_same(tmp_path: Path) -> None:
         (b"a\n1,2\n3,4\n", " is no CSV table: line 2 has 2 values, the header 1."),
         (b"a,b\n1,2\n1,2,3,4\n", " is no CSV table: line 3 has 4 values, the header 2."),
         (b'a\n"x', " is no CSV table: "),
+        (b'a\n"' + b"x" * 200_000, " is no CSV table: "),
     ],
 )
 def test_what_is_no_table_is_refused(tmp_path: Path, content: bytes, message: str) -> None:
