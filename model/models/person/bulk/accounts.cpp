@@ -1,5 +1,6 @@
 // Usernames and e-mail addresses, whole columns at once.
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <deque>
@@ -112,7 +113,11 @@ class Usernames {
 
   private:
     static constexpr std::array<std::string_view, 4> kSeparators{"", ".", "-", "_"};
-    static constexpr std::uint32_t kNumbers = 101;
+    inline static const std::vector<std::string> kNumbers = [] {
+        std::vector<std::string> numbers;
+        for (int number = 0; number <= 100; ++number) numbers.push_back(std::to_string(number));
+        return numbers;
+    }();
     static constexpr std::size_t kAdded = 4;  ///< a separator and a number of three digits
 
     void draw_separators() {
@@ -124,11 +129,14 @@ class Usernames {
         }
     }
 
-    std::uint32_t draw_number() { return source_->below(kNumbers); }
+    /// A number from 0 to 100, as text.
+    std::string_view draw_number() { return kNumbers[source_->below(static_cast<std::uint32_t>(kNumbers.size()))]; }
 
     void append_without_blanks(std::string_view text) {
-        for (const char c : text) {
-            if (c != ' ') data_ += c;
+        for (std::size_t start = 0; start <= text.size();) {
+            const std::size_t blank = std::min(text.find(' ', start), text.size());
+            data_.append(text, start, blank - start);
+            start = blank + 1;
         }
     }
 
@@ -143,8 +151,8 @@ class Usernames {
             append_without_blanks(names_.first[row]);
             data_ += kSeparators[drawn_[row]];
             append_without_blanks(names_.last[row]);
-            const std::uint32_t number = draw_number();
-            if (source_->below(2) == 1) data_ += std::to_string(number);
+            const std::string_view number = draw_number();
+            if (source_->below(2) == 1) data_ += number;
             usernames_.emplace_back(data_.data() + start, data_.size() - start);
             sources_.breathe();
         }
@@ -163,7 +171,7 @@ class Usernames {
                 sources_.breathe();
             }
             for (const std::uint32_t row : rows) {
-                usernames_[row] = renamed_.emplace_back(std::string(usernames_[row]) + std::to_string(draw_number()));
+                usernames_[row] = renamed_.emplace_back(usernames_[row]).append(draw_number());
                 sources_.breathe();
             }
             for (const std::uint32_t row : rows) {
