@@ -1,0 +1,96 @@
+"""Keeps beside a sample how it was made."""
+
+from __future__ import annotations
+
+import hashlib
+import json
+from dataclasses import asdict, dataclass, field, fields
+from pathlib import Path
+from typing import Any
+
+from vantrel.files import replacing
+from vantrel.versions import versions
+
+FORMAT = "vantrel-sample"
+SCHEMA_VERSION = 1
+
+
+class RecordError(ValueError):
+    """A file holds no record that this version can use."""
+
+
+@dataclass(frozen=True)
+class SampleRecord:
+    """How a sample was made: with it and the model file, the sample can be made again.
+
+    Args:
+        model: The name of the model file, without its folder.
+        model_sha256: The SHA-256 of the model file in hexadecimal digits.
+        rows: The number of rows.
+        seed: The seed, drawn or given.
+        columns: The sample's columns by the attribute that each holds.
+        options: What else was asked for, by the option's name.
+        versions: The versions that the rows depend on, by name.
+    """
+
+    model: str
+    model_sha256: str
+    rows: int
+    seed: int
+    columns: dict[str, str]
+    options: dict[str, Any] = field(default_factory=dict)
+    versions: dict[str, str] = field(default_factory=versions)
+
+
+def record_path(output: Path) -> Path:
+    """Where the record of a sample is kept: beside a file, and inside a folder of files.
+
+    Readers of Parquet folders skip names that begin with an underscore.
+    """
+    if output.is_dir():
+        return output / "_made.json"
+    return output.with_name(f"{output.name}.made.json")
+
+
+def sha256_of(path: Path) -> str:
+    """The SHA-256 of a file in hexadecimal digits.
+
+    Raises:
+        OSError: The file cannot be read.
+    """
+    with path.open("rb") as file:
+        return hashlib.file_digest(file, "sha256").hexdigest()
+
+
+def write_record(record: SampleRecord, output: Path) -> None:
+    """Writes the record of a sample beside it, whole or not at all.
+
+    Raises:
+        OSError: The file cannot be written.
+    """
+    form = {"format": FORMAT, "schema_version": SCHEMA_VERSION, **asdict(record)}
+    with replacing(record_path(output)) as file:
+        file.write(json.dumps(form, ensure_ascii=False, allow_nan=False, indent=2) + "\n")
+
+
+def read_record(output: Path) -> SampleRecord | None:
+    """Reads the record of a sample.
+
+    Returns:
+        None if the sample has none.
+
+    Raises:
+        RecordError: There is a file in its place that is no record.
+    """
+    path = record_path(output)
+    try:
+        form = json.loads(path.read_text(encoding="utf-8"))
+        if form["format"] != FORMAT or form["schema_version"] != SCHEMA_VERSION:
+            raise ValueError("another format or schema version")
+        return SampleRecord(**{each.name: form[each.name] for each in fields(SampleRecord)})
+    except FileNotFoundError:
+        return None
+    except (OSError, ValueError, TypeError, KeyError) as error:
+        raise RecordError(
+            f"{path} is no record of a sample ({error}): remove it or sample again."
+        ) from error
