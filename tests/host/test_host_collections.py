@@ -5,6 +5,7 @@ import re
 import numpy as np
 import pandas as pd
 import pytest
+
 from vantrel.util.person import collections_from_mapping
 
 MAPPING = {"F": "^(f|dr)$", "M": "^(m|dr)$"}
@@ -64,8 +65,13 @@ def test_a_pattern_that_is_no_expression_is_refused() -> None:
 
 def test_each_pattern_is_compiled_once(monkeypatch: pytest.MonkeyPatch) -> None:
     compiled = []
-    compile_ = re.compile
-    monkeypatch.setattr(re, "compile", lambda *a: compiled.append(a[0]) or compile_(*a))
+    original = re.compile
+
+    def noted(pattern: str, *flags: int) -> re.Pattern[str]:
+        compiled.append(pattern)
+        return original(pattern, *flags)
+
+    monkeypatch.setattr(re, "compile", noted)
     collections_from_mapping(list("abcdef"), MAPPING, "A")
     assert compiled == list(MAPPING.values())
 

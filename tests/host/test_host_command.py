@@ -10,6 +10,7 @@ from pathlib import Path
 import pandas as pd
 import pytest
 from click.testing import CliRunner, Result
+
 from vantrel.command import main
 from vantrel.tables import read_table, write_table
 

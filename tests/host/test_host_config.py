@@ -4,6 +4,7 @@ import json
 from dataclasses import asdict, fields
 
 import pytest
+
 from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.util.person import collections_from_mapping
 

@@ -5,6 +5,7 @@ from typing import Any
 import numpy as np
 import pandas as pd
 import pytest
+
 from vantrel.config import PersonLabels
 from vantrel.metadata.value import Person
 from vantrel.model.base import DiscreteModel

@@ -2,10 +2,12 @@
 
 import json
 import math
+from typing import Any
 
 import numpy as np
 import pandas as pd
 import pytest
+
 from vantrel.metadata import ColumnNotFoundError, Nominal
 from vantrel.metadata.value import String
 from vantrel.model.exceptions import ModelNotFittedError
@@ -74,7 +76,7 @@ def test_categories_extracted_after_construction_are_somebody_elses_too() -> Non
 
 
 @pytest.mark.parametrize("dtype", [object, "str", "string", "category"])
-def test_fit_reads_every_dtype_of_texts(dtype: object) -> None:
+def test_fit_reads_every_dtype_of_texts(dtype: Any) -> None:
     model = Histogram[str](meta=Nominal("c"))
     model.fit(frame("a", "b", "a", "a").astype({"c": dtype}))
     assert model._probabilities == {"a": 0.75, "b": 0.25}
@@ -184,14 +186,14 @@ def test_the_form_is_plain_and_complete() -> None:
         "meta": {"type": "nominal", "name": "c", "categories": ["a", "b"], "nan_freq": 0.2},
         "probabilities": {"a": 0.75, "b": 0.25},
     }
-    rebuilt = Histogram.from_dict(form)
+    rebuilt = Histogram[str].from_dict(form)
     assert rebuilt.to_dict() == form
     rebuilt._rng = np.random.default_rng(1)
     pd.testing.assert_frame_equal(rebuilt.sample(n=100), fitted().sample(n=100))
 
 
 def test_the_form_of_an_unfitted_histogram_is_unfitted() -> None:
-    rebuilt = Histogram.from_dict(Histogram[str](meta=String("c")).to_dict())
+    rebuilt = Histogram[str].from_dict(Histogram[str](meta=String("c")).to_dict())
     assert rebuilt._probabilities is None
     assert type(rebuilt.meta) is String
     assert not rebuilt.meta.extracted

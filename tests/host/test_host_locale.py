@@ -2,12 +2,14 @@
 
 import locale as standard_locale
 import warnings
+from typing import Any
 
 import numpy as np
 import pandas as pd
 import pytest
 from faker import Faker
 from faker.config import AVAILABLE_LOCALES
+
 from vantrel.util.locale.countries import country_codes, country_name, folded
 from vantrel.util.locale.faker_locales import locale_for_country
 from vantrel.util.locale.locale import (
@@ -79,7 +81,7 @@ def test_each_value_gets_an_instance_of_its_own_under_its_very_spelling() -> Non
 
 
 def test_missing_values_are_left_out() -> None:
-    places = [None, "GB", float("nan"), pd.NA, np.nan]
+    places: list[Any] = [None, "GB", float("nan"), pd.NA, np.nan]
     assert list(get_country_to_provder_map(places, Provider.PERSON)) == ["GB"]
 
 

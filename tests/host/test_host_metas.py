@@ -5,6 +5,7 @@ import json
 import numpy as np
 import pandas as pd
 import pytest
+
 from vantrel.config import PersonLabels
 from vantrel.metadata import ColumnNotFoundError, MetaNotExtractedError, Nominal
 from vantrel.metadata.forms import meta_from_dict
@@ -14,7 +15,8 @@ NO_COLUMN = "The table has no column 'sex'; its columns are: 'a', 'b'."
 
 
 def through_json(form: dict[str, object]) -> dict[str, object]:
-    return json.loads(json.dumps(form, allow_nan=False))
+    read: dict[str, object] = json.loads(json.dumps(form, allow_nan=False))
+    return read
 
 
 def test_nominal_has_no_categories_before_extraction() -> None:

@@ -7,9 +7,10 @@ from typing import Any
 
 import pandas as pd
 import pytest
+
 from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.metadata.value import Person
-from vantrel.model.models.person import PersonModel
+from vantrel.model.models.person import GenderModel, PersonModel
 from vantrel.model_file import ModelFileError, load, save
 
 LABELS = PersonLabels(gender="sex", title="title", fullname="whole", country="land")
@@ -30,7 +31,9 @@ def test_a_model_survives_its_file(model: PersonModel, path: Path) -> None:
     loaded = load(path)
     assert loaded.to_dict() == model.to_dict()
     assert loaded.config == model.config
+    assert isinstance(loaded.hidden_model_gender, GenderModel)
     assert loaded.hidden_model_gender.regex_female == model.config.gender_female_regex
+    assert loaded.hidden_model_country is not None
     assert loaded.hidden_model_country.categories == ["GB", "US", "DE"]
     save(loaded, path.with_name("again.json"))
     assert path.with_name("again.json").read_bytes() == path.read_bytes()

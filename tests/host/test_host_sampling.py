@@ -1,6 +1,7 @@
 """Samples of tables that lack some countries."""
 
 import pandas as pd
+
 from vantrel.config import PersonLabels
 from vantrel.metadata.value import Person
 from vantrel.model.models.person import PersonModel

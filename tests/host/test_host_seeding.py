@@ -7,6 +7,7 @@ import numpy as np
 import pandas as pd
 import pytest
 from faker import Faker
+
 from vantrel.config import PersonLabels
 from vantrel.metadata.value import Person
 from vantrel.model.models.person import PersonModel
@@ -59,6 +60,7 @@ def test_every_source_has_a_stream_of_its_own(people: pd.DataFrame) -> None:
     model = fitted(CASES[1], people)
 
     def draws() -> list[float]:
+        assert model.hidden_model_country is not None
         providers = model.country_to_provider_map.values()
         return [
             model._rng.random(),

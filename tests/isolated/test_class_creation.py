@@ -1,5 +1,7 @@
 """The classes are made as a class statement makes them, whatever base and metaclass the host has."""
 
+from pathlib import Path
+
 import pytest
 
 from support.isolated import answer_of, output_of
@@ -38,7 +40,7 @@ class Histogram(metaclass=Meta):""",
 
 
 @pytest.fixture(scope="module")
-def preparing(tmp_path_factory):
+def preparing(tmp_path_factory: pytest.TempPathFactory) -> Path:
     """A host both of whose base classes have a metaclass that prepares the namespace."""
     base = "from vantrel.model.models.histogram import Meta\n" + MODEL.format(
         name="DiscreteModel"
@@ -50,7 +52,7 @@ def preparing(tmp_path_factory):
     )
 
 
-def test_metaclass_prepares_with_name_and_resolved_bases(preparing):
+def test_metaclass_prepares_with_name_and_resolved_bases(preparing: Path) -> None:
     code = """
     import json
     import vantrel.model.models.person as person
@@ -70,7 +72,7 @@ def test_metaclass_prepares_with_name_and_resolved_bases(preparing):
     ]
 
 
-def test_prepared_namespace_is_filled_in_order(preparing):
+def test_prepared_namespace_is_filled_in_order(preparing: Path) -> None:
     code = """
     import json
     import vantrel.model.models.person
@@ -151,7 +153,9 @@ class Meta(type):
         ("LookupError('shut')", "LookupError: shut"),
     ],
 )
-def test_setter_needs_the_property_in_the_namespace(tmp_path, error, message):
+def test_setter_needs_the_property_in_the_namespace(
+    tmp_path: Path, error: str, message: str
+) -> None:
     base = NAMES_THAT_MISS.format(error=error) + MODEL.format(name="DiscreteModel").replace(
         "class DiscreteModel:", "class DiscreteModel(metaclass=Meta):"
     )
@@ -165,7 +169,7 @@ def test_setter_needs_the_property_in_the_namespace(tmp_path, error, message):
     assert output_of(code, path=tmp_path) == message
 
 
-def test_setter_is_made_by_what_the_namespace_holds(tmp_path):
+def test_setter_is_made_by_what_the_namespace_holds(tmp_path: Path) -> None:
     names = NAMES_THAT_MISS.format(error="KeyError").replace(
         "raise KeyError",
         "return Extended() if name == 'country_to_provider_map' else dict.__getitem__(self, name)",
@@ -185,7 +189,7 @@ def test_setter_is_made_by_what_the_namespace_holds(tmp_path):
     assert output_of(code, path=tmp_path) == "('extended', 'country_to_provider_map')"
 
 
-def test_setter_falls_back_to_a_global_of_that_name(tmp_path):
+def test_setter_falls_back_to_a_global_of_that_name(tmp_path: Path) -> None:
     base = NAMES_THAT_MISS.format(error="KeyError(name)") + MODEL.format(
         name="DiscreteModel"
     ).replace("class DiscreteModel:", "class DiscreteModel(metaclass=Meta):")
@@ -202,7 +206,7 @@ def test_setter_falls_back_to_a_global_of_that_name(tmp_path):
     assert output_of(code, path=tmp_path) == "extended"
 
 
-def test_subclass_hook_sees_a_whole_class(tmp_path):
+def test_subclass_hook_sees_a_whole_class(tmp_path: Path) -> None:
     hooked = MODEL.format(name="Histogram").replace(
         "cls.made_of.append(cls)",
         "cls.made_of.append((cls.__name__, cls.__module__, hasattr(cls, 'fit'), keywords))",
@@ -221,7 +225,7 @@ def test_subclass_hook_sees_a_whole_class(tmp_path):
     ]
 
 
-def test_subscribed_base_is_resolved_with_the_bases_as_written(tmp_path):
+def test_subscribed_base_is_resolved_with_the_bases_as_written(tmp_path: Path) -> None:
     hooked = MODEL.format(name="Histogram").replace(
         "return (self.origin,)",
         "self.origin.resolved = [type(base).__name__ for base in bases], self.item\n        return (self.origin,)",
@@ -238,7 +242,7 @@ def test_subscribed_base_is_resolved_with_the_bases_as_written(tmp_path):
     )
 
 
-def test_base_that_needs_no_resolving_leaves_no_original_bases(tmp_path):
+def test_base_that_needs_no_resolving_leaves_no_original_bases(tmp_path: Path) -> None:
     plain = MODEL.format(name="Histogram").replace("return Subscribed(cls, item)", "return cls")
     write_standins(tmp_path, vantrel__model__models__histogram=plain)
     code = """
@@ -250,7 +254,7 @@ def test_base_that_needs_no_resolving_leaves_no_original_bases(tmp_path):
     )
 
 
-def test_person_model_is_subscribed_with_person_and_text(standins):
+def test_person_model_is_subscribed_with_person_and_text(standins: Path) -> None:
     code = """
     from vantrel.model.models.person import Person, PersonModel
     print(PersonModel.__orig_bases__[0].item == (Person, str))

@@ -1,5 +1,7 @@
 """Imports that fail: what is raised and from which line, and that a repaired import works."""
 
+from pathlib import Path
+
 import pytest
 
 from support.isolated import answer_of, output_of
@@ -90,7 +92,7 @@ NAMES = [
 
 
 @pytest.mark.parametrize(("line", "module"), IMPORTS)
-def test_module_that_cannot_be_imported(standins, line, module):
+def test_module_that_cannot_be_imported(standins: Path, line: int, module: str) -> None:
     code = (
         PRELUDE
         + f"""
@@ -116,7 +118,7 @@ def test_module_that_cannot_be_imported(standins, line, module):
 
 
 @pytest.mark.parametrize(("line", "module", "name"), NAMES)
-def test_name_that_is_missing(standins, line, module, name):
+def test_name_that_is_missing(standins: Path, line: int, module: str, name: str) -> None:
     """The error is the one of the statement `from module import name`, and nothing else is."""
     code = (
         PRELUDE
@@ -142,7 +144,7 @@ def test_name_that_is_missing(standins, line, module, name):
     assert repaired
 
 
-def test_missing_name_tells_the_path_of_its_module(standins):
+def test_missing_name_tells_the_path_of_its_module(standins: Path) -> None:
     code = (
         PRELUDE
         + """
@@ -158,14 +160,14 @@ def test_missing_name_tells_the_path_of_its_module(standins):
     assert (name, same) == ("vantrel.config", True)
 
 
-def test_misspelt_utility_is_wanted_as_it_is_spelt(tmp_path):
+def test_misspelt_utility_is_wanted_as_it_is_spelt(tmp_path: Path) -> None:
     locale = HOST["vantrel/util/locale/locale.py"].replace("provder", "provider")
     write_standins(tmp_path, vantrel__util__locale__locale=locale)
     failed = answer_of(PRELUDE + "\n    print(json.dumps(failure()))", path=tmp_path)
     assert "cannot import name 'get_country_to_provder_map'" in failed["text"]
 
 
-def test_error_of_a_host_module_passes_unchanged(tmp_path):
+def test_error_of_a_host_module_passes_unchanged(tmp_path: Path) -> None:
     write_standins(tmp_path, vantrel__util__person="raise LookupError('in the host')")
     failed = answer_of(PRELUDE + "\n    print(json.dumps(failure()))", path=tmp_path)
     assert (failed["type"], failed["text"]) == ("LookupError", "in the host")
@@ -174,7 +176,7 @@ def test_error_of_a_host_module_passes_unchanged(tmp_path):
 
 
 @pytest.mark.parametrize("error", ["KeyboardInterrupt", "SystemExit", "MemoryError"])
-def test_import_that_is_broken_off(tmp_path, error):
+def test_import_that_is_broken_off(tmp_path: Path, error: str) -> None:
     write_standins(tmp_path, vantrel__metadata=f"raise {error}")
     code = (
         PRELUDE
@@ -186,7 +188,7 @@ def test_import_that_is_broken_off(tmp_path, error):
     assert (failed["type"], failed["entries"]) == (error, [[*ENTRY, 12]])
 
 
-def test_submodule_that_its_package_does_not_name_is_found(tmp_path):
+def test_submodule_that_its_package_does_not_name_is_found(tmp_path: Path) -> None:
     """`from package import name` falls back to the module `package.name`."""
     write_standins(
         tmp_path,
@@ -200,7 +202,7 @@ def test_submodule_that_its_package_does_not_name_is_found(tmp_path):
     assert output_of(code, path=tmp_path) == "vantrel.metadata.Nominal"
 
 
-def test_name_is_taken_from_a_submodule_that_is_loaded_already(standins):
+def test_name_is_taken_from_a_submodule_that_is_loaded_already(standins: Path) -> None:
     """As in the statement: a package that lacks the name may have a loaded module `package.name`."""
     code = """
     import sys, types, vantrel.metadata
@@ -280,7 +282,9 @@ def refusing_hook(base: str, made: str) -> str:
     ],
     ids=lambda value: value if isinstance(value, str) else "",
 )
-def test_class_that_cannot_be_made(tmp_path, replaced, line, text):
+def test_class_that_cannot_be_made(
+    tmp_path: Path, replaced: dict[str, str], line: int, text: str
+) -> None:
     write_standins(tmp_path, **replaced)
     ((name, _),) = replaced.items()
     sound = {"vantrel__config": CONFIG}.get(name) or HOST[name.replace("__", "/") + ".py"]
@@ -300,7 +304,7 @@ def test_class_that_cannot_be_made(tmp_path, replaced, line, text):
     assert repaired
 
 
-def test_line_that_a_traceback_prints(tmp_path):
+def test_line_that_a_traceback_prints(tmp_path: Path) -> None:
     write_standins(tmp_path, vantrel__config=REFUSING_CONFIG)
     code = """
     import traceback
@@ -316,7 +320,7 @@ def test_line_that_a_traceback_prints(tmp_path):
 
 
 @pytest.mark.parametrize("times", [1, 5])
-def test_functions_of_a_class_that_outlives_a_failed_import(tmp_path, times):
+def test_functions_of_a_class_that_outlives_a_failed_import(tmp_path: Path, times: int) -> None:
     """A host that keeps classes keeps them whole: they may be called, before and after the next import."""
     write_standins(tmp_path)
     code = (
@@ -358,7 +362,7 @@ def test_functions_of_a_class_that_outlives_a_failed_import(tmp_path, times):
     assert worked
 
 
-def test_class_whose_making_failed_leaves_functions_that_say_so(tmp_path):
+def test_class_whose_making_failed_leaves_functions_that_say_so(tmp_path: Path) -> None:
     """The class of `super()` is known once the class is made, and never when making it failed."""
     hooked = MODEL.format(name="Histogram").replace(
         "cls.made_of.append(cls)",
@@ -403,7 +407,7 @@ CACHED = [
 
 
 @pytest.mark.parametrize("name", CACHED)
-def test_builtin_that_is_missing(standins, name):
+def test_builtin_that_is_missing(standins: Path, name: str) -> None:
     code = (
         PRELUDE
         + f"""
@@ -428,7 +432,7 @@ def test_builtin_that_is_missing(standins, name):
     assert repaired
 
 
-def test_several_failures_in_a_row_then_a_sound_import(standins):
+def test_several_failures_in_a_row_then_a_sound_import(standins: Path) -> None:
     code = (
         PRELUDE
         + """
@@ -448,7 +452,7 @@ def test_several_failures_in_a_row_then_a_sound_import(standins):
     assert answer_of(code, path=standins) == [[14, 24, 27] * 3, True]
 
 
-def test_module_object_of_a_failed_execution_may_be_executed_again(standins):
+def test_module_object_of_a_failed_execution_may_be_executed_again(standins: Path) -> None:
     code = (
         PRELUDE
         + """

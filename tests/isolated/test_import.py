@@ -1,5 +1,7 @@
 """Importing the module: once, again, through its spec, and what it does while its body runs."""
 
+from pathlib import Path
+
 from support.isolated import answer_of, output_of
 from support.standins import write_standins
 
@@ -15,7 +17,7 @@ PRELUDE = """
 """
 
 
-def test_module_is_imported_into_another_host(standins):
+def test_module_is_imported_into_another_host(standins: Path) -> None:
     code = (
         PRELUDE
         + """
@@ -29,7 +31,7 @@ def test_module_is_imported_into_another_host(standins):
     assert runs == 1
 
 
-def test_second_import_is_the_cached_module(standins):
+def test_second_import_is_the_cached_module(standins: Path) -> None:
     code = (
         PRELUDE
         + """
@@ -43,7 +45,7 @@ def test_second_import_is_the_cached_module(standins):
     assert output_of(code, path=standins) == "True kept 1"
 
 
-def test_import_after_forgetting_gives_the_same_module(standins):
+def test_import_after_forgetting_gives_the_same_module(standins: Path) -> None:
     code = (
         PRELUDE
         + """
@@ -57,7 +59,7 @@ def test_import_after_forgetting_gives_the_same_module(standins):
     assert output_of(code, path=standins) == "True kept 1"
 
 
-def test_creation_again_gives_the_existing_module(standins):
+def test_creation_again_gives_the_existing_module(standins: Path) -> None:
     code = (
         PRELUDE
         + """
@@ -69,7 +71,7 @@ def test_creation_again_gives_the_existing_module(standins):
     assert output_of(code, path=standins) == "True"
 
 
-def test_creation_again_of_a_module_that_was_executed_by_hand(standins):
+def test_creation_again_of_a_module_that_was_executed_by_hand(standins: Path) -> None:
     code = (
         PRELUDE
         + """
@@ -82,7 +84,7 @@ def test_creation_again_of_a_module_that_was_executed_by_hand(standins):
     assert output_of(code, path=standins) == "True False 1"
 
 
-def test_execution_again_does_nothing(standins):
+def test_execution_again_does_nothing(standins: Path) -> None:
     code = (
         PRELUDE
         + """
@@ -95,7 +97,7 @@ def test_execution_again_does_nothing(standins):
     assert output_of(code, path=standins) == "False 1"
 
 
-def test_execution_through_another_module_object_fails(standins):
+def test_execution_through_another_module_object_fails(standins: Path) -> None:
     code = (
         PRELUDE
         + """
@@ -111,7 +113,7 @@ def test_execution_through_another_module_object_fails(standins):
     assert answer_of(code, path=standins) == [False, "RuntimeError", ALREADY_IMPORTED, 1]
 
 
-def test_first_module_serves_on_after_the_refused_execution(standins):
+def test_first_module_serves_on_after_the_refused_execution(standins: Path) -> None:
     code = (
         PRELUDE
         + """
@@ -128,7 +130,7 @@ def test_first_module_serves_on_after_the_refused_execution(standins):
     assert output_of(code, path=standins) == "['person'] False"
 
 
-def test_created_module_has_what_its_spec_tells(standins):
+def test_created_module_has_what_its_spec_tells(standins: Path) -> None:
     code = (
         PRELUDE
         + """
@@ -144,7 +146,7 @@ def test_created_module_has_what_its_spec_tells(standins):
     ]
 
 
-def test_created_module_holds_nothing_else_before_it_is_executed(standins):
+def test_created_module_holds_nothing_else_before_it_is_executed(standins: Path) -> None:
     code = (
         PRELUDE
         + """
@@ -162,7 +164,7 @@ def test_created_module_holds_nothing_else_before_it_is_executed(standins):
     ]
 
 
-def test_threads_that_import_at_once_share_one_run(standins):
+def test_threads_that_import_at_once_share_one_run(standins: Path) -> None:
     code = (
         PRELUDE
         + """
@@ -182,7 +184,7 @@ def test_threads_that_import_at_once_share_one_run(standins):
     assert output_of(code, path=standins) == "8 1 1"
 
 
-def test_created_module_has_the_search_locations_of_its_spec(standins):
+def test_created_module_has_the_search_locations_of_its_spec(standins: Path) -> None:
     code = (
         PRELUDE
         + """
@@ -195,7 +197,7 @@ def test_created_module_has_the_search_locations_of_its_spec(standins):
     assert output_of(code, path=standins) == f"['somewhere'] {'vantrel.model.models.person'}"
 
 
-def test_body_runs_in_the_order_of_its_statements(standins):
+def test_body_runs_in_the_order_of_its_statements(standins: Path) -> None:
     code = """
     import json, sys
     import vantrel.model.models
@@ -229,7 +231,7 @@ def test_body_runs_in_the_order_of_its_statements(standins):
     ]
 
 
-def test_default_config_is_made_once_while_the_class_is_made(tmp_path):
+def test_default_config_is_made_once_while_the_class_is_made(tmp_path: Path) -> None:
     config = """
 made = []
 class PersonLabels:
@@ -251,7 +253,7 @@ class PersonModelConfig:
 # --- the environment that the tests run in ---
 
 
-def test_import_into_the_reference_host():
+def test_import_into_the_reference_host() -> None:
     code = """
     import sys
     import vantrel.model.models.person as first

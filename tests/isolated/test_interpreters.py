@@ -1,5 +1,7 @@
 """The module belongs to the one interpreter of a process that first created it."""
 
+from pathlib import Path
+
 import pytest
 
 from support.isolated import answer_of, output_of
@@ -37,7 +39,7 @@ own_lock = pytest.mark.parametrize("own_lock", [False, True], ids=["shared lock"
 
 
 @own_lock
-def test_second_interpreter_is_refused(standins, own_lock):
+def test_second_interpreter_is_refused(standins: Path, own_lock: bool) -> None:
     code = (
         PRELUDE
         + f"""
@@ -52,7 +54,7 @@ def test_second_interpreter_is_refused(standins, own_lock):
 
 
 @own_lock
-def test_second_interpreter_is_refused_each_time(standins, own_lock):
+def test_second_interpreter_is_refused_each_time(standins: Path, own_lock: bool) -> None:
     code = (
         PRELUDE
         + f"""
@@ -69,7 +71,7 @@ def test_second_interpreter_is_refused_each_time(standins, own_lock):
 
 
 @own_lock
-def test_first_interpreter_is_served_after_the_refusal(standins, own_lock):
+def test_first_interpreter_is_served_after_the_refusal(standins: Path, own_lock: bool) -> None:
     code = (
         PRELUDE
         + f"""
@@ -86,7 +88,7 @@ def test_first_interpreter_is_served_after_the_refusal(standins, own_lock):
 
 
 @own_lock
-def test_creation_alone_binds_the_module_to_its_interpreter(standins, own_lock):
+def test_creation_alone_binds_the_module_to_its_interpreter(standins: Path, own_lock: bool) -> None:
     code = (
         PRELUDE
         + f"""
@@ -101,7 +103,9 @@ def test_creation_alone_binds_the_module_to_its_interpreter(standins, own_lock):
 
 
 @own_lock
-def test_main_interpreter_is_refused_where_another_came_first(standins, own_lock):
+def test_main_interpreter_is_refused_where_another_came_first(
+    standins: Path, own_lock: bool
+) -> None:
     code = (
         PRELUDE
         + f"""
@@ -120,7 +124,7 @@ def test_main_interpreter_is_refused_where_another_came_first(standins, own_lock
     assert answer_of(code, path=standins) == [imported, REFUSAL, imported]
 
 
-def test_interpreter_that_is_gone_is_not_replaced(standins):
+def test_interpreter_that_is_gone_is_not_replaced(standins: Path) -> None:
     code = (
         PRELUDE
         + """
@@ -136,7 +140,7 @@ def test_interpreter_that_is_gone_is_not_replaced(standins):
     assert output_of(code, path=standins) == REFUSAL
 
 
-def test_interpreters_that_come_at_the_same_time(standins):
+def test_interpreters_that_come_at_the_same_time(standins: Path) -> None:
     """Each with a lock of its own: one gets the module, the others are refused."""
     code = (
         PRELUDE
@@ -158,7 +162,7 @@ def test_interpreters_that_come_at_the_same_time(standins):
     assert answer_of(code, path=standins) == [refused, refused, refused, ["imported", ["person"]]]
 
 
-def test_second_interpreter_is_refused_in_the_reference_host():
+def test_second_interpreter_is_refused_in_the_reference_host() -> None:
     code = (
         PRELUDE
         + """

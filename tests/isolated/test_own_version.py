@@ -1,15 +1,17 @@
 """The module under the Python that it is built for."""
 
+from pathlib import Path
+
 from support.isolated import output_of
 
 
-def test_nothing_is_warned_of(standins):
+def test_nothing_is_warned_of(standins: Path) -> None:
     code = "import vantrel.model.models.person as person; print(person.__name__)"
     settings = {"path": standins, "options": ("-W", "error")}
     assert output_of(code, **settings) == "vantrel.model.models.person"
 
 
-def test_development_mode_finds_nothing(standins):
+def test_development_mode_finds_nothing(standins: Path) -> None:
     """Import, a class, a call, a failure and the end of the process under the checking allocator."""
     code = """
         import vantrel.model.models.person as person
@@ -23,7 +25,7 @@ def test_development_mode_finds_nothing(standins):
     assert output_of(code, **settings) == "True ['person']"
 
 
-def test_module_survives_the_end_of_the_process(standins):
+def test_module_survives_the_end_of_the_process(standins: Path) -> None:
     """What is called while the interpreter goes down still answers."""
     code = """
         import atexit

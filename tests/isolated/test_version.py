@@ -1,14 +1,14 @@
 """The module under another Python than the one that it is built for."""
 
+from pathlib import Path
+
 import pytest
 
 from support.isolated import answer_of, newer_python, output_of, run
 from support.standins import write_standins
 
-OTHER = newer_python()
-pytestmark = pytest.mark.skipif(
-    OTHER is None, reason="no Python later than 3.12 runs on this machine"
-)
+OTHER = newer_python() or ""
+pytestmark = pytest.mark.skipif(not OTHER, reason="no Python later than 3.12 runs on this machine")
 
 WATCH = """
     import json, sys, warnings
@@ -29,7 +29,7 @@ def warning_text() -> str:
     )
 
 
-def test_warning_comes_before_the_body_runs(standins):
+def test_warning_comes_before_the_body_runs(standins: Path) -> None:
     code = (
         WATCH
         + """
@@ -45,7 +45,7 @@ def test_warning_comes_before_the_body_runs(standins):
     assert {"numpy", "vantrel.config"} <= set(events[2:])
 
 
-def test_import_goes_on_after_the_warning(standins):
+def test_import_goes_on_after_the_warning(standins: Path) -> None:
     code = (
         WATCH
         + """
@@ -57,7 +57,7 @@ def test_import_goes_on_after_the_warning(standins):
     assert answer_of(code, path=standins, python=OTHER) == [["person"], "meta", "x"]
 
 
-def test_functions_serve_in_hot_loops_of_the_other_version(standins):
+def test_functions_serve_in_hot_loops_of_the_other_version(standins: Path) -> None:
     code = (
         WATCH
         + """
@@ -71,7 +71,7 @@ def test_functions_serve_in_hot_loops_of_the_other_version(standins):
     assert output_of(code, path=standins, python=OTHER) == "{True} {'en_GB'}"
 
 
-def test_constructor_serves_in_a_hot_loop_of_the_other_version(standins):
+def test_constructor_serves_in_a_hot_loop_of_the_other_version(standins: Path) -> None:
     code = (
         WATCH
         + """
@@ -82,7 +82,7 @@ def test_constructor_serves_in_a_hot_loop_of_the_other_version(standins):
     assert output_of(code, path=standins, python=OTHER) == "{'meta'}"
 
 
-def test_warning_is_given_though_the_import_then_fails(tmp_path):
+def test_warning_is_given_though_the_import_then_fails(tmp_path: Path) -> None:
     write_standins(tmp_path, vantrel__config="")
     code = (
         WATCH
@@ -99,7 +99,7 @@ def test_warning_is_given_though_the_import_then_fails(tmp_path):
     assert name == "vantrel.config"
 
 
-def test_warning_turned_into_an_error_stops_the_import(standins):
+def test_warning_turned_into_an_error_stops_the_import(standins: Path) -> None:
     code = """
     import json, sys, traceback
     try:
@@ -115,7 +115,7 @@ def test_warning_turned_into_an_error_stops_the_import(standins):
     assert (left, went_on) == (False, False)
 
 
-def test_warning_is_shown_to_a_user(standins):
+def test_warning_is_shown_to_a_user(standins: Path) -> None:
     finished = run("import vantrel.model.models.person", path=standins, python=OTHER)
     assert finished.returncode == 0, finished.stderr
     assert f"RuntimeWarning: {warning_text()}" in finished.stderr

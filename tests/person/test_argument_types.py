@@ -3,6 +3,7 @@
 import sys
 import types
 from collections import Counter, OrderedDict, defaultdict
+from collections.abc import Callable
 from typing import Any
 
 import numpy as np
@@ -22,11 +23,11 @@ class Number(int):
     pass
 
 
-class Row(list):
+class Row(list[Any]):
     pass
 
 
-class Mapping(dict):
+class Mapping(dict[str, Any]):
     pass
 
 
@@ -63,7 +64,7 @@ typed_parameters = pytest.mark.parametrize(("member", "index"), TYPED)
 
 
 @typed_parameters
-def test_every_wrong_type_is_refused(member: Member, index: int):
+def test_every_wrong_type_is_refused(member: Member, index: int) -> None:
     parameter = member.parameters[index]
     for wrong in WRONG_VALUES[parameter.exact]:
         arguments = fitting(member)
@@ -74,7 +75,7 @@ def test_every_wrong_type_is_refused(member: Member, index: int):
 
 
 @typed_parameters
-def test_every_wrong_type_is_refused_by_keyword(member: Member, index: int):
+def test_every_wrong_type_is_refused_by_keyword(member: Member, index: int) -> None:
     parameter = member.parameters[index]
     for wrong in WRONG_VALUES[parameter.exact]:
         arguments = {p.name: p.fitting for p in member.parameters} | {parameter.name: wrong}
@@ -88,7 +89,7 @@ def is_optional(member: Member, index: int) -> bool:
 
 
 @pytest.mark.parametrize(("member", "index"), [p for p in TYPED if not is_optional(*p.values)])
-def test_none_is_refused_where_it_is_not_declared(member: Member, index: int):
+def test_none_is_refused_where_it_is_not_declared(member: Member, index: int) -> None:
     parameter = member.parameters[index]
     arguments = fitting(member)
     arguments[index] = None
@@ -97,7 +98,7 @@ def test_none_is_refused_where_it_is_not_declared(member: Member, index: int):
 
 
 @pytest.mark.parametrize(("member", "index"), [p for p in TYPED if is_optional(*p.values)])
-def test_none_passes_where_it_is_declared(member: Member, index: int):
+def test_none_passes_where_it_is_declared(member: Member, index: int) -> None:
     arguments = fitting(member)
     arguments[index] = None
     with pytest.raises(Exception) as raised:  # the model is a bare object: the body fails on it
@@ -105,12 +106,12 @@ def test_none_passes_where_it_is_declared(member: Member, index: int):
     assert "has incorrect type" not in str(raised.value)
 
 
-def test_only_the_row_count_and_the_associations_are_optional():
+def test_only_the_row_count_and_the_associations_are_optional() -> None:
     optional = [p.id for p in TYPED if is_optional(*p.values)]
     assert optional == ["PersonModel.sample-n", "PersonModel.sample-associations"]
 
 
-def test_which_parameters_are_typed():
+def test_which_parameters_are_typed() -> None:
     assert [p.id for p in TYPED] == [
         "GenderModel.__init__-regex_female",
         "GenderModel.__init__-regex_male",
@@ -195,7 +196,7 @@ def test_which_parameters_are_typed():
         ),
     ],
 )
-def test_type_as_a_caller_meets_it(call, message):
+def test_type_as_a_caller_meets_it(call: Callable[..., Any], message: str) -> None:
     with refuses(message):
         call()
 
@@ -204,34 +205,34 @@ def test_type_as_a_caller_meets_it(call, message):
     ("value", "given"),
     [(None, "NoneType"), (OrderedDict(), "OrderedDict"), (Mapping(a=1), "Mapping"), ([], "list")],
 )
-def test_country_map_takes_a_dict_and_nothing_else(value, given):
+def test_country_map_takes_a_dict_and_nothing_else(value: Any, given: str) -> None:
     model = person_model()
     with refuses(wrong_type("value", "dict", given)):
         model.country_to_provider_map = value
     assert model._country_to_provider_map == {}
 
 
-def test_type_with_a_module_is_named_without_it():
+def test_type_with_a_module_is_named_without_it() -> None:
     made = type("Outer.Inner", (dict,), {"__module__": "far.away"})
     with refuses(wrong_type("collections", "dict", "Outer.Inner")):
         PersonModel.generate_from_collections("F", made())
 
 
-def test_given_type_is_named_as_the_type_says_not_the_class_attribute():
-    class Liar(dict):
+def test_given_type_is_named_as_the_type_says_not_the_class_attribute() -> None:
+    class Liar(dict[str, Any]):
         __class__ = dict
 
     with refuses(wrong_type("collections", "dict", "Liar")):
         PersonModel.generate_from_collections("F", Liar())
 
 
-def test_long_type_name_is_cut_at_200_characters():
+def test_long_type_name_is_cut_at_200_characters() -> None:
     made = type("x" * 300, (dict,), {})
     with refuses(wrong_type("collections", "dict", "x" * 200)):
         PersonModel.generate_from_collections("F", made())
 
 
-def test_patterns_are_checked_before_anything_is_set_up():
+def test_patterns_are_checked_before_anything_is_set_up() -> None:
     model = GenderModel.__new__(GenderModel)
     with refuses(wrong_type("regex_non_binary", "str", "NoneType")):
         model.__init__(String("sex"), regex_non_binary=None)
@@ -239,19 +240,19 @@ def test_patterns_are_checked_before_anything_is_set_up():
 
 
 @pytest.mark.parametrize("produce_nans", [None, 0, "yes", object(), np.True_])
-def test_flag_takes_anything(produce_nans):
+def test_flag_takes_anything(produce_nans: Any) -> None:
     model = person_model()
     with pytest.raises(ValueError, match="^One of 'n' or 'conditions' must be given.$"):
         model.sample(produce_nans=produce_nans)
 
 
 @pytest.mark.parametrize("key", [None, 1, np.str_("M"), b"M", pd.NA, object()])
-def test_key_takes_anything(key):
+def test_key_takes_anything(key: Any) -> None:
     assert PersonModel.generate_from_collections(key, {}) is pd.NA
 
 
 @pytest.mark.parametrize("meta", [None, 1, "sex"])
-def test_meta_is_not_checked(meta):
+def test_meta_is_not_checked(meta: Any) -> None:
     with pytest.raises(Exception) as raised:
         CountryModel(meta).categories  # noqa: B018
     assert "has incorrect type" not in str(raised.value)
@@ -270,7 +271,9 @@ def test_meta_is_not_checked(meta):
     ],
     ids=lambda value: getattr(value, "__qualname__", ""),
 )
-def test_types_are_checked_in_parameter_order(function, names):
+def test_types_are_checked_in_parameter_order(
+    function: Callable[..., Any], names: list[str]
+) -> None:
     parameters: list[Parameter] = next(m for m in MEMBERS if m.built() is function).parameters
     arguments = {parameter.name: parameter.fitting for parameter in parameters}
     for first in range(len(names)):
@@ -281,27 +284,27 @@ def test_types_are_checked_in_parameter_order(function, names):
             function(**keywords)
 
 
-def test_too_many_arguments_come_before_a_wrong_type():
+def test_too_many_arguments_come_before_a_wrong_type() -> None:
     with refuses("check_email() takes at most 2 positional arguments (3 given)"):
         PersonModel.check_email(1, 2, 3)
 
 
-def test_too_few_arguments_come_before_a_wrong_type():
+def test_too_few_arguments_come_before_a_wrong_type() -> None:
     with refuses("_sample_conditional() takes at least 4 positional arguments (3 given)"):
         person_model()._sample_conditional("1", None)
 
 
-def test_unexpected_keyword_comes_before_a_wrong_type():
+def test_unexpected_keyword_comes_before_a_wrong_type() -> None:
     with refuses("check_email() got an unexpected keyword argument 'zz'"):
         PersonModel.check_email(1, zz=2)
 
 
-def test_repeated_argument_comes_before_a_wrong_type():
+def test_repeated_argument_comes_before_a_wrong_type() -> None:
     with refuses("check_email() got multiple values for keyword argument 's'"):
         PersonModel.check_email(1, s=2)
 
 
-def test_types_are_checked_before_the_body_runs():
+def test_types_are_checked_before_the_body_runs() -> None:
     with refuses(wrong_type("associations", "list", "str")):
         person_model().sample(associations="none")  # the body would miss n and conditions
 
@@ -309,7 +312,7 @@ def test_types_are_checked_before_the_body_runs():
 # --- defaults ---
 
 
-def test_changed_default_list_holds_for_later_calls():
+def test_changed_default_list_holds_for_later_calls() -> None:
     (shared,) = PersonModel.check_email.__defaults__
     assert PersonModel.check_email("no address") is False
     shared.append("fr")
@@ -320,31 +323,31 @@ def test_changed_default_list_holds_for_later_calls():
     assert PersonModel.check_email("no address") is False
 
 
-def test_calls_leave_the_default_list_alone():
+def test_calls_leave_the_default_list_alone() -> None:
     (shared,) = PersonModel.check_email.__defaults__
     PersonModel.check_email("ann.lee@mail.test")
     assert PersonModel.check_email.__defaults__[0] is shared
     assert shared == ["en"]
 
 
-def test_replaced_defaults_hold_for_later_calls(monkeypatch):
+def test_replaced_defaults_hold_for_later_calls(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(PersonModel.generate_password, "__defaults__", (3, 3))
     assert len(PersonModel.generate_password()) == 3
 
 
-def test_fewer_defaults_make_a_parameter_required(monkeypatch):
+def test_fewer_defaults_make_a_parameter_required(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(PersonModel.generate_password, "__defaults__", (3,))
     with refuses("generate_password() takes at least 1 positional argument (0 given)"):
         PersonModel.generate_password()
     assert len(PersonModel.generate_password(3)) == 3
 
 
-def test_default_may_be_given_as_the_argument():
+def test_default_may_be_given_as_the_argument() -> None:
     (shared,) = PersonModel.__init__.__defaults__
     assert person_model(config=shared).config is shared
 
 
-def test_given_config_leaves_the_default_alone():
+def test_given_config_leaves_the_default_alone() -> None:
     (shared,) = PersonModel.__init__.__defaults__
     given = person.PersonModelConfig(pwd_length=(3, 3))
     assert person_model(config=given).config is given
@@ -354,18 +357,18 @@ def test_given_config_leaves_the_default_alone():
 # --- arguments are held, not copied ---
 
 
-def test_arguments_are_stored_as_they_are():
+def test_arguments_are_stored_as_they_are() -> None:
     patterns = ["a", "b", "c"]
     model = GenderModel(String("sex"), *patterns)
     assert [model.regex_female, model.regex_male, model.regex_non_binary] == patterns
 
 
-def test_meta_may_be_given_by_keyword():
+def test_meta_may_be_given_by_keyword() -> None:
     meta = Nominal("country")
     assert CountryModel(meta=meta).meta is meta
 
 
-def test_refused_calls_keep_no_references():
+def test_refused_calls_keep_no_references() -> None:
     argument = Mapping()
     before = sys.getrefcount(argument)
     for _ in range(50):

@@ -113,7 +113,7 @@ def test_the_hidden_models_see_the_callers_frame_not_what_unfold_hands_out() -> 
 def test_the_base_class_is_the_next_one_in_the_order_of_classes() -> None:
     seen = []
 
-    class Between(DiscreteModel):
+    class Between(DiscreteModel[Any, Any]):
         def fit(self, **keywords: Any) -> None:
             seen.append(keywords)
 

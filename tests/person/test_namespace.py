@@ -8,6 +8,7 @@ import re
 import string
 import types
 import typing
+from typing import Any
 
 import faker
 import numpy as np
@@ -92,11 +93,11 @@ every_class = pytest.mark.parametrize("class_name", MEMBERS_BY_CLASS)
 # --- the module ---
 
 
-def test_module_holds_exactly_these_names():
+def test_module_holds_exactly_these_names() -> None:
     assert set(vars(person)) == set(BOUND_BY_IMPORTS) | DEFINED_HERE | MODULE_ATTRIBUTES
 
 
-def test_module_binds_names_in_the_order_of_its_statements():
+def test_module_binds_names_in_the_order_of_its_statements() -> None:
     bound = [name for name in vars(person) if name not in MODULE_ATTRIBUTES]
     assert bound == [
         *BOUND_BY_IMPORTS,
@@ -107,16 +108,16 @@ def test_module_binds_names_in_the_order_of_its_statements():
 
 
 @pytest.mark.parametrize("name", BOUND_BY_IMPORTS)
-def test_imported_name_is_the_very_object(name):
+def test_imported_name_is_the_very_object(name: str) -> None:
     assert getattr(person, name) is BOUND_BY_IMPORTS[name]
 
 
-def test_test_names_are_an_empty_dict():
+def test_test_names_are_an_empty_dict() -> None:
     assert type(person.__test__) is dict
     assert person.__test__ == {}
 
 
-def test_module_attributes_come_from_its_spec():
+def test_module_attributes_come_from_its_spec() -> None:
     spec = person.__spec__
     assert person.__name__ == MODULE_NAME == spec.name
     assert person.__package__ == "vantrel.model.models"
@@ -124,15 +125,15 @@ def test_module_attributes_come_from_its_spec():
     assert person.__loader__ is spec.loader
 
 
-def test_module_is_no_package():
+def test_module_is_no_package() -> None:
     assert not hasattr(person, "__path__")
 
 
-def test_module_has_no_docstring():
+def test_module_has_no_docstring() -> None:
     assert person.__doc__ is None
 
 
-def test_builtins_are_those_of_the_interpreter():
+def test_builtins_are_those_of_the_interpreter() -> None:
     assert person.__builtins__ in (builtins, vars(builtins))
 
 
@@ -140,7 +141,7 @@ def test_builtins_are_those_of_the_interpreter():
 
 
 @every_class
-def test_class_names(class_name):
+def test_class_names(class_name: str) -> None:
     made = getattr(person, class_name)
     assert (made.__name__, made.__qualname__, made.__module__) == (
         class_name,
@@ -157,20 +158,20 @@ def test_class_names(class_name):
         (CountryModel, vantrel.model.models.histogram.Histogram[str]),
     ],
 )
-def test_base_is_subscribed_and_resolved(made, base):
+def test_base_is_subscribed_and_resolved(made: type, base: str) -> None:
     assert made.__orig_bases__ == (base,)
     assert types.get_original_bases(made) == (base,)
     assert made.__bases__ == (typing.get_origin(base),)
 
 
 @every_class
-def test_metaclass_is_that_of_the_base(class_name):
+def test_metaclass_is_that_of_the_base(class_name: str) -> None:
     made = getattr(person, class_name)
     assert type(made) is type(made.__bases__[0])
 
 
 @every_class
-def test_class_dict_holds_module_and_docstring_then_the_members_in_order(class_name):
+def test_class_dict_holds_module_and_docstring_then_the_members_in_order(class_name: str) -> None:
     attributes = ["key_female", "key_male", "key_non_binary", "key_ambiguous"]
     members = dict.fromkeys(member.name for member in MEMBERS_BY_CLASS[class_name])
     expected = [
@@ -183,7 +184,7 @@ def test_class_dict_holds_module_and_docstring_then_the_members_in_order(class_n
 
 
 @every_class
-def test_class_has_no_members_but_these(class_name):
+def test_class_has_no_members_but_these(class_name: str) -> None:
     expected = {member.name for member in MEMBERS_BY_CLASS[class_name]}
     if class_name == "GenderModel":
         expected |= {"key_female", "key_male", "key_non_binary", "key_ambiguous"}
@@ -196,7 +197,7 @@ def test_class_has_no_members_but_these(class_name):
     ("name", "key"),
     [("key_female", "F"), ("key_male", "M"), ("key_non_binary", "NB"), ("key_ambiguous", "A")],
 )
-def test_gender_keys_are_read_on_class_and_instance(name, key):
+def test_gender_keys_are_read_on_class_and_instance(name: str, key: Any) -> None:
     assert getattr(GenderModel, name) == key
     assert getattr(GenderModel(String("sex")), name) == key
     assert type(getattr(GenderModel, name)) is str
@@ -210,11 +211,11 @@ def test_gender_keys_are_read_on_class_and_instance(name, key):
         (CountryModel, "A model for countries."),
     ],
 )
-def test_first_line_of_class_docstring(made, line):
+def test_first_line_of_class_docstring(made: type, line: int) -> None:
     assert made.__doc__.splitlines()[0] == line
 
 
-def test_country_model_docstring_is_one_line():
+def test_country_model_docstring_is_one_line() -> None:
     assert CountryModel.__doc__ == "A model for countries."
 
 
@@ -235,7 +236,7 @@ def test_country_model_docstring_is_one_line():
         "A: Dr, Prof",
     ],
 )
-def test_gender_model_docstring_says(phrase):
+def test_gender_model_docstring_says(phrase: str) -> None:
     assert phrase in " ".join(GenderModel.__doc__.split())
 
 
@@ -253,7 +254,7 @@ def test_gender_model_docstring_says(phrase):
         "evenly distributed amongst the genders",
     ],
 )
-def test_person_model_docstring_says(phrase):
+def test_person_model_docstring_says(phrase: str) -> None:
     assert phrase in " ".join(PersonModel.__doc__.split())
 
 
@@ -323,7 +324,7 @@ EXACT_DOCSTRINGS = {
 
 
 @pytest.mark.parametrize("qualname", EXACT_DOCSTRINGS)
-def test_docstring_is_exact(qualname):
+def test_docstring_is_exact(qualname: str) -> None:
     function = getattr(PersonModel, qualname.partition(".")[2])
     assert function.__doc__ == EXACT_DOCSTRINGS[qualname]
 
@@ -344,7 +345,7 @@ def test_docstring_is_exact(qualname):
         ("all_supported_locales", "locales", "A list of supported locales."),
     ],
 )
-def test_docstring_of_module_function(name, asked, returned):
+def test_docstring_of_module_function(name: str, asked: str, returned: str) -> None:
     assert inspect.getdoc(getattr(person, name)) == (
         f"Get all supported {asked} that can be used in the person model.\n\n"
         f"Returns:\n    {returned}"

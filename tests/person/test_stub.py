@@ -35,22 +35,22 @@ def stub_of(member: Member) -> ast.FunctionDef:
 every_member = pytest.mark.parametrize("member", MEMBERS, ids=MEMBER_IDS)
 
 
-def test_stub_lies_beside_the_package_that_it_describes():
+def test_stub_lies_beside_the_package_that_it_describes() -> None:
     assert STUB.is_file()
 
 
-def test_stub_has_the_classes_in_order():
+def test_stub_has_the_classes_in_order() -> None:
     assert list(CLASSES) == list(MEMBERS_BY_CLASS)
 
 
 @pytest.mark.parametrize("owner", [*MEMBERS_BY_CLASS, ""])
-def test_stub_has_exactly_the_functions_in_order(owner):
+def test_stub_has_exactly_the_functions_in_order(owner: str) -> None:
     expected = MEMBERS_BY_CLASS[owner] if owner else MODULE_FUNCTIONS
     assert [node.name for node in definitions(owner)] == [member.name for member in expected]
 
 
 @every_member
-def test_kind(member: Member):
+def test_kind(member: Member) -> None:
     expected = {
         "property": ["property"],
         "setter": [f"{member.name}.setter"],
@@ -61,7 +61,7 @@ def test_kind(member: Member):
 
 
 @every_member
-def test_parameters(member: Member):
+def test_parameters(member: Member) -> None:
     arguments = stub_of(member).args
     names = list(inspect.signature(member.built()).parameters)
     assert [argument.arg for argument in arguments.args] == names
@@ -71,7 +71,7 @@ def test_parameters(member: Member):
 
 
 @every_member
-def test_defaults(member: Member):
+def test_defaults(member: Member) -> None:
     """A default is written out where it can be, and elided where it is an object."""
     written = stub_of(member).args.defaults
     built = member.built().__defaults__ or ()
@@ -82,7 +82,7 @@ def test_defaults(member: Member):
 
 
 @every_member
-def test_everything_is_annotated(member: Member):
+def test_everything_is_annotated(member: Member) -> None:
     node = stub_of(member)
     assert node.returns is not None
     assert all(
@@ -91,7 +91,7 @@ def test_everything_is_annotated(member: Member):
 
 
 @every_member
-def test_result_is_annotated_as_in_the_module(member: Member):
+def test_result_is_annotated_as_in_the_module(member: Member) -> None:
     declared = member.built().__annotations__.get("return")
     if declared is None:
         assert (
@@ -104,7 +104,7 @@ def test_result_is_annotated_as_in_the_module(member: Member):
 
 
 @pytest.mark.parametrize("name", ["key_female", "key_male", "key_non_binary", "key_ambiguous"])
-def test_gender_keys_are_declared(name):
+def test_gender_keys_are_declared(name: str) -> None:
     declared = {
         node.target.id: ast.unparse(node.annotation)
         for node in CLASSES["GenderModel"].body
@@ -113,7 +113,7 @@ def test_gender_keys_are_declared(name):
     assert declared[name] == "str"
 
 
-def test_bases_are_those_of_the_built_classes():
+def test_bases_are_those_of_the_built_classes() -> None:
     bases = {name: [ast.unparse(base) for base in node.bases] for name, node in CLASSES.items()}
     assert bases == {
         "GenderModel": ["Histogram[str]"],

@@ -2,6 +2,8 @@
 
 import builtins
 from collections import OrderedDict, defaultdict
+from collections.abc import Callable
+from typing import Any, Never
 
 import pandas as pd
 import pytest
@@ -11,6 +13,7 @@ from vantrel.metadata import Nominal
 from vantrel.metadata.value import String
 from vantrel.model.exceptions import ModelNotFittedError
 from vantrel.model.models import person
+from vantrel.model.models.histogram import Histogram
 from vantrel.model.models.person import CountryModel, GenderModel, PersonModel
 from vantrel.util.locale.locale import (
     Provider,
@@ -31,11 +34,11 @@ class Refusal(Exception):
     """Raised by stand-ins, never by anything else."""
 
 
-def refuse(*arguments, **keywords):
+def refuse(*arguments: Any, **keywords: Any) -> Never:
     raise Refusal
 
 
-def answer_with(monkeypatch, name, answer):
+def answer_with(monkeypatch: pytest.MonkeyPatch, name: str, answer: Any) -> None:
     """Replaces the host utility that the function asks by one that gives this answer."""
     monkeypatch.setattr(person, UTILITIES[name][0], lambda provider: answer)
 
@@ -43,19 +46,19 @@ def answer_with(monkeypatch, name, answer):
 # --- what the host says ---
 
 
-def test_country_names_are_the_host_s():
+def test_country_names_are_the_host_s() -> None:
     names = person.all_supported_country_names()
     assert names == get_supported_country_names(Provider.PERSON)
     assert "en_GB" in names["United Kingdom"]
 
 
-def test_country_codes_are_the_host_s():
+def test_country_codes_are_the_host_s() -> None:
     codes = person.all_supported_country_codes()
     assert codes == get_supported_country_codes(Provider.PERSON)
     assert "de_DE" in codes["DE"]
 
 
-def test_locales_are_the_host_s():
+def test_locales_are_the_host_s() -> None:
     locales = person.all_supported_locales()
     assert locales == valid_locales(Provider.PERSON)
     assert {"en_GB", "de_DE"} <= set(locales)
@@ -65,10 +68,12 @@ def test_locales_are_the_host_s():
 
 
 @every_function
-def test_host_is_asked_once_for_the_person_provider(monkeypatch, name):
+def test_host_is_asked_once_for_the_person_provider(
+    monkeypatch: pytest.MonkeyPatch, name: str
+) -> None:
     asked = []
 
-    def utility(*arguments, **keywords):
+    def utility(*arguments: Any, **keywords: Any) -> None:
         asked.append((arguments, keywords))
 
     monkeypatch.setattr(person, UTILITIES[name][0], utility)
@@ -77,11 +82,13 @@ def test_host_is_asked_once_for_the_person_provider(monkeypatch, name):
 
 
 @every_function
-def test_provider_is_read_when_the_function_runs(monkeypatch, name):
+def test_provider_is_read_when_the_function_runs(
+    monkeypatch: pytest.MonkeyPatch, name: str
+) -> None:
     class Other:
         PERSON = object()
 
-    asked = []
+    asked: list[object] = []
     monkeypatch.setattr(person, "Provider", Other)
     monkeypatch.setattr(person, UTILITIES[name][0], asked.append)
     getattr(person, name)()
@@ -89,17 +96,17 @@ def test_provider_is_read_when_the_function_runs(monkeypatch, name):
 
 
 @every_function
-def test_provider_without_persons_fails(monkeypatch, name):
+def test_provider_without_persons_fails(monkeypatch: pytest.MonkeyPatch, name: str) -> None:
     monkeypatch.setattr(person, "Provider", object)
     with pytest.raises(AttributeError, match="^type object 'object' has no attribute 'PERSON'$"):
         getattr(person, name)()
 
 
 @every_function
-def test_failure_of_the_host_passes_unchanged(monkeypatch, name):
+def test_failure_of_the_host_passes_unchanged(monkeypatch: pytest.MonkeyPatch, name: str) -> None:
     error = Refusal("as it is")
 
-    def utility(provider):
+    def utility(provider: Any) -> Never:
         raise error
 
     monkeypatch.setattr(person, UTILITIES[name][0], utility)
@@ -109,7 +116,9 @@ def test_failure_of_the_host_passes_unchanged(monkeypatch, name):
 
 
 @every_function
-def test_utility_is_looked_up_before_the_provider(monkeypatch, name):
+def test_utility_is_looked_up_before_the_provider(
+    monkeypatch: pytest.MonkeyPatch, name: str
+) -> None:
     monkeypatch.delattr(person, UTILITIES[name][0])
     monkeypatch.delattr(person, "Provider")
     with pytest.raises(NameError, match=f"^name '{UTILITIES[name][0]}' is not defined$"):
@@ -120,14 +129,14 @@ def test_utility_is_looked_up_before_the_provider(monkeypatch, name):
 
 
 @every_function
-def test_answer_is_the_object_itself(monkeypatch, name):
+def test_answer_is_the_object_itself(monkeypatch: pytest.MonkeyPatch, name: str) -> None:
     answer = UTILITIES[name][1]()
     answer_with(monkeypatch, name, answer)
     assert getattr(person, name)() is answer
 
 
 @every_function
-def test_answer_may_be_none(monkeypatch, name):
+def test_answer_may_be_none(monkeypatch: pytest.MonkeyPatch, name: str) -> None:
     answer_with(monkeypatch, name, None)
     assert getattr(person, name)() is None
 
@@ -151,7 +160,9 @@ def test_answer_may_be_none(monkeypatch, name):
         ),
     ],
 )
-def test_answer_of_another_type_is_refused(monkeypatch, name, answer, message):
+def test_answer_of_another_type_is_refused(
+    monkeypatch: pytest.MonkeyPatch, name: str, answer: Any, message: str
+) -> None:
     answer_with(monkeypatch, name, answer)
     with pytest.raises(TypeError, match=f"^{message}$"):
         getattr(person, name)()
@@ -162,7 +173,7 @@ def test_answer_of_another_type_is_refused(monkeypatch, name, answer, message):
 
 @every_function
 @pytest.mark.parametrize("missing", ["utility", "Provider"])
-def test_missing_name(monkeypatch, name, missing):
+def test_missing_name(monkeypatch: pytest.MonkeyPatch, name: str, missing: str) -> None:
     gone = UTILITIES[name][0] if missing == "utility" else missing
     monkeypatch.delattr(person, gone)
     with pytest.raises(NameError, match=f"^name '{gone}' is not defined$"):
@@ -170,7 +181,9 @@ def test_missing_name(monkeypatch, name, missing):
 
 
 @every_function
-def test_name_is_taken_from_the_builtins_where_the_module_has_none(monkeypatch, name):
+def test_name_is_taken_from_the_builtins_where_the_module_has_none(
+    monkeypatch: pytest.MonkeyPatch, name: str
+) -> None:
     utility, type_, _ = UTILITIES[name]
     answer = type_()
     monkeypatch.delattr(person, utility)
@@ -179,7 +192,7 @@ def test_name_is_taken_from_the_builtins_where_the_module_has_none(monkeypatch, 
 
 
 @every_function
-def test_module_name_hides_the_builtin(monkeypatch, name):
+def test_module_name_hides_the_builtin(monkeypatch: pytest.MonkeyPatch, name: str) -> None:
     utility, type_, _ = UTILITIES[name]
     monkeypatch.setattr(builtins, utility, refuse, raising=False)
     answer = type_()
@@ -188,7 +201,7 @@ def test_module_name_hides_the_builtin(monkeypatch, name):
 
 
 # What runs into each name of the module, with arguments that lead no further.
-USES = {
+USES: dict[str, Callable[[], object]] = {
     "random": lambda: PersonModel.generate_password(0, 0),
     "string": lambda: PersonModel.generate_password(0, 0),
     "re": lambda: PersonModel.check_email("a@b.c", ["en", "en_GB"]),
@@ -215,7 +228,7 @@ USES = {
 
 
 @pytest.mark.parametrize("name", USES)
-def test_deleted_name_is_missed_by_what_uses_it(monkeypatch, name):
+def test_deleted_name_is_missed_by_what_uses_it(monkeypatch: pytest.MonkeyPatch, name: str) -> None:
     use = USES[name]
     monkeypatch.delattr(person, name)
     with pytest.raises(NameError, match=f"^name '{name}' is not defined$"):
@@ -223,33 +236,33 @@ def test_deleted_name_is_missed_by_what_uses_it(monkeypatch, name):
 
 
 @pytest.mark.parametrize("name", [name for name in USES if name != "ModelNotFittedError"])
-def test_name_put_back_serves_again(monkeypatch, name):
+def test_name_put_back_serves_again(monkeypatch: pytest.MonkeyPatch, name: str) -> None:
     with monkeypatch.context() as patch:
         patch.delattr(person, name)
     USES[name]()
 
 
-def test_replaced_exception_is_the_one_raised(monkeypatch):
+def test_replaced_exception_is_the_one_raised(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(person, "ModelNotFittedError", Refusal)
     with pytest.raises(Refusal, match="^Country model not fitted.$"):
         person_model().country_to_provider_map  # noqa: B018
 
 
-def test_replaced_standard_module_is_the_one_used(monkeypatch):
+def test_replaced_standard_module_is_the_one_used(monkeypatch: pytest.MonkeyPatch) -> None:
     class Dull:
         @staticmethod
-        def randint(low, high):
+        def randint(low: int, high: int) -> int:
             return high
 
         @staticmethod
-        def choice(characters):
+        def choice(characters: str) -> str:
             return characters[-1]
 
     monkeypatch.setattr(person, "random", Dull)
     assert PersonModel.generate_password(2, 5) == "99999"
 
 
-def test_replaced_class_is_the_one_instantiated(monkeypatch):
+def test_replaced_class_is_the_one_instantiated(monkeypatch: pytest.MonkeyPatch) -> None:
     class Special(GenderModel):
         pass
 
@@ -257,7 +270,7 @@ def test_replaced_class_is_the_one_instantiated(monkeypatch):
     assert type(person_model().hidden_model_gender) is Special
 
 
-def test_replaced_module_function_leaves_others_alone(monkeypatch):
+def test_replaced_module_function_leaves_others_alone(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(person, "all_supported_locales", refuse)
     assert person.all_supported_country_codes()
 
@@ -279,20 +292,22 @@ CACHED = [
 
 
 class FixedProvider:
-    def first_name(self):
+    def first_name(self) -> str:
         return "Ann"
 
     first_name_female = first_name_male = first_name
 
-    def last_name(self):
+    def last_name(self) -> str:
         return "Lee"
 
-    def domain_name(self):
+    def domain_name(self) -> str:
         return "mail.test"
 
 
 @pytest.mark.parametrize("name", CACHED)
-def test_module_name_does_not_hide_a_cached_builtin(monkeypatch, name):
+def test_module_name_does_not_hide_a_cached_builtin(
+    monkeypatch: pytest.MonkeyPatch, name: str
+) -> None:
     """Everything that uses one of them runs as before."""
     monkeypatch.setattr(person, name, refuse, raising=False)
     model = PersonModel.from_dict(person_model().to_dict())
@@ -306,7 +321,7 @@ def test_module_name_does_not_hide_a_cached_builtin(monkeypatch, name):
         model.sample()
 
 
-def test_replaced_zip_is_not_used(monkeypatch):
+def test_replaced_zip_is_not_used(monkeypatch: pytest.MonkeyPatch) -> None:
     class Frames:
         Series = list
         isna = staticmethod(lambda value: False)
@@ -320,14 +335,14 @@ def test_replaced_zip_is_not_used(monkeypatch):
     assert names == ["Ann"]
 
 
-def test_replaced_range_is_not_used(monkeypatch):
+def test_replaced_range_is_not_used(monkeypatch: pytest.MonkeyPatch) -> None:
     with monkeypatch.context() as patch:
         patch.setattr(builtins, "range", refuse)
         password = PersonModel.generate_password(3, 3)
     assert len(password) == 3
 
 
-def test_replaced_value_error_is_not_raised(monkeypatch):
+def test_replaced_value_error_is_not_raised(monkeypatch: pytest.MonkeyPatch) -> None:
     original = ValueError
     model = person_model()
     caught = None
@@ -340,9 +355,9 @@ def test_replaced_value_error_is_not_raised(monkeypatch):
     assert type(caught) is original
 
 
-def test_replaced_super_is_not_used(monkeypatch):
-    class Quiet(CountryModel.__bases__[0]):
-        def __init__(self, meta):
+def test_replaced_super_is_not_used(monkeypatch: pytest.MonkeyPatch) -> None:
+    class Quiet(Histogram[str]):
+        def __init__(self, meta: Any) -> None:
             self.given = meta
 
     class Special(CountryModel, Quiet):
@@ -355,7 +370,9 @@ def test_replaced_super_is_not_used(monkeypatch):
 
 
 @pytest.mark.parametrize("name", ["all", "AssertionError"])
-def test_replaced_builtin_of_the_address_check_is_not_used(monkeypatch, name):
+def test_replaced_builtin_of_the_address_check_is_not_used(
+    monkeypatch: pytest.MonkeyPatch, name: str
+) -> None:
     """One address is bad and the check is made to find it: the empty locale asks for the pattern."""
     original = AssertionError
 
@@ -363,22 +380,22 @@ def test_replaced_builtin_of_the_address_check_is_not_used(monkeypatch, name):
         default_locale = ""
 
         @staticmethod
-        def generate_usernames(firstnames, lastnames):
+        def generate_usernames(firstnames: Any, lastnames: Any) -> Any:
             return Usernames()
 
     class Usernames:
         str = property(lambda self: self)
 
-        def cat(self, others, sep):
+        def cat(self, others: Any, sep: Any) -> Any:
             return self
 
-        def notna(self):
+        def notna(self) -> Any:
             return self
 
-        def __getitem__(self, mask):
+        def __getitem__(self, mask: Any) -> Any:
             return self
 
-        def apply(self, check, args):
+        def apply(self, check: Callable[..., Any], args: Any) -> Any:
             return [check("no address", *args)]
 
     model = Special(person_model().meta)
@@ -394,7 +411,7 @@ def test_replaced_builtin_of_the_address_check_is_not_used(monkeypatch, name):
     assert caught.args == ()
 
 
-def test_bare_exceptions_stay_bare():
+def test_bare_exceptions_stay_bare() -> None:
     with pytest.raises(ModelNotFittedError) as raised:
         CountryModel(Nominal("c")).categories  # noqa: B018
     assert raised.value.args == ()

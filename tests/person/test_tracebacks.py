@@ -3,7 +3,8 @@
 import random
 import re
 import traceback
-from typing import Any
+from collections.abc import Callable
+from typing import Any, Never
 
 import numpy as np
 import pandas as pd
@@ -61,7 +62,7 @@ FAILING_ARGUMENTS: dict[str, tuple[Any, ...]] = {
 }
 
 
-def entries(call, *arguments, **keywords) -> list[tuple[str, int]]:
+def entries(call: Callable[..., Any], *arguments: Any, **keywords: Any) -> list[tuple[str, int]]:
     """Name and line of the entries that the failing call leaves, outermost first."""
     with pytest.raises(Exception) as raised:
         call(*arguments, **keywords)
@@ -81,20 +82,20 @@ class Refusal(Exception):
     """Raised by stand-ins, never by anything else."""
 
 
-def refuse(*arguments, **keywords):
+def refuse(*arguments: Any, **keywords: Any) -> Never:
     raise Refusal
 
 
 # --- each function ---
 
 
-def test_every_member_is_made_to_fail():
+def test_every_member_is_made_to_fail() -> None:
     expected = {name for name, member in MEMBER_OF.items() if member.owner}
     assert set(FAILING_ARGUMENTS) == expected - NEVER_FAILING
 
 
 @pytest.mark.parametrize("name", FAILING_ARGUMENTS)
-def test_failing_function_is_shown_with_its_line(name):
+def test_failing_function_is_shown_with_its_line(name: str) -> None:
     member = MEMBER_OF[name]
     function = member.built()
     assert entries(function, *FAILING_ARGUMENTS[name])[0] == (member.qualname, member.line)
@@ -108,12 +109,14 @@ def test_failing_function_is_shown_with_its_line(name):
         ("all_supported_locales", "valid_locales", 778),
     ],
 )
-def test_failing_module_function_is_shown_with_its_line(monkeypatch, name, asks, line):
+def test_failing_module_function_is_shown_with_its_line(
+    monkeypatch: pytest.MonkeyPatch, name: str, asks: str, line: int
+) -> None:
     monkeypatch.setattr(person, asks, refuse)
     assert entries(getattr(person, name)) == [(name, line)]
 
 
-def test_entry_comes_between_caller_and_callee(monkeypatch):
+def test_entry_comes_between_caller_and_callee(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(person, "valid_locales", refuse)
     with pytest.raises(Refusal) as raised:
         person.all_supported_locales()
@@ -125,7 +128,7 @@ def test_entry_comes_between_caller_and_callee(monkeypatch):
     ]
 
 
-def test_entry_prints_as_a_line_of_the_source_file():
+def test_entry_prints_as_a_line_of_the_source_file() -> None:
     with pytest.raises(KeyError) as raised:
         PersonModel.from_dict({})
     text = "".join(traceback.format_exception(raised.value))
@@ -135,7 +138,7 @@ def test_entry_prints_as_a_line_of_the_source_file():
     ) in text
 
 
-def test_frame_of_an_entry_has_the_module_as_its_globals():
+def test_frame_of_an_entry_has_the_module_as_its_globals() -> None:
     with pytest.raises(KeyError) as raised:
         PersonModel.from_dict({})
     frame = raised.traceback[-1].frame.raw
@@ -143,7 +146,7 @@ def test_frame_of_an_entry_has_the_module_as_its_globals():
     assert frame.f_globals is vars(person)
 
 
-def test_each_failure_has_one_entry_only():
+def test_each_failure_has_one_entry_only() -> None:
     for _ in range(3):
         assert entries(PersonModel.from_dict, {}) == [("PersonModel.from_dict", 721)]
 
@@ -165,11 +168,11 @@ def test_each_failure_has_one_entry_only():
         lambda: setattr(person_model(), "country_to_provider_map", None),
     ],
 )
-def test_refused_call_has_no_entry_of_the_callee(call):
+def test_refused_call_has_no_entry_of_the_callee(call: Callable[..., Any]) -> None:
     assert entries(call) == []
 
 
-def test_call_refused_inside_a_function_shows_the_caller_only():
+def test_call_refused_inside_a_function_shows_the_caller_only() -> None:
     model = fitted_model()
     model.pwd_length = (1, 2, 3)
     assert entries(model.generate_passwords, [1]) == [("PersonModel.generate_passwords", 599)]
@@ -178,12 +181,12 @@ def test_call_refused_inside_a_function_shows_the_caller_only():
 # --- results of a wrong type ---
 
 
-def test_result_of_a_wrong_type_is_shown_in_the_function(monkeypatch):
+def test_result_of_a_wrong_type_is_shown_in_the_function(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(person, "valid_locales", lambda provider: ())
     assert entries(person.all_supported_locales) == [("all_supported_locales", 778)]
 
 
-def test_property_of_a_wrong_type_is_shown_in_the_getter():
+def test_property_of_a_wrong_type_is_shown_in_the_getter() -> None:
     model = person_model()
     model._country_to_provider_map = [1]
     assert entries(lambda: model.country_to_provider_map) == [
@@ -194,15 +197,15 @@ def test_property_of_a_wrong_type_is_shown_in_the_getter():
 # --- kinds of functions, reached as a caller reaches them ---
 
 
-def test_property_getter():
+def test_property_getter() -> None:
     assert entries(lambda: person_model().country_to_provider_map) == [
         ("PersonModel.country_to_provider_map", 204)
     ]
 
 
-def test_property_setter():
+def test_property_setter() -> None:
     class Closed(PersonModel):
-        def __setattr__(self, name, value):
+        def __setattr__(self, name: str, value: Any) -> None:
             if name == "_country_to_provider_map":
                 raise Refusal
             super().__setattr__(name, value)
@@ -213,20 +216,20 @@ def test_property_setter():
     ]
 
 
-def test_class_method_of_a_subclass_keeps_the_name_of_its_owner():
+def test_class_method_of_a_subclass_keeps_the_name_of_its_owner() -> None:
     class Special(PersonModel):
         pass
 
     assert entries(Special.from_dict, {}) == [("PersonModel.from_dict", 721)]
 
 
-def test_static_method_through_an_instance():
+def test_static_method_through_an_instance() -> None:
     assert entries(person_model().generate_password, 2, 1) == [
         ("PersonModel.generate_password", 606)
     ]
 
 
-def test_unfitted_categories():
+def test_unfitted_categories() -> None:
     assert entries(lambda: CountryModel(Nominal("country")).categories) == [
         ("CountryModel.categories", 745)
     ]
@@ -235,7 +238,7 @@ def test_unfitted_categories():
 # --- nested calls ---
 
 
-def test_sample_down_to_the_first_name():
+def test_sample_down_to_the_first_name() -> None:
     model = fitted_model()
     model.country_to_provider_map = {"XX": object()}
     found = entries(model.sample, conditions=people())
@@ -256,11 +259,11 @@ def test_sample_down_to_the_first_name():
         ("generate_phone_numbers", 613),
     ],
 )
-def test_sample_through_an_overridden_method_shows_the_callers(method, line):
+def test_sample_through_an_overridden_method_shows_the_callers(method: str, line: int) -> None:
     class Special(PersonModel):
         pass
 
-    def failing(*arguments, **keywords):
+    def failing(*arguments: Any, **keywords: Any) -> Never:
         raise Refusal
 
     setattr(Special, method, staticmethod(failing))
@@ -273,7 +276,7 @@ def test_sample_through_an_overridden_method_shows_the_callers(method, line):
     assert found == expected
 
 
-def test_model_inside_the_constructor():
+def test_model_inside_the_constructor() -> None:
     labels = PersonLabels(gender="gender")
     config = person.PersonModelConfig()
     config.gender_male_regex = None
@@ -281,10 +284,10 @@ def test_model_inside_the_constructor():
     assert entries(person_model, labels, config) == [("PersonModel.__init__", 141)]
 
 
-def test_locales_show_the_overridden_default_locale_no_entry_of_its_own():
+def test_locales_show_the_overridden_default_locale_no_entry_of_its_own() -> None:
     class Special(PersonModel):
         @property
-        def default_locale(self):
+        def default_locale(self) -> Never:
             raise Refusal
 
     model = Special(person_model().meta)
@@ -299,7 +302,7 @@ def test_locales_show_the_overridden_default_locale_no_entry_of_its_own():
         ("hidden_model_country", ("CountryModel.fit", 752)),
     ],
 )
-def test_fit_down_to_the_hidden_model(hidden_model, entry):
+def test_fit_down_to_the_hidden_model(hidden_model: str, entry: tuple[str, int]) -> None:
     model = person_model()
     del getattr(
         model, hidden_model
@@ -308,14 +311,14 @@ def test_fit_down_to_the_hidden_model(hidden_model, entry):
     assert found[:2] == [("PersonModel.fit", 222), entry]
 
 
-def test_gender_model_fit_down_to_its_collections(monkeypatch):
+def test_gender_model_fit_down_to_its_collections(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(person, "collections_from_mapping", refuse)
     model = GenderModel(String("sex", categories=["F"]))
     table = pd.DataFrame({"sex": ["F"]})
     assert entries(model.fit, table) == [("GenderModel.fit", 83), ("GenderModel.collections", 69)]
 
 
-def test_gender_model_categories_down_to_its_collections(monkeypatch):
+def test_gender_model_categories_down_to_its_collections(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(person, "collections_from_mapping", refuse)
     model = GenderModel(String("sex", categories=["F"]))
     assert entries(lambda: model.categories) == [
@@ -324,7 +327,7 @@ def test_gender_model_categories_down_to_its_collections(monkeypatch):
     ]
 
 
-def test_from_dict_down_to_the_hidden_model():
+def test_from_dict_down_to_the_hidden_model() -> None:
     stored = person_model().to_dict()
     stored["hidden_model_gender"] = {}
     assert entries(PersonModel.from_dict, stored) == [
@@ -333,10 +336,10 @@ def test_from_dict_down_to_the_hidden_model():
     ]
 
 
-def test_emails_down_to_the_check():
+def test_emails_down_to_the_check() -> None:
     class Special(PersonModel):
         @property
-        def default_locale(self):
+        def default_locale(self) -> Any:
             return (1,)
 
     model = Special(person_model().meta)
@@ -353,14 +356,14 @@ def test_emails_down_to_the_check():
 class Provider:
     """Gives every person the same domain."""
 
-    def domain_name(self):
+    def domain_name(self) -> str:
         return "mail.test"
 
 
 # --- functions inside functions ---
 
 
-def test_lambda_of_usernames():
+def test_lambda_of_usernames() -> None:
     found = entries(PersonModel.generate_usernames, pd.Series([1.5]), pd.Series(["Lee"]))
     assert found == [
         ("PersonModel.generate_usernames", 560),
@@ -368,7 +371,7 @@ def test_lambda_of_usernames():
     ]
 
 
-def test_lambda_of_phone_numbers(monkeypatch):
+def test_lambda_of_phone_numbers(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(random, "randint", refuse)
     assert entries(PersonModel.generate_phone_numbers, [False]) == [
         ("PersonModel.generate_phone_numbers", 613),
@@ -376,9 +379,9 @@ def test_lambda_of_phone_numbers(monkeypatch):
     ]
 
 
-def test_lambda_of_sample_conditional(monkeypatch):
+def test_lambda_of_sample_conditional(monkeypatch: pytest.MonkeyPatch) -> None:
     class Special(PersonModel):
-        def generate_values_from_collections(self, conditions, collections):
+        def generate_values_from_collections(self, conditions: Any, collections: Any) -> Any:
             return pd.Series(["A"] * len(conditions))
 
     monkeypatch.setattr(random, "choice", refuse)
@@ -390,7 +393,7 @@ def test_lambda_of_sample_conditional(monkeypatch):
     ]
 
 
-def test_values_down_to_the_draw(monkeypatch):
+def test_values_down_to_the_draw(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(np.random, "choice", refuse)
     model = person_model()
     found = entries(model.generate_values_from_collections, pd.Series(["F"]), {"F": ["Mrs"]})
@@ -403,10 +406,10 @@ def test_values_down_to_the_draw(monkeypatch):
 # --- the exception ---
 
 
-def test_exception_is_the_very_object_that_was_raised(monkeypatch):
+def test_exception_is_the_very_object_that_was_raised(monkeypatch: pytest.MonkeyPatch) -> None:
     error = Refusal("as it is")
 
-    def raise_it(provider):
+    def raise_it(provider: Any) -> Never:
         raise error
 
     monkeypatch.setattr(person, "valid_locales", raise_it)
@@ -416,7 +419,7 @@ def test_exception_is_the_very_object_that_was_raised(monkeypatch):
     assert (error.__cause__, error.__context__) == (None, None)
 
 
-def test_exception_keeps_the_context_it_is_raised_in(monkeypatch):
+def test_exception_keeps_the_context_it_is_raised_in(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(person, "valid_locales", refuse)
     outer = KeyError("outer")
     with pytest.raises(Refusal) as raised:
@@ -427,6 +430,6 @@ def test_exception_keeps_the_context_it_is_raised_in(monkeypatch):
     assert raised.value.__context__ is outer
 
 
-def test_message_of_a_failure_in_a_body_is_unchanged():
+def test_message_of_a_failure_in_a_body_is_unchanged() -> None:
     with pytest.raises(KeyError, match=f"^{re.escape(repr('meta'))}$"):
         GenderModel.from_dict({})

@@ -16,7 +16,7 @@ from vantrel.config import PersonLabels
     [
         PersonLabels(firstname="a", lastname="a "),
         PersonLabels(gender="", title="gender"),
-        PersonLabels(firstname=5, lastname=("a", "b")),  # type: ignore[arg-type]
+        PersonLabels(firstname=5, lastname=("a", "b")),
         PersonLabels(email="0"),
     ],
     ids=str,

@@ -97,7 +97,7 @@ def test_lengths_from_a_property() -> None:
         asked = 0
 
         @property
-        def pwd_length(self) -> tuple[int, int]:  # type: ignore[override]
+        def pwd_length(self) -> tuple[int, int]:
             self.asked += 1
             return (self.asked % 5, 9)
 

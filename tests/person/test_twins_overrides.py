@@ -179,7 +179,7 @@ def test_a_name_replaced_in_re(name: str) -> None:
 @pytest.mark.parametrize("locale", ["en_GB", "e", "", "n"])
 def test_other_default_locales(locale: str) -> None:
     class Local(PersonModel):
-        default_locale = locale  # type: ignore[assignment]
+        default_locale = locale
 
     model = model_with(new_fakers(), Local)
     same_both_ways(making("emails", model), model)
@@ -253,7 +253,7 @@ def test_the_methods_of_the_class_on_another_object(maker: str) -> None:
         maker, "map_to_gender_keys" if maker == "gender_keys" else f"generate_{maker}"
     )
     setattr(Sharing, method, PersonModel.__dict__[method])
-    made_both_ways(making(maker, borrower))  # type: ignore[arg-type]
+    made_both_ways(making(maker, borrower))
 
 
 def test_a_model_that_has_no_providers_yet() -> None:

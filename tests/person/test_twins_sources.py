@@ -24,7 +24,7 @@ from support.whole_columns import (
 from vantrel.model.models.person import PersonModel
 
 # The source behind the functions of `random`.
-HIDDEN_SOURCE: random.Random = random.choice.__self__  # type: ignore[attr-defined]
+HIDDEN_SOURCE: random.Random = random.choice.__self__
 FUNCTIONS = ["choice", "choices", "randint", "randrange", "random", "getrandbits"]
 SOURCE_METHODS = [*FUNCTIONS, "_randbelow"]
 

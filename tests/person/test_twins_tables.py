@@ -193,7 +193,7 @@ def test_a_table_that_is_made_anew_for_each_name(monkeypatch: pytest.MonkeyPatch
     person = provider(model, "person")
     numbers = iter(range(10**6))
 
-    class Growing(type(person)):  # type: ignore[misc]
+    class Growing(type(person)):
         @property
         def last_names(self) -> list[str]:
             return [f"name {next(numbers)}"]

@@ -12,6 +12,10 @@ from typing import Any
 
 SECONDS = 60
 
+# What this interpreter was told is not for the others, but for the allocator: where accesses to
+# memory are checked, they are checked in every process.
+KEPT = "PYTHONMALLOC"
+
 
 def run(
     code: str,
@@ -29,7 +33,9 @@ def run(
         options: More options of the interpreter.
     """
     environment = {
-        name: value for name, value in os.environ.items() if not name.startswith("PYTHON")
+        name: value
+        for name, value in os.environ.items()
+        if name == KEPT or not name.startswith("PYTHON")
     }
     environment |= {"PYTHONDONTWRITEBYTECODE": "1", "PYTHONIOENCODING": "utf-8"}
     if path is not None:

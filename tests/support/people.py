@@ -4,6 +4,7 @@ from collections.abc import Iterable
 from typing import Any
 
 import pandas as pd
+
 from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.metadata.value import Person
 from vantrel.model.models.person import PersonModel
