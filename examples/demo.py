@@ -110,7 +110,7 @@ def main() -> None:
             warnings.simplefilter("always")
             learn(example, real, model_path)
             sampled = sample(model_path)
-        write_table(sampled, sampled_path)
+        write_table([sampled], sampled_path)
         report(real, sampled, example)
         for note in dict.fromkeys([example.note, *(str(warning.message) for warning in caught)]):
             print(f"\n{fill(note, WIDTH)}")

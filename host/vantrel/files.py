@@ -6,17 +6,17 @@ import secrets
 from collections.abc import Iterator
 from contextlib import contextmanager
 from pathlib import Path
-from typing import TextIO
+from typing import IO, Any
 
 
 @contextmanager
-def replacing(path: Path) -> Iterator[TextIO]:
-    """Opens a text file that takes its place only when it was written to the end.
+def replacing(path: Path, *, binary: bool = False) -> Iterator[IO[Any]]:
+    """Opens a file that takes its place only when it was written to the end.
 
-    Until then the text goes to a file of a temporary name in the same folder. If anything fails
-    that file is removed, and what was at ``path`` before is still there. A symbolic link stays
-    and the file it leads to is replaced. What is there and no regular file, such as a pipe or a
-    device, is written straight into.
+    It takes text, in UTF-8, or bytes. Until the end they go to a file of a temporary name in the
+    same folder. If anything fails that file is removed, and what was at ``path`` before is still
+    there. A symbolic link stays and the file it leads to is replaced. What is there and no regular
+    file, such as a pipe or a device, is written straight into.
 
     Raises:
         OSError: The file cannot be written.
@@ -26,7 +26,8 @@ def replacing(path: Path) -> Iterator[TextIO]:
         if not target.parent.is_dir():
             folder = target.parent if path.is_symlink() else path.parent
             raise FileNotFoundError(errno.ENOENT, f"folder {str(folder)!r} does not exist")
-        with _in_place(target) if _is_special(target) else _beside(target) as file:
+        opening = _in_place if is_special(target) else _beside
+        with opening(target, binary) as file:
             yield file
     except OSError as error:
         # Whoever reads the error has never heard of the temporary name.
@@ -40,22 +41,27 @@ def same_file(one: Path, other: Path) -> bool:
     return one.exists() and other.exists() and one.samefile(other)
 
 
-def _is_special(target: Path) -> bool:
-    return target.exists() and not target.is_file()
+def is_special(path: Path) -> bool:
+    """Tells whether a path leads to what is there and no regular file: a pipe, a device."""
+    return path.exists() and not path.is_file()
 
 
-def _in_place(target: Path) -> TextIO:
-    return target.open("w", encoding="utf-8", newline="")
+def _in_place(target: Path, binary: bool) -> IO[Any]:
+    return _open(target, "w", binary)
 
 
 @contextmanager
-def _beside(target: Path) -> Iterator[TextIO]:
+def _beside(target: Path, binary: bool) -> Iterator[IO[Any]]:
     temporary = target.with_name(f".{target.name}.{secrets.token_hex(4)}.tmp")
     try:
-        with temporary.open("x", encoding="utf-8", newline="") as file:
+        with _open(temporary, "x", binary) as file:
             yield file
             file.flush()
             os.fsync(file.fileno())
         os.replace(temporary, target)
     finally:
         temporary.unlink(missing_ok=True)
+
+
+def _open(path: Path, mode: str, binary: bool) -> IO[Any]:
+    return path.open(f"{mode}b") if binary else path.open(mode, encoding="utf-8", newline="")

@@ -3,8 +3,12 @@
 from __future__ import annotations
 
 import random
+import threading
+from collections.abc import Iterator
+from contextlib import contextmanager
 from typing import TYPE_CHECKING
 
+import faker.generator
 import numpy as np
 from faker import Faker
 
@@ -14,7 +18,11 @@ if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel
 
 
-def seed_everything(model: PersonModel, seed: int) -> None:
+# The sources that belong to the process can serve one sample at a time.
+_in_use = threading.Lock()
+
+
+def seed_everything(model: PersonModel, seed: int | np.random.SeedSequence) -> None:
     """Seeds every source of randomness that a sample draws from.
 
     These are the generators of the model and its hidden models, numpy's and the standard
@@ -24,10 +32,10 @@ def seed_everything(model: PersonModel, seed: int) -> None:
 
     Args:
         model: The model; its random generators are replaced.
-        seed: An integer from 0 on, of any size.
+        seed: An integer from 0 on, of any size, or a sequence made from one.
 
     Raises:
-        TypeError: The seed is not an integer.
+        TypeError: The seed is neither.
         ValueError: The seed is negative.
     """
     streams = iter(_checked(seed).spawn(7))
@@ -44,6 +52,31 @@ def seed_everything(model: PersonModel, seed: int) -> None:
         provider.seed_instance(_integer(stream))
 
 
+@contextmanager
+def own_sources(model: PersonModel, seed: int | np.random.SeedSequence) -> Iterator[None]:
+    """Seeds every source for a sample and puts those of the process back as they were.
+
+    Meanwhile other threads that want the same wait.
+
+    Args:
+        model: The model to sample from; its random generators are replaced.
+        seed: As :func:`seed_everything` takes it.
+    """
+    shared = faker.generator.random
+    generator = faker.generator.Generator
+    with _in_use:
+        states = random.getstate(), np.random.get_state(), shared.getstate()
+        seeded = generator._global_seed, generator._is_seeded
+        try:
+            seed_everything(model, seed)
+            yield
+        finally:
+            random.setstate(states[0])
+            np.random.set_state(states[1])
+            shared.setstate(states[2])
+            generator._global_seed, generator._is_seeded = seeded
+
+
 def _providers(model: PersonModel) -> list[Faker]:
     try:
         return list(model.country_to_provider_map.values())
@@ -51,7 +84,10 @@ def _providers(model: PersonModel) -> list[Faker]:
         return []
 
 
-def _checked(seed: int) -> np.random.SeedSequence:
+def _checked(seed: int | np.random.SeedSequence) -> np.random.SeedSequence:
+    """Makes a sequence that nothing has been spawned from yet."""
+    if isinstance(seed, np.random.SeedSequence):
+        return np.random.SeedSequence(seed.entropy, spawn_key=seed.spawn_key)
     if isinstance(seed, bool) or not isinstance(seed, int | np.integer):
         raise TypeError(f"A seed is an integer from 0 on, not {seed!r}.")
     if seed < 0:

@@ -23,7 +23,7 @@ ATTRIBUTES = (
 @pytest.fixture(autouse=True)
 def folder(tmp_path: Path, people: pd.DataFrame, monkeypatch: pytest.MonkeyPatch) -> Path:
     monkeypatch.chdir(tmp_path)
-    write_table(people, Path("people.csv"))
+    write_table([people], Path("people.csv"))
     return tmp_path
 
 
@@ -55,12 +55,12 @@ def test_from_table_to_model_to_table() -> None:
     fitted = succeed(f"{FIT} --column lastname=surname --column country=land")
     assert fitted.stdout == "Learnt from 10 rows of people.csv; wrote m.json.\n"
     sampled = succeed("sample m.json -n 1200 --seed 7 -o out.csv")
-    assert sampled.stdout == "Made 1,200 people; wrote out.csv.\n"
+    assert sampled.stdout == "Made 1,200 people with the seed 7; wrote out.csv.\n"
     out = read_table(Path("out.csv"))
     assert list(out) == ["land", "surname", "sex"]
     assert len(out) == 1200
     assert set(out["land"]) == {"GB", "US", "DE"}
-    assert set(os.listdir()) == {"people.csv", "m.json", "out.csv"}
+    assert set(os.listdir()) == {"people.csv", "m.json", "out.csv", "out.csv.made.json"}
 
 
 def test_the_shell_finds_the_command() -> None:
@@ -110,7 +110,7 @@ def test_a_table_goes_to_standard_output_alone() -> None:
     result = succeed("sample m.json -n 20 --seed 7 -o -")
     assert result.stdout == Path("out.csv").read_text()
     assert result.stderr == ""
-    assert set(os.listdir()) == {"people.csv", "m.json", "out.csv"}
+    assert set(os.listdir()) == {"people.csv", "m.json", "out.csv", "out.csv.made.json"}
 
 
 def test_standard_output_that_is_closed_early_ends_the_command_quietly() -> None:
@@ -189,8 +189,12 @@ def test_a_locale_is_kept_and_used() -> None:
 def test_an_existing_model_is_replaced_only_by_a_good_one() -> None:
     succeed(FIT)
     before = Path("m.json").read_bytes()
-    fail("fit people.csv -o m.json --column gender=land", 1)
+    message = fail(FIT, 2)
+    assert message == "m.json is there already: add --force to overwrite it."
+    fail("fit people.csv -o m.json --force --column gender=land", 1)
     assert Path("m.json").read_bytes() == before
+    succeed("fit people.csv -o m.json --force --column gender=sex --column title=title")
+    assert Path("m.json").read_bytes() != before
 
 
 @pytest.mark.parametrize(

@@ -5,6 +5,7 @@ import threading
 from pathlib import Path
 
 import pytest
+
 from vantrel.files import replacing, same_file
 from vantrel.tables import TableError, read_table, write_table
 
@@ -107,7 +108,7 @@ def test_every_value_is_text_and_only_an_empty_cell_is_missing(tmp_path: Path) -
 def test_a_table_that_was_read_is_written_the_same(tmp_path: Path) -> None:
     content = 'a,b\nNA,ü\n,0\n"x,""y""",00\n"z\nz",\n'.encode()
     (tmp_path / "t.csv").write_bytes(content)
-    write_table(read_table(tmp_path / "t.csv"), tmp_path / "u.csv")
+    write_table([read_table(tmp_path / "t.csv")], tmp_path / "u.csv")
     assert (tmp_path / "u.csv").read_bytes() == content
 
 

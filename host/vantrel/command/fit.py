@@ -11,7 +11,7 @@ from vantrel.command.labels import (
     generated_attributes,
     make_person,
 )
-from vantrel.command.output import STANDARD_OUTPUT, refuse_overwriting
+from vantrel.command.output import STANDARD_OUTPUT, force_option, refuse_overwriting
 from vantrel.command.terse import reporting
 
 
@@ -47,12 +47,14 @@ from vantrel.command.terse import reporting
     metavar="LOCALE",
     help="Where the people are from if no column says so; may be repeated. [default: en_GB]",
 )
+@force_option
 def fit(
     table: Path,
     output: Path,
     columns: dict[str, str],
     generated: list[str],
     locales: tuple[str, ...],
+    force: bool,
 ) -> None:
     """Learn from the CSV table TABLE and write a model file.
 
@@ -62,7 +64,7 @@ def fit(
     """
     if output == STANDARD_OUTPUT:
         raise click.UsageError("A model is not written to standard output: name a file for -o.")
-    refuse_overwriting(table, output)
+    refuse_overwriting(output, table, force=force)
     meta = make_person(columns, generated, locales)
 
     # These take a second to import; help and usage errors need not wait for them.

@@ -4,16 +4,22 @@ from pathlib import Path
 
 import click
 
-from vantrel.files import same_file
+from vantrel.files import is_special, same_file
 
 STANDARD_OUTPUT = Path("-")
 
+force_option = click.option("--force", is_flag=True, help="Overwrite the output if it is there.")
 
-def refuse_overwriting(source: Path, output: Path) -> None:
-    """Makes sure that writing the output leaves the input alone.
+
+def refuse_overwriting(output: Path, *sources: Path, force: bool) -> None:
+    """Makes sure that writing the output loses nothing.
 
     Raises:
-        click.UsageError: Both are one file.
+        click.UsageError: It is a file to read, or it is there and ``force`` is not given.
     """
-    if same_file(source, output):
+    if output == STANDARD_OUTPUT:
+        return
+    if any(same_file(source, output) for source in sources):
         raise click.UsageError(f"{output} is the file to read: write to another one.")
+    if output.exists() and not is_special(output) and not force:
+        raise click.UsageError(f"{output} is there already: add --force to overwrite it.")

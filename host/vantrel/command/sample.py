@@ -1,12 +1,33 @@
 """``vantrel sample``: from a model file to a table."""
 
+from __future__ import annotations
+
+import secrets
 import warnings
+from collections.abc import Iterable, Iterator
 from pathlib import Path
+from typing import TYPE_CHECKING
 
 import click
 
-from vantrel.command.output import STANDARD_OUTPUT, refuse_overwriting
+from vantrel.command.output import STANDARD_OUTPUT, force_option, refuse_overwriting
 from vantrel.command.terse import reporting
+
+if TYPE_CHECKING:
+    import pandas as pd
+
+    from vantrel.model.models.person import PersonModel
+    from vantrel.sampling import Plan
+
+
+def _unique(_context: click.Context, _option: click.Parameter, value: str | None) -> list[str]:
+    attributes = [attribute.strip() for attribute in value.split(",")] if value else []
+    for attribute in attributes:
+        if attribute not in ("username", "email"):
+            raise click.BadParameter(
+                f"{attribute!r} cannot be made unique: only username and email can."
+            )
+    return attributes
 
 
 @click.command()
@@ -14,48 +35,140 @@ from vantrel.command.terse import reporting
 @click.option(
     "-n",
     "rows",
-    required=True,
     type=click.IntRange(min=0),
-    help="The number of people to make.",
-)
-@click.option(
-    "--seed",
-    type=click.IntRange(min=0),
-    help="Makes the table reproducible: the same model and seed give the same table.",
+    help="The number of people to make; not needed with --conditions.",
 )
 @click.option(
     "-o",
     "--output",
     required=True,
-    metavar="PEOPLE.csv",
+    metavar="PEOPLE",
     type=click.Path(path_type=Path),
-    help="The table to write; - is standard output.",
+    help="The table to write: Parquet if its name ends in .parquet, else CSV; - is standard output.",
 )
-def sample(model_file: Path, rows: int, seed: int | None, output: Path) -> None:
-    """Make people as the model file MODEL.json describes them and write them as CSV.
+@click.option(
+    "--seed",
+    type=click.IntRange(min=0),
+    help="Makes the table reproducible: the same model and seed give the same table. Without one,"
+    " a seed is drawn and told.",
+)
+@click.option(
+    "--conditions",
+    metavar="TABLE",
+    type=click.Path(path_type=Path),
+    help="A table that gives genders or countries or both, a row for each person to make, in"
+    " columns named as the model's.",
+)
+@click.option(
+    "--unique",
+    metavar="ATTRIBUTE,...",
+    callback=_unique,
+    help="Of username and email, those of which no value may come twice. Each value ends in a code"
+    " of six characters then.",
+)
+@click.option(
+    "--strict", is_flag=True, help="Refuse countries of which Faker has no names of their own."
+)
+@click.option(
+    "--csv-safe",
+    is_flag=True,
+    help="Put an apostrophe before each cell that a spreadsheet would run as a formula.",
+)
+@force_option
+def sample(
+    model_file: Path,
+    rows: int | None,
+    output: Path,
+    seed: int | None,
+    conditions: Path | None,
+    unique: list[str],
+    strict: bool,
+    csv_safe: bool,
+    force: bool,
+) -> None:
+    """Make people as a model describes them.
+
+    The model file MODEL.json is one that 'vantrel fit' wrote. Beside the table, a small file that
+    ends in .made.json tells how it was made.
 
     \b
     Example:
       vantrel sample model.json -n 1000 --seed 7 -o people.csv
     """
-    refuse_overwriting(model_file, output)
+    if (rows is None) == (conditions is None):
+        raise click.UsageError("Give either -n, a number of people, or --conditions, a table.")
+    if csv_safe and output.suffix.lower() in (".parquet", ".pq"):
+        raise click.UsageError(f"--csv-safe is for CSV, and {output} is Parquet: leave it out.")
+    refuse_overwriting(output, model_file, *filter(None, [conditions]), force=force)
 
     # These take a second to import; help and usage errors need not wait for them.
-    from vantrel.model_file import load
-    from vantrel.sampling import sample_people
-    from vantrel.seeding import seed_everything
-    from vantrel.tables import write_csv, write_table
-    from vantrel.util.locale.locale import BorrowedNamesWarning
+    from vantrel.record import read_record
+    from vantrel.sampling import Plan, prepare_conditions, refuse_borrowed, sample_blocks
+    from vantrel.tables import read_table
 
     with reporting():
+        read_record(output)  # what is no record is not overwritten by one
+        model = _load(model_file)
+        given = None if conditions is None else prepare_conditions(model, read_table(conditions))
+        if strict:
+            refuse_borrowed(model)
+        plan = Plan(
+            rows=len(given) if rows is None else rows,  # type: ignore[arg-type]
+            seed=secrets.randbits(32) if seed is None else seed,
+            unique=tuple(unique),
+        )
+        _write(_with_progress(sample_blocks(model, plan, given), plan.rows), output, csv_safe)
+        if output.is_file():
+            _write_record(model, model_file, plan, conditions, output)
+    if output != STANDARD_OUTPUT:
+        click.echo(f"Made {plan.rows:,} people with the seed {plan.seed}; wrote {output}.")
+    elif seed is None:
+        click.echo(f"vantrel: note: the seed is {plan.seed}", err=True)
+
+
+def _load(path: Path) -> PersonModel:
+    from vantrel.model_file import load
+    from vantrel.util.locale.locale import BorrowedNamesWarning
+
+    with warnings.catch_warnings():
         warnings.simplefilter("ignore", BorrowedNamesWarning)  # 'vantrel fit' has told
-        model = load(model_file)
-        if seed is not None:
-            seed_everything(model, seed)
-        people = sample_people(model, rows)
-        if output == STANDARD_OUTPUT:
-            with click.open_file("-", "w", encoding="utf-8") as file:
-                write_csv(people, file)
-        else:
-            write_table(people, output)
-            click.echo(f"Made {rows:,} people; wrote {output}.")
+        return load(path)
+
+
+def _with_progress(frames: Iterable[pd.DataFrame], rows: int) -> Iterator[pd.DataFrame]:
+    """Shows on stderr how far the rows are; nothing where that is no terminal."""
+    from tqdm import tqdm
+
+    with tqdm(total=rows, unit=" people", unit_scale=True, disable=None, leave=False) as bar:
+        for frame in frames:
+            yield frame
+            bar.update(len(frame))
+
+
+def _write(frames: Iterable[pd.DataFrame], output: Path, csv_safe: bool) -> None:
+    from vantrel.tables import write_csv, write_table
+
+    if output == STANDARD_OUTPUT:
+        with click.open_file("-", "w", encoding="utf-8") as file:
+            write_csv(frames, file, spreadsheet_safe=csv_safe)
+    else:
+        write_table(frames, output, spreadsheet_safe=csv_safe)
+
+
+def _write_record(
+    model: PersonModel, model_file: Path, plan: Plan, conditions: Path | None, output: Path
+) -> None:
+    from vantrel.record import SampleRecord, sha256_of, write_record
+
+    record = SampleRecord(
+        model=model_file.name,
+        model_sha256=sha256_of(model_file),
+        rows=plan.rows,
+        seed=plan.seed,
+        columns=dict(model.params),
+        options={
+            "conditions": None if conditions is None else conditions.name,
+            "unique": list(plan.unique),
+        },
+    )
+    write_record(record, output)

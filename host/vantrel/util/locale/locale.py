@@ -59,8 +59,7 @@ def get_country_to_provder_map(countries: Iterable[str], provider: Provider) -> 
     _check(provider)
     present = dict.fromkeys(country for country in countries if not pd.isna(country))
     refuse_unknown(present)
-    chosen = {country: _resolve(country) for country in present}
-    borrowed = [f"{country} ({locale})" for country, (locale, own) in chosen.items() if not own]
+    borrowed = [f"{place} ({locale})" for place, locale in borrowed_places(present).items()]
     if borrowed:
         warnings.warn(
             "Faker has no person names of its own for these; they get those of the locale in"
@@ -68,7 +67,7 @@ def get_country_to_provder_map(countries: Iterable[str], provider: Provider) -> 
             BorrowedNamesWarning,
             stacklevel=2,
         )
-    return {country: Faker(locale) for country, (locale, _) in chosen.items()}
+    return {country: Faker(_resolve(country)[0]) for country in present}
 
 
 def get_supported_country_names(provider: Provider) -> dict[str, list[str]]:
@@ -106,9 +105,20 @@ def refuse_unknown(places: Iterable[str]) -> None:
     Raises:
         ValueError: Some are neither; all of them are named.
     """
-    unknown = [place for place in places if _locale_of(place) is None]
+    unknown = unknown_places(places)
     if unknown:
         raise ValueError(_unknown(unknown))
+
+
+def unknown_places(places: Iterable[str]) -> list[str]:
+    """Lists those that are neither a country nor a locale, in their order."""
+    return [place for place in places if _locale_of(place) is None]
+
+
+def borrowed_places(places: Iterable[str]) -> dict[str, str]:
+    """Maps those known places of which Faker has no names to the locale whose names they get."""
+    chosen = {place: _resolve(place) for place in places}
+    return {place: locale for place, (locale, own) in chosen.items() if not own}
 
 
 def _resolve(place: str) -> tuple[str, bool]:

@@ -1,6 +1,9 @@
-"""Reads and writes tables of people."""
+"""CSV tables."""
+
+from __future__ import annotations
 
 import csv
+from collections.abc import Iterable
 from contextlib import suppress
 from pathlib import Path
 from typing import TextIO
@@ -8,30 +11,24 @@ from typing import TextIO
 import pandas as pd
 from pandas.errors import EmptyDataError, ParserError
 
-from vantrel.files import replacing
+from vantrel.tables.errors import TableError
+
+# A spreadsheet runs what begins with the first four, some also behind what it takes for a blank.
+_RUNNABLE = ("=", "+", "-", "@", "\t", "\r", "\n")
 
 
-class TableError(ValueError):
-    """A table cannot be read, or holds nothing to learn from."""
-
-
-def read_table(path: Path) -> pd.DataFrame:
-    """Reads a CSV table with a header, every value as text.
-
-    Only an empty cell is a missing value: the country code NA and leading zeros stay.
-
-    Returns:
-        A frame of at least one row.
+def read_csv(path: Path) -> pd.DataFrame:
+    """Reads a table, every value as text, empty cells as missing.
 
     Raises:
-        TableError: The file cannot be read, is no such table or has no rows.
+        TableError: The file cannot be read or is no such table.
     """
     try:
         df = pd.read_csv(path, dtype=str, keep_default_na=False, na_values=[""])
     except EmptyDataError:
         raise TableError(f"Table {path} is empty: give it a header and at least one row.") from None
     except OSError as error:
-        raise TableError(f"Table {path} cannot be read: {error.strerror or error}.") from error
+        raise TableError.unreadable(path, error) from error
     except UnicodeDecodeError as error:
         raise TableError(f"Table {path} is not in UTF-8: save it in that encoding.") from error
     except ParserError as error:
@@ -40,8 +37,6 @@ def read_table(path: Path) -> pd.DataFrame:
     if not isinstance(df.index, pd.RangeIndex):  # pandas made the surplus an index
         reason = _ragged_row(path) or "it has rows with more values than its header has names."
         raise TableError(f"Table {path} is no CSV table: {reason}")
-    if df.empty:
-        raise TableError(f"Table {path} has a header but no rows: give it at least one.")
     return df
 
 
@@ -59,21 +54,31 @@ def _ragged_row(path: Path) -> str | None:
     return None
 
 
-def write_table(df: pd.DataFrame, path: Path) -> None:
-    """Writes a table as CSV, missing values as empty cells, whole or not at all.
+def write_csv(
+    frames: Iterable[pd.DataFrame], file: TextIO, *, spreadsheet_safe: bool = False
+) -> None:
+    """Writes a table that comes in parts to an open file, missing values as empty cells.
+
+    Args:
+        frames: At least one part; all have the same columns.
+        file: Where to write to.
+        spreadsheet_safe: Whether to put an apostrophe before each cell that a spreadsheet would
+            run as a formula.
 
     Raises:
         OSError: The file cannot be written.
     """
-    with replacing(path) as file:
-        write_csv(df, file)
-
-
-def write_csv(df: pd.DataFrame, file: TextIO) -> None:
-    """Writes a table as CSV to an open file, missing values as empty cells.
-
-    Raises:
-        OSError: The file cannot be written.
-    """
-    df.to_csv(file, index=False, lineterminator="\n")
+    for number, frame in enumerate(frames):
+        part = _guarded(frame) if spreadsheet_safe else frame
+        part.to_csv(file, index=False, header=number == 0, lineterminator="\n")
     file.flush()
+
+
+def _guarded(frame: pd.DataFrame) -> pd.DataFrame:
+    guarded = frame.apply(_guarded_column)
+    return guarded.set_axis(_guarded_column(frame.columns.to_series()), axis="columns")
+
+
+def _guarded_column(column: pd.Series) -> pd.Series:
+    runnable = column.str.startswith(_RUNNABLE).fillna(False).astype(bool)
+    return column.mask(runnable, "'" + column)

@@ -1,0 +1,114 @@
+"""Cuts a sample into blocks that depend on nothing but the seed and their own number.
+
+So the rows of a seed are the same whatever makes the blocks, where and in which order, and no more
+than a block need be in memory.
+"""
+
+from __future__ import annotations
+
+import math
+from collections.abc import Iterator
+from dataclasses import dataclass
+from typing import TYPE_CHECKING
+
+import numpy as np
+import pandas as pd
+
+from vantrel.sampling.people import sample_people
+from vantrel.sampling.unique import make_unique, refuse_not_unique
+from vantrel.seeding import own_sources
+
+if TYPE_CHECKING:
+    from vantrel.model.models.person import PersonModel
+
+BLOCK_ROWS = 50_000
+
+
+@dataclass(frozen=True)
+class Plan:
+    """What decides the rows of a sample, besides the model and the conditions.
+
+    Args:
+        rows: The number of rows.
+        seed: An integer from 0 on.
+        block_rows: The number of rows of each block but the last.
+        unique: The attributes whose columns are made unique, of "username" and "email".
+
+    Raises:
+        ValueError: A number is out of its range.
+    """
+
+    rows: int
+    seed: int
+    block_rows: int = BLOCK_ROWS
+    unique: tuple[str, ...] = ()
+
+    def __post_init__(self) -> None:
+        for name, least in (("rows", 0), ("seed", 0), ("block_rows", 1)):
+            value = getattr(self, name)
+            if isinstance(value, bool) or not isinstance(value, int) or value < least:
+                raise ValueError(f"{name!r} is an integer from {least} on, not {value!r}.")
+
+    @property
+    def blocks(self) -> int:
+        """The number of blocks; one of no rows where there are none, for the columns' sake."""
+        return max(1, math.ceil(self.rows / self.block_rows))
+
+    def rows_of(self, block: int) -> range:
+        """The numbers of the rows of a block."""
+        first = block * self.block_rows
+        return range(first, min(first + self.block_rows, self.rows))
+
+
+def sample_block(
+    model: PersonModel, plan: Plan, block: int, conditions: pd.DataFrame | None = None
+) -> pd.DataFrame:
+    """Makes one block of a sample.
+
+    The random sources of the process are put back as they were, also when sampling fails. Blocks
+    made by several threads wait for each other, for these sources are the whole process's.
+
+    Args:
+        model: A fitted model; its own random generators are replaced.
+        plan: What to make; checked by :func:`check_plan`.
+        block: The number of the block, from 0 to ``plan.blocks - 1``.
+        conditions: What ``prepare_conditions`` made, with a row for each of the whole sample.
+
+    Returns:
+        A frame of the labelled columns; its index are the numbers of its rows in the sample.
+    """
+    rows = plan.rows_of(block)
+    given = None
+    if conditions is not None:
+        given = conditions.iloc[rows.start : rows.stop].reset_index(drop=True)
+    with own_sources(model, np.random.SeedSequence(plan.seed, spawn_key=(block,))):
+        people = sample_people(model, len(rows), given)
+    if plan.unique:
+        make_unique(people, model, plan.unique, rows.start)
+    return people.set_index(pd.RangeIndex(rows.start, rows.stop))
+
+
+def check_plan(model: PersonModel, plan: Plan, conditions: pd.DataFrame | None = None) -> None:
+    """Makes sure before the first row that a plan can be carried out.
+
+    Raises:
+        ValueError: A column cannot be unique, or there are not as many conditions as rows.
+    """
+    refuse_not_unique(model, plan.unique, plan.rows)
+    if conditions is not None and len(conditions) != plan.rows:
+        raise ValueError(
+            f"There are {len(conditions):,} rows of conditions for {plan.rows:,} rows to make:"
+            " leave the number of rows out."
+        )
+
+
+def sample_blocks(
+    model: PersonModel, plan: Plan, conditions: pd.DataFrame | None = None
+) -> Iterator[pd.DataFrame]:
+    """Makes a sample block by block, each as :func:`sample_block` does.
+
+    Raises:
+        ValueError: The plan cannot be carried out; raised before the first block.
+    """
+    check_plan(model, plan, conditions)
+    return (sample_block(model, plan, block, conditions) for block in range(plan.blocks))

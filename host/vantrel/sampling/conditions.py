@@ -1,0 +1,107 @@
+"""Genders and countries that a user gives row by row."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable
+from typing import TYPE_CHECKING
+
+from vantrel.sampling.places import take_in
+from vantrel.util.locale.locale import unknown_places
+from vantrel.util.person import collections_from_mapping
+
+if TYPE_CHECKING:
+    import pandas as pd
+
+    from vantrel.model.models.person import PersonModel
+
+_MOST_VALUES = 20
+_MOST_ROWS = 10
+
+
+class ConditionsError(ValueError):
+    """A model cannot make what the conditions ask for."""
+
+
+def prepare_conditions(model: PersonModel, table: pd.DataFrame) -> pd.DataFrame:
+    """Checks genders and countries row by row and takes countries in that the fit did not see.
+
+    Args:
+        model: A fitted model; its map of countries grows.
+        table: One row for each to make. Only the model's columns of gender and country are used.
+
+    Returns:
+        A frame of these columns with the index 0 to n - 1.
+
+    Raises:
+        ConditionsError: The table has neither column, or values that the model cannot place; these
+            are named with their rows, the first of which is row 1.
+    """
+    labels = model.labels
+    columns = [column for column in (labels.gender, labels.country) if column is not None]
+    conditions = table[[column for column in columns if column in table]].reset_index(drop=True)
+    if conditions.columns.empty:
+        raise ConditionsError(_without_columns(columns))
+    problems = []
+    for column in conditions:
+        values = conditions[column]
+        placed = _placed_genders if column == labels.gender else _placed_countries
+        unplaced = values[~values.isin(placed(model, values.dropna().unique()))]
+        problems += _problems(column, unplaced)
+    if problems:
+        more = f"; and {len(problems) - _MOST_VALUES} more" if len(problems) > _MOST_VALUES else ""
+        raise ConditionsError(
+            f"The conditions have values that the model cannot place: "
+            f"{'; '.join(problems[:_MOST_VALUES])}{more}. Correct them or leave the rows out."
+        )
+    if labels.country in conditions:
+        take_in(model, conditions[labels.country].unique())
+    return conditions
+
+
+def _without_columns(columns: list[str]) -> str:
+    if not columns:
+        return "The model has neither a column of genders nor one of countries: use -n instead."
+    return f"The conditions need a column {' or '.join(map(repr, columns))}, as the model has."
+
+
+def _problems(column: object, unplaced: pd.Series) -> list[str]:
+    """Names each value with the rows that have it."""
+    return [
+        f"column {column!r} has {_shown(value)} in {_rows(rows.index + 1)}"
+        for value, rows in unplaced.groupby(unplaced, sort=False, dropna=False)
+    ]
+
+
+def _shown(value: object) -> str:
+    return repr(value) if isinstance(value, str) else "no value"
+
+
+def _rows(numbers: Iterable[int]) -> str:
+    rows = list(numbers)
+    named = ", ".join(map(str, rows[:_MOST_ROWS]))
+    more = f" and {len(rows) - _MOST_ROWS} more" if len(rows) > _MOST_ROWS else ""
+    return f"row{'s' if len(rows) > 1 else ''} {named}{more}"
+
+
+def _placed_genders(model: PersonModel, values: Iterable[str]) -> list[str]:
+    """Those whose gender has at least one value in the fitted table."""
+    from vantrel.model.models.person import GenderModel
+
+    config, labels = model.config, model.labels
+    patterns = {
+        GenderModel.key_female: config.gender_female_regex,
+        GenderModel.key_male: config.gender_male_regex,
+        GenderModel.key_non_binary: config.gender_non_binary_regex,
+    }
+    assert labels.gender is not None
+    learnt = collections_from_mapping(
+        model.meta[labels.gender].categories, patterns, GenderModel.key_ambiguous
+    )
+    given = collections_from_mapping(list(values), patterns, GenderModel.key_ambiguous)
+    return [value for key, those in given.items() if learnt.get(key) for value in those]
+
+
+def _placed_countries(_model: PersonModel, values: Iterable[str]) -> list[str]:
+    places = list(values)
+    unknown = set(unknown_places(places))
+    return [place for place in places if place not in unknown]

@@ -1,0 +1,43 @@
+"""The countries and locales that a model has names for."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable
+from typing import TYPE_CHECKING
+
+from vantrel.util.locale.locale import Provider, borrowed_places, get_country_to_provder_map
+
+if TYPE_CHECKING:
+    from vantrel.model.models.person import PersonModel
+
+
+def take_in(model: PersonModel, countries: Iterable[str]) -> None:
+    """Gives a model names for countries that the fit did not see.
+
+    Raises:
+        ValueError: Some are neither a country nor a locale.
+
+    Warns:
+        BorrowedNamesWarning: Faker has no names of some new ones.
+    """
+    known = model.country_to_provider_map
+    new = [country for country in countries if country not in known]
+    model.country_to_provider_map = known | get_country_to_provder_map(new, Provider.PERSON)
+
+
+def refuse_borrowed(model: PersonModel) -> None:
+    """Makes sure that Faker has names of every country or locale that a model may sample.
+
+    Raises:
+        ValueError: It has none of some; all of them are named.
+    """
+    if model.labels.country is not None:
+        places = list(model.country_to_provider_map)
+    else:
+        places = list(model.locales or [model.default_locale])
+    borrowed = borrowed_places(places)
+    if borrowed:
+        raise ValueError(
+            f"Faker has no person names of its own for {', '.join(map(repr, borrowed))}: leave"
+            " --strict out to give these people names from elsewhere."
+        )

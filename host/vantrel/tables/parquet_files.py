@@ -1,0 +1,89 @@
+"""Parquet tables, by pyarrow where it is installed."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable
+from importlib.util import find_spec
+from itertools import chain
+from pathlib import Path
+from typing import IO, TYPE_CHECKING
+
+import pandas as pd
+
+from vantrel.tables.errors import TableError
+from vantrel.tables.parts import regroup
+
+if TYPE_CHECKING:
+    import pyarrow as pa
+
+# The rows of each row group: what readers take into memory at a time.
+_GROUP_ROWS = 50_000
+
+
+def require_pyarrow(path: Path) -> None:
+    """Makes sure that Parquet files can be read and written.
+
+    Raises:
+        TableError: pyarrow is not installed.
+    """
+    if find_spec("pyarrow") is None:
+        raise TableError(
+            f"Parquet tables such as {path} need pyarrow: pip install 'vantrel[parquet]'."
+        )
+
+
+def read_parquet(path: Path) -> pd.DataFrame:
+    """Reads a Parquet file, or all of a folder by their names, every value as text.
+
+    Raises:
+        TableError: A file cannot be read or is no such table, or pyarrow is not installed.
+    """
+    require_pyarrow(path)
+    import pyarrow as pa
+    import pyarrow.dataset as ds
+
+    files = sorted(path.glob("*.parquet")) if path.is_dir() else [path]
+    if not files:
+        raise TableError(f"Folder {path} holds no Parquet files: name a table.")
+    try:
+        table = ds.dataset([str(file) for file in files], format="parquet").to_table()
+    except pa.ArrowException as error:
+        raise TableError(f"Table {path} is no Parquet table: {_in_a_line(error)}") from error
+    except OSError as error:
+        raise TableError.unreadable(path, error) from error
+    return pd.DataFrame({name: _as_text(table[name]) for name in table.column_names})
+
+
+def _as_text(column: pa.ChunkedArray) -> pd.Series:
+    import pyarrow as pa
+
+    try:
+        return column.cast(pa.string()).to_pandas()
+    except pa.ArrowNotImplementedError:  # lists and the like
+        texts = [None if value is None else str(value) for value in column.to_pylist()]
+        return pa.array(texts, pa.string()).to_pandas()
+
+
+def _in_a_line(error: Exception) -> str:
+    return " ".join(str(error).split())
+
+
+def write_parquet(frames: Iterable[pd.DataFrame], file: IO[bytes]) -> None:
+    """Writes a table that comes in parts to an open file, in row groups of one size.
+
+    Args:
+        frames: At least one part; all have the same columns, of text.
+        file: Where to write to.
+
+    Raises:
+        OSError: The file cannot be written.
+    """
+    import pyarrow as pa
+    import pyarrow.parquet as pq
+
+    groups = regroup(frames, _GROUP_ROWS)
+    first = next(groups)
+    schema = pa.schema([(str(column), pa.string()) for column in first.columns])
+    with pq.ParquetWriter(file, schema) as writer:
+        for group in chain([first], groups):
+            writer.write_table(pa.Table.from_pandas(group, schema, preserve_index=False))
