@@ -56,5 +56,5 @@ def test_the_form_holds_the_meta_and_rebuilds_the_subclass(people: pd.DataFrame)
 
 
 def test_a_form_without_meta_is_refused() -> None:
-    with pytest.raises(KeyError, match="^'meta'$"):
+    with pytest.raises(KeyError, match=r"^'meta'$"):
         Touchy.from_dict({})

@@ -193,7 +193,7 @@ def test_results_are_the_callers_own() -> None:
 
 
 def test_another_provider_is_refused() -> None:
-    with pytest.raises(ValueError, match="^No locales are known for 'person': use"):
+    with pytest.raises(ValueError, match=r"^No locales are known for 'person': use"):
         valid_locales("person")  # type: ignore[arg-type]
 
 

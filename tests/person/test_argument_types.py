@@ -242,7 +242,7 @@ def test_patterns_are_checked_before_anything_is_set_up() -> None:
 @pytest.mark.parametrize("produce_nans", [None, 0, "yes", object(), np.True_])
 def test_flag_takes_anything(produce_nans: Any) -> None:
     model = person_model()
-    with pytest.raises(ValueError, match="^One of 'n' or 'conditions' must be given.$"):
+    with pytest.raises(ValueError, match=r"^One of 'n' or 'conditions' must be given\.$"):
         model.sample(produce_nans=produce_nans)
 
 

@@ -168,8 +168,7 @@ def test_multiple_values_for_every_parameter(member: Member) -> None:
 
 def anew(text: str) -> str:
     """An equal string that is another object, and not interned."""
-    made = "".join([text[:1], text[1:]]) if len(text) > 1 else text
-    return made
+    return "".join([text[:1], text[1:]]) if len(text) > 1 else text
 
 
 @pytest.mark.parametrize("zz_first", [False, True])
@@ -232,7 +231,7 @@ def test_keyword_that_is_not_ascii() -> None:
 
 
 def test_keyword_that_is_no_string() -> None:
-    with pytest.raises(TypeError, match="^keywords must be strings$"):
+    with pytest.raises(TypeError, match=r"^keywords must be strings$"):
         PersonModel.check_email("a", **{1: 2})
 
 

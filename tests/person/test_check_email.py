@@ -73,7 +73,7 @@ def test_locales_that_all_have_en_apply_the_pattern(locales: list[Any]) -> None:
 
 def test_locales_are_tested_in_order_and_no_further_than_needed() -> None:
     assert check("a@b", ["fr", 7]) is True
-    with pytest.raises(TypeError, match="^argument of type 'int' is not iterable$"):
+    with pytest.raises(TypeError, match=r"^argument of type 'int' is not iterable$"):
         check("a@b", ["en", 7])
 
 
@@ -162,7 +162,7 @@ def test_other_locales_match_nothing_at_all(recorded_match: Any) -> None:
 
 def test_an_error_of_the_match_propagates(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(person, "re", SimpleNamespace())
-    with pytest.raises(AttributeError, match="has no attribute 'match'$"):
+    with pytest.raises(AttributeError, match=r"has no attribute 'match'$"):
         check("a@b.c")
 
 

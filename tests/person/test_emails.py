@@ -305,7 +305,7 @@ def test_a_locale_that_is_no_sequence_raises_what_list_raises() -> None:
             return 7
 
     model = model_with(faker_of("a.test"), Located)
-    with pytest.raises(TypeError, match="^'int' object is not iterable$"):
+    with pytest.raises(TypeError, match=r"^'int' object is not iterable$"):
         model.generate_emails(*names_of(1), ["GB"])
 
 

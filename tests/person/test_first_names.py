@@ -203,7 +203,8 @@ def test_a_missing_gender_is_compared_with_no_key(monkeypatch: pytest.MonkeyPatc
     monkeypatch.setattr(person, "pd", SimpleNamespace(isna=isna))
     faker = StandInFaker()
     model_with({"GB": faker}).generate_random_first_name(gender, "GB")
-    assert asked == [gender] and asked[0] is gender
+    (found,) = asked
+    assert found is gender
     assert (gender.compared, faker.calls) == ([], ["first"])
 
 
@@ -282,7 +283,8 @@ def test_series_of_lengths_3_and_5_give_3_names() -> None:
 def test_empty_series_give_an_empty_series() -> None:
     model = model_of_kind("shared")
     names = assert_reads_alike(model, pd.Series([], dtype="object"), countries_of(model, 0))
-    assert isinstance(names, pd.Series) and names.empty
+    assert isinstance(names, pd.Series)
+    assert names.empty
 
 
 def test_pairs_go_by_position_and_the_result_has_its_own_index() -> None:
@@ -389,7 +391,7 @@ def test_a_stop_iteration_of_a_faker_is_not_taken_for_the_end() -> None:
         raise StopIteration
 
     model = model_with({"GB": SimpleNamespace(first_name=stop)})
-    with pytest.raises(RuntimeError, match="^generator raised StopIteration$"):
+    with pytest.raises(RuntimeError, match=r"^generator raised StopIteration$"):
         model.generate_first_names(pd.Series(["A"]), pd.Series(["GB"]))
 
 

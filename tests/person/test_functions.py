@@ -317,7 +317,7 @@ def test_function_is_copied_as_itself(member: Member) -> None:
 
 def test_autospec_keeps_signatures() -> None:
     double = mock.create_autospec(PersonModel)
-    with pytest.raises(TypeError, match="^missing a required argument: 'country_condtions'$"):
+    with pytest.raises(TypeError, match=r"^missing a required argument: 'country_condtions'$"):
         double.generate_emails(firstnames=1, lastnames=2, country_conditions=3)
     double.generate_emails(firstnames=1, lastnames=2, country_condtions=3)
 
@@ -326,7 +326,7 @@ def test_autospec_of_an_instance_has_its_methods() -> None:
     double = mock.create_autospec(PersonModel, instance=True)
     double.sample(n=3)
     double.sample.assert_called_once_with(n=3)
-    with pytest.raises(TypeError, match="^missing a required argument: 'df'$"):
+    with pytest.raises(TypeError, match=r"^missing a required argument: 'df'$"):
         double.fit()
 
 

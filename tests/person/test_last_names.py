@@ -150,7 +150,7 @@ def test_labels_that_do_not_line_up_do_what_pandas_does(firstnames: pd.Series) -
 
 
 def test_labels_that_do_not_line_up_raise_the_error_of_pandas() -> None:
-    with pytest.raises(pd.errors.IndexingError, match="^Unalignable boolean Series"):
+    with pytest.raises(pd.errors.IndexingError, match=r"^Unalignable boolean Series"):
         model_with({"GB": StandInFaker()}).generate_last_names(
             pd.Series(["Ann", None], index=["a", "b"]), pd.Series(["GB", "GB"])
         )

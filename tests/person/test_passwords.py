@@ -199,7 +199,7 @@ def test_a_stop_iteration_of_the_choice_is_not_taken_for_the_end(
         raise StopIteration("enough")
 
     monkeypatch.setattr(random, "choice", stop)
-    with pytest.raises(RuntimeError, match="^generator raised StopIteration$"):
+    with pytest.raises(RuntimeError, match=r"^generator raised StopIteration$"):
         PersonModel.generate_password()
 
 

@@ -103,7 +103,8 @@ def test_a_call_with_three_arguments_is_refused() -> None:
 
 def test_the_arguments_are_taken_by_keyword_too() -> None:
     numbers = generate(number_format="5", isna=[False, True])
-    assert numbers[0] == "5" and numbers.isna()[1]
+    assert numbers[0] == "5"
+    assert numbers.isna()[1]
 
 
 # --- rows -----------------------------------------------------------------------------------
@@ -118,7 +119,8 @@ def test_rows_flagged_as_missing_get_na() -> None:
 
 def test_an_empty_series_of_flags_gives_an_empty_series() -> None:
     numbers = assert_reads_alike(pd.Series([], dtype=bool))
-    assert isinstance(numbers, pd.Series) and numbers.empty
+    assert isinstance(numbers, pd.Series)
+    assert numbers.empty
 
 
 @pytest.mark.parametrize("rows", [0, 1, 2, 300])
@@ -192,7 +194,7 @@ def test_a_flag_without_a_truth_value_raises_what_its_truth_test_raises(bad: Any
 
 
 def test_flags_that_cannot_be_iterated_raise_what_python_raises() -> None:
-    with pytest.raises(TypeError, match="^'int' object is not iterable$"):
+    with pytest.raises(TypeError, match=r"^'int' object is not iterable$"):
         generate(7)
 
 

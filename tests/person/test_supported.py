@@ -98,7 +98,7 @@ def test_provider_is_read_when_the_function_runs(
 @every_function
 def test_provider_without_persons_fails(monkeypatch: pytest.MonkeyPatch, name: str) -> None:
     monkeypatch.setattr(person, "Provider", object)
-    with pytest.raises(AttributeError, match="^type object 'object' has no attribute 'PERSON'$"):
+    with pytest.raises(AttributeError, match=r"^type object 'object' has no attribute 'PERSON'$"):
         getattr(person, name)()
 
 
@@ -244,7 +244,7 @@ def test_name_put_back_serves_again(monkeypatch: pytest.MonkeyPatch, name: str) 
 
 def test_replaced_exception_is_the_one_raised(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(person, "ModelNotFittedError", Refusal)
-    with pytest.raises(Refusal, match="^Country model not fitted.$"):
+    with pytest.raises(Refusal, match=r"^Country model not fitted\.$"):
         person_model().country_to_provider_map  # noqa: B018
 
 
@@ -317,7 +317,7 @@ def test_module_name_does_not_hide_a_cached_builtin(
     last = model.generate_last_names(first, countries)
     assert len(model.generate_emails(first, last, countries)) == 2
     assert len(model.generate_password(3, 3)) == 3
-    with pytest.raises(ValueError, match="^One of 'n' or 'conditions' must be given.$"):
+    with pytest.raises(ValueError, match=r"^One of 'n' or 'conditions' must be given\.$"):
         model.sample()
 
 

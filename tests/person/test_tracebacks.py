@@ -413,7 +413,7 @@ def test_exception_is_the_very_object_that_was_raised(monkeypatch: pytest.Monkey
         raise error
 
     monkeypatch.setattr(person, "valid_locales", raise_it)
-    with pytest.raises(Refusal, match="^as it is$") as raised:
+    with pytest.raises(Refusal, match=r"^as it is$") as raised:
         person.all_supported_locales()
     assert raised.value is error
     assert (error.__cause__, error.__context__) == (None, None)

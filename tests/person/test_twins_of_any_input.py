@@ -129,8 +129,9 @@ def test_values_from_collections(
     table: list[pd.Series], given_collections: dict[str, Any], dtype: str, seed: int
 ) -> None:
     model = usual_model()
-    call = lambda: model.generate_values_from_collections(table[0], given_collections)
-    same_both_ways(call, model, seed)
+    same_both_ways(
+        lambda: model.generate_values_from_collections(table[0], given_collections), model, seed
+    )
 
 
 patterns = st.dictionaries(

@@ -53,7 +53,7 @@ def first_names(model: PersonModel, genders: Column, countries: Column) -> Colum
     """One name for each pair, drawn while the series is made."""
     return pd.Series(
         model.generate_random_first_name(gender, country)
-        for gender, country in zip(genders, countries)
+        for gender, country in zip(genders, countries, strict=False)
     )
 
 

@@ -26,12 +26,13 @@ def notes(model: PersonModel, df: pd.DataFrame) -> list[str]:
             f"Column {columns['gender']!r} has values that are not understood as genders and count"
             f" as missing: {unclear}."
         )
-    if "gender" in columns and "title" in columns:
-        if never := _never_sampled(model, df[columns["title"]]):
-            found.append(
-                f"Column {columns['title']!r} has titles that will never be sampled, as they tell"
-                f" none of the learnt genders: {never}."
-            )
+    if {"gender", "title"} <= columns.keys() and (
+        never := _never_sampled(model, df[columns["title"]])
+    ):
+        found.append(
+            f"Column {columns['title']!r} has titles that will never be sampled, as they tell"
+            f" none of the learnt genders: {never}."
+        )
     if left_out := [column for column in df.columns if column not in columns.values()]:
         found.append(
             f"These columns are not labelled and are left out: {', '.join(map(repr, left_out))}."

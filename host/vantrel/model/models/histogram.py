@@ -63,7 +63,7 @@ class Histogram[ValueT](DiscreteModel[Nominal, ValueT]):
         n: int | None = None,
         produce_nans: bool = True,
         conditions: pd.DataFrame | None = None,
-        associations: list[Any] | None = None,
+        associations: list[Any] | None = None,  # noqa: ARG002 - taken for all models alike
     ) -> pd.DataFrame:
         """Draws values from the learnt frequencies.
 

@@ -44,11 +44,11 @@ def locales_with_names() -> tuple[str, ...]:
 
 def _completed(locale: str) -> str:
     # As Faker itself does: "de" is "de_DE".
-    return standard_locale.normalize(locale).split(".")[0]
+    return standard_locale.normalize(locale).partition(".")[0]
 
 
 def _language(locale: str) -> str:
-    return locale.split("_")[0]
+    return locale.partition("_")[0]
 
 
 @cache
