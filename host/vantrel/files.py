@@ -58,7 +58,7 @@ def _beside(target: Path, binary: bool) -> Iterator[IO[Any]]:
             yield file
             file.flush()
             os.fsync(file.fileno())
-        os.replace(temporary, target)
+        temporary.replace(target)
     finally:
         temporary.unlink(missing_ok=True)
 

@@ -49,11 +49,14 @@ def _not_understood(model: PersonModel, genders: pd.Series) -> str:
 
 
 def _never_sampled(model: PersonModel, titles: pd.Series) -> str:
+    from vantrel.metadata.value import String
     from vantrel.model.models.person import GenderModel
 
     config = model.config
+    meta = model.meta[str(titles.name)]
+    assert isinstance(meta, String)
     sorter = GenderModel(
-        model.meta[str(titles.name)],
+        meta,
         config.title_female_regex,
         config.title_male_regex,
         config.title_non_binary_regex,

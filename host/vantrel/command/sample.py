@@ -44,7 +44,8 @@ def _unique(_context: click.Context, _option: click.Parameter, value: str | None
     required=True,
     metavar="PEOPLE",
     type=click.Path(path_type=Path),
-    help="The table to write: Parquet if its name ends in .parquet, else CSV; - is standard output.",
+    help="The table to write: Parquet if its name ends in .parquet, else CSV;"
+    " - is standard output.",
 )
 @click.option(
     "--seed",
@@ -74,6 +75,28 @@ def _unique(_context: click.Context, _option: click.Parameter, value: str | None
     is_flag=True,
     help="Put an apostrophe before each cell that a spreadsheet would run as a formula.",
 )
+@click.option(
+    "--dask",
+    is_flag=True,
+    help="Make the people on a Dask cluster and write a folder of Parquet files.",
+)
+@click.option(
+    "--scheduler",
+    metavar="ADDRESS",
+    help="The cluster's scheduler, such as tcp://10.0.0.1:8786. [default: a cluster on this"
+    " machine]",
+)
+@click.option(
+    "--workers",
+    type=click.IntRange(min=1),
+    help="The number of processes of the cluster on this machine. [default: one a core]",
+)
+@click.option(
+    "--partitions",
+    type=click.IntRange(min=1),
+    help="The number of Parquet files. [default: one for every 200,000 people]",
+)
+@click.option("--resume", is_flag=True, help="Go on with a run on Dask that was stopped.")
 @force_option
 def sample(
     model_file: Path,
@@ -84,6 +107,11 @@ def sample(
     unique: list[str],
     strict: bool,
     csv_safe: bool,
+    dask: bool,
+    scheduler: str | None,
+    workers: int | None,
+    partitions: int | None,
+    resume: bool,
     force: bool,
 ) -> None:
     """Make people as a model describes them.
@@ -99,6 +127,18 @@ def sample(
         raise click.UsageError("Give either -n, a number of people, or --conditions, a table.")
     if csv_safe and output.suffix.lower() in (".parquet", ".pq"):
         raise click.UsageError(f"--csv-safe is for CSV, and {output} is Parquet: leave it out.")
+    if dask:
+        if conditions is not None or csv_safe or force or output == STANDARD_OUTPUT:
+            raise click.UsageError(
+                "--dask writes a new folder of Parquet files and takes no --conditions, --csv-safe"
+                " or --force: leave them out."
+            )
+        if scheduler is not None and workers is not None:
+            raise click.UsageError("A cluster that runs has its workers: leave --workers out.")
+    elif scheduler or workers or partitions or resume:
+        raise click.UsageError(
+            "--scheduler, --workers, --partitions and --resume are for --dask: add it."
+        )
     refuse_overwriting(output, model_file, *filter(None, [conditions]), force=force)
 
     # These take a second to import; help and usage errors need not wait for them.

@@ -94,9 +94,9 @@ def _placed_genders(model: PersonModel, values: Iterable[str]) -> list[str]:
         GenderModel.key_non_binary: config.gender_non_binary_regex,
     }
     assert labels.gender is not None
-    learnt = collections_from_mapping(
-        model.meta[labels.gender].categories, patterns, GenderModel.key_ambiguous
-    )
+    genders = model.meta[labels.gender].categories
+    assert genders is not None
+    learnt = collections_from_mapping(genders, patterns, GenderModel.key_ambiguous)
     given = collections_from_mapping(list(values), patterns, GenderModel.key_ambiguous)
     return [value for key, those in given.items() if learnt.get(key) for value in those]
 

@@ -80,4 +80,5 @@ def row_codes(first_row: int, count: int) -> np.ndarray:
     numbers = (rows + 1) * _STRIDE % MOST_ROWS
     places = len(_ALPHABET) ** np.arange(_LENGTH, dtype=np.int64)
     characters = _ALPHABET[numbers[:, np.newaxis] // places % len(_ALPHABET)]
-    return characters.view(f"S{_LENGTH}").ravel().astype(str).astype(object)
+    codes: np.ndarray = characters.view(f"S{_LENGTH}").ravel().astype(str).astype(object)
+    return codes

@@ -6,7 +6,7 @@ import csv
 from collections.abc import Iterable
 from contextlib import suppress
 from pathlib import Path
-from typing import TextIO
+from typing import IO
 
 import pandas as pd
 from pandas.errors import EmptyDataError, ParserError
@@ -55,7 +55,7 @@ def _ragged_row(path: Path) -> str | None:
 
 
 def write_csv(
-    frames: Iterable[pd.DataFrame], file: TextIO, *, spreadsheet_safe: bool = False
+    frames: Iterable[pd.DataFrame], file: IO[str], *, spreadsheet_safe: bool = False
 ) -> None:
     """Writes a table that comes in parts to an open file, missing values as empty cells.
 

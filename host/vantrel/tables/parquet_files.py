@@ -58,10 +58,12 @@ def _as_text(column: pa.ChunkedArray) -> pd.Series:
     import pyarrow as pa
 
     try:
-        return column.cast(pa.string()).to_pandas()
+        texts = column.cast(pa.string())
     except pa.ArrowNotImplementedError:  # lists and the like
-        texts = [None if value is None else str(value) for value in column.to_pylist()]
-        return pa.array(texts, pa.string()).to_pandas()
+        written = [None if value is None else str(value) for value in column.to_pylist()]
+        texts = pa.array(written, pa.string())
+    series: pd.Series = texts.to_pandas()
+    return series
 
 
 def _in_a_line(error: Exception) -> str:
