@@ -1,0 +1,91 @@
+"""Reads JSON that others wrote, without what JSON readers quietly let pass."""
+
+import json
+import math
+from typing import Any
+
+DEEPEST = 20
+MOST_DIGITS = 18
+
+
+class UnsoundJsonError(ValueError):
+    """A text is JSON, but holds something that no one can mean; the message says where."""
+
+
+class _Doubled(dict[str, Any]):
+    """An object that has a key twice."""
+
+    def __init__(self, pairs: list[tuple[str, Any]], key: str) -> None:
+        super().__init__(pairs)
+        self.key = key
+
+
+def parse(text: str) -> Any:
+    """Parses JSON.
+
+    Raises:
+        UnsoundJsonError: A key comes twice in an object, a number is infinite, not a number or has
+            more than 18 digits, a text holds half a character, or it is nested more than 20 deep.
+        RecursionError: It is nested so deep that it cannot even be read.
+        ValueError: It is no JSON.
+    """
+    value = json.loads(text, object_pairs_hook=_object, parse_int=_integer)
+    _check(value, "", DEEPEST)
+    return value
+
+
+def inside(where: str, key: str | int) -> str:
+    """Gives the path of what an object or a list has at a key, such as ``meta.labels``."""
+    if isinstance(key, str) and key.isidentifier() and len(key) <= 40:
+        return f"{where}.{key}" if where else key
+    return f"{where}[{shown(key)}]"
+
+
+def shown(value: object) -> str:
+    """Shows a value as JSON has it, a long one by its start."""
+    text = json.dumps(value, ensure_ascii=False) if not isinstance(value, str) else repr(value)
+    return text if len(text) <= 60 else f"{text[:56]} ..."
+
+
+def _object(pairs: list[tuple[str, Any]]) -> dict[str, Any]:
+    members = dict(pairs)
+    if len(members) == len(pairs):
+        return members
+    seen: set[str] = set()
+    for key, _ in pairs:
+        if key in seen:
+            break
+        seen.add(key)
+    return _Doubled(pairs, key)
+
+
+def _integer(digits: str) -> int | float:
+    return int(digits) if len(digits) <= MOST_DIGITS else math.inf
+
+
+def _check(value: Any, where: str, depth: int) -> None:
+    name = where or "it"
+    if isinstance(value, str):
+        _check_characters(value, name)
+    elif isinstance(value, float) and not math.isfinite(value):
+        number = "not a number" if math.isnan(value) else "infinite or too large"
+        raise UnsoundJsonError(f"{name} is {number}.")
+    elif isinstance(value, list | dict) and depth == 0:
+        raise UnsoundJsonError(f"{name} is nested more than {DEEPEST} deep.")
+    elif isinstance(value, list):
+        for i, item in enumerate(value):
+            _check(item, inside(where, i), depth - 1)
+    elif isinstance(value, dict):
+        if isinstance(value, _Doubled):
+            raise UnsoundJsonError(f"{name} has the key {shown(value.key)} twice.")
+        for key, item in value.items():
+            _check_characters(key, f"a key of {name}")
+            _check(item, inside(where, key), depth - 1)
+
+
+def _check_characters(text: str, name: str) -> None:
+    try:
+        text.encode()
+    except UnicodeEncodeError as error:
+        half = f"U+{ord(text[error.start]):04X}"
+        raise UnsoundJsonError(f"{name} holds half a character, {half}.") from error

@@ -1,0 +1,212 @@
+"""Which patterns may come from a model file."""
+
+import re
+
+import pytest
+from hypothesis import given, settings
+from hypothesis import strategies as st
+
+from vantrel import patterns
+from vantrel.model.models.person import GenderModel
+from vantrel.util.regex.safety import LONGEST_PATTERN, UnsafePatternError, check_pattern
+from vantrel.util.regex.syntax import (
+    Character,
+    Choice,
+    Pattern,
+    Repeat,
+    Sequence,
+    Start,
+    read,
+)
+from vantrel.util.regex.ways import TooManyWaysError, check_ways
+
+DEFAULTS = [value for name, value in vars(patterns).items() if name.isupper() and name[0] != "_"]
+
+
+def test_the_default_patterns_would_be_accepted_if_they_were_not_known() -> None:
+    assert len(DEFAULTS) == 6
+    for pattern in DEFAULTS:
+        check_ways(read(pattern))
+
+
+@pytest.mark.parametrize("pattern", GenderModel.__init__.__defaults__ or ())
+def test_the_default_patterns_of_titles(pattern: str) -> None:
+    check_pattern(pattern)
+
+
+@pytest.mark.parametrize(
+    "pattern",
+    [
+        "", "^$", "mr", r"^(f|female|frau|mme)\.?$", "(?i)wom[ae]n", "^h(err)?$", "^(?:m|f)$",
+        r"\bmrs?\b", r"^\s*(mr|mister)[\s.]*$", "^mr.*$", "^.*mr", r"mrs?\s*$", r"^[^\W\d]+$",
+        r"^(?P<who>wo)?m[ae]n\Z", r"\Am\x61le$", "^(dr ){0,3}mrs$", "^[a-z]+ [a-z]+$", "^fräu?lein$",
+        "^[])}]$", "^[^]]$", "^(a|b|c)*$", r"^\u0444.?$", "^f*?x", "^(ab)+c{2,}$", "]}",
+    ],
+)  # fmt: skip
+def test_patterns_of_ones_own(pattern: str) -> None:
+    check_pattern(pattern)
+
+
+@pytest.mark.parametrize(
+    "pattern",
+    [
+        "(a+)+$", "(a|aa)+$", "(a|a?)+$", "^(a|a)*$", ".*.*.*.*=", "^.*.*=", "(a*)*", "^(a*b?)*$",
+        "^(x+x+)+y", "a?" * 30 + "a" * 30, "^(a?){30}a{30}", "^" + "(|)" * 40 + "$", "(|)" * 40 + "x",
+        "^a" + "(|)" * 40 + "b", r"^(\w|\d)+$", r"^(\W|ι)+$", r"^([\u0500-\u0700]|\d)+$",
+        "^(ſ|S)+$", "a+b", "(a{1000}){1000}", "^(a|b)*a(a|b){14}$", r"^(\s|[^a])+$", "(ab|a|b)*c",
+        "^" + "(a|b|c|d)" * 500, "|".join(map(chr, range(0x4E00, 0x4E70))), r"^\s*mr\s*\.?\s*$",
+    ],
+)  # fmt: skip
+def test_patterns_that_might_make_a_search_endless(pattern: str) -> None:
+    with pytest.raises(UnsafePatternError) as caught:
+        check_pattern(pattern)
+    assert str(caught.value) == (
+        "could make a search endless: begin it with ^ and let no two repeats match the same"
+        " characters, neither one in the other, as in (a+)+, nor side by side, as in a*a*."
+    )
+
+
+@pytest.mark.parametrize(
+    ("pattern", "what"),
+    [
+        (r"(a)\1", r"what stands from '\\1' on"),
+        ("^(?=a)", "what stands from '(?=a)' on"),
+        ("x(?#y)", "what stands from '(?#y)' on"),
+        ("(?>a)", "what stands from '(?>a)' on"),
+        ("a++", "what stands from '++' on"),
+        ("(?x)a b", "what stands from '(?x)a b' on"),
+        ("a{", "what stands from '{' on"),
+        ("[[a]]", "what stands from '[[a]]' on"),
+        ("[a&&b]", "what stands from '[a&&b]' on"),
+        (r"\N{BULLET}", r"what stands from '\\N{BULLE' on"),
+        ("(" * 30 + ")" * 30, "groups in more than 20 others"),
+    ],
+)
+def test_patterns_that_are_not_understood(pattern: str, what: str) -> None:
+    with pytest.raises(UnsafePatternError) as caught:
+        check_pattern(pattern)
+    assert str(caught.value) == (
+        f"uses {what}, which is not supported in a file: write it with characters, classes, groups,"
+        " |, repeats, anchors and a leading (?i) only."
+    )
+
+
+@pytest.mark.parametrize(
+    ("pattern", "reason"),
+    [
+        ("*", "nothing to repeat at position 0"),
+        ("[b-a]", "bad character range b-a at position 1"),
+        (r"\q", r"bad escape \q at position 0"),
+        ("a{9999999999}", "the repetition number is too large"),
+        ("a)", "unbalanced parenthesis at position 1"),
+    ],
+)
+def test_patterns_that_are_none(pattern: str, reason: str) -> None:
+    with pytest.raises(UnsafePatternError) as caught:
+        check_pattern(pattern)
+    assert str(caught.value) == f"is no regular expression ({reason}): correct it."
+
+
+def test_a_long_pattern() -> None:
+    with pytest.raises(UnsafePatternError) as caught:
+        check_pattern("^" + "a" * LONGEST_PATTERN)
+    assert str(caught.value) == "has 5,001 characters, more than 5,000: shorten it."
+
+
+def ends(pattern: Pattern, text: str, at: int) -> set[int]:
+    """Gives where a match that begins at a position can end, by the meaning of what was read."""
+    match pattern:
+        case Character(source):
+            fits = at < len(text) and re.fullmatch(source, text[at], re.IGNORECASE)
+            return {at + 1} if fits else set()
+        case Start():
+            return {at} if at == 0 else set()
+        case Choice(parts):
+            return {end for part in parts for end in ends(part, text, at)}
+        case Sequence(parts):
+            reached = {at}
+            for part in parts:
+                reached = {end for start in reached for end in ends(part, text, start)}
+            return reached
+        case Repeat(part, least, most):
+            found: set[int] = set()
+            reached, times = {at}, 0
+            while reached and (most is None or times <= most) and times <= least + len(text):
+                found |= reached if times >= least else set()
+                reached = {end for start in reached for end in ends(part, text, start)}
+                times += 1
+            return found
+
+
+pieces = st.sampled_from(
+    ["a", "b", "A", r"\.", ".", "[ab]", "[^a]", r"\w", r"\s", "[]a]", "[^]]", r"[\]b]", r"\x61", "]",
+     "a{2}", "b{,2}", "a{1,}", "b?", "a*?", "[a-c]+", "^", "}", "ä"]
+)  # fmt: skip
+some_patterns = st.recursive(
+    pieces,
+    lambda inner: st.one_of(
+        st.lists(inner, max_size=3).map("".join),
+        st.lists(inner, min_size=1, max_size=3).map(lambda parts: f"({'|'.join(parts)})"),
+        st.tuples(inner, st.sampled_from(["*", "+", "?", "{2}", "{1,2}", "+?"])).map(
+            lambda part: f"(?:{part[0]}){part[1]}"
+        ),
+    ),
+    max_leaves=6,
+)
+
+
+@settings(max_examples=300, deadline=None, database=None)
+@given(some_patterns, st.text("abA.] ä\n", max_size=6))
+def test_a_pattern_is_read_as_re_reads_it(pattern: str, text: str) -> None:
+    found = re.compile(pattern, re.IGNORECASE).fullmatch(text) is not None
+    assert (len(text) in ends(read(pattern), text, 0)) == found
+
+
+def search(pattern: Pattern, text: str, most_tries: int) -> None:
+    """Goes all ways through a text, one after another, as a search does whose ways all fail."""
+    tries = 0
+
+    def go(parts: tuple[Pattern, ...], at: int) -> None:
+        nonlocal tries
+        if not parts:
+            return
+        first, rest = parts[0], parts[1:]
+        match first:
+            case Character():
+                tries += 1
+                assert tries <= most_tries
+                if ends(first, text, at):
+                    go(rest, at + 1)
+            case Start():
+                if at == 0:
+                    go(rest, at)
+            case Choice(choices):
+                for choice in choices:
+                    go((choice, *rest), at)
+            case Sequence(sequence):
+                go((*sequence, *rest), at)
+            case Repeat(part, least, most):
+                if most != 0:
+                    fewer = None if most is None else most - 1
+                    go((part, Repeat(part, max(least - 1, 0), fewer), *rest), at)
+                if least == 0:
+                    go(rest, at)
+
+    for start in range(len(text) + 1):
+        go((pattern,), start)
+
+
+@settings(max_examples=300, deadline=None, database=None)
+@given(some_patterns, st.text("abA. ", min_size=1, max_size=4))
+def test_a_search_with_an_accepted_pattern_tries_little(pattern: str, text: str) -> None:
+    tree = read(pattern)
+    try:
+        check_ways(tree)
+    except TooManyWaysError:
+        return
+    search(tree, text * 10, most_tries=100 * len(text * 10))
+
+
+def test_a_search_with_another_pattern_tries_more() -> None:
+    with pytest.raises(AssertionError):
+        search(read("(a+)+$"), "a" * 40, most_tries=4_000)
