@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import json
+import warnings
 from pathlib import Path
 from typing import TYPE_CHECKING, Any
 
@@ -11,6 +12,7 @@ from vantrel.model_form import check_model
 from vantrel.util.locale.locale import Provider, get_country_to_provder_map
 from vantrel.util.shapes import ShapeError, integer, mapping_of, one_of, record, text
 from vantrel.util.strict_json import UnsoundJsonError, parse
+from vantrel.versions import OtherVersionsWarning, differences, versions
 
 if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel
@@ -31,18 +33,20 @@ class ModelFileError(ValueError):
     """A file holds no model that this version can use."""
 
 
-def save(model: PersonModel, path: Path) -> None:
-    """Writes a fitted model, whole or not at all.
-
-    What could not be loaded again is not written: a pattern of the configuration that might make a
-    search endless, more than 16 MiB.
+def dumps(model: PersonModel) -> str:
+    """Gives the content of a fitted model's file, the versions here among it.
 
     Raises:
-        OSError: The file cannot be written.
         TypeError: The model holds values that JSON has no form for.
-        ValueError: The model is not fitted, or could not be loaded again.
+        ValueError: The model is not fitted, or could not be loaded again: a pattern of the
+            configuration might make a search endless, or there are more than 16 MiB.
     """
-    form = {"format": FORMAT, "schema_version": SCHEMA_VERSION, "model": model.to_dict()}
+    form = {
+        "format": FORMAT,
+        "schema_version": SCHEMA_VERSION,
+        "versions": versions(),
+        "model": model.to_dict(),
+    }
     content = json.dumps(form, ensure_ascii=False, allow_nan=False, indent=2) + "\n"
     try:
         if len(content.encode()) > MOST_BYTES:
@@ -53,37 +57,73 @@ def save(model: PersonModel, path: Path) -> None:
         _FILE(parse(content), "")
     except ValueError as error:
         raise ValueError(f"The model could not be loaded from a file again: {error}") from error
-    with replacing(path) as file:
-        file.write(content)
+    return content
 
 
-def load(path: Path) -> PersonModel:
-    """Reads a fitted model; it can be sampled at once.
+def loads(content: str) -> PersonModel:
+    """Rebuilds a model from the content of its file; it can be sampled at once.
 
-    The file may be anybody's: nothing in it makes loading or sampling fail in another way than with
-    this error, endless or more costly than in proportion to its size.
+    The content may be anybody's: nothing in it makes loading or sampling fail in another way than
+    with this error, endless or more costly than in proportion to its size.
 
     Raises:
-        ModelFileError: The file cannot be read, is no model file, is larger than 16 MiB, lacks
-            something, holds something of a wrong type or value, a key twice or a pattern that might
-            make a search endless, or was written by a newer version.
+        ModelFileError: It is no model, lacks something, holds something of a wrong type or value, a
+            key twice or a pattern that might make a search endless, or was written by a newer
+            version.
+
+    Warns:
+        OtherVersionsWarning: The same seed may give other rows here than where it was fitted.
     """
-    content = _read(path)
     try:
         form = parse(content)
         _check_version(form)
         _FILE(form, "")
-        return _rebuild(form["model"])
+        model = _rebuild(form["model"])
     except (UnsoundJsonError, ShapeError) as error:
-        raise ModelFileError(
-            f"Model file {path} cannot be used: {error} Correct it or fit it again."
-        ) from error
+        raise ModelFileError(f"cannot be used: {error} Correct it or fit it again.") from error
     except (json.JSONDecodeError, RecursionError) as error:
         raise ModelFileError(
-            f"Model file {path} is not JSON ({error}): give a file that 'vantrel fit' wrote."
+            f"is not JSON ({error}): give a file that 'vantrel fit' wrote."
         ) from error
     except ValueError as error:
-        raise ModelFileError(f"Model file {path} cannot be used: {error}") from error
+        raise ModelFileError(f"cannot be used: {error}") from error
+    if different := differences(form.get("versions", {})):
+        warnings.warn(
+            f"The same seed may give other rows than where the model was fitted:"
+            f" {'; '.join(different)}.",
+            OtherVersionsWarning,
+            stacklevel=2,
+        )
+    return model
+
+
+def save(model: PersonModel, path: str | Path) -> None:
+    """Writes a fitted model, whole or not at all.
+
+    Raises:
+        OSError: The file cannot be written.
+        TypeError: The model holds values that JSON has no form for.
+        ValueError: The model is not fitted, or could not be loaded again, as :func:`dumps` tells.
+    """
+    content = dumps(model)
+    with replacing(Path(path)) as file:
+        file.write(content)
+
+
+def load(path: str | Path) -> PersonModel:
+    """Reads a fitted model; it can be sampled at once.
+
+    Raises:
+        ModelFileError: The file cannot be read, is larger than 16 MiB or is no model that
+            :func:`loads` takes.
+
+    Warns:
+        OtherVersionsWarning: The same seed may give other rows here than where it was fitted.
+    """
+    try:
+        return loads(_read(Path(path)))
+    except ModelFileError as error:
+        raise ModelFileError(f"Model file {path} {error}") from error
 
 
 def _read(path: Path) -> str:
@@ -94,16 +134,14 @@ def _read(path: Path) -> str:
             return content.decode("utf-8")
         size = f"{path.stat().st_size:,} bytes" if path.is_file() else "more bytes"
         raise ModelFileError(
-            f"Model file {path} has {size}, more than the {MOST_BYTES:,} that a model may have:"
-            " give a file that 'vantrel fit' wrote."
+            f"has {size}, more than the {MOST_BYTES:,} that a model may have: give a file that"
+            " 'vantrel fit' wrote."
         )
     except OSError as error:
-        raise ModelFileError(
-            f"Model file {path} cannot be read: {error.strerror or error}."
-        ) from error
+        raise ModelFileError(f"cannot be read: {error.strerror or error}.") from error
     except UnicodeDecodeError as error:
         raise ModelFileError(
-            f"Model file {path} is not JSON ({error}): give a file that 'vantrel fit' wrote."
+            f"is not JSON ({error}): give a file that 'vantrel fit' wrote."
         ) from error
 
 

@@ -42,13 +42,17 @@ class SampleRecord:
     versions: dict[str, str] = field(default_factory=versions)
 
 
-def record_path(output: Path) -> Path:
+def record_path(output: Path, *, unfinished: bool = False) -> Path:
     """Where the record of a sample is kept: beside a file, and inside a folder of files.
 
     Readers of Parquet folders skip names that begin with an underscore.
+
+    Args:
+        output: The file or folder.
+        unfinished: Whether files of the folder are still to be made.
     """
     if output.is_dir():
-        return output / "_made.json"
+        return output / ("_making.json" if unfinished else "_made.json")
     return output.with_name(f"{output.name}.made.json")
 
 
@@ -62,19 +66,19 @@ def sha256_of(path: Path) -> str:
         return hashlib.file_digest(file, "sha256").hexdigest()
 
 
-def write_record(record: SampleRecord, output: Path) -> None:
-    """Writes the record of a sample beside it, whole or not at all.
+def write_record(record: SampleRecord, output: Path, *, unfinished: bool = False) -> None:
+    """Writes the record of a sample, whole or not at all, where :func:`record_path` tells.
 
     Raises:
         OSError: The file cannot be written.
     """
     form = {"format": FORMAT, "schema_version": SCHEMA_VERSION, **asdict(record)}
-    with replacing(record_path(output)) as file:
+    with replacing(record_path(output, unfinished=unfinished)) as file:
         file.write(json.dumps(form, ensure_ascii=False, allow_nan=False, indent=2) + "\n")
 
 
-def read_record(output: Path) -> SampleRecord | None:
-    """Reads the record of a sample.
+def read_record(output: Path, *, unfinished: bool = False) -> SampleRecord | None:
+    """Reads the record of a sample where :func:`record_path` tells.
 
     Returns:
         None if the sample has none.
@@ -82,7 +86,7 @@ def read_record(output: Path) -> SampleRecord | None:
     Raises:
         RecordError: There is a file in its place that is no record.
     """
-    path = record_path(output)
+    path = record_path(output, unfinished=unfinished)
     try:
         form = json.loads(path.read_text(encoding="utf-8"))
         if form["format"] != FORMAT or form["schema_version"] != SCHEMA_VERSION:

@@ -1,0 +1,120 @@
+"""What one worker makes: a run of consecutive blocks.
+
+Nothing here needs Dask. A partition is all that has to travel to a worker, and it is text and
+numbers: the model goes as what its file would hold, never as live generators.
+"""
+
+from __future__ import annotations
+
+import math
+import threading
+import warnings
+from collections.abc import Iterator
+from dataclasses import dataclass
+from functools import lru_cache
+from itertools import pairwise
+from typing import TYPE_CHECKING
+
+import pandas as pd
+
+from vantrel.model_file import dumps, loads
+from vantrel.sampling import Plan, check_plan, sample_block
+from vantrel.util.locale.locale import BorrowedNamesWarning
+
+if TYPE_CHECKING:
+    from vantrel.model.models.person import PersonModel
+
+# Some 50 MB of a frame of all attributes.
+_USUAL_BLOCKS = 4
+
+
+class PartitionError(ValueError):
+    """Some rows could not be made."""
+
+
+@dataclass(frozen=True)
+class Partition:
+    """A run of consecutive blocks of a sample.
+
+    Args:
+        model: The content of a model file.
+        plan: The whole sample.
+        number: The number of the partition, from 0 on.
+        start: The number of its first block.
+        stop: The number behind that of its last block.
+    """
+
+    model: str
+    plan: Plan
+    number: int
+    start: int
+    stop: int
+
+    @property
+    def rows(self) -> range:
+        """The numbers of its rows in the sample."""
+        return range(self.plan.rows_of(self.start).start, self.plan.rows_of(self.stop - 1).stop)
+
+
+def partitions(model: PersonModel, plan: Plan, count: int | None = None) -> list[Partition]:
+    """Cuts a sample into partitions of as equal numbers of blocks as can be.
+
+    Args:
+        model: A fitted model.
+        plan: What to make.
+        count: The number of partitions; at most the number of blocks is made. One for every four
+            blocks if None.
+
+    Raises:
+        ValueError: The count is below 1, the plan cannot be carried out, or the model has no
+            dictionary form that could be sent.
+    """
+    check_plan(model, plan)
+    if count is None:
+        count = math.ceil(plan.blocks / _USUAL_BLOCKS)
+    if count < 1:
+        raise ValueError(f"A sample has at least one partition, not {count}.")
+    count = min(count, plan.blocks)
+    content = dumps(model)
+    borders = [number * plan.blocks // count for number in range(count + 1)]
+    return [
+        Partition(content, plan, number, start, stop)
+        for number, (start, stop) in enumerate(pairwise(borders))
+    ]
+
+
+def make_blocks(partition: Partition) -> Iterator[pd.DataFrame]:
+    """Makes the blocks of a partition, one after the other.
+
+    Yields:
+        Frames of text whose indexes are the numbers of the rows in the sample.
+
+    Raises:
+        PartitionError: A block could not be made; its rows are named.
+    """
+    model = _model(partition.model)
+    for block in range(partition.start, partition.stop):
+        try:
+            yield as_text(sample_block(model, partition.plan, block))
+        except Exception as error:
+            rows = partition.plan.rows_of(block)
+            raise PartitionError(
+                f"Rows {rows.start:,} to {rows.stop - 1:,} (block {block} of the seed"
+                f" {partition.plan.seed}) could not be made: {type(error).__name__}: {error}"
+            ) from error
+
+
+def as_text(people: pd.DataFrame) -> pd.DataFrame:
+    """Gives every column pandas' dtype of text, also one that has missing values only."""
+    return people.astype(dict.fromkeys(people.columns, "str"))
+
+
+# Most workers see one model; a few more do no harm. Blocks of one model wait for each other.
+@lru_cache(maxsize=4)
+def _model(content: str) -> PersonModel:
+    with _building, warnings.catch_warnings():
+        warnings.simplefilter("ignore", BorrowedNamesWarning)  # whoever fitted the model was told
+        return loads(content)
+
+
+_building = threading.Lock()
