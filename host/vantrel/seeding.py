@@ -6,12 +6,14 @@ import random
 import threading
 from collections.abc import Iterator
 from contextlib import contextmanager
+from types import ModuleType
 from typing import TYPE_CHECKING
 
 import faker.generator
 import numpy as np
 from faker import Faker
 
+import vantrel.model.models.person as person
 from vantrel.model.exceptions import ModelNotFittedError
 
 if TYPE_CHECKING:
@@ -38,25 +40,17 @@ def seed_everything(model: PersonModel, seed: int | np.random.SeedSequence) -> N
         TypeError: The seed is neither.
         ValueError: The seed is negative.
     """
-    streams = iter(_checked(seed).spawn(7))
-    # A stream is set aside for a model that is not there: the others keep theirs.
-    for part in (model, model.hidden_model_gender, model.hidden_model_country):
-        stream = next(streams)
-        if part is not None:
-            part._rng = np.random.default_rng(stream)
-    np.random.seed(next(streams).generate_state(8))
-    random.seed(_integer(next(streams)))
-    Faker.seed(_integer(next(streams)))
-    providers = _providers(model)
-    for provider, stream in zip(providers, next(streams).spawn(len(providers)), strict=True):
-        provider.seed_instance(_integer(stream))
+    _seed(model, seed, random)
 
 
 @contextmanager
 def own_sources(model: PersonModel, seed: int | np.random.SeedSequence) -> Iterator[None]:
-    """Seeds every source for a sample and puts those of the process back as they were.
+    """Seeds every source for a sample, which has sources of its own as far as there can be any.
 
-    Meanwhile other threads that want the same wait.
+    The module of the model draws from a module in the place of ``random`` meanwhile, out of reach
+    of other threads. Of numpy's global generator and the one that Faker
+    instances share there is one a process: they are put back as they were. Other threads that want
+    the same wait.
 
     Args:
         model: The model to sample from; its random generators are replaced.
@@ -65,16 +59,46 @@ def own_sources(model: PersonModel, seed: int | np.random.SeedSequence) -> Itera
     shared = faker.generator.random
     generator = faker.generator.Generator
     with _in_use:
-        states = random.getstate(), np.random.get_state(), shared.getstate()
+        numpy_state, shared_state = np.random.get_state(), shared.getstate()
         seeded = generator._global_seed, generator._is_seeded
+        module_random = person.random
         try:
-            seed_everything(model, seed)
+            person.random = _second_random
+            _seed(model, seed, _second_random)
             yield
         finally:
-            random.setstate(states[0])
-            np.random.set_state(states[1])
-            shared.setstate(states[2])
+            person.random = module_random
+            np.random.set_state(numpy_state)
+            shared.setstate(shared_state)
             generator._global_seed, generator._is_seeded = seeded
+
+
+def _seed(model: PersonModel, seed: int | np.random.SeedSequence, module: ModuleType) -> None:
+    streams = iter(_checked(seed).spawn(7))
+    # A stream is set aside for a model that is not there: the others keep theirs.
+    for part in (model, model.hidden_model_gender, model.hidden_model_country):
+        stream = next(streams)
+        if part is not None:
+            part._rng = np.random.default_rng(stream)
+    np.random.seed(next(streams).generate_state(8))
+    module.seed(_integer(next(streams)))
+    Faker.seed(_integer(next(streams)))
+    providers = _providers(model)
+    for provider, stream in zip(providers, next(streams).spawn(len(providers)), strict=True):
+        provider.seed_instance(_integer(stream))
+
+
+def _another_random() -> ModuleType:
+    """Makes a module with the functions of ``random`` that draw from a generator of its own."""
+    module = ModuleType(random.__name__, "The functions of random on another generator.")
+    source = random.Random()
+    for name in random.__all__:
+        if hasattr(source, name):
+            setattr(module, name, getattr(source, name))
+    return module
+
+
+_second_random = _another_random()
 
 
 def _providers(model: PersonModel) -> list[Faker]:

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import logging
 from collections.abc import Iterator
 from contextlib import contextmanager
 
@@ -31,7 +32,12 @@ def connected(address: str | None, workers: int | None) -> Iterator[Client]:
             yield client
     else:
         # Rows are made under locks of the process: another thread in it would only wait.
-        cluster = LocalCluster(n_workers=workers, threads_per_worker=1, dashboard_address=None)
+        cluster = LocalCluster(
+            n_workers=workers,
+            threads_per_worker=1,
+            dashboard_address=None,
+            silence_logs=logging.CRITICAL,  # workers are noisy when they are stopped
+        )
         with cluster, Client(cluster) as client:
             yield client
 

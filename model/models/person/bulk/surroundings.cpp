@@ -44,6 +44,13 @@ bool pandas_is_untouched() {
     return true;
 }
 
+/// Whoever draws from `random` checks the very functions (`module_random`), so that any module that has them will do:
+/// a second instance of the standard one has a state of its own.
+bool may_stand_for(PyObject* value, PyObject* current, PyObject* name) {
+    return current == value ||
+           (name == static_cast<PyObject*>(names::random) && current && PyModule_CheckExact(current));
+}
+
 bool has_key(PyObject* type, PyObject* name, PyObject* key) {
     Ref value = quiet_attr(type, name);
     return value && PyUnicode_CheckExact(value.get()) && PyUnicode_Compare(value, key) == 0;
@@ -62,7 +69,7 @@ bool namespace_is_untouched() {
     Py_ssize_t position = 0;
     while (PyDict_Next(remembered, &position, &name, &value) != 0) {
         PyObject* current = PyDict_GetItemWithError(module().globals, name);
-        if (current != value) return false;
+        if (!may_stand_for(value, current, name)) return false;
     }
     Ref gender_model = global(names::GenderModel);
     return has_key(gender_model, names::key_female, names::female) &&
