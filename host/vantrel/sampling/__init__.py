@@ -4,6 +4,7 @@ from vantrel.sampling.blocks import BLOCK_ROWS, Plan, check_plan, sample_block, 
 from vantrel.sampling.conditions import ConditionsError, prepare_conditions
 from vantrel.sampling.people import sample_people
 from vantrel.sampling.places import refuse_borrowed
+from vantrel.sampling.whole import sample
 
 __all__ = [
     "BLOCK_ROWS",
@@ -12,6 +13,7 @@ __all__ = [
     "check_plan",
     "prepare_conditions",
     "refuse_borrowed",
+    "sample",
     "sample_block",
     "sample_blocks",
     "sample_people",
