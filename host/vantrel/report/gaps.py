@@ -1,0 +1,83 @@
+"""How frequent missing values are."""
+
+from __future__ import annotations
+
+import math
+from collections.abc import Mapping
+from dataclasses import dataclass
+
+import pandas as pd
+
+from vantrel.report.columns import has
+
+
+@dataclass(frozen=True)
+class Gaps:
+    """The missing rates of a column.
+
+    Args:
+        attribute: What the column holds.
+        column: Its name.
+        real: The share of real rows without a value, from 0 to 1; None where the real table has
+            no such column or no rows.
+        sampled: The same of the sample.
+        chance: How probable such a difference is at most by chance, see :func:`chance_of`; None
+            where a rate is.
+    """
+
+    attribute: str
+    column: str
+    real: float | None
+    sampled: float | None
+    chance: float | None
+
+    @property
+    def difference(self) -> float | None:
+        """By how much more often the sample has no value, from -1 to 1."""
+        if self.real is None or self.sampled is None:
+            return None
+        return self.sampled - self.real
+
+
+def compare_gaps(
+    real: pd.DataFrame, sampled: pd.DataFrame, columns: Mapping[str, str], attribute: str
+) -> Gaps:
+    """Compares the missing rates of an attribute."""
+    rate, sampled_rate = (_rate(df, columns, attribute) for df in (real, sampled))
+    if rate is None or sampled_rate is None:
+        chance = None
+    else:
+        chance = chance_of(sampled_rate, rate, len(sampled))
+    return Gaps(attribute, columns[attribute], rate, sampled_rate, chance)
+
+
+def _rate(df: pd.DataFrame, columns: Mapping[str, str], attribute: str) -> float | None:
+    if df.empty or not has(df, columns, attribute):
+        return None
+    return float(df[columns[attribute]].isna().mean())
+
+
+def chance_of(found: float, expected: float, rows: int) -> float:
+    """Bounds the probability that chance moves a rate at least as far, to the same side.
+
+    Of rows drawn one by one that are missing with probability ``q``, a share of ``p`` or further
+    from ``q`` is missing with a probability of at most ``exp(-rows * D)``, where ``D`` is the
+    relative entropy ``p * log(p / q) + (1 - p) * log((1 - p) / (1 - q))`` (Hoeffding,
+    "Probability inequalities for sums of bounded random variables", 1963, theorem 1).
+
+    Args:
+        found: The rate in the sample, ``p``, from 0 to 1.
+        expected: The rate in the real table, ``q``, from 0 to 1.
+        rows: How many rows the sample has.
+
+    Returns:
+        The bound, from 0 to 1.
+    """
+    entropy = _relative(found, expected) + _relative(1 - found, 1 - expected)
+    return math.exp(-rows * max(entropy, 0.0))
+
+
+def _relative(p: float, q: float) -> float:
+    if p == 0:
+        return 0.0
+    return p * math.log(p / q) if q else math.inf

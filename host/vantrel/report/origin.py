@@ -1,0 +1,75 @@
+"""How a sample was made, in words."""
+
+from __future__ import annotations
+
+import json
+from dataclasses import dataclass
+from typing import Any
+
+from vantrel.record import SampleRecord
+from vantrel.versions import differences, versions
+
+
+@dataclass(frozen=True)
+class Version:
+    """A version that the rows depend on, where the sample was made and here; None if unknown."""
+
+    name: str
+    made_with: str
+    here: str | None
+
+    @property
+    def differs(self) -> bool:
+        """Whether another one is installed here."""
+        return self.here is not None and self.here != self.made_with
+
+
+@dataclass(frozen=True)
+class Origin:
+    """How a sample was made.
+
+    Args:
+        seed: The seed that it was made with.
+        facts: What is known, each with its name.
+        versions: The versions that the rows depend on.
+        differences: What the versions that differ may change, a sentence each.
+        rows_now: The rows of the table if they are not as many as were made, else None.
+    """
+
+    seed: int
+    facts: tuple[tuple[str, str], ...]
+    versions: tuple[Version, ...]
+    differences: tuple[str, ...]
+    rows_now: int | None
+
+
+def origin(record: SampleRecord, rows: int) -> Origin:
+    """Tells how a sample was made.
+
+    Args:
+        record: What was kept beside the sample.
+        rows: The rows that it has now.
+    """
+    here = versions()
+    facts = [
+        ("Model", record.model),
+        ("Seed", str(record.seed)),
+        ("Rows", f"{record.rows:,}"),
+        *((name.capitalize(), _option(value)) for name, value in sorted(record.options.items())),
+        ("SHA-256 of the model", record.model_sha256),
+    ]
+    return Origin(
+        record.seed,
+        tuple(facts),
+        tuple(Version(name, made, here.get(name)) for name, made in record.versions.items()),
+        tuple(differences(record.versions)),
+        None if record.rows == rows else rows,
+    )
+
+
+def _option(value: Any) -> str:
+    if value in (None, [], False):
+        return "none"
+    if isinstance(value, list):
+        return ", ".join(map(str, value))
+    return value if isinstance(value, str) else json.dumps(value, ensure_ascii=False)

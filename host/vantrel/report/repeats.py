@@ -1,0 +1,66 @@
+"""How often rows and values repeat."""
+
+from __future__ import annotations
+
+from collections.abc import Mapping
+from dataclasses import dataclass
+
+import pandas as pd
+
+from vantrel.report.columns import has, texts
+
+
+@dataclass(frozen=True)
+class RepeatCount:
+    """How many there are and how many of them repeat an earlier one."""
+
+    values: int
+    repeated: int
+
+
+@dataclass(frozen=True)
+class Repeats:
+    """The repeats of whole rows, or of an attribute's values.
+
+    Args:
+        attribute: The attribute, or None for rows.
+        real: The repeats in the real table; None where it has no such column.
+        sampled: The same in the sample.
+    """
+
+    attribute: str | None
+    real: RepeatCount | None
+    sampled: RepeatCount | None
+
+
+def compare_rows(real: pd.DataFrame, sampled: pd.DataFrame, columns: Mapping[str, str]) -> Repeats:
+    """Counts the rows that repeat an earlier one in every labelled column that the table has.
+
+    Rows without any value do not count.
+    """
+    return Repeats(None, *(_of_rows(df, columns) for df in (real, sampled)))
+
+
+def compare_repeats(
+    real: pd.DataFrame, sampled: pd.DataFrame, columns: Mapping[str, str], attribute: str
+) -> Repeats:
+    """Counts the values of an attribute that repeat an earlier one; missing ones do not count."""
+    return Repeats(attribute, *(_of(texts(df, columns, attribute)) for df in (real, sampled)))
+
+
+def _of_rows(df: pd.DataFrame, columns: Mapping[str, str]) -> RepeatCount | None:
+    labelled = [column for attribute, column in columns.items() if has(df, columns, attribute)]
+    if not labelled:
+        return None
+    rows = df[labelled].dropna(how="all")
+    alike = rows
+    for column in labelled:
+        # A row that stands alone in one column repeats no other: few are left to be compared.
+        alike = alike[alike[column].duplicated(keep=False)]
+    return RepeatCount(len(rows), int(alike.duplicated().sum()))
+
+
+def _of(values: pd.Series | None) -> RepeatCount | None:
+    if values is None:
+        return None
+    return RepeatCount(len(values), int(values.duplicated().sum()))

@@ -1,0 +1,146 @@
+"""How the shares of a column's values compare."""
+
+from __future__ import annotations
+
+import math
+from collections.abc import Mapping
+from dataclasses import dataclass
+
+import numpy as np
+import numpy.typing as npt
+import pandas as pd
+
+from vantrel.report.columns import most_frequent, texts
+
+# A column that holds another value in every row must not make a page of as many lines.
+MOST_SHARES = 200
+
+# How often a sample drawn with the real shares may pass the limit of chance.
+RISK = 0.01
+
+Floats = npt.NDArray[np.float64]
+
+
+@dataclass(frozen=True)
+class Share:
+    """How frequent a value is.
+
+    Args:
+        value: The value as text.
+        real: Its share of the real rows that have a value, from 0 to 1; None where there are none.
+        sampled: The same of the sampled rows.
+    """
+
+    value: str
+    real: float | None
+    sampled: float | None
+
+
+@dataclass(frozen=True)
+class Shares:
+    """The shares of a column's values, real beside sampled.
+
+    Args:
+        attribute: What the column holds.
+        column: Its name.
+        real_rows: How many real rows have a value; None where the real table has no such column.
+        sampled_rows: The same of the sample.
+        values: The number of distinct values of both together.
+        shares: At most :data:`MOST_SHARES` values, those most frequent in either table first.
+        distance: The total variation distance, or None where one side has no value.
+        limit: What the distance stays within by chance, see :func:`chance_limit`.
+    """
+
+    attribute: str
+    column: str
+    real_rows: int | None
+    sampled_rows: int | None
+    values: int
+    shares: tuple[Share, ...]
+    distance: float | None
+    limit: float | None
+
+
+def compare_shares(
+    real: pd.DataFrame, sampled: pd.DataFrame, columns: Mapping[str, str], attribute: str
+) -> Shares:
+    """Compares how frequent the values of an attribute are; missing ones do not count."""
+    real_values, sampled_values = (texts(df, columns, attribute) for df in (real, sampled))
+    counts = pd.DataFrame({"real": _counts(real_values), "sampled": _counts(sampled_values)})
+    counts = counts.fillna(0).sort_index()
+    p, q = (_normalised(counts[side].to_numpy(dtype=float)) for side in ("real", "sampled"))
+    distance = limit = None
+    if p is not None and q is not None and sampled_values is not None:
+        distance, limit = total_variation(p, q), chance_limit(p, len(sampled_values))
+    return Shares(
+        attribute,
+        columns[attribute],
+        None if real_values is None else len(real_values),
+        None if sampled_values is None else len(sampled_values),
+        len(counts),
+        _most_frequent_shares(counts.index, p, q),
+        distance,
+        limit,
+    )
+
+
+def _counts(values: pd.Series | None) -> pd.Series:
+    return pd.Series(dtype=float) if values is None else most_frequent(values).astype(float)
+
+
+def _normalised(counts: Floats) -> Floats | None:
+    total = counts.sum()
+    return counts / total if total else None
+
+
+def _most_frequent_shares(
+    values: pd.Index, p: Floats | None, q: Floats | None
+) -> tuple[Share, ...]:
+    none = np.zeros(len(values))
+    greater = np.maximum(none if p is None else p, none if q is None else q)
+    return tuple(
+        Share(
+            str(values[place]),
+            None if p is None else float(p[place]),
+            None if q is None else float(q[place]),
+        )
+        for place in np.argsort(-greater, kind="stable")[:MOST_SHARES]
+    )
+
+
+def total_variation(p: Floats, q: Floats) -> float:
+    """The total variation distance of two distributions over the same values.
+
+    It is half the sum of the absolute differences, ``sum(|p - q|) / 2``: the share of rows that
+    would have to take another value for both to be alike. See Levin and Peres, "Markov Chains and
+    Mixing Times", proposition 4.2.
+
+    Args:
+        p: The share of each value, adding up to 1.
+        q: The same of the other distribution.
+
+    Returns:
+        From 0, alike, to 1, no value in common.
+    """
+    return min(1.0, float(np.abs(p - q).sum()) / 2)
+
+
+def chance_limit(p: Floats, rows: int) -> float:
+    """The distance that a sample of the very distribution stays within, 99 times in 100.
+
+    Rows drawn one by one with the shares ``p`` do not have these very shares. The distance that
+    is to be expected is at most ``sum(sqrt(p * (1 - p) / rows)) / 2``, for no value's share
+    deviates by more on average than by its standard deviation. As one row moves the distance by
+    no more than ``1 / rows``, it exceeds its expectation by ``t`` with a probability of at most
+    ``exp(-2 * rows * t ** 2)`` (McDiarmid, "On the method of bounded differences", 1989), which
+    is :data:`RISK` where ``t = sqrt(log(1 / RISK) / (2 * rows))``. The limit is the sum of both.
+
+    Args:
+        p: The share of each value, adding up to 1.
+        rows: How many rows the sample has, at least 1.
+
+    Returns:
+        The limit, at most 1.
+    """
+    expected = float(np.sqrt(p * (1 - p) / rows).sum()) / 2
+    return min(1.0, expected + math.sqrt(math.log(1 / RISK) / (2 * rows)))

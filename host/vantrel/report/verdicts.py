@@ -1,0 +1,156 @@
+"""The main figures in a few words each, and whether they ask for a look."""
+
+from __future__ import annotations
+
+from collections.abc import Sequence
+from dataclasses import dataclass
+
+from vantrel.report.columns import WORDS
+from vantrel.report.figures import Figures
+from vantrel.report.gaps import Gaps
+from vantrel.report.origin import Origin
+from vantrel.report.reappearing import Reappearance
+from vantrel.report.repeats import Repeats
+from vantrel.report.shares import RISK, Shares
+from vantrel.report.wording import counted, distance, listed, percent, points, shown
+
+FINE = "fine"
+LOOK = "look"
+KNOWN = "known"
+OPEN = "open"
+
+# What no two people should share; names may well.
+_KEYS = ("username", "email")
+
+
+@dataclass(frozen=True)
+class Verdict:
+    """A main figure.
+
+    Args:
+        about: What it is a figure of.
+        figure: The figure itself, with its unit.
+        state: :data:`FINE`, :data:`LOOK` where it asks for a look, :data:`KNOWN` where a
+            difference is meant to be, :data:`OPEN` where there is nothing to judge by.
+        words: What it means, in a sentence or two.
+        section: The part of the report that tells more.
+    """
+
+    about: str
+    figure: str
+    state: str
+    words: str
+    section: str
+
+
+def verdicts(figures: Figures, origin: Origin | None) -> list[Verdict]:
+    """Judges what was compared; what no table holds has no verdict.
+
+    Args:
+        figures: What was compared.
+        origin: How the sample was made, if that is known.
+    """
+    found = [_of_shares(shares) for shares in figures.shares]
+    found += _of_gaps(figures.gaps)
+    found += _of_repeats(figures.repeats)
+    found += _of_reappearing(figures.reappearing)
+    return [*found, _of_origin(origin)]
+
+
+def _of_shares(shares: Shares) -> Verdict:
+    about = f"{WORDS[shares.attribute]} shares"
+    if shares.distance is None or shares.limit is None:
+        return Verdict(about, "none", OPEN, why_not_compared(shares), "shares")
+    limit = distance(shares.limit)
+    if shares.distance <= shares.limit:
+        words = f"As near as chance allows: up to {limit} is to be expected of so many rows."
+        return Verdict(about, distance(shares.distance), FINE, words, "shares")
+    words = f"Further apart than chance explains, which is up to {limit}."
+    if shares.attribute != "title":
+        return Verdict(about, distance(shares.distance), LOOK, words, "shares")
+    words = "Titles are drawn evenly from those that only the row's gender bears."
+    return Verdict(about, distance(shares.distance), KNOWN, words, "shares")
+
+
+def why_not_compared(shares: Shares) -> str:
+    """Tells which table lacks the column or any value of it."""
+    sides = (("real table", shares.real_rows), ("sample", shares.sampled_rows))
+    without = [name for name, rows in sides if rows is None]
+    if without:
+        return f"Not compared: the {without[0]} has no such column."
+    empty = listed([f"the {name}" for name, rows in sides if rows == 0])
+    return f"Not compared: {empty} {'has' if 'and' not in empty else 'have'} no value."
+
+
+def _of_gaps(gaps: Sequence[Gaps]) -> list[Verdict]:
+    compared = [each for each in gaps if each.difference is not None]
+    if not compared:
+        return []
+    largest = max(compared, key=lambda each: abs(each.difference or 0))
+    beyond = [shown(each.column) for each in compared if is_beyond_chance(each)]
+    if beyond:
+        words = f"Further apart than chance explains in {listed(beyond)}."
+    else:
+        words = "No column's rate is further off than chance allows."
+    figure = f"{points(abs(largest.difference or 0)).lstrip('+')} points"
+    return [Verdict("Missing values", figure, LOOK if beyond else FINE, words, "missing")]
+
+
+def is_beyond_chance(gaps: Gaps) -> bool:
+    """Tells whether chance makes such a difference less often than once in a hundred samples."""
+    return gaps.chance is not None and gaps.chance < RISK
+
+
+def _of_repeats(repeats: Sequence[Repeats]) -> list[Verdict]:
+    keys = [each for each in repeats if each.attribute in _KEYS and each.sampled]
+    judged = keys or [each for each in repeats if each.attribute is None and each.sampled]
+    if not any(each.sampled and each.sampled.values for each in judged):
+        return []
+    repeated = sum(each.sampled.repeated for each in judged if each.sampled)
+    if not keys:
+        words = (
+            "Sampled rows that repeat an earlier one. Without a username or an e-mail address,"
+            " nothing need tell two people apart."
+        )
+        return [Verdict("Repeated rows", f"{repeated:,}", OPEN, words, "repeats")]
+    names = listed([WORDS[each.attribute].lower() for each in keys if each.attribute])
+    about = f"Repeated {names}"
+    if not repeated:
+        return [Verdict(about, "0", FINE, "No two sampled rows share one.", "repeats")]
+    words = "So many sampled values repeat an earlier one."
+    return [Verdict(about, f"{repeated:,}", LOOK, words, "repeats")]
+
+
+def _of_reappearing(reappearing: Sequence[Reappearance]) -> list[Verdict]:
+    whole = [
+        each for each in reappearing if each.is_whole and each.real_names and each.sampled_rows
+    ]
+    if not whole:
+        return []
+    most = max(whole, key=lambda each: each.bearing)
+    about = "Real full names in the sample"
+    if not most.bearing:
+        words = "No whole name of a real person is in the sample."
+        return [Verdict(about, "0", FINE, words, "real-names")]
+    words = (
+        f"{percent(most.bearing / most.sampled_rows)} of the sampled rows bear the whole name of a"
+        " real person. Names are made up without looking at real ones: common ones meet by chance."
+    )
+    return [Verdict(about, counted(most.bearing, "row"), LOOK, words, "real-names")]
+
+
+def _of_origin(origin: Origin | None) -> Verdict:
+    about = "How it was made"
+    if origin is None:
+        words = "There is no record beside the sample of how it was made."
+        return Verdict(about, "unknown", OPEN, words, "origin")
+    found = []
+    if origin.rows_now is not None:
+        found.append("The table no longer has as many rows as were made.")
+    if origin.differences:
+        found.append("The seed may give other rows here: versions differ.")
+    figure = f"seed {origin.seed}"
+    if found:
+        return Verdict(about, figure, LOOK, " ".join(found), "origin")
+    words = "The model and the seed give the same rows again with the versions installed here."
+    return Verdict(about, figure, FINE, words, "origin")
