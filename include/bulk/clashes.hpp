@@ -2,17 +2,21 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
+#include <memory>
 #include <string_view>
 #include <vector>
+
+#include "bulk/streams.hpp"
 
 namespace bulk {
 
 /// Finds the rows of a column that bear the same name, while rows are renamed.
 class Clashes {
   public:
-    /// The names are the caller's, by row, and stay readable.
-    explicit Clashes(const std::vector<std::string_view>& names);
+    /// The names are the caller's, by row, and stay readable. Signals are let in where a step takes long.
+    Clashes(const std::vector<std::string_view>& names, Sources& sources);
 
     /// Enters the row under the name that it has now.
     void add(std::uint32_t row);
@@ -34,13 +38,32 @@ class Clashes {
         bool taken = false;
     };
 
+    /// Places of all zeros. The system clears their memory page by page when it is first used, and not at once.
+    class Places {
+      public:
+        explicit Places(std::size_t count);
+
+        [[nodiscard]] std::size_t size() const { return count_; }
+        Place& operator[](std::size_t i) { return places_.get()[i]; }
+
+      private:
+        struct Free {
+            void operator()(Place* places) const { std::free(places); }
+        };
+
+        std::size_t count_;
+        std::unique_ptr<Place, Free> places_;
+    };
+
     Place& place_of(std::uint32_t row, std::uint32_t hash);
+    void note(std::uint32_t row);
     void grow();
 
     const std::vector<std::string_view>& names_;
-    std::vector<Place> places_;
+    Sources& sources_;
+    Places places_;
     std::size_t taken_ = 0;
-    std::vector<std::uint32_t> found_;
+    std::vector<std::uint64_t> found_;  ///< a bit for each row
 };
 
 }  // namespace bulk

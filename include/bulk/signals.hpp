@@ -14,10 +14,15 @@ inline void let_others_in() {
     python::require(PyErr_CheckSignals());
 }
 
-/// The same every so many rows.
-inline void let_signals_in(std::size_t row) {
+/// Whether so many rows have gone by.
+constexpr bool is_time_for_signals(std::size_t row) {
     constexpr std::size_t kRowsBetween = 1U << 16U;  // some milliseconds
-    if (row % kRowsBetween == kRowsBetween - 1) let_others_in();
+    return row % kRowsBetween == kRowsBetween - 1;
+}
+
+/// Lets them in every so many rows.
+inline void let_signals_in(std::size_t row) {
+    if (is_time_for_signals(row)) let_others_in();
 }
 
 }  // namespace bulk

@@ -67,6 +67,7 @@ class NumpyChoice {
     explicit NumpyChoice(PyObject* numpy);
     NumpyChoice(const NumpyChoice&) = delete;
     NumpyChoice& operator=(const NumpyChoice&) = delete;
+    ~NumpyChoice() = default;
 
     [[nodiscard]] bool applies() const { return static_cast<bool>(lock_); }
 
@@ -81,8 +82,16 @@ class NumpyChoice {
         Held& operator=(const Held&) = delete;
         ~Held();
 
+        /// Lets signals in every so many rows, with the lock released: a process that is forked meanwhile would find
+        /// it held by a thread that it does not have.
+        void let_signals_in(std::size_t row);
+
       private:
-        python::Ref release_;
+        void acquire();
+        void release();
+
+        const NumpyChoice& choice_;
+        bool held_ = false;
     };
 
   private:

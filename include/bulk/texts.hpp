@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "bulk/growing_bytes.hpp"
 #include "python/call.hpp"
 #include "python/ref.hpp"
 
@@ -48,14 +49,16 @@ class Texts {
     [[nodiscard]] std::size_t size() const { return views_.size(); }
     std::string_view operator[](std::size_t row) const { return views_[row]; }
     [[nodiscard]] bool is_missing(std::size_t row) const { return views_[row].data() == nullptr; }
-    [[nodiscard]] bool any_missing() const;
+    [[nodiscard]] bool any_missing() const { return missing_ > 0; }
 
   private:
+    void add_missing();
     bool read_arrow(PyObject* chunked);
     bool read_chunk(PyObject* chunk);
     bool read_objects(PyObject* objects);
 
     std::vector<std::string_view> views_;
+    std::size_t missing_ = 0;
     std::vector<python::Ref> owners_;
     std::vector<Buffer> buffers_;
 };
@@ -79,7 +82,8 @@ class Flags {
 /// strings otherwise.
 class TextSeries {
   public:
-    /// `like` is a Series that pandas made of a few such elements in the way that the column is to look like.
+    /// `like` is a Series that pandas made of a few such elements in the way that the column is to look like; exactly
+    /// so many rows are to be added.
     explicit TextSeries(PyObject* like, std::size_t rows);
 
     void add(std::string_view text);
@@ -98,11 +102,11 @@ class TextSeries {
     python::Ref like_;
     python::Ref dtype_;
     bool arrow_;
+    std::size_t rows_;
     python::Ref objects_;
-    std::string data_;
-    std::vector<std::int64_t> ends_;
-    std::vector<std::uint8_t> valid_;
-    std::size_t missing_ = 0;
+    GrowingBytes data_;
+    GrowingBytes ends_;
+    std::vector<std::uint8_t> valid_;  ///< a bit for each row; empty as long as nothing is missing
 };
 
 /// Whether every character is a visible one of ASCII.

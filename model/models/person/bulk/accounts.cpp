@@ -49,6 +49,7 @@ bool is_bare(PyObject* series) {
 
 bool are_plain(const Texts& texts) {
     for (std::size_t row = 0; row < texts.size(); ++row) {
+        let_signals_in(row);
         if (texts.is_missing(row) || texts[row].find('\0') != std::string_view::npos) return false;
     }
     return true;
@@ -122,9 +123,9 @@ class Usernames {
 
     void draw_separators() {
         drawn_.reserve(names_.size());
-        const NumpyChoice::Held held(separators_);
+        NumpyChoice::Held held(separators_);
         for (std::size_t row = 0; row < names_.size(); ++row) {
-            let_signals_in(row);
+            held.let_signals_in(row);
             drawn_.push_back(static_cast<std::uint8_t>(separators_.below(kSeparators.size())));
         }
     }
@@ -160,7 +161,7 @@ class Usernames {
 
     /// Every copy of a username that occurs more than once gets a number of its own, until all are distinct.
     void settle_clashes() {
-        Clashes clashes(usernames_);
+        Clashes clashes(usernames_, sources_);
         for (std::uint32_t row = 0; row < usernames_.size(); ++row) {
             clashes.add(row);
             sources_.breathe();

@@ -1,20 +1,30 @@
 #include "bulk/clashes.hpp"
 
-#include <algorithm>
 #include <bit>
 #include <functional>
+#include <new>
 #include <utility>
 
 namespace bulk {
 
 namespace {
 
+constexpr std::size_t kBits = 64;
+
 std::uint32_t hash_of(std::string_view name) { return static_cast<std::uint32_t>(std::hash<std::string_view>{}(name)); }
 
 }  // namespace
 
-Clashes::Clashes(const std::vector<std::string_view>& names)
-    : names_(names), places_(std::bit_ceil(2 * names.size() + 16)) {}
+Clashes::Places::Places(std::size_t count)
+    : count_(count), places_(static_cast<Place*>(std::calloc(count, sizeof(Place)))) {
+    if (!places_) throw std::bad_alloc();
+}
+
+Clashes::Clashes(const std::vector<std::string_view>& names, Sources& sources)
+    : names_(names),
+      sources_(sources),
+      places_(std::bit_ceil(2 * names.size() + 16)),
+      found_(names.size() / kBits + 1) {}
 
 Clashes::Place& Clashes::place_of(std::uint32_t row, std::uint32_t hash) {
     const std::size_t mask = places_.size() - 1;
@@ -35,9 +45,11 @@ void Clashes::add(std::uint32_t row) {
         if (2 * ++taken_ > places_.size()) grow();
         return;
     }
-    if (place.count++ == 1) found_.push_back(place.first_row);
-    found_.push_back(row);
+    if (place.count++ == 1) note(place.first_row);
+    note(row);
 }
+
+void Clashes::note(std::uint32_t row) { found_[row / kBits] |= std::uint64_t{1} << row % kBits; }
 
 void Clashes::remove(std::uint32_t row) {
     Place& place = place_of(row, hash_of(names_[row]));
@@ -45,16 +57,20 @@ void Clashes::remove(std::uint32_t row) {
 }
 
 std::vector<std::uint32_t> Clashes::take() {
-    std::sort(found_.begin(), found_.end());
-    return std::exchange(found_, {});
+    std::vector<std::uint32_t> rows;
+    for (std::size_t i = 0; i < found_.size(); ++i) {
+        for (std::uint64_t bits = std::exchange(found_[i], 0); bits != 0; bits &= bits - 1)
+            rows.push_back(static_cast<std::uint32_t>(i * kBits) + static_cast<std::uint32_t>(std::countr_zero(bits)));
+    }
+    return rows;
 }
 
 void Clashes::grow() {
-    const auto is_live = [](const Place& place) { return place.count > 0; };
-    const auto live = static_cast<std::size_t>(std::count_if(places_.begin(), places_.end(), is_live));
-    const auto before = std::exchange(places_, std::vector<Place>(std::bit_ceil(4 * live + 16)));
+    Places before = std::exchange(places_, Places(2 * places_.size()));
     taken_ = 0;
-    for (const Place& place : before) {
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        sources_.breathe();
+        const Place& place = before[i];
         if (place.count == 0) continue;
         place_of(place.first_row, place.hash) = place;
         ++taken_;

@@ -114,9 +114,9 @@ std::optional<std::vector<const Collection*>> plan_rows(const Texts& keys, PyObj
 Ref draw_values(const std::vector<const Collection*>& rows, NumpyChoice& choice) {
     Ref no_value = attr(global(names::pd), names::NA);
     Ref drawn = list();
-    const NumpyChoice::Held held(choice);
+    NumpyChoice::Held held(choice);
     for (std::size_t row = 0; row < rows.size(); ++row) {
-        let_signals_in(row);
+        held.let_signals_in(row);
         PyObject* value = no_value;
         if (const Collection* collection = rows[row]) {
             value = collection->values[choice.below(static_cast<std::uint32_t>(collection->values.size()))];

@@ -119,6 +119,7 @@ void Sources::take_over() {
 void Sources::hand_back() {
     // All that needs memory comes first: either every source is handed back, or none is and it can be tried again.
     std::vector<std::pair<Ref, Ref>> writes;
+    writes.reserve(sources_.size());
     for (const Source& source : sources_)
         writes.emplace_back(word_method(source.object, "setstate"), state_of(source.engine));
     for (std::size_t i = 0; i < writes.size(); ++i) call(writes[i].first, {sources_[i].object, writes[i].second});
@@ -187,15 +188,31 @@ std::uint32_t NumpyChoice::below(std::uint32_t n) {
     return drawn;
 }
 
-NumpyChoice::Held::Held(const NumpyChoice& choice) : release_(owned(PyObject_GetAttrString(choice.lock_, "release"))) {
-    call(owned(PyObject_GetAttrString(choice.lock_, "acquire")));
+NumpyChoice::Held::Held(const NumpyChoice& choice) : choice_(choice) { acquire(); }
+
+void NumpyChoice::Held::acquire() {
+    call(owned(PyObject_GetAttrString(choice_.lock_, "acquire")));
+    held_ = true;
+}
+
+void NumpyChoice::Held::release() {
+    call(owned(PyObject_GetAttrString(choice_.lock_, "release")));
+    held_ = false;
+}
+
+void NumpyChoice::Held::let_signals_in(std::size_t row) {
+    if (!is_time_for_signals(row)) return;
+    release();
+    let_others_in();
+    acquire();
 }
 
 NumpyChoice::Held::~Held() {
+    if (!held_) return;
     PyObject* exception = PyErr_GetRaisedException();
-    if (PyObject* released = PyObject_CallNoArgs(release_)) {
-        Py_DECREF(released);
-    } else {
+    try {
+        release();
+    } catch (...) {
         PyErr_Clear();
     }
     PyErr_SetRaisedException(exception);

@@ -31,15 +31,20 @@ Ref kept_keys(PyObject* elements) {
     return keys;
 }
 
+/// The instructions of a method that draws from an attribute.
+Ref shape_of_drawing() {
+    Ref globals = dict();
+    const char* source = "def shape(self):\n    return self.random_element(self.elements)\n";
+    Ref ran = owned(PyRun_String(source, Py_file_input, globals, globals));
+    Ref code = owned(PyObject_GetAttrString(PyDict_GetItemString(globals, "shape"), "__code__"));
+    return owned(PyObject_GetAttrString(code, "co_code"));
+}
+
 /// The name of the attribute that a method draws from, where its whole body is `return self.random_element(self.name)`.
 Ref drawn_attribute(PyObject* function) {
-    static PyObject* const shape = [] {
-        Ref globals = dict();
-        const char* source = "def shape(self):\n    return self.random_element(self.elements)\n";
-        Ref ran = owned(PyRun_String(source, Py_file_input, globals, globals));
-        Ref code = owned(PyObject_GetAttrString(PyDict_GetItemString(globals, "shape"), "__code__"));
-        return owned(PyObject_GetAttrString(code, "co_code")).release();
-    }();
+    // Not made by the initialiser: another thread would wait there with the lock that this one needs to go on.
+    static PyObject* shape = nullptr;
+    if (shape == nullptr) shape = shape_of_drawing().release();
     if (!PyFunction_Check(function)) return {};
     PyObject* code = PyFunction_GetCode(function);
     Ref instructions = quiet_attr(code, "co_code");
@@ -107,7 +112,7 @@ std::size_t Table::draw(Mersenne& source) const {
 // ----------------------------------------------------------------------------------------------------------
 
 std::optional<KnownFaker> KnownFaker::recognise(PyObject* faker) {
-    PyObject* type = reinterpret_cast<PyObject*>(Py_TYPE(faker));
+    auto* type = reinterpret_cast<PyObject*>(Py_TYPE(faker));
     if (!is_class_of(faker, "faker.proxy", "Faker")) return std::nullopt;
     if (!is_original(quiet_attr(type, "__getattr__"), {"faker.proxy", "Faker.__getattr__"})) return std::nullopt;
     if (!is_original(quiet_attr(type, "__getattribute__"), {"faker.proxy", "Faker.__getattribute__"}))

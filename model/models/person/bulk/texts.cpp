@@ -131,9 +131,11 @@ bool Texts::read_chunk(PyObject* chunk) {
         let_signals_in(row);
         const std::size_t bit = first + row;
         const bool present = valid == nullptr || (valid[bit / 8] >> (bit % 8) & 1U) != 0;
-        views_.push_back(present
-                             ? std::string_view(data + ends[row], static_cast<std::size_t>(ends[row + 1] - ends[row]))
-                             : std::string_view());
+        if (present) {
+            views_.emplace_back(data + ends[row], static_cast<std::size_t>(ends[row + 1] - ends[row]));
+        } else {
+            add_missing();
+        }
     }
     return true;
 }
@@ -147,7 +149,7 @@ bool Texts::read_objects(PyObject* objects) {
         if (const auto text = utf8(value)) {
             views_.push_back(*text);
         } else if (is_missing_value(value)) {
-            views_.emplace_back();
+            add_missing();
         } else {
             return false;
         }
@@ -156,8 +158,9 @@ bool Texts::read_objects(PyObject* objects) {
     return true;
 }
 
-bool Texts::any_missing() const {
-    return std::any_of(views_.begin(), views_.end(), [](std::string_view view) { return view.data() == nullptr; });
+void Texts::add_missing() {
+    views_.emplace_back();
+    ++missing_;
 }
 
 std::optional<Flags> Flags::read(PyObject* series) {
@@ -184,10 +187,13 @@ bool Flags::all() const {
 // ----------------------------------------------------------------------------------------------------------------
 
 TextSeries::TextSeries(PyObject* like, std::size_t rows)
-    : like_(Ref::share(like)), dtype_(owned(PyObject_GetAttrString(like, "dtype"))), arrow_(is_arrow_backed(dtype_)) {
+    : like_(Ref::share(like)),
+      dtype_(owned(PyObject_GetAttrString(like, "dtype"))),
+      arrow_(is_arrow_backed(dtype_)),
+      rows_(rows) {
     if (arrow_) {
-        ends_.reserve(rows + 1);
-        ends_.push_back(0);
+        ends_.reserve((rows + 1) * sizeof(std::int64_t));
+        ends_.append(std::int64_t{0});
     } else {
         objects_ = list();
     }
@@ -198,9 +204,8 @@ void TextSeries::add(std::string_view text) {
         append(objects_, owned(PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), nullptr)));
         return;
     }
-    if (!valid_.empty()) valid_.push_back(1);
-    data_.append(text);
-    ends_.push_back(static_cast<std::int64_t>(data_.size()));
+    data_.append(text.data(), text.size());
+    ends_.append(static_cast<std::int64_t>(data_.size()));
 }
 
 void TextSeries::add(PyObject* object, std::string_view text) {
@@ -216,33 +221,29 @@ void TextSeries::add_missing(PyObject* missing) {
         append(objects_, missing);
         return;
     }
-    if (valid_.empty()) valid_.assign(ends_.size() - 1, 1);
-    valid_.push_back(0);
-    ends_.push_back(static_cast<std::int64_t>(data_.size()));
-    ++missing_;
+    if (valid_.empty()) {
+        valid_.assign((rows_ + 7) / 8, 0xff);
+        valid_.back() = static_cast<std::uint8_t>(0xff >> (8 * valid_.size() - rows_));
+    }
+    const std::size_t row = ends_.size() / sizeof(std::int64_t) - 1;
+    valid_[row / 8] = static_cast<std::uint8_t>(valid_[row / 8] & ~(1U << row % 8));
+    ends_.append(static_cast<std::int64_t>(data_.size()));
 }
 
 Ref TextSeries::arrow_array() {
     Ref pyarrow = owned(PyImport_ImportModule("pyarrow"));
     Ref as_buffer = owned(PyObject_GetAttrString(pyarrow, "py_buffer"));
-    const auto buffer = [&](const void* bytes, std::size_t count) {
-        return call(
-            as_buffer,
-            {owned(PyBytes_FromStringAndSize(static_cast<const char*>(bytes), static_cast<Py_ssize_t>(count))).get()});
-    };
     Ref valid = none();
-    if (missing_ > 0) {
-        std::vector<std::uint8_t> bits((valid_.size() + 7) / 8);
-        for (std::size_t row = 0; row < valid_.size(); ++row) {
-            bits[row / 8] = static_cast<std::uint8_t>(bits[row / 8] | valid_[row] << row % 8);
-        }
-        valid = buffer(bits.data(), bits.size());
+    if (!valid_.empty()) {
+        GrowingBytes bits;
+        bits.append(valid_.data(), valid_.size());
+        valid = call(as_buffer, {bits.finish()});
     }
-    Ref ends = buffer(ends_.data(), ends_.size() * sizeof(std::int64_t));
-    Ref data = buffer(data_.data(), data_.size());
+    Ref ends = call(as_buffer, {ends_.finish()});
+    Ref data = call(as_buffer, {data_.finish()});
     Ref make =
         owned(PyObject_GetAttrString(owned(PyObject_GetAttrString(pyarrow, "LargeStringArray")), "from_buffers"));
-    Ref rows = integer(static_cast<Py_ssize_t>(ends_.size()) - 1);
+    Ref rows = integer(static_cast<Py_ssize_t>(rows_));
     Ref array = call(make, {rows, ends, data, valid});
     return call(owned(PyObject_GetAttrString(dtype_, "__from_arrow__")), {array});
 }
