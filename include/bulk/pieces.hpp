@@ -45,7 +45,7 @@ class FormatReader {
     std::optional<Format> tokens(PyObject* text);
 
     /// A format in which "#" is a digit and "?" a letter; empty where it is not that simple.
-    std::optional<Format> placeholders(std::string_view text) const;
+    [[nodiscard]] std::optional<Format> placeholders(std::string_view text) const;
 
     /// The tables that the pieces point to, for whoever keeps them.
     std::deque<std::pair<std::string, Table>> take_tables() { return std::move(tables_); }

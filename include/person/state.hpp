@@ -8,7 +8,7 @@
 namespace person {
 
 struct Integer {
-    long value;
+    long value = 0;
     PyObject* object = nullptr;
 
     operator PyObject*() const noexcept { return object; }

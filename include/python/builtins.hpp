@@ -6,7 +6,7 @@ namespace python {
 
 /// A builtin that is looked up once, when the module is executed, and used as it was then.
 struct Builtin {
-    const char* name;
+    const char* name = nullptr;
     PyObject* object = nullptr;
 
     operator PyObject*() const noexcept { return object; }

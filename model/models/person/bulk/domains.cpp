@@ -92,8 +92,7 @@ bool Domains::read_words_with_formats(const KnownFaker& faker, PyObject* domain_
     if (!format_texts_ || !read_formats(reader, *format_texts_) || !read_refused_words()) return false;
     // The words are finished as they are drawn, which their own characters must allow.
     return slugs_plainly() && has_only_visible_ascii(*format_texts_) &&
-           std::all_of(tables_.begin(), tables_.end(),
-                       [](const auto& entry) { return has_only_visible_ascii(entry.second); });
+           std::ranges::all_of(tables_, [](const auto& entry) { return has_only_visible_ascii(entry.second); });
 }
 
 bool Domains::read_refused_words() {

@@ -73,9 +73,7 @@ std::string ascii_slug(const std::string& word) {
     for (const char c : word) {
         if (c >= 'A' && c <= 'Z') {
             slug += static_cast<char>(c - 'A' + 'a');
-        } else if ((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_') {
-            slug += c;
-        } else if (c == '-' && !slug.ends_with('-')) {
+        } else if ((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || (c == '-' && !slug.ends_with('-'))) {
             slug += c;
         }
     }

@@ -42,7 +42,7 @@ Ref plain_value(PyObject* object, PyObject* name) {
     Ref own = quiet_attr(object, "__dict__");
     PyObject* lineage = Py_TYPE(object)->tp_mro;
     for (Py_ssize_t i = -1; i < PyTuple_GET_SIZE(lineage); ++i) {
-        Ref names = i < 0 ? std::move(own)
+        Ref names = i < 0 ? std::move(own)  // NOLINT(bugprone-use-after-move): i is below 0 but once
                           : owned(PyType_GetDict(reinterpret_cast<PyTypeObject*>(PyTuple_GET_ITEM(lineage, i))));
         PyObject* found = names && PyDict_CheckExact(names.get()) ? PyDict_GetItemWithError(names, name) : nullptr;
         if (PyErr_Occurred() != nullptr) throw PythonError{};

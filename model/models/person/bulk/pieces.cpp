@@ -67,7 +67,7 @@ bool formats_plainly(PyObject* generator) {
                                    {"get_formatter", "Generator.get_formatter"},
                                    {"parse", "Generator.parse"},
                                    {"_Generator__format_token", "Generator.__format_token"}};
-    return std::all_of(std::begin(kMethods), std::end(kMethods), [generator](const Method& method) {
+    return std::ranges::all_of(kMethods, [generator](const Method& method) {
         return has_base_method(generator, method.name, {"faker.generator", method.qualname});
     });
 }

@@ -41,6 +41,7 @@ const Table* Providers::Provider::table(std::string_view method) {
     for (NamedTable& known : tables_) {
         if (known.method == method) return known.table ? &*known.table : nullptr;
     }
+    // NOLINTNEXTLINE(bugprone-suspicious-stringview-data-usage): methods are named by literals
     NamedTable& read = tables_.emplace_back(NamedTable{method, faker_.table(method.data())});
     return read.table ? &*read.table : nullptr;
 }

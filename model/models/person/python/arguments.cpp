@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "python/error.hpp"
 
@@ -12,7 +13,7 @@ namespace {
 [[noreturn]] void raise_count(const Function& function, std::size_t required, Py_ssize_t given) {
     const std::size_t accepted = function.parameters.size();
     if (accepted == 0) raise(PyExc_TypeError, "%.200s() takes no arguments (%zd given)", function.name(), given);
-    const bool too_few = given < static_cast<Py_ssize_t>(required);
+    const bool too_few = std::cmp_less(given, required);
     const std::size_t bound = too_few ? required : accepted;
     const char* how = required == accepted ? "exactly" : too_few ? "at least" : "at most";
     raise(PyExc_TypeError, "%.200s() takes %.8s %zd positional argument%.1s (%zd given)", function.name(), how,
@@ -71,7 +72,7 @@ void bind(const Function& function, const CallSite& site, PyObject* defaults, st
     const std::size_t accepted = values.size();
     const std::size_t default_count = defaults == nullptr ? 0 : static_cast<std::size_t>(PyTuple_GET_SIZE(defaults));
     const std::size_t required = accepted - std::min(accepted, default_count);
-    if (site.positional_count > static_cast<Py_ssize_t>(accepted)) {
+    if (std::cmp_greater(site.positional_count, accepted)) {
         raise_count(function, required, site.positional_count);
     }
     std::copy_n(site.arguments, site.positional_count, values.begin());

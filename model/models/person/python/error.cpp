@@ -17,6 +17,7 @@ void raise(PyObject* exception) {
     throw PythonError{};
 }
 
+// NOLINTNEXTLINE(modernize-avoid-variadic-functions): takes what PyErr_FormatV takes
 void raise(PyObject* type, const char* format, ...) {
     std::va_list values;
     va_start(values, format);
@@ -42,8 +43,7 @@ bool RaisedException::is_caught_by(PyObject* type) const {
 void set_indicator_from_current_exception() noexcept {
     try {
         throw;
-    } catch (const PythonError&) {
-        // The indicator is set already.
+    } catch (const PythonError&) {  // NOLINT(bugprone-empty-catch): the indicator is set already
     } catch (const std::bad_alloc&) {
         PyErr_NoMemory();
     } catch (const std::exception& error) {
