@@ -4,30 +4,40 @@
 #   make PYTHON=/path/to/python3.12     where the search of tools/find-python is not what is wanted
 #   make CXX=clang++                    the same for tools/find-compiler
 #   make test PYTEST_ARGS="-k seed"     more arguments for pytest
+#   make leaks LEAK_CALLS=1000          fewer calls than the 10,000 that are made otherwise
 #   make bench BENCH_ARGS="--rounds 9"  more arguments for the benchmarks
 
 .DEFAULT_GOAL := help
 .DELETE_ON_ERROR:
 .SECONDEXPANSION:
 .PRECIOUS: %/.dependencies %/.installed
-.PHONY: help venv wheel demo test test-pandas2 test-noarrow test-all bench clean
+.PHONY: help venv wheel demo lint test test-pandas2 test-noarrow test-all leaks bench clean
 
 # What a caller's own Python and pip are told to do is not meant for the environments made here.
 unexport PYTHONHOME PYTHONPATH
 unexport PIP_CONSTRAINT PIP_NO_DEPS PIP_PREFIX PIP_REQUIRE_HASHES PIP_ROOT PIP_TARGET PIP_USER
 
 # Each environment is a folder with the list of packages that makes it what it is.
-environments := .venv .venv-pandas2 .venv-noarrow .venv-bench
+environments := .venv .venv-pandas2 .venv-noarrow .venv-bench .venv-lint
 packages_.venv := requirements/pandas3-pyarrow.txt
 packages_.venv-pandas2 := requirements/pandas2.txt
 packages_.venv-noarrow := requirements/pandas3.txt
 packages_.venv-bench := requirements/bench.txt
+packages_.venv-lint := requirements/lint.txt
+
+# What `make lint` runs, the quickest first, and the files that it names to them.
+linters := shellcheck ruff ruff-format clang-format stubtest mypy clang-tidy
+.PHONY: $(linters)
+cpp_files := $(shell find $(wildcard include model checks tests tools) -name '*.[ch]pp')
+shell_scripts := $(shell grep -lE '^.!.*[/ ](ba|da)?sh$$' .ci/* tools/*)
 
 # Folders stand beside their files so that a deleted file counts as a change, too.
 extension_sources := pyproject.toml README.md CMakeLists.txt $(wildcard CMakePresets.json) \
     $(shell find include model cmake 2>/dev/null)
 host_sources := host/pyproject.toml \
     $(shell find host/vantrel -name __pycache__ -prune -o -print 2>/dev/null)
+
+LEAK_CALLS ?= 10000
 
 pip := python -m pip --disable-pip-version-check --no-input -qq
 pytest := bin/python -m pytest $(PYTEST_ARGS)
@@ -43,6 +53,38 @@ wheel: dist/.extension  ## build the wheel of the extension module into dist/
 demo: .venv/.installed  ## learn from two real tables, sample from what was learnt, compare
 	@.venv/bin/python examples/demo.py
 
+# Each in a make of its own that goes on where one has failed.
+lint:  ## check style and types of all that is written, and look for mistakes
+	@$(MAKE) --no-print-directory --keep-going $(linters)
+
+ruff: .venv-lint/.dependencies
+	@echo "==> Checking Python with ruff"
+	@.venv-lint/bin/ruff check --quiet
+
+ruff-format: .venv-lint/.dependencies
+	@echo "==> Checking the layout of Python with ruff format"
+	@.venv-lint/bin/ruff format --check --quiet
+
+mypy: .venv-lint/.installed
+	@echo "==> Checking the types of Python with mypy"
+	@.venv-lint/bin/mypy
+
+stubtest: .venv-lint/.installed
+	@echo "==> Comparing the module with its stub with stubtest"
+	@.venv-lint/bin/python -m mypy.stubtest vantrel.model.models.person
+
+clang-format: .venv-lint/.dependencies
+	@echo "==> Checking the layout of C++ with clang-format"
+	@.venv-lint/bin/clang-format --dry-run -Werror $(cpp_files)
+
+clang-tidy: .venv-lint/.dependencies
+	@echo "==> Checking C++ with clang-tidy"
+	@tools/run-clang-tidy .venv-lint build/tidy
+
+shellcheck: .venv-lint/.dependencies
+	@echo "==> Checking the shell scripts with shellcheck"
+	@.venv-lint/bin/shellcheck $(shell_scripts)
+
 test: .venv/.installed  ## run the tests, with pandas 3 and pyarrow
 	@echo "==> Testing with pandas 3 and pyarrow"
 	@.venv/$(pytest)
@@ -57,11 +99,14 @@ test-noarrow: .venv-noarrow/.installed  ## run the tests with pandas 3 but witho
 
 test-all: test test-pandas2 test-noarrow  ## run the tests in all three environments
 
+leaks: .venv/.installed  ## make each call of the module again and again: does it lose memory?
+	@PYTHONPATH=tests .venv/bin/python -m checks.leaks --calls $(LEAK_CALLS)
+
 bench: .venv-bench/.installed  ## measure speed and memory, write benchmarks/RESULTS.md
 	@.venv-bench/bin/python -m benchmarks $(BENCH_ARGS)
 
 clean:  ## remove everything that make made, environments included
-	rm -rf build dist $(environments) .pytest_cache .hypothesis
+	rm -rf build dist $(environments) .pytest_cache .hypothesis .mypy_cache .ruff_cache
 
 # An environment is made anew when its list changes, so that it never holds a package too many. The
 # compiler is looked for here as well: better to hear that it is missing before the long part.

@@ -279,7 +279,12 @@ PyObject* create_module(PyObject* spec, PyModuleDef* /*definition*/) noexcept {
             "Interpreter change detected - this module can only be loaded into one interpreter per process.");
         return nullptr;
     }
-    if (state().module != nullptr) return Py_NewRef(state().module);
+    if (state().module != nullptr) {
+        // The interpreter gives every module that it is handed a new piece of memory (here of no bytes), without
+        // asking whether it has one.
+        PyMem_Free(PyModule_GetState(state().module));
+        return Py_NewRef(state().module);
+    }
     try {
         Ref created = owned(PyModule_NewObject(owned(PyObject_GetAttrString(spec, "name"))));
         PyObject* names = PyModule_GetDict(created);
