@@ -48,7 +48,7 @@ class Clashes {
 
       private:
         struct Free {
-            void operator()(Place* places) const { std::free(places); }
+            void operator()(Place* places) const { std::free(places); }  // NOLINT(*-no-malloc): of calloc
         };
 
         std::size_t count_;

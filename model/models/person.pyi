@@ -12,6 +12,9 @@ from vantrel.metadata.value import Person, String
 from vantrel.model.base import DiscreteModel
 from vantrel.model.models.histogram import Histogram
 
+# Where doctest would look for more tests: there are none.
+__test__: Dict[str, object]
+
 class GenderModel(Histogram[str]):
     key_female: str
     key_male: str

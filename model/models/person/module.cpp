@@ -22,7 +22,7 @@ namespace python {
 Module& module() {
     static constinit Module served{
         .name = "vantrel.model.models.person",
-        .file = "vantrel\\model\\models\\person",
+        .file = R"(vantrel\model\models\person)",
         .globals = nullptr,
         .builtins = nullptr,
     };
@@ -42,8 +42,8 @@ using namespace python;
 
 /// `import module as alias`, or `from module import names` with as many leading dots as the level says.
 struct Import {
-    int line;
-    const char* module;
+    int line = 0;
+    const char* module = nullptr;
     const char* alias = nullptr;
     std::array<const char*, 7> names = {};
     int level = 0;

@@ -96,12 +96,17 @@ Ref in_lower_case(PyObject* series) { return call_method(attr(series, names::str
 // --- usernames
 // ----------------------------------------------------------------------------------------------------------------
 
+std::vector<std::string> numbers_to_hundred() {
+    std::vector<std::string> numbers;
+    for (int number = 0; number <= 100; ++number) numbers.push_back(std::to_string(number));
+    return numbers;
+}
+
 /// Usernames in the making: case still mixed.
 class Usernames {
   public:
-    Usernames(const Names& names, NumpyChoice& separators, PyObject* random) : names_(names), separators_(separators) {
-        source_ = &sources_.add(random);
-    }
+    Usernames(const Names& names, NumpyChoice& separators, PyObject* random)
+        : names_(names), separators_(separators), source_(&sources_.add(random)) {}
 
     const std::vector<std::string_view>& make() {
         draw_separators();
@@ -114,11 +119,6 @@ class Usernames {
 
   private:
     static constexpr std::array<std::string_view, 4> kSeparators{"", ".", "-", "_"};
-    inline static const std::vector<std::string> kNumbers = [] {
-        std::vector<std::string> numbers;
-        for (int number = 0; number <= 100; ++number) numbers.push_back(std::to_string(number));
-        return numbers;
-    }();
     static constexpr std::size_t kAdded = 4;  ///< a separator and a number of three digits
 
     void draw_separators() {
@@ -131,7 +131,7 @@ class Usernames {
     }
 
     /// A number from 0 to 100, as text.
-    std::string_view draw_number() { return kNumbers[source_->below(static_cast<std::uint32_t>(kNumbers.size()))]; }
+    std::string_view draw_number() { return numbers_[source_->below(static_cast<std::uint32_t>(numbers_.size()))]; }
 
     void append_without_blanks(std::string_view text) {
         for (std::size_t start = 0; start <= text.size();) {
@@ -185,7 +185,8 @@ class Usernames {
     const Names& names_;
     NumpyChoice& separators_;
     Sources sources_;
-    Mersenne* source_ = nullptr;
+    Mersenne* source_;
+    const std::vector<std::string> numbers_ = numbers_to_hundred();
     std::vector<std::uint8_t> drawn_;
     std::string data_;
     std::deque<std::string> renamed_;

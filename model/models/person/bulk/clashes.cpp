@@ -16,6 +16,7 @@ std::uint32_t hash_of(std::string_view name) { return static_cast<std::uint32_t>
 }  // namespace
 
 Clashes::Places::Places(std::size_t count)
+    // NOLINTNEXTLINE(*-no-malloc): containers would write the zeros themselves
     : count_(count), places_(static_cast<Place*>(std::calloc(count, sizeof(Place)))) {
     if (!places_) throw std::bad_alloc();
 }

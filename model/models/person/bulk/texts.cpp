@@ -16,7 +16,7 @@ namespace {
 
 /// The name of the object's type, with its module: what pandas calls its own.
 bool has_type(PyObject* object, const char* module, const char* name) {
-    PyObject* type = reinterpret_cast<PyObject*>(Py_TYPE(object));
+    auto* type = reinterpret_cast<PyObject*>(Py_TYPE(object));
     return text_equals(quiet_attr(type, "__name__"), name) && text_equals(quiet_attr(type, "__module__"), module);
 }
 
@@ -46,7 +46,7 @@ Ref method_result(PyObject* object, const char* name) { return call(owned(PyObje
 }  // namespace
 
 bool is_visible_ascii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return c > ' ' && c <= '~'; });
+    return std::ranges::all_of(text, [](char c) { return c > ' ' && c <= '~'; });
 }
 
 std::string lower_case(std::string_view text) {
@@ -176,11 +176,11 @@ std::optional<Flags> Flags::read(PyObject* series) {
 }
 
 bool Flags::any() const {
-    return std::any_of(values_.begin(), values_.end(), [](std::uint8_t value) { return value != 0; });
+    return std::ranges::any_of(values_, [](std::uint8_t value) { return value != 0; });
 }
 
 bool Flags::all() const {
-    return std::all_of(values_.begin(), values_.end(), [](std::uint8_t value) { return value != 0; });
+    return std::ranges::all_of(values_, [](std::uint8_t value) { return value != 0; });
 }
 
 // --- writing
