@@ -38,7 +38,7 @@ def distance(value: float) -> str:
     """A distance from 0 to 1, with a fourth digit where it is small."""
     if 0 < value < 0.00005:
         return "<0.0001"
-    return f"{value:.4f}" if 0 < value < 0.0095 else f"{value:.3f}"
+    return f"{value:.4f}" if 0 < value < 0.00095 else f"{value:.3f}"
 
 
 def points(difference: float) -> str:

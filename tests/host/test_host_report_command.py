@@ -1,0 +1,229 @@
+"""``vantrel report``, as a shell runs it."""
+
+import os
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+import pandas as pd
+import pytest
+from click.testing import CliRunner, Result
+
+from vantrel.command import main
+
+REPORT = "report people.csv made-up.csv -o report.html"
+LABELS = "--column gender=sex --column title=title --column lastname=surname --column country=land"
+
+
+@pytest.fixture(autouse=True)
+def folder(tmp_path: Path, people: pd.DataFrame, monkeypatch: pytest.MonkeyPatch) -> Path:
+    monkeypatch.chdir(tmp_path)
+    people.to_csv("people.csv", index=False)
+    return tmp_path
+
+
+@pytest.fixture
+def made_up(people: pd.DataFrame) -> None:
+    """A sample without a record."""
+    people.drop(columns="title").head(4).to_csv("made-up.csv", index=False)
+
+
+@pytest.fixture
+def recorded() -> None:
+    """A sample that the command made, with its record."""
+    succeed(f"fit people.csv -o m.json {LABELS} --generate firstname,email")
+    succeed("sample m.json -n 1500 --seed 7 -o made-up.csv")
+
+
+def run(line: str) -> Result:
+    return CliRunner().invoke(main, line.split(), prog_name="vantrel")
+
+
+def succeed(line: str) -> Result:
+    result = run(line)
+    assert result.exit_code == 0, result.output
+    return result
+
+
+def fail(line: str, status: int) -> str:
+    """Runs a command that must fail in one line and change no file, and gives that line."""
+    before = {path: path.read_bytes() for path in Path().iterdir()}
+    result = run(line)
+    assert result.exit_code == status
+    assert result.stdout == ""
+    assert {path: path.read_bytes() for path in Path().iterdir()} == before
+    (message,) = result.stderr.splitlines()
+    return message.removeprefix("vantrel: error: ")
+
+
+@pytest.mark.usefixtures("recorded")
+def test_from_table_and_sample_to_report() -> None:
+    result = succeed(REPORT)
+    assert result.stderr == ""
+    (line,) = result.stdout.splitlines()
+    assert line.startswith("Compared 10 real rows with 1,500 sampled rows: distance of gender 0.0")
+    assert line.endswith("; wrote report.html.")
+    html = Path("report.html").read_text(encoding="utf-8")
+    assert "<title>People report: people.csv</title>" in html
+    assert "There is no record" not in html
+    for column in ("sex", "title", "surname", "land", "firstname", "email"):
+        assert f"<bdi>{column}</bdi>" in html
+
+
+@pytest.mark.usefixtures("recorded")
+def test_the_shell_finds_the_command() -> None:
+    command = shutil.which("vantrel", path=str(Path(sys.executable).parent))
+    assert command
+    subprocess.run([command, *REPORT.split()], check=True, capture_output=True)
+    assert Path("report.html").is_file()
+
+
+@pytest.mark.usefixtures("recorded")
+def test_the_same_tables_give_the_same_bytes() -> None:
+    for name in ("a.html", "b.html"):
+        succeed(f"report people.csv made-up.csv -o {name}")
+    assert Path("a.html").read_bytes() == Path("b.html").read_bytes()
+
+
+@pytest.mark.usefixtures("made_up")
+def test_without_a_record_the_columns_are_named() -> None:
+    result = succeed(f"{REPORT} --column gender=sex --column title=title --column lastname=surname")
+    assert result.stdout == (
+        "Compared 10 real rows with 4 sampled rows: distance of gender 0.250; wrote report.html.\n"
+    )
+    html = Path("report.html").read_text(encoding="utf-8")
+    assert "There is no record beside the sample of how it was made." in html
+    assert "Not compared: the sample has no such column." in html
+
+
+@pytest.mark.usefixtures("recorded")
+def test_a_named_column_comes_before_the_record() -> None:
+    succeed(f"{REPORT} --column lastname=firstname --column firstname=surname")
+    html = Path("report.html").read_text(encoding="utf-8")
+    assert 'Last name <small class="column"><bdi>firstname</bdi>' in html
+    assert 'First name <small class="column"><bdi>surname</bdi>' in html
+
+
+@pytest.mark.usefixtures("recorded")
+def test_a_named_column_that_is_recorded_for_another_attribute_is_refused() -> None:
+    assert fail(f"{REPORT} --column fullname=surname", 2) == (
+        "Column 'surname' is given for both 'lastname' and 'fullname': it can hold one of them"
+        " only."
+    )
+
+
+@pytest.mark.usefixtures("made_up")
+def test_without_a_record_or_columns_they_are_asked_for() -> None:
+    assert fail(REPORT, 2) == (
+        "There is no record beside made-up.csv of its columns: name them, as in --column"
+        " gender=sex."
+    )
+
+
+@pytest.mark.usefixtures("made_up")
+def test_a_column_that_is_nowhere_is_refused() -> None:
+    assert fail(f"{REPORT} --column gender=sexe", 1) == (
+        "Neither people.csv nor made-up.csv has a column 'sexe' for 'gender'. Did you mean 'sex'?"
+        " Their columns are: 'land', 'surname', 'title', 'sex'."
+    )
+
+
+@pytest.mark.usefixtures("made_up")
+def test_a_table_without_any_of_the_columns_is_refused() -> None:
+    assert fail(f"{REPORT} --column title=title", 1) == (
+        "Table made-up.csv has none of the columns to compare: 'title'. Its columns are: 'land',"
+        " 'surname', 'sex'."
+    )
+
+
+@pytest.mark.usefixtures("made_up")
+def test_a_table_that_is_separated_otherwise_is_told() -> None:
+    Path("people.csv").write_text("sex;title\nm;Mr\n")
+    assert fail(f"{REPORT} --column gender=sex", 1) == (
+        "Table people.csv has none of the columns to compare: 'sex'. Its columns are: 'sex;title'."
+        " It seems to be separated by semicolons: separate it by commas."
+    )
+
+
+@pytest.mark.usefixtures("made_up")
+def test_two_attributes_do_not_share_a_column() -> None:
+    assert fail(f"{REPORT} --column gender=sex --column title=sex", 2) == (
+        "Column 'sex' is given for both 'gender' and 'title': it can hold one of them only."
+    )
+
+
+@pytest.mark.usefixtures("made_up")
+def test_an_unknown_attribute_is_refused() -> None:
+    assert fail(f"{REPORT} --column sex=sexe", 2).startswith(
+        "Invalid value for '--column': 'sex' is no attribute of a person."
+    )
+
+
+@pytest.mark.usefixtures("made_up")
+def test_a_report_that_is_there_is_overwritten_by_force_only() -> None:
+    Path("report.html").write_text("mine")
+    assert fail(f"{REPORT} --column gender=sex", 2) == (
+        "report.html is there already: add --force to overwrite it."
+    )
+    succeed(f"{REPORT} --column gender=sex --force")
+    assert "<!doctype html>" in Path("report.html").read_text(encoding="utf-8")
+
+
+@pytest.mark.usefixtures("made_up")
+@pytest.mark.parametrize("table", ["people.csv", "made-up.csv"])
+def test_a_table_is_never_overwritten(table: str) -> None:
+    line = f"report people.csv made-up.csv -o {table} --column gender=sex --force"
+    assert fail(line, 2) == f"{table} is the file to read: write to another one."
+
+
+@pytest.mark.usefixtures("made_up")
+def test_a_report_is_not_written_to_standard_output() -> None:
+    assert fail("report people.csv made-up.csv -o -", 2) == (
+        "A report is not written to standard output: name a file for -o."
+    )
+
+
+@pytest.mark.parametrize("line", ["report absent.csv people.csv", "report people.csv absent.csv"])
+def test_a_table_that_is_not_there_is_told(line: str) -> None:
+    assert fail(f"{line} -o report.html --column gender=sex", 1) == (
+        "Table absent.csv cannot be read: No such file or directory."
+    )
+
+
+@pytest.mark.usefixtures("made_up")
+def test_a_folder_that_is_not_there_is_told() -> None:
+    line = "report people.csv made-up.csv -o absent/report.html --column gender=sex"
+    assert fail(line, 1) == "absent/report.html: folder 'absent' does not exist."
+
+
+@pytest.mark.usefixtures("made_up")
+def test_what_is_no_record_is_told() -> None:
+    Path("made-up.csv.made.json").write_text("{}")
+    assert fail(REPORT, 1).startswith("made-up.csv.made.json is no record of a sample")
+
+
+def test_a_sample_without_rows_is_told() -> None:
+    Path("made-up.csv").write_text("sex\n")
+    assert fail(f"{REPORT} --column gender=sex", 1) == (
+        "Table made-up.csv has a header but no rows: give it at least one."
+    )
+
+
+@pytest.mark.parametrize("line", ["report", "report people.csv", "report people.csv made-up.csv"])
+def test_what_is_left_out_is_told(line: str) -> None:
+    assert fail(line, 2).startswith("Missing ")
+
+
+def test_the_help_has_an_example() -> None:
+    assert "vantrel report people.csv made-up.csv -o report.html" in succeed("report --help").stdout
+
+
+def test_a_file_of_any_name_is_reported(people: pd.DataFrame) -> None:
+    name = os.fsdecode(b"odd \xff<b>.csv")
+    people.to_csv(name, index=False)
+    arguments = ["report", name, "people.csv", "-o", "report.html", "--column", "gender=sex"]
+    result = CliRunner().invoke(main, arguments)
+    assert result.exit_code == 0, result.output
+    html = Path("report.html").read_text(encoding="utf-8")
+    assert "<title>People report: odd \ufffd&lt;b&gt;.csv</title>" in html

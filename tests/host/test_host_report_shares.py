@@ -1,0 +1,197 @@
+"""How the report compares shares and missing rates."""
+
+import math
+
+import numpy as np
+import pandas as pd
+import pytest
+from hypothesis import given
+from hypothesis import strategies as st
+
+from vantrel.report.gaps import Gaps, chance_of, compare_gaps
+from vantrel.report.shares import (
+    MOST_SHARES,
+    RISK,
+    Share,
+    Shares,
+    chance_limit,
+    compare_shares,
+    total_variation,
+)
+
+COLUMNS = {"gender": "sex"}
+
+
+def frame(*values: object) -> pd.DataFrame:
+    return pd.DataFrame({"sex": pd.Series(values, dtype=object)})
+
+
+def compared(real: pd.DataFrame, sampled: pd.DataFrame) -> Shares:
+    return compare_shares(real, sampled, COLUMNS, "gender")
+
+
+@st.composite
+def distributions(draw: st.DrawFn) -> tuple[np.ndarray, np.ndarray]:
+    """Two distributions over the same values."""
+    counts = st.integers(0, 1000)
+    size = draw(st.integers(1, 30))
+    one, other = (
+        np.array(draw(st.lists(counts, min_size=size, max_size=size).filter(any)), dtype=float)
+        for _ in range(2)
+    )
+    return one / one.sum(), other / other.sum()
+
+
+def test_the_distance_of_a_known_pair() -> None:
+    assert total_variation(np.array([0.5, 0.3, 0.2]), np.array([0.4, 0.1, 0.5])) == pytest.approx(
+        0.3
+    )
+
+
+def test_distributions_without_a_common_value_are_as_far_apart_as_can_be() -> None:
+    assert total_variation(np.array([0.5, 0.5, 0.0]), np.array([0.0, 0.0, 1.0])) == 1
+
+
+@given(distributions())
+def test_the_distance_is_from_0_to_1_symmetric_and_0_for_equal_ones(
+    pair: tuple[np.ndarray, np.ndarray],
+) -> None:
+    p, q = pair
+    assert 0 <= total_variation(p, q) <= 1
+    assert total_variation(p, q) == total_variation(q, p)
+    assert total_variation(p, p) == 0
+
+
+@given(distributions())
+def test_the_distance_is_the_most_that_any_set_of_values_differs_by(
+    pair: tuple[np.ndarray, np.ndarray],
+) -> None:
+    p, q = pair
+    assert total_variation(p, q) == pytest.approx((p - q)[p > q].sum(), abs=1e-9)
+
+
+def test_the_limit_of_chance_of_a_known_distribution() -> None:
+    # Two values of which each has a standard deviation of sqrt(0.25 / 400) = 0.025.
+    expected = 0.025 + math.sqrt(math.log(100) / 800)
+    assert chance_limit(np.array([0.5, 0.5]), 400) == pytest.approx(expected)
+
+
+def test_the_limit_of_chance_of_one_row_is_no_limit() -> None:
+    assert chance_limit(np.array([0.5, 0.5]), 1) == 1
+
+
+@pytest.mark.parametrize("shares", [[0.5, 0.5], [0.9, 0.1], [0.01] * 100])
+def test_samples_seldom_pass_the_limit_of_chance(shares: list[float]) -> None:
+    p, rows, samples = np.array(shares), 200, 2000
+    drawn = np.random.default_rng(1).multinomial(rows, p, size=samples) / rows
+    passing = sum(total_variation(p, q) > chance_limit(p, rows) for q in drawn)
+    assert passing <= RISK * samples
+
+
+def test_another_distribution_passes_the_limit_of_chance() -> None:
+    assert total_variation(np.array([0.5, 0.5]), np.array([0.6, 0.4])) > chance_limit(
+        np.array([0.5, 0.5]), 2000
+    )
+
+
+def test_shares_are_of_the_rows_with_a_value() -> None:
+    found = compared(frame("m", "m", "f", None), frame("f", "x", None, None))
+    assert found == Shares(
+        "gender",
+        "sex",
+        3,
+        2,
+        3,
+        (Share("m", 2 / 3, 0), Share("f", 1 / 3, 0.5), Share("x", 0, 0.5)),
+        found.distance,
+        found.limit,
+    )
+    assert found.distance == pytest.approx(2 / 3)
+    assert found.limit == chance_limit(np.array([1 / 3, 2 / 3]), 2)
+
+
+def test_values_are_compared_as_texts() -> None:
+    found = compared(frame(1, 2), frame("1", "2"))
+    assert found.distance == 0
+    assert [share.value for share in found.shares] == ["1", "2"]
+
+
+def test_the_values_most_frequent_in_either_table_come_first() -> None:
+    found = compared(frame("a", "a", "a", "b"), frame("c", "c", "b", "c"))
+    assert [share.value for share in found.shares] == ["a", "c", "b"]
+
+
+def test_equally_frequent_values_come_in_the_order_of_the_alphabet() -> None:
+    found = compared(frame("b", "d", "a"), frame("c", "a", "b", "d"))
+    assert [share.value for share in found.shares] == ["a", "b", "d", "c"]
+
+
+def test_a_column_in_one_table_only_is_not_compared() -> None:
+    found = compared(frame("m"), pd.DataFrame({"other": ["m"]}))
+    assert (found.real_rows, found.sampled_rows) == (1, None)
+    assert found.shares == (Share("m", 1, None),)
+    assert found.distance is None
+    assert found.limit is None
+
+
+@pytest.mark.parametrize("other", [frame(), frame(None, None)])
+def test_a_table_without_values_is_not_compared(other: pd.DataFrame) -> None:
+    found = compared(other, frame("m"))
+    assert (found.real_rows, found.sampled_rows) == (0, 1)
+    assert found.shares == (Share("m", None, 1),)
+    assert found.distance is None
+
+
+def test_two_tables_without_values_have_no_shares() -> None:
+    found = compared(frame(None), frame())
+    assert found.shares == ()
+    assert found.values == 0
+
+
+def test_only_so_many_values_are_listed_and_all_of_them_count() -> None:
+    many = [f"{number:03}" for number in range(MOST_SHARES + 50)]
+    found = compared(frame(*many), frame(*many[:-1], "other"))
+    assert len(found.shares) == MOST_SHARES
+    assert found.values == MOST_SHARES + 51
+    assert found.distance == pytest.approx(1 / len(many))
+
+
+def test_missing_rates_are_of_all_rows() -> None:
+    found = compare_gaps(
+        frame("m", None, None, None), frame("m", "f", None, "f"), COLUMNS, "gender"
+    )
+    assert (found.real, found.sampled, found.difference) == (0.75, 0.25, -0.5)
+
+
+@pytest.mark.parametrize("lacking", [pd.DataFrame({"other": ["m"]}), frame()])
+def test_a_table_without_the_column_or_without_rows_has_no_missing_rate(
+    lacking: pd.DataFrame,
+) -> None:
+    assert compare_gaps(lacking, frame("m"), COLUMNS, "gender") == Gaps(
+        "gender", "sex", None, 0, None
+    )
+    assert compare_gaps(frame("m"), lacking, COLUMNS, "gender").difference is None
+
+
+def test_chance_explains_an_equal_rate_and_no_gap_where_there_were_none() -> None:
+    assert chance_of(0.3, 0.3, 1000) == 1
+    assert chance_of(0.0, 0.0, 1000) == 1
+    assert chance_of(1.0, 1.0, 1000) == 1
+    assert chance_of(0.001, 0.0, 1000) == 0
+    assert chance_of(0.999, 1.0, 1000) == 0
+
+
+def test_the_chance_of_a_known_rate() -> None:
+    # 0.75 * log(0.75 / 0.5) + 0.25 * log(0.25 / 0.5) = 0.1308..., times 10 rows
+    assert chance_of(0.75, 0.5, 10) == pytest.approx(math.exp(-1.3081203594))
+
+
+@given(st.integers(0, 50), st.floats(0.01, 0.99))
+def test_the_chance_is_a_bound_on_the_binomial_tail(found: int, expected: float) -> None:
+    rows = 50
+    below = sum(
+        math.comb(rows, k) * expected**k * (1 - expected) ** (rows - k) for k in range(found + 1)
+    )
+    point = math.comb(rows, found) * expected**found * (1 - expected) ** (rows - found)
+    tail = below if found <= rows * expected else 1 - below + point
+    assert chance_of(found / rows, expected, rows) >= tail - 1e-9
