@@ -59,11 +59,11 @@ lint:  ## check style and types of all that is written, and look for mistakes
 
 ruff: .venv-lint/.dependencies
 	@echo "==> Checking Python with ruff"
-	@.venv-lint/bin/ruff check --quiet
+	@.venv-lint/bin/ruff check
 
 ruff-format: .venv-lint/.dependencies
 	@echo "==> Checking the layout of Python with ruff format"
-	@.venv-lint/bin/ruff format --check --quiet
+	@.venv-lint/bin/ruff format --check
 
 mypy: .venv-lint/.installed
 	@echo "==> Checking the types of Python with mypy"
