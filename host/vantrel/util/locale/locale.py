@@ -11,6 +11,7 @@ from collections.abc import Iterable
 from difflib import get_close_matches
 from enum import Enum
 from functools import cache
+from typing import NamedTuple
 
 import pandas as pd
 from faker import Faker
@@ -67,7 +68,7 @@ def get_country_to_provder_map(countries: Iterable[str], provider: Provider) -> 
             BorrowedNamesWarning,
             stacklevel=2,
         )
-    return {country: Faker(_resolve(country)[0]) for country in present}
+    return {country: Faker(locale_of(country)[0]) for country in present}
 
 
 def get_supported_country_names(provider: Provider) -> dict[str, list[str]]:
@@ -112,31 +113,44 @@ def refuse_unknown(places: Iterable[str]) -> None:
 
 def unknown_places(places: Iterable[str]) -> list[str]:
     """Lists those that are neither a country nor a locale, in their order."""
-    return [place for place in places if _locale_of(place) is None]
+    return [place for place in places if recognise(place) is None]
 
 
 def borrowed_places(places: Iterable[str]) -> dict[str, str]:
     """Maps those known places of which Faker has no names to the locale whose names they get."""
-    chosen = {place: _resolve(place) for place in places}
+    chosen = {place: locale_of(place) for place in places}
     return {place: locale for place, (locale, own) in chosen.items() if not own}
 
 
-def _resolve(place: str) -> tuple[str, bool]:
-    """Gives a known place's locale and whether Faker has names of the very place."""
-    found = _locale_of(place)
+def locale_of(place: str) -> tuple[str, bool]:
+    """Gives the locale whose names a known place gets, and whether they are of that very place.
+
+    Raises:
+        ValueError: It is neither a country nor a locale.
+    """
+    refuse_unknown([place])
+    found = recognise(place)
     assert found is not None
-    return found
+    return locale_for_country(found.country) if found.country else locale_for_locale(found.locale)
 
 
-def _locale_of(place: str) -> tuple[str, bool] | None:
+class Recognised(NamedTuple):
+    """What a place is: a country by its two-letter code, or one of Faker's locales."""
+
+    country: str = ""
+    locale: str = ""
+
+
+def recognise(place: str) -> Recognised | None:
+    """Tells whether a place is a country or a locale, and which; ``None`` if it is neither."""
     text = str(place).strip()
     if text.replace("-", "_") in locales():
-        return locale_for_locale(text.replace("-", "_"))
-    country = country_codes().get(folded(text))
-    if country:
-        return locale_for_country(country)
-    locale = _locales_by_folded().get(folded(text))
-    return locale_for_locale(locale) if locale else None
+        return Recognised(locale=text.replace("-", "_"))
+    if country := country_codes().get(folded(text)):
+        return Recognised(country=country)
+    if locale := _locales_by_folded().get(folded(text)):
+        return Recognised(locale=locale)
+    return None
 
 
 @cache
