@@ -111,24 +111,23 @@ _META = record(
     }
 )
 
+CONFIG_FIELDS = {
+    "gender_female_regex": _pattern,
+    "gender_male_regex": _pattern,
+    "gender_non_binary_regex": _pattern,
+    "title_female_regex": _pattern,
+    "title_male_regex": _pattern,
+    "title_non_binary_regex": _pattern,
+    "genders": list_of(one_of(*_GENDER_KEYS)),
+    "mobile_number_format": text(_LONGEST_TEMPLATE),
+    "home_number_format": text(_LONGEST_TEMPLATE),
+    "work_number_format": text(_LONGEST_TEMPLATE),
+    "dict_cache_size": integer(0, 10**MOST_DIGITS),
+    "pwd_length": _lengths,
+}
+
 # What a configuration does not have is the default, so that settings can be added to it.
-_CONFIG = record(
-    {},
-    {
-        "gender_female_regex": _pattern,
-        "gender_male_regex": _pattern,
-        "gender_non_binary_regex": _pattern,
-        "title_female_regex": _pattern,
-        "title_male_regex": _pattern,
-        "title_non_binary_regex": _pattern,
-        "genders": list_of(one_of(*_GENDER_KEYS)),
-        "mobile_number_format": text(_LONGEST_TEMPLATE),
-        "home_number_format": text(_LONGEST_TEMPLATE),
-        "work_number_format": text(_LONGEST_TEMPLATE),
-        "dict_cache_size": integer(0, 10**MOST_DIGITS),
-        "pwd_length": _lengths,
-    },
-)
+_CONFIG = record({}, CONFIG_FIELDS)
 
 _MODEL = record(
     {

@@ -42,8 +42,9 @@ def inside(where: str, key: str | int) -> str:
 
 
 def shown(value: object) -> str:
-    """Shows a value as JSON has it, a long one by its start."""
-    text = json.dumps(value, ensure_ascii=False) if not isinstance(value, str) else repr(value)
+    """Shows a value as JSON has it, a long one by its start, and what JSON has not as a text."""
+    is_text = isinstance(value, str)
+    text = repr(value) if is_text else json.dumps(value, ensure_ascii=False, default=str)
     return text if len(text) <= 60 else f"{text[:56]} ..."
 
 
