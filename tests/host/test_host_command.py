@@ -52,7 +52,7 @@ def fail(line: str, status: int) -> str:
     return message.removeprefix("vantrel: error: ")
 
 
-FIT = "fit people.csv -o m.json --column gender=sex"
+FIT = "fit people.csv -o m.json --no-detect --column gender=sex"
 
 
 def test_from_table_to_model_to_table() -> None:
@@ -176,7 +176,7 @@ def test_a_table_that_is_wholly_understood_needs_no_notes() -> None:
 
 def test_titles_that_tell_the_gender_are_all_sampled() -> None:
     Path("people.csv").write_text("t\nMr\nDr\n")
-    assert succeed("fit people.csv -o m.json --column title=t").stderr == ""
+    assert succeed("fit people.csv -o m.json --no-detect --column title=t").stderr == ""
 
 
 def test_notes_show_a_few_values() -> None:
@@ -197,7 +197,7 @@ def test_an_existing_model_is_replaced_only_by_a_good_one() -> None:
     assert message == "m.json is there already: add --force to overwrite it."
     fail("fit people.csv -o m.json --force --column gender=land", 1)
     assert Path("m.json").read_bytes() == before
-    succeed("fit people.csv -o m.json --force --column gender=sex --column title=title")
+    succeed("fit people.csv -o m.json --force --no-detect --column title=title")
     assert Path("m.json").read_bytes() != before
 
 
@@ -323,7 +323,7 @@ def test_a_model_file_that_is_none(content: str | dict[str, object], message: st
             "'fullname' is given to both --column and --generate: it is generated anyway.",
         ),
         (
-            "fit people.csv -o m.json",
+            "fit people.csv -o m.json --no-detect",
             "Name a column to learn from: --column gender=sex, for example.",
         ),
         ("sample m.json -n -1 -o x", "Invalid value for '-n': -1 is not in the range x>=0."),

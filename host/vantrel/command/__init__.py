@@ -4,7 +4,10 @@ import click
 
 from vantrel import __version__
 from vantrel.command.fit import fit
+from vantrel.command.locales import locales
+from vantrel.command.report import report
 from vantrel.command.sample import sample
+from vantrel.command.show import show
 from vantrel.command.terse import TerseGroup
 
 
@@ -16,3 +19,6 @@ def main() -> None:
 
 main.add_command(fit)
 main.add_command(sample)
+main.add_command(report)
+main.add_command(show)
+main.add_command(locales)

@@ -66,35 +66,58 @@ def generated_attributes(
 def _refuse_unknown(attribute: str) -> None:
     if attribute not in ATTRIBUTES:
         raise click.BadParameter(
-            f"{attribute!r} is no attribute of a person.{_suggestion(attribute, ATTRIBUTES)} Known"
+            f"{attribute!r} is no attribute of a person.{suggestion(attribute, ATTRIBUTES)} Known"
             f" are: {', '.join(ATTRIBUTES)}."
         )
 
 
-def _suggestion(text: str, known: Iterable[str]) -> str:
+def suggestion(text: str, known: Iterable[str]) -> str:
     """Asks for the known name that is nearest, without regard to case, if one is near."""
     by_folded = {str(name).casefold(): name for name in known}
     nearest = get_close_matches(text.casefold(), by_folded, n=1, cutoff=0.8)
     return f" Did you mean {by_folded[nearest[0]]!r}?" if nearest else ""
 
 
-def make_person(
-    columns: dict[str, str], generated: Sequence[str], locales: Sequence[str]
-) -> Person:
-    """Describes a person by the table's columns; what is generated is named as its attribute.
+def check_named(
+    columns: dict[str, str], generated: Sequence[str], ignored: Sequence[str], *, detecting: bool
+) -> None:
+    """Makes sure that what the user names goes together.
+
+    Args:
+        columns: The column of each attribute that is named.
+        generated: The attributes to generate.
+        ignored: The columns that are not to be found.
+        detecting: Whether columns are found beside those that are named.
 
     Raises:
-        click.UsageError: No column is given, two attributes share one, or an attribute is both
-            in the table and generated.
+        click.UsageError: It does not: two attributes share a column, an attribute is both in the
+            table and generated, a column is named and ignored, or nothing tells of any column.
     """
-    if not columns:
+    if not (columns or detecting):
         raise click.UsageError("Name a column to learn from: --column gender=sex, for example.")
     for attribute in generated:
         if attribute in columns:
             raise click.UsageError(
                 f"{attribute!r} is given to both --column and --generate: it is generated anyway."
             )
-    labels = PersonLabels(**columns, **{attribute: attribute for attribute in generated})
+    for attribute, column in columns.items():
+        if column in ignored:
+            raise click.UsageError(
+                f"Column {column!r} is given to --column for {attribute!r} and to --ignore: leave"
+                " one out."
+            )
+    make_person(columns, generated, ())
+
+
+def make_person(
+    columns: dict[str, str], generated: Sequence[str], locales: Sequence[str]
+) -> Person:
+    """Describes a person by the table's columns; what else is generated is named as its attribute.
+
+    Raises:
+        click.UsageError: Two attributes share a column.
+    """
+    labels = PersonLabels(**{attribute: attribute for attribute in generated} | columns)
     try:
         return Person("person", labels, locales=locales or None)
     except ValueError as error:
@@ -112,7 +135,7 @@ def check_columns(df: pd.DataFrame, columns: dict[str, str], table: object) -> N
             known = ", ".join(map(repr, df.columns))
             raise click.ClickException(
                 f"Table {table} has no column {column!r} for {attribute!r}."
-                f"{_suggestion(column, df.columns)} Its columns are: {known}.{_separator_hint(df)}"
+                f"{suggestion(column, df.columns)} Its columns are: {known}.{separator_hint(df)}"
             )
         if df[column].isna().all():
             raise click.ClickException(
@@ -121,15 +144,20 @@ def check_columns(df: pd.DataFrame, columns: dict[str, str], table: object) -> N
             )
 
 
-def _separator_hint(df: pd.DataFrame) -> str:
+def separator_hint(df: pd.DataFrame) -> str:
     for separator, name in ((";", "semicolons"), ("\t", "tabs")):
         if len(df.columns) == 1 and separator in df.columns[0]:
             return f" It seems to be separated by {name}: separate it by commas."
     return ""
 
 
-def check_countries(df: pd.DataFrame, columns: dict[str, str]) -> None:
+def check_countries(df: pd.DataFrame, columns: dict[str, str], advice: str = "") -> None:
     """Makes sure that every country is known, where there is a column of them.
+
+    Args:
+        df: The table.
+        columns: The column of each attribute.
+        advice: What else the user may do, with a leading blank.
 
     Raises:
         click.ClickException: Some are not; all of them are named.
@@ -142,4 +170,4 @@ def check_countries(df: pd.DataFrame, columns: dict[str, str]) -> None:
     try:
         refuse_unknown(df[column].dropna().unique())
     except ValueError as error:
-        raise click.ClickException(f"Column {column!r}: {error}") from error
+        raise click.ClickException(f"Column {column!r}: {error}{advice}") from error

@@ -49,20 +49,10 @@ def _not_understood(model: PersonModel, genders: pd.Series) -> str:
 
 
 def _never_sampled(model: PersonModel, titles: pd.Series) -> str:
-    from vantrel.metadata.value import String
-    from vantrel.model.models.person import GenderModel
+    from vantrel.command.titles import titles_by_gender
 
-    config = model.config
-    meta = model.meta[str(titles.name)]
-    assert isinstance(meta, String)
-    sorter = GenderModel(
-        meta,
-        config.title_female_regex,
-        config.title_male_regex,
-        config.title_non_binary_regex,
-    )
     learnt = model.hidden_model_gender._probabilities or {}
-    drawn = {v for key, values in sorter.collections.items() if key in learnt for v in values}
+    drawn = {v for key, values in titles_by_gender(model).items() if key in learnt for v in values}
     return _counted(titles[~titles.isin(drawn)])
 
 

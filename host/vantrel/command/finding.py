@@ -1,0 +1,79 @@
+"""Finds the columns of a person where the user does not name them all."""
+
+from __future__ import annotations
+
+from collections.abc import Collection, Mapping, Sequence
+from typing import TYPE_CHECKING
+
+import click
+
+from vantrel.command.labels import ATTRIBUTES, separator_hint, suggestion
+
+if TYPE_CHECKING:
+    import pandas as pd
+    from rich.table import Table
+
+    from vantrel.config import PersonModelConfig
+    from vantrel.detect import Detection, Doubt
+
+_MADE_UP = "--generate"
+
+
+def check_ignored(df: pd.DataFrame, ignored: Sequence[str], table: object) -> None:
+    """Makes sure that a table has the columns that are to be ignored.
+
+    Raises:
+        click.ClickException: One is not there.
+    """
+    for column in ignored:
+        if column not in df.columns:
+            raise click.ClickException(
+                f"Table {table} has no column {column!r} to ignore.{suggestion(column, df.columns)}"
+                f" Its columns are: {', '.join(map(repr, df.columns))}."
+            )
+
+
+def find_columns(
+    df: pd.DataFrame,
+    table: object,
+    config: PersonModelConfig,
+    named: Mapping[str, str],
+    ignored: Collection[str],
+) -> Detection:
+    """Finds the columns of the attributes that the user has not named.
+
+    Raises:
+        click.ClickException: Neither was a column named nor is one found.
+    """
+    from vantrel.detect import Detection, detect
+
+    hint = separator_hint(df)
+    found = Detection([], []) if hint else detect(df, config, known=named, ignored=ignored)
+    if not (found.choices or named):
+        doubts = "".join(f" {doubt_note(doubt)}" for doubt in found.doubts)
+        raise click.ClickException(
+            f"No column of table {table} is found to be of a person by its name and values: name"
+            f" one, as in --column gender=COLUMN.{doubts} Its columns are:"
+            f" {', '.join(map(repr, df.columns))}.{hint}"
+        )
+    return found
+
+
+def doubt_note(doubt: Doubt) -> str:
+    """Tells of a column that was not taken, and how to take it."""
+    value = "" if doubt.value is None else f", such as {doubt.value!r},"
+    return (
+        f"Column {doubt.column!r} is not taken for {doubt.attribute}, as its values{value} do not"
+        f" look so: to take it, add --column {doubt.attribute}={doubt.column}."
+    )
+
+
+def columns_table(named: Mapping[str, str], found: Detection, generated: Collection[str]) -> Table:
+    """Shows the column of each attribute and what told it."""
+    from vantrel.command.console import table
+
+    told = {attribute: (column, "--column") for attribute, column in named.items()}
+    told |= {choice.attribute: (choice.column, choice.reason) for choice in found.choices}
+    told |= {attribute: (attribute, _MADE_UP) for attribute in generated if attribute not in told}
+    rows = [(attribute, *told[attribute]) for attribute in ATTRIBUTES if attribute in told]
+    return table("Attribute", "Column", "Told by", rows=rows)
