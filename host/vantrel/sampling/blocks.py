@@ -32,7 +32,8 @@ class Plan:
         rows: The number of rows.
         seed: An integer from 0 on.
         block_rows: The number of rows of each block but the last.
-        unique: The attributes whose columns are made unique, of "username" and "email".
+        unique: The attributes whose columns are made unique, of "username" and "email"; kept
+            once each.
 
     Raises:
         ValueError: A number is out of its range.
@@ -48,6 +49,7 @@ class Plan:
             value = getattr(self, name)
             if isinstance(value, bool) or not isinstance(value, int) or value < least:
                 raise ValueError(f"{name!r} is an integer from {least} on, not {value!r}.")
+        object.__setattr__(self, "unique", tuple(dict.fromkeys(self.unique)))
 
     @property
     def blocks(self) -> int:

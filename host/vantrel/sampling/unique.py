@@ -66,6 +66,8 @@ def make_unique(
     for attribute in attributes:
         column = getattr(model.labels, attribute)
         values = people[column]
+        if values.isna().all():
+            continue  # pandas sees no texts in it that could be split or joined
         ends = pd.Series(codes, index=values.index, dtype=values.dtype)
         if attribute == "email":
             parts = values.str.partition("@")
