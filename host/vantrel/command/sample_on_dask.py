@@ -2,6 +2,9 @@
 
 from __future__ import annotations
 
+from collections.abc import Callable
+from functools import partial
+
 import click
 
 from vantrel.command.sample_request import SampleRequest, done, progress_bar
@@ -14,13 +17,14 @@ def make(request: SampleRequest) -> None:
     """Makes what is asked for, or what is missing of it.
 
     Raises:
-        click.ClickException: Dask is not installed, or workers died again and again.
+        click.ClickException: Dask is not installed, workers died again and again, or the scheduler
+            was lost.
         ValueError: The model or what is asked of it cannot be used, or another run is in the
             folder.
         OSError: The output cannot be written, or no scheduler answers.
     """
     try:
-        from vantrel.scale.folder import begin, earlier_run, finish, refuse_another_run
+        from vantrel.scale.folder import begin, earlier_run, finish, missing, refuse_another_run
     except ModuleNotFoundError as error:
         raise click.ClickException(
             f"--dask needs {error.name}: pip install 'vantrel[dask]'."
@@ -36,38 +40,50 @@ def make(request: SampleRequest) -> None:
     parts = partitions(model, plan, _count(request, earlier))
     record = request.record(model, plan, partitions=len(parts))
     if earlier is None:
-        begin(request.output, record)
+        _write(request, parts, parts, begin=partial(begin, request.output, record))
     else:
         refuse_another_run(earlier, record, request.output)
-    _write(request, parts)
-    finish(request.output)
+        if todo := missing(parts, request.output):
+            _write(request, parts, todo)
+    finish(parts, request.output)
     done(plan, request.output)
 
 
 def _count(request: SampleRequest, earlier: SampleRecord | None) -> int | None:
     if request.partitions is None and earlier is not None:
-        return int(earlier.options["partitions"])
+        return earlier.options.get("partitions")
     return request.partitions
 
 
-def _write(request: SampleRequest, parts: list[Partition]) -> None:
+def _write(
+    request: SampleRequest,
+    parts: list[Partition],
+    todo: list[Partition],
+    begin: Callable[[], None] = lambda: None,
+) -> None:
+    """Writes the files of ``todo``; ``begin`` is called when there are machines to write them."""
     from distributed import KilledWorker
+    from distributed.client import FutureCancelledError
 
     from vantrel.scale.cluster import connected
-    from vantrel.scale.folder import missing, remove_unfinished, write_partitions
+    from vantrel.scale.folder import remove_unfinished, write_partitions
 
-    todo = missing(parts, request.output)
     rows = sum(len(part.rows) for part in parts)
     try:
-        with progress_bar(rows) as bar:
+        with connected(request.scheduler, request.workers) as client, progress_bar(rows) as bar:
+            begin()
             bar.update(rows - sum(len(part.rows) for part in todo))
-            with connected(request.scheduler, request.workers) as client:
-                for part in write_partitions(todo, request.output, client):
-                    bar.update(len(part.rows))
+            for part in write_partitions(todo, request.output, client):
+                bar.update(len(part.rows))
     except KilledWorker as error:
         raise click.ClickException(
             "Workers died again and again, for want of memory perhaps. What is finished is kept:"
             " repeat the command with --resume, with fewer --workers or more --partitions."
         ) from error
+    except FutureCancelledError as error:
+        raise click.ClickException(
+            "The scheduler was lost. What is finished is kept: repeat the command with --resume."
+        ) from error
     finally:
-        remove_unfinished(request.output)
+        if request.output.is_dir():
+            remove_unfinished(request.output)

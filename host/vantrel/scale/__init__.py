@@ -4,7 +4,20 @@ The rows are those of :mod:`vantrel.sampling`: they depend on the model and the 
 on the partitions, the workers, the scheduler or the order in which they run.
 """
 
-from vantrel.scale.frame import sample
+from typing import TYPE_CHECKING, Any
+
 from vantrel.scale.partitions import PartitionError
 
+if TYPE_CHECKING:
+    from vantrel.scale.frame import sample
+
 __all__ = ["PartitionError", "sample"]
+
+
+def __getattr__(name: str) -> Any:
+    # Dask takes a second to import and may not be installed: only what needs it asks for it.
+    if name != "sample":
+        raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
+    from vantrel.scale.frame import sample
+
+    return sample

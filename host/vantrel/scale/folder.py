@@ -8,6 +8,7 @@ from __future__ import annotations
 from collections.abc import Iterable, Iterator
 from dataclasses import asdict
 from pathlib import Path
+from typing import Any
 
 from distributed import Client, as_completed
 
@@ -35,7 +36,9 @@ def earlier_run(folder: Path) -> SampleRecord:
     Raises:
         ValueError: There is no run in the folder.
     """
-    record = read_record(folder, unfinished=True) or read_record(folder)
+    record = None
+    if folder.is_dir():
+        record = read_record(folder, unfinished=True) or read_record(folder)
     if record is None:
         raise ValueError(f"{folder} holds no run to resume: leave --resume out to begin one.")
     return record
@@ -47,19 +50,29 @@ def refuse_another_run(earlier: SampleRecord, record: SampleRecord, folder: Path
     Raises:
         ValueError: The runs differ; it is named in what.
     """
-    was, now = asdict(earlier), asdict(record)
-    differing = [name for name in was if name != "model" and was[name] != now[name]]
+    was, now = _decisive(earlier), _decisive(record)
+    differing = [name for name in now if was.get(name) != now[name]]
     if differing:
-        pairs = ", ".join(f"{name} {was[name]!r} then and {now[name]!r} now" for name in differing)
+        pairs = ", ".join(
+            f"{name} {was.get(name)!r} then and {now[name]!r} now" for name in differing
+        )
         raise ValueError(
             f"The run in {folder} cannot be resumed, for this is another one: {pairs}. Repeat what"
             " it was begun with, or name another folder."
         )
 
 
+def _decisive(record: SampleRecord) -> dict[str, Any]:
+    """What decides the rows and the files of a run, by its name."""
+    form = asdict(record)
+    decisive = {name: form[name] for name in ("model_sha256", "rows", "seed")}
+    return decisive | record.options | record.versions
+
+
 def missing(parts: Iterable[Partition], folder: Path) -> list[Partition]:
     """Lists the partitions whose files are not there."""
-    return [part for part in parts if not _path_of(part, folder).exists()]
+    there = {file.name for file in folder.iterdir()}
+    return [part for part in parts if _name_of(part) not in there]
 
 
 def write_partitions(
@@ -88,12 +101,18 @@ def write_partitions(
         client.cancel(futures)
 
 
-def finish(folder: Path) -> None:
+def finish(parts: Iterable[Partition], folder: Path) -> None:
     """Notes that the run in a folder is finished.
 
     Raises:
+        ValueError: Files are not there, though workers have written them.
         OSError: The note cannot be written.
     """
+    if lost := missing(parts, folder):
+        raise ValueError(
+            f"{len(lost):,} files were written where {folder} is another folder, the first of them"
+            f" {_name_of(lost[0])}: name a folder that all machines share, under the same path."
+        )
     begun = record_path(folder, unfinished=True)
     if begun.exists():
         begun.replace(record_path(folder))
@@ -106,9 +125,9 @@ def remove_unfinished(folder: Path) -> None:
 
 
 def _write(partition: Partition, folder: Path) -> None:
-    write_table(make_blocks(partition), _path_of(partition, folder))
+    write_table(make_blocks(partition), folder / _name_of(partition))
 
 
-def _path_of(partition: Partition, folder: Path) -> Path:
-    """The file of a partition. The names sort as the rows do."""
-    return folder / f"part-{partition.number:06}.parquet"
+def _name_of(partition: Partition) -> str:
+    """The name of a partition's file. The names sort as the rows do."""
+    return f"part-{partition.number:06}.parquet"

@@ -4,13 +4,18 @@ from __future__ import annotations
 
 import secrets
 import sys
+from collections.abc import Iterable
 from typing import TYPE_CHECKING
 
-import dask.dataframe as dd
 import pandas as pd
 
-from vantrel.sampling import BLOCK_ROWS, Plan, sample_block
-from vantrel.scale.partitions import Partition, as_text, make_blocks, partitions
+from vantrel.sampling import BLOCK_ROWS, Plan
+from vantrel.scale.partitions import Partition, make_blocks, no_rows, partitions
+
+try:
+    import dask.dataframe as dd
+except ImportError as error:
+    raise ImportError("vantrel.scale.sample needs Dask: pip install 'vantrel[dask]'.") from error
 
 if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel
@@ -23,7 +28,7 @@ def sample(
     seed: int | None = None,
     block_rows: int = BLOCK_ROWS,
     npartitions: int | None = None,
-    unique: tuple[str, ...] = (),
+    unique: Iterable[str] = (),
 ) -> dd.DataFrame:
     """Samples people as a Dask frame, which is computed where and when Dask is told to.
 
@@ -32,7 +37,7 @@ def sample(
     made again. With the usual ``block_rows`` they are the rows of :func:`vantrel.sample`.
 
     Args:
-        model: A fitted model. It is sent as the text of its file.
+        model: A fitted model. It is sent as the text of its file and stays as it is.
         n: The number of rows.
         seed: An integer from 0 on. If None, one is drawn now and told on stderr.
         block_rows: The rows that are seeded and made together. Other rows come out for another
@@ -48,22 +53,21 @@ def sample(
 
     Raises:
         ValueError: A number is out of its range, a column cannot be made unique, or the model
-            could not be loaded from a file again.
+            is not fitted or could not be loaded from a file again.
     """
-    if seed is None:
-        seed = secrets.randbits(32)
-        print(f"vantrel: the seed is {seed}", file=sys.stderr)
-    plan = Plan(n, seed, block_rows, tuple(unique))
+    drawn = secrets.randbits(32) if seed is None else seed
+    plan = Plan(n, drawn, block_rows, tuple(unique))
     parts = partitions(model, plan, npartitions)
-    meta = as_text(sample_block(model, Plan(0, seed, block_rows, plan.unique), 0))
+    if seed is None:
+        print(f"vantrel: the seed is {drawn}", file=sys.stderr)
     last = max(n - 1, 0)
     return dd.from_map(
         _make,
         parts,
-        meta=meta,
+        meta=no_rows(parts[0]),
         divisions=(*(part.rows.start for part in parts), last),
         enforce_metadata=True,
-        label=f"people-of-seed-{seed}",
+        label=f"people-of-seed-{drawn}",
     )
 
 

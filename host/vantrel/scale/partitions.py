@@ -6,11 +6,12 @@ numbers: the model goes as what its file would hold, never as live generators.
 
 from __future__ import annotations
 
+import json
 import math
 import threading
 import warnings
 from collections.abc import Iterator
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 from functools import lru_cache
 from itertools import pairwise
 from typing import TYPE_CHECKING
@@ -20,6 +21,7 @@ import pandas as pd
 from vantrel.model_file import dumps, loads
 from vantrel.sampling import Plan, check_plan, sample_block
 from vantrel.util.locale.locale import BorrowedNamesWarning
+from vantrel.versions import differences
 
 if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel
@@ -66,14 +68,14 @@ def partitions(model: PersonModel, plan: Plan, count: int | None = None) -> list
             blocks if None.
 
     Raises:
-        ValueError: The count is below 1, the plan cannot be carried out, or the model has no
-            dictionary form that could be sent.
+        ValueError: The count is no integer from 1 on, the plan cannot be carried out, or the model
+            could not be loaded from a file again.
     """
     check_plan(model, plan)
     if count is None:
         count = math.ceil(plan.blocks / _USUAL_BLOCKS)
-    if count < 1:
-        raise ValueError(f"A sample has at least one partition, not {count}.")
+    if isinstance(count, bool) or not isinstance(count, int) or count < 1:
+        raise ValueError(f"The number of partitions is an integer from 1 on, not {count!r}.")
     count = min(count, plan.blocks)
     content = dumps(model)
     borders = [number * plan.blocks // count for number in range(count + 1)]
@@ -90,12 +92,13 @@ def make_blocks(partition: Partition) -> Iterator[pd.DataFrame]:
         Frames of text whose indexes are the numbers of the rows in the sample.
 
     Raises:
-        PartitionError: A block could not be made; its rows are named.
+        PartitionError: A block could not be made, and its rows are named, or other versions are
+            installed here than where the sample was planned.
     """
     model = _model(partition.model)
     for block in range(partition.start, partition.stop):
         try:
-            yield as_text(sample_block(model, partition.plan, block))
+            yield _as_text(sample_block(model, partition.plan, block))
         except Exception as error:
             rows = partition.plan.rows_of(block)
             raise PartitionError(
@@ -104,17 +107,38 @@ def make_blocks(partition: Partition) -> Iterator[pd.DataFrame]:
             ) from error
 
 
-def as_text(people: pd.DataFrame) -> pd.DataFrame:
+def no_rows(partition: Partition) -> pd.DataFrame:
+    """Makes a frame as those of :func:`make_blocks`, but of no rows."""
+    nothing = replace(partition.plan, rows=0)
+    return next(make_blocks(replace(partition, plan=nothing, start=0, stop=1)))
+
+
+def _as_text(people: pd.DataFrame) -> pd.DataFrame:
     """Gives every column pandas' dtype of text, also one that has missing values only."""
-    return people.astype(dict.fromkeys(people.columns, "str"))
+    return people.astype(pd.Series([""]).dtype)
+
+
+def _model(content: str) -> PersonModel:
+    """Gives the model of a content, built once a process for all of its threads.
+
+    Raises:
+        PartitionError: Other versions are installed here than where the sample was planned.
+    """
+    with _building:
+        return _built(content)
+
+
+_building = threading.Lock()
 
 
 # Most workers see one model; a few more do no harm. Blocks of one model wait for each other.
 @lru_cache(maxsize=4)
-def _model(content: str) -> PersonModel:
-    with _building, warnings.catch_warnings():
+def _built(content: str) -> PersonModel:
+    if different := differences(json.loads(content)["versions"]):
+        raise PartitionError(
+            f"A worker would make other rows: {'; '.join(different)}. Install the same versions"
+            " everywhere."
+        )
+    with warnings.catch_warnings():
         warnings.simplefilter("ignore", BorrowedNamesWarning)  # whoever fitted the model was told
         return loads(content)
-
-
-_building = threading.Lock()

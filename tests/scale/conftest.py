@@ -1,0 +1,57 @@
+"""What the tests of sampling on many machines share."""
+
+from __future__ import annotations
+
+import logging
+from collections.abc import Iterator
+from typing import TYPE_CHECKING
+
+import pytest
+
+from support.scaling import model_with_gaps, time_limit
+from vantrel.model.models.person import PersonModel
+
+if TYPE_CHECKING:
+    from distributed import Client, LocalCluster
+
+# A loaded machine is slow to start processes; nothing here takes a tenth of it elsewhere.
+SECONDS = 180
+
+
+@pytest.fixture(autouse=True)
+def _ends() -> Iterator[None]:
+    with time_limit(SECONDS):
+        yield
+
+
+@pytest.fixture(scope="session")
+def cluster() -> Iterator[LocalCluster]:
+    """Two processes on this machine, of one thread each."""
+    from distributed import LocalCluster
+
+    with (
+        time_limit(SECONDS),
+        LocalCluster(
+            n_workers=2,
+            threads_per_worker=1,
+            dashboard_address=None,
+            silence_logs=logging.CRITICAL,  # workers that are killed have much to say
+        ) as cluster,
+    ):
+        yield cluster
+
+
+@pytest.fixture
+def client(cluster: LocalCluster) -> Iterator[Client]:
+    """A client of the two processes, which are both there."""
+    from distributed import Client
+
+    with Client(cluster, set_as_default=False) as client:
+        client.wait_for_workers(2, timeout=SECONDS)
+        yield client
+
+
+@pytest.fixture
+def model() -> PersonModel:
+    """A model of all attributes, with missing genders and countries."""
+    return model_with_gaps()

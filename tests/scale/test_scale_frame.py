@@ -1,0 +1,284 @@
+"""Samples as Dask frames: the same rows from any partitions and schedulers."""
+
+import pickle
+import random
+from dataclasses import replace
+from pathlib import Path
+from typing import Any
+
+import numpy as np
+import pandas as pd
+import pytest
+
+from support.people import fitted_model
+from support.scaling import model_with_gaps, rows_of
+from support.sources import source_states
+from vantrel.config import PersonLabels
+from vantrel.model.models.person import PersonModel
+from vantrel.model_file import dumps
+from vantrel.sampling import BLOCK_ROWS, Plan, sample_block
+from vantrel.scale import partitions
+
+dask = pytest.importorskip("dask", reason="sampling on Dask needs Dask")
+pytest.importorskip("pyarrow", reason="Dask's frames need pyarrow")
+
+from vantrel import scale  # noqa: E402  (after the question whether it can be imported)
+
+PLAN = Plan(rows=643, seed=7, block_rows=10)  # 65 blocks, the last of three rows
+GENDER_ONLY = PersonLabels(gender="gender")
+
+
+def frame_of(model: PersonModel, plan: Plan, npartitions: int | None = None) -> Any:
+    return scale.sample(
+        model,
+        plan.rows,
+        seed=plan.seed,
+        block_rows=plan.block_rows,
+        npartitions=npartitions,
+        unique=plan.unique,
+    )
+
+
+# A block costs the same few milliseconds an attribute however few rows it has. These draw from
+# every random source.
+QUICK = PersonLabels(
+    gender="gender",
+    firstname="first",
+    password="password",
+    mobile_number="mobile",
+    country="country",
+)
+
+
+@pytest.fixture(scope="module")
+def model() -> PersonModel:
+    return model_with_gaps(QUICK)
+
+
+@pytest.fixture(scope="module")
+def expected() -> pd.DataFrame:
+    return rows_of(model_with_gaps(QUICK), PLAN)
+
+
+def check_rows(made: pd.DataFrame, expected: pd.DataFrame) -> None:
+    pd.testing.assert_frame_equal(made, expected, check_exact=True, check_index_type="equiv")
+
+
+@pytest.mark.parametrize("scheduler", ["synchronous", "threads"])
+@pytest.mark.parametrize("npartitions", [1, 3, 7, 64])
+def test_schedulers_in_this_process(
+    model: PersonModel, expected: pd.DataFrame, npartitions: int, scheduler: str
+) -> None:
+    frame = frame_of(model, PLAN, npartitions)
+    assert frame.npartitions == npartitions
+    check_rows(frame.compute(scheduler=scheduler, num_workers=4), expected)
+
+
+def test_processes(model: PersonModel, expected: pd.DataFrame) -> None:
+    frame = frame_of(model, PLAN, 7)
+    check_rows(frame.compute(scheduler="processes", num_workers=2), expected)
+
+
+@pytest.mark.parametrize("npartitions", [1, 3, 7, 64])
+def test_a_cluster(
+    client: Any, model: PersonModel, expected: pd.DataFrame, npartitions: int
+) -> None:
+    check_rows(client.compute(frame_of(model, PLAN, npartitions)).result(), expected)
+
+
+def test_all_attributes() -> None:
+    model = model_with_gaps()
+    plan = replace(PLAN, rows=43)
+    check_rows(frame_of(model, plan, 3).compute(scheduler="sync"), rows_of(model, plan))
+
+
+def test_the_usual_blocks_are_those_of_a_plain_sample() -> None:
+    model = fitted_model(GENDER_ONLY)
+    plan = Plan(BLOCK_ROWS + 1, seed=7)
+    check_rows(
+        scale.sample(model, plan.rows, seed=7).compute(scheduler="sync"), rows_of(model, plan)
+    )
+
+
+def test_other_blocks_are_other_rows(model: PersonModel, expected: pd.DataFrame) -> None:
+    others = frame_of(model, replace(PLAN, block_rows=11)).compute(scheduler="sync")
+    assert not others["first"].equals(expected["first"])
+
+
+@pytest.mark.parametrize(
+    ("rows", "npartitions", "divisions"),
+    [
+        (643, 3, (0, 210, 430, 642)),
+        (61, 7, (*range(0, 61, 10), 60)),
+        (60, 1000, (*range(0, 60, 10), 59)),  # no more partitions than blocks
+        (11, None, (0, 10)),  # one partition for four blocks
+        (50, None, (0, 20, 49)),
+        (10, 5, (0, 9)),
+        (1, 5, (0, 0)),
+        (0, 5, (0, 0)),
+    ],
+)
+def test_divisions_are_known(
+    rows: int, npartitions: int | None, divisions: tuple[int, ...]
+) -> None:
+    model = fitted_model(GENDER_ONLY)
+    frame = frame_of(model, replace(PLAN, rows=rows), npartitions)
+    assert frame.divisions == divisions
+    assert frame.npartitions == len(divisions) - 1
+    made = frame.compute(scheduler="sync")
+    check_rows(made, rows_of(model, replace(PLAN, rows=rows)))
+    assert list(made.index) == list(range(rows))
+
+
+def test_rows_are_found_by_their_numbers(model: PersonModel, expected: pd.DataFrame) -> None:
+    frame = frame_of(model, PLAN, 7)
+    check_rows(frame.loc[95:105].compute(scheduler="sync"), expected.loc[95:105])
+
+
+def test_no_rows_have_all_columns(model: PersonModel, expected: pd.DataFrame) -> None:
+    made = frame_of(model, replace(PLAN, rows=0)).compute(scheduler="sync")
+    check_rows(made, expected.iloc[:0])
+
+
+def test_columns_of_missing_values_only_are_of_text() -> None:
+    model = model_with_gaps(QUICK, share=0.5)
+    plan = Plan(40, 7, block_rows=1)
+    frame = frame_of(model, plan, 40)
+    assert (frame.dtypes == "string").all()
+    made = [part.compute(scheduler="sync") for part in frame.partitions]
+    assert any(part.isna().all(axis=None) for part in made)
+    assert all((part.dtypes == "string").all() for part in made)
+    check_rows(pd.concat(made), rows_of(model, plan))
+
+
+def test_partitions_are_held_to_the_columns(
+    model: PersonModel, monkeypatch: pytest.MonkeyPatch
+) -> None:
+    def with_one_more(model: PersonModel, plan: Plan, block: int) -> pd.DataFrame:
+        return sample_block(model, plan, block).assign(more="x")
+
+    frame = frame_of(model, PLAN, 3)
+    monkeypatch.setattr(partitions, "sample_block", with_one_more)
+    with pytest.raises(ValueError, match=r"^The columns in the computed data do not match"):
+        frame.compute(scheduler="sync")
+
+
+def test_a_seed_is_drawn_and_told_once(
+    model: PersonModel, capsys: pytest.CaptureFixture[str]
+) -> None:
+    frame = scale.sample(model, 30, block_rows=10)
+    told = capsys.readouterr()
+    assert told.out == ""
+    start, end, seed = told.err.partition("vantrel: the seed is ")
+    assert (start, end) == ("", "vantrel: the seed is ")
+    once, again = frame.compute(scheduler="sync"), frame.compute(scheduler="sync")
+    assert capsys.readouterr().err == ""
+    check_rows(once, again)
+    check_rows(once, rows_of(model, Plan(30, int(seed), 10)))
+    scale.sample(model, 30, block_rows=10)
+    assert capsys.readouterr().err.removeprefix(end) != seed
+
+
+def test_a_given_seed_is_not_told(model: PersonModel, capsys: pytest.CaptureFixture[str]) -> None:
+    scale.sample(model, 30, seed=7)
+    assert capsys.readouterr().err == ""
+
+
+@pytest.mark.parametrize("scheduler", ["synchronous", "threads"])
+def test_no_source_is_left_changed(model: PersonModel, scheduler: str) -> None:
+    before = source_states(model)
+    frame_of(model, PLAN, 3).compute(scheduler=scheduler, num_workers=3)
+    assert source_states(model) == before
+
+
+def test_sources_are_left_as_they_were_by_a_block_that_fails(
+    monkeypatch: pytest.MonkeyPatch,
+) -> None:
+    def draw_and_fail(model: PersonModel, *_: object) -> pd.DataFrame:
+        model.sample(3)
+        raise ZeroDivisionError("nothing to share")
+
+    frame = frame_of(fitted_model(), PLAN, 1)
+    monkeypatch.setattr("vantrel.sampling.blocks.sample_people", draw_and_fail)
+    random.seed(3)
+    np.random.seed(3)
+    before = source_states()
+    with pytest.raises(scale.PartitionError) as caught:
+        frame.compute(scheduler="sync")
+    assert str(caught.value) == (
+        "Rows 0 to 9 (block 0 of the seed 7) could not be made: ZeroDivisionError: nothing to share"
+    )
+    assert source_states() == before
+
+
+def test_the_graph_holds_text_and_no_generators(model: PersonModel) -> None:
+    frame = frame_of(model, PLAN, 64)
+    graph = pickle.dumps(dict(frame.optimize().__dask_graph__()))
+    for generator in (b"faker.proxy", b"random", b"models.person"):
+        assert generator not in graph
+    assert len(graph) < len(dumps(model)) + 64 * 1000
+
+
+def test_graphs_of_other_samples_have_other_names(model: PersonModel) -> None:
+    other = fitted_model(replace(QUICK, password=None))
+    plans = [PLAN, replace(PLAN, rows=644), replace(PLAN, seed=8), replace(PLAN, block_rows=11)]
+    names = [frame_of(model, plan, 3)._name for plan in plans] + [frame_of(other, PLAN, 3)._name]
+    assert len(set(names)) == 5
+    assert frame_of(model, PLAN, 3)._name == names[0]
+
+
+def test_unique_over_all_partitions(client: Any) -> None:
+    model = fitted_model(PersonLabels(gender="gender", username="user", email="email"))
+    plan = Plan(20_000, seed=7, block_rows=1000, unique=("username", "email"))
+    made = client.compute(frame_of(model, plan, 7)).result()
+    assert made["user"].is_unique
+    assert made["email"].is_unique
+    check_rows(made, rows_of(model, plan))
+    repeating = rows_of(model, replace(plan, unique=()))
+    assert not repeating["user"].is_unique
+    assert (made["email"].str.len() == repeating["email"].str.len() + 6).all()
+
+
+@pytest.mark.filterwarnings(
+    "ignore:The inplace keyword in DataFrame.set_index:DeprecationWarning"  # it is Dask that does
+)
+def test_parquet_files_as_dask_writes_them(
+    model: PersonModel, expected: pd.DataFrame, tmp_path: Path
+) -> None:
+    frame_of(model, PLAN, 3).to_parquet(tmp_path / "people", compute_kwargs={"scheduler": "sync"})
+    made = pd.read_parquet(tmp_path / "people")
+    check_rows(made.rename_axis(None).astype(expected.dtypes), expected)
+
+
+NUMBER = "{!r} is an integer from {} on, not {!r}."
+
+
+@pytest.mark.parametrize(
+    ("given", "message"),
+    [
+        ({"n": -1}, NUMBER.format("rows", 0, -1)),
+        ({"n": 1.5}, NUMBER.format("rows", 0, 1.5)),
+        ({"n": True}, NUMBER.format("rows", 0, True)),
+        ({"seed": -1}, NUMBER.format("seed", 0, -1)),
+        ({"seed": "7"}, NUMBER.format("seed", 0, "7")),
+        ({"block_rows": 0}, NUMBER.format("block_rows", 1, 0)),
+        ({"npartitions": 0}, "The number of partitions is an integer from 1 on, not 0."),
+        ({"npartitions": 2.5}, "The number of partitions is an integer from 1 on, not 2.5."),
+        (
+            {"unique": ["password"]},
+            "'password' cannot be made unique: only username and email can.",
+        ),
+        (
+            {"unique": ("email",)},
+            "'email' cannot be made unique: the model does not make it. Fit it with --generate"
+            " email.",
+        ),
+    ],
+)
+def test_bad_values(
+    given: dict[str, Any], message: str, capsys: pytest.CaptureFixture[str]
+) -> None:
+    with pytest.raises(ValueError) as caught:
+        scale.sample(fitted_model(GENDER_ONLY), **{"n": 10, **given})
+    assert str(caught.value) == message
+    assert capsys.readouterr().err == ""  # no seed of a sample that is not made
