@@ -1,0 +1,206 @@
+"""Measures how soon Ctrl-C ends long calls, and sees that nothing is left half done.
+
+`make interrupts` runs it: each call in a process of its own, which is interrupted again and again,
+at moments spread over the whole call. It fails where an answer took longer than it may, or where
+the sources, seeded anew, do not give what they gave before.
+"""
+
+from __future__ import annotations
+
+import argparse
+import random
+import signal
+import statistics
+import subprocess
+import sys
+import time
+from collections.abc import Callable, Iterator
+from dataclasses import dataclass, field
+from pathlib import Path
+from typing import IO, Any
+
+import numpy as np
+import pandas as pd
+
+from benchmarks.people import MIXED, fitted_model
+from benchmarks.tables import table
+from vantrel.model.models.person import PersonModel
+from vantrel.seeding import seed_everything
+
+ROOT = Path(__file__).resolve().parent.parent
+MOST_SECONDS = 0.25
+SEED = 1
+
+Call = Callable[[], Any]
+
+
+def main() -> None:
+    arguments = _arguments()
+    if arguments.serve is not None:
+        serve(CALLS[arguments.serve])
+    else:
+        sys.exit(measure(arguments.tries))
+
+
+def _arguments() -> argparse.Namespace:
+    parser = argparse.ArgumentParser(prog="python -m checks.interrupts", description=__doc__)
+    parser.add_argument("--tries", type=int, default=12, help="interrupts of each call")
+    parser.add_argument("--serve", choices=CALLS, help=argparse.SUPPRESS)
+    return parser.parse_args()
+
+
+# The calls
+
+
+def _cycle(values: list[str], rows: int, each: int = 1) -> pd.Series[Any]:
+    """Repeats the values, each so many times in a row."""
+    return pd.Series(values).iloc[np.arange(rows) // each % len(values)].reset_index(drop=True)
+
+
+def _sampled_rows(model: PersonModel) -> Call:
+    return lambda: model.sample(1_500_000)
+
+
+def _passwords(model: PersonModel) -> Call:
+    rows = pd.Series(np.zeros(20_000_000, bool))
+    return lambda: model.generate_passwords(rows)
+
+
+def _phone_numbers(model: PersonModel) -> Call:
+    missing = pd.Series(np.zeros(20_000_000, bool))
+    return lambda: model.generate_phone_numbers(missing)
+
+
+def _usernames_of_one_name(model: PersonModel) -> Call:
+    first, last = _cycle(["Ann"], 400_000), _cycle(["Smith"], 400_000)
+    return lambda: model.generate_usernames(first, last)
+
+
+def _first_names(model: PersonModel) -> Call:
+    genders = _cycle(["F", "M", "NB"], 12_000_000)
+    countries = _cycle(list(MIXED), 12_000_000, each=3)
+    return lambda: model.generate_first_names(genders, countries)
+
+
+CALLS: dict[str, Callable[[PersonModel], Call]] = {
+    "1,500,000 sampled rows": _sampled_rows,
+    "20,000,000 passwords": _passwords,
+    "20,000,000 phone numbers": _phone_numbers,
+    "400,000 usernames of one name": _usernames_of_one_name,
+    "12,000,000 first names": _first_names,
+}
+
+
+# The process that is interrupted
+
+
+def serve(prepare: Callable[[PersonModel], Call]) -> None:
+    """Makes the call for each line of the input, and tells when and how it came to its end."""
+    signal.signal(signal.SIGINT, signal.SIG_IGN)
+    model = fitted_model()
+    expected = _seeded_sample(model)
+    call = prepare(model)
+    start = time.monotonic()
+    call()
+    print(time.monotonic() - start, flush=True)
+    for _ in sys.stdin:
+        interrupted, at = _call_until_interrupted(call)
+        sound = _seeded_sample(model).equals(expected)
+        print(int(interrupted), at, int(sound), flush=True)
+
+
+def _call_until_interrupted(call: Call) -> tuple[bool, float]:
+    print("calling", flush=True)
+    try:
+        signal.signal(signal.SIGINT, signal.default_int_handler)
+        call()
+    except KeyboardInterrupt:
+        return True, time.monotonic()
+    finally:
+        signal.signal(signal.SIGINT, signal.SIG_IGN)
+    return False, time.monotonic()
+
+
+def _seeded_sample(model: PersonModel) -> pd.DataFrame:
+    seed_everything(model, SEED)
+    return model.sample(1000)
+
+
+# The process that interrupts
+
+
+@dataclass
+class Answers:
+    """What became of the interrupts of one call.
+
+    Attributes:
+        call_seconds: How long the call takes where nothing interrupts it.
+        seconds: From each interrupt to its KeyboardInterrupt.
+        unsound: How many times a sample differed afterwards.
+    """
+
+    call_seconds: float
+    seconds: list[float] = field(default_factory=list)
+    unsound: int = 0
+
+    @property
+    def good(self) -> bool:
+        return bool(self.seconds) and max(self.seconds) <= MOST_SECONDS and self.unsound == 0
+
+    def cells(self) -> list[str]:
+        times = [statistics.median(self.seconds), max(self.seconds)] if self.seconds else []
+        answers = [f"{1000 * seconds:.0f} ms" for seconds in times] or ["-", "-"]
+        return [f"{self.call_seconds:.1f} s", str(len(self.seconds)), *answers, str(self.unsound)]
+
+
+def measure(tries: int) -> int:
+    """Prints the table, row by row as it comes about; gives the exit status."""
+    head = ["call", "takes", "interrupts", "median", "longest", "unsound"]
+    measured = {}
+    for name in CALLS:
+        print(name, file=sys.stderr, flush=True)
+        measured[name] = _interrupted(name, tries)
+    print(table(head, [[name, *answers.cells()] for name, answers in measured.items()]))
+    slow = [name for name, answers in measured.items() if not answers.good]
+    for name in slow:
+        print(f"{name}: not every interrupt was answered soundly in {MOST_SECONDS * 1000:.0f} ms")
+    return 1 if slow else 0
+
+
+def _interrupted(name: str, tries: int) -> Answers:
+    command = [sys.executable, "-m", "checks.interrupts", "--serve", name]
+    with subprocess.Popen(
+        command, cwd=ROOT, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True
+    ) as process:
+        assert process.stdin is not None
+        assert process.stdout is not None
+        answers = Answers(float(_line(process.stdout)))
+        for moment in _moments(tries):
+            print(file=process.stdin, flush=True)
+            _line(process.stdout)
+            time.sleep(moment * answers.call_seconds)
+            sent = time.monotonic()
+            process.send_signal(signal.SIGINT)
+            interrupted, at, sound = map(float, _line(process.stdout).split())
+            if interrupted:  # now and then a call ends sooner than the first one did
+                answers.seconds.append(at - sent)
+            answers.unsound += not sound
+        process.stdin.close()
+    return answers
+
+
+def _line(output: IO[str]) -> str:
+    line = output.readline()
+    if not line:
+        raise SystemExit("The process that is interrupted has ended; it says above why.")
+    return line
+
+
+def _moments(tries: int) -> Iterator[float]:
+    """One moment at random out of each part of the call, the whole being 1."""
+    for part in range(tries):
+        yield (part + random.random()) / tries
+
+
+if __name__ == "__main__":
+    main()

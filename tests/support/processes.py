@@ -1,0 +1,29 @@
+"""What processes are started with to sample: it can be imported, as a new process needs it."""
+
+import os
+import signal
+from typing import Any
+
+from support.people import fitted_model
+from support.sources import seed_sources
+
+MODEL = fitted_model()
+ROWS = 200
+SECONDS = 30
+
+
+def sample(seed: int, rows: int = ROWS) -> list[Any]:
+    """The values of a sample, row by row."""
+    seed_sources(seed, MODEL)
+    rows_of_values: list[Any] = MODEL.sample(rows).to_numpy().tolist()
+    return rows_of_values
+
+
+def forked_sample_ends() -> bool:
+    """Forks; whether the child makes its first sample and ends. One that hangs is ended by a signal."""
+    child = os.fork()
+    if child == 0:
+        signal.alarm(SECONDS)
+        sample(1)
+        os._exit(0)
+    return os.waitpid(child, 0)[1] == 0
