@@ -65,7 +65,8 @@ def _unique(
 @click.option(
     "--csv-safe",
     is_flag=True,
-    help="Put an apostrophe before each cell that a spreadsheet would run as a formula.",
+    help="Put an apostrophe before each cell that a spreadsheet would run as a formula, and quotes"
+    " around every cell.",
 )
 @click.option(
     "--dask",

@@ -6,15 +6,16 @@ import csv
 from collections.abc import Iterable
 from contextlib import suppress
 from pathlib import Path
-from typing import IO
+from typing import IO, Literal
 
 import pandas as pd
 from pandas.errors import EmptyDataError, ParserError
 
 from vantrel.tables.errors import TableError
 
-# A spreadsheet runs what begins with the first four, some also behind what it takes for a blank.
-_RUNNABLE = ("=", "+", "-", "@", "\t", "\r", "\n")
+# A spreadsheet runs what begins with the first four, some also behind what they take for a blank,
+# or as they are written among Chinese and Japanese characters.
+_RUNNABLE = ("=", "+", "-", "@", "\t", "\r", "\n", "＝", "＋", "－", "＠")
 
 
 def read_csv(path: Path) -> pd.DataFrame:
@@ -63,15 +64,34 @@ def write_csv(
         frames: At least one part; all have the same columns.
         file: Where to write to.
         spreadsheet_safe: Whether to put an apostrophe before each cell that a spreadsheet would
-            run as a formula.
+            run as a formula, and quotes around every cell, so that none is split where other
+            characters than commas separate.
 
     Raises:
         OSError: The file cannot be written.
     """
+    quoting: Literal[0, 1] = csv.QUOTE_ALL if spreadsheet_safe else csv.QUOTE_MINIMAL
+    lines, end = _Lines(file), _Lines.END
     for number, frame in enumerate(frames):
         part = _guarded(frame) if spreadsheet_safe else frame
-        part.to_csv(file, index=False, header=number == 0, lineterminator="\n")
+        part.to_csv(lines, index=False, header=number == 0, lineterminator=end, quoting=quoting)
     file.flush()
+
+
+class _Lines:
+    """Ends lines in a line feed alone.
+
+    They come with a carriage return before it: only then are values quoted that hold one, which
+    readers would take for the end of a line.
+    """
+
+    END = "\r\n"
+
+    def __init__(self, file: IO[str]) -> None:
+        self._file = file
+
+    def write(self, line: str) -> int:
+        return self._file.write(line.removesuffix(self.END) + "\n")
 
 
 def _guarded(frame: pd.DataFrame) -> pd.DataFrame:
@@ -80,5 +100,5 @@ def _guarded(frame: pd.DataFrame) -> pd.DataFrame:
 
 
 def _guarded_column(column: pd.Series) -> pd.Series:
-    runnable = column.str.startswith(_RUNNABLE).fillna(False).astype(bool)
+    runnable = column.str.startswith(_RUNNABLE, na=False)
     return column.mask(runnable, "'" + column)
