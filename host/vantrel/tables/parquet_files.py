@@ -15,6 +15,7 @@ from vantrel.tables.parts import regroup
 
 if TYPE_CHECKING:
     import pyarrow as pa
+    import pyarrow.dataset as ds
 
 # The rows of each row group: what readers take into memory at a time.
 _GROUP_ROWS = 50_000
@@ -46,12 +47,30 @@ def read_parquet(path: Path) -> pd.DataFrame:
     if not files:
         raise TableError(f"Folder {path} holds no Parquet files: name a table.")
     try:
-        table = ds.dataset([str(file) for file in files], format="parquet").to_table()
-    except pa.ArrowException as error:
-        raise TableError(f"Table {path} is no Parquet table: {_in_a_line(error)}") from error
-    except OSError as error:
-        raise TableError.unreadable(path, error) from error
+        for file in files:
+            file.open("rb").close()  # tells in a word why not
+        dataset = ds.dataset([str(file) for file in files], format="parquet")
+        _refuse_other_columns(dataset, path)
+        table = dataset.to_table()
+    except (pa.ArrowException, OSError) as error:
+        if isinstance(error, OSError) and error.strerror:
+            raise TableError.unreadable(path, error) from error
+        raise TableError(
+            f"Table {path} is no Parquet table or a broken one: write it anew."
+            f" ({' '.join(str(error).split())})"
+        ) from error
     return pd.DataFrame({name: _as_text(table[name]) for name in table.column_names})
+
+
+def _refuse_other_columns(dataset: ds.Dataset, path: Path) -> None:
+    """Makes sure that the files of a folder are parts of one table."""
+    columns = set(dataset.schema.names)
+    for part in dataset.get_fragments():
+        if other := columns ^ set(part.physical_schema.names):
+            raise TableError(
+                f"Folder {path} holds more than one table: {Path(part.path).name} differs from the"
+                f" first file in {', '.join(map(repr, sorted(other)))}. Give each a folder."
+            )
 
 
 def _as_text(column: pa.ChunkedArray) -> pd.Series:
@@ -59,15 +78,11 @@ def _as_text(column: pa.ChunkedArray) -> pd.Series:
 
     try:
         texts = column.cast(pa.string())
-    except pa.ArrowNotImplementedError:  # lists and the like
+    except (pa.ArrowNotImplementedError, pa.ArrowInvalid):  # lists, bytes and the like
         written = [None if value is None else str(value) for value in column.to_pylist()]
         texts = pa.array(written, pa.string())
     series: pd.Series = texts.to_pandas()
     return series
-
-
-def _in_a_line(error: Exception) -> str:
-    return " ".join(str(error).split())
 
 
 def write_parquet(frames: Iterable[pd.DataFrame], file: IO[bytes]) -> None:
