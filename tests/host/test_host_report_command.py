@@ -114,10 +114,19 @@ def test_a_named_column_that_is_recorded_for_another_attribute_is_refused() -> N
 
 
 @pytest.mark.usefixtures("made_up")
-def test_without_a_record_or_columns_they_are_asked_for() -> None:
-    assert fail(REPORT, 2) == (
-        "There is no record beside made-up.csv of its columns: name them, as in --column"
-        " gender=sex."
+def test_without_a_record_or_columns_they_are_found() -> None:
+    succeed(REPORT)
+    html = Path("report.html").read_text(encoding="utf-8")
+    assert 'Gender <small class="column"><bdi>sex</bdi>' in html
+    assert 'Last name <small class="column"><bdi>surname</bdi>' in html
+
+
+def test_where_no_columns_are_found_they_are_asked_for() -> None:
+    Path("people.csv").write_text("a,b\n1,2\n")
+    Path("made-up.csv").write_text("a,b\n3,4\n")
+    assert fail(REPORT, 1) == (
+        "There is no record beside made-up.csv of its columns, and none of a person is found: name"
+        " them, as in --column gender=sex."
     )
 
 

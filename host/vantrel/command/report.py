@@ -15,7 +15,6 @@ from vantrel.command.terse import reporting
 if TYPE_CHECKING:
     import pandas as pd
 
-    from vantrel.record import SampleRecord
     from vantrel.report.figures import Figures
 
 
@@ -37,14 +36,15 @@ if TYPE_CHECKING:
     metavar="ATTRIBUTE=COLUMN",
     callback=columns_by_attribute,
     help="An attribute of a person and the column that holds it in both tables; may be repeated."
-    " Needed where there is no record beside OUT; else it comes before the record.",
+    " It comes before what is recorded beside OUT or found.",
 )
 @force_option
 def report(table: Path, sampled: Path, output: Path, columns: dict[str, str], force: bool) -> None:
     """Compare the real table TABLE with a sample of it, OUT, on one page.
 
-    Which columns are compared is read from the record that 'vantrel sample' wrote beside OUT. The
-    page needs no network. It shows some values of the real table: keep it as safe as that.
+    Which columns are compared is read from the record that 'vantrel sample' wrote beside OUT; where
+    there is none, the columns of a person are found by their names and values. The page needs no
+    network. It shows some values of the real table: keep it as safe as that.
 
     \b
     Example:
@@ -64,7 +64,10 @@ def report(table: Path, sampled: Path, output: Path, columns: dict[str, str], fo
     with reporting():
         record = read_record(sampled)
         real, people = read_table(table), read_table(sampled)
-        labels = _labels(columns, record, sampled)
+        known = record.columns if record else {}
+        if not known and not columns:
+            known = _found(real, people, sampled)
+        labels = _labels(columns, known)
         _check_columns(labels, real, people, (table, sampled))
         figures = compare(real, people, labels)
         sources = Sources(
@@ -76,14 +79,27 @@ def report(table: Path, sampled: Path, output: Path, columns: dict[str, str], fo
     click.echo(f"{_summary(figures)}; wrote {output}.")
 
 
-def _labels(given: Mapping[str, str], record: SampleRecord | None, sampled: Path) -> dict[str, str]:
-    """The column of each attribute: as given, else as recorded."""
-    if not given and record is None:
-        raise click.UsageError(
-            f"There is no record beside {sampled} of its columns: name them, as in --column"
-            " gender=sex."
+def _found(real: pd.DataFrame, people: pd.DataFrame, sampled: Path) -> dict[str, str]:
+    """The columns of a person in either table, by attribute.
+
+    Raises:
+        click.ClickException: There are none.
+    """
+    from vantrel.detect import detect
+
+    columns = detect(real).columns
+    columns |= detect(people, known=columns).columns
+    if not columns:
+        raise click.ClickException(
+            f"There is no record beside {sampled} of its columns, and none of a person is found:"
+            " name them, as in --column gender=sex."
         )
-    columns = {**(record.columns if record else {}), **given}
+    return columns
+
+
+def _labels(given: Mapping[str, str], known: Mapping[str, str]) -> dict[str, str]:
+    """The column of each attribute: as given, else as known."""
+    columns = {**known, **given}
     attributes: dict[str, str] = {}
     for attribute, column in columns.items():
         if column in attributes:
