@@ -83,9 +83,9 @@ def _seed(model: PersonModel, seed: int | np.random.SeedSequence, module: Module
     np.random.seed(next(streams).generate_state(8))
     module.seed(_integer(next(streams)))
     Faker.seed(_integer(next(streams)))
-    providers = _providers(model)
-    for provider, stream in zip(providers, next(streams).spawn(len(providers)), strict=True):
-        provider.seed_instance(_integer(stream))
+    stream = next(streams)
+    for place, provider in _providers(model).items():
+        provider.seed_instance(_integer(_stream_of(place, stream)))
 
 
 def _another_random() -> ModuleType:
@@ -101,11 +101,16 @@ def _another_random() -> ModuleType:
 _second_random = _another_random()
 
 
-def _providers(model: PersonModel) -> list[Faker]:
+def _providers(model: PersonModel) -> dict[str, Faker]:
     try:
-        return list(model.country_to_provider_map.values())
+        return model.country_to_provider_map
     except ModelNotFittedError:  # a model without a country column makes its map on sampling
-        return []
+        return {}
+
+
+def _stream_of(place: str, stream: np.random.SeedSequence) -> np.random.SeedSequence:
+    """Gives a place the same stream whatever other places the model knows, in whatever order."""
+    return np.random.SeedSequence(stream.entropy, spawn_key=(*stream.spawn_key, *place.encode()))
 
 
 def _checked(seed: int | np.random.SeedSequence) -> np.random.SeedSequence:

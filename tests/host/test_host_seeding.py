@@ -1,19 +1,24 @@
 """Seeds: the same seed gives the same table."""
 
 import random
+from collections.abc import Iterator
 from pathlib import Path
+from typing import Any
 
 import numpy as np
 import pandas as pd
 import pytest
 from faker import Faker
+from faker.generator import Generator
 
+import vantrel.model.models.person as person
+from support.sources import source_states
 from vantrel.config import PersonLabels
 from vantrel.metadata.value import Person
 from vantrel.model.models.person import PersonModel
 from vantrel.model_file import load, save
-from vantrel.sampling import sample_people
-from vantrel.seeding import seed_everything
+from vantrel.sampling import Plan, prepare_conditions, sample_block, sample_people
+from vantrel.seeding import own_sources, seed_everything
 
 CASES = [
     PersonLabels(gender="sex", title="title", firstname="first", lastname="surname"),
@@ -90,6 +95,23 @@ def test_a_draw_from_one_provider_does_not_move_another(people: pd.DataFrame) ->
     assert other.random.random() == first
 
 
+def test_a_place_keeps_its_stream_whatever_other_places_are_known(people: pd.DataFrame) -> None:
+    def rows_of(model: PersonModel, *countries: str) -> pd.DataFrame:
+        given = prepare_conditions(model, pd.DataFrame({"land": countries * 20}))
+        return sample_block(model, Plan(len(given), 7), 0, given)
+
+    used, new = fitted(CASES[1], people), fitted(CASES[1], people)
+    rows_of(used, "FR", "GB")
+    pd.testing.assert_frame_equal(rows_of(used, "IT", "GB"), rows_of(new, "IT", "GB"))
+
+
+def test_two_places_have_streams_of_their_own(people: pd.DataFrame) -> None:
+    model = fitted(CASES[1], people.assign(land=["GB", "GBR", "United Kingdom", "en_GB", "gb"] * 2))
+    seed_everything(model, 7)
+    draws = {provider.random.random() for provider in model.country_to_provider_map.values()}
+    assert len(draws) == 5
+
+
 def test_a_source_keeps_its_stream_where_a_hidden_model_is_not_there(people: pd.DataFrame) -> None:
     seed_everything(fitted(CASES[0], people), 7)
     without_country = (np.random.random(), random.random())
@@ -114,3 +136,93 @@ def test_a_negative_seed_is_refused(people: pd.DataFrame) -> None:
     with pytest.raises(ValueError) as caught:
         seed_everything(fitted(CASES[0], people), -1)
     assert str(caught.value) == "A seed is an integer from 0 on, not -1."
+
+
+# --- sources of a sample's own
+
+
+def states() -> dict[str, Any]:
+    """All of the process that sampling could leave changed."""
+    module_random = person.random
+    seeded = (Generator._global_seed, Generator._is_seeded)
+    return {**source_states(), "module": module_random, "seeded": seeded}
+
+
+@pytest.fixture(params=["fresh", "seeded"])
+def before(request: pytest.FixtureRequest) -> Iterator[dict[str, Any]]:
+    """The sources before a sample, once with Faker as nobody has seeded it, once seeded."""
+    kept = Generator._global_seed, Generator._is_seeded
+    if request.param == "seeded":
+        Faker.seed(3)
+    yield states()
+    Generator._global_seed, Generator._is_seeded = kept
+
+
+def test_the_sources_of_the_process_are_as_before(
+    before: dict[str, Any], people: pd.DataFrame
+) -> None:
+    for labels in CASES:
+        sample_block(fitted(labels, people), Plan(100, 7), 0)
+        assert states() == before
+
+
+@pytest.mark.parametrize("error", [ValueError, KeyboardInterrupt, SystemExit])
+def test_they_are_also_after_a_failure(
+    before: dict[str, Any], people: pd.DataFrame, error: type[BaseException]
+) -> None:
+    model = fitted(CASES[1], people)
+    with pytest.raises(error), own_sources(model, 7):
+        sample_people(model, 50)
+        random.getstate()
+        assert states() != before
+        raise error
+    assert states() == before
+
+
+@pytest.mark.parametrize("error", [ValueError, KeyboardInterrupt])
+def test_they_are_also_where_a_block_fails_amid_its_draws(
+    people: pd.DataFrame, monkeypatch: pytest.MonkeyPatch, error: type[BaseException]
+) -> None:
+    model = fitted(CASES[1], people)
+    expected = sample_block(model, Plan(50, 7), 0)
+    before = states()
+    generate = PersonModel.generate_last_names
+
+    def fail(self: PersonModel, *arguments: Any, **named: Any) -> Any:
+        generate(self, *arguments, **named)
+        raise error
+
+    with monkeypatch.context() as patch:
+        patch.setattr(PersonModel, "generate_last_names", fail)
+        with pytest.raises(error):
+            sample_block(model, Plan(50, 7), 0)
+    assert states() == before
+    pd.testing.assert_frame_equal(sample_block(model, Plan(50, 7), 0), expected)
+
+
+@pytest.mark.parametrize("seed", [-1, "7", True, None])
+def test_a_seed_that_is_refused_leaves_the_sources_too(
+    before: dict[str, Any], people: pd.DataFrame, seed: Any
+) -> None:
+    model = fitted(CASES[0], people)
+    with pytest.raises((TypeError, ValueError)), own_sources(model, seed):
+        pass
+    assert states() == before
+
+
+@pytest.mark.parametrize("labels", CASES)
+def test_own_sources_give_what_seeded_ones_give(labels: PersonLabels, people: pd.DataFrame) -> None:
+    model = fitted(labels, people)
+    with own_sources(model, 7):
+        own = sample_people(model, 200)
+    pd.testing.assert_frame_equal(own, sample(model, 7))
+
+
+def test_a_sequence_is_as_good_a_seed_also_after_it_was_used(people: pd.DataFrame) -> None:
+    model = fitted(CASES[1], people)
+    sequence = np.random.SeedSequence(7)
+    sequence.spawn(3)
+    for _ in range(2):
+        with own_sources(model, sequence):
+            own = sample_people(model, 200)
+        pd.testing.assert_frame_equal(own, sample(model, 7))
