@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import shlex
 from collections.abc import Collection, Mapping, Sequence
 from typing import TYPE_CHECKING
 
@@ -62,9 +63,10 @@ def find_columns(
 def doubt_note(doubt: Doubt) -> str:
     """Tells of a column that was not taken, and how to take it."""
     value = "" if doubt.value is None else f", such as {doubt.value!r},"
+    option = shlex.quote(f"{doubt.attribute}={doubt.column}")
     return (
         f"Column {doubt.column!r} is not taken for {doubt.attribute}, as its values{value} do not"
-        f" look so: to take it, add --column {doubt.attribute}={doubt.column}."
+        f" look so: to take it, add --column {option}."
     )
 
 

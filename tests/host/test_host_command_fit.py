@@ -1,0 +1,227 @@
+"""How ``vantrel fit`` finds columns and reads its settings."""
+
+from pathlib import Path
+
+import pandas as pd
+import pytest
+
+from support.command import fail, shell, succeed
+from vantrel.model_file import load
+from vantrel.tables import read_table
+
+FIT = "fit people.csv -o m.json"
+COLUMNS = "'land', 'surname', 'title', 'sex'"
+
+
+@pytest.fixture(autouse=True)
+def folder(tmp_path: Path, people: pd.DataFrame, monkeypatch: pytest.MonkeyPatch) -> Path:
+    monkeypatch.chdir(tmp_path)
+    people.to_csv("people.csv", index=False)
+    return tmp_path
+
+
+def labels() -> dict[str, str]:
+    return load(Path("m.json")).params
+
+
+def test_columns_are_found_and_shown() -> None:
+    result = succeed(FIT)
+    assert result.stdout.splitlines() == [
+        "Attribute  Column   Told by",
+        "gender     sex      name and values",
+        "title      title    name and values",
+        "lastname   surname  name",
+        "country    land     name and values",
+        "Learnt from 10 rows of people.csv; wrote m.json.",
+    ]
+    assert labels() == {"gender": "sex", "title": "title", "lastname": "surname", "country": "land"}
+
+
+def test_the_shell_finds_columns() -> None:
+    result = shell("fit people.csv -o m.json")
+    assert result.returncode == 0
+    assert result.stdout.startswith("Attribute  Column   Told by\n")
+    assert shell("sample m.json -n 5 -o out.csv").returncode == 0
+    assert list(read_table(Path("out.csv"))) == ["land", "surname", "title", "sex"]
+    failed = shell("fit people.csv -o n.json --ignore zz")
+    assert (failed.returncode, failed.stdout) == (1, "")
+    assert failed.stderr.startswith("vantrel: error: Table people.csv has no column 'zz'")
+    assert shell("fit people.csv -o n.json --no-detect").returncode == 2
+
+
+def test_a_named_column_overrides_what_is_found() -> None:
+    Path("people.csv").write_text("sex,gender,title\nm,f,Mr\nf,m,Mrs\n")
+    result = succeed(f"{FIT} --column gender=gender")
+    assert "gender     gender  --column\n" in result.stdout
+    assert labels() == {"gender": "gender", "title": "title"}
+
+
+def test_a_named_column_is_taken_from_other_attributes() -> None:
+    succeed(f"{FIT} --column firstname=surname")
+    assert labels() == {
+        "gender": "sex",
+        "title": "title",
+        "firstname": "surname",
+        "country": "land",
+    }
+
+
+def test_an_ignored_column_is_left_out() -> None:
+    result = succeed(f"{FIT} --ignore land --ignore title")
+    assert labels() == {"gender": "sex", "lastname": "surname"}
+    assert result.stderr.endswith(" are left out: 'land', 'title'.\n")
+
+
+def test_an_ignored_column_makes_room_for_another() -> None:
+    Path("people.csv").write_text("sex,genre\nm,f\nf,m\n")
+    succeed(f"{FIT} --ignore sex")
+    assert labels() == {"gender": "genre"}
+
+
+def test_only_named_columns_are_taken_if_none_are_to_be_found() -> None:
+    result = succeed(f"{FIT} --no-detect --column gender=sex")
+    assert result.stdout == "Learnt from 10 rows of people.csv; wrote m.json.\n"
+    assert labels() == {"gender": "sex"}
+
+
+def test_what_is_generated_is_shown_and_is_the_column_if_one_is_found() -> None:
+    result = succeed(f"{FIT} --generate lastname,email")
+    assert "lastname   surname  name\n" in result.stdout
+    assert "email      email    --generate\n" in result.stdout
+    assert labels()["lastname"] == "surname"
+
+
+def test_a_named_column_is_enough_where_none_is_found() -> None:
+    Path("people.csv").write_text("a,b\nm,1\nm,2\n")
+    assert fail(FIT, 1) == (
+        "No column of table people.csv is found to be of a person by its name and values: name one,"
+        " as in --column gender=COLUMN. Its columns are: 'a', 'b'."
+    )
+    succeed(f"{FIT} --column gender=a")
+    assert labels() == {"gender": "a"}
+
+
+def test_nothing_is_found_where_all_is_ignored() -> None:
+    ignored = "--ignore land --ignore surname --ignore title --ignore sex"
+    assert fail(f"{FIT} {ignored}", 1).endswith(f" Its columns are: {COLUMNS}.")
+
+
+@pytest.mark.parametrize(("separator", "name"), [(";", "semicolons"), ("\t", "tabs")])
+def test_nothing_is_found_in_a_table_with_another_separator(separator: str, name: str) -> None:
+    Path("people.csv").write_text(f"vorname{separator}nachname\nAnn{separator}Lee\n")
+    assert fail(FIT, 1).endswith(f" It seems to be separated by {name}: separate it by commas.")
+
+
+def test_a_column_whose_values_contradict_its_name_is_told() -> None:
+    Path("people.csv").write_text("Job's title,title,sex\nx,Manager,m\ny,Clerk,f\n")
+    assert succeed(FIT).stderr.splitlines()[0] == (
+        "vantrel: note: Column 'title' is not taken for title, as its values, such as 'Manager', do"
+        " not look so: to take it, add --column title=title."
+    )
+
+
+def test_such_columns_are_told_where_nothing_is_found() -> None:
+    Path("people.csv").write_text("E-Mail Address\nsecret\nhidden\n")
+    assert fail(FIT, 1) == (
+        "No column of table people.csv is found to be of a person by its name and values: name one,"
+        " as in --column gender=COLUMN. Column 'E-Mail Address' is not taken for email, as its"
+        " values do not look so: to take it, add --column 'email=E-Mail Address'. Its columns are:"
+        " 'E-Mail Address'."
+    )
+
+
+def test_an_unknown_country_in_a_column_that_was_found() -> None:
+    Path("people.csv").write_text("sex,land\nm,Germny\nf,FR\n")
+    assert fail(FIT, 1) == (
+        "Column 'land': 'Germny' is neither a country nor a locale. Did you mean 'Germany'? Write a"
+        " country as its ISO code or its English name, a locale as 'en_GB'. Or leave the column out"
+        " with --ignore."
+    )
+    succeed(f"{FIT} --ignore land")
+
+
+@pytest.mark.parametrize(
+    ("options", "status", "message"),
+    [
+        (
+            "--ignore srname",
+            1,
+            f"Table people.csv has no column 'srname' to ignore. Did you mean 'surname'? Its columns"
+            f" are: {COLUMNS}.",
+        ),
+        (
+            "--ignore zz --no-detect --column gender=sex",
+            1,
+            f"Table people.csv has no column 'zz' to ignore. Its columns are: {COLUMNS}.",
+        ),
+        (
+            "--ignore sex --column gender=sex",
+            2,
+            "Column 'sex' is given to --column for 'gender' and to --ignore: leave one out.",
+        ),
+        (
+            "--no-detect",
+            2,
+            "Name a column to learn from: --column gender=sex, for example.",
+        ),
+        (
+            "--no-detect --generate email",
+            2,
+            "Name a column to learn from: --column gender=sex, for example.",
+        ),
+        ("--config no.toml", 1, "Config file no.toml cannot be read: No such file or directory."),
+    ],
+)
+def test_bad_options(options: str, status: int, message: str) -> None:
+    assert fail(f"{FIT} {options}", status) == message
+
+
+def test_settings_are_read_from_a_file() -> None:
+    Path("c.toml").write_text('pwd_length = [3, 3]\nmobile_number_format = "+7 xx"\n')
+    succeed(f"{FIT} --config c.toml --generate password,mobile_number")
+    model = load(Path("m.json"))
+    assert model.config.pwd_length == (3, 3)
+    succeed("sample m.json -n 20 --seed 1 -o out.csv")
+    out = read_table(Path("out.csv"))
+    assert set(out["password"].dropna().str.len()) == {3}
+    assert out["mobile_number"].dropna().str.fullmatch(r"\+7 \d\d").all()
+
+
+def test_patterns_of_a_file_are_used_for_finding_columns() -> None:
+    Path("people.csv").write_text("sex\n1\n2\n2\n")
+    fail(FIT, 1)
+    Path("c.toml").write_text('gender_female_regex = "^2$"\ngender_male_regex = "^1$"\n')
+    succeed(f"{FIT} --config c.toml")
+    assert labels() == {"gender": "sex"}
+
+
+@pytest.mark.parametrize(
+    ("text", "message"),
+    [
+        ("a = = 1", "Config file c.toml is not TOML: Invalid value (at line 1, column 5)."),
+        ("pwd_length = 8", "Config file c.toml: pwd_length is 8, not a list."),
+        (
+            "title_male_regex = '^(a+)+$'",
+            "Config file c.toml: title_male_regex is '^(a+)+$', which",
+        ),
+    ],
+)
+def test_a_file_of_settings_that_is_none(text: str, message: str) -> None:
+    Path("c.toml").write_text(text)
+    assert fail(f"{FIT} --config c.toml", 1).startswith(message)
+
+
+def test_a_model_does_not_overwrite_the_settings() -> None:
+    Path("c.toml").write_text("")
+    assert fail("fit people.csv -o c.toml --force --config c.toml", 2) == (
+        "c.toml is the file to read: write to another one."
+    )
+
+
+@pytest.mark.parametrize("width", ["60", "200"])
+def test_the_map_fits_the_width(width: str) -> None:
+    Path("people.csv").write_text(f"{'the long gender ' * 6},sex\n1,m\n1,f\n")
+    result = succeed(f"{FIT} --column 'lastname={'the long gender ' * 6}'", COLUMNS=width)
+    table = result.stdout.partition("Learnt")[0].splitlines()
+    assert max(map(len, table)) <= int(width)
+    assert (len(table) > 3) == (width == "60")

@@ -1,0 +1,191 @@
+"""``vantrel show``, as a shell runs it."""
+
+import json
+import os
+import re
+from importlib.metadata import version
+from pathlib import Path
+
+import pandas as pd
+import pytest
+
+from support.command import fail, shell, succeed, terminal
+
+PEOPLE = "land,sex,t,last\nGB,m,Mr,A\nGB,f,Mrs,B\nAU,f,Dr,C\nDE,,Ms,D\n,x,Mx,E\n"
+
+
+@pytest.fixture(autouse=True)
+def folder(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> Path:
+    monkeypatch.chdir(tmp_path)
+    Path("people.csv").write_text(PEOPLE)
+    return tmp_path
+
+
+def fit(options: str = "--column title=t --generate password,mobile_number") -> None:
+    succeed(f"fit people.csv -o m.json {options}")
+
+
+def test_all_that_is_learnt_is_shown() -> None:
+    fit()
+    versions = {
+        "Faker": version("faker"),
+        "numpy": version("numpy"),
+        "pandas": pd.__version__,
+        "Python": "3.12",
+        "vantrel": version("vantrel"),
+    }
+    lines = succeed("show m.json").stdout.splitlines()
+    size = f"{Path('m.json').stat().st_size:,}"
+    assert lines[0] == f"Model            m.json ({size} bytes, schema 1)"
+    assert lines[1].startswith("Fitted with      ")
+    assert all(f"{name} {number}" in lines[1] for name, number in versions.items())
+    assert lines[2:] == [
+        "Without gender   20.0% of the rows, which are blank",
+        "Without country  20.0% of the rows",
+        "",
+        "Columns",
+        "Attribute      Column         In samples",
+        "gender         sex            learnt: drawn by its shares",
+        "title          t              learnt: drawn evenly from those of the row's gender",
+        "lastname       last           made up by country",
+        "password       password       8 to 16 random characters",
+        "mobile_number  mobile_number  07xxxxxxxx, each x a random digit",
+        "country        land           learnt: drawn by its shares",
+        "",
+        "Genders",
+        "Key              Share  Values of 'sex'  Titles of 't'",
+        "F (female)       50.0%  f                Mrs, Ms",
+        "M (male)         25.0%  m                Mr",
+        "NB (non-binary)  25.0%  x                Mx",
+        "A (ambiguous)    -      -                Dr",
+        "",
+        "Countries",
+        "Value  Share  Names of",
+        "GB     50.0%  en_GB",
+        "AU     25.0%  en_GB (borrowed)",
+        "DE     25.0%  de_DE",
+    ]
+
+
+def test_settings_that_are_not_the_default() -> None:
+    Path("c.toml").write_text('genders = ["NB", "F"]\nmobile_number_format = "é xx"\n')
+    fit("--no-detect --column lastname=last --config c.toml --locale de_DE --locale AU")
+    shown = succeed("show m.json").stdout
+    assert (
+        "\n\nGenders\nKey              Share\nF (female)       50.0%\nNB (non-binary)  50.0%\n"
+        in shown
+    )
+    assert (
+        "\n\nLocales\nValue  Share  Names of\nde_DE  50.0%  de_DE\nAU     50.0%  en_GB (borrowed)\n"
+        in shown
+    )
+    assert shown.endswith(
+        "\nSettings that are not the default\n"
+        'genders               ["NB", "F"]\n'
+        'mobile_number_format  "é xx"\n'
+    )
+
+
+def test_genders_learnt_from_titles() -> None:
+    fit("--no-detect --column title=t")
+    lines = succeed("show m.json").stdout.partition("\nGenders\n")[2].splitlines()
+    assert lines[:5] == [
+        "Key              Share  Titles of 't'",
+        "F (female)       40.0%  Mrs, Ms",
+        "M (male)         20.0%  Mr",
+        "NB (non-binary)  20.0%  Mx",
+        "A (ambiguous)    20.0%  Dr",
+    ]
+
+
+def test_small_shares_are_not_shown_as_none() -> None:
+    Path("people.csv").write_text("sex\nx\n" + "m\n" * 9999)
+    fit("")
+    assert "NB (non-binary)  <0.1%   x\n" in succeed("show m.json").stdout
+
+
+def test_a_model_of_an_older_version_says_nothing_of_versions() -> None:
+    fit()
+    form = json.loads(Path("m.json").read_text())
+    del form["versions"]
+    Path("m.json").write_text(json.dumps(form))
+    lines = succeed("show m.json").stdout.splitlines()
+    assert lines[1].startswith("Without gender")
+
+
+def test_a_model_from_a_pipe() -> None:
+    fit()
+    read, write = os.pipe()
+    try:
+        os.write(write, Path("m.json").read_bytes())
+        os.close(write)
+        shown = succeed(f"show /dev/fd/{read}").stdout
+    finally:
+        os.close(read)
+    assert shown == succeed("show m.json").stdout.split("\n", 2)[2]
+
+
+def test_what_a_terminal_would_obey_is_escaped() -> None:
+    Path("people.csv").write_text("sex,t\nm,[red]Mr\nf,Mr\x1b[2J\n")
+    Path("c.toml").write_text('title_male_regex = "Mr"\n')
+    fit("--column title=t --config c.toml")
+    shown = succeed("show m.json").stdout
+    assert "  [red]Mr, Mr\\x1b[2J\n" in shown
+    assert "\x1b" not in shown
+
+
+def test_the_shell_shows_a_model_plainly_and_unfolded() -> None:
+    Path("people.csv").write_text("sex,t\n" + "".join(f"m,Mr {i}\n" for i in range(100)))
+    Path("c.toml").write_text('title_male_regex = "^Mr"\n')
+    fit("--column title=t --config c.toml")
+    result = shell("show m.json")
+    assert (result.returncode, result.stderr) == (0, "")
+    assert "\x1b" not in result.stdout
+    assert ", ".join(f"Mr {i}" for i in range(100)) in result.stdout
+    assert not re.search(r"[ \t]\n", result.stdout)
+    failed = shell("show people.csv")
+    assert failed.returncode == 1
+    assert len(failed.stderr.splitlines()) == 1
+
+
+@pytest.mark.parametrize("width", [60, 200])
+def test_in_a_terminal(width: int) -> None:
+    fit()
+    coloured = terminal("show m.json", width)
+    assert "\x1b[1;36m" in coloured
+    plain = re.sub(r"\x1b\[[\d;]*m", "", coloured)
+    assert max(map(len, plain.splitlines())) <= width
+    if width == 200:
+        assert re.sub(" +\n", "\n", plain) == succeed("show m.json").stdout
+    else:
+        assert "learnt: drawn evenly from" in plain
+
+
+def test_in_a_terminal_without_colours() -> None:
+    fit()
+    assert "36m" not in terminal("show m.json", 80, NO_COLOR="1")
+
+
+def test_colours_can_be_forced_into_a_pipe() -> None:
+    fit()
+    assert "\x1b[1;36m" in shell("show m.json", FORCE_COLOR="1", COLUMNS="60").stdout
+
+
+@pytest.mark.parametrize(
+    ("line", "status", "message"),
+    [
+        ("show", 2, "Missing argument 'MODEL.json'."),
+        ("show no.json", 1, "Model file no.json cannot be read: No such file or directory."),
+        ("show m.json people.csv", 2, "Got unexpected extra argument (people.csv)"),
+    ],
+)
+def test_bad_calls(line: str, status: int, message: str) -> None:
+    assert fail(line, status) == message
+
+
+def test_a_file_that_is_no_model() -> None:
+    assert fail("show people.csv", 1).startswith("Model file people.csv is not JSON (")
+
+
+def test_help_has_an_example() -> None:
+    assert "Example:\n    vantrel show model.json\n" in succeed("show --help").stdout
