@@ -63,6 +63,9 @@ def fit(
     generated = list(generate)
     for attribute in (*columns, *generated):
         refuse_unknown_attribute(attribute)
+    for attribute in generated:
+        if attribute in LEARNT_ATTRIBUTES and attribute not in columns:
+            raise FittingError(f"{attribute!r} must be learnt: name its column, {attribute}=...")
     if not columns:
         columns = detect_columns(df)
     if not columns:

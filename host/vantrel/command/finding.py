@@ -8,7 +8,7 @@ from typing import TYPE_CHECKING
 
 import click
 
-from vantrel.command.labels import ATTRIBUTES, separator_hint, suggestion
+from vantrel.fitting import ATTRIBUTES, separator_hint, suggestion
 
 if TYPE_CHECKING:
     import pandas as pd

@@ -7,16 +7,10 @@ from pathlib import Path
 import click
 
 from vantrel.command.finding import check_ignored, columns_table, doubt_note, find_columns
-from vantrel.command.labels import (
-    check_columns,
-    check_countries,
-    check_named,
-    columns_by_attribute,
-    generated_attributes,
-    make_person,
-)
+from vantrel.command.labels import check_named, columns_by_attribute, generated_attributes
 from vantrel.command.output import STANDARD_OUTPUT, force_option, refuse_overwriting
 from vantrel.command.terse import reporting
+from vantrel.fitting import check_columns, check_countries, make_person
 
 
 @click.command()
@@ -116,7 +110,7 @@ def fit(
     with reporting():
         config = PersonModelConfig() if config_file is None else load_config(config_file)
         df = read_table(table)
-        check_columns(df, columns, table)
+        check_columns(df, columns, f"Table {table}")
         check_ignored(df, ignored, table)
         found = Detection([], [])
         if not no_detect:

@@ -8,9 +8,10 @@ from typing import TYPE_CHECKING
 
 import click
 
-from vantrel.command.labels import ATTRIBUTES, columns_by_attribute, separator_hint, suggestion
+from vantrel.command.labels import columns_by_attribute
 from vantrel.command.output import STANDARD_OUTPUT, force_option, refuse_overwriting
 from vantrel.command.terse import reporting
+from vantrel.fitting import ATTRIBUTES, separator_hint, suggestion
 
 if TYPE_CHECKING:
     import pandas as pd
