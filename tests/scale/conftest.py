@@ -34,7 +34,7 @@ def cluster() -> Iterator[LocalCluster]:
         LocalCluster(
             n_workers=2,
             threads_per_worker=1,
-            dashboard_address=None,
+            dashboard_address="127.0.0.1:0",  # any free port; None would be port 8787
             silence_logs=logging.CRITICAL,  # workers that are killed have much to say
         ) as cluster,
     ):

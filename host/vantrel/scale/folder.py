@@ -94,7 +94,7 @@ def write_partitions(
     futures = client.map(_write, todo, folder=folder.resolve(), pure=False)
     by_key = dict(zip((future.key for future in futures), todo, strict=True))
     try:
-        for future in as_completed(futures):
+        for future in as_completed(futures, loop=client.loop):
             future.result()
             yield by_key[future.key]
     finally:
