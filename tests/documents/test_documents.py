@@ -1,0 +1,81 @@
+"""Every command and snippet of the documents is run, from top to bottom of each document."""
+
+import re
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+import pytest
+
+ROOT = Path(__file__).parents[2]
+DOCUMENTS = [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
+SECONDS = 300
+
+BLOCK = re.compile(r"^```(sh|python|toml)(?: file=(\S+))?\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+
+pytest.importorskip("dask", reason="the documents show all that can be installed")
+
+
+def blocks(document: Path) -> list[tuple[str, str, str]]:
+    """The language, the file to be written or "", and the text of each block that is run."""
+    return BLOCK.findall(document.read_text(encoding="utf-8"))
+
+
+@pytest.fixture
+def folder(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> Path:
+    """A folder that looks as the root does to a reader, with the command on the path."""
+    shutil.copytree(ROOT / "examples", tmp_path / "examples")
+    (tmp_path / "build").mkdir()
+    programs = tmp_path / "programs"
+    programs.mkdir()
+    script(programs / "vantrel", "from vantrel.command import main; main()")
+    script(programs / "python", "")
+    monkeypatch.setenv("PATH", f"{programs}:/usr/bin:/bin")
+    return tmp_path
+
+
+def script(path: Path, code: str) -> None:
+    call = f"'{sys.executable}' " + (f"-c '{code}' " if code else "")
+    path.write_text(f'#!/bin/sh\nexec {call}"$@"\n')
+    path.chmod(0o755)
+
+
+def run(command: list[str], folder: Path) -> None:
+    finished = subprocess.run(
+        command, cwd=folder, capture_output=True, encoding="utf-8", timeout=SECONDS, check=False
+    )
+    assert finished.returncode == 0, finished.stdout + finished.stderr
+
+
+def is_of_the_build(text: str) -> bool:
+    """Whether a block makes the project itself, which a test of it had better not do."""
+    return text.startswith(("make ", ". .venv/"))
+
+
+@pytest.mark.parametrize("document", DOCUMENTS, ids=lambda path: path.name)
+def test_every_block_runs(document: Path, folder: Path) -> None:
+    for language, file, text in blocks(document):
+        if is_of_the_build(text):
+            continue
+        if file:
+            (folder / file).write_text(text, encoding="utf-8")
+        elif language == "sh":
+            run(["bash", "-euo", "pipefail", "-c", text], folder)
+        elif language == "python":
+            run([sys.executable, "-c", text], folder)
+
+
+@pytest.mark.parametrize("document", DOCUMENTS, ids=lambda path: path.name)
+def test_every_make_target_exists(document: Path) -> None:
+    for _, _, text in blocks(document):
+        for target in re.findall(r"^make ([\w-]+)", text, re.MULTILINE):
+            assert re.search(rf"^{target}:", (ROOT / "Makefile").read_text(), re.MULTILINE), target
+
+
+@pytest.mark.parametrize("document", DOCUMENTS, ids=lambda path: path.name)
+def test_every_link_leads_somewhere(document: Path) -> None:
+    text = document.read_text(encoding="utf-8")
+    for link in re.findall(r"\]\(([^)#]+?)(?:#[^)]*)?\)", text):
+        if not link.startswith("http"):
+            assert (document.parent / link).exists(), link
