@@ -30,6 +30,7 @@ from vantrel.util.strict_json import MOST_DIGITS, inside, shown
 
 _GENDER_KEYS = ("F", "M", "NB", "A")
 _LEARNT = ("gender", "title", "country")
+_LONGEST_NAME = 1_000
 _LONGEST_TEMPLATE = 1_000
 _LONGEST_PLACE = 200
 _LONGEST_PASSWORD = 4_096
@@ -48,6 +49,12 @@ def check_model(form: Any, where: str) -> None:
     _MODEL(form, where)
     _check_children(form["meta"], inside(where, "meta"))
     _check_country(form, where)
+
+
+def _column_name(value: Any, where: str) -> None:
+    text(_LONGEST_NAME)(value, where)
+    if not value:
+        refuse(value, where, "the name of a column")
 
 
 def _pattern(value: Any, where: str) -> None:
@@ -97,7 +104,7 @@ def _children(_value: Any, _where: str) -> None:
     """Is checked when it is known which columns the labels name."""
 
 
-_LABELS = record({}, {field.name: or_null(text()) for field in fields(PersonLabels)})
+_LABELS = record({}, {field.name: or_null(_column_name) for field in fields(PersonLabels)})
 
 _META = record(
     {

@@ -1,6 +1,7 @@
 """The metas: what is known of columns."""
 
 import json
+from typing import Any
 
 import numpy as np
 import pandas as pd
@@ -10,6 +11,11 @@ from vantrel.config import PersonLabels
 from vantrel.metadata import ColumnNotFoundError, MetaNotExtractedError, Nominal
 from vantrel.metadata.forms import meta_from_dict
 from vantrel.metadata.value import Person, String
+
+try:
+    import pyarrow as pa
+except ImportError:
+    pa = None
 
 NO_COLUMN = "The table has no column 'sex'; its columns are: 'a', 'b'."
 
@@ -55,6 +61,29 @@ def test_a_missing_column_is_named_with_those_that_are_there(meta: Nominal) -> N
         meta.extract(pd.DataFrame({"a": [1], "b": [2]}))
     assert str(caught.value) == NO_COLUMN
     assert isinstance(caught.value, KeyError)
+
+
+LISTS: list[Any] = [pd.Series([["GB"], ["US"]])]
+if pa is not None:
+    LISTS.append(LISTS[0].astype(pd.ArrowDtype(pa.list_(pa.string()))))
+
+
+@pytest.mark.parametrize("column", LISTS, ids=lambda column: str(column.dtype))
+def test_values_that_cannot_be_told_apart_are_refused(column: Any) -> None:
+    with pytest.raises(TypeError) as caught:
+        Nominal("land").extract(pd.DataFrame({"land": column}))
+    assert str(caught.value) == (
+        "Column 'land' holds values that cannot be told apart, such as lists: give it texts."
+    )
+
+
+@pytest.mark.parametrize("meta", [Nominal("sex"), String("sex")])
+@pytest.mark.parametrize("rows", [0, 2])
+def test_a_column_that_is_there_twice_is_refused(meta: Nominal, rows: int) -> None:
+    table = pd.DataFrame([["m", 1, "f"]] * rows, columns=["sex", "a", "sex"])
+    with pytest.raises(ValueError) as caught:
+        meta.extract(table)
+    assert str(caught.value) == "The table has 2 columns 'sex': rename all but one of them."
 
 
 @pytest.mark.parametrize("cls", [Nominal, String])

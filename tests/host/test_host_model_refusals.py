@@ -226,6 +226,9 @@ COUNTRIES = ["model", "hidden_model_country", "probabilities"]
         (["model", "meta", "name"], {"a": 1}, "is an object of 1, not a text."),
         (["model", "meta", "labels"], [], "is a list of 0, not an object."),
         (["model", "meta", "labels", "email"], 5, "is 5, not a text."),
+        (["model", "meta", "labels", "email"], "", "is '', not the name of a column."),
+        (["model", "meta", "labels", "email"], "x" * 1_001, "has 1,001 characters, more than"
+         " 1,000."),
         (["model", "meta", "nan_freq"], 1.5, "is 1.5, not a number from 0 to 1."),
         (["model", "meta", "nan_freq"], -0.1, "is -0.1, not a number from 0 to 1."),
         (["model", "meta", "nan_freq"], True, "is true, not a number from 0 to 1."),
@@ -291,12 +294,6 @@ def test_a_wrong_item(path: Path, where: list[str | int], value: object, message
     assert edited(path, put) == f"cannot be used: {start}{message}{REMEDY}"
 
 
-def test_versions_are_taken(path: Path) -> None:
-    form = json.loads(path.read_text())
-    path.write_text(json.dumps({**form, "versions": {"Faker": "40.1"}}))
-    assert load(path).name == "person"
-
-
 def test_two_labels_of_one_column(path: Path) -> None:
     assert edited(path, lambda form: form["model"]["meta"]["labels"].update(email="sex")) == (
         "cannot be used: Column 'sex' is labelled 'gender' and 'email': give each attribute a"
@@ -308,6 +305,12 @@ def test_a_long_value_is_shown_by_its_start(path: Path) -> None:
     assert edited(path, lambda form: form["model"]["meta"].update(nan_freq="a\n" * 5_000)) == (
         f"cannot be used: model.meta.nan_freq is '{'a\\n' * 18}a ..., not a number from 0 to 1."
         f"{REMEDY}"
+    )
+
+
+def test_a_long_key_is_shown_by_its_start(path: Path) -> None:
+    assert edited(path, lambda form: form["model"]["meta"]["labels"].update(title="x" * 900)) == (
+        f"cannot be used: model.meta.children lacks the key '{'x' * 55} ....{REMEDY}"
     )
 
 

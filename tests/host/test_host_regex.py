@@ -77,6 +77,8 @@ def test_patterns_that_might_make_a_search_endless(pattern: str) -> None:
         ("(?x)a b", "what stands from '(?x)a b' on"),
         ("a{", "what stands from '{' on"),
         ("[[a]]", "what stands from '[[a]]' on"),
+        ("0[][]", "what stands from '[][]' on"),
+        ("[^][]", "what stands from '[^][]' on"),
         ("[a&&b]", "what stands from '[a&&b]' on"),
         (r"\N{BULLET}", r"what stands from '\\N{BULLE' on"),
         ("(" * 30 + ")" * 30, "groups in more than 20 others"),

@@ -56,8 +56,14 @@ def column_of(df: pd.DataFrame, name: str) -> pd.Series:
 
     Raises:
         ColumnNotFoundError: There is none; the error names those that are there.
+        ValueError: There are several of that name.
     """
     if name not in df.columns:
         known = ", ".join(map(repr, df.columns)) or "none"
         raise ColumnNotFoundError(f"The table has no column {name!r}; its columns are: {known}.")
-    return df[name]
+    column = df[name]
+    if column.ndim > 1:
+        raise ValueError(
+            f"The table has {column.shape[1]} columns {name!r}: rename all but one of them."
+        )
+    return column

@@ -42,9 +42,21 @@ class Nominal(ValueMeta):
         return self._categories is not None
 
     def extract(self, df: pd.DataFrame) -> Self:
-        """Reads the categories and the share of missing values from the column."""
+        """Reads the categories and the share of missing values from the column.
+
+        Raises:
+            ColumnNotFoundError: There is no such column.
+            TypeError: It holds values that cannot be told apart, such as lists.
+            ValueError: There are several of that name.
+        """
         column = column_of(df, self.name)
-        self._categories = self._distinct(column.dropna())
+        try:
+            self._categories = self._distinct(column.dropna())
+        except (TypeError, NotImplementedError) as error:
+            raise TypeError(
+                f"Column {self.name!r} holds values that cannot be told apart, such as lists: give"
+                " it texts."
+            ) from error
         self.nan_freq = float(column.isna().mean()) if len(column) else 0.0
         return self
 

@@ -46,7 +46,7 @@ def one_of(*known: str) -> Shape:
 
     def check(value: Any, where: str) -> None:
         if not isinstance(value, str) or value not in known:
-            refuse(value, where, " or ".join(map(repr, known)))
+            refuse(value, where, " or ".join(map(shown, known)))
 
     return check
 
@@ -119,7 +119,7 @@ def record(required: Mapping[str, Shape], optional: Mapping[str, Shape] | None =
             refuse(value, where, "an object")
         for key in required:
             if key not in value:
-                raise ShapeError(f"{where or 'it'} lacks the key {key!r}.")
+                raise ShapeError(f"{where or 'it'} lacks the key {shown(key)}.")
         for key, item in value.items():
             if key not in shapes:
                 _refuse_key(key, where)

@@ -1,0 +1,43 @@
+"""Label sets and locales of any kind, from the meta to the sample."""
+
+from dataclasses import fields
+
+import pandas as pd
+from hypothesis import given
+from hypothesis import strategies as st
+
+from support.fuzzing import any_text, fuzz, outcome
+from vantrel.config import PersonLabels
+from vantrel.metadata.value import Person
+from vantrel.model.models.person import PersonModel
+
+ATTRIBUTES = [field.name for field in fields(PersonLabels)]
+LEARNT = {"gender": ["female", "male", None], "title": ["Mrs", "Mr", "Dr"], "country": ["GB"] * 3}
+
+names = st.one_of(st.none(), st.just("name"), any_text)
+label_sets = st.builds(PersonLabels, **dict.fromkeys(ATTRIBUTES, names))
+locales = st.one_of(
+    st.none(), st.lists(st.one_of(st.sampled_from(["en_GB", "de", "FR"]), any_text), max_size=3)
+)
+
+
+@fuzz
+@given(label_sets, locales, st.integers(0, 4))
+def test_labels(labels: PersonLabels, places: list[str] | None, rows: int) -> None:
+    # Two labels name one column.
+    meta = outcome(lambda: Person("person", labels, locales=places), ValueError)
+    if meta is None:
+        return
+    assert set(meta.params) == {name for name in ATTRIBUTES if getattr(labels, name)}
+    table = pd.DataFrame(
+        {meta.params.get(name, f"no {name}"): values for name, values in LEARNT.items()}
+    )
+    model = PersonModel(meta).fit(table)
+    # A locale is not known, or there is none; pyarrow has no half characters. An empty name is the
+    # name of a column, but nothing is learnt of it.
+    refused = (KeyError,) if "" in (labels.gender, labels.title) else ()
+    people = outcome(lambda: model.sample(n=rows), ValueError, *refused)
+    if people is not None:
+        assert set(people) == {column for column in vars(labels).values() if column is not None}
+        assert people.columns.is_unique or list(vars(labels).values()).count("") > 1
+        assert len(people) == rows

@@ -1,0 +1,93 @@
+"""Templates of numbers, lengths of passwords and e-mail addresses of any kind."""
+
+from typing import Any
+
+import pandas as pd
+from hypothesis import given
+from hypothesis import strategies as st
+
+from support.fuzzing import any_text, fuzz, odd_values, outcome
+from support.odd_frames import columns
+from vantrel.model.models.person import PersonModel
+
+templates = st.one_of(
+    st.text(st.one_of(st.just("x"), st.characters()), max_size=12),
+    st.text(r"x\1X{}%+$ ", max_size=12),
+)
+
+
+def follows(number: str, template: str) -> bool:
+    return len(number) == len(template) and all(
+        drawn in "0123456789" if wanted == "x" else drawn == wanted
+        for drawn, wanted in zip(number, template, strict=True)
+    )
+
+
+def has_half_a_character(text: str) -> bool:
+    return any("\ud800" <= character <= "\udfff" for character in text)
+
+
+@fuzz
+@given(st.lists(st.booleans(), max_size=20), templates)
+def test_any_template(isna: list[bool], template: str) -> None:
+    # pyarrow has no half characters.
+    refused = (ValueError,) if has_half_a_character(template) else ()
+    numbers = outcome(
+        lambda: PersonModel.generate_phone_numbers(pd.Series(isna, dtype="bool"), template),
+        *refused,
+    )
+    if numbers is not None:
+        assert list(numbers.index) == list(range(len(isna)))
+        assert list(numbers.isna()) == isna
+        assert all(follows(number, template) for number in numbers.dropna())
+
+
+@fuzz
+@given(columns(), templates)
+def test_any_flags(isna: pd.Series, template: str) -> None:
+    # A value's truth cannot be told; pyarrow has no half characters.
+    numbers = outcome(
+        lambda: PersonModel.generate_phone_numbers(isna, template), TypeError, ValueError
+    )
+    if numbers is not None:
+        assert list(numbers.isna()) == [bool(flag) for flag in isna]
+
+
+@fuzz
+@given(odd_values)
+def test_a_template_that_is_no_text(template: Any) -> None:
+    refused = (ValueError,) if isinstance(template, str) else (TypeError,)
+    numbers = outcome(
+        lambda: PersonModel.generate_phone_numbers(pd.Series([False]), template), *refused
+    )
+    assert numbers is None or type(template) is str
+
+
+def is_no_number(value: Any) -> bool:
+    return not isinstance(value, int | float)
+
+
+lengths = st.one_of(st.integers(-50, 50), st.integers(-50, 2_000), odd_values.filter(is_no_number))
+
+
+@fuzz
+@given(lengths, lengths)
+def test_a_password(least: Any, most: Any) -> None:
+    # A length is no integer, or the least is greater than the greatest.
+    password = outcome(lambda: PersonModel.generate_password(least, most), TypeError, ValueError)
+    if password is not None:
+        assert max(least, 0) <= len(password) <= max(most, 0)
+        assert password == "" or (password.isascii() and password.isalnum())
+
+
+@fuzz
+@given(
+    st.one_of(any_text, st.from_regex(r"\A[a-z.]{1,9}@[a-z-]{1,9}(\.[a-z]{1,3})*\Z"), odd_values),
+    st.one_of(st.lists(st.sampled_from(["en", "en_GB", "fr"]), max_size=2), odd_values),
+)
+def test_an_email_address(address: Any, locales: Any) -> None:
+    # An argument is of a wrong type, or an item of the list has no "in".
+    found = outcome(lambda: PersonModel.check_email(address, locales), TypeError)
+    assert found in (True, False, None)
+    if type(address) is not str or type(locales) is not list:
+        assert found is None
