@@ -4,6 +4,7 @@
 #   make PYTHON=/path/to/python3.12     where the search of tools/find-python is not what is wanted
 #   make CXX=clang++                    the same for tools/find-compiler
 #   make test PYTEST_ARGS="-k seed"     more arguments for pytest
+#   make fuzz FUZZ_EXAMPLES=1000        fewer examples than the 10,000 of each test otherwise
 #   make leaks LEAK_CALLS=1000          fewer calls than the 10,000 that are made otherwise
 #   make bench BENCH_ARGS="--rounds 9"  more arguments for the benchmarks
 
@@ -11,7 +12,7 @@
 .DELETE_ON_ERROR:
 .SECONDEXPANSION:
 .PRECIOUS: %/.dependencies %/.installed
-.PHONY: help venv wheel demo lint test test-pandas2 test-noarrow test-all leaks bench clean
+.PHONY: help venv wheel demo lint test test-pandas2 test-noarrow test-all fuzz leaks bench clean
 
 # What a caller's own Python and pip are told to do is not meant for the environments made here.
 unexport PYTHONHOME PYTHONPATH
@@ -38,6 +39,7 @@ host_sources := host/pyproject.toml \
     $(shell find host/vantrel -name __pycache__ -prune -o -print 2>/dev/null)
 
 LEAK_CALLS ?= 10000
+FUZZ_EXAMPLES ?= 10000
 
 pip := python -m pip --disable-pip-version-check --no-input -qq
 pytest := bin/python -m pytest $(PYTEST_ARGS)
@@ -98,6 +100,10 @@ test-noarrow: .venv-noarrow/.installed  ## run the tests with pandas 3 but witho
 	@.venv-noarrow/$(pytest)
 
 test-all: test test-pandas2 test-noarrow  ## run the tests in all three environments
+
+fuzz: .venv/.installed  ## call everything with whatever Hypothesis makes up: a result or a clear refusal?
+	@echo "==> Fuzzing with $(FUZZ_EXAMPLES) examples a test"
+	@FUZZ_EXAMPLES=$(FUZZ_EXAMPLES) .venv/$(pytest) -n auto tests/fuzz
 
 leaks: .venv/.installed  ## make each call of the module again and again: does it lose memory?
 	@PYTHONPATH=tests .venv/bin/python -m checks.leaks --calls $(LEAK_CALLS)
