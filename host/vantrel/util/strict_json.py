@@ -36,7 +36,9 @@ def parse(text: str) -> Any:
 
 def inside(where: str, key: str | int) -> str:
     """Gives the path of what an object or a list has at a key, such as ``meta.labels``."""
-    if isinstance(key, str) and key.isidentifier() and len(key) <= 40:
+    if isinstance(key, int):
+        return f"{where}[{key}]"
+    if key.isidentifier() and len(key) <= 40:
         return f"{where}.{key}" if where else key
     return f"{where}[{shown(key)}]"
 
