@@ -120,6 +120,14 @@ def test_a_column_whose_values_contradict_its_name_is_told() -> None:
     )
 
 
+def test_a_gender_that_is_not_understood_needs_patterns() -> None:
+    Path("people.csv").write_text("sexo,pais\nM,ES\nH,MX\nH,ES\n")
+    assert succeed(FIT).stderr.splitlines()[0] == (
+        "vantrel: note: Column 'sexo' is not taken for gender, as its values, such as 'H', do not"
+        " look so: to take it, add --column gender=sexo, and patterns of its values with --config."
+    )
+
+
 def test_such_columns_are_told_where_nothing_is_found() -> None:
     Path("people.csv").write_text("E-Mail Address\nsecret\nhidden\n")
     assert fail(FIT, 1) == (

@@ -10,104 +10,12 @@ import pytest
 from hypothesis import given, settings
 from hypothesis import strategies as st
 
+from support.column_names import ATTRIBUTES, NAMES, NOTHING, VALUES
 from vantrel.config import PersonModelConfig
 from vantrel.detect import Choice, Doubt, detect, detect_columns
-from vantrel.detect.values import SAMPLE_SIZE
 from vantrel.tables import read_table
 
 EXAMPLES = Path(__file__).resolve().parents[2] / "examples"
-
-ATTRIBUTES = [
-    "gender",
-    "title",
-    "firstname",
-    "lastname",
-    "fullname",
-    "email",
-    "username",
-    "password",
-    "mobile_number",
-    "home_number",
-    "work_number",
-    "country",
-]
-
-# What a column of each attribute may hold.
-VALUES = {
-    "gender": ["female", "male", "m"],
-    "title": ["Mr", "Mrs", "Dr"],
-    "firstname": ["Ann", "Bo", "Mary Jane"],
-    "lastname": ["Lee", "O'Neill", "Smith"],
-    "fullname": ["Ann Lee", "O'Neill, Bo", "Mary Jane Smith"],
-    "email": ["a.lee@example.org", "bo@example.com", "mj@example.co.uk"],
-    "username": ["alee", "bo_7", "mj.smith"],
-    "password": ["s3cr3t!", "hunter22", "x'yz&8.9"],
-    "mobile_number": ["07700 900123", "+44 7700 900124", "07700900125"],
-    "home_number": ["01632 960001", "(01632) 960002", "01632/960003"],
-    "work_number": ["020 7946 0001", "020-7946-0002", "020 7946 0003 x12"],
-    "country": ["GB", "Germany", "South Korea"],
-}
-NOTHING = ["12.5", "13.0", "99.9"]
-
-NAMES = {
-    "gender": [
-        "gender", "Gender", "SEX", "sexe", "género", "genre", "Geschlecht", "sexo", "Sesso", "kön",
-        "płeć", "gender_code", "customerGender", "Gender (M/F)", "m/f", "geslacht",
-    ],
-    "title": [
-        "title", "Title", "Salutation", "honorific", "Anrede", "Titel", "civilité", "tratamiento",
-        "name_prefix", "customer_title", "aanhef",
-    ],
-    "firstname": [
-        "First Name", "first_name", "firstName", "FirstName", "FIRST-NAME", "FNAME", "first",
-        "given_name", "GivenNames", "forename", "vorname", "Vorname(n)", "prénom", "Prenom",
-        "PRÉNOM", "voornaam", "förnamn", "fornavn", "imię", "etunimi", "jméno", "name_first",
-        "customer_first_name", "emp.first.name", "contactFirstName", "primeiro_nome",
-    ],
-    "lastname": [
-        "Last Name", "last_name", "lastName", "LNAME", "last", "surname", "Surname",
-        "family name", "Nachname", "Familienname", "nom_de_famille", "apellido", "Apellidos",
-        "sobrenome", "cognome", "achternaam", "efternamn", "etternavn", "nazwisko", "sukunimi",
-        "Příjmení", "user_last_name", "soyadı",
-    ],
-    "fullname": [
-        "full name", "fullName", "FULL_NAME", "complete_name", "nom complet", "nombre_completo",
-        "name", "Name", "customer_name", "patientName", "Kunden Name", "name_full",
-        "imię i nazwisko",
-    ],
-    "email": [
-        "email", "E-Mail", "e_mail", "eMail", "EMAIL", "e-mail address", "EmailAddress", "mail",
-        "correo electrónico", "courriel", "work_email", "email_1", "Email 2", "sähköposti",
-        "E-Mail-Adresse", "email (private)",
-    ],
-    "username": [
-        "username", "user_name", "UserName", "login", "user", "Benutzername", "usuario",
-        "nom_d'utilisateur", "login name", "handle", "account_username",
-    ],
-    "password": [
-        "password", "Passwd", "pwd", "Passwort", "mot de passe", "contraseña", "user_password",
-        "wachtwoord", "hasło",
-    ],
-    "mobile_number": [
-        "mobile", "mobile_number", "MobilePhone", "cell", "Cell Phone", "cellphone", "Handy",
-        "Handy-Nr.", "Mobiltelefon", "tel_mobile", "portable", "móvil", "celular", "gsm",
-        "phone", "Phone Number", "telephone", "Tel.", "Telefonnummer", "téléphone", "phone1",
-        "contact_phone", "Phone (mobile)", "kontakt.mobile_phone_no", "msisdn",
-    ],
-    "home_number": [
-        "home_number", "home phone", "tel_home", "HomeTel", "phone_home", "Telefon (privat)",
-        "landline", "Festnetz", "téléphone fixe", "home_phone_number", "customer_home_phone",
-    ],
-    "work_number": [
-        "work_number", "work phone", "tel_work", "office_phone", "BusinessPhone", "phoneWork",
-        "Telefon dienstlich", "company_phone", "daytime phone", "Work Tel. No.",
-    ],
-    "country": [
-        "country", "Country", "country_code", "CountryName", "iso2", "nation", "nationality",
-        "Land", "Ländercode", "pays", "país", "paese", "kraj", "billing_country",
-        "Country/Region", "country of birth", "land_code",
-    ],
-}  # fmt: skip
 
 
 def frame(**columns: list[str]) -> pd.DataFrame:
@@ -150,6 +58,9 @@ def test_names_that_say_nothing_of_a_person(name: str, attribute: str) -> None:
         ("vendor email", ["a@b.co", "c@d.co"]),
         ("domain_name", ["a.example", "b.example"]),
         ("last_login", ["yesterday", "today"]),
+        ("password_hint", ["rosebud", "goldfish"]),
+        ("first_name_initial", ["A", "B"]),
+        ("username_source", ["intranet", "intranet"]),
     ],
 )
 def test_columns_of_others_are_not_taken(name: str, values: list[str]) -> None:
@@ -224,6 +135,12 @@ def test_values_that_could_be_anything_tell_nothing(values: list[str]) -> None:
     assert detect(frame(x=values)).choices == []
 
 
+@pytest.mark.parametrize(("others", "found"), [(1, {"email": "x"}), (2, {})])
+def test_nine_of_ten_values_tell(others: int, found: dict[str, str]) -> None:
+    values = ["a@b.co"] * (10 - others) + ["none"] * others
+    assert detect_columns(frame(x=values)) == found
+
+
 @pytest.mark.parametrize(
     ("attribute", "name", "values", "told"),
     [
@@ -231,10 +148,13 @@ def test_values_that_could_be_anything_tell_nothing(values: list[str]) -> None:
         ("title", "Title", ["Casablanca", "Alien", "Dr"], "Casablanca"),
         ("gender", "genre", ["Jazz", "Rock", "Rock"], "Rock"),
         ("gender", "sex", ["1", "2", "2"], "2"),
+        ("gender", "sexo", ["M", "H", "M"], "H"),
+        ("gender", "sexe", ["H", "F", "F"], "H"),
         ("country", "nationality", ["German", "French", "French"], "French"),
         ("country", "Land", ["Deutschland", "Polen", "DE"], "Deutschland"),
         ("email", "mail", ["12 High Street", "Box 7", "a@b.co"], None),
         ("mobile_number", "mobile", ["yes", "no", "yes"], None),
+        ("mobile_number", "Phone", ["12", "34567", "1234567890123456"], None),
         ("mobile_number", "Phone", ["iPhone 9", "Pixel", "Pixel"], None),
         ("home_number", "landline", ["yes", "no", "yes"], None),
         ("firstname", "first", ["1", "2", "3"], None),
@@ -263,6 +183,10 @@ def test_some_values_may_be_others() -> None:
         "gender": "sex",
         "title": "title",
     }
+
+
+def test_all_may_be_of_one_gender() -> None:
+    assert detect_columns(frame(sex=["f", "f"])) == {"gender": "sex"}
 
 
 def test_names_need_no_particular_values() -> None:
@@ -373,16 +297,14 @@ def test_missing_values_are_no_values() -> None:
     }
 
 
-def test_only_the_first_values_are_looked_at() -> None:
-    jobs = ["Clerk"] * (SAMPLE_SIZE + 1)
-    late = frame(title=["Mr", "Mrs"] * (SAMPLE_SIZE // 2) + jobs)
-    assert detect_columns(late) == {"title": "title"}
-    early = frame(title=["Mr", "Mrs"] * (SAMPLE_SIZE // 4 - 1) + jobs)
-    assert detect_columns(early) == {}
+def test_only_the_first_ten_thousand_values_are_looked_at() -> None:
+    jobs = ["Clerk"] * 15_000
+    assert detect_columns(frame(title=["Mr", "Mrs"] * 2_500 + jobs)) == {"title": "title"}
+    assert detect_columns(frame(title=["Mr", "Mrs"] * 2_499 + jobs)) == {}
 
 
 def test_missing_values_do_not_count_among_the_first() -> None:
-    values = [None] * (SAMPLE_SIZE + 1) + ["m", "f"]
+    values = [None] * 10_001 + ["m", "f"]
     assert detect_columns(pd.DataFrame({"sex": values})) == {"gender": "sex"}
 
 

@@ -64,9 +64,10 @@ def doubt_note(doubt: Doubt) -> str:
     """Tells of a column that was not taken, and how to take it."""
     value = "" if doubt.value is None else f", such as {doubt.value!r},"
     option = shlex.quote(f"{doubt.attribute}={doubt.column}")
+    meaning = ", and patterns of its values with --config" if doubt.attribute == "gender" else ""
     return (
         f"Column {doubt.column!r} is not taken for {doubt.attribute}, as its values{value} do not"
-        f" look so: to take it, add --column {option}."
+        f" look so: to take it, add --column {option}{meaning}."
     )
 
 

@@ -132,7 +132,7 @@ _OF_OTHERS = frozenset(
     company firm firma organisation organization employer shop store vendor supplier
     product item article book song film movie album track file folder host domain server device
     page event project team job campaign course school university hotel street city town place
-    region state currency language lang ip species breed pet animal dog cat horse ship vessel
+    region state currency language lang ip species breed pet animal dog cat horse vessel
     mother father parent spouse partner husband wife child emergency kin next guardian referee
     middle maiden former previous old alias
     date time timestamp created updated modified count length verified valid confirmed optin opt
@@ -151,11 +151,11 @@ _TOLD_BY_VALUES = frozenset(
 # Before a name of no kind only these leave it a person's.
 _PERSONS = frozenset(
     """
-    person people customer client kunde kunden klant cliente employee staff worker mitarbeiter user
-    member mitglied patient contact guest gast passenger student pupil teacher applicant candidate
-    bewerber owner holder cardholder account subscriber buyer seller recipient sender author
-    respondent participant teilnehmer driver tenant donor display legal complete whole billing
-    shipping ansprechpartner ihr your dein
+    person people emp cust customer client kunde kunden klant cliente employee staff worker
+    mitarbeiter user member mitglied patient contact guest gast passenger student pupil teacher
+    applicant candidate bewerber owner holder cardholder account subscriber buyer seller recipient
+    sender author respondent participant teilnehmer driver tenant donor display legal complete whole
+    billing shipping ansprechpartner ihr your dein
     """.split()
 )
 

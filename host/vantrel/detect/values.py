@@ -70,8 +70,15 @@ class Values:
         return max((value for value in self._rows if value not in fits), key=self._rows.__getitem__)
 
     def agreement(self, kind: str) -> float:
-        """The share of the rows whose value is of a kind, 0 if it is too low to agree with it."""
-        share = self._share(self._fitting(kind))
+        """The share of the rows whose value is of a kind, 0 if it is too low to agree with it.
+
+        Genders agree only if women's and men's are understood, or all are: with "M" and "H" (mujer,
+        hombre), "M" would be taken for male.
+        """
+        fitting = self._fitting(kind)
+        share = self._share(fitting)
+        if kind == "gender" and len(fitting) < len(self._rows) and not self._has_both(kind):
+            return 0.0
         return share if share >= _AGREEING else 0.0
 
     @property
