@@ -143,9 +143,8 @@ def test_a_negative_seed_is_refused(people: pd.DataFrame) -> None:
 
 def states() -> dict[str, Any]:
     """All of the process that sampling could leave changed."""
-    module_random = person.random
     seeded = (Generator._global_seed, Generator._is_seeded)
-    return {**source_states(), "module": module_random, "seeded": seeded}
+    return {**source_states(), "own random": person.random is random, "seeded": seeded}
 
 
 @pytest.fixture(params=["fresh", "seeded"])
@@ -164,6 +163,7 @@ def test_the_sources_of_the_process_are_as_before(
     for labels in CASES:
         sample_block(fitted(labels, people), Plan(100, 7), 0)
         assert states() == before
+    assert before["own random"]
 
 
 @pytest.mark.parametrize("error", [ValueError, KeyboardInterrupt, SystemExit])
