@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import hashlib
 import json
 import warnings
 from pathlib import Path
@@ -10,7 +11,7 @@ from typing import TYPE_CHECKING, Any
 from vantrel.files import replacing
 from vantrel.model_form import check_model
 from vantrel.util.locale.locale import Provider, get_country_to_provder_map
-from vantrel.util.shapes import ShapeError, integer, mapping_of, one_of, record, text
+from vantrel.util.shapes import ShapeError, integer, mapping_of, one_of, record, refuse, text
 from vantrel.util.strict_json import UnsoundJsonError, parse
 from vantrel.versions import OtherVersionsWarning, differences, versions
 
@@ -23,9 +24,18 @@ SCHEMA_VERSION = 1
 # A model of a hundred thousand distinct titles takes a third of it, a usual one a thousandth.
 MOST_BYTES = 16 * 2**20
 
+_LONGEST_VERSION = 100
+
+
+def _version(value: Any, where: str) -> None:
+    text(_LONGEST_VERSION)(value, where)
+    if not value.isprintable():
+        refuse(value, where, "a version")
+
+
 _FILE = record(
     {"format": one_of(FORMAT), "schema_version": integer(1, SCHEMA_VERSION), "model": check_model},
-    {"versions": mapping_of(text())},
+    {"versions": mapping_of(_version)},
 )
 
 
@@ -89,8 +99,8 @@ def loads(content: str) -> PersonModel:
         raise ModelFileError(f"cannot be used: {error}") from error
     if different := differences(form.get("versions", {})):
         warnings.warn(
-            f"The same seed may give other rows than where the model was fitted:"
-            f" {'; '.join(different)}.",
+            "The same seed may give other rows than where the model was fitted:"
+            f" {'; '.join(different)}. For the same rows install what was there.",
             OtherVersionsWarning,
             stacklevel=2,
         )
@@ -120,8 +130,20 @@ def load(path: str | Path) -> PersonModel:
     Warns:
         OtherVersionsWarning: The same seed may give other rows here than where it was fitted.
     """
+    return load_with_sha256(path)[0]
+
+
+def load_with_sha256(path: str | Path) -> tuple[PersonModel, str]:
+    """Reads a fitted model as :func:`load` does, and the SHA-256 of its file, both at one go.
+
+    So they belong together also where the file is a pipe or is replaced meanwhile.
+
+    Returns:
+        The model, and 64 hexadecimal digits.
+    """
     try:
-        return loads(_read(Path(path)))
+        content = _read(Path(path))
+        return loads(content), hashlib.sha256(content.encode()).hexdigest()
     except ModelFileError as error:
         raise ModelFileError(f"Model file {path} {error}") from error
 

@@ -2,17 +2,38 @@
 
 from __future__ import annotations
 
-import hashlib
 import json
 from dataclasses import asdict, dataclass, field, fields
 from pathlib import Path
 from typing import Any
 
 from vantrel.files import replacing
+from vantrel.util.shapes import ShapeError, integer, mapping_of, one_of, refuse, text
+from vantrel.util.shapes import record as object_of
 from vantrel.versions import versions
 
 FORMAT = "vantrel-sample"
 SCHEMA_VERSION = 1
+
+
+def _count(value: Any, where: str) -> None:
+    if type(value) is not int or value < 0:
+        refuse(value, where, "an integer from 0 on")
+
+
+_FILE = object_of(
+    {
+        "format": one_of(FORMAT),
+        "schema_version": integer(SCHEMA_VERSION, SCHEMA_VERSION),
+        "model": text(),
+        "model_sha256": text(),
+        "rows": _count,
+        "seed": _count,
+        "columns": mapping_of(text()),
+        "options": mapping_of(lambda _value, _where: None),
+        "versions": mapping_of(text()),
+    }
+)
 
 
 class RecordError(ValueError):
@@ -56,16 +77,6 @@ def record_path(output: Path, *, unfinished: bool = False) -> Path:
     return output.with_name(f"{output.name}.made.json")
 
 
-def sha256_of(path: Path) -> str:
-    """The SHA-256 of a file in hexadecimal digits.
-
-    Raises:
-        OSError: The file cannot be read.
-    """
-    with path.open("rb") as file:
-        return hashlib.file_digest(file, "sha256").hexdigest()
-
-
 def write_record(record: SampleRecord, output: Path, *, unfinished: bool = False) -> None:
     """Writes the record of a sample, whole or not at all, where :func:`record_path` tells.
 
@@ -89,12 +100,15 @@ def read_record(output: Path, *, unfinished: bool = False) -> SampleRecord | Non
     path = record_path(output, unfinished=unfinished)
     try:
         form = json.loads(path.read_text(encoding="utf-8"))
-        if form["format"] != FORMAT or form["schema_version"] != SCHEMA_VERSION:
-            raise ValueError("another format or schema version")
-        return SampleRecord(**{each.name: form[each.name] for each in fields(SampleRecord)})
-    except FileNotFoundError:
+        _FILE(form, "it")
+    except (FileNotFoundError, NotADirectoryError):
         return None
-    except (OSError, ValueError, TypeError, KeyError) as error:
+    except OSError as error:
+        raise RecordError(f"{path} cannot be read: {error.strerror or error}.") from error
+    except ShapeError as error:
         raise RecordError(
-            f"{path} is no record of a sample ({error}): remove it or sample again."
+            f"{path} is no record of a sample that this version knows: {error} Move it away."
         ) from error
+    except (ValueError, RecursionError) as error:
+        raise RecordError(f"{path} is no record of a sample: no JSON. Move it away.") from error
+    return SampleRecord(**{each.name: form[each.name] for each in fields(SampleRecord)})

@@ -5,6 +5,7 @@ from __future__ import annotations
 import secrets
 import warnings
 from dataclasses import dataclass
+from functools import cached_property
 from pathlib import Path
 from typing import TYPE_CHECKING, Any
 
@@ -81,14 +82,18 @@ class SampleRequest:
         """Reads the model.
 
         Raises:
-            ValueError: It cannot be used, or is to be strict and has borrowed names.
+            ValueError: It cannot be used.
         """
-        from vantrel.model_file import load
+        return self._model_and_sha256[0]
+
+    @cached_property
+    def _model_and_sha256(self) -> tuple[PersonModel, str]:
+        from vantrel.model_file import load_with_sha256
         from vantrel.util.locale.locale import BorrowedNamesWarning
 
         with warnings.catch_warnings():
             warnings.simplefilter("ignore", BorrowedNamesWarning)  # 'vantrel fit' has told
-            return load(self.model_file)
+            return load_with_sha256(self.model_file)
 
     def new_seed(self) -> int:
         """The seed that is asked for, else a drawn one."""
@@ -96,11 +101,11 @@ class SampleRequest:
 
     def record(self, model: PersonModel, plan: Plan, **options: Any) -> SampleRecord:
         """Notes how the sample is made."""
-        from vantrel.record import SampleRecord, sha256_of
+        from vantrel.record import SampleRecord
 
         return SampleRecord(
             model=self.model_file.name,
-            model_sha256=sha256_of(self.model_file),
+            model_sha256=self._model_and_sha256[1],
             rows=plan.rows,
             seed=plan.seed,
             columns=dict(model.params),

@@ -1,0 +1,142 @@
+"""What is kept beside a sample of how it was made."""
+
+import json
+from pathlib import Path
+from typing import Any
+
+import pytest
+
+from vantrel.record import RecordError, SampleRecord, read_record, record_path, write_record
+from vantrel.versions import versions
+
+RECORD = SampleRecord(
+    model="modèle.json",
+    model_sha256="ab" * 32,
+    rows=12,
+    seed=2**200,
+    columns={"gender": "sex", "country": "Länder"},
+    options={"unique": ["email"], "conditions": None, "block_rows": 50_000},
+)
+
+
+@pytest.fixture
+def output(tmp_path: Path) -> Path:
+    """A sample that has a record."""
+    path = tmp_path / "people.csv"
+    path.write_text("sex\n")
+    write_record(RECORD, path)
+    return path
+
+
+def edited(output: Path, **changes: Any) -> str:
+    """Changes keys of a record, None to leave one out, and gives the message of refusal."""
+    path = record_path(output)
+    form = {**json.loads(path.read_text(encoding="utf-8")), **changes}
+    path.write_text(json.dumps({key: form[key] for key in form if form[key] is not None}))
+    return refusal(output)
+
+
+def refusal(output: Path) -> str:
+    with pytest.raises(RecordError) as caught:
+        read_record(output)
+    return str(caught.value)
+
+
+def no_record(output: Path, why: str) -> str:
+    return f"{record_path(output)} is no record of a sample{why} Move it away."
+
+
+def test_a_record_is_read_as_it_was_written(output: Path) -> None:
+    assert read_record(output) == RECORD
+    assert RECORD.versions == versions()
+
+
+def test_a_record_can_be_read_by_others(output: Path) -> None:
+    assert json.loads(record_path(output).read_text(encoding="utf-8")) == {
+        "format": "vantrel-sample",
+        "schema_version": 1,
+        "model": "modèle.json",
+        "model_sha256": "ab" * 32,
+        "rows": 12,
+        "seed": 2**200,
+        "columns": {"gender": "sex", "country": "Länder"},
+        "options": {"unique": ["email"], "conditions": None, "block_rows": 50_000},
+        "versions": versions(),
+    }
+
+
+def test_a_record_stands_beside_a_file_and_in_a_folder(tmp_path: Path) -> None:
+    assert record_path(tmp_path / "people.csv") == tmp_path / "people.csv.made.json"
+    assert record_path(tmp_path / "p", unfinished=True) == tmp_path / "p.made.json"
+    assert record_path(tmp_path) == tmp_path / "_made.json"
+    assert record_path(tmp_path, unfinished=True) == tmp_path / "_making.json"
+
+
+def test_a_folder_has_records_of_its_own(tmp_path: Path) -> None:
+    write_record(RECORD, tmp_path, unfinished=True)
+    assert read_record(tmp_path) is None
+    assert read_record(tmp_path, unfinished=True) == RECORD
+
+
+@pytest.mark.parametrize("name", ["other.csv", "no/other.csv", "people.csv/other.csv"])
+def test_a_sample_without_a_record(output: Path, name: str) -> None:
+    assert read_record(output.with_name(name.partition("/")[0]) / name.partition("/")[2]) is None
+
+
+@pytest.mark.parametrize("content", [b"", b"{", b"a note", b"\xff\xfe", b"[" * 100_000])
+def test_a_file_that_is_no_json(output: Path, content: bytes) -> None:
+    record_path(output).write_bytes(content)
+    assert refusal(output) == no_record(output, ": no JSON.")
+
+
+@pytest.mark.parametrize(
+    ("content", "why"),
+    [
+        ("[]", "it is a list of 0, not an object."),
+        ("5", "it is 5, not an object."),
+        ("{}", "it lacks the key 'format'."),
+    ],
+)
+def test_a_file_of_something_else(output: Path, content: str, why: str) -> None:
+    record_path(output).write_text(content)
+    assert refusal(output) == no_record(output, f" that this version knows: {why}")
+
+
+@pytest.mark.parametrize(
+    ("changes", "why"),
+    [
+        ({"format": "x"}, "it.format is 'x', not 'vantrel-sample'."),
+        ({"schema_version": 2}, "it.schema_version is 2, not 1."),
+        ({"seed": None}, "it lacks the key 'seed'."),
+        ({"extra": 1}, "it has the key 'extra', which is not known."),
+        ({"rows": "12"}, "it.rows is '12', not an integer from 0 on."),
+        ({"rows": -1}, "it.rows is -1, not an integer from 0 on."),
+        ({"rows": True}, "it.rows is true, not an integer from 0 on."),
+        ({"seed": 1.5}, "it.seed is 1.5, not an integer from 0 on."),
+        ({"model": 5}, "it.model is 5, not a text."),
+        ({"model_sha256": []}, "it.model_sha256 is a list of 0, not a text."),
+        ({"columns": []}, "it.columns is a list of 0, not an object."),
+        ({"columns": {"gender": 5}}, "it.columns.gender is 5, not a text."),
+        ({"options": "x"}, "it.options is 'x', not an object."),
+        ({"versions": {"Faker": 40}}, "it.versions.Faker is 40, not a text."),
+    ],
+)
+def test_a_record_that_is_not_as_it_should_be(
+    output: Path, changes: dict[str, Any], why: str
+) -> None:
+    assert edited(output, **changes) == no_record(output, f" that this version knows: {why}")
+
+
+def test_a_folder_in_the_place_of_a_record(output: Path) -> None:
+    record_path(output).unlink()
+    record_path(output).mkdir()
+    assert refusal(output) == f"{record_path(output)} cannot be read: Is a directory."
+
+
+def test_a_record_is_written_whole_or_not_at_all(output: Path) -> None:
+    before = record_path(output).read_bytes()
+    unwritable = SampleRecord(**{**vars(RECORD), "options": {"seen": {1, 2}}})
+    with pytest.raises(TypeError):
+        write_record(unwritable, output)
+    assert record_path(output).read_bytes() == before
+    assert len(list(output.parent.iterdir())) == 2
