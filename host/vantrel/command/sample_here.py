@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import warnings
 from collections.abc import Iterable, Iterator
 from typing import TYPE_CHECKING
 
@@ -9,12 +10,16 @@ import click
 
 from vantrel.command.output import STANDARD_OUTPUT
 from vantrel.command.sample_request import SampleRequest, done, progress_bar
-from vantrel.record import read_record, write_record
+from vantrel.files import is_special
+from vantrel.record import read_record, record_path, write_record
 from vantrel.sampling import Plan, prepare_conditions, refuse_borrowed, sample_blocks
 from vantrel.tables import read_table, write_csv, write_table
+from vantrel.util.locale.locale import BorrowedNamesWarning
 
 if TYPE_CHECKING:
     import pandas as pd
+
+    from vantrel.model.models.person import PersonModel
 
 
 def make(request: SampleRequest) -> None:
@@ -25,13 +30,13 @@ def make(request: SampleRequest) -> None:
         OSError: The output cannot be written.
     """
     output = request.output
-    read_record(output)  # what is there and no record is not overwritten by one
+    recorded = output != STANDARD_OUTPUT and not is_special(output)
+    if recorded:
+        read_record(output)  # what is there and no record is not overwritten by one
     model = request.load_model()
-    conditions = None
-    if request.conditions is not None:
-        conditions = prepare_conditions(model, read_table(request.conditions))
+    conditions = _conditions(request, model)
     if request.strict:
-        refuse_borrowed(model)
+        refuse_borrowed(model, conditions)
     rows = request.rows if conditions is None else len(conditions)
     assert rows is not None
     plan = Plan(rows, request.new_seed(), unique=request.unique)
@@ -43,10 +48,20 @@ def make(request: SampleRequest) -> None:
             click.echo(f"vantrel: note: the seed is {plan.seed}", err=True)
         return
     write_table(_counted(people, rows), output, spreadsheet_safe=request.csv_safe)
-    if output.is_file():
+    if recorded:
         given = request.conditions.name if request.conditions else None
+        record_path(output).unlink(missing_ok=True)  # it tells of the table that was there before
         write_record(request.record(model, plan, conditions=given), output)
     done(plan, output)
+
+
+def _conditions(request: SampleRequest, model: PersonModel) -> pd.DataFrame | None:
+    if request.conditions is None:
+        return None
+    with warnings.catch_warnings():
+        if request.strict:
+            warnings.simplefilter("ignore", BorrowedNamesWarning)  # they are refused
+        return prepare_conditions(model, read_table(request.conditions))
 
 
 def _counted(frames: Iterable[pd.DataFrame], rows: int) -> Iterator[pd.DataFrame]:

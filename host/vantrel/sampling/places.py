@@ -8,6 +8,8 @@ from typing import TYPE_CHECKING
 from vantrel.util.locale.locale import Provider, borrowed_places, get_country_to_provder_map
 
 if TYPE_CHECKING:
+    import pandas as pd
+
     from vantrel.model.models.person import PersonModel
 
 
@@ -25,13 +27,20 @@ def take_in(model: PersonModel, countries: Iterable[str]) -> None:
     model.country_to_provider_map = known | get_country_to_provder_map(new, Provider.PERSON)
 
 
-def refuse_borrowed(model: PersonModel) -> None:
+def refuse_borrowed(model: PersonModel, conditions: pd.DataFrame | None = None) -> None:
     """Makes sure that Faker has names of every country or locale that a model may sample.
+
+    Args:
+        model: A fitted model.
+        conditions: What ``prepare_conditions`` made; of given countries no others are sampled.
 
     Raises:
         ValueError: It has none of some; all of them are named.
     """
-    if model.labels.country is not None:
+    country = model.labels.country
+    if conditions is not None and country in conditions:
+        places = list(conditions[country].unique())
+    elif country is not None:
         places = list(model.country_to_provider_map)
     else:
         places = list(model.locales or [model.default_locale])
