@@ -11,7 +11,7 @@ def test_thread_that_comes_while_another_one_is_learning() -> None:
     import faulthandler, sys, threading, time
     sys.path.insert(0, {str(Path(__file__).parents[1])!r})
     from support.whole_columns import countries, model_with, names, new_fakers
-    faulthandler.dump_traceback_later(20, exit=True)
+    faulthandler.dump_traceback_later(50, exit=True)
 
     def make():
         made.append(len(model.generate_last_names(names(20), places)))

@@ -27,7 +27,7 @@ from support.whole_columns import (
 from vantrel.model.models.person import PersonModel
 
 # Signals are let in every few ten thousand rows.
-ROWS = 200_000
+ROWS = 100_000
 
 # The source behind the functions of `random`.
 HIDDEN_SOURCE: random.Random = random.choice.__self__

@@ -14,13 +14,16 @@ from vantrel.model.models.person import PersonModel
 THREADS = 8
 TITLES = {("female", "Mrs"), ("male", "Mr"), ("nb", "Mx")}
 
-# Few rows are made in one go; amid many, other threads are let in.
-few_and_many_rows = pytest.mark.parametrize("rows", [50, 40_000])
+# The columns of few rows are made in one go, between which threads are switched as often as can be;
+# amid those of many rows the module itself lets other threads in.
+few_and_many_rows = pytest.mark.parametrize(
+    ("rows", "switch_interval"), [(50, 1e-6), (40_000, None)], indirect=["switch_interval"]
+)
 
 
-@pytest.fixture(autouse=True, params=[None, 1e-6], ids=["usual switches", "many switches"])
-def switches(request: pytest.FixtureRequest) -> Iterator[None]:
-    """How long a thread runs Python code before it lets another one run."""
+@pytest.fixture
+def switch_interval(request: pytest.FixtureRequest) -> Iterator[None]:
+    """How many seconds a thread runs Python code before it lets another one run."""
     usual = sys.getswitchinterval()
     sys.setswitchinterval(request.param or usual)
     yield
@@ -57,14 +60,14 @@ def assert_whole(frame: pd.DataFrame, rows: int, model: PersonModel) -> None:
 
 
 @few_and_many_rows
-def test_models_of_their_own(rows: int) -> None:
+def test_models_of_their_own(rows: int, switch_interval: None) -> None:
     models = [fitted_model() for _ in range(THREADS)]
     for model, frame in zip(models, samples_in_threads(models, rows), strict=True):
         assert_whole(frame, rows, model)
 
 
 @few_and_many_rows
-def test_one_model(rows: int) -> None:
+def test_one_model(rows: int, switch_interval: None) -> None:
     model = fitted_model()
     for frame in samples_in_threads([model] * THREADS, rows):
         assert_whole(frame, rows, model)
