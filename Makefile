@@ -12,18 +12,19 @@
 .DELETE_ON_ERROR:
 .SECONDEXPANSION:
 .PRECIOUS: %/.dependencies %/.installed
-.PHONY: help venv wheel demo lint test test-pandas2 test-noarrow test-all fuzz leaks bench clean
+.PHONY: help venv wheel demo lint test test-pandas2 test-noarrow test-all fuzz leaks asan interrupts bench clean
 
 # What a caller's own Python and pip are told to do is not meant for the environments made here.
 unexport PYTHONHOME PYTHONPATH
 unexport PIP_CONSTRAINT PIP_NO_DEPS PIP_PREFIX PIP_REQUIRE_HASHES PIP_ROOT PIP_TARGET PIP_USER
 
 # Each environment is a folder with the list of packages that makes it what it is.
-environments := .venv .venv-pandas2 .venv-noarrow .venv-bench .venv-lint
+environments := .venv .venv-pandas2 .venv-noarrow .venv-bench .venv-asan .venv-lint
 packages_.venv := requirements/pandas3-pyarrow.txt
 packages_.venv-pandas2 := requirements/pandas2.txt
 packages_.venv-noarrow := requirements/pandas3.txt
 packages_.venv-bench := requirements/bench.txt
+packages_.venv-asan := requirements/pandas3-pyarrow.txt
 packages_.venv-lint := requirements/lint.txt
 
 # What `make lint` runs, the quickest first, and the files that it names to them.
@@ -43,6 +44,7 @@ FUZZ_EXAMPLES ?= 10000
 
 pip := python -m pip --disable-pip-version-check --no-input -qq
 pytest := bin/python -m pytest $(PYTEST_ARGS)
+packages := lib/python3.12/site-packages
 
 help:  ## list the targets
 	@sed -n 's/^\([a-z0-9-]*\):.*## /make \1	/p' Makefile | expand -t 20
@@ -108,6 +110,14 @@ fuzz: .venv/.installed  ## call everything with whatever Hypothesis makes up: a 
 leaks: .venv/.installed  ## make each call of the module again and again: does it lose memory?
 	@PYTHONPATH=tests .venv/bin/python -m checks.leaks --calls $(LEAK_CALLS)
 
+asan: .venv-asan/.sanitized  ## run the tests under the address and undefined behaviour sanitizers
+	@echo "==> Testing with sanitizers"
+	@CXX=$$(tools/find-compiler) tools/sanitized .venv-asan/$(packages)/vantrel/model/models/person.*.so \
+	    .venv-asan/bin/python -m pytest -n auto $(PYTEST_ARGS)
+
+interrupts: .venv/.installed  ## interrupt long calls: how soon does Ctrl-C end them?
+	@.venv/bin/python -m checks.interrupts
+
 bench: .venv-bench/.installed  ## measure speed and memory, write benchmarks/RESULTS.md
 	@.venv-bench/bin/python -m benchmarks $(BENCH_ARGS)
 
@@ -135,6 +145,15 @@ dist/.host: .venv/.dependencies $(host_sources)
 	@echo "Building the host package"
 	@rm -f dist/vantrel-*.whl
 	@.venv/bin/$(pip) wheel --no-build-isolation --no-deps --wheel-dir dist ./host
+	@touch $@
+
+# The library of the wheel gives way to one of the same sources.
+.venv-asan/.sanitized: .venv-asan/.installed
+	@echo "Building the extension module with sanitizers"
+	@CXX=$$(tools/find-compiler) && export CXX && PATH=$(CURDIR)/.venv/bin:$$PATH && \
+	cmake --preset asan -DPython_EXECUTABLE=$(CURDIR)/.venv/bin/python >/dev/null && \
+	cmake --build --preset asan && \
+	cmake --install build/asan --prefix .venv-asan/$(packages) >/dev/null
 	@touch $@
 
 # First the two wheels by force, for their version does not tell that they changed; then what they need.
