@@ -53,5 +53,5 @@ def client(cluster: LocalCluster) -> Iterator[Client]:
 
 @pytest.fixture
 def model() -> PersonModel:
-    """A model of all attributes, with missing genders and countries."""
+    """A model of a few attributes, with missing genders and countries."""
     return model_with_gaps()

@@ -50,7 +50,6 @@ def test_rows_of_a_lost_worker_are_made_again(client: Any) -> None:
     kill_one(client, holder)  # with the rows that it has made
     made = pd.concat(client.gather(futures))
     pd.testing.assert_frame_equal(made, rows_of(model, PLAN), check_exact=True)
-    client.wait_for_workers(2, timeout=60)
     assert len(before - processes(client)) == 1
 
 

@@ -10,8 +10,8 @@ import numpy as np
 import pandas as pd
 import pytest
 
-from support.people import fitted_model
-from support.scaling import model_with_gaps, rows_of
+from support.people import ALL_LABELS, fitted_model
+from support.scaling import QUICK, model_with_gaps, rows_of
 from support.sources import source_states
 from vantrel.config import PersonLabels
 from vantrel.model.models.person import PersonModel
@@ -39,25 +39,14 @@ def frame_of(model: PersonModel, plan: Plan, npartitions: int | None = None) -> 
     )
 
 
-# A block costs the same few milliseconds an attribute however few rows it has. These draw from
-# every random source.
-QUICK = PersonLabels(
-    gender="gender",
-    firstname="first",
-    password="password",
-    mobile_number="mobile",
-    country="country",
-)
-
-
 @pytest.fixture(scope="module")
 def model() -> PersonModel:
-    return model_with_gaps(QUICK)
+    return model_with_gaps()
 
 
 @pytest.fixture(scope="module")
 def expected() -> pd.DataFrame:
-    return rows_of(model_with_gaps(QUICK), PLAN)
+    return rows_of(model_with_gaps(), PLAN)
 
 
 def check_rows(made: pd.DataFrame, expected: pd.DataFrame) -> None:
@@ -87,7 +76,7 @@ def test_a_cluster(
 
 
 def test_all_attributes() -> None:
-    model = model_with_gaps()
+    model = model_with_gaps(ALL_LABELS)
     plan = replace(PLAN, rows=43)
     check_rows(frame_of(model, plan, 3).compute(scheduler="sync"), rows_of(model, plan))
 
@@ -141,9 +130,9 @@ def test_no_rows_have_all_columns(model: PersonModel, expected: pd.DataFrame) ->
 
 
 def test_columns_of_missing_values_only_are_of_text() -> None:
-    model = model_with_gaps(QUICK, share=0.5)
-    plan = Plan(40, 7, block_rows=1)
-    frame = frame_of(model, plan, 40)
+    model = model_with_gaps(share=0.5)
+    plan = Plan(12, 7, block_rows=1)
+    frame = frame_of(model, plan, 12)
     assert (frame.dtypes == "string").all()
     made = [part.compute(scheduler="sync") for part in frame.partitions]
     assert any(part.isna().all(axis=None) for part in made)

@@ -12,8 +12,8 @@ import numpy as np
 import pandas as pd
 import pytest
 
-from support.people import ALL_LABELS, fitted_model, person_model
-from support.scaling import model_with_gaps
+from support.people import fitted_model, person_model
+from support.scaling import QUICK, model_with_gaps
 from support.sources import source_states
 from vantrel import versions
 from vantrel.config import PersonLabels
@@ -152,7 +152,7 @@ def test_the_model_at_hand_stays_as_it_is(model: PersonModel) -> None:
 
 def test_columns_of_missing_values_only_are_of_text() -> None:
     model = model_with_gaps(share=0.5)
-    (part,) = partitions(model, Plan(40, 7, block_rows=1), 1)
+    (part,) = partitions(model, Plan(12, 7, block_rows=1), 1)
     made = list(make_blocks(part))
     assert any(block.isna().all(axis=None) for block in made)
     for block in [*made, no_rows(part)]:
@@ -163,7 +163,7 @@ def test_columns_of_missing_values_only_are_of_text() -> None:
 
 def test_no_rows_have_all_columns(model: PersonModel) -> None:
     empty = no_rows(partitions(model, PLAN, 3)[1])
-    assert empty.shape == (0, 12)
+    assert empty.shape == (0, 5)
     assert list(empty) == list(next(sample_blocks(model, PLAN)))
 
 
@@ -183,7 +183,7 @@ def test_a_model_is_built_once_for_threads_that_ask_at_once(
 
 
 def test_another_model_is_another_content(model: PersonModel, loaded: list[str]) -> None:
-    other = fitted_model(replace(ALL_LABELS, email=None))
+    other = fitted_model(replace(QUICK, password=None))
     for one in (model, other, model, other):
         (part,) = partitions(one, replace(PLAN, rows=5))
         assert list(next(make_blocks(part))) == list(next(sample_blocks(one, part.plan)))
@@ -191,7 +191,7 @@ def test_another_model_is_another_content(model: PersonModel, loaded: list[str])
 
 
 def test_two_threads_make_what_each_makes_alone(model: PersonModel) -> None:
-    other = fitted_model(replace(ALL_LABELS, email=None))
+    other = fitted_model(replace(QUICK, password=None))
     runs = [(model, PLAN), (other, replace(PLAN, seed=8))] * 2
     alone = [expected_rows(*run) for run in runs]
     parts = [partitions(*run, count=1)[0] for run in runs]
@@ -238,8 +238,8 @@ def test_other_versions_are_refused(model: PersonModel, monkeypatch: pytest.Monk
 
 
 def test_values_of_a_column_are_unique_over_all_partitions() -> None:
-    model = fitted_model()
-    plan = replace(PLAN, rows=1003, unique=("username", "email"))
+    model = fitted_model(PersonLabels(gender="gender", username="user", email="email"))
+    plan = replace(PLAN, unique=("username", "email"))
     made = made_by(*partitions(model, plan, 7))
     assert made["user"].is_unique
     assert made["email"].is_unique

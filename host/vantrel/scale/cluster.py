@@ -15,6 +15,9 @@ from vantrel.versions import differences, versions
 
 _SECONDS_TO_ANSWER = 15
 
+# A terminal sends Ctrl-C to all processes. Whoever started the workers ends them, without a word.
+_LEAVE_INTERRUPTS = "import signal; signal.signal(signal.SIGINT, signal.SIG_IGN)"
+
 
 @contextmanager
 def connected(address: str | None, workers: int | None) -> Iterator[Client]:
@@ -46,6 +49,7 @@ def connected(address: str | None, workers: int | None) -> Iterator[Client]:
                     threads_per_worker=1,
                     dashboard_address="127.0.0.1:0",  # any free port; None would be port 8787
                     silence_logs=logging.CRITICAL,  # of the workers, noisy when they are stopped
+                    preload=_LEAVE_INTERRUPTS,
                 ) as cluster,
                 Client(cluster) as client,
             ):

@@ -1,0 +1,364 @@
+"""``vantrel sample --dask``: folders of Parquet files, and going on with those that are not whole."""
+
+import builtins
+import hashlib
+import importlib
+import json
+import os
+import shutil
+import signal
+import sys
+import threading
+import time
+from collections.abc import Callable
+from pathlib import Path
+from typing import Any
+
+import pandas as pd
+import pytest
+from click.testing import CliRunner, Result
+
+from support.people import fitted_model, people
+from support.scaling import contents
+from vantrel.command import main
+from vantrel.config import PersonLabels
+from vantrel.model_file import save
+from vantrel.sampling import BLOCK_ROWS, sample_people
+from vantrel.scale import cluster as module
+
+distributed = pytest.importorskip("distributed", reason="clusters need distributed")
+pytest.importorskip("pyarrow", reason="Parquet files need pyarrow")
+
+LABELS = PersonLabels(gender="gender", firstname="first", username="user")
+ROWS = 2 * BLOCK_ROWS + 1  # three blocks, the last of one row
+RUN = f"sample m.json -n {ROWS} --seed 7 --partitions 3 -o people --dask"
+FILES = [f"part-00000{number}.parquet" for number in range(3)]
+
+
+@pytest.fixture(scope="module")
+def model_file(tmp_path_factory: pytest.TempPathFactory) -> Path:
+    path = tmp_path_factory.mktemp("model") / "m.json"
+    save(fitted_model(LABELS), path)
+    return path
+
+
+@pytest.fixture(autouse=True)
+def folder(tmp_path: Path, model_file: Path, monkeypatch: pytest.MonkeyPatch) -> Path:
+    monkeypatch.chdir(tmp_path)
+    shutil.copy(model_file, "m.json")
+    return tmp_path
+
+
+@pytest.fixture
+def on(client: Any) -> str:
+    """The option that names the cluster of the tests."""
+    return f" --scheduler {client.scheduler.address}"
+
+
+@pytest.fixture(scope="module")
+def whole(cluster: Any, model_file: Path) -> dict[str, bytes]:
+    """What an unbroken run writes."""
+    people = model_file.with_name("whole")
+    line = RUN.replace("m.json", str(model_file)).replace("-o people", f"-o {people}")
+    assert succeed(f"{line} --scheduler {cluster.scheduler_address}")
+    return contents(people)
+
+
+def run(line: str) -> Result:
+    return CliRunner().invoke(main, line.split(), prog_name="vantrel")
+
+
+def succeed(line: str) -> Result:
+    result = run(line)
+    assert result.exit_code == 0, result.output
+    assert result.stderr == ""
+    return result
+
+
+def fail(line: str, status: int) -> str:
+    """Runs a command that must fail in one line, and gives that line."""
+    result = run(line)
+    assert result.exit_code == status, result.output
+    assert result.stdout == ""
+    (message,) = result.stderr.splitlines()
+    return message.removeprefix("vantrel: error: ")
+
+
+def written() -> dict[str, bytes]:
+    return contents(Path("people"))
+
+
+def test_the_same_rows_as_without_dask(on: str) -> None:
+    result = succeed(f"{RUN}{on}")
+    assert result.stdout == f"Made {ROWS:,} people with the seed 7; wrote people.\n"
+    assert sorted(written()) == ["_made.json", *FILES]
+    succeed(f"sample m.json -n {ROWS} --seed 7 -o people.parquet")
+    plain = pd.read_parquet("people.parquet")
+    pd.testing.assert_frame_equal(pd.read_parquet("people"), plain)
+    assert [len(pd.read_parquet(Path("people", name))) for name in FILES] == [50_000, 50_000, 1]
+
+
+def test_a_cluster_on_this_machine(whole: dict[str, bytes]) -> None:
+    succeed(f"{RUN} --workers 1")
+    assert written() == whole
+
+
+def test_the_record_tells_how_it_was_made(whole: dict[str, bytes]) -> None:
+    record = json.loads(whole["_made.json"])
+    assert (record["rows"], record["seed"], record["model"]) == (ROWS, 7, "m.json")
+    assert record["options"] == {"unique": [], "block_rows": BLOCK_ROWS, "partitions": 3}
+
+
+def test_the_folder_may_be_there_if_it_is_empty(on: str, whole: dict[str, bytes]) -> None:
+    Path("people").mkdir()
+    succeed(f"{RUN}{on}")
+    assert written() == whole
+
+
+def test_a_drawn_seed_is_told_and_kept(on: str) -> None:
+    told = succeed(f"sample m.json -n 10 -o people --dask{on}").stdout
+    seed = json.loads(written()["_made.json"])["seed"]
+    assert told == f"Made 10 people with the seed {seed}; wrote people.\n"
+    before = written()
+    Path("people", FILES[0]).unlink()
+    succeed(f"sample m.json -n 10 -o people --dask --resume{on}")
+    assert written() == before
+
+
+def test_no_people(on: str) -> None:
+    succeed(f"sample m.json -n 0 -o people --dask{on}")
+    table = pd.read_parquet("people")
+    assert table.shape == (0, 3)
+    assert list(table) == ["gender", "first", "user"]
+
+
+def test_unique_over_all_files(on: str) -> None:
+    succeed(f"{RUN} --unique username{on}")
+    assert pd.read_parquet("people")["user"].is_unique
+
+
+def stop(keep: str, whole: dict[str, bytes]) -> None:
+    """Leaves what a run that was killed leaves behind: one file that is whole, one that is not."""
+    Path("people").mkdir()
+    Path("people", "_making.json").write_bytes(whole["_made.json"])
+    Path("people", keep).write_bytes(whole[keep])
+    Path("people", f".{FILES[2]}.0a1b2c3d.tmp").write_bytes(whole[FILES[2]][:100])
+
+
+@pytest.mark.parametrize("options", ["", " --seed 7", " --seed 7 --partitions 3"])
+def test_resuming_makes_what_is_missing(on: str, whole: dict[str, bytes], options: str) -> None:
+    stop(FILES[1], whole)
+    os.utime(Path("people", FILES[1]), (1, 1))
+    succeed(f"sample m.json -n {ROWS} -o people --dask --resume{on}{options}")
+    assert written() == whole
+    assert Path("people", FILES[1]).stat().st_mtime == 1
+
+
+def test_resuming_a_run_that_is_finished_makes_nothing(
+    whole: dict[str, bytes], monkeypatch: pytest.MonkeyPatch
+) -> None:
+    Path("people").mkdir()
+    for name, data in whole.items():
+        Path("people", name).write_bytes(data)
+    monkeypatch.setattr(module, "LocalCluster", None)  # nobody is asked to make anything
+    succeed(f"{RUN} --resume")
+    assert written() == whole
+
+
+@pytest.mark.parametrize(
+    ("line", "difference"),
+    [
+        (RUN.replace("--seed 7", "--seed 8"), "seed 7 then and 8 now"),
+        (
+            RUN.replace(str(ROWS), "70000"),
+            "rows 100001 then and 70000 now, partitions 3 then and 2 now",
+        ),
+        (RUN.replace("--partitions 3", "--partitions 2"), "partitions 3 then and 2 now"),
+        (f"{RUN} --unique username", "unique [] then and ['username'] now"),
+    ],
+)
+def test_another_run_is_not_resumed(line: str, difference: str, whole: dict[str, bytes]) -> None:
+    stop(FILES[1], whole)
+    before = written()
+    assert fail(f"{line} --resume", 1) == (
+        f"The run in people cannot be resumed, for this is another one: {difference}. Repeat what"
+        " it was begun with, or name another folder."
+    )
+    assert written() == before
+
+
+def test_a_run_of_another_model_is_not_resumed(whole: dict[str, bytes]) -> None:
+    stop(FILES[1], whole)
+    then = hashlib.sha256(Path("m.json").read_bytes()).hexdigest()
+    save(fitted_model(LABELS, people(13)), "m.json")
+    now = hashlib.sha256(Path("m.json").read_bytes()).hexdigest()
+    assert fail(f"{RUN} --resume", 1) == (
+        f"The run in people cannot be resumed, for this is another one: model_sha256 {then!r} then"
+        f" and {now!r} now. Repeat what it was begun with, or name another folder."
+    )
+
+
+def test_a_run_of_other_versions_is_not_resumed(whole: dict[str, bytes]) -> None:
+    stop(FILES[1], whole)
+    record = json.loads(whole["_made.json"])
+    installed, record["versions"]["Faker"] = record["versions"]["Faker"], "1.0"
+    Path("people", "_making.json").write_text(json.dumps(record))
+    assert fail(f"{RUN} --resume", 1) == (
+        f"The run in people cannot be resumed, for this is another one: Faker '1.0' then and"
+        f" {installed!r} now. Repeat what it was begun with, or name another folder."
+    )
+
+
+def test_nothing_to_resume() -> None:
+    message = "people holds no run to resume: leave --resume out to begin one."
+    assert fail(f"{RUN} --resume", 1) == message
+    Path("people.made.json").write_text("{}")  # of a file, not of a folder
+    assert fail(f"{RUN} --resume", 1) == message
+    Path("people").mkdir()
+    assert fail(f"{RUN} --resume", 1) == message
+
+
+USAGE = [
+    (
+        f"{RUN} --conditions t.csv".replace(f"-n {ROWS} ", ""),
+        "--dask makes a new folder of Parquet files: leave out --conditions, --csv-safe, --force"
+        " and '-o -'.",
+    ),
+    *(
+        (
+            line,
+            "--dask makes a new folder of Parquet files: leave out --conditions, --csv-safe,"
+            " --force and '-o -'.",
+        )
+        for line in (f"{RUN} --csv-safe", f"{RUN} --force", RUN.replace("-o people", "-o -"))
+    ),
+    (
+        f"{RUN} --workers 2 --scheduler tcp://127.0.0.1:9",
+        "A cluster that runs has its own workers: leave --workers out.",
+    ),
+    (RUN.replace("-o people", "-o m.json"), "m.json is there and no folder: name another one."),
+    (
+        RUN.replace("-o people", "-o full"),
+        "Folder full is not empty: add --resume to go on with a run that was stopped, or name"
+        " another folder.",
+    ),
+    (
+        RUN.replace(f"-n {ROWS} ", ""),
+        "Give either -n, a number of people, or --conditions, a table.",
+    ),
+    *(
+        (
+            RUN.replace("--partitions 3", option).replace(" --dask", ""),
+            "--scheduler, --workers, --partitions and --resume go with --dask only: add it.",
+        )
+        for option in ("--scheduler tcp://127.0.0.1:9", "--workers 2", "--partitions 3", "--resume")
+    ),
+    (
+        RUN.replace("--partitions 3", "--partitions 0"),
+        "Invalid value for '--partitions': 0 is not in the range x>=1.",
+    ),
+    (f"{RUN} --workers 0", "Invalid value for '--workers': 0 is not in the range x>=1."),
+]
+
+
+@pytest.mark.parametrize(("line", "message"), USAGE)
+def test_bad_usage(line: str, message: str) -> None:
+    Path("full").mkdir()
+    Path("full", "file").touch()
+    assert fail(line, 2) == message
+    assert sorted(path.name for path in Path().iterdir()) == ["full", "m.json"]
+
+
+def test_a_folder_that_cannot_be_made(on: str) -> None:
+    assert fail(f"{RUN.replace('-o people', '-o no/people')}{on}", 1) == (
+        "no/people: No such file or directory."
+    )
+
+
+def test_no_scheduler_answers(monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.setattr(module, "_SECONDS_TO_ANSWER", 0.5)
+    assert fail(f"{RUN} --scheduler tcp://127.0.0.1:9", 1) == (
+        "No scheduler answers at tcp://127.0.0.1:9: start one with 'dask scheduler', or correct the"
+        " address."
+    )
+    assert not Path("people").exists()
+
+
+def test_without_dask(monkeypatch: pytest.MonkeyPatch) -> None:
+    def without(name: str, *rest: Any, **more: Any) -> Any:
+        if name.partition(".")[0] in ("dask", "distributed"):
+            raise ModuleNotFoundError(f"No module named {name!r}", name=name)
+        return genuine(name, *rest, **more)
+
+    genuine: Callable[..., Any] = builtins.__import__
+    monkeypatch.delitem(sys.modules, "vantrel.scale.folder")
+    monkeypatch.setattr(builtins, "__import__", without)
+    assert fail(RUN, 1) == "--dask needs distributed: pip install 'vantrel[dask]'."
+    assert not Path("people").exists()
+
+
+def test_rows_that_cannot_be_made(client: Any, on: str, whole: dict[str, bytes]) -> None:
+    def fail_at_one_row(model: Any, n: int, given: Any) -> Any:
+        if n == 1:
+            raise ZeroDivisionError("nothing to share")
+        return importlib.import_module("vantrel.sampling.people").sample_people(model, n, given)
+
+    def set_in_workers(function: Any) -> None:
+        client.run(
+            lambda: setattr(
+                importlib.import_module("vantrel.sampling.blocks"), "sample_people", function
+            )
+        )
+
+    set_in_workers(fail_at_one_row)
+    try:
+        message = fail(f"{RUN}{on}", 1)
+    finally:
+        set_in_workers(sample_people)
+    assert message == (
+        "Rows 100,000 to 100,000 (block 2 of the seed 7) could not be made: ZeroDivisionError:"
+        " nothing to share"
+    )
+    succeed(f"{RUN} --resume{on}")
+    assert written() == whole
+
+
+def on_first_file(action: Callable[[], None]) -> threading.Thread:
+    """Does something as soon as a first file is whole."""
+
+    def wait() -> None:
+        while not list(Path("people").glob("part-*.parquet")):
+            time.sleep(0.005)
+        action()
+
+    thread = threading.Thread(target=wait, daemon=True)
+    thread.start()
+    return thread
+
+
+def test_workers_that_die_again_and_again(cluster: Any, client: Any, on: str) -> None:
+    line = RUN.replace(str(ROWS), str(20 * BLOCK_ROWS)).replace("--partitions 3", "--partitions 20")
+    pid, *_ = client.run(os.getpid).values()
+    allowed, cluster.scheduler.allowed_failures = cluster.scheduler.allowed_failures, 0
+    try:
+        on_first_file(lambda: os.kill(pid, signal.SIGKILL))
+        assert fail(f"{line}{on}", 1) == (
+            "Workers died again and again, for want of memory perhaps. What is finished is kept:"
+            " repeat the command with --resume, with fewer --workers or more --partitions."
+        )
+    finally:
+        cluster.scheduler.allowed_failures = allowed
+    succeed(f"{line} --resume{on}")
+    assert len(list(Path("people").glob("part-*.parquet"))) == 20
+    assert not list(Path("people").glob(".*"))
+
+
+def test_files_that_this_machine_does_not_see(on: str, monkeypatch: pytest.MonkeyPatch) -> None:
+    elsewhere = Path("elsewhere").resolve()
+    elsewhere.mkdir()
+    monkeypatch.setattr(Path, "resolve", lambda path: elsewhere)
+    assert fail(f"{RUN}{on}", 1) == (
+        "3 files were written where people is another folder, the first of them"
+        " part-000000.parquet: name a folder that all machines share, under the same path."
+    )
+    assert sorted(written()) == ["_making.json"]
