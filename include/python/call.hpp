@@ -47,6 +47,13 @@ inline void set_item(PyObject* object, PyObject* key, PyObject* value) {
     require(PyObject_SetItem(held, key, value));
 }
 
+/// The value of a key in a plain dict, borrowed from it; null where there is none.
+inline PyObject* find(PyObject* dict, PyObject* key) {
+    PyObject* found = PyDict_GetItemWithError(dict, key);
+    if (found == nullptr && PyErr_Occurred() != nullptr) throw PythonError{};
+    return found;
+}
+
 inline bool truth(PyObject* object) { return require(PyObject_IsTrue(object)) != 0; }
 
 inline bool equal(PyObject* left, PyObject* right) { return truth(owned(PyObject_RichCompare(left, right, Py_EQ))); }
@@ -67,6 +74,9 @@ inline Ref boolean(bool value) { return Ref::share(value ? Py_True : Py_False); 
 inline Ref string(const char* text) { return owned(PyUnicode_FromString(text)); }
 inline Ref integer(Py_ssize_t value) { return owned(PyLong_FromSsize_t(value)); }
 inline Ref list_of(PyObject* iterable) { return owned(PySequence_List(iterable)); }
+
+/// `find` for a key that is given as text. (PyDict_GetItemString takes want of memory for a key that is not there.)
+inline PyObject* find(PyObject* dict, const char* key) { return find(dict, string(key)); }
 
 Ref list(Positionals elements = {});
 Ref tuple(Positionals elements);

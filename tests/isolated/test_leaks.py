@@ -145,3 +145,25 @@ FAIL_EARLY = """
 def test_import_loses_nothing(standins: Path, prepared: str) -> None:
     code = IMPORTING.format(root=str(ROOT), prepared=prepared)
     assert output_of(code, path=standins).startswith("ok ")
+
+
+# Each call twice under the debug hooks of Python's allocators, then an ordinary end of the process.
+UNDER_DEBUG_HOOKS = """
+    import sys
+    sys.path[:0] = {paths!r}
+    from checks.catalogue import CATALOGUE
+    from checks.catalogue.call import restore
+    for call in CATALOGUE.values():
+        once = call.checked()
+        try:
+            once()
+            once()
+        finally:
+            restore()
+    print(len(CATALOGUE))
+"""
+
+
+def test_debug_hooks_have_nothing_to_report_to_the_very_end() -> None:
+    code = UNDER_DEBUG_HOOKS.format(paths=[str(ROOT), str(ROOT / "tests")])
+    assert output_of(code, options=("-X", "dev")) == str(len(CATALOGUE))

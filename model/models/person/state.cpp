@@ -2,6 +2,7 @@
 
 #include "person/names.hpp"
 #include "python/builtins.hpp"
+#include "python/call.hpp"
 #include "python/error.hpp"
 #include "python/module.hpp"
 
@@ -32,7 +33,7 @@ struct Fill {
         if (integer.object == nullptr) integer.object = python::owned(PyLong_FromLong(integer.value)).release();
     }
     void operator()(python::Builtin& builtin) const {
-        PyObject* found = PyDict_GetItemString(python::module().builtins, builtin.name);
+        PyObject* found = python::find(python::module().builtins, builtin.name);
         if (found == nullptr) python::raise(PyExc_NameError, "name '%s' is not defined", builtin.name);
         Py_XSETREF(builtin.object, Py_NewRef(found));
     }

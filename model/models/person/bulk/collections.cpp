@@ -65,11 +65,8 @@ bool survives_numpy(PyObject* value) {
 std::optional<Collection> read_collection(std::string_view key, PyObject* collections, PyObject* make_text) {
     Collection collection;
     Ref name = owned(PyUnicode_DecodeUTF8(key.data(), static_cast<Py_ssize_t>(key.size()), nullptr));
-    PyObject* values = PyDict_GetItemWithError(collections, name);
-    if (values == nullptr) {
-        if (PyErr_Occurred() != nullptr) throw PythonError{};
-        return collection;
-    }
+    PyObject* values = find(collections, name);
+    if (values == nullptr) return collection;
     if (!PyList_CheckExact(values)) return std::nullopt;
     for (Py_ssize_t i = 0; i < PyList_GET_SIZE(values); ++i) {
         Ref value = Ref::share(PyList_GET_ITEM(values, i));
@@ -82,7 +79,7 @@ std::optional<Collection> read_collection(std::string_view key, PyObject* collec
 /// The key of a row without one is its text, which is not known here; it must not be a key whatever it is.
 bool missing_has_no_collection(PyObject* collections) {
     for (const char* text : {"nan", "<NA>", "None", "NaN"}) {
-        if (PyDict_GetItemString(collections, text) != nullptr) return false;
+        if (find(collections, text) != nullptr) return false;
     }
     return true;
 }

@@ -20,8 +20,8 @@ Ref quietly(PyObject* result) {
 /// The code comes from the file of the module whose globals the function uses.
 bool comes_from(PyObject* function, PyObject* code, const char* module) {
     PyObject* globals = PyFunction_GetGlobals(function);
-    if (!text_equals(PyDict_GetItemString(globals, "__name__"), module)) return false;
-    PyObject* file = PyDict_GetItemString(globals, "__file__");
+    if (!text_equals(find(globals, "__name__"), module)) return false;
+    PyObject* file = find(globals, "__file__");
     Ref code_file = quiet_attr(code, "co_filename");
     return file != nullptr && code_file && PyUnicode_Check(file) && PyUnicode_Compare(file, code_file) == 0;
 }
@@ -44,8 +44,7 @@ Ref plain_value(PyObject* object, PyObject* name) {
     for (Py_ssize_t i = -1; i < PyTuple_GET_SIZE(lineage); ++i) {
         Ref names = i < 0 ? std::move(own)  // NOLINT(bugprone-use-after-move): i is below 0 but once
                           : owned(PyType_GetDict(reinterpret_cast<PyTypeObject*>(PyTuple_GET_ITEM(lineage, i))));
-        PyObject* found = names && PyDict_CheckExact(names.get()) ? PyDict_GetItemWithError(names, name) : nullptr;
-        if (PyErr_Occurred() != nullptr) throw PythonError{};
+        PyObject* found = names && PyDict_CheckExact(names.get()) ? find(names, name) : nullptr;
         if (found != nullptr)
             return found == value.get() && Py_TYPE(found)->tp_descr_get == nullptr ? std::move(value) : Ref();
     }

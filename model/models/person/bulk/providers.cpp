@@ -25,11 +25,8 @@ Providers::Provider* Providers::look_up(std::string_view country) {
     last_ = &found;
     if (!map_) return nullptr;
     Ref key = owned(PyUnicode_DecodeUTF8(country.data(), static_cast<Py_ssize_t>(country.size()), nullptr));
-    Ref faker = Ref::share(PyDict_GetItemWithError(map_, key));
-    if (!faker) {
-        if (PyErr_Occurred() != nullptr) throw PythonError{};
-        return nullptr;
-    }
+    Ref faker = Ref::share(python::find(map_, key));
+    if (!faker) return nullptr;
     if (auto known = KnownFaker::recognise(faker)) {
         Mersenne& source = sources_.add(known->source());
         found.provider.emplace(std::move(*known), source);

@@ -51,7 +51,7 @@ bool has_plain_names(PyObject* object) {
     Ref names = quiet_attr(object, "__dict__");
     if (!names || !PyDict_CheckExact(names.get())) return false;
     const Py_ssize_t own = PyDict_Size(names);
-    return own == 0 || (own == 1 && PyDict_GetItemString(names, "gauss_next") != nullptr);
+    return own == 0 || (own == 1 && find(names, "gauss_next") != nullptr);
 }
 
 /// `_random.Random.getstate` and `setstate`: the words alone, which leaves a saved deviate as it is.

@@ -68,7 +68,7 @@ bool namespace_is_untouched() {
     PyObject* value = nullptr;
     Py_ssize_t position = 0;
     while (PyDict_Next(remembered, &position, &name, &value) != 0) {
-        PyObject* current = PyDict_GetItemWithError(module().globals, name);
+        PyObject* current = find(module().globals, name);
         if (!may_stand_for(value, current, name)) return false;
     }
     Ref gender_model = global(names::GenderModel);

@@ -36,7 +36,7 @@ Ref shape_of_drawing() {
     Ref globals = dict();
     const char* source = "def shape(self):\n    return self.random_element(self.elements)\n";
     Ref ran = owned(PyRun_String(source, Py_file_input, globals, globals));
-    Ref code = owned(PyObject_GetAttrString(PyDict_GetItemString(globals, "shape"), "__code__"));
+    Ref code = owned(PyObject_GetAttrString(find(globals, "shape"), "__code__"));
     return owned(PyObject_GetAttrString(code, "co_code"));
 }
 
@@ -119,7 +119,7 @@ std::optional<KnownFaker> KnownFaker::recognise(PyObject* faker) {
         return std::nullopt;
 
     Ref names = quiet_attr(faker, "__dict__");
-    PyObject* factories = names ? PyDict_GetItemString(names, "_factories") : nullptr;
+    PyObject* factories = names ? find(names, "_factories") : nullptr;
     if (factories == nullptr || !PyList_CheckExact(factories) || PyList_GET_SIZE(factories) != 1) return std::nullopt;
 
     KnownFaker known;
@@ -134,7 +134,7 @@ std::optional<KnownFaker> KnownFaker::recognise(PyObject* faker) {
     if (!known.source_ || !is_plain_random(known.source_)) return std::nullopt;
     // A name in the proxy itself would come before the generator's.
     for (const char* method : {"first_name", "first_name_male", "first_name_female", "last_name", "domain_name"}) {
-        if (PyDict_GetItemString(names, method) != nullptr || quiet_attr(type, method)) return std::nullopt;
+        if (find(names, method) != nullptr || quiet_attr(type, method)) return std::nullopt;
     }
     return known;
 }

@@ -84,11 +84,8 @@ Ref special_method(PyObject* object, PyObject* name) {
     for (Py_ssize_t i = 0; i < PyTuple_GET_SIZE(lineage); ++i) {
         auto* type = reinterpret_cast<PyTypeObject*>(PyTuple_GET_ITEM(lineage, i));
         Ref names = owned(PyType_GetDict(type));
-        PyObject* found = PyDict_GetItemWithError(names, name);
-        if (found == nullptr) {
-            if (PyErr_Occurred() != nullptr) throw PythonError{};
-            continue;
-        }
+        PyObject* found = find(names, name);
+        if (found == nullptr) continue;
         Ref method = Ref::share(found);
         descrgetfunc bind = Py_TYPE(found)->tp_descr_get;
         if (bind == nullptr) return method;

@@ -25,19 +25,9 @@ class RecursionGuard {
     ~RecursionGuard() { Py_LeaveRecursiveCall(); }
 };
 
-/// The code of a function that is all interpreter, to be dressed as one of ours. It only ever runs where somebody
-/// makes another function of it.
-Ref template_code() {
-    Ref source =
-        owned(Py_CompileString("def compiled():\n"
-                               "    raise SystemError('the code of a compiled function does not run by itself')\n",
-                               module().file, Py_file_input));
-    Ref constants = owned(PyObject_GetAttrString(source, "co_consts"));
-    for (Py_ssize_t i = 0; i < PyTuple_GET_SIZE(constants.get()); ++i) {
-        PyObject* constant = PyTuple_GET_ITEM(constants.get(), i);
-        if (PyCode_Check(constant)) return Ref::share(constant);
-    }
-    raise(PyExc_SystemError, "no function in the template");
+/// Code that is there to be looked at: run by itself, in a function that somebody else makes of it, it raises.
+Ref empty_code(const Function& function) {
+    return owned(reinterpret_cast<PyObject*>(PyCode_NewEmpty(module().file, function.name(), function.line)));
 }
 
 Ref parameter_names(const Function& function) {
@@ -59,17 +49,14 @@ Ref make_code(const Function& function) {
     // A specialising interpreter runs the code of a simple function without asking for its vectorcall; one that is not
     // marked as optimised is not simple.
     change("co_flags", integer(CO_NEWLOCALS));
-    change("co_name", string(function.name()));
     change("co_qualname", string(function.qualname));
-    change("co_filename", string(module().file));
-    change("co_firstlineno", integer(function.line));
     change("co_argcount", count);
     change("co_nlocals", count);
     change("co_varnames", names);
     change("co_freevars",
            function.free_variable == nullptr ? tuple({}) : tuple({string(function.free_variable).get()}));
     return owned(
-        PyObject_VectorcallDict(owned(PyObject_GetAttrString(template_code(), "replace")), nullptr, 0, changes));
+        PyObject_VectorcallDict(owned(PyObject_GetAttrString(empty_code(function), "replace")), nullptr, 0, changes));
 }
 
 /// The function's code, made once: lambdas and generator expressions are made anew on each call.
