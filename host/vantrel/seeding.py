@@ -58,16 +58,17 @@ def own_sources(model: PersonModel, seed: int | np.random.SeedSequence) -> Itera
     """
     shared = faker.generator.random
     generator = faker.generator.Generator
+    names = vars(person)
     with _in_use:
         numpy_state, shared_state = np.random.get_state(), shared.getstate()
         seeded = generator._global_seed, generator._is_seeded
-        module_random = person.random
+        module_random = names["random"]
         try:
-            person.random = _second_random
+            names["random"] = _second_random
             _seed(model, seed, _second_random)
             yield
         finally:
-            person.random = module_random
+            names["random"] = module_random
             np.random.set_state(numpy_state)
             shared.setstate(shared_state)
             generator._global_seed, generator._is_seeded = seeded

@@ -27,7 +27,7 @@ def sample(
     """Samples people, the same ones from the same model and seed.
 
     The rows are those of ``vantrel sample`` and of :func:`vantrel.scale.sample`. No random source
-    of the process is left changed. Countries that the fitted table had missing are missing as often.
+    of the process is left changed. Countries are missing as often as in the fitted table.
 
     Args:
         model: A fitted model; its own random generators are replaced.

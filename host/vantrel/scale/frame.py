@@ -61,7 +61,7 @@ def sample(
     if seed is None:
         print(f"vantrel: the seed is {drawn}", file=sys.stderr)
     last = max(n - 1, 0)
-    return dd.from_map(
+    people: dd.DataFrame = dd.from_map(
         _make,
         parts,
         meta=no_rows(parts[0]),
@@ -69,6 +69,7 @@ def sample(
         enforce_metadata=True,
         label=f"people-of-seed-{drawn}",
     )
+    return people
 
 
 def _make(partition: Partition) -> pd.DataFrame:

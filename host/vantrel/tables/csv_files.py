@@ -6,7 +6,7 @@ import csv
 from collections.abc import Iterable
 from contextlib import suppress
 from pathlib import Path
-from typing import IO, Literal
+from typing import IO, Any, Literal
 
 import pandas as pd
 from pandas.errors import EmptyDataError, ParserError
@@ -71,7 +71,8 @@ def write_csv(
         OSError: The file cannot be written.
     """
     quoting: Literal[0, 1] = csv.QUOTE_ALL if spreadsheet_safe else csv.QUOTE_MINIMAL
-    lines, end = _Lines(file), _Lines.END
+    lines: Any = _Lines(file)  # pandas calls nothing but write
+    end = _Lines.END
     for number, frame in enumerate(frames):
         part = _guarded(frame) if spreadsheet_safe else frame
         part.to_csv(lines, index=False, header=number == 0, lineterminator=end, quoting=quoting)
