@@ -144,7 +144,7 @@ def test_a_negative_seed_is_refused(people: pd.DataFrame) -> None:
 def states() -> dict[str, Any]:
     """All of the process that sampling could leave changed."""
     seeded = (Generator._global_seed, Generator._is_seeded)
-    return {**source_states(), "own random": person.random is random, "seeded": seeded}
+    return {**source_states(), "own random": vars(person)["random"] is random, "seeded": seeded}
 
 
 @pytest.fixture(params=["fresh", "seeded"])

@@ -8,7 +8,7 @@ from collections.abc import Iterator
 from contextlib import contextmanager
 
 from distributed import Client, LocalCluster, Security
-from distributed.core import connect
+from distributed.comm.core import connect
 from distributed.utils import silence_logging_cmgr
 
 from vantrel.versions import differences, versions
