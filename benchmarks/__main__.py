@@ -9,7 +9,7 @@ import time
 from collections.abc import Callable, Iterator
 from pathlib import Path
 
-from . import goals, parts, report, results
+from . import goals, parts, report, results, scale
 from .tables import table
 
 DESCRIPTION = "Measures what sampling costs, prints it and writes it to benchmarks/RESULTS.md."
@@ -25,6 +25,7 @@ SECTIONS: dict[str, Section] = {
     "alone": ("Single generators, 100,000 rows, against the plain way", goals.generators_alone),
 }
 PARTS = "parts"
+SCALE = "scale"
 
 
 def main() -> None:
@@ -33,6 +34,8 @@ def main() -> None:
         _measure_all(arguments.rounds)
     elif arguments.only == PARTS:
         print(table(parts.HEAD, parts.costs_of_parts(arguments.rounds)))
+    elif arguments.only == SCALE:
+        print(table(scale.HEAD, scale.costs_of_ways(arguments.rounds)))
     else:
         _, measure = SECTIONS[arguments.only]
         lines = [line.cells() for line in measure(arguments.rounds)]
@@ -46,7 +49,7 @@ def _arguments() -> argparse.Namespace:
     )
     parser.add_argument(
         "--only",
-        choices=[*SECTIONS, PARTS],
+        choices=[*SECTIONS, PARTS, SCALE],
         help="measure and print one table; RESULTS.md stays as it is",
     )
     return parser.parse_args()
@@ -66,8 +69,10 @@ def _measure_all(rounds: int) -> None:
         measured[heading] = list(_said(measure(rounds)))
     _say(report.PARTS_HEADING)
     costs = parts.costs_of_parts(rounds)
+    _say(scale.HEADING)
+    ways = scale.costs_of_ways(rounds)
     wall_over_cpu = (time.perf_counter() - wall) / (_cpu_seconds() - cpu)
-    text = report.text(measured, costs, rounds, wall_over_cpu)
+    text = report.text(measured, costs, ways, rounds, wall_over_cpu)
     RESULTS.write_text(text, encoding="utf-8")
     print(text)
 

@@ -8,7 +8,16 @@ from datetime import UTC, datetime
 from importlib.metadata import version
 from pathlib import Path
 
-PACKAGES = ("vantrel-person", "pandas", "pyarrow", "numpy", "Faker", "mimesis")
+PACKAGES = (
+    "vantrel-person",
+    "pandas",
+    "pyarrow",
+    "numpy",
+    "Faker",
+    "mimesis",
+    "dask",
+    "distributed",
+)
 
 
 def surroundings() -> dict[str, str]:

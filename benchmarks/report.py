@@ -5,7 +5,7 @@ from __future__ import annotations
 from collections.abc import Mapping, Sequence
 from textwrap import fill
 
-from . import goals, parts, results
+from . import goals, parts, results, scale
 from .machine import surroundings
 from .people import MIXED
 from .tables import Row, table
@@ -41,6 +41,7 @@ PARTS_NOTE = (
 def text(
     sections: Mapping[str, Sequence[results.Result]],
     parts_rows: Sequence[Row],
+    scale_rows: Sequence[Row],
     rounds: int,
     wall: float,
 ) -> str:
@@ -49,6 +50,7 @@ def text(
     Args:
         sections: From heading to what was measured.
         parts_rows: What each generator costs.
+        scale_rows: What blocks and processes cost.
         rounds: How many rounds there were.
         wall: How many times the CPU time the wall time was.
     """
@@ -72,4 +74,5 @@ def text(
         blocks += [f"## {heading}", table(results.HEAD, [line.cells() for line in lines])]
     blocks += [f"## {PARTS_HEADING}", fill(PARTS_NOTE.format(**filled), WIDTH)]
     blocks.append(table(parts.HEAD, parts_rows))
+    blocks += [f"## {scale.HEADING}", fill(scale.NOTE, WIDTH), table(scale.HEAD, scale_rows)]
     return "\n\n".join(blocks) + "\n"
