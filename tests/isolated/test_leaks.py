@@ -22,7 +22,7 @@ NOTHING = (0,) * BATCHES
 
 @pytest.mark.parametrize("name", LEAKS)
 def test_leak_on_purpose_is_seen(name: str) -> None:
-    (outcome,) = run_apart(measured, [(name, 1000)], 1)
+    (outcome,) = run_apart(measured, [(name, 1)], 1)
     assert verdict(outcome) == LEAKS[name][1]
     assert line(name, outcome).startswith(name)
     assert line(name, outcome).endswith(LEAKS[name][1])
