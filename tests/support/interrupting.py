@@ -10,7 +10,7 @@ from typing import Any
 from vantrel.model.models import person
 
 SECONDS_BETWEEN = 0.001
-MOST_CALLS = 200
+MOST_CALLS = 50
 
 
 def call_with_signals(
