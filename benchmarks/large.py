@@ -2,8 +2,8 @@
 
 ``python -m benchmarks.large`` runs the command ``vantrel sample`` twice, to a folder on Dask and to
 one file, on a model fitted on ``examples/respondents.csv``. It prints what docs/scale.md tells:
-time, rows a second, the memory of each process over time and the sizes of the files. What it made
-is removed in the end.
+time, rows a second, the memory of each process over time, sizes of files and distinct values. What
+it made is removed in the end.
 """
 
 from __future__ import annotations
@@ -19,6 +19,7 @@ from dataclasses import dataclass, field
 from pathlib import Path
 
 import psutil
+from pyarrow import compute, dataset
 
 from .machine import surroundings
 from .tables import figure, megabytes, table
@@ -66,6 +67,7 @@ def main() -> None:
         sample = ["sample", str(model), "-n", str(arguments.rows), "--seed", "7", "-o"]
         on_dask = [*sample, str(folder / "people"), "--dask", "--workers", str(arguments.workers)]
         _tell(f"Folder, {arguments.workers} workers", on_dask, folder / "people", arguments.rows)
+        _tell_distinct(folder / "people")
         one_file = [*sample, str(folder / "people.parquet")]
         _tell("One file, no Dask", one_file, folder / "people.parquet", arguments.rows)
 
@@ -95,6 +97,14 @@ def _tell(heading: str, line: list[str], output: Path, rows: int) -> None:
         for number, process in enumerate(watched.busy(), start=1)
     ]
     print(table(("Resident memory after", "10 %", "50 %", "90 %", "most"), cells))
+
+
+def _tell_distinct(folder: Path) -> None:
+    people = dataset.dataset(folder, format="parquet")
+    print("\nDistinct values:\n")
+    for column in ("firstname", "lastname", "fullname", "username", "email"):
+        values = people.to_table(columns=[column])[column]
+        print(f"- {column}: {compute.count_distinct(values).as_py():,}")
 
 
 def _tables(output: Path) -> list[Path]:
