@@ -1,0 +1,14 @@
+"""What all tests share."""
+
+import pytest
+from hypothesis import settings
+
+# How long an example takes says nothing on a machine that does other things, too.
+settings.register_profile("patient", deadline=None)
+settings.load_profile("patient")
+
+
+@pytest.fixture(autouse=True)
+def _width_of_no_terminal(monkeypatch: pytest.MonkeyPatch) -> None:
+    """Where tests run in several processes, these are told of a terminal's width."""
+    monkeypatch.delenv("COLUMNS", raising=False)
