@@ -11,14 +11,16 @@ from playwright.sync_api import Browser, Page, sync_playwright
 
 from support.browser import VARIABLE, find_browser
 from support.report_tables import COLUMNS, odd, ordinary, page, record
+from support.sanitizing import SANITIZED
 from vantrel.report.figures import compare
 from vantrel.report.page import bars
 
 BROWSER = find_browser()
 
-pytestmark = pytest.mark.skipif(
-    BROWSER is None, reason=f"no Chromium is on PATH or named by {VARIABLE}"
-)
+pytestmark = [
+    pytest.mark.skipif(BROWSER is None, reason=f"no Chromium is on PATH or named by {VARIABLE}"),
+    pytest.mark.skipif(SANITIZED, reason="the browser does not start under a sanitizer"),
+]
 
 THEMES = ("light", "dark")
 WIDTHS = (400, 1280)
