@@ -3,7 +3,7 @@
 #
 #   make PYTHON=/path/to/python3.12     where the search of tools/find-python is not what is wanted
 #   make CXX=clang++                    the same for tools/find-compiler
-#   make test PYTEST_ARGS="-k seed"     more arguments for pytest
+#   make test PYTEST_ARGS="-n 0 -x"     more arguments for pytest: one process, for example
 #   make fuzz FUZZ_EXAMPLES=1000        fewer examples than the 10,000 of each test otherwise
 #   make leaks LEAK_CALLS=1000          fewer calls than the 10,000 that are made otherwise
 #   make bench BENCH_ARGS="--rounds 9"  more arguments for the benchmarks
@@ -43,7 +43,7 @@ LEAK_CALLS ?= 10000
 FUZZ_EXAMPLES ?= 10000
 
 pip := python -m pip --disable-pip-version-check --no-input -qq
-pytest := bin/python -m pytest $(PYTEST_ARGS)
+pytest := bin/python -m pytest -n auto $(PYTEST_ARGS)
 packages := lib/python3.12/site-packages
 
 help:  ## list the targets
@@ -105,7 +105,7 @@ test-all: test test-pandas2 test-noarrow  ## run the tests in all three environm
 
 fuzz: .venv/.installed  ## call everything with whatever Hypothesis makes up: a result or a clear refusal?
 	@echo "==> Fuzzing with $(FUZZ_EXAMPLES) examples a test"
-	@FUZZ_EXAMPLES=$(FUZZ_EXAMPLES) .venv/$(pytest) -n auto tests/fuzz
+	@FUZZ_EXAMPLES=$(FUZZ_EXAMPLES) .venv/$(pytest) tests/fuzz
 
 leaks: .venv/.installed  ## make each call of the module again and again: does it lose memory?
 	@PYTHONPATH=tests .venv/bin/python -m checks.leaks --calls $(LEAK_CALLS)
@@ -113,7 +113,7 @@ leaks: .venv/.installed  ## make each call of the module again and again: does i
 asan: .venv-asan/.sanitized  ## run the tests under the address and undefined behaviour sanitizers
 	@echo "==> Testing with sanitizers"
 	@CXX=$$(tools/find-compiler) tools/sanitized .venv-asan/$(packages)/vantrel/model/models/person.*.so \
-	    .venv-asan/bin/python -m pytest -n auto $(PYTEST_ARGS)
+	    .venv-asan/$(pytest)
 
 interrupts: .venv/.installed  ## interrupt long calls: how soon does Ctrl-C end them?
 	@.venv/bin/python -m checks.interrupts
