@@ -24,10 +24,11 @@ from vantrel.command import main
 from vantrel.config import PersonLabels
 from vantrel.model_file import save
 from vantrel.sampling import BLOCK_ROWS, sample_people
-from vantrel.scale import cluster as module
 
 distributed = pytest.importorskip("distributed", reason="clusters need distributed")
 pytest.importorskip("pyarrow", reason="Parquet files need pyarrow")
+
+from vantrel.scale import cluster as module  # noqa: E402  (after the question whether it can be)
 
 LABELS = PersonLabels(gender="gender", firstname="first", username="user")
 ROWS = 2 * BLOCK_ROWS + 1  # three blocks, the last of one row

@@ -1,0 +1,31 @@
+"""Where Dask is not installed, what needs it says so."""
+
+from importlib.util import find_spec
+from pathlib import Path
+
+import pytest
+from click.testing import CliRunner
+
+from support.people import fitted_model
+from vantrel.command import main
+from vantrel.config import PersonLabels
+from vantrel.model_file import save
+
+pytestmark = pytest.mark.skipif(find_spec("dask") is not None, reason="Dask is installed here")
+
+
+def test_the_command(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.chdir(tmp_path)
+    save(fitted_model(PersonLabels(gender="gender")), "m.json")
+    result = CliRunner().invoke(main, "sample m.json -n 3 -o people --dask".split())
+    assert result.exit_code == 1
+    assert result.stderr == (
+        "vantrel: error: --dask needs distributed: pip install 'vantrel[dask]'.\n"
+    )
+    assert not Path("people").exists()
+
+
+def test_in_python() -> None:
+    with pytest.raises(ImportError) as caught:
+        from vantrel.scale import sample  # noqa: F401
+    assert str(caught.value) == "vantrel.scale.sample needs Dask: pip install 'vantrel[dask]'."
