@@ -1,10 +1,10 @@
 """Accepts a stranger's pattern only if a search with it is fast on every text.
 
 Python's search tries one way through a text after another. A pattern such as ``(a+)+$`` makes it
-try more ways than anybody can wait for, and nothing can interrupt it. A model file brings patterns
-along, so they are checked before anything is searched with them: the time of a search with an
-accepted pattern is at most proportional to the length of the text. The patterns of a configuration
-that the user wrote in Python are the user's own and are not checked until they go to a file.
+try more ways than anybody can wait for. A model file brings patterns along, so they are checked
+before anything is searched with them: the time of a search with an accepted pattern is at most
+proportional to the length of the text. The patterns of a configuration that the user wrote in
+Python are the user's own and are not checked until they go to a file.
 """
 
 import re
