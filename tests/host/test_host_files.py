@@ -20,6 +20,20 @@ def test_a_file_takes_its_place_at_the_end(tmp_path: Path) -> None:
     assert list(tmp_path.iterdir()) == [path]
 
 
+def test_bytes_take_their_place_at_the_end(tmp_path: Path) -> None:
+    path = tmp_path / "f"
+    path.write_bytes(b"old")
+    with pytest.raises(ValueError), replacing(path, binary=True) as file:
+        file.write(b"\xff\r\n")
+        raise ValueError
+    assert path.read_bytes() == b"old"
+    with replacing(path, binary=True) as file:
+        file.write(b"\xff\r\n")
+        assert path.read_bytes() == b"old"
+    assert path.read_bytes() == b"\xff\r\n"
+    assert list(tmp_path.iterdir()) == [path]
+
+
 @pytest.mark.parametrize("error", [ValueError, KeyboardInterrupt])
 def test_a_failure_leaves_what_was_there(tmp_path: Path, error: type[BaseException]) -> None:
     path = tmp_path / "f"
