@@ -108,7 +108,7 @@ Mersenne& Sources::add(PyObject* source) {
     for (Source& known : sources_) {
         if (known.object.get() == source) return known.engine;
     }
-    return sources_.emplace_back(Ref::share(source), Mersenne{}).engine;
+    return sources_.emplace_back(Source{Ref::share(source), Mersenne{}}).engine;
 }
 
 void Sources::take_over() {
