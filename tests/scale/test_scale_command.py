@@ -7,6 +7,7 @@ import json
 import os
 import shutil
 import signal
+import subprocess
 import sys
 import threading
 import time
@@ -352,6 +353,29 @@ def test_workers_that_die_again_and_again(cluster: Any, client: Any, on: str) ->
     succeed(f"{line} --resume{on}")
     assert len(list(Path("people").glob("part-*.parquet"))) == 20
     assert not list(Path("people").glob(".*"))
+
+
+def test_a_scheduler_that_is_lost() -> None:
+    line = RUN.replace(str(ROWS), str(20 * BLOCK_ROWS)).replace("--partitions 3", "--partitions 20")
+    command = Path(sys.executable).with_name("dask")
+    address = "tcp://127.0.0.1:18786"
+    calls = (
+        ["scheduler", "--host", "127.0.0.1", "--port", "18786", "--no-dashboard", "--no-show"],
+        ["worker", address, "--nthreads", "1", "--no-dashboard", "--no-nanny"],
+    )
+    scheduler, worker = (
+        subprocess.Popen([command, *call], stderr=subprocess.DEVNULL) for call in calls
+    )
+    try:
+        on_first_file(scheduler.kill)
+        assert fail(f"{line} --scheduler {address}", 1) == (
+            "The scheduler was lost. What is finished is kept: repeat the command with --resume."
+        )
+    finally:
+        for process in (scheduler, worker):
+            process.kill()
+            process.wait()
+    assert 0 < len(list(Path("people").glob("part-*.parquet"))) < 20
 
 
 def test_files_that_this_machine_does_not_see(on: str, monkeypatch: pytest.MonkeyPatch) -> None:

@@ -64,6 +64,7 @@ def _write(
     """Writes the files of ``todo``; ``begin`` is called when there are machines to write them."""
     from distributed import KilledWorker
     from distributed.client import FutureCancelledError
+    from distributed.comm.core import CommClosedError
 
     from vantrel.scale.cluster import connected
     from vantrel.scale.folder import remove_unfinished, write_partitions
@@ -80,7 +81,7 @@ def _write(
             "Workers died again and again, for want of memory perhaps. What is finished is kept:"
             " repeat the command with --resume, with fewer --workers or more --partitions."
         ) from error
-    except FutureCancelledError as error:
+    except (CommClosedError, FutureCancelledError) as error:
         raise click.ClickException(
             "The scheduler was lost. What is finished is kept: repeat the command with --resume."
         ) from error
