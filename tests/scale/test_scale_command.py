@@ -7,6 +7,7 @@ import json
 import os
 import shutil
 import signal
+import socket
 import subprocess
 import sys
 import threading
@@ -358,9 +359,11 @@ def test_workers_that_die_again_and_again(cluster: Any, client: Any, on: str) ->
 def test_a_scheduler_that_is_lost() -> None:
     line = RUN.replace(str(ROWS), str(20 * BLOCK_ROWS)).replace("--partitions 3", "--partitions 20")
     command = Path(sys.executable).with_name("dask")
-    address = "tcp://127.0.0.1:18786"
+    with socket.create_server(("127.0.0.1", 0)) as free:
+        port = free.getsockname()[1]
+    address = f"tcp://127.0.0.1:{port}"
     calls = (
-        ["scheduler", "--host", "127.0.0.1", "--port", "18786", "--no-dashboard", "--no-show"],
+        ["scheduler", "--host", "127.0.0.1", "--port", str(port), "--no-dashboard", "--no-show"],
         ["worker", address, "--nthreads", "1", "--no-dashboard", "--no-nanny"],
     )
     scheduler, worker = (
