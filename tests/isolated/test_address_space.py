@@ -5,8 +5,12 @@ import sys
 import pytest
 
 from support.isolated import answer_of
+from support.sanitizing import SANITIZED
 
-pytestmark = pytest.mark.skipif(sys.platform != "linux", reason="limits memory as Linux does")
+pytestmark = [
+    pytest.mark.skipif(sys.platform != "linux", reason="limits memory as Linux does"),
+    pytest.mark.skipif(SANITIZED, reason="a sanitizer ends the process where memory is limited"),
+]
 
 # Of the flags' bytes pandas makes a copy first, then the module; then come the rows themselves.
 LIMITED = """
