@@ -150,8 +150,8 @@ dist/.host: .venv/.dependencies $(host_sources)
 # The library of the wheel gives way to one of the same sources.
 .venv-asan/.sanitized: .venv-asan/.installed
 	@echo "Building the extension module with sanitizers"
-	@CXX=$$(tools/find-compiler) && export CXX && PATH=$(CURDIR)/.venv/bin:$$PATH && \
-	cmake --preset asan -DPython_EXECUTABLE=$(CURDIR)/.venv/bin/python >/dev/null && \
+	@CXX=$$(tools/find-compiler) && export CXX && PATH="$(CURDIR)/.venv/bin:$$PATH" && \
+	cmake --preset asan -DPython_EXECUTABLE="$(CURDIR)/.venv/bin/python" >/dev/null && \
 	cmake --build --preset asan && \
 	cmake --install build/asan --prefix .venv-asan/$(packages) >/dev/null
 	@touch $@
