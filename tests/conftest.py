@@ -1,11 +1,16 @@
 """What all tests share."""
 
+import signal
+
 import pytest
 from hypothesis import settings
 
 # How long an example takes says nothing on a machine that does other things, too.
 settings.register_profile("patient", deadline=None)
 settings.load_profile("patient")
+
+# A shell makes what it runs in the background deaf to Ctrl-C, and so whatever that starts.
+signal.signal(signal.SIGINT, signal.default_int_handler)
 
 
 @pytest.fixture(autouse=True)

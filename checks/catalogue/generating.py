@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import signal
 from collections.abc import Callable, Iterator
 from typing import Any
 
@@ -48,8 +47,7 @@ class Interrupted(Faker):
     """One at which somebody presses Ctrl-C."""
 
     def first_name(self) -> str:
-        signal.raise_signal(signal.SIGINT)
-        return "Ada"
+        raise KeyboardInterrupt
 
     last_name: Any = first_name
     domain_name: Any = first_name

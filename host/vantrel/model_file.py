@@ -9,6 +9,7 @@ from pathlib import Path
 from typing import TYPE_CHECKING, Any
 
 from vantrel.files import replacing
+from vantrel.model.exceptions import ModelNotFittedError
 from vantrel.model_form import check_model
 from vantrel.util.locale.locale import Provider, get_country_to_provder_map
 from vantrel.util.shapes import ShapeError, integer, mapping_of, one_of, record, refuse, text
@@ -47,15 +48,18 @@ def dumps(model: PersonModel) -> str:
     """Gives the content of a fitted model's file, the versions here among it.
 
     Raises:
+        ModelNotFittedError: Nothing has been learnt yet.
         TypeError: The model holds values that JSON has no form for.
-        ValueError: The model is not fitted, or could not be loaded again: a pattern of the
-            configuration might make a search endless, or there are more than 16 MiB.
+        ValueError: The model could not be loaded again: a pattern of the configuration might make
+            a search endless, or there are more than 16 MiB.
     """
+    learnt = model.to_dict()
+    _refuse_not_fitted(learnt)
     form = {
         "format": FORMAT,
         "schema_version": SCHEMA_VERSION,
         "versions": versions(),
-        "model": model.to_dict(),
+        "model": learnt,
     }
     content = json.dumps(form, ensure_ascii=False, allow_nan=False, indent=2) + "\n"
     try:
@@ -111,9 +115,10 @@ def save(model: PersonModel, path: str | Path) -> None:
     """Writes a fitted model, whole or not at all.
 
     Raises:
+        ModelNotFittedError: Nothing has been learnt yet.
         OSError: The file cannot be written.
         TypeError: The model holds values that JSON has no form for.
-        ValueError: The model is not fitted, or could not be loaded again, as :func:`dumps` tells.
+        ValueError: The model could not be loaded again, as :func:`dumps` tells.
     """
     content = dumps(model)
     with replacing(Path(path)) as file:
@@ -146,6 +151,15 @@ def load_with_sha256(path: str | Path) -> tuple[PersonModel, str]:
         return loads(content), hashlib.sha256(content.encode()).hexdigest()
     except ModelFileError as error:
         raise ModelFileError(f"Model file {path} {error}") from error
+
+
+def _refuse_not_fitted(form: dict[str, Any]) -> None:
+    for hidden in ("hidden_model_gender", "hidden_model_country"):
+        if hidden in form and form[hidden]["meta"]["categories"] is None:
+            column = form[hidden]["meta"]["name"]
+            raise ModelNotFittedError(
+                f"Nothing has been learnt of column {column!r} yet: fit the model first."
+            )
 
 
 def _read(path: Path) -> str:

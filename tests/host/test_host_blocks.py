@@ -9,6 +9,7 @@ from collections.abc import Iterable, Iterator
 from functools import partial
 from pathlib import Path
 
+import numpy as np
 import pandas as pd
 import pytest
 
@@ -176,6 +177,12 @@ def test_a_number_of_a_plan_that_is_out_of_range(name: str, value: object) -> No
         Plan(**{"rows": 5, "seed": 7, name: value})  # type: ignore[arg-type]
     least = 1 if name == "block_rows" else 0
     assert str(caught.value) == f"{name!r} is an integer from {least} on, not {value!r}."
+
+
+def test_numbers_of_numpy_are_numbers_of_a_plan() -> None:
+    plan = Plan(np.int64(5), np.uint32(7), np.int8(2))  # type: ignore[arg-type]
+    assert plan == Plan(5, 7, 2)
+    assert {type(number) for number in (plan.rows, plan.seed, plan.block_rows)} == {int}
 
 
 def test_blocks_of_no_rows_are_refused() -> None:

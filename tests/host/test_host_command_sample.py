@@ -13,6 +13,7 @@ import termios
 import threading
 import time
 from collections.abc import Callable, Iterator
+from concurrent.futures import ThreadPoolExecutor
 from importlib.util import find_spec
 from pathlib import Path
 from typing import Any
@@ -488,6 +489,11 @@ def test_a_model_file_without_versions_is_sampled_quietly(contents: dict[str, st
 # --- interrupts, full disks, terminals
 
 
+def test_one_person_is_told_as_one() -> None:
+    told = succeed("sample m.json -n 1 --seed 7 -o out.csv").stdout
+    assert told == "Made 1 person with the seed 7; wrote out.csv.\n"
+
+
 def test_an_interrupted_run_leaves_what_was_there(monkeypatch: pytest.MonkeyPatch) -> None:
     succeed("sample m.json -n 2 -o out.csv")
 
@@ -503,7 +509,17 @@ def test_an_interrupted_run_leaves_what_was_there(monkeypatch: pytest.MonkeyPatc
     assert here() == before
 
 
-def test_an_interrupt_from_the_shell_leaves_nothing(tmp_path: Path) -> None:
+@pytest.mark.parametrize(
+    ("number", "status", "told"),
+    [
+        (signal.SIGINT, 130, "\nvantrel: interrupted\n"),
+        (signal.SIGTERM, 143, ""),
+        (signal.SIGHUP, 129, ""),
+    ],
+)
+def test_a_signal_that_ends_the_command_leaves_nothing(
+    number: signal.Signals, status: int, told: str, tmp_path: Path
+) -> None:
     before = here()
     process = subprocess.Popen(
         [*COMMAND, *"sample m.json -n 1000000000 -o out.csv".split()],
@@ -513,13 +529,38 @@ def test_an_interrupt_from_the_shell_leaves_nothing(tmp_path: Path) -> None:
     )
     try:
         wait_for(lambda: any(tmp_path.glob(".out.csv.*")) or process.poll() is not None)
-        process.send_signal(signal.SIGINT)
+        process.send_signal(number)
         out, error = process.communicate(timeout=SECONDS)
     finally:
         process.kill()
         process.wait()
-    assert (process.returncode, out, error) == (130, "", "\nvantrel: interrupted\n")
+    assert (process.returncode, out, error) == (status, "", told)
     assert here() == before
+
+
+def test_a_signal_that_is_ignored_stays_so(monkeypatch: pytest.MonkeyPatch) -> None:
+    def hang_up(*_: Any) -> Iterator[pd.DataFrame]:
+        signal.raise_signal(signal.SIGHUP)
+        yield pd.DataFrame({"sex": ["f"]})
+
+    monkeypatch.setattr("vantrel.command.sample_here.sample_blocks", hang_up)
+    usual = signal.signal(signal.SIGHUP, signal.SIG_IGN)
+    try:
+        succeed("sample m.json -n 1 -o out.csv")
+    finally:
+        signal.signal(signal.SIGHUP, usual)
+
+
+def test_signals_are_as_they_were_after_a_command() -> None:
+    numbers = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+    before = [signal.getsignal(number) for number in numbers]
+    succeed("sample m.json -n 2 -o out.csv")
+    assert [signal.getsignal(number) for number in numbers] == before
+
+
+def test_the_command_runs_in_any_thread() -> None:
+    with ThreadPoolExecutor(1) as pool:
+        pool.submit(succeed, "sample m.json -n 2 -o out.csv").result()
 
 
 def wait_for(happened: Callable[[], bool]) -> None:

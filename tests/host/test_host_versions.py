@@ -66,6 +66,12 @@ def test_each_other_version_is_told_with_what_it_may_change(name: str) -> None:
     assert differences({name: "0.1.2"}) == [told]
 
 
+def test_another_release_of_the_same_python_is_no_difference() -> None:
+    major, minor, _ = platform.python_version_tuple()
+    assert differences({"Python": f"{major}.{minor}.99"}) == []
+    assert len(differences({"Python": f"{major}.{minor}9.0"})) == 1
+
+
 @pytest.mark.parametrize("recorded", [{}, {"Another": "1"}])
 def test_what_is_not_recorded_or_not_known_is_not_compared(recorded: dict[str, str]) -> None:
     assert differences(recorded) == []

@@ -6,6 +6,7 @@ import signal
 import subprocess
 import sys
 import time
+from collections.abc import Callable
 from pathlib import Path
 from typing import Any
 
@@ -18,6 +19,7 @@ from vantrel.command import main
 from vantrel.config import PersonLabels
 from vantrel.model_file import save
 
+psutil = pytest.importorskip("psutil", reason="clusters need distributed, which brings psutil")
 pytest.importorskip("distributed", reason="clusters need distributed")
 pytest.importorskip("pyarrow", reason="Parquet files need pyarrow")
 
@@ -67,25 +69,43 @@ def tables(folder: str) -> dict[str, int]:
     return {file.name: file.stat().st_mtime_ns for file in Path(folder).glob("part-*.parquet")}
 
 
-def stopped(*line: str, group: bool) -> None:
-    """Runs a command and sends it what Ctrl-C would, as soon as a first file is whole.
+def stopped(*line: str, once: Callable[[int], bool], number: signal.Signals, group: bool) -> None:
+    """Runs a command and sends it a signal that ends it.
 
     Args:
         line: The command.
+        once: Tells when to send the signal, from the number of the process.
+        number: The signal; SIGINT is what Ctrl-C sends.
         group: Whether all processes that it started are sent the signal, too, as a terminal does.
     """
     with subprocess.Popen(
         [*COMMAND, *line], stderr=subprocess.PIPE, text=True, start_new_session=True
     ) as running:
-        while not tables("people"):
+        while not once(running.pid):
             assert running.poll() is None
             time.sleep(0.002)
         if group:
-            os.killpg(running.pid, signal.SIGINT)
+            os.killpg(running.pid, number)
         else:
-            running.send_signal(signal.SIGINT)
+            running.send_signal(number)
         _, told = running.communicate(timeout=SECONDS)
-    assert (running.returncode, told) == (130, "\nvantrel: interrupted\n")
+    interrupted = number == signal.SIGINT
+    assert told == ("\nvantrel: interrupted\n" if interrupted else "")
+    assert running.returncode == 128 + number
+
+
+def has_children(process: int) -> bool:
+    """Tells whether a process has started others: of a cluster, besides one that all of them share."""
+    return len(psutil.Process(process).children()) > 1
+
+
+@pytest.mark.parametrize("group", [False, True], ids=["alone", "group"])
+@pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM])
+def test_a_run_is_stopped_while_its_cluster_starts(
+    number: signal.Signals, group: bool, folder: Path
+) -> None:
+    stopped(*RUN, "--workers", "2", once=has_children, number=number, group=group)
+    assert [file.name for file in folder.iterdir()] == ["m.json"]
 
 
 @pytest.mark.parametrize("own_cluster", [True, False], ids=["own cluster", "shared cluster"])
@@ -93,7 +113,12 @@ def test_a_stopped_run_is_resumed(
     own_cluster: bool, on: tuple[str, ...], whole: dict[str, bytes]
 ) -> None:
     machines = ("--workers", "1") if own_cluster else on
-    stopped(*RUN, *OPTIONS, *machines, group=own_cluster)
+    stopped(
+        *(*RUN, *OPTIONS, *machines),
+        once=lambda _: bool(tables("people")),
+        number=signal.SIGINT,
+        group=own_cluster,
+    )
     made = tables("people")
     assert 0 < len(made) < PARTITIONS
     assert {file.name for file in Path("people").iterdir()} == {*made, "_making.json"}

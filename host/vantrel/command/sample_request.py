@@ -122,4 +122,5 @@ def progress_bar(rows: int) -> tqdm[Any]:
 
 def done(plan: Plan, output: Path) -> None:
     """Says what was made."""
-    click.echo(f"Made {plan.rows:,} people with the seed {plan.seed}; wrote {output}.")
+    people = "1 person" if plan.rows == 1 else f"{plan.rows:,} people"
+    click.echo(f"Made {people} with the seed {plan.seed}; wrote {output}.")

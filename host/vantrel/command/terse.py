@@ -1,6 +1,8 @@
 """Says in one line each what is wrong, and leaves with the status that tells whose fault it is."""
 
+import signal
 import sys
+import threading
 import warnings
 from collections.abc import Iterator
 from contextlib import contextmanager
@@ -20,7 +22,8 @@ class TerseGroup(click.Group):
     def main(self, *args: Any, **kwargs: Any) -> NoReturn:
         kwargs["standalone_mode"] = False
         try:
-            status = super().main(*args, **kwargs)
+            with _unwinding():
+                status = super().main(*args, **kwargs)
         except click.exceptions.NoArgsIsHelpError as error:
             click.echo(error.format_message(), err=True)
             sys.exit(BAD_USAGE)
@@ -32,6 +35,33 @@ class TerseGroup(click.Group):
             click.echo("vantrel: interrupted", err=True)
             sys.exit(INTERRUPTED)
         sys.exit(status if isinstance(status, int) else 0)
+
+
+@contextmanager
+def _unwinding() -> Iterator[None]:
+    """Lets a signal that ends the process end it in order: what is half-written is removed.
+
+    A signal that is ignored stays so, as `nohup` asks.
+    """
+    if threading.current_thread() is not threading.main_thread():  # only that one gets signals
+        yield
+        return
+    ending = [
+        number
+        for number in (signal.SIGTERM, signal.SIGHUP)
+        if signal.getsignal(number) == signal.SIG_DFL
+    ]
+    for number in ending:
+        signal.signal(number, _leave)
+    try:
+        yield
+    finally:
+        for number in ending:
+            signal.signal(number, signal.SIG_DFL)
+
+
+def _leave(number: int, _frame: object) -> NoReturn:
+    sys.exit(128 + number)  # as a shell gives the status of a process that a signal ended
 
 
 @contextmanager

@@ -47,8 +47,9 @@ class Plan:
     def __post_init__(self) -> None:
         for name, least in (("rows", 0), ("seed", 0), ("block_rows", 1)):
             value = getattr(self, name)
-            if isinstance(value, bool) or not isinstance(value, int) or value < least:
+            if isinstance(value, bool) or not isinstance(value, int | np.integer) or value < least:
                 raise ValueError(f"{name!r} is an integer from {least} on, not {value!r}.")
+            object.__setattr__(self, name, int(value))
         object.__setattr__(self, "unique", tuple(dict.fromkeys(self.unique)))
 
     @property

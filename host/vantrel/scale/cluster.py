@@ -4,8 +4,10 @@ from __future__ import annotations
 
 import asyncio
 import logging
+import signal
 from collections.abc import Iterator
-from contextlib import contextmanager
+from contextlib import ExitStack, contextmanager
+from multiprocessing import resource_tracker
 
 from distributed import Client, LocalCluster, Security
 from distributed.comm.core import connect
@@ -14,9 +16,6 @@ from distributed.utils import silence_logging_cmgr
 from vantrel.versions import differences, versions
 
 _SECONDS_TO_ANSWER = 15
-
-# A terminal sends Ctrl-C to all processes. Whoever started the workers ends them, without a word.
-_LEAVE_INTERRUPTS = "import signal; signal.signal(signal.SIGINT, signal.SIG_IGN)"
 
 
 @contextmanager
@@ -42,18 +41,42 @@ def connected(address: str | None, workers: int | None) -> Iterator[Client]:
                 _refuse_other_versions(client)
                 yield client
         else:
-            # Rows are made under locks of the process: another thread in it would only wait.
-            with (
-                LocalCluster(
-                    n_workers=workers,
-                    threads_per_worker=1,
-                    dashboard_address="127.0.0.1:0",  # any free port; None would be port 8787
-                    silence_logs=logging.CRITICAL,  # of the workers, noisy when they are stopped
-                    preload=_LEAVE_INTERRUPTS,
-                ) as cluster,
-                Client(cluster) as client,
-            ):
+            with ExitStack() as stack:
+                with _signals_held():
+                    client = _start(workers, stack)
                 yield client
+
+
+def _start(workers: int | None, stack: ExitStack) -> Client:
+    cluster = LocalCluster(
+        n_workers=workers,
+        threads_per_worker=1,  # rows are made under locks of the process: another would only wait
+        dashboard_address="127.0.0.1:0",  # any free port; None would be port 8787
+        silence_logs=logging.CRITICAL,  # of the workers, noisy when they are stopped
+    )
+    return stack.enter_context(Client(stack.enter_context(cluster)))
+
+
+@contextmanager
+def _signals_held() -> Iterator[None]:
+    """Lets signals that end the process wait: a cluster that is half started does not stop quietly.
+
+    A terminal sends Ctrl-C to all processes. Those that are started meanwhile never get it, since
+    they inherit the mask: whoever started them ends them.
+    """
+    came: list[int] = []
+    held = (signal.SIGINT, signal.SIGTERM)
+    usual = [signal.signal(number, lambda number, _: came.append(number)) for number in held]
+    resource_tracker.ensure_running()  # or else it would be started meanwhile, and clear the mask
+    mask = signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGINT})
+    try:
+        yield
+    finally:
+        signal.pthread_sigmask(signal.SIG_SETMASK, mask)
+        for number, handler in zip(held, usual, strict=True):
+            signal.signal(number, handler)
+        if came:
+            signal.raise_signal(came[0])
 
 
 async def _knock(address: str) -> None:

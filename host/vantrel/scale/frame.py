@@ -52,8 +52,9 @@ def sample(
         be made, and names them.
 
     Raises:
+        ModelNotFittedError: Nothing has been learnt yet.
         ValueError: A number is out of its range, a column cannot be made unique, or the model
-            is not fitted or could not be loaded from a file again.
+            could not be loaded from a file again.
     """
     drawn = secrets.randbits(32) if seed is None else seed
     plan = Plan(n, drawn, block_rows, tuple(unique))
