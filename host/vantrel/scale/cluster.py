@@ -54,7 +54,8 @@ def _start(workers: int | None, stack: ExitStack) -> Client:
         dashboard_address="127.0.0.1:0",  # any free port; None would be port 8787
         silence_logs=logging.CRITICAL,  # of the workers, noisy when they are stopped
     )
-    return stack.enter_context(Client(stack.enter_context(cluster)))
+    client: Client = stack.enter_context(Client(stack.enter_context(cluster)))
+    return client
 
 
 @contextmanager
