@@ -2,6 +2,7 @@
 
 import signal
 
+import pandas as pd
 import pytest
 from hypothesis import settings
 
@@ -17,3 +18,16 @@ signal.signal(signal.SIGINT, signal.default_int_handler)
 def _width_of_no_terminal(monkeypatch: pytest.MonkeyPatch) -> None:
     """Where tests run in several processes, these are told of a terminal's width."""
     monkeypatch.delenv("COLUMNS", raising=False)
+
+
+@pytest.fixture
+def people() -> pd.DataFrame:
+    """Ten people with everything that is learnt, in an order of columns that no label order is."""
+    return pd.DataFrame(
+        {
+            "land": ["GB", "US", "GB", "DE", "GB", "US", "GB", "DE", "GB", "GB"],
+            "surname": list("ABCDEFGHIJ"),
+            "title": ["Mr", "Mrs", "Dr", "Mr", "Miss", "Mr", "Dr", "Mrs", "Mr", "Miss"],
+            "sex": ["m", "f", "m", "m", "f", "m", "f", "f", "m", "f"],
+        }
+    )

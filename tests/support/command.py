@@ -30,25 +30,33 @@ def succeed(line: str, **environment: str | None) -> Result:
 
 def fail(line: str, status: int) -> str:
     """Runs a command that must fail in one line and change no file, and gives that line."""
-    before = _contents()
+    before = contents_here()
     result = run(line)
     assert result.exit_code == status, result.output
     assert result.stdout == ""
-    assert _contents() == before
+    assert contents_here() == before
     (message,) = result.stderr.splitlines()
     start = "vantrel: error: "
     assert message.startswith(start)
     return message.removeprefix(start)
 
 
-def _contents() -> dict[Path, bytes]:
-    return {path: path.read_bytes() for path in Path().iterdir() if path.is_file()}
+def contents_here() -> dict[str, bytes]:
+    """What the files of the current folder hold."""
+    return {path.name: path.read_bytes() for path in Path().iterdir() if path.is_file()}
+
+
+def command_line(line: str) -> list[str]:
+    """What a process of the installed script is started with."""
+    script = shutil.which("vantrel", path=str(Path(sys.executable).parent))
+    assert script
+    return [script, *shlex.split(line)]
 
 
 def shell(line: str, **environment: str) -> subprocess.CompletedProcess[str]:
     """Runs the installed script in a process of its own, its output into pipes."""
     return subprocess.run(
-        [_script(), *shlex.split(line)],
+        command_line(line),
         capture_output=True,
         text=True,
         check=False,
@@ -61,7 +69,7 @@ def terminal(line: str, columns: int, **environment: str) -> str:
     master, slave = pty.openpty()
     environment |= {"TERM": "xterm-256color", "COLUMNS": str(columns)}
     with subprocess.Popen(
-        [_script(), *shlex.split(line)],
+        command_line(line),
         stdin=slave,
         stdout=slave,
         stderr=slave,
@@ -84,12 +92,6 @@ def _read_all(master: int) -> bytes:
         if not part:
             return shown
         shown += part
-
-
-def _script() -> str:
-    script = shutil.which("vantrel", path=str(Path(sys.executable).parent))
-    assert script
-    return script
 
 
 def _plain_environment(added: Mapping[str, str]) -> dict[str, str]:

@@ -9,9 +9,8 @@ from pathlib import Path
 
 import pandas as pd
 import pytest
-from click.testing import CliRunner, Result
 
-from vantrel.command import main
+from support.command import fail, run, succeed
 from vantrel.tables import read_table, write_table
 
 ATTRIBUTES = (
@@ -27,29 +26,8 @@ def folder(tmp_path: Path, people: pd.DataFrame, monkeypatch: pytest.MonkeyPatch
     return tmp_path
 
 
-def run(line: str) -> Result:
-    return CliRunner().invoke(main, line.split(), prog_name="vantrel")
-
-
-def succeed(line: str) -> Result:
-    result = run(line)
-    assert result.exit_code == 0, result.output
-    return result
-
-
 def names_here() -> set[str]:
     return {path.name for path in Path().iterdir()}
-
-
-def fail(line: str, status: int) -> str:
-    """Runs a command that must fail in one line and leave no file, and gives that line."""
-    before = names_here()
-    result = run(line)
-    assert result.exit_code == status
-    assert result.stdout == ""
-    assert names_here() == before
-    (message,) = result.stderr.splitlines()
-    return message.removeprefix("vantrel: error: ")
 
 
 FIT = "fit people.csv -o m.json --no-detect --column gender=sex"

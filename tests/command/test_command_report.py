@@ -1,6 +1,7 @@
 """``vantrel report``, as a shell runs it."""
 
 import os
+import shlex
 import shutil
 import subprocess
 import sys
@@ -8,9 +9,8 @@ from pathlib import Path
 
 import pandas as pd
 import pytest
-from click.testing import CliRunner, Result
 
-from vantrel.command import main
+from support.command import fail, succeed
 
 REPORT = "report people.csv made-up.csv -o report.html"
 LABELS = "--column gender=sex --column title=title --column lastname=surname --column country=land"
@@ -34,27 +34,6 @@ def recorded() -> None:
     """A sample that the command made, with its record."""
     succeed(f"fit people.csv -o m.json {LABELS} --generate firstname,email")
     succeed("sample m.json -n 1500 --seed 7 -o made-up.csv")
-
-
-def run(line: str) -> Result:
-    return CliRunner().invoke(main, line.split(), prog_name="vantrel")
-
-
-def succeed(line: str) -> Result:
-    result = run(line)
-    assert result.exit_code == 0, result.output
-    return result
-
-
-def fail(line: str, status: int) -> str:
-    """Runs a command that must fail in one line and change no file, and gives that line."""
-    before = {path: path.read_bytes() for path in Path().iterdir()}
-    result = run(line)
-    assert result.exit_code == status
-    assert result.stdout == ""
-    assert {path: path.read_bytes() for path in Path().iterdir()} == before
-    (message,) = result.stderr.splitlines()
-    return message.removeprefix("vantrel: error: ")
 
 
 @pytest.mark.usefixtures("recorded")
@@ -231,8 +210,6 @@ def test_the_help_has_an_example() -> None:
 def test_a_file_of_any_name_is_reported(people: pd.DataFrame) -> None:
     name = os.fsdecode(b"odd \xff<b>.csv")
     people.to_csv(name, index=False)
-    arguments = ["report", name, "people.csv", "-o", "report.html", "--column", "gender=sex"]
-    result = CliRunner().invoke(main, arguments)
-    assert result.exit_code == 0, result.output
+    succeed(f"report {shlex.quote(name)} people.csv -o report.html --column gender=sex")
     html = Path("report.html").read_text(encoding="utf-8")
     assert "<title>People report: odd \ufffd&lt;b&gt;.csv</title>" in html
