@@ -16,7 +16,7 @@ namespace bulk {
 class Clashes {
   public:
     /// The names are the caller's, by row, and stay readable. Signals are let in where a step takes long.
-    Clashes(const std::vector<std::string_view>& names, Sources& sources);
+    Clashes(const std::vector<std::string_view>& names, Source& source);
 
     /// Enters the row under the name that it has now.
     void add(std::uint32_t row);
@@ -60,7 +60,7 @@ class Clashes {
     void grow();
 
     const std::vector<std::string_view>& names_;
-    Sources& sources_;
+    Source& source_;
     Places places_;
     std::size_t taken_ = 0;
     std::vector<std::uint64_t> found_;  ///< a bit for each row

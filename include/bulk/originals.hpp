@@ -23,6 +23,10 @@ struct Original {
 /// Whether the object is that very Python function.
 bool is_original(PyObject* function, const Original& original);
 
+/// Whether the object is a Python function as a module of the package defines it, inside whatever wrappers the package
+/// itself put around it.
+bool is_of_package(PyObject* function, const char* package);
+
 /// Whether `object.name` is that method of a base class, not covered by another.
 bool has_base_method(PyObject* object, const char* name, const Original& original);
 
@@ -46,6 +50,9 @@ bool has_our_property(PyObject* object, PyObject* name, const python::Entry& ent
 /// that.
 python::Ref quiet_attr(PyObject* object, const char* name);
 python::Ref quiet_attr(PyObject* object, PyObject* name);
+
+/// `function()`, or empty likewise.
+python::Ref quiet_call(PyObject* function);
 
 /// `object.name` where it is a value that stands in the object or its class, and no descriptor makes it; else empty.
 python::Ref plain_value(PyObject* object, PyObject* name);

@@ -4,7 +4,6 @@
 
 #include <Python.h>
 
-#include <array>
 #include <deque>
 #include <optional>
 #include <string>
@@ -13,6 +12,7 @@
 #include "bulk/domains.hpp"
 #include "bulk/streams.hpp"
 #include "bulk/tables.hpp"
+#include "bulk/ways.hpp"
 
 namespace bulk {
 
@@ -20,30 +20,30 @@ class Providers {
   public:
     class Provider {
       public:
-        Provider(KnownFaker faker, Mersenne& source) : faker_(std::move(faker)), source_(&source) {}
+        Provider(KnownFaker faker, Source& source) : faker_(std::move(faker)), source_(&source) {}
 
-        [[nodiscard]] Mersenne& source() const { return *source_; }
+        /// The way to the names that the method gives, found when it is first asked for; null where there is none.
+        Way<Table>* names(std::string_view method);
 
-        /// The table behind the method, read when it is first asked for; null where it is not known.
-        const Table* table(std::string_view method);
-
-        /// The ways to a domain name, read likewise.
-        Domains* domains();
+        /// The way to domain names, likewise.
+        Way<Domains>* domain_names();
 
       private:
-        struct NamedTable {
+        struct NamedWay {
             std::string_view method;
-            std::optional<Table> table;
+            Way<Table> way;
         };
 
+        template <class Known>
+        Way<Known> way_to(const char* method, std::optional<Known> known) const;
+
         KnownFaker faker_;
-        Mersenne* source_;
-        std::deque<NamedTable> tables_;
-        std::optional<std::optional<Domains>> domains_;
+        Source* source_;
+        std::deque<NamedWay> names_;
+        std::optional<Way<Domains>> domain_names_;
     };
 
-    /// Registers the sources of the providers that are found.
-    Providers(PyObject* self, Sources& sources);
+    explicit Providers(PyObject* self);
 
     /// The country's provider; null where there is none or it is not known. The view must outlive this object.
     Provider* find(std::string_view country);
@@ -56,8 +56,11 @@ class Providers {
 
     Provider* look_up(std::string_view country);
 
+    /// Instances without a seed share one source.
+    Source& source_of(const KnownFaker& faker);
+
     python::Ref map_;  ///< empty where it is not plain
-    Sources& sources_;
+    std::deque<Source> sources_;
     std::deque<Found> found_;
     Found* last_ = nullptr;
 };

@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <initializer_list>
 
 #include "bulk/mersenne.hpp"
@@ -21,21 +20,28 @@ bool is_plain_random(PyObject* object);
 /// The source behind the functions of the module `random`, where those that the names list are its own; else empty.
 python::Ref module_random(PyObject* random_module, std::initializer_list<const char*> functions);
 
-/// A set of `random.Random` sources. They are registered first, then taken over together.
-class Sources {
+/// A `random.Random`.
+class Source {
   public:
-    Sources() = default;
-    Sources(const Sources&) = delete;
-    Sources& operator=(const Sources&) = delete;
-    ~Sources();
+    explicit Source(PyObject* random) : random_(python::Ref::share(random)) {}
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
+    ~Source();
 
-    /// Registers a source, each once however often it is asked for. The engine stays where it is.
-    Mersenne& add(PyObject* source);
+    [[nodiscard]] PyObject* random() const { return random_; }
 
-    void take_over();
-    void hand_back();
+    /// What to draw with, and only between the two calls below. It stays where it is.
+    Mersenne& engine() { return engine_; }
 
-    /// Lets pending signals be handled now and then, with the sources handed back meanwhile. Call it once a row; a
+    /// Either does nothing where it is done already.
+    void take_over() {
+        if (!taken_over_) read();
+    }
+    void hand_back() {
+        if (taken_over_) write();
+    }
+
+    /// Lets pending signals be handled now and then, with the source handed back meanwhile. Call it once a row; a
     /// row's work is counted in draws.
     void breathe(std::size_t draws = 1) {
         work_since_breath_ += kRowWork + draws;
@@ -47,16 +53,26 @@ class Sources {
     static constexpr std::size_t kRowWork = 32;
     static constexpr std::size_t kWorkBetweenBreaths = 1U << 20U;
 
-    struct Source {
-        python::Ref object;
-        Mersenne engine;
-    };
-
+    void read();
+    void write();
     void take_breath();
 
-    std::deque<Source> sources_;
+    python::Ref random_;
+    Mersenne engine_;
     std::size_t work_since_breath_ = 0;
     bool taken_over_ = false;
+};
+
+/// Where a source stood, to go back to.
+class Mark {
+  public:
+    /// The source is not taken over, neither here nor when it goes back.
+    explicit Mark(const Source& source);
+    void go_back() const;
+
+  private:
+    python::Ref random_;
+    python::Ref state_;
 };
 
 /// numpy's global generator, drawing as `numpy.random.choice(list)` does for lists of up to 2**32 elements. It draws

@@ -17,6 +17,8 @@ namespace bulk {
 /// The elements that `random_element` draws from, with their weights added up where it goes by weight.
 class Table {
   public:
+    using Drawn = std::size_t;  ///< a position
+
     /// Empty where the elements are of a kind that single draws must settle.
     static std::optional<Table> read(PyObject* elements, bool weighted);
 
@@ -50,6 +52,9 @@ class KnownFaker {
     /// The table behind a method such as `last_name`, where all that the method does is to draw from one.
     [[nodiscard]] std::optional<Table> table(const char* method) const;
     [[nodiscard]] std::optional<Table> table_behind(PyObject* method) const;
+
+    /// The method, where all of it is Faker's own and draws from this instance's source; else empty.
+    [[nodiscard]] python::Ref own_method(const char* method) const;
 
     /// The provider behind the method, where it draws from this instance's source in the base provider's way; else
     /// empty.

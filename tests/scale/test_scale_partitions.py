@@ -17,6 +17,7 @@ from support.scaling import QUICK, model_with_gaps
 from support.sources import source_states
 from vantrel import versions
 from vantrel.config import PersonLabels
+from vantrel.model.exceptions import ModelNotFittedError
 from vantrel.model.models.person import PersonModel
 from vantrel.model_file import dumps, loads
 from vantrel.sampling import Plan, blocks, sample_blocks
@@ -94,9 +95,11 @@ def test_a_number_of_partitions_that_is_none(count: Any) -> None:
 
 
 def test_a_model_that_is_not_fitted() -> None:
-    with pytest.raises(ValueError) as caught:
+    with pytest.raises(ModelNotFittedError) as caught:
         partitions(person_model(), PLAN)
-    assert str(caught.value).startswith("The model could not be loaded from a file again: ")
+    assert str(caught.value) == (
+        "Nothing has been learnt of column 'gender' yet: fit the model first."
+    )
 
 
 def test_a_plan_that_cannot_be_carried_out() -> None:

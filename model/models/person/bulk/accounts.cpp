@@ -17,6 +17,7 @@
 #include "bulk/streams.hpp"
 #include "bulk/surroundings.hpp"
 #include "bulk/texts.hpp"
+#include "bulk/ways.hpp"
 #include "person/names.hpp"
 #include "person/units.hpp"
 #include "python/call.hpp"
@@ -106,14 +107,14 @@ std::vector<std::string> numbers_to_hundred() {
 class Usernames {
   public:
     Usernames(const Names& names, NumpyChoice& separators, PyObject* random)
-        : names_(names), separators_(separators), source_(&sources_.add(random)) {}
+        : names_(names), separators_(separators), source_(random) {}
 
     const std::vector<std::string_view>& make() {
         draw_separators();
-        sources_.take_over();
+        source_.take_over();
         join();
         settle_clashes();
-        sources_.hand_back();
+        source_.hand_back();
         return usernames_;
     }
 
@@ -131,7 +132,9 @@ class Usernames {
     }
 
     /// A number from 0 to 100, as text.
-    std::string_view draw_number() { return numbers_[source_->below(static_cast<std::uint32_t>(numbers_.size()))]; }
+    std::string_view draw_number() {
+        return numbers_[source_.engine().below(static_cast<std::uint32_t>(numbers_.size()))];
+    }
 
     void append_without_blanks(std::string_view text) {
         for (std::size_t start = 0; start <= text.size();) {
@@ -153,39 +156,38 @@ class Usernames {
             data_ += kSeparators[drawn_[row]];
             append_without_blanks(names_.last[row]);
             const std::string_view number = draw_number();
-            if (source_->below(2) == 1) data_ += number;
+            if (source_.engine().below(2) == 1) data_ += number;
             usernames_.emplace_back(data_.data() + start, data_.size() - start);
-            sources_.breathe();
+            source_.breathe();
         }
     }
 
     /// Every copy of a username that occurs more than once gets a number of its own, until all are distinct.
     void settle_clashes() {
-        Clashes clashes(usernames_, sources_);
+        Clashes clashes(usernames_, source_);
         for (std::uint32_t row = 0; row < usernames_.size(); ++row) {
             clashes.add(row);
-            sources_.breathe();
+            source_.breathe();
         }
         for (auto rows = clashes.take(); !rows.empty(); rows = clashes.take()) {
             for (const std::uint32_t row : rows) {
                 clashes.remove(row);
-                sources_.breathe();
+                source_.breathe();
             }
             for (const std::uint32_t row : rows) {
                 usernames_[row] = renamed_.emplace_back(usernames_[row]).append(draw_number());
-                sources_.breathe();
+                source_.breathe();
             }
             for (const std::uint32_t row : rows) {
                 clashes.add(row);
-                sources_.breathe();
+                source_.breathe();
             }
         }
     }
 
     const Names& names_;
     NumpyChoice& separators_;
-    Sources sources_;
-    Mersenne* source_;
+    Source source_;
     const std::vector<std::string> numbers_ = numbers_to_hundred();
     std::vector<std::uint8_t> drawn_;
     std::string data_;
@@ -219,32 +221,32 @@ Ref username_column(PyObject* make_series, PyObject* like, const Names& names, U
 // --- e-mail addresses
 // -----------------------------------------------------------------------------------------------------------
 
-struct DomainRow {
-    Domains* domains;
-    Mersenne* source;
-    Domains::Drawn drawn;
-};
-
-std::optional<std::vector<DomainRow>> plan_domains(const Texts& countries, Providers& providers) {
-    std::vector<DomainRow> rows;
+/// How the domain of each row is made, where that is known of all.
+std::optional<std::vector<Row<Domains>>> plan_domains(const Texts& countries, Providers& providers) {
+    std::vector<Row<Domains>> rows;
     rows.reserve(countries.size());
     for (std::size_t row = 0; row < countries.size(); ++row) {
         let_signals_in(row);
         Providers::Provider* provider = countries.is_missing(row) ? nullptr : providers.find(countries[row]);
-        Domains* domains = provider == nullptr ? nullptr : provider->domains();
-        if (domains == nullptr) return std::nullopt;
-        rows.push_back({domains, &provider->source(), {}});
+        Way<Domains>* way = provider == nullptr ? nullptr : provider->domain_names();
+        if (way == nullptr) return std::nullopt;
+        rows.push_back({.way = way});
     }
     return rows;
 }
 
-void draw_domains(std::vector<DomainRow>& rows, Sources& sources) {
-    sources.take_over();
-    for (DomainRow& row : rows) {
-        row.drawn = row.domains->draw(*row.source);
-        sources.breathe();
+void finish_domains(std::vector<Row<Domains>>& rows) {
+    for (const Row<Domains>& row : rows) {
+        if (row.way->known) row.way->known->finish_words();
     }
-    sources.hand_back();
+}
+
+void append_domain(const Row<Domains>& row, const CalledTexts& called, std::string& address) {
+    if (row.way->known) {
+        row.way->known->append(row.drawn, address);
+    } else {
+        address += called.text(row.called);
+    }
 }
 
 /// Nothing that an address goes through could refuse it.
@@ -279,15 +281,15 @@ Ref emails(PyObject* self, PyObject* firstnames, PyObject* lastnames, PyObject* 
     const auto given = Names::read(firstnames, lastnames);
     const auto country_texts = given ? Texts::read(countries) : std::nullopt;
     if (!country_texts || country_texts->size() != given->size()) return {};
-    Sources sources;
-    Providers providers(self, sources);
+    Providers providers(self);
     auto rows = plan_domains(*country_texts, providers);
     if (!rows) return {};
 
     Ref make_series = attr(global(names::pd), names::Series);
     Ref like = username_like(firstnames, lastnames);
-    draw_domains(*rows, sources);
-    for (const DomainRow& row : *rows) row.domains->finish_words();
+    CalledTexts called;
+    if (!draw_rows(*rows, called)) return {};
+    finish_domains(*rows);
     Ref usernames = username_column(make_series, like, *given, drawn_from);
 
     const auto local_parts = Texts::read(usernames);
@@ -298,7 +300,7 @@ Ref emails(PyObject* self, PyObject* firstnames, PyObject* lastnames, PyObject* 
         let_signals_in(row);
         address.assign((*local_parts)[row]);
         address += '@';
-        (*rows)[row].domains->append((*rows)[row].drawn, address);
+        append_domain((*rows)[row], called, address);
         column.add(address);
     }
     return column.finish_like(make_series, given->index);

@@ -21,11 +21,8 @@ Clashes::Places::Places(std::size_t count)
     if (!places_) throw std::bad_alloc();
 }
 
-Clashes::Clashes(const std::vector<std::string_view>& names, Sources& sources)
-    : names_(names),
-      sources_(sources),
-      places_(std::bit_ceil(2 * names.size() + 16)),
-      found_(names.size() / kBits + 1) {}
+Clashes::Clashes(const std::vector<std::string_view>& names, Source& source)
+    : names_(names), source_(source), places_(std::bit_ceil(2 * names.size() + 16)), found_(names.size() / kBits + 1) {}
 
 Clashes::Place& Clashes::place_of(std::uint32_t row, std::uint32_t hash) {
     const std::size_t mask = places_.size() - 1;
@@ -70,7 +67,7 @@ void Clashes::grow() {
     Places before = std::exchange(places_, Places(2 * places_.size()));
     taken_ = 0;
     for (std::size_t i = 0; i < before.size(); ++i) {
-        sources_.breathe();
+        source_.breathe();
         const Place& place = before[i];
         if (place.count == 0) continue;
         place_of(place.first_row, place.hash) = place;

@@ -2,19 +2,19 @@
 
 #include "person/names.hpp"
 
+#include <algorithm>
 #include <optional>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "bulk/columns.hpp"
 #include "bulk/originals.hpp"
 #include "bulk/providers.hpp"
 #include "bulk/signals.hpp"
-#include "bulk/streams.hpp"
 #include "bulk/surroundings.hpp"
 #include "bulk/tables.hpp"
 #include "bulk/texts.hpp"
+#include "bulk/ways.hpp"
 #include "person/units.hpp"
 #include "python/call.hpp"
 #include "python/module.hpp"
@@ -26,25 +26,6 @@ namespace names = person::names;
 
 namespace {
 
-/// A table and the source that it draws from.
-struct Draw {
-    const Table* table;
-    Mersenne* source;
-};
-
-/// A column whose every row is one draw from a table.
-Ref drawn_column(PyObject* make_series, const std::vector<Draw>& rows, Sources& sources) {
-    TextSeries column(call(make_series, {list({names::x})}), rows.size());
-    sources.take_over();
-    for (const auto& [table, source] : rows) {
-        const std::size_t position = table->draw(*source);
-        column.add(table->object(position), table->text(position));
-        sources.breathe();
-    }
-    sources.hand_back();
-    return column.finish(make_series);
-}
-
 const char* first_name_method(std::string_view gender) {
     if (gender.data() == nullptr || gender == names::non_binary.text || gender == names::ambiguous.text)
         return "first_name";
@@ -53,21 +34,38 @@ const char* first_name_method(std::string_view gender) {
     return nullptr;
 }
 
-/// The draw of each row, where every row's is known.
-std::optional<std::vector<Draw>> plan_rows(const Texts* genders, const Texts& countries, std::size_t count,
-                                           Providers& providers) {
-    std::vector<Draw> rows;
+/// How each row is made, where that is known of all.
+std::optional<std::vector<Row<Table>>> plan_rows(const Texts* genders, const Texts& countries, std::size_t count,
+                                                 Providers& providers) {
+    std::vector<Row<Table>> rows;
     rows.reserve(count);
     for (std::size_t row = 0; row < count; ++row) {
         let_signals_in(row);
         const char* method = genders == nullptr ? "last_name" : first_name_method((*genders)[row]);
         if (method == nullptr || countries.is_missing(row)) return std::nullopt;
         Providers::Provider* provider = providers.find(countries[row]);
-        const Table* table = provider == nullptr ? nullptr : provider->table(method);
-        if (table == nullptr) return std::nullopt;
-        rows.push_back({table, &provider->source()});
+        Way<Table>* way = provider == nullptr ? nullptr : provider->names(method);
+        if (way == nullptr) return std::nullopt;
+        rows.push_back({.way = way});
     }
     return rows;
+}
+
+/// A column of a name for each row.
+Ref drawn_column(PyObject* make_series, std::vector<Row<Table>>& rows) {
+    TextSeries column(call(make_series, {list({names::x})}), rows.size());
+    CalledTexts called;
+    if (!draw_rows(rows, called)) return {};
+    for (std::size_t number = 0; number < rows.size(); ++number) {
+        let_signals_in(number);
+        const Row<Table>& row = rows[number];
+        if (const auto& table = row.way->known) {
+            column.add(table->object(row.drawn), table->text(row.drawn));
+        } else {
+            column.add(called.object(row.called), called.text(row.called));
+        }
+    }
+    return column.finish(make_series);
 }
 
 }  // namespace
@@ -81,22 +79,20 @@ Ref first_names(PyObject* self, PyObject* make_series, PyObject* genders, PyObje
     const auto gender_texts = Texts::read(genders);
     const auto country_texts = gender_texts ? Texts::read(countries) : std::nullopt;
     if (!country_texts) return {};
-    Sources sources;
-    Providers providers(self, sources);
+    Providers providers(self);
     const std::size_t count = std::min(gender_texts->size(), country_texts->size());
     if (!is_worth_it(count)) return {};
-    const auto rows = plan_rows(&*gender_texts, *country_texts, count, providers);
-    return rows ? drawn_column(make_series, *rows, sources) : Ref();
+    auto rows = plan_rows(&*gender_texts, *country_texts, count, providers);
+    return rows ? drawn_column(make_series, *rows) : Ref();
 }
 
 Ref last_names(PyObject* self, PyObject* make_series, PyObject* countries) {
     if (!namespace_is_untouched()) return {};
     const auto country_texts = Texts::read(countries);
     if (!country_texts || !is_worth_it(country_texts->size())) return {};
-    Sources sources;
-    Providers providers(self, sources);
-    const auto rows = plan_rows(nullptr, *country_texts, country_texts->size(), providers);
-    return rows ? drawn_column(make_series, *rows, sources) : Ref();
+    Providers providers(self);
+    auto rows = plan_rows(nullptr, *country_texts, country_texts->size(), providers);
+    return rows ? drawn_column(make_series, *rows) : Ref();
 }
 
 }  // namespace bulk

@@ -87,18 +87,18 @@ Ref passwords(PyObject* self, PyObject* make_series, std::size_t rows) {
 
     Ref like = call(make_series, {list({names::x})}, {{names::dtype, names::string}});
     TextSeries column(like, rows);
-    Sources sources;
-    Mersenne& source = sources.add(random);
+    Source source(random);
+    Mersenne& engine = source.engine();
     const auto count = static_cast<std::uint32_t>(characters->size());
     std::string password;
-    sources.take_over();
+    source.take_over();
     for (std::size_t row = 0; row < rows; ++row) {
-        password.resize(lengths->lowest + source.below(lengths->count));
-        for (char& character : password) character = (*characters)[source.below(count)];
+        password.resize(lengths->lowest + engine.below(lengths->count));
+        for (char& character : password) character = (*characters)[engine.below(count)];
         column.add(password);
-        sources.breathe(password.size());
+        source.breathe(password.size());
     }
-    sources.hand_back();
+    source.hand_back();
     return column.finish(make_series, {{names::dtype, names::string}});
 }
 
@@ -115,21 +115,21 @@ Ref phone_numbers(PyObject* make_series, PyObject* isna, PyObject* number_format
     if (missing->any()) append(kinds, no_number);
     Ref like = call(make_series, {kinds});
     TextSeries column(like, missing->size());
-    Sources sources;
-    Mersenne& source = sources.add(random);
+    Source source(random);
+    Mersenne& engine = source.engine();
     const auto places = placeholders(*format);
     std::string number(*format);
-    sources.take_over();
+    source.take_over();
     for (std::size_t row = 0; row < missing->size(); ++row) {
         if ((*missing)[row]) {
             column.add_missing(no_number);
         } else {
-            for (const std::size_t place : places) number[place] = static_cast<char>('0' + source.below(10));
+            for (const std::size_t place : places) number[place] = static_cast<char>('0' + engine.below(10));
             column.add(number);
         }
-        sources.breathe(places.size());
+        source.breathe(places.size());
     }
-    sources.hand_back();
+    source.hand_back();
     return column.finish(make_series);
 }
 

@@ -1,5 +1,8 @@
 #include "bulk/providers.hpp"
 
+#include <algorithm>
+#include <utility>
+
 #include "bulk/surroundings.hpp"
 #include "python/call.hpp"
 
@@ -7,7 +10,16 @@ namespace bulk {
 
 using namespace python;
 
-Providers::Providers(PyObject* self, Sources& sources) : map_(plain_provider_map(self)), sources_(sources) {}
+namespace {
+
+template <class Known>
+Way<Known>* usable(Way<Known>& way) {
+    return way.known || way.method ? &way : nullptr;
+}
+
+}  // namespace
+
+Providers::Providers(PyObject* self) : map_(plain_provider_map(self)) {}
 
 Providers::Provider* Providers::find(std::string_view country) {
     if (last_ == nullptr || last_->country != country) {
@@ -28,24 +40,34 @@ Providers::Provider* Providers::look_up(std::string_view country) {
     Ref faker = Ref::share(python::find(map_, key));
     if (!faker) return nullptr;
     if (auto known = KnownFaker::recognise(faker)) {
-        Mersenne& source = sources_.add(known->source());
+        Source& source = source_of(*known);
         found.provider.emplace(std::move(*known), source);
     }
     return found.provider ? &*found.provider : nullptr;
 }
 
-const Table* Providers::Provider::table(std::string_view method) {
-    for (NamedTable& known : tables_) {
-        if (known.method == method) return known.table ? &*known.table : nullptr;
-    }
-    // NOLINTNEXTLINE(bugprone-suspicious-stringview-data-usage): methods are named by literals
-    NamedTable& read = tables_.emplace_back(NamedTable{method, faker_.table(method.data())});
-    return read.table ? &*read.table : nullptr;
+Source& Providers::source_of(const KnownFaker& faker) {
+    const auto known = std::ranges::find(sources_, faker.source(), &Source::random);
+    return known != sources_.end() ? *known : sources_.emplace_back(faker.source());
 }
 
-Domains* Providers::Provider::domains() {
-    if (!domains_) domains_.emplace(Domains::read(faker_));
-    return *domains_ ? &**domains_ : nullptr;
+template <class Known>
+Way<Known> Providers::Provider::way_to(const char* method, std::optional<Known> known) const {
+    Ref called = known ? Ref() : faker_.own_method(method);
+    return {.source = source_, .known = std::move(known), .method = std::move(called)};
+}
+
+Way<Table>* Providers::Provider::names(std::string_view method) {
+    for (NamedWay& found : names_) {
+        if (found.method == method) return usable(found.way);
+    }
+    const char* name = method.data();  // NOLINT(bugprone-suspicious-stringview-data-usage): named by literals
+    return usable(names_.emplace_back(NamedWay{method, way_to(name, faker_.table(name))}).way);
+}
+
+Way<Domains>* Providers::Provider::domain_names() {
+    if (!domain_names_) domain_names_.emplace(way_to("domain_name", Domains::read(faker_)));
+    return usable(*domain_names_);
 }
 
 }  // namespace bulk

@@ -4,7 +4,6 @@
 #include <cstring>
 #include <initializer_list>
 #include <utility>
-#include <vector>
 
 #include "bulk/originals.hpp"
 #include "bulk/signals.hpp"
@@ -104,36 +103,27 @@ Ref module_random(PyObject* random_module, std::initializer_list<const char*> fu
 // --- random.Random
 // ----------------------------------------------------------------------------------------------------------
 
-Mersenne& Sources::add(PyObject* source) {
-    for (Source& known : sources_) {
-        if (known.object.get() == source) return known.engine;
-    }
-    return sources_.emplace_back(Source{Ref::share(source), Mersenne{}}).engine;
-}
-
-void Sources::take_over() {
-    for (Source& source : sources_) read_state(source.object, source.engine);
+void Source::read() {
+    read_state(random_, engine_);
     taken_over_ = true;
 }
 
-void Sources::hand_back() {
-    // All that needs memory comes first: either every source is handed back, or none is and it can be tried again.
-    std::vector<std::pair<Ref, Ref>> writes;
-    writes.reserve(sources_.size());
-    for (const Source& source : sources_)
-        writes.emplace_back(word_method(source.object, "setstate"), state_of(source.engine));
-    for (std::size_t i = 0; i < writes.size(); ++i) call(writes[i].first, {sources_[i].object, writes[i].second});
+void Source::write() {
+    // All that needs memory comes first: where it is wanting, nothing has changed and this can be tried again.
+    Ref set_state = word_method(random_, "setstate");
+    Ref state = state_of(engine_);
+    call(set_state, {random_, state});
     taken_over_ = false;
 }
 
-void Sources::take_breath() {
+void Source::take_breath() {
     work_since_breath_ = 0;
     hand_back();
     let_others_in();
     take_over();
 }
 
-Sources::~Sources() {
+Source::~Source() {
     if (!taken_over_) return;
     // Only want of memory leads here: what was drawn is drawn.
     PyObject* exception = PyErr_GetRaisedException();
@@ -144,6 +134,11 @@ Sources::~Sources() {
     }
     PyErr_SetRaisedException(exception);
 }
+
+Mark::Mark(const Source& source)
+    : random_(Ref::share(source.random())), state_(call(word_method(random_, "getstate"), {random_})) {}
+
+void Mark::go_back() const { call(word_method(random_, "setstate"), {random_, state_}); }
 
 // --- numpy
 // ------------------------------------------------------------------------------------------------------------------

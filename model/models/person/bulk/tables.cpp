@@ -157,6 +157,12 @@ std::optional<Table> KnownFaker::table(const char* method) const {
     return table_behind(quiet_attr(generator_, method));
 }
 
+Ref KnownFaker::own_method(const char* method) const {
+    Ref bound = quiet_attr(generator_, method);
+    Ref provider = provider_of(bound);
+    return provider && is_of_package(PyMethod_GET_FUNCTION(bound.get()), "faker") ? std::move(bound) : Ref();
+}
+
 std::optional<Table> KnownFaker::table_behind(PyObject* method) const {
     Ref provider = provider_of(method);
     if (!provider) return std::nullopt;
