@@ -198,8 +198,8 @@ def test_an_existing_model_is_replaced_only_by_a_good_one() -> None:
         ),
         (
             f"{FIT} --locale zzzzzz",
-            "'zzzzzz' is neither a country nor a locale. Write a country as its ISO code or its"
-            " English name, a locale as 'en_GB'.",
+            "'zzzzzz' is neither a country nor a locale. Write a country as its ISO code, its"
+            " English name or its name in its own language, a locale as 'en_GB'.",
         ),
         (
             "fit people.csv -o no/m.json --column gender=sex",

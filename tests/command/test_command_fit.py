@@ -142,8 +142,8 @@ def test_an_unknown_country_in_a_column_that_was_found() -> None:
     Path("people.csv").write_text("sex,land\nm,Germny\nf,FR\n")
     assert fail(FIT, 1) == (
         "Column 'land': 'Germny' is neither a country nor a locale. Did you mean 'Germany'? Write a"
-        " country as its ISO code or its English name, a locale as 'en_GB'. Or leave the column out"
-        " with --ignore."
+        " country as its ISO code, its English name or its name in its own language, a locale as"
+        " 'en_GB'. Or leave the column out with --ignore."
     )
     succeed(f"{FIT} --ignore land")
 

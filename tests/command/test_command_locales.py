@@ -28,7 +28,7 @@ def test_countries_are_listed_by_name_without_regard_to_accents() -> None:
     assert names == ["Afghanistan", "Åland Islands", "Albania", "Algeria"]
 
 
-@pytest.mark.parametrize("country", ["CH", "che", "Switzerland", "'the  SWITZERLAND'"])
+@pytest.mark.parametrize("country", ["CH", "che", "Switzerland", "'the  SWITZERLAND'", "Svizzera"])
 def test_one_country_with_all_its_locales(country: str) -> None:
     assert succeed(f"locales {country}").stdout.splitlines() == [
         "Country   Switzerland (CH)",
@@ -74,12 +74,12 @@ def test_one_locale(locale: str) -> None:
         (
             "locales Germny",
             "'Germny' is neither a country nor a locale. Did you mean 'Germany'? Write a country as"
-            " its ISO code or its English name, a locale as 'en_GB'.",
+            " its ISO code, its English name or its name in its own language, a locale as 'en_GB'.",
         ),
         (
             "locales ''",
-            "'' is neither a country nor a locale. Write a country as its ISO code or its English"
-            " name, a locale as 'en_GB'.",
+            "'' is neither a country nor a locale. Write a country as its ISO code, its English"
+            " name or its name in its own language, a locale as 'en_GB'.",
         ),
         ("locales DE FR", "Got unexpected extra argument (FR)"),
     ],

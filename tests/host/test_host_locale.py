@@ -10,7 +10,8 @@ import pytest
 from faker import Faker
 from faker.config import AVAILABLE_LOCALES
 
-from vantrel.util.locale.countries import country_codes, country_name, folded
+from vantrel.util.locale import countries
+from vantrel.util.locale.countries import country_codes, country_name, folded, own_names
 from vantrel.util.locale.faker_locales import locale_for_country
 from vantrel.util.locale.locale import (
     Provider,
@@ -55,6 +56,14 @@ def locales_for(*places: str) -> list[str]:
         ("pt_BR", "pt_BR"),
         ("pt-BR", "pt_BR"),
         ("PT_br", "pt_BR"),
+        ("Deutschland", "de_DE"),
+        ("österreich", "de_AT"),
+        ("OSTERREICH", "de_AT"),
+        ("Schweiz", "de_CH"),
+        ("Suisse", "de_CH"),
+        ("Polska", "pl_PL"),
+        ("Россия", "ru_RU"),
+        ("日本", "ja_JP"),
     ],
 )
 def test_a_place_may_be_written_in_many_ways(written: str, locale: str) -> None:
@@ -127,10 +136,32 @@ def test_a_locale_written_exactly_comes_before_a_country() -> None:
     assert country_codes()[folded("LA")] == "LA"  # Laos
 
 
+def test_names_in_other_languages_leave_english_ones_codes_and_locales_their_meaning() -> None:
+    assert not set(own_names()) & set(country_codes())
+    written_small = [locale for locale in map(folded, AVAILABLE_LOCALES) if locale in own_names()]
+    assert written_small == []
+
+
+def test_a_name_that_two_countries_share_is_neither(monkeypatch: pytest.MonkeyPatch) -> None:
+    names = {"DE": "Alemannia", "AT": "alemannia", "CH": "Helvetia", "LI": "France", "LU": ""}
+    country_codes()  # reads the English names
+    monkeypatch.setattr(countries, "_names_in", lambda language: names)
+    assert own_names.__wrapped__() == {"helvetia": "CH"}
+
+
+def test_names_in_other_languages_are_read_only_when_nothing_else_is_known() -> None:
+    own_names.cache_clear()
+    locales_for("GB", "Germany", "pt-br")
+    assert own_names.cache_info().misses == 0
+    locales_for("Deutschland", "Schweiz")
+    assert own_names.cache_info().misses == 1
+
+
 @pytest.mark.parametrize(
     ("place", "hint"),
     [
         ("Germny", " Did you mean 'Germany'"),
+        ("Österreih", " Did you mean 'Austria'?"),
         ("en_XX", " Write a country"),
         ("qqqqqqqq", " Write a country"),
         ("", " Write a country"),
@@ -141,7 +172,8 @@ def test_what_is_no_place_is_refused_with_the_nearest_names(place: str, hint: st
         locales_for("GB", place)
     assert str(caught.value).startswith(f"{place!r} is neither a country nor a locale.{hint}")
     assert str(caught.value).endswith(
-        " Write a country as its ISO code or its English name, a locale as 'en_GB'."
+        " Write a country as its ISO code, its English name or its name in its own language, a"
+        " locale as 'en_GB'."
     )
 
 
@@ -150,7 +182,8 @@ def test_all_unknown_places_are_named_at_once() -> None:
         locales_for("GB", "Germny", "qqqqqqqq")
     assert str(caught.value) == (
         "These are neither countries nor locales: 'Germny' (did you mean 'Germany'?), 'qqqqqqqq'."
-        " Write a country as its ISO code or its English name, a locale as 'en_GB'."
+        " Write a country as its ISO code, its English name or its name in its own language, a"
+        " locale as 'en_GB'."
     )
 
 

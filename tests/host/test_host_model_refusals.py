@@ -274,9 +274,11 @@ def test_a_wrong_value(path: Path, where: list[str | int], value: object, messag
         ([*CHILD, "categories"], ["GB", 5], "categories[1] is 5, not a text."),
         ([*CHILD, "categories"], ["G" * 201], "categories[0] has 201 characters, more than 200."),
         ([*CHILD, "categories"], ["Narnia"], "categories: 'Narnia' is neither a country nor a"
-         " locale. Write a country as its ISO code or its English name, a locale as 'en_GB'."),
+         " locale. Write a country as its ISO code, its English name or its name in its own language,"
+         " a locale as 'en_GB'."),
         (["model", "meta", "locales"], ["xx_YY"], "locales: 'xx_YY' is neither a country nor a"
-         " locale. Write a country as its ISO code or its English name, a locale as 'en_GB'."),
+         " locale. Write a country as its ISO code, its English name or its name in its own language,"
+         " a locale as 'en_GB'."),
         (["model", "config", "genders"], ["F", "X"], "genders[1] is 'X', not 'F' or 'M' or 'NB' or"
          " 'A'."),
         (["model", "config", "pwd_length"], [8, 4_097], "pwd_length[1] is 4097, not an integer"

@@ -11,8 +11,7 @@ import numpy as np
 
 from vantrel.config import PersonModelConfig
 from vantrel.detect.names import NAME, PHONE, words_of
-from vantrel.util.locale.countries import country_codes, folded
-from vantrel.util.locale.locale import unknown_places
+from vantrel.util.locale.locale import recognise, unknown_places
 from vantrel.util.person import collections_from_mapping
 
 if TYPE_CHECKING:
@@ -132,7 +131,8 @@ class Values:
         """
         if len(self._rows) > _MOST_CATEGORIES:
             return False
-        names = sum(len(value) > 3 and folded(value) in country_codes() for value in self._rows)
+        found = {value: recognise(value) for value in self._rows if len(value) > 3}
+        names = sum(1 for place in found.values() if place and place.country)
         return 1 < len(self._rows) <= 2 * names and not unknown_places(self._rows)
 
 

@@ -1,10 +1,12 @@
 """Recognises countries however people write them."""
 
 import unicodedata
+from collections import defaultdict
 from functools import cache
 
 import pycountry
-from babel import Locale
+from babel import Locale, UnknownLocaleError
+from babel.languages import get_official_languages
 
 # Two-letter codes that are in use though the standard has none for the territory.
 _BEYOND_THE_STANDARD = {"XK": "XKX"}
@@ -75,5 +77,37 @@ def country_codes() -> dict[str, str]:
 
 
 @cache
+def own_names() -> dict[str, str]:
+    """Maps the folded names of countries in their own official languages to two-letter codes.
+
+    Names that another country shares, or that mean one in English, are left out. The first call
+    takes a few tenths of a second: it reads the names of all these languages.
+    """
+    known = country_codes()
+    codes: dict[str, set[str]] = defaultdict(set)
+    for code in set(known.values()):
+        for language in official_languages(code):
+            if name := _names_in(language).get(code):
+                codes[folded(name)].add(code)
+    return {name: min(of) for name, of in codes.items() if len(of) == 1 and name not in known}
+
+
+def official_languages(code: str) -> tuple[str, ...]:
+    """Lists the languages of a country, the most spoken first.
+
+    Args:
+        code: The two-letter code, in capitals.
+    """
+    return tuple(get_official_languages(code, de_facto=True))
+
+
+@cache
+def _names_in(language: str) -> dict[str, str]:
+    try:
+        return dict(Locale.parse(language).territories)
+    except UnknownLocaleError:  # babel knows of the language and not its words
+        return {}
+
+
 def _english_names() -> dict[str, str]:
-    return dict(Locale("en").territories)
+    return _names_in("en")

@@ -8,12 +8,11 @@ import locale as standard_locale
 from collections import defaultdict
 from functools import cache
 
-from babel.languages import get_official_languages
 from faker.config import AVAILABLE_LOCALES
 from faker.providers import person
 from faker.utils.loading import list_module
 
-from vantrel.util.locale.countries import country_codes
+from vantrel.util.locale.countries import country_codes, official_languages
 
 DEFAULT_LOCALE = "en_GB"
 
@@ -65,13 +64,9 @@ def locales_by_country() -> dict[str, list[str]]:
         if country in codes:
             by_country[country].append(locale)
     for country, own in by_country.items():
-        ranks = {language: rank for rank, language in enumerate(_languages_of(country))}
+        ranks = {language: rank for rank, language in enumerate(official_languages(country))}
         own.sort(key=lambda locale: (ranks.get(_language(locale), len(ranks)), locale))
     return dict(by_country)
-
-
-def _languages_of(country: str) -> tuple[str, ...]:
-    return tuple(get_official_languages(country, de_facto=True))
 
 
 @cache
@@ -100,7 +95,7 @@ def locale_for_country(country: str) -> tuple[str, bool]:
     own = locales_by_country().get(country)
     if own:
         return own[0], True
-    in_language = map(locale_for_language, _languages_of(country))
+    in_language = map(locale_for_language, official_languages(country))
     return next(filter(None, in_language), DEFAULT_LOCALE), False
 
 

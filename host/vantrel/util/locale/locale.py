@@ -1,9 +1,10 @@
 """From countries and locales, as tables write them, to generators of names.
 
 A place may be written as a locale of Faker ("pt_BR", "pt-BR"), an ISO code of two or three
-letters ("BR", "BRA") or an English name in any common form ("Brazil", "USA", "South Korea").
-A locale written exactly so comes first ("la" is Latin, "LA" is Laos), then come countries, then
-locales without regard to case.
+letters ("BR", "BRA"), an English name in any common form ("Brazil", "USA", "South Korea") or the
+name in an official language of the country ("Brasil", "Österreich", "Suisse"). A locale written
+exactly so comes first ("la" is Latin, "LA" is Laos), then come codes and English names, then
+locales without regard to case, then names in other languages.
 """
 
 import warnings
@@ -16,7 +17,7 @@ from typing import NamedTuple
 import pandas as pd
 from faker import Faker
 
-from vantrel.util.locale.countries import country_codes, country_name, folded
+from vantrel.util.locale.countries import country_codes, country_name, folded, own_names
 from vantrel.util.locale.faker_locales import (
     locale_for_country,
     locale_for_locale,
@@ -150,6 +151,8 @@ def recognise(place: str) -> Recognised | None:
         return Recognised(country=country)
     if locale := _locales_by_folded().get(folded(text)):
         return Recognised(locale=locale)
+    if country := own_names().get(folded(text)):
+        return Recognised(country=country)
     return None
 
 
@@ -159,7 +162,10 @@ def _locales_by_folded() -> dict[str, str]:
 
 
 def _unknown(places: list[str]) -> str:
-    advice = "Write a country as its ISO code or its English name, a locale as 'en_GB'."
+    advice = (
+        "Write a country as its ISO code, its English name or its name in its own language, a"
+        " locale as 'en_GB'."
+    )
     if len(places) == 1:
         (place,) = places
         hint = f" Did you mean {_nearest(place)}?" if _nearest(place) else ""
@@ -173,7 +179,7 @@ def _unknown(places: list[str]) -> str:
 
 
 def _nearest(place: str) -> str:
-    codes = country_codes()
+    codes = own_names() | country_codes()
     shown = {spelling: country_name(code) for spelling, code in codes.items()}
     shown |= _locales_by_folded()
     nearest = get_close_matches(folded(str(place)), shown, n=3, cutoff=0.8)
