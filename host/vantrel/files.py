@@ -32,7 +32,7 @@ def replacing(path: Path, *, binary: bool = False) -> Iterator[IO[Any]]:
     except OSError as error:
         # Whoever reads the error has never heard of the temporary name.
         error.filename = str(path)
-        error.filename2 = None
+        del error.filename2
         raise
 
 

@@ -9,6 +9,7 @@ from typing import TYPE_CHECKING, Any
 
 from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.metadata.value import Person
+from vantrel.util.arguments import refuse_text
 
 if TYPE_CHECKING:
     import pandas as pd
@@ -52,14 +53,18 @@ def fit(
         A fitted model: ``model.sample(1000)`` gives a frame of 1,000 made-up people.
 
     Raises:
-        FittingError: An attribute or a column is not known, a column holds missing values only or
-            unknown countries, or no column was found.
+        FittingError: An attribute or a column is not known, a column is there twice, holds missing
+            values only or unknown countries, or no column was found.
+        TypeError: The table is no frame, or there is one text in the place of a list.
         ValueError: A locale is not known, or a column has nothing to learn from.
     """
     from vantrel.detect import detect_columns
     from vantrel.model.models.person import PersonModel
     from vantrel.util.locale.locale import refuse_unknown
 
+    _refuse_no_frame(df)
+    refuse_text(generate, "generate", "attributes")
+    refuse_text(locales, "locales", "locales")
     generated = list(generate)
     for attribute in (*columns, *generated):
         refuse_unknown_attribute(attribute)
@@ -75,6 +80,21 @@ def fit(
     refuse_unknown(locales or ())
     meta = make_person(columns, generated, locales)
     return PersonModel(meta, config or PersonModelConfig()).fit(df)
+
+
+def _refuse_no_frame(df: object) -> None:
+    import pandas as pd
+
+    if not isinstance(df, pd.DataFrame):
+        raise TypeError(
+            f"A table is a pandas DataFrame, not {df!r:.50}: read a file with pandas.read_csv."
+        )
+    doubled = df.columns[df.columns.duplicated()].unique()
+    if len(doubled):
+        raise FittingError(
+            f"Columns are there twice: {', '.join(map(repr, doubled))}. Give each one name of its"
+            " own."
+        )
 
 
 def refuse_unknown_attribute(attribute: str) -> None:

@@ -80,8 +80,10 @@ def _locales(value: Any, where: str) -> None:
 
 def _lengths(value: Any, where: str) -> None:
     list_of(integer(0, _LONGEST_PASSWORD))(value, where)
-    if len(value) != 2 or value[0] > value[1]:
+    if len(value) != 2:
         refuse(value, where, "a list of the least and the greatest length")
+    if value[0] > value[1]:
+        raise ShapeError(f"{where} is {value}: the greatest length comes second.")
 
 
 def _shares(value: Any, where: str) -> None:

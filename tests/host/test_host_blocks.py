@@ -170,13 +170,20 @@ def test_a_plan_of_many_blocks_is_not_made_before_it_is_asked_for(whole: PersonM
     assert len(next(everything)) == 50
 
 
-@pytest.mark.parametrize("name", ["rows", "seed", "block_rows"])
+NAMED = {
+    "rows": "The number of rows",
+    "seed": "The seed",
+    "block_rows": "The number of rows of a block",
+}
+
+
+@pytest.mark.parametrize("name", NAMED)
 @pytest.mark.parametrize("value", [-1, 1.0, "7", None, True])
 def test_a_number_of_a_plan_that_is_out_of_range(name: str, value: object) -> None:
     with pytest.raises(ValueError) as caught:
         Plan(**{"rows": 5, "seed": 7, name: value})  # type: ignore[arg-type]
     least = 1 if name == "block_rows" else 0
-    assert str(caught.value) == f"{name!r} is an integer from {least} on, not {value!r}."
+    assert str(caught.value) == f"{NAMED[name]} is an integer from {least} on, not {value!r}."
 
 
 def test_numbers_of_numpy_are_numbers_of_a_plan() -> None:
@@ -188,7 +195,7 @@ def test_numbers_of_numpy_are_numbers_of_a_plan() -> None:
 def test_blocks_of_no_rows_are_refused() -> None:
     with pytest.raises(ValueError) as caught:
         Plan(5, 7, block_rows=0)
-    assert str(caught.value) == "'block_rows' is an integer from 1 on, not 0."
+    assert str(caught.value) == "The number of rows of a block is an integer from 1 on, not 0."
 
 
 def test_conditions_of_another_length_are_refused(whole: PersonModel) -> None:

@@ -172,6 +172,7 @@ def test_other_columns_and_the_index_are_left_out(shared: PersonModel) -> None:
         ("sex", ["", " "], "column 'sex' has '' in row 1; column 'sex' has ' ' in row 2"),
         ("land", ["Narnia"], "column 'land' has 'Narnia' in row 1"),
         ("land", ["GB", float("nan")], "column 'land' has no value in row 2"),
+        ("land", [1, "GB"], "column 'land' has 1 in row 1"),
         ("land", ["X"] * 10, "column 'land' has 'X' in rows 1, 2, 3, 4, 5, 6, 7, 8, 9, 10"),
         (
             "land",
@@ -181,7 +182,7 @@ def test_other_columns_and_the_index_are_left_out(shared: PersonModel) -> None:
     ],
 )
 def test_each_value_is_named_with_its_rows(
-    shared: PersonModel, column: str, values: list[str | None], problem: str
+    shared: PersonModel, column: str, values: list[Any], problem: str
 ) -> None:
     table = pd.DataFrame({column: values}, dtype="object")
     assert refusal(shared, table) == cannot_place(problem)
@@ -201,8 +202,8 @@ def test_problems_of_both_columns_are_told_at_once(shared: PersonModel, dtype: s
 
 
 def test_only_so_many_problems_are_told(shared: PersonModel) -> None:
-    table = pd.DataFrame({"sex": [f"q{number}" for number in range(23)]})
-    told = "; ".join(f"column 'sex' has 'q{number}' in row {number + 1}" for number in range(20))
+    table = pd.DataFrame({"sex": [f"q{number}" for number in range(1_003)]})
+    told = "; ".join(f"column 'sex' has 'q{number}' in row {number + 1}" for number in range(1_000))
     assert refusal(shared, table) == cannot_place(f"{told}; and 3 more")
 
 

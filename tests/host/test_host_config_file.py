@@ -109,7 +109,7 @@ def test_a_byte_order_mark_is_no_part_of_the_text(tmp_path: Path) -> None:
         ("pwd_length = 1979-05-27", 'pwd_length is "1979-05-27", not a list.'),
         (
             "pwd_length = [9, 8]",
-            "pwd_length is a list of 2, not a list of the least and the greatest length.",
+            "pwd_length is [9, 8]: the greatest length comes second.",
         ),
         (
             "pwd_length = [8]",

@@ -3,6 +3,7 @@
 import subprocess
 import sys
 from pathlib import Path
+from typing import Any
 
 import pandas as pd
 import pytest
@@ -118,6 +119,47 @@ def test_unknown_countries_are_named(people: pd.DataFrame) -> None:
     assert str(caught.value).startswith(
         "Column 'land': 'Grmany' is neither a country nor a locale."
     )
+
+
+@pytest.mark.parametrize(
+    ("table", "named"), [("people.csv", "'people.csv'"), ([1, 2], "[1, 2]"), (None, "None")]
+)
+def test_what_is_no_frame(table: Any, named: str) -> None:
+    with pytest.raises(TypeError) as caught:
+        vantrel.fit(table, gender="sex")
+    assert str(caught.value) == (
+        f"A table is a pandas DataFrame, not {named}: read a file with pandas.read_csv."
+    )
+
+
+def test_columns_of_one_name(people: pd.DataFrame) -> None:
+    with pytest.raises(FittingError) as caught:
+        vantrel.fit(people.set_axis(["sex", "a", "a", "sex"], axis=1), gender="sex")
+    assert str(caught.value) == (
+        "Columns are there twice: 'a', 'sex'. Give each one name of its own."
+    )
+
+
+@pytest.mark.parametrize(
+    ("given", "message"),
+    [
+        ({"generate": "email"}, "'generate' is a list of attributes: write generate=['email']."),
+        ({"locales": "fr_FR"}, "'locales' is a list of locales: write locales=['fr_FR']."),
+    ],
+)
+def test_a_text_in_the_place_of_a_list(
+    given: dict[str, Any], message: str, people: pd.DataFrame
+) -> None:
+    with pytest.raises(TypeError) as caught:
+        vantrel.fit(people, gender="sex", **given)
+    assert str(caught.value) == message
+
+
+def test_one_unique_attribute_is_a_list_too(people: pd.DataFrame) -> None:
+    model = vantrel.fit(people, gender="sex", generate=["email"])
+    with pytest.raises(TypeError) as caught:
+        vantrel.sample(model, 3, seed=7, unique="email")
+    assert str(caught.value) == "'unique' is a list of attributes: write unique=['email']."
 
 
 def test_either_a_number_or_conditions(people: pd.DataFrame) -> None:

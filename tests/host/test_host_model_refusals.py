@@ -241,8 +241,7 @@ COUNTRIES = ["model", "hidden_model_country", "probabilities"]
         (["model", "config", "genders"], "F", "is 'F', not a list."),
         (["model", "config", "pwd_length"], [8], "is a list of 1, not a list of the least and the"
          " greatest length."),
-        (["model", "config", "pwd_length"], [8, 7], "is a list of 2, not a list of the least and"
-         " the greatest length."),
+        (["model", "config", "pwd_length"], [8, 7], "is [8, 7]: the greatest length comes second."),
         (["model", "config", "dict_cache_size"], 1.0, "is 1.0, not an integer from 0 to"
          " 1,000,000,000,000,000,000."),
         (["model", "config", "home_number_format"], None, "is null, not a text."),

@@ -1,6 +1,7 @@
 """Samples of tables that lack some countries."""
 
 import pandas as pd
+import pytest
 
 from vantrel.config import PersonLabels
 from vantrel.metadata.value import Person
@@ -25,6 +26,30 @@ def test_countries_are_missing_as_often_as_in_the_table(people: pd.DataFrame) ->
 
 def test_a_table_that_lacks_none_gives_samples_that_lack_none(people: pd.DataFrame) -> None:
     assert sample_people(fitted(people), 200)["land"].notna().all()
+
+
+@pytest.mark.parametrize(
+    ("genders", "countries", "expected"),
+    [(0.2, 0.2, 0.2), (0.2, 0.5, 0.5), (0.5, 0.2, 0.5), (0.0, 0.3, 0.3), (0.3, 0.0, 0.3)],
+)
+def test_blank_rows_count_among_those_without_a_country(
+    genders: float, countries: float, expected: float
+) -> None:
+    people = pd.DataFrame({"sex": ["m", "f"] * 50, "surname": "A", "land": "GB"})
+    people.loc[: round(100 * genders) - 1, "sex"] = None
+    people.loc[100 - round(100 * countries) :, "land"] = None
+    sample = sample_people(fitted(people), 5_000)
+    assert abs(sample["sex"].isna().mean() - genders) < 0.04
+    assert abs(sample["land"].isna().mean() - expected) < 0.04
+
+
+def test_with_given_genders_no_row_is_blank(people: pd.DataFrame) -> None:
+    people.loc[:3, "sex"] = None
+    people.loc[:3, "land"] = None
+    given = pd.DataFrame({"sex": ["m"] * 5_000})
+    sample = sample_people(fitted(people), conditions=given)
+    assert sample["surname"].notna().all()
+    assert abs(sample["land"].isna().mean() - 0.4) < 0.04
 
 
 def test_missing_genders_leave_the_whole_person_out(people: pd.DataFrame) -> None:

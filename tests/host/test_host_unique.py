@@ -88,6 +88,10 @@ def test_no_rows(model: PersonModel) -> None:
     assert sample(model, 0, unique=BOTH).shape == (0, 4)
 
 
+def test_the_order_of_attributes_does_not_matter() -> None:
+    assert Plan(5, 7, unique=("username", "email")) == Plan(5, 7, unique=("email", "username"))
+
+
 def test_an_attribute_that_is_given_twice_gets_one_code(model: PersonModel) -> None:
     twice = sample(model, 9, unique=("email", "email"))
     pd.testing.assert_frame_equal(twice, sample(model, 9, unique=("email",)))
@@ -127,7 +131,7 @@ def test_there_is_no_row_too_many_for_the_codes_and_one_more_is(model: PersonMod
     with pytest.raises(ValueError) as caught:
         sample_blocks(model, Plan(MOST_ROWS + 1, 7, unique=BOTH))
     assert str(caught.value) == (
-        "Column 'user' runs out of unique values at 2,176,782,336 rows: ask for fewer."
+        "Column 'mail' runs out of unique values at 2,176,782,336 rows: ask for fewer."
     )
 
 

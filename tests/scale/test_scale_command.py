@@ -296,7 +296,7 @@ def test_without_dask(monkeypatch: pytest.MonkeyPatch) -> None:
     genuine: Callable[..., Any] = builtins.__import__
     monkeypatch.delitem(sys.modules, "vantrel.scale.folder")
     monkeypatch.setattr(builtins, "__import__", without)
-    assert fail(RUN, 1) == "--dask needs distributed: pip install 'vantrel[dask]'."
+    assert fail(RUN, 1) == "--dask needs distributed: pip install 'dask[dataframe,distributed]'."
     assert not Path("people").exists()
 
 
@@ -347,7 +347,7 @@ def test_workers_that_die_again_and_again(cluster: Any, client: Any, on: str) ->
         on_first_file(lambda: os.kill(pid, signal.SIGKILL))
         assert fail(f"{line}{on}", 1) == (
             "Workers died again and again, for want of memory perhaps. What is finished is kept:"
-            " repeat the command with --resume, with fewer --workers or more --partitions."
+            " repeat the command with --resume and fewer --workers."
         )
     finally:
         cluster.scheduler.allowed_failures = allowed

@@ -239,18 +239,18 @@ def test_parquet_files_as_dask_writes_them(
     check_rows(made.rename_axis(None).astype(expected.dtypes), expected)
 
 
-NUMBER = "{!r} is an integer from {} on, not {!r}."
+NUMBER = "{} is an integer from {} on, not {!r}."
 
 
 @pytest.mark.parametrize(
     ("given", "message"),
     [
-        ({"n": -1}, NUMBER.format("rows", 0, -1)),
-        ({"n": 1.5}, NUMBER.format("rows", 0, 1.5)),
-        ({"n": True}, NUMBER.format("rows", 0, True)),
-        ({"seed": -1}, NUMBER.format("seed", 0, -1)),
-        ({"seed": "7"}, NUMBER.format("seed", 0, "7")),
-        ({"block_rows": 0}, NUMBER.format("block_rows", 1, 0)),
+        ({"n": -1}, NUMBER.format("The number of rows", 0, -1)),
+        ({"n": 1.5}, NUMBER.format("The number of rows", 0, 1.5)),
+        ({"n": True}, NUMBER.format("The number of rows", 0, True)),
+        ({"seed": -1}, NUMBER.format("The seed", 0, -1)),
+        ({"seed": "7"}, NUMBER.format("The seed", 0, "7")),
+        ({"block_rows": 0}, NUMBER.format("The number of rows of a block", 1, 0)),
         ({"npartitions": 0}, "The number of partitions is an integer from 1 on, not 0."),
         ({"npartitions": 2.5}, "The number of partitions is an integer from 1 on, not 2.5."),
         (

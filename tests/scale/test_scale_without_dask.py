@@ -20,7 +20,7 @@ def test_the_command(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
     result = CliRunner().invoke(main, "sample m.json -n 3 -o people --dask".split())
     assert result.exit_code == 1
     assert result.stderr == (
-        "vantrel: error: --dask needs distributed: pip install 'vantrel[dask]'.\n"
+        "vantrel: error: --dask needs distributed: pip install 'dask[dataframe,distributed]'.\n"
     )
     assert not Path("people").exists()
 
@@ -28,4 +28,4 @@ def test_the_command(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
 def test_in_python() -> None:
     with pytest.raises(ImportError) as caught:
         from vantrel.scale import sample  # noqa: F401
-    assert str(caught.value) == "vantrel.scale.sample needs Dask: pip install 'vantrel[dask]'."
+    assert str(caught.value) == ("vantrel.scale.sample needs Dask: pip install 'dask[dataframe]'.")

@@ -2,9 +2,10 @@
 
 from __future__ import annotations
 
+import hashlib
 import warnings
 from collections.abc import Iterable, Iterator
-from typing import TYPE_CHECKING
+from typing import TYPE_CHECKING, Any
 
 import click
 
@@ -49,10 +50,22 @@ def make(request: SampleRequest) -> None:
         return
     write_table(_counted(people, rows), output, spreadsheet_safe=request.csv_safe)
     if recorded:
-        given = request.conditions.name if request.conditions else None
         record_path(output).unlink(missing_ok=True)  # it tells of the table that was there before
-        write_record(request.record(model, plan, conditions=given), output)
+        write_record(request.record(model, plan, **_options(request)), output)
     done(plan, output)
+
+
+def _options(request: SampleRequest) -> dict[str, Any]:
+    """What else decides the content of the file."""
+    given = request.conditions
+    if given is None:
+        return {"csv_safe": request.csv_safe}
+    sha256 = None if is_special(given) else hashlib.sha256(given.read_bytes()).hexdigest()
+    return {
+        "csv_safe": request.csv_safe,
+        "conditions": given.name,
+        "conditions_sha256": sha256,
+    }
 
 
 def _conditions(request: SampleRequest, model: PersonModel) -> pd.DataFrame | None:

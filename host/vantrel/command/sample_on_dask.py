@@ -27,7 +27,7 @@ def make(request: SampleRequest) -> None:
         from vantrel.scale.folder import begin, earlier_run, finish, missing, refuse_another_run
     except ModuleNotFoundError as error:
         raise click.ClickException(
-            f"--dask needs {error.name}: pip install 'vantrel[dask]'."
+            f"--dask needs {error.name}: pip install 'dask[dataframe,distributed]'."
         ) from error
 
     assert request.rows is not None
@@ -79,7 +79,7 @@ def _write(
     except KilledWorker as error:
         raise click.ClickException(
             "Workers died again and again, for want of memory perhaps. What is finished is kept:"
-            " repeat the command with --resume, with fewer --workers or more --partitions."
+            " repeat the command with --resume and fewer --workers."
         ) from error
     except (CommClosedError, FutureCancelledError) as error:
         raise click.ClickException(

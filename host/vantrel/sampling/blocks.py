@@ -7,7 +7,7 @@ than a block need be in memory.
 from __future__ import annotations
 
 import math
-from collections.abc import Iterator
+from collections.abc import Iterable, Iterator
 from dataclasses import dataclass
 from typing import TYPE_CHECKING
 
@@ -17,11 +17,19 @@ import pandas as pd
 from vantrel.sampling.people import sample_people
 from vantrel.sampling.unique import make_unique, refuse_not_unique
 from vantrel.seeding import own_sources
+from vantrel.util.arguments import refuse_text
 
 if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel
 
 BLOCK_ROWS = 50_000
+
+# What the numbers of a plan are called, and the least that they may be.
+_NUMBERS = {
+    "rows": ("The number of rows", 0),
+    "seed": ("The seed", 0),
+    "block_rows": ("The number of rows of a block", 1),
+}
 
 
 @dataclass(frozen=True)
@@ -33,24 +41,26 @@ class Plan:
         seed: An integer from 0 on.
         block_rows: The number of rows of each block but the last.
         unique: The attributes whose columns are made unique, of "username" and "email"; kept
-            once each.
+            sorted and once each.
 
     Raises:
+        TypeError: The attributes are one text.
         ValueError: A number is out of its range.
     """
 
     rows: int
     seed: int
     block_rows: int = BLOCK_ROWS
-    unique: tuple[str, ...] = ()
+    unique: Iterable[str] = ()
 
     def __post_init__(self) -> None:
-        for name, least in (("rows", 0), ("seed", 0), ("block_rows", 1)):
+        for name, (what, least) in _NUMBERS.items():
             value = getattr(self, name)
             if isinstance(value, bool) or not isinstance(value, int | np.integer) or value < least:
-                raise ValueError(f"{name!r} is an integer from {least} on, not {value!r}.")
+                raise ValueError(f"{what} is an integer from {least} on, not {value!r}.")
             object.__setattr__(self, name, int(value))
-        object.__setattr__(self, "unique", tuple(dict.fromkeys(self.unique)))
+        refuse_text(self.unique, "unique", "attributes")
+        object.__setattr__(self, "unique", tuple(sorted(set(self.unique))))
 
     @property
     def blocks(self) -> int:

@@ -5,16 +5,16 @@ from __future__ import annotations
 from collections.abc import Iterable
 from typing import TYPE_CHECKING
 
+import pandas as pd
+
 from vantrel.sampling.places import take_in
 from vantrel.util.locale.locale import unknown_places
 from vantrel.util.person import collections_from_mapping
 
 if TYPE_CHECKING:
-    import pandas as pd
-
     from vantrel.model.models.person import PersonModel
 
-_MOST_VALUES = 20
+_MOST_VALUES = 1_000
 _MOST_ROWS = 10
 
 
@@ -73,7 +73,9 @@ def _problems(column: object, unplaced: pd.Series) -> list[str]:
 
 
 def _shown(value: object) -> str:
-    return repr(value) if isinstance(value, str) else "no value"
+    if pd.isna(value):
+        return "no value"
+    return repr(value) if isinstance(value, str) else str(value)
 
 
 def _rows(numbers: Iterable[int]) -> str:

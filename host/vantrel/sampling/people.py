@@ -16,7 +16,8 @@ def sample_people(
     """Samples people, some of them without a country where the fitted table had such.
 
     A name needs a country. So each row is drawn with one, and the countries are taken out of as
-    many rows as the fitted table had without.
+    many rows as the fitted table had without. Rows without a gender are blank, and so without a
+    country already: where there are more of them, countries are missing as often as genders.
 
     Args:
         model: A fitted model.
@@ -35,6 +36,16 @@ def sample_people(
     people = model.sample(
         conditions=countries if conditions is None else conditions.join(countries)
     )
-    unknown = model._rng.random(len(people)) < hidden.meta.nan_freq
-    people[hidden.name] = people[hidden.name].mask(unknown)
+    blank = _share_of_blank_rows(model, conditions)
+    if blank < hidden.meta.nan_freq:
+        share = (hidden.meta.nan_freq - blank) / (1 - blank)
+        unknown = model._rng.random(len(people)) < share
+        people[hidden.name] = people[hidden.name].mask(unknown)
     return people
+
+
+def _share_of_blank_rows(model: PersonModel, conditions: pd.DataFrame | None) -> float:
+    hidden = model.hidden_model_gender
+    if hidden is None or (conditions is not None and hidden.name in conditions):
+        return 0.0
+    return hidden.meta.nan_freq or 0.0

@@ -54,5 +54,5 @@ def sample(
     given = None if conditions is None else prepare_conditions(model, conditions)
     rows = len(given) if given is not None else n
     assert rows is not None
-    plan = Plan(rows, seed, unique=tuple(unique))
+    plan = Plan(rows, seed, unique=unique)
     return pd.concat(list(sample_blocks(model, plan, given)))

@@ -15,7 +15,7 @@ from vantrel.scale.partitions import Partition, make_blocks, no_rows, partitions
 try:
     import dask.dataframe as dd
 except ImportError as error:
-    raise ImportError("vantrel.scale.sample needs Dask: pip install 'vantrel[dask]'.") from error
+    raise ImportError("vantrel.scale.sample needs Dask: pip install 'dask[dataframe]'.") from error
 
 if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel
@@ -57,7 +57,7 @@ def sample(
             could not be loaded from a file again.
     """
     drawn = secrets.randbits(32) if seed is None else seed
-    plan = Plan(n, drawn, block_rows, tuple(unique))
+    plan = Plan(n, drawn, block_rows, unique)
     parts = partitions(model, plan, npartitions)
     if seed is None:
         print(f"vantrel: the seed is {drawn}", file=sys.stderr)

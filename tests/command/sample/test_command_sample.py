@@ -139,7 +139,7 @@ def test_one_person_is_told_as_one() -> None:
 
 def test_the_record_tells_how_the_table_was_made(contents: dict[str, str]) -> None:
     Path("c.csv").write_text("sex\nf\nm\n")
-    succeed("sample m.json --conditions c.csv --seed 7 --unique email -o out.csv")
+    succeed("sample m.json --conditions c.csv --seed 7 --unique email --csv-safe -o out.csv")
     assert json.loads(Path("out.csv.made.json").read_text()) == {
         "format": "vantrel-sample",
         "schema_version": 1,
@@ -148,7 +148,13 @@ def test_the_record_tells_how_the_table_was_made(contents: dict[str, str]) -> No
         "rows": 2,
         "seed": 7,
         "columns": {"gender": "sex", "fullname": "name", "email": "mail", "username": "user"},
-        "options": {"unique": ["email"], "block_rows": BLOCK_ROWS, "conditions": "c.csv"},
+        "options": {
+            "unique": ["email"],
+            "block_rows": BLOCK_ROWS,
+            "csv_safe": True,
+            "conditions": "c.csv",
+            "conditions_sha256": hashlib.sha256(b"sex\nf\nm\n").hexdigest(),
+        },
         "versions": versions(),
     }
 
