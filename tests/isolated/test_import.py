@@ -8,6 +8,8 @@ from support.standins import write_standins
 ALREADY_IMPORTED = "Module 'person' has already been imported. Re-initialisation is not supported."
 
 # Counts how often the body has run: the host's class hears of every class that is made of it.
+TESTS = Path(__file__).parents[1]
+
 PRELUDE = """
     import importlib.util, json, sys
     from vantrel.model.models.histogram import Histogram
@@ -262,3 +264,16 @@ def test_import_into_the_reference_host() -> None:
     print(first is second, second.PersonModel.__module__)
     """
     assert output_of(code) == "True vantrel.model.models.person"
+
+
+def test_columns_are_made_at_once_after_another_import() -> None:
+    code = f"""
+    import sys
+    sys.path[:0] = [{str(TESTS)!r}]
+    from support.counting import FAKER, calls_of
+    from support.whole_columns import making, usual_model
+    del sys.modules["vantrel.model.models.person"]
+    import vantrel.model.models.person
+    print(calls_of(making("sample", usual_model(), 2_000), FAKER) < 2_000)
+    """
+    assert output_of(code) == "True"

@@ -59,7 +59,12 @@ bool has_key(PyObject* type, PyObject* name, PyObject* key) {
 }  // namespace
 
 void remember_namespace() {
-    Py_XSETREF(remembered, owned(PyDict_Copy(module().globals)).release());
+    Ref bindings = owned(PyDict_Copy(module().globals));
+    // The import system sets these anew where the module is imported again, and no function reads them.
+    for (const char* name : {"__spec__", "__loader__"}) {
+        if (find(bindings, name) != nullptr) require(PyDict_DelItemString(bindings, name));
+    }
+    Py_XSETREF(remembered, bindings.release());
     Py_XSETREF(remembered_pandas, look_at_pandas().release());
 }
 
