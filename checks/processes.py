@@ -32,7 +32,7 @@ class Outcome[Answer]:
 def _run(check: Callable[..., Any], arguments: tuple[Any, ...], answers: Connection) -> None:
     try:
         outcome = Outcome(check(*arguments))
-    except BaseException as error:  # noqa: BLE001 whatever it is, it is told
+    except BaseException as error:  # noqa: BLE001 - whatever it is, it is told
         last = traceback.extract_tb(error.__traceback__)[-1]
         place = f"{Path(last.filename).name}:{last.lineno}"
         outcome = Outcome(None, f"{type(error).__name__}: {error} ({place})")

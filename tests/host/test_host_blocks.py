@@ -181,13 +181,13 @@ NAMED = {
 @pytest.mark.parametrize("value", [-1, 1.0, "7", None, True])
 def test_a_number_of_a_plan_that_is_out_of_range(name: str, value: object) -> None:
     with pytest.raises(ValueError) as caught:
-        Plan(**{"rows": 5, "seed": 7, name: value})  # type: ignore[arg-type]
+        Plan(**{"rows": 5, "seed": 7, name: value})  # type: ignore[arg-type]  # that is the test
     least = 1 if name == "block_rows" else 0
     assert str(caught.value) == f"{NAMED[name]} is an integer from {least} on, not {value!r}."
 
 
 def test_numbers_of_numpy_are_numbers_of_a_plan() -> None:
-    plan = Plan(np.int64(5), np.uint32(7), np.int8(2))  # type: ignore[arg-type]
+    plan = Plan(np.int64(5), np.uint32(7), np.int8(2))  # type: ignore[arg-type]  # not declared, but taken
     assert plan == Plan(5, 7, 2)
     assert {type(number) for number in (plan.rows, plan.seed, plan.block_rows)} == {int}
 

@@ -102,7 +102,7 @@ def test_what_does_not_fit_the_table_is_named(
 ) -> None:
     people["nothing"] = None
     with pytest.raises(FittingError) as caught:
-        vantrel.fit(people, **arguments)  # type: ignore[arg-type]
+        vantrel.fit(people, **arguments)  # type: ignore[arg-type]  # each of another type
     assert str(caught.value) == message
 
 
@@ -166,7 +166,7 @@ def test_either_a_number_or_conditions(people: pd.DataFrame) -> None:
     model = vantrel.fit(people, gender="sex")
     for arguments in ({}, {"n": 1, "conditions": people}):
         with pytest.raises(ValueError) as caught:
-            vantrel.sample(model, **arguments)  # type: ignore[arg-type]
+            vantrel.sample(model, **arguments)  # type: ignore[arg-type]  # each of another type
         assert str(caught.value) == (
             "Give either 'n', a number of people, or 'conditions', a frame."
         )
@@ -184,5 +184,5 @@ def test_importing_the_package_loads_neither_pandas_nor_numpy() -> None:
 
 def test_an_unknown_name_of_the_package() -> None:
     with pytest.raises(AttributeError) as caught:
-        vantrel.simple  # noqa: B018
+        vantrel.simple  # noqa: B018 - to read it is the test
     assert str(caught.value) == "module 'vantrel' has no attribute 'simple'"

@@ -128,7 +128,7 @@ def test_any_integer_from_0_on_is_a_seed(seed: int, people: pd.DataFrame) -> Non
 @pytest.mark.parametrize("seed", [None, 1.0, "7", True])
 def test_a_seed_that_is_no_integer_is_refused(seed: object, people: pd.DataFrame) -> None:
     with pytest.raises(TypeError) as caught:
-        seed_everything(fitted(CASES[0], people), seed)  # type: ignore[arg-type]
+        seed_everything(fitted(CASES[0], people), seed)  # type: ignore[arg-type]  # that is the test
     assert str(caught.value) == f"A seed is an integer from 0 on, not {seed!r}."
 
 

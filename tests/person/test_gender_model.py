@@ -1,7 +1,7 @@
 """The hidden model of the gender: collections, keys, fitting and the dictionary form."""
 
 from pathlib import Path
-from typing import Any, Dict  # noqa: UP035 the module's own annotations are spelt so
+from typing import Any, Dict  # noqa: UP035 - the module's own annotations are spelt so
 
 import numpy as np
 import pandas as pd
@@ -616,8 +616,8 @@ def test_the_casts_do_nothing_and_come_in_order(monkeypatch: pytest.MonkeyPatch)
     form = stored(probabilities={"F": 1.0}, regex_female="f", regex_male="m", regex_non_binary="n")
     GenderModel.from_dict(form)
     assert [args for _, args, _ in calls] == [
-        (Dict[str, object], form["meta"]),  # noqa: UP006
-        (Dict[str, float], {"F": 1.0}),  # noqa: UP006
+        (Dict[str, object], form["meta"]),  # noqa: UP006 - the module's own annotations are spelt so
+        (Dict[str, float], {"F": 1.0}),  # noqa: UP006 - the module's own annotations are spelt so
         (str, "f"),
         (str, "m"),
         (str, "n"),

@@ -39,8 +39,8 @@ BOUND_BY_IMPORTS = {
     "string": string,
     "asdict": dataclasses.asdict,
     "Any": typing.Any,
-    "Dict": typing.Dict,  # noqa: UP006
-    "List": typing.List,  # noqa: UP006
+    "Dict": typing.Dict,  # noqa: UP006 - this very object stands in the module
+    "List": typing.List,  # noqa: UP006 - this very object stands in the module
     "Optional": typing.Optional,
     "Sequence": typing.Sequence,
     "Union": typing.Union,

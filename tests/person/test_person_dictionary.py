@@ -2,7 +2,7 @@
 
 import json
 from dataclasses import asdict, dataclass
-from typing import Any, Dict  # noqa: UP035 the module's own annotations are spelt so
+from typing import Any, Dict  # noqa: UP035 - the module's own annotations are spelt so
 
 import pytest
 
@@ -347,10 +347,10 @@ def test_the_casts_do_nothing_and_come_in_order(monkeypatch: pytest.MonkeyPatch)
         monkeypatch.setattr(original, "from_dict", stand_in.from_dict)
     PersonModel.from_dict(form)
     assert [args for _, args, _ in calls] == [
-        (Dict[str, object], form["meta"]),  # noqa: UP006
-        (Dict[str, Any], form["config"]),  # noqa: UP006
-        (Dict[str, object], form["hidden_model_gender"]),  # noqa: UP006
-        (Dict[str, object], form["hidden_model_country"]),  # noqa: UP006
+        (Dict[str, object], form["meta"]),  # noqa: UP006 - the module's own annotations are spelt so
+        (Dict[str, Any], form["config"]),  # noqa: UP006 - the module's own annotations are spelt so
+        (Dict[str, object], form["hidden_model_gender"]),  # noqa: UP006 - the module's own annotations are spelt so
+        (Dict[str, object], form["hidden_model_country"]),  # noqa: UP006 - the module's own annotations are spelt so
     ]
 
 

@@ -245,7 +245,7 @@ def test_name_put_back_serves_again(monkeypatch: pytest.MonkeyPatch, name: str) 
 def test_replaced_exception_is_the_one_raised(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(person, "ModelNotFittedError", Refusal)
     with pytest.raises(Refusal, match=r"^Country model not fitted\.$"):
-        person_model().country_to_provider_map  # noqa: B018
+        person_model().country_to_provider_map  # noqa: B018 - to read it is the test
 
 
 def test_replaced_standard_module_is_the_one_used(monkeypatch: pytest.MonkeyPatch) -> None:
@@ -350,7 +350,7 @@ def test_replaced_value_error_is_not_raised(monkeypatch: pytest.MonkeyPatch) -> 
         patch.setattr(builtins, "ValueError", Refusal)
         try:
             model.sample()
-        except Exception as error:  # noqa: BLE001
+        except Exception as error:  # noqa: BLE001 - whatever it is, its class is compared below
             caught = error
     assert type(caught) is original
 
@@ -405,7 +405,7 @@ def test_replaced_builtin_of_the_address_check_is_not_used(
         patch.setattr(builtins, name, Refusal if name == "AssertionError" else refuse)
         try:
             model.generate_emails(None, None, ["GB"])
-        except Exception as error:  # noqa: BLE001
+        except Exception as error:  # noqa: BLE001 - whatever it is, its class is compared below
             caught = error
     assert type(caught) is original
     assert caught.args == ()
@@ -413,5 +413,5 @@ def test_replaced_builtin_of_the_address_check_is_not_used(
 
 def test_bare_exceptions_stay_bare() -> None:
     with pytest.raises(ModelNotFittedError) as raised:
-        CountryModel(Nominal("c")).categories  # noqa: B018
+        CountryModel(Nominal("c")).categories  # noqa: B018 - to read it is the test
     assert raised.value.args == ()

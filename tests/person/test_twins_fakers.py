@@ -307,7 +307,7 @@ class Callables:
             setattr(self, name, getattr(instance, name))
 
 
-class Mapping(dict):  # type: ignore[type-arg]
+class Mapping(dict):  # type: ignore[type-arg]  # holds anything
     """A map of providers that makes what is missing."""
 
     def __missing__(self, country: str) -> FiveMethods:

@@ -385,7 +385,7 @@ def test_category_values_of_other_types(values: Any) -> None:
 
 
 def test_collections_that_answer_otherwise() -> None:
-    class Answering(dict):  # type: ignore[type-arg]
+    class Answering(dict):  # type: ignore[type-arg]  # holds anything
         def get(self, key: Any, default: Any = None) -> Any:
             return ["always"]
 

@@ -209,7 +209,7 @@ def test_a_check_of_addresses_that_draws() -> None:
 
 def test_attributes_looked_up_by_the_class() -> None:
     class Looking(PersonModel):
-        asked: list[str] = []  # noqa: RUF012 one for all on purpose
+        asked: list[str] = []  # noqa: RUF012 - one for all on purpose
 
         def __getattribute__(self, name: str) -> Any:
             if name.startswith("generate"):

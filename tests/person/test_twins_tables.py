@@ -149,7 +149,7 @@ def test_the_note_on_a_weighted_table_is_heeded() -> None:
     assert "Xi" in set(made_both_ways(making("last_names", model), model))
 
 
-class Keyed(OrderedDict):  # type: ignore[type-arg]
+class Keyed(OrderedDict):  # type: ignore[type-arg]  # holds anything
     """A table whose own methods tell something else than its content."""
 
     def keys(self) -> Any:
@@ -159,7 +159,7 @@ class Keyed(OrderedDict):  # type: ignore[type-arg]
         return [1.0, 2.0]
 
 
-class Counting(list):  # type: ignore[type-arg]
+class Counting(list):  # type: ignore[type-arg]  # holds anything
     """A table that counts how often it is read."""
 
     reads = 0

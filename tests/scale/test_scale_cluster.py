@@ -20,11 +20,11 @@ from vantrel.sampling import Plan
 distributed = pytest.importorskip("distributed", reason="clusters need distributed")
 pytest.importorskip("pyarrow", reason="Dask's frames need pyarrow")
 
-from vantrel import scale  # noqa: E402  (after the question whether it can be imported)
-from vantrel.scale import cluster as module  # noqa: E402
-from vantrel.scale.cluster import connected  # noqa: E402
-from vantrel.scale.folder import write_partitions  # noqa: E402
-from vantrel.scale.partitions import partitions  # noqa: E402
+from vantrel import scale  # noqa: E402 - after the question whether it can be
+from vantrel.scale import cluster as module  # noqa: E402 - after the question whether it can be
+from vantrel.scale.cluster import connected  # noqa: E402 - after the question whether it can be
+from vantrel.scale.folder import write_partitions  # noqa: E402 - after the question whether it can be
+from vantrel.scale.partitions import partitions  # noqa: E402 - after the question whether it can be
 
 PLAN = Plan(400_000, seed=7, block_rows=10_000)  # 40 blocks that take a moment each
 LABELS = PersonLabels(gender="gender", firstname="first")

@@ -30,7 +30,7 @@ from vantrel.sampling import BLOCK_ROWS, sample_people
 distributed = pytest.importorskip("distributed", reason="clusters need distributed")
 pytest.importorskip("pyarrow", reason="Parquet files need pyarrow")
 
-from vantrel.scale import cluster as module  # noqa: E402  (after the question whether it can be)
+from vantrel.scale import cluster as module  # noqa: E402 - after the question whether it can be
 
 LABELS = PersonLabels(gender="gender", firstname="first", username="user")
 ROWS = 2 * BLOCK_ROWS + 1  # three blocks, the last of one row

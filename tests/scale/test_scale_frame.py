@@ -22,7 +22,7 @@ from vantrel.scale import partitions
 dask = pytest.importorskip("dask", reason="sampling on Dask needs Dask")
 pytest.importorskip("pyarrow", reason="Dask's frames need pyarrow")
 
-from vantrel import scale  # noqa: E402  (after the question whether it can be imported)
+from vantrel import scale  # noqa: E402 - after the question whether it can be
 
 PLAN = Plan(rows=643, seed=7, block_rows=10)  # 65 blocks, the last of three rows
 GENDER_ONLY = PersonLabels(gender="gender")

@@ -27,5 +27,5 @@ def test_the_command(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
 
 def test_in_python() -> None:
     with pytest.raises(ImportError) as caught:
-        from vantrel.scale import sample  # noqa: F401
+        from vantrel.scale import sample  # noqa: F401 - to import it is the test
     assert str(caught.value) == ("vantrel.scale.sample needs Dask: pip install 'dask[dataframe]'.")

@@ -23,5 +23,5 @@ def outcome(call: Callable[[], Any]) -> tuple[Any, Exception | None]:
     """What a call returned, or what it raised."""
     try:
         return call(), None
-    except Exception as error:  # noqa: BLE001 whatever it is, it is what the caller compares
+    except Exception as error:  # noqa: BLE001 - whatever it is, it is what the caller compares
         return None, error

@@ -127,7 +127,7 @@ def _run(call: Call, model: PersonModel | None, seed: int, within: Surroundings)
         try:
             result = call()
             made = described(result)
-        except Exception as raised:  # noqa: BLE001 whatever it is, both ways must raise it
+        except Exception as raised:  # noqa: BLE001 - whatever it is, both ways must raise it
             result = raised
             error = described_error(raised)
         return Run(made, error, described(noted), source_states(model), result)
