@@ -128,6 +128,37 @@ def test_a_gender_that_is_not_understood_needs_patterns() -> None:
     )
 
 
+def test_a_country_that_is_not_understood_needs_other_values_or_a_locale() -> None:
+    Path("people.csv").write_text("sex,land\nm,Bayern\nf,Sachsen\nf,Bayern\n")
+    assert succeed(FIT).stderr.splitlines()[0] == (
+        "vantrel: note: Column 'land' is not taken for country, as its values, such as 'Bayern', do"
+        " not look so: to take it, write each as an ISO code, an English name or a name in the"
+        " country's own language; or add --locale in its place."
+    )
+
+
+NO_COUNTRIES = (
+    "vantrel: note: There is no column of countries, so all people get names of en_GB: --locale DE,"
+    " say, changes that.\n"
+)
+
+
+def test_where_people_are_from_is_told_where_nothing_tells_it() -> None:
+    Path("people.csv").write_text("sex\nm\nf\n")
+    assert succeed(f"{FIT} --generate email").stderr == NO_COUNTRIES
+
+
+@pytest.mark.parametrize("options", ["--generate lastname --locale FR", "--generate password"])
+def test_nothing_is_told_where_places_are_named_or_need_none(options: str) -> None:
+    Path("people.csv").write_text("sex\nm\nf\n")
+    assert succeed(f"{FIT} {options}").stderr == ""
+
+
+def test_nothing_is_told_where_there_is_a_column_of_countries() -> None:
+    Path("people.csv").write_text("sex,land\nm,DE\nf,FR\n")
+    assert succeed(f"{FIT} --generate lastname").stderr == ""
+
+
 def test_such_columns_are_told_where_nothing_is_found() -> None:
     Path("people.csv").write_text("E-Mail Address\nsecret\nhidden\n")
     assert fail(FIT, 1) == (

@@ -63,12 +63,21 @@ def find_columns(
 def doubt_note(doubt: Doubt) -> str:
     """Tells of a column that was not taken, and how to take it."""
     value = "" if doubt.value is None else f", such as {doubt.value!r},"
-    option = shlex.quote(f"{doubt.attribute}={doubt.column}")
-    meaning = ", and patterns of its values with --config" if doubt.attribute == "gender" else ""
     return (
         f"Column {doubt.column!r} is not taken for {doubt.attribute}, as its values{value} do not"
-        f" look so: to take it, add --column {option}{meaning}."
+        f" look so: {_way_out(doubt)}."
     )
+
+
+def _way_out(doubt: Doubt) -> str:
+    if doubt.attribute == "country":
+        return (
+            "to take it, write each as an ISO code, an English name or a name in the country's own"
+            " language; or add --locale in its place"
+        )
+    meaning = ", and patterns of its values with --config" if doubt.attribute == "gender" else ""
+    option = shlex.quote(f"{doubt.attribute}={doubt.column}")
+    return f"to take it, add --column {option}{meaning}"
 
 
 def columns_table(named: Mapping[str, str], found: Detection, generated: Collection[str]) -> Table:

@@ -125,5 +125,5 @@ def fit(
         if not no_detect:
             print_all(columns_table(columns, found, generated))
     click.echo(f"Learnt from {len(df):,} rows of {table}; wrote {output}.")
-    for note in [*map(doubt_note, found.doubts), *notes(model, df)]:
+    for note in [*map(doubt_note, found.doubts), *notes(model, df, located=bool(locales))]:
         click.echo(f"vantrel: note: {note}", err=True)

@@ -1,7 +1,8 @@
-"""Tells what of a table a fitted model will not give back."""
+"""Tells what of a table a fitted model will not give back and what it assumes."""
 
 from __future__ import annotations
 
+from collections.abc import Iterator
 from typing import TYPE_CHECKING
 
 if TYPE_CHECKING:
@@ -10,34 +11,56 @@ if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel
 
 _MOST_SHOWN = 5
+_FROM_NAMES = frozenset({"firstname", "lastname", "fullname", "email", "username"})
 
 
-def notes(model: PersonModel, df: pd.DataFrame) -> list[str]:
-    """Lists, in a sentence each, what is not understood, never sampled or left out.
+def notes(model: PersonModel, df: pd.DataFrame, *, located: bool) -> list[str]:
+    """Lists, in a sentence each, what is not understood, never sampled, assumed or left out.
 
     Args:
         model: The fitted model.
         df: The table that it was fitted on.
+        located: Whether the user told where the people are from.
     """
-    columns = model.params
-    found = []
-    if unclear := "gender" in columns and _not_understood(model, df[columns["gender"]]):
-        found.append(
-            f"Column {columns['gender']!r} has values that are not understood as genders and count"
-            f" as missing: {unclear}."
+    return [
+        *_of_genders(model, df),
+        *_of_titles(model, df),
+        *([] if located else _of_places(model)),
+        *_of_the_rest(model, df),
+    ]
+
+
+def _of_genders(model: PersonModel, df: pd.DataFrame) -> Iterator[str]:
+    column = model.labels.gender
+    if column and (unclear := _not_understood(model, df[column])):
+        yield (
+            f"Column {column!r} has values that are not understood as genders and count as"
+            f" missing: {unclear}."
         )
-    if {"gender", "title"} <= columns.keys() and (
-        never := _never_sampled(model, df[columns["title"]])
-    ):
-        found.append(
-            f"Column {columns['title']!r} has titles that will never be sampled, as they tell"
-            f" none of the learnt genders: {never}."
+
+
+def _of_titles(model: PersonModel, df: pd.DataFrame) -> Iterator[str]:
+    column = model.labels.title
+    if column and model.labels.gender and (never := _never_sampled(model, df[column])):
+        yield (
+            f"Column {column!r} has titles that will never be sampled, as they tell none of the"
+            f" learnt genders: {never}."
         )
-    if left_out := [column for column in df.columns if column not in columns.values()]:
-        found.append(
-            f"These columns are not labelled and are left out: {', '.join(map(repr, left_out))}."
+
+
+def _of_places(model: PersonModel) -> Iterator[str]:
+    if not model.labels.country and not _FROM_NAMES.isdisjoint(model.params):
+        (locale,) = model.locales
+        yield (
+            f"There is no column of countries, so all people get names of {locale}: --locale DE,"
+            " say, changes that."
         )
-    return found
+
+
+def _of_the_rest(model: PersonModel, df: pd.DataFrame) -> Iterator[str]:
+    labelled = model.params.values()
+    if left_out := [column for column in df.columns if column not in labelled]:
+        yield f"These columns are not labelled and are left out: {', '.join(map(repr, left_out))}."
 
 
 def _not_understood(model: PersonModel, genders: pd.Series) -> str:
