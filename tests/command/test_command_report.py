@@ -102,11 +102,69 @@ def test_without_a_record_or_columns_they_are_found() -> None:
 
 def test_where_no_columns_are_found_they_are_asked_for() -> None:
     Path("people.csv").write_text("a,b\n1,2\n")
-    Path("made-up.csv").write_text("a,b\n3,4\n")
+    Path("made-up.csv").write_text("c\n3\n")
     assert fail(REPORT, 1) == (
-        "There is no record beside made-up.csv of its columns, and none of a person is found: name"
-        " them, as in --column gender=sex."
+        "Nothing can be compared: no attribute of a person is known to have a column in both tables."
+        " Name columns, as in --column gender=sex. The columns of people.csv are: 'a', 'b'. The"
+        " columns of made-up.csv are: 'c'."
     )
+
+
+def names_in_the_sample(html: str) -> str:
+    return html.split("Real full names in the sample")[1].split("</li>", maxsplit=1)[0]
+
+
+@pytest.fixture
+def named() -> None:
+    """A real table of names, and a sample of the same people that names the columns otherwise."""
+    real = pd.DataFrame({"sex": ["m", "f"], "first_name": ["Bo", "Ann"], "last_name": ["Ray"] * 2})
+    real.to_csv("people.csv", index=False)
+    real.set_axis(["sex", "firstname", "lastname"], axis="columns").to_csv(
+        "made-up.csv", index=False
+    )
+
+
+@pytest.mark.usefixtures("named")
+def test_real_names_are_found_in_columns_that_are_named_otherwise() -> None:
+    succeed(REPORT)
+    html = Path("report.html").read_text(encoding="utf-8")
+    assert "2 rows" in names_in_the_sample(html)
+    assert 'First name <small class="column"><bdi>first_name / firstname</bdi>' in html
+
+
+@pytest.mark.usefixtures("named")
+def test_real_names_are_found_beside_the_columns_of_a_record() -> None:
+    succeed(
+        "fit people.csv -o m.json --no-detect --column gender=sex --generate firstname,lastname"
+    )
+    succeed("sample m.json -n 20 --seed 7 -o made-up.csv --force")
+    made = pd.read_csv("made-up.csv")
+    first, last = made.loc[0, ["firstname", "lastname"]]
+    Path("people.csv").write_text(f"sex,first_name,last_name\nm,{first},{last}\n")
+    succeed(REPORT)
+    html = Path("report.html").read_text(encoding="utf-8")
+    assert "1 row" in names_in_the_sample(html)
+    assert f"<bdi>{first} {last}</bdi>" in html
+
+
+@pytest.mark.usefixtures("named")
+def test_names_in_columns_that_are_not_known_are_said_to_be_unchecked() -> None:
+    real = pd.read_csv("people.csv").set_axis(["sex", "n1", "n2"], axis="columns")
+    real.to_csv("people.csv", index=False)
+    succeed(REPORT)
+    words = names_in_the_sample(Path("report.html").read_text(encoding="utf-8"))
+    assert "not checked" in words
+    assert "No verdict" in words
+    assert "--column firstname=COLUMN --column lastname=COLUMN" in words
+
+
+@pytest.mark.usefixtures("named")
+def test_a_column_may_be_named_that_only_one_table_has() -> None:
+    real = pd.read_csv("people.csv").set_axis(["sex", "n1", "n2"], axis="columns")
+    real.to_csv("people.csv", index=False)
+    succeed(f"{REPORT} --column firstname=n1 --column lastname=n2")
+    html = Path("report.html").read_text(encoding="utf-8")
+    assert "2 rows" in names_in_the_sample(html)
 
 
 @pytest.mark.usefixtures("made_up")
@@ -118,10 +176,11 @@ def test_a_column_that_is_nowhere_is_refused() -> None:
 
 
 @pytest.mark.usefixtures("made_up")
-def test_a_table_without_any_of_the_columns_is_refused() -> None:
+def test_tables_without_a_column_in_common_are_refused() -> None:
     assert fail(f"{REPORT} --column title=title", 1) == (
-        "Table made-up.csv has none of the columns to compare: 'title'. Its columns are: 'land',"
-        " 'surname', 'sex'."
+        "Nothing can be compared: no attribute of a person is known to have a column in both tables."
+        " Name columns, as in --column gender=sex. The columns of people.csv are: 'land',"
+        " 'surname', 'title', 'sex'. The columns of made-up.csv are: 'land', 'surname', 'sex'."
     )
 
 
@@ -129,8 +188,10 @@ def test_a_table_without_any_of_the_columns_is_refused() -> None:
 def test_a_table_that_is_separated_otherwise_is_told() -> None:
     Path("people.csv").write_text("sex;title\nm;Mr\n")
     assert fail(f"{REPORT} --column gender=sex", 1) == (
-        "Table people.csv has none of the columns to compare: 'sex'. Its columns are: 'sex;title'."
-        " It seems to be separated by semicolons: separate it by commas."
+        "Nothing can be compared: no attribute of a person is known to have a column in both tables."
+        " Name columns, as in --column gender=sex. The columns of people.csv are: 'sex;title'. It"
+        " seems to be separated by semicolons: separate it by commas. The columns of made-up.csv"
+        " are: 'land', 'surname', 'sex'."
     )
 
 

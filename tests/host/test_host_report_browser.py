@@ -10,7 +10,7 @@ import pytest
 from playwright.sync_api import Browser, Page, sync_playwright
 
 from support.browser import VARIABLE, find_browser
-from support.report_tables import COLUMNS, odd, ordinary, page, record
+from support.report_tables import both, odd, ordinary, page, record
 from support.sanitizing import SANITIZED
 from vantrel.report.figures import compare
 from vantrel.report.page import bars
@@ -177,7 +177,7 @@ def test_the_theme_is_followed(shown: Shown, theme: str) -> None:
 def test_bars_are_as_wide_as_the_figures(shown: Shown, name: str, width: int) -> None:
     shown.page.set_viewport_size({"width": width, "height": 800})
     panels = shown.page.eval_on_selector_all("#shares .panel", WIDTHS_OF_BARS)
-    compared = compare(*TABLES[name], COLUMNS).shares
+    compared = compare(*both(*TABLES[name])).shares
     assert len(panels) == len(compared) == 3
     for widths, shares in zip(panels, compared, strict=True):
         wanted = [side or 0 for each in bars(shares) for side in (each.real, each.sampled)]
@@ -187,7 +187,7 @@ def test_bars_are_as_wide_as_the_figures(shown: Shown, name: str, width: int) ->
 @pytest.mark.parametrize("theme", ["light"], indirect=True)
 def test_bars_of_lengths_are_as_high_as_the_figures(shown: Shown, name: str) -> None:
     charts = shown.page.eval_on_selector_all(".histogram", HEIGHTS_OF_BARS)
-    compared = compare(*TABLES[name], COLUMNS).lengths
+    compared = compare(*both(*TABLES[name])).lengths
     assert len(charts) == len(compared) == 2
     for heights, lengths in zip(charts, compared, strict=True):
         sides = ("real", "sampled") if lengths.sampled else ("real",)

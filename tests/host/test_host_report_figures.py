@@ -7,6 +7,7 @@ import numpy as np
 import pandas as pd
 import pytest
 
+from support.report_tables import both
 from vantrel.report.figures import compare
 from vantrel.report.lengths import MOST_BINS, LengthBin, LengthSummary, compare_lengths
 from vantrel.report.names import MOST_NAMES, MOST_PLACES, FrequentNames, Name, Place, frequent_names
@@ -30,7 +31,7 @@ def users(*names: str | None) -> pd.DataFrame:
 def test_names_of_all_rows_where_no_country_is_labelled() -> None:
     real = people(("Ann", "Lee"), ("Ann", None), ("Bob", "Ray"))
     sampled = people(("Cy", "Orr"))
-    assert frequent_names(real, sampled, NAMES).places == (
+    assert frequent_names(*both(real, sampled, NAMES)).places == (
         Place(
             None,
             (
@@ -49,7 +50,7 @@ def test_names_by_country_the_one_with_the_most_rows_first() -> None:
     columns = {"firstname": "first", "country": "land"}
     real = pd.DataFrame({"first": ["Ann", "Bo"], "land": ["GB", "SE"]})
     sampled = pd.DataFrame({"first": ["Di", "Eli", "Flo"], "land": ["SE", "SE", None]})
-    assert frequent_names(real, sampled, columns).places == (
+    assert frequent_names(*both(real, sampled, columns)).places == (
         Place(
             "SE",
             (FrequentNames("firstname", (Name("Bo", 1),), (Name("Di", 0.5), Name("Eli", 0.5))),),
@@ -61,22 +62,22 @@ def test_names_by_country_the_one_with_the_most_rows_first() -> None:
 def test_a_real_table_without_names_has_none_in_any_country() -> None:
     columns = {"firstname": "first", "country": "land"}
     sampled = pd.DataFrame({"first": ["Di"], "land": ["SE"]})
-    (place,) = frequent_names(pd.DataFrame({"land": ["SE", "GB"]}), sampled, columns).places
+    (place,) = frequent_names(*both(pd.DataFrame({"land": ["SE", "GB"]}), sampled, columns)).places
     assert place == Place("SE", (FrequentNames("firstname", None, (Name("Di", 1),)),))
 
 
 def test_countries_that_one_table_of_names_lacks_are_not_told_apart() -> None:
     columns = {"firstname": "first", "country": "land"}
     sampled = pd.DataFrame({"first": ["Di"], "land": ["SE"]})
-    (place,) = frequent_names(pd.DataFrame({"first": ["Ann"]}), sampled, columns).places
+    (place,) = frequent_names(*both(pd.DataFrame({"first": ["Ann"]}), sampled, columns)).places
     assert place == Place(None, (FrequentNames("firstname", (Name("Ann", 1),), (Name("Di", 1),)),))
 
 
 def test_full_names_are_listed_only_where_there_are_no_others() -> None:
     table = pd.DataFrame({"full": ["Ann Lee"], "last": ["Lee"]})
-    both = frequent_names(table, NONE, {**FULL, "lastname": "last"}).places[0]
-    assert [kind.attribute for kind in both.kinds] == ["lastname"]
-    alone = frequent_names(table, NONE, FULL).places[0]
+    parted = frequent_names(*both(table, NONE, {**FULL, "lastname": "last"})).places[0]
+    assert [kind.attribute for kind in parted.kinds] == ["lastname"]
+    alone = frequent_names(*both(table, NONE, FULL)).places[0]
     assert [kind.attribute for kind in alone.kinds] == ["fullname"]
 
 
@@ -84,19 +85,19 @@ def test_only_so_many_names_and_places_are_listed() -> None:
     many = pd.DataFrame(
         {"first": [f"N{i}" for i in range(100)], "land": [f"C{i}" for i in range(100)]}
     )
-    found = frequent_names(many, many, {"firstname": "first", "country": "land"})
+    found = frequent_names(*both(many, many, {"firstname": "first", "country": "land"}))
     assert (len(found.places), found.more) == (MOST_PLACES, 100 - MOST_PLACES)
-    everywhere = frequent_names(many, many, {"firstname": "first"})
+    everywhere = frequent_names(*both(many, many, {"firstname": "first"}))
     assert len(everywhere.places[0].kinds[0].sampled or ()) == MOST_NAMES
 
 
 def test_no_names_have_no_places() -> None:
-    assert frequent_names(NONE, NONE, NAMES).places == ()
+    assert frequent_names(*both(NONE, NONE, NAMES)).places == ()
 
 
 def test_lengths_of_known_values() -> None:
     found = compare_lengths(
-        users("ab", "abcd", None), users("abc", "abc", "žluť"), USER, "username"
+        *both(users("ab", "abcd", None), users("abc", "abc", "žluť"), USER), "username"
     )
     assert found.real == LengthSummary(2, 2, 3.0, 3.0, 4)
     assert found.sampled == LengthSummary(3, 3, 3.0, 10 / 3, 4)
@@ -109,15 +110,15 @@ def test_lengths_of_known_values() -> None:
 
 @pytest.mark.parametrize("lacking", [NONE, users(), users(None, None)])
 def test_a_table_without_values_has_no_lengths(lacking: pd.DataFrame) -> None:
-    found = compare_lengths(lacking, users("ab"), USER, "username")
+    found = compare_lengths(*both(lacking, users("ab"), USER), "username")
     assert found.real is None
     assert found.bins == (LengthBin(2, 2, 0, 1),)
-    assert compare_lengths(lacking, lacking, USER, "username").bins == ()
+    assert compare_lengths(*both(lacking, lacking, USER), "username").bins == ()
 
 
 def test_lengths_far_from_the_others_share_the_last_bin() -> None:
     lengths = [*range(1, 51)] * 4 + [5000]
-    found = compare_lengths(users(*("x" * n for n in lengths)), NONE, USER, "username")
+    found = compare_lengths(*both(users(*("x" * n for n in lengths)), NONE, USER), "username")
     assert len(found.bins) <= MOST_BINS + 1
     assert [each.low for each in found.bins[:3]] == [1, 3, 5]
     assert found.bins[-1] == LengthBin(51, None, 1 / 201, 0)
@@ -128,7 +129,7 @@ def test_lengths_far_from_the_others_share_the_last_bin() -> None:
 @pytest.mark.parametrize("span", [1, 39, 40, 41, 79, 81, 500])
 def test_bins_lie_side_by_side_and_hold_every_length(span: int) -> None:
     values = users(*("x" * n for n in range(3, 3 + span)))
-    bins = compare_lengths(values, values, USER, "username").bins
+    bins = compare_lengths(*both(values, values, USER), "username").bins
     assert bins[0].low == 3
     assert all(one.high == two.low - 1 for one, two in pairwise(bins))
     assert sum(each.real for each in bins) == pytest.approx(1)
@@ -138,7 +139,7 @@ def test_bins_lie_side_by_side_and_hold_every_length(span: int) -> None:
 
 
 def test_repeats_of_values() -> None:
-    found = compare_repeats(users("a", "b", "a", "a", None, None), NONE, USER, "username")
+    found = compare_repeats(*both(users("a", "b", "a", "a", None, None), NONE, USER), "username")
     assert found == Repeats("username", RepeatCount(4, 2), None)
 
 
@@ -147,7 +148,7 @@ def test_repeats_of_rows_in_the_labelled_columns() -> None:
         ("Ann", "Lee"), ("Ann", "Ray"), ("Ann", "Lee"), ("Ann", None), ("Ann", None), (None, None)
     )
     real["age"] = range(6)
-    assert compare_rows(real, NONE, NAMES) == Repeats(None, RepeatCount(5, 2), None)
+    assert compare_rows(*both(real, NONE, NAMES)) == Repeats(None, RepeatCount(5, 2), None)
 
 
 def test_repeated_rows_are_those_of_pandas() -> None:
@@ -156,13 +157,13 @@ def test_repeated_rows_are_those_of_pandas() -> None:
     columns = {"gender": "sex", **NAMES}
     repeated = int(table.duplicated().sum())
     assert 0 < repeated < 199
-    assert compare_rows(table, table, columns).sampled == RepeatCount(200, repeated)
+    assert compare_rows(*both(table, table, columns)).sampled == RepeatCount(200, repeated)
 
 
 def test_whole_names_that_reappear_are_told_apart_from_parts() -> None:
     real = people(("Ann", "Lee"), ("Bob", "Ray"), ("Bob", "Orr"), ("Cy", None))
     sampled = people(("Ann", "Ray"), ("Bob", "Orr"), ("Bob", "Orr"), ("Di", "Orr"))
-    assert reappearing_names(real, sampled, NAMES) == (
+    assert reappearing_names(*both(real, sampled, NAMES)) == (
         Reappearance("First and last name together", True, 3, 1, 4, 2, ("Bob Orr",)),
         Reappearance("First name", False, 3, 2, 4, 3, ("Bob", "Ann")),
         Reappearance("Last name", False, 3, 2, 4, 4, ("Orr", "Ray")),
@@ -172,7 +173,7 @@ def test_whole_names_that_reappear_are_told_apart_from_parts() -> None:
 def test_case_and_white_space_do_not_hide_a_name() -> None:
     real = pd.DataFrame({"full": ["Ann  LEE", "ANN Lee", " ", "Straße Ray"]})
     sampled = pd.DataFrame({"full": ["ann\tlee ", "STRASSE RAY", "\u00a0", "Bob Orr"]})
-    (found,) = reappearing_names(real, sampled, FULL)
+    (found,) = reappearing_names(*both(real, sampled, FULL))
     assert found == Reappearance("Full name", True, 2, 2, 4, 2, ("ANN Lee", "Straße Ray"))
 
 
@@ -180,14 +181,16 @@ def test_case_and_white_space_do_not_hide_a_name() -> None:
 def test_first_and_last_names_are_compared_with_full_names(swapped: bool) -> None:
     parts, full = people(("Ann", "Lee"), ("Bob", "Ray")), pd.DataFrame({"full": ["Ann Lee"]})
     real, sampled = (full, parts) if swapped else (parts, full)
-    (found,) = reappearing_names(real, sampled, {**NAMES, **FULL})
+    (found,) = reappearing_names(*both(real, sampled, {**NAMES, **FULL}))
     assert (found.kind, found.found, found.examples) == ("Full name", 1, ("Ann Lee",))
 
 
 def test_tables_without_common_names_have_nothing_to_compare() -> None:
-    assert reappearing_names(NONE, people(("Ann", "Lee")), {**NAMES, **FULL}) == ()
+    assert reappearing_names(*both(NONE, people(("Ann", "Lee")), {**NAMES, **FULL})) == ()
     assert (
-        reappearing_names(pd.DataFrame({"first": ["A"]}), pd.DataFrame({"last": ["A"]}), NAMES)
+        reappearing_names(
+            *both(pd.DataFrame({"first": ["A"]}), pd.DataFrame({"last": ["A"]}), NAMES)
+        )
         == ()
     )
 
@@ -195,13 +198,15 @@ def test_tables_without_common_names_have_nothing_to_compare() -> None:
 def test_the_examples_are_those_of_the_most_rows_and_only_so_many() -> None:
     letters = list("abcdefgh")
     sampled = pd.DataFrame({"full": [*letters, "h", "h", "g"]})
-    (found,) = reappearing_names(pd.DataFrame({"full": letters}), sampled, FULL)
+    (found,) = reappearing_names(*both(pd.DataFrame({"full": letters}), sampled, FULL))
     assert found.examples == ("h", "g", "a", "b", "c")
     assert len(found.examples) == MOST_EXAMPLES
 
 
 def test_an_attribute_that_neither_table_holds_is_left_out() -> None:
-    found = compare(users("ann"), users("bob"), {**USER, "gender": "sex", "email": "mail", **FULL})
+    found = compare(
+        *both(users("ann"), users("bob"), {**USER, "gender": "sex", "email": "mail", **FULL})
+    )
     assert found.shares == ()
     assert [each.attribute for each in found.gaps] == ["username"]
     assert [each.attribute for each in found.lengths] == ["username"]
@@ -221,11 +226,13 @@ def test_the_kind_of_column_does_not_matter(dtype: Any) -> None:
         },
         dtype=object,
     )
-    assert compare(table.astype(dtype), table, columns) == compare(table, table, columns)
+    assert compare(*both(table.astype(dtype), table, columns)) == compare(
+        *both(table, table, columns)
+    )
 
 
 def test_tables_are_left_as_they_were() -> None:
     table = people(("Ann", None), ("Ann", "Lee"))
     before = table.copy()
-    compare(table, table, {**NAMES, "country": "none"})
+    compare(*both(table, table, {**NAMES, "country": "none"}))
     pd.testing.assert_frame_equal(table, before)

@@ -8,7 +8,7 @@ from html.parser import HTMLParser
 import pandas as pd
 import pytest
 
-from support.report_tables import COLUMNS, ODD_NAMES, odd, ordinary, page, record
+from support.report_tables import ODD_NAMES, both, odd, ordinary, page, record
 from vantrel.record import SampleRecord
 from vantrel.report import wording
 from vantrel.report.figures import compare
@@ -41,7 +41,7 @@ class Elements(HTMLParser):
 
 
 def judged(real: pd.DataFrame, sampled: pd.DataFrame) -> dict[str, Verdict]:
-    return {each.about: each for each in verdicts(compare(real, sampled, COLUMNS), None)}
+    return {each.about: each for each in verdicts(compare(*both(real, sampled)), None)}
 
 
 def test_the_page_is_named_after_the_real_table() -> None:

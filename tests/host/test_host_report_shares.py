@@ -8,6 +8,7 @@ import pytest
 from hypothesis import given
 from hypothesis import strategies as st
 
+from support.report_tables import both
 from vantrel.report.gaps import Gaps, chance_of, compare_gaps
 from vantrel.report.shares import (
     MOST_SHARES,
@@ -27,7 +28,7 @@ def frame(*values: object) -> pd.DataFrame:
 
 
 def compared(real: pd.DataFrame, sampled: pd.DataFrame) -> Shares:
-    return compare_shares(real, sampled, COLUMNS, "gender")
+    return compare_shares(*both(real, sampled, COLUMNS), "gender")
 
 
 @st.composite
@@ -158,7 +159,7 @@ def test_only_so_many_values_are_listed_and_all_of_them_count() -> None:
 
 def test_missing_rates_are_of_all_rows() -> None:
     found = compare_gaps(
-        frame("m", None, None, None), frame("m", "f", None, "f"), COLUMNS, "gender"
+        *both(frame("m", None, None, None), frame("m", "f", None, "f"), COLUMNS), "gender"
     )
     assert (found.real, found.sampled, found.difference) == (0.75, 0.25, -0.5)
 
@@ -167,10 +168,10 @@ def test_missing_rates_are_of_all_rows() -> None:
 def test_a_table_without_the_column_or_without_rows_has_no_missing_rate(
     lacking: pd.DataFrame,
 ) -> None:
-    assert compare_gaps(lacking, frame("m"), COLUMNS, "gender") == Gaps(
+    assert compare_gaps(*both(lacking, frame("m"), COLUMNS), "gender") == Gaps(
         "gender", "sex", None, 0, None
     )
-    assert compare_gaps(frame("m"), lacking, COLUMNS, "gender").difference is None
+    assert compare_gaps(*both(frame("m"), lacking, COLUMNS), "gender").difference is None
 
 
 def test_chance_explains_an_equal_rate_and_no_gap_where_there_were_none() -> None:

@@ -1,10 +1,13 @@
 """Tables for reports: ordinary ones, and ones that try what a page bears."""
 
+from collections.abc import Mapping
+
 import numpy as np
 import pandas as pd
 import pycountry
 
 from vantrel.record import SampleRecord
+from vantrel.report.columns import LabelledTable
 from vantrel.report.figures import compare
 from vantrel.report.page import Sources, render
 from vantrel.versions import versions
@@ -80,6 +83,13 @@ def record(rows: int, **changes: str) -> SampleRecord:
     )
 
 
+def both(
+    real: pd.DataFrame, sampled: pd.DataFrame, columns: Mapping[str, str] = COLUMNS
+) -> tuple[LabelledTable, LabelledTable]:
+    """Labels two tables alike."""
+    return LabelledTable(real, columns), LabelledTable(sampled, columns)
+
+
 def page(
     real: pd.DataFrame,
     sampled: pd.DataFrame,
@@ -87,5 +97,5 @@ def page(
     sources: Sources | None = None,
 ) -> str:
     """The report on two tables."""
-    figures = compare(real, sampled, COLUMNS)
+    figures = compare(*both(real, sampled))
     return render(figures, sources or Sources("real.csv", "sampled.csv"), made)

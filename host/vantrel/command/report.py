@@ -11,17 +11,21 @@ import click
 from vantrel.command.labels import columns_by_attribute
 from vantrel.command.output import STANDARD_OUTPUT, force_option, refuse_overwriting
 from vantrel.command.terse import reporting
-from vantrel.fitting import ATTRIBUTES, separator_hint, suggestion
+from vantrel.fitting import separator_hint, suggestion
 
 if TYPE_CHECKING:
     import pandas as pd
 
+    from vantrel.record import SampleRecord
+    from vantrel.report.columns import LabelledTable
     from vantrel.report.figures import Figures
+
+_Paths = tuple[Path, Path]
 
 
 @click.command()
 @click.argument("table", type=click.Path(path_type=Path))
-@click.argument("sampled", metavar="OUT", type=click.Path(path_type=Path))
+@click.argument("sampled", metavar="SAMPLE", type=click.Path(path_type=Path))
 @click.option(
     "-o",
     "--output",
@@ -36,16 +40,17 @@ if TYPE_CHECKING:
     multiple=True,
     metavar="ATTRIBUTE=COLUMN",
     callback=columns_by_attribute,
-    help="An attribute of a person and the column that holds it in both tables; may be repeated."
-    " It comes before what is recorded beside OUT or found.",
+    help="An attribute of a person and the column that holds it in both tables or in one; may be"
+    " repeated. It comes before what is recorded beside SAMPLE or found.",
 )
 @force_option
 def report(table: Path, sampled: Path, output: Path, columns: dict[str, str], force: bool) -> None:
-    """Compare the real table TABLE with a sample of it, OUT, on one page.
+    """Compare the real table TABLE with a SAMPLE of it on one page.
 
-    Which columns are compared is read from the record that 'vantrel sample' wrote beside OUT; where
-    there is none, the columns of a person are found by their names and values. The page needs no
-    network. It shows some values of the real table: keep it as safe as that.
+    Which columns are compared is read from the record that 'vantrel sample' wrote beside SAMPLE;
+    where there is none, and in TABLE where it names them otherwise, the columns of a person are
+    found by their names and values. The page needs no network. It shows some values of the real
+    table: keep it as safe as that.
 
     \b
     Example:
@@ -59,18 +64,17 @@ def report(table: Path, sampled: Path, output: Path, columns: dict[str, str], fo
     from vantrel.files import replacing
     from vantrel.record import read_record
     from vantrel.report.figures import compare
+    from vantrel.report.labelling import label
     from vantrel.report.page import Sources, render
     from vantrel.tables import read_table
 
     with reporting():
         record = read_record(sampled)
         real, people = read_table(table), read_table(sampled)
-        known = record.columns if record else {}
-        if not known and not columns:
-            known = _found(real, people, sampled)
-        labels = _labels(columns, known)
-        _check_columns(labels, real, people, (table, sampled))
-        figures = compare(real, people, labels)
+        _check_columns(columns, real, people, (table, sampled))
+        labelled = label(real, people, columns, _recorded(record, columns))
+        _check_comparable(*labelled, (table, sampled))
+        figures = compare(*labelled)
         sources = Sources(
             *(click.format_filename(path.absolute().name) for path in (table, sampled))
         )
@@ -80,66 +84,67 @@ def report(table: Path, sampled: Path, output: Path, columns: dict[str, str], fo
     click.echo(f"{_summary(figures)}; wrote {output}.")
 
 
-def _found(real: pd.DataFrame, people: pd.DataFrame, sampled: Path) -> dict[str, str]:
-    """The columns of a person in either table, by attribute.
+def _recorded(record: SampleRecord | None, given: Mapping[str, str]) -> dict[str, str]:
+    """The recorded columns by attribute.
 
     Raises:
-        click.ClickException: There are none.
+        click.UsageError: A given one is recorded for another attribute, or given twice.
     """
-    from vantrel.detect import detect
-
-    columns = detect(real).columns
-    columns |= detect(people, known=columns).columns
-    if not columns:
-        raise click.ClickException(
-            f"There is no record beside {sampled} of its columns, and none of a person is found:"
-            " name them, as in --column gender=sex."
-        )
-    return columns
-
-
-def _labels(given: Mapping[str, str], known: Mapping[str, str]) -> dict[str, str]:
-    """The column of each attribute: as given, else as known."""
-    columns = {**known, **given}
+    recorded = record.columns if record else {}
     attributes: dict[str, str] = {}
-    for attribute, column in columns.items():
+    for attribute, column in {**recorded, **given}.items():
         if column in attributes:
             raise click.UsageError(
                 f"Column {column!r} is given for both {attributes[column]!r} and {attribute!r}:"
                 " it can hold one of them only."
             )
         attributes[column] = attribute
-    return {attribute: columns[attribute] for attribute in ATTRIBUTES if attribute in columns}
+    return recorded
 
 
 def _check_columns(
-    columns: Mapping[str, str], real: pd.DataFrame, sampled: pd.DataFrame, paths: tuple[Path, Path]
+    given: Mapping[str, str], real: pd.DataFrame, sampled: pd.DataFrame, paths: _Paths
 ) -> None:
-    """Makes sure that two tables have something to compare in the named columns.
+    """Makes sure that each given column is there.
 
     Args:
-        columns: From attribute to column.
+        given: From attribute to column.
         real: One table.
         sampled: The other one.
         paths: Where they were read from.
 
     Raises:
-        click.ClickException: A column is in neither table, or a table has none of them.
+        click.ClickException: A column is in neither table.
     """
-    for attribute, column in columns.items():
+    for attribute, column in given.items():
         if column not in real.columns and column not in sampled.columns:
             known = list(dict.fromkeys([*real.columns, *sampled.columns]))
             raise click.ClickException(
                 f"Neither {paths[0]} nor {paths[1]} has a column {column!r} for {attribute!r}."
                 f"{suggestion(column, known)} Their columns are: {', '.join(map(repr, known))}."
             )
-    for df, path in zip((real, sampled), paths, strict=True):
-        if not set(columns.values()) & set(df.columns):
-            raise click.ClickException(
-                f"Table {path} has none of the columns to compare:"
-                f" {', '.join(map(repr, columns.values()))}. Its columns are:"
-                f" {', '.join(map(repr, df.columns))}.{separator_hint(df)}"
-            )
+
+
+def _check_comparable(real: LabelledTable, sampled: LabelledTable, paths: _Paths) -> None:
+    """Makes sure that two tables have something to compare.
+
+    Raises:
+        click.ClickException: No attribute has a column in both.
+    """
+    from vantrel.report.columns import WORDS
+    from vantrel.report.reappearing import has_whole_names
+
+    is_in_both = any(real.has(attribute) and sampled.has(attribute) for attribute in WORDS)
+    if not (is_in_both or (has_whole_names(real) and has_whole_names(sampled))):
+        columns = " ".join(
+            f"The columns of {path} are: {', '.join(map(repr, each.df.columns))}."
+            f"{separator_hint(each.df)}"
+            for path, each in zip(paths, (real, sampled), strict=True)
+        )
+        raise click.ClickException(
+            "Nothing can be compared: no attribute of a person is known to have a column in both"
+            f" tables. Name columns, as in --column gender=sex. {columns}"
+        )
 
 
 def _summary(figures: Figures) -> str:

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Mapping
+from dataclasses import dataclass
 
 import pandas as pd
 
@@ -21,22 +22,46 @@ WORDS = {
     "work_number": "Work number",
     "country": "Country",
 }
+NAMES = ("firstname", "lastname", "fullname")
 
 
-def has(df: pd.DataFrame, columns: Mapping[str, str], *attributes: str) -> bool:
-    """Tells whether a table holds all of these attributes."""
-    return all(columns.get(attribute) in df.columns for attribute in attributes)
+@dataclass(frozen=True)
+class LabelledTable:
+    """A table and what its columns hold.
 
-
-def texts(df: pd.DataFrame, columns: Mapping[str, str], attribute: str) -> pd.Series | None:
-    """The values of an attribute as texts, without the missing ones.
-
-    Returns:
-        A Series on the table's own index, or None where the table has no such column.
+    Args:
+        df: The table.
+        columns: Its columns by the attribute that each holds; others are not looked at.
     """
-    if not has(df, columns, attribute):
-        return None
-    return df[columns[attribute]].dropna().astype(str)
+
+    df: pd.DataFrame
+    columns: Mapping[str, str]
+
+    def __len__(self) -> int:
+        """The number of rows."""
+        return len(self.df)
+
+    def has(self, *attributes: str) -> bool:
+        """Tells whether the table holds all of these attributes."""
+        return all(self.columns.get(attribute) in self.df.columns for attribute in attributes)
+
+    def values(self, attribute: str) -> pd.Series:
+        """The values of an attribute that the table holds, missing ones too."""
+        return self.df[self.columns[attribute]]
+
+    def texts(self, attribute: str) -> pd.Series | None:
+        """The values of an attribute as texts, without the missing ones.
+
+        Returns:
+            A Series on the table's own index, or None where the table has no such column.
+        """
+        return self.values(attribute).dropna().astype(str) if self.has(attribute) else None
+
+
+def column_names(real: LabelledTable, sampled: LabelledTable, attribute: str) -> str:
+    """What an attribute's column is called: both names, the real one first, if they differ."""
+    names = [table.columns[attribute] for table in (real, sampled) if table.has(attribute)]
+    return " / ".join(dict.fromkeys(names))
 
 
 def most_frequent(values: pd.Series) -> pd.Series:

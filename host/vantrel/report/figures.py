@@ -2,15 +2,13 @@
 
 from __future__ import annotations
 
-from collections.abc import Mapping
 from dataclasses import dataclass
 
-import pandas as pd
-
+from vantrel.report.columns import WORDS, LabelledTable
 from vantrel.report.gaps import Gaps, compare_gaps
 from vantrel.report.lengths import Lengths, compare_lengths
 from vantrel.report.names import Places, frequent_names
-from vantrel.report.reappearing import Reappearance, reappearing_names
+from vantrel.report.reappearing import Reappearance, are_unchecked, reappearing_names
 from vantrel.report.repeats import Repeats, compare_repeats, compare_rows
 from vantrel.report.shares import Shares, compare_shares
 
@@ -24,6 +22,8 @@ class Figures:
     """How a real table and a sample of it compare.
 
     Only labelled columns are looked at. An attribute that neither table holds has no entry.
+    ``has_unchecked_names`` tells whether the sample has names and the real table has no columns to
+    look for them in.
     """
 
     real_rows: int
@@ -34,9 +34,10 @@ class Figures:
     lengths: tuple[Lengths, ...]
     repeats: tuple[Repeats, ...]
     reappearing: tuple[Reappearance, ...]
+    has_unchecked_names: bool
 
 
-def compare(real: pd.DataFrame, sampled: pd.DataFrame, columns: Mapping[str, str]) -> Figures:
+def compare(real: LabelledTable, sampled: LabelledTable) -> Figures:
     """Compares a real table with a sample of it.
 
     Time and memory are about linear in the rows; values are compared as texts.
@@ -44,19 +45,20 @@ def compare(real: pd.DataFrame, sampled: pd.DataFrame, columns: Mapping[str, str
     Args:
         real: The real table; it may have no rows.
         sampled: The sample; it may have no rows and lack columns, as the real table may.
-        columns: From attribute to column, the same column in both tables.
     """
-    there = {a: c for a, c in columns.items() if c in real.columns or c in sampled.columns}
+    there = [attribute for attribute in WORDS if real.has(attribute) or sampled.has(attribute)]
+    reappearing = reappearing_names(real, sampled)
     return Figures(
         len(real),
         len(sampled),
-        tuple(compare_shares(real, sampled, there, a) for a in SHARED if a in there),
-        tuple(compare_gaps(real, sampled, there, a) for a in there),
-        frequent_names(real, sampled, there),
-        tuple(compare_lengths(real, sampled, there, a) for a in MEASURED if a in there),
+        tuple(compare_shares(real, sampled, each) for each in SHARED if each in there),
+        tuple(compare_gaps(real, sampled, each) for each in there),
+        frequent_names(real, sampled),
+        tuple(compare_lengths(real, sampled, each) for each in MEASURED if each in there),
         (
-            compare_rows(real, sampled, there),
-            *(compare_repeats(real, sampled, there, a) for a in DISTINCT if a in there),
+            compare_rows(real, sampled),
+            *(compare_repeats(real, sampled, each) for each in DISTINCT if each in there),
         ),
-        reappearing_names(real, sampled, there),
+        reappearing,
+        are_unchecked(real, sampled, reappearing),
     )

@@ -3,12 +3,9 @@
 from __future__ import annotations
 
 import math
-from collections.abc import Mapping
 from dataclasses import dataclass
 
-import pandas as pd
-
-from vantrel.report.columns import has
+from vantrel.report.columns import LabelledTable, column_names
 
 
 @dataclass(frozen=True)
@@ -39,22 +36,20 @@ class Gaps:
         return self.sampled - self.real
 
 
-def compare_gaps(
-    real: pd.DataFrame, sampled: pd.DataFrame, columns: Mapping[str, str], attribute: str
-) -> Gaps:
+def compare_gaps(real: LabelledTable, sampled: LabelledTable, attribute: str) -> Gaps:
     """Compares the missing rates of an attribute."""
-    rate, sampled_rate = (_rate(df, columns, attribute) for df in (real, sampled))
+    rate, sampled_rate = (_rate(table, attribute) for table in (real, sampled))
     if rate is None or sampled_rate is None:
         chance = None
     else:
         chance = chance_of(sampled_rate, rate, len(sampled))
-    return Gaps(attribute, columns[attribute], rate, sampled_rate, chance)
+    return Gaps(attribute, column_names(real, sampled, attribute), rate, sampled_rate, chance)
 
 
-def _rate(df: pd.DataFrame, columns: Mapping[str, str], attribute: str) -> float | None:
-    if df.empty or not has(df, columns, attribute):
+def _rate(table: LabelledTable, attribute: str) -> float | None:
+    if not (len(table) and table.has(attribute)):
         return None
-    return float(df[columns[attribute]].isna().mean())
+    return float(table.values(attribute).isna().mean())
 
 
 def chance_of(found: float, expected: float, rows: int) -> float:

@@ -2,14 +2,13 @@
 
 from __future__ import annotations
 
-from collections.abc import Mapping
 from dataclasses import dataclass
 
 import numpy as np
 import numpy.typing as npt
 import pandas as pd
 
-from vantrel.report.columns import texts
+from vantrel.report.columns import LabelledTable, column_names
 
 MOST_BINS = 40
 
@@ -49,16 +48,12 @@ class Lengths:
     bins: tuple[LengthBin, ...]
 
 
-def compare_lengths(
-    real: pd.DataFrame, sampled: pd.DataFrame, columns: Mapping[str, str], attribute: str
-) -> Lengths:
+def compare_lengths(real: LabelledTable, sampled: LabelledTable, attribute: str) -> Lengths:
     """Compares the lengths of an attribute's texts."""
-    real_lengths, sampled_lengths = (
-        _lengths(texts(df, columns, attribute)) for df in (real, sampled)
-    )
+    real_lengths, sampled_lengths = (_lengths(each.texts(attribute)) for each in (real, sampled))
     return Lengths(
         attribute,
-        columns[attribute],
+        column_names(real, sampled, attribute),
         _summary(real_lengths),
         _summary(sampled_lengths),
         _bins(real_lengths, sampled_lengths),

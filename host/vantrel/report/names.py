@@ -2,12 +2,12 @@
 
 from __future__ import annotations
 
-from collections.abc import Mapping
-from dataclasses import dataclass
+from collections.abc import Sequence
+from dataclasses import dataclass, replace
 
 import pandas as pd
 
-from vantrel.report.columns import has, most_frequent, texts
+from vantrel.report.columns import LabelledTable, most_frequent
 
 MOST_PLACES = 12
 MOST_NAMES = 5
@@ -46,58 +46,53 @@ class Places:
     more: int
 
 
-def frequent_names(real: pd.DataFrame, sampled: pd.DataFrame, columns: Mapping[str, str]) -> Places:
+def frequent_names(real: LabelledTable, sampled: LabelledTable) -> Places:
     """Lists the most frequent names by country, or of all rows where countries are not told.
 
     First and last names are listed, and full names where there are neither. Countries are told
     if every table that has names has them.
     """
     tables = [real, sampled]
-    kinds = _kinds(tables, columns)
-    named = [df for df in tables if any(has(df, columns, kind) for kind in kinds)]
+    kinds = _kinds(tables)
+    named = [table for table in tables if any(table.has(kind) for kind in kinds)]
     if not named:
         return Places((), 0)
-    if not all(has(df, columns, "country") for df in named):
-        return Places((_place(None, tables, columns, kinds),), 0)
-    counts = most_frequent(pd.concat([_countries(df, columns) for df in named]))
+    if not all(table.has("country") for table in named):
+        return Places((_place(None, tables, kinds),), 0)
+    counts = most_frequent(pd.concat([_countries(table) for table in named]))
     places = []
     for country in counts.index[:MOST_PLACES]:
-        rows = [_of_country(df, columns, country) for df in tables]
-        places.append(_place(str(country), rows, columns, kinds))
+        rows = [_of_country(table, country) for table in tables]
+        places.append(_place(str(country), rows, kinds))
     return Places(tuple(places), len(counts) - len(places))
 
 
-def _kinds(tables: list[pd.DataFrame], columns: Mapping[str, str]) -> list[str]:
+def _kinds(tables: Sequence[LabelledTable]) -> list[str]:
     def there(kind: str) -> bool:
-        return any(has(df, columns, kind) for df in tables)
+        return any(table.has(kind) for table in tables)
 
     parts = [kind for kind in ("firstname", "lastname") if there(kind)]
     return parts or [kind for kind in ("fullname",) if there(kind)]
 
 
-def _countries(df: pd.DataFrame, columns: Mapping[str, str]) -> pd.Series:
-    countries = texts(df, columns, "country")
+def _countries(table: LabelledTable) -> pd.Series:
+    countries = table.texts("country")
     assert countries is not None
     return countries
 
 
-def _of_country(df: pd.DataFrame, columns: Mapping[str, str], country: str) -> pd.DataFrame:
+def _of_country(table: LabelledTable, country: str) -> LabelledTable:
     """A table without countries has no names either: it stays as it is."""
-    if not has(df, columns, "country"):
-        return df
-    countries = _countries(df, columns)
-    return df.loc[countries.index[countries == country]]
+    if not table.has("country"):
+        return table
+    countries = _countries(table)
+    return replace(table, df=table.df.loc[countries.index[countries == country]])
 
 
-def _place(
-    name: str | None, tables: list[pd.DataFrame], columns: Mapping[str, str], kinds: list[str]
-) -> Place:
+def _place(name: str | None, tables: Sequence[LabelledTable], kinds: Sequence[str]) -> Place:
     return Place(
         name,
-        tuple(
-            FrequentNames(kind, *(_top(texts(df, columns, kind)) for df in tables))
-            for kind in kinds
-        ),
+        tuple(FrequentNames(kind, *(_top(each.texts(kind)) for each in tables)) for kind in kinds),
     )
 
 

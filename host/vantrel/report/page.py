@@ -16,7 +16,7 @@ from vantrel.report.names import MOST_NAMES, MOST_PLACES
 from vantrel.report.origin import origin
 from vantrel.report.reappearing import MOST_EXAMPLES
 from vantrel.report.shares import MOST_SHARES, Share, Shares
-from vantrel.report.verdicts import is_beyond_chance, verdicts, why_not_compared
+from vantrel.report.verdicts import UNCHECKED_NAMES, is_beyond_chance, verdicts, why_not_compared
 
 # More bars than these hide what they show; further values stand in a list that can be opened.
 MOST_BARS = 12
@@ -67,6 +67,7 @@ def render(figures: Figures, sources: Sources, record: SampleRecord | None) -> s
         ticks=ticks,
         is_beyond_chance=is_beyond_chance,
         why_not_compared=why_not_compared,
+        unchecked_names=UNCHECKED_NAMES,
         most_shares=MOST_SHARES,
         most_names=MOST_NAMES,
         most_places=MOST_PLACES,

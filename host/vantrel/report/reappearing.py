@@ -2,16 +2,14 @@
 
 from __future__ import annotations
 
-from collections.abc import Mapping
+from collections.abc import Sequence
 from dataclasses import dataclass
 
 import pandas as pd
 
-from vantrel.report.columns import has, texts
+from vantrel.report.columns import NAMES, LabelledTable
 
 MOST_EXAMPLES = 5
-
-_Columns = Mapping[str, str]
 
 
 @dataclass(frozen=True)
@@ -40,43 +38,59 @@ class Reappearance:
     examples: tuple[str, ...]
 
 
-def reappearing_names(
-    real: pd.DataFrame, sampled: pd.DataFrame, columns: _Columns
-) -> tuple[Reappearance, ...]:
+def reappearing_names(real: LabelledTable, sampled: LabelledTable) -> tuple[Reappearance, ...]:
     """Looks for the real table's names in the sample, one entry for each kind that both have.
 
     Where only one of them has a column of full names, those of the other are its first and last
     names.
     """
     kinds = list(_KINDS)
-    if not any(has(df, columns, "fullname") for df in (real, sampled)):
+    if not any(table.has("fullname") for table in (real, sampled)):
         kinds.remove(_FULL_NAME)
     found = []
     for kind, is_whole, names in kinds:
-        real_names, sampled_names = names(real, columns), names(sampled, columns)
+        real_names, sampled_names = names(real), names(sampled)
         if real_names is not None and sampled_names is not None:
             found.append(_reappearance(kind, is_whole, real_names, sampled_names))
     return tuple(found)
 
 
-def _full_names(df: pd.DataFrame, columns: _Columns) -> pd.Series | None:
-    names = texts(df, columns, "fullname")
-    return _first_and_last(df, columns) if names is None else names
+def are_unchecked(
+    real: LabelledTable, sampled: LabelledTable, found: Sequence[Reappearance]
+) -> bool:
+    """Tells whether the sample has names that none of the real table are known for.
+
+    Where it has whole names, parts of them that were looked for do not count.
+    """
+    if has_whole_names(sampled):
+        return not has_whole_names(real)
+    return any(map(sampled.has, NAMES)) and not found
 
 
-def _first_and_last(df: pd.DataFrame, columns: _Columns) -> pd.Series | None:
-    if not has(df, columns, "firstname", "lastname"):
+def has_whole_names(table: LabelledTable) -> bool:
+    """Tells whether a table holds full names, or first and last ones."""
+    return table.has("fullname") or table.has("firstname", "lastname")
+
+
+def _full_names(table: LabelledTable) -> pd.Series | None:
+    names = table.texts("fullname")
+    return _first_and_last(table) if names is None else names
+
+
+def _first_and_last(table: LabelledTable) -> pd.Series | None:
+    if not table.has("firstname", "lastname"):
         return None
-    parts = df[[columns["firstname"], columns["lastname"]]].dropna().astype(str)
-    return parts[columns["firstname"]] + " " + parts[columns["lastname"]]
+    columns = [table.columns["firstname"], table.columns["lastname"]]
+    parts = table.df[columns].dropna().astype(str)
+    return parts[columns[0]] + " " + parts[columns[1]]
 
 
-def _first_names(df: pd.DataFrame, columns: _Columns) -> pd.Series | None:
-    return texts(df, columns, "firstname")
+def _first_names(table: LabelledTable) -> pd.Series | None:
+    return table.texts("firstname")
 
 
-def _last_names(df: pd.DataFrame, columns: _Columns) -> pd.Series | None:
-    return texts(df, columns, "lastname")
+def _last_names(table: LabelledTable) -> pd.Series | None:
+    return table.texts("lastname")
 
 
 _FULL_NAME = ("Full name", True, _full_names)

@@ -2,12 +2,11 @@
 
 from __future__ import annotations
 
-from collections.abc import Mapping
 from dataclasses import dataclass
 
 import pandas as pd
 
-from vantrel.report.columns import has, texts
+from vantrel.report.columns import LabelledTable
 
 
 @dataclass(frozen=True)
@@ -33,26 +32,24 @@ class Repeats:
     sampled: RepeatCount | None
 
 
-def compare_rows(real: pd.DataFrame, sampled: pd.DataFrame, columns: Mapping[str, str]) -> Repeats:
+def compare_rows(real: LabelledTable, sampled: LabelledTable) -> Repeats:
     """Counts the rows that repeat an earlier one in every labelled column that the table has.
 
     Rows without any value do not count.
     """
-    return Repeats(None, *(_of_rows(df, columns) for df in (real, sampled)))
+    return Repeats(None, *(_of_rows(table) for table in (real, sampled)))
 
 
-def compare_repeats(
-    real: pd.DataFrame, sampled: pd.DataFrame, columns: Mapping[str, str], attribute: str
-) -> Repeats:
+def compare_repeats(real: LabelledTable, sampled: LabelledTable, attribute: str) -> Repeats:
     """Counts the values of an attribute that repeat an earlier one; missing ones do not count."""
-    return Repeats(attribute, *(_of(texts(df, columns, attribute)) for df in (real, sampled)))
+    return Repeats(attribute, *(_of(table.texts(attribute)) for table in (real, sampled)))
 
 
-def _of_rows(df: pd.DataFrame, columns: Mapping[str, str]) -> RepeatCount | None:
-    labelled = [column for attribute, column in columns.items() if has(df, columns, attribute)]
+def _of_rows(table: LabelledTable) -> RepeatCount | None:
+    labelled = [column for attribute, column in table.columns.items() if table.has(attribute)]
     if not labelled:
         return None
-    rows = df[labelled].dropna(how="all")
+    rows = table.df[labelled].dropna(how="all")
     alike = rows
     for column in labelled:
         # A row that stands alone in one column repeats no other: few are left to be compared.

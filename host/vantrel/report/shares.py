@@ -3,14 +3,13 @@
 from __future__ import annotations
 
 import math
-from collections.abc import Mapping
 from dataclasses import dataclass
 
 import numpy as np
 import numpy.typing as npt
 import pandas as pd
 
-from vantrel.report.columns import most_frequent, texts
+from vantrel.report.columns import LabelledTable, column_names, most_frequent
 
 # A column that holds another value in every row must not make a page of as many lines.
 MOST_SHARES = 200
@@ -61,11 +60,9 @@ class Shares:
     limit: float | None
 
 
-def compare_shares(
-    real: pd.DataFrame, sampled: pd.DataFrame, columns: Mapping[str, str], attribute: str
-) -> Shares:
+def compare_shares(real: LabelledTable, sampled: LabelledTable, attribute: str) -> Shares:
     """Compares how frequent the values of an attribute are; missing ones do not count."""
-    real_values, sampled_values = (texts(df, columns, attribute) for df in (real, sampled))
+    real_values, sampled_values = (table.texts(attribute) for table in (real, sampled))
     counts = pd.DataFrame({"real": _counts(real_values), "sampled": _counts(sampled_values)})
     counts = counts.fillna(0).sort_index()
     p, q = (_normalised(counts[side].to_numpy(dtype=float)) for side in ("real", "sampled"))
@@ -74,7 +71,7 @@ def compare_shares(
         distance, limit = total_variation(p, q), chance_limit(p, len(sampled_values))
     return Shares(
         attribute,
-        columns[attribute],
+        column_names(real, sampled, attribute),
         None if real_values is None else len(real_values),
         None if sampled_values is None else len(sampled_values),
         len(counts),

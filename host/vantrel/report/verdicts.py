@@ -9,7 +9,6 @@ from vantrel.report.columns import WORDS
 from vantrel.report.figures import Figures
 from vantrel.report.gaps import Gaps
 from vantrel.report.origin import Origin
-from vantrel.report.reappearing import Reappearance
 from vantrel.report.repeats import Repeats
 from vantrel.report.shares import RISK, Shares
 from vantrel.report.wording import counted, distance, listed, percent, points, shown
@@ -18,6 +17,11 @@ FINE = "fine"
 LOOK = "look"
 KNOWN = "known"
 OPEN = "open"
+
+UNCHECKED_NAMES = (
+    "Which columns of the real table hold whole names is not known. If there are any, name them:"
+    " --column firstname=COLUMN --column lastname=COLUMN, or --column fullname=COLUMN."
+)
 
 # What no two people should share; names may well.
 _KEYS = ("username", "email")
@@ -53,7 +57,7 @@ def verdicts(figures: Figures, origin: Origin | None) -> list[Verdict]:
     found = [_of_shares(shares) for shares in figures.shares]
     found += _of_gaps(figures.gaps)
     found += _of_repeats(figures.repeats)
-    found += _of_reappearing(figures.reappearing)
+    found += _of_reappearing(figures)
     return [*found, _of_origin(origin)]
 
 
@@ -121,14 +125,18 @@ def _of_repeats(repeats: Sequence[Repeats]) -> list[Verdict]:
     return [Verdict(about, f"{repeated:,}", LOOK, words, "repeats")]
 
 
-def _of_reappearing(reappearing: Sequence[Reappearance]) -> list[Verdict]:
+def _of_reappearing(figures: Figures) -> list[Verdict]:
+    about = "Real full names in the sample"
+    if figures.has_unchecked_names:
+        return [Verdict(about, "not checked", OPEN, UNCHECKED_NAMES, "real-names")]
     whole = [
-        each for each in reappearing if each.is_whole and each.real_names and each.sampled_rows
+        each
+        for each in figures.reappearing
+        if each.is_whole and each.real_names and each.sampled_rows
     ]
     if not whole:
         return []
     most = max(whole, key=lambda each: each.bearing)
-    about = "Real full names in the sample"
     if not most.bearing:
         words = "No whole name of a real person is in the sample."
         return [Verdict(about, "0", FINE, words, "real-names")]
