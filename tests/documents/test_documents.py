@@ -12,9 +12,21 @@ ROOT = Path(__file__).parents[2]
 DOCUMENTS = [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
 SECONDS = 300
 
+# What is drawn or shown and not run: diagrams, and commands that need machines of the reader's.
+SHOWN = ("text", "")
+
+FENCE = re.compile(r"^```(.*)$", re.MULTILINE)
 BLOCK = re.compile(r"^```(sh|python|toml)(?: file=(\S+))?\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 
 pytest.importorskip("dask", reason="the documents show all that can be installed")
+
+
+def anchors(document: Path) -> set[str]:
+    """What links into a document may name: its headings, as pages of Markdown write them."""
+    headings = re.findall(r"^#+ (.*)$", document.read_text(encoding="utf-8"), re.MULTILINE)
+    return {
+        re.sub(r"[^\w\- ]", "", heading).strip().lower().replace(" ", "-") for heading in headings
+    }
 
 
 def blocks(document: Path) -> list[tuple[str, str, str]]:
@@ -67,6 +79,13 @@ def test_every_block_runs(document: Path, folder: Path) -> None:
 
 
 @pytest.mark.parametrize("document", DOCUMENTS, ids=lambda path: path.name)
+def test_every_block_is_run_or_only_shown(document: Path) -> None:
+    opening = FENCE.findall(document.read_text(encoding="utf-8"))[::2]
+    shown = [words for words in opening if words in SHOWN]
+    assert len(shown) + len(blocks(document)) == len(opening)
+
+
+@pytest.mark.parametrize("document", DOCUMENTS, ids=lambda path: path.name)
 def test_every_make_target_exists(document: Path) -> None:
     for _, _, text in blocks(document):
         for target in re.findall(r"^make ([\w-]+)", text, re.MULTILINE):
@@ -76,6 +95,9 @@ def test_every_make_target_exists(document: Path) -> None:
 @pytest.mark.parametrize("document", DOCUMENTS, ids=lambda path: path.name)
 def test_every_link_leads_somewhere(document: Path) -> None:
     text = document.read_text(encoding="utf-8")
-    for link in re.findall(r"\]\(([^)#]+?)(?:#[^)]*)?\)", text):
-        if not link.startswith("http"):
-            assert (document.parent / link).exists(), link
+    for link, anchor in re.findall(r"\]\(([^)#]*)(?:#([^)]*))?\)", text):
+        if link.startswith("http"):
+            continue
+        target = document.parent / link if link else document
+        assert target.exists(), link
+        assert not anchor or anchor in anchors(target), f"{link}#{anchor}"
