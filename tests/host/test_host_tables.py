@@ -2,6 +2,7 @@
 
 import datetime
 import io
+import os
 from collections.abc import Callable
 from importlib.util import find_spec
 from itertools import pairwise
@@ -116,6 +117,45 @@ def test_values_that_hold_line_ends_are_quoted() -> None:
 def test_a_csv_file_of_no_rows_has_a_header() -> None:
     assert csv_of(EMPTY) == "a,b\n"
     assert csv_of(EMPTY, safe=True) == '"a","b"\n'
+
+
+@pytest.mark.parametrize(
+    ("content", "values"),
+    [
+        ("a\nx\n\ny\n", ["x", None, "y"]),
+        ("a\nx\n\ny", ["x", None, "y"]),
+        ("a\r\nx\r\n\r\ny\r\n", ["x", None, "y"]),
+        ("a\n\nx\n\n", [None, "x", None]),
+        ('a\nx\n""\n', ["x", None]),
+        ("\n \na\nx\n", ["x"]),
+        ("\ufeffa\nx\n\n", ["x", None]),
+        ('"a\n\nb"\n"x\n\ny"\n\n', ["x\n\ny", None]),
+    ],
+)
+def test_a_blank_line_is_a_missing_value_where_there_is_one_column(
+    tmp_path: Path, content: str, values: list[str | None]
+) -> None:
+    (tmp_path / "t.csv").write_bytes(content.encode())
+    read = read_table(tmp_path / "t.csv").iloc[:, 0].astype(object)
+    assert read.where(read.notna(), None).tolist() == values
+
+
+def test_a_blank_line_is_none_where_there_are_more_columns(tmp_path: Path) -> None:
+    (tmp_path / "t.csv").write_text("\na,b\nx,y\n\nz,\n\n")
+    assert read_table(tmp_path / "t.csv").fillna("-").to_numpy().tolist() == [
+        ["x", "y"],
+        ["z", "-"],
+    ]
+
+
+def test_a_table_from_a_pipe() -> None:
+    read, write = os.pipe()
+    try:
+        os.write(write, b"a\nx\n\n")
+        os.close(write)
+        assert read_table(Path(f"/dev/fd/{read}"))["a"].isna().tolist() == [False, True]
+    finally:
+        os.close(read)
 
 
 # What OWASP names: what begins a formula, also behind white space, also in full width.

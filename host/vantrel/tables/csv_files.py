@@ -4,13 +4,14 @@ from __future__ import annotations
 
 import csv
 from collections.abc import Iterable
-from contextlib import suppress
+from io import BytesIO
 from pathlib import Path
 from typing import IO, Any, Literal
 
 import pandas as pd
 from pandas.errors import EmptyDataError, ParserError
 
+from vantrel.tables.csv_rows import ragged_row, read_header
 from vantrel.tables.errors import TableError
 
 # A spreadsheet runs what begins with the first four, some also behind what they take for a blank,
@@ -25,34 +26,37 @@ def read_csv(path: Path) -> pd.DataFrame:
         TableError: The file cannot be read or is no such table.
     """
     try:
-        df = pd.read_csv(path, dtype=str, keep_default_na=False, na_values=[""])
-    except EmptyDataError:
-        raise TableError(f"Table {path} is empty: give it a header and at least one row.") from None
+        with path.open("rb") as raw:
+            file = raw if raw.seekable() else BytesIO(raw.read())
+            return _parsed(file, path)
     except OSError as error:
         raise TableError.unreadable(path, error) from error
     except UnicodeDecodeError as error:
         raise TableError(f"Table {path} is not in UTF-8: save it in that encoding.") from error
+
+
+def _parsed(file: IO[bytes], path: Path) -> pd.DataFrame:
+    header = read_header(file)
+    one_column = len(header.names) == 1
+    try:
+        df = pd.read_csv(
+            file,
+            dtype=str,
+            keep_default_na=False,
+            na_values=[""],
+            # In a table of one column a blank line is a missing value.
+            skip_blank_lines=not one_column,
+            skiprows=header.blank_lines if one_column else 0,
+        )
+    except EmptyDataError:
+        raise TableError(f"Table {path} is empty: give it a header and at least one row.") from None
     except ParserError as error:
-        reason = _ragged_row(path) or " ".join(str(error).split())
+        reason = ragged_row(file) or " ".join(str(error).split())
         raise TableError(f"Table {path} is no CSV table: {reason}") from error
     if not isinstance(df.index, pd.RangeIndex):  # pandas made the surplus an index
-        reason = _ragged_row(path) or "it has rows with more values than its header has names."
+        reason = ragged_row(file) or "it has rows with more values than its header has names."
         raise TableError(f"Table {path} is no CSV table: {reason}")
     return df
-
-
-def _ragged_row(path: Path) -> str | None:
-    """Tells the first row that is longer than the header, if the file can be read again."""
-    if not path.is_file():
-        return None
-    with path.open(encoding="utf-8-sig", newline="") as file:
-        rows = csv.reader(file)
-        with suppress(csv.Error, UnicodeDecodeError):
-            width = len(next(filter(None, rows), []))
-            for row in rows:
-                if len(row) > width:
-                    return f"line {rows.line_num} has {len(row)} values, the header {width}."
-    return None
 
 
 def write_csv(
