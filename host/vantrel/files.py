@@ -23,9 +23,7 @@ def replacing(path: Path, *, binary: bool = False) -> Iterator[IO[Any]]:
     """
     try:
         target = Path(os.path.realpath(path))
-        if not target.parent.is_dir():
-            folder = target.parent if path.is_symlink() else path.parent
-            raise FileNotFoundError(errno.ENOENT, f"folder {str(folder)!r} does not exist")
+        refuse_missing_folder(target if path.is_symlink() else path)
         opening = _in_place if is_special(target) else _beside
         with opening(target, binary) as file:
             yield file
@@ -34,6 +32,17 @@ def replacing(path: Path, *, binary: bool = False) -> Iterator[IO[Any]]:
         error.filename = str(path)
         del error.filename2
         raise
+
+
+def refuse_missing_folder(path: Path) -> None:
+    """Makes sure that there is a folder for what is to be written.
+
+    Raises:
+        FileNotFoundError: There is none.
+    """
+    if not path.parent.is_dir():
+        reason = f"folder {str(path.parent)!r} does not exist"
+        raise FileNotFoundError(errno.ENOENT, reason, str(path))
 
 
 def same_file(one: Path, other: Path) -> bool:

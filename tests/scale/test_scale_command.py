@@ -112,6 +112,15 @@ def test_the_record_tells_how_it_was_made(whole: dict[str, bytes]) -> None:
     assert record["options"] == {"unique": [], "block_rows": BLOCK_ROWS, "partitions": 3}
 
 
+def test_no_machine_is_started_where_the_folder_would_be_in_none(
+    monkeypatch: pytest.MonkeyPatch,
+) -> None:
+    monkeypatch.setattr("vantrel.scale.cluster.LocalCluster", None)
+    assert fail("sample m.json -n 10 -o no/people --dask", 1) == (
+        "no/people: folder 'no' does not exist."
+    )
+
+
 def test_the_folder_may_be_there_if_it_is_empty(on: str, whole: dict[str, bytes]) -> None:
     Path("people").mkdir()
     succeed(f"{RUN}{on}")

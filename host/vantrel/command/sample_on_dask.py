@@ -8,6 +8,7 @@ from functools import partial
 import click
 
 from vantrel.command.sample_request import SampleRequest, done, progress_bar
+from vantrel.files import refuse_missing_folder
 from vantrel.record import SampleRecord
 from vantrel.sampling import Plan, refuse_borrowed
 from vantrel.scale.partitions import Partition, partitions
@@ -30,6 +31,7 @@ def make(request: SampleRequest) -> None:
             f"--dask needs {error.name}: pip install 'dask[dataframe,distributed]'."
         ) from error
 
+    refuse_missing_folder(request.output)  # before machines are started
     assert request.rows is not None
     earlier = earlier_run(request.output) if request.resume else None
     seed = earlier.seed if earlier and request.seed is None else request.new_seed()
