@@ -196,6 +196,36 @@ def test_without_being_asked_nothing_is_guarded() -> None:
     assert csv_of(pd.DataFrame({"=a": ["=1", "+1"]})) == "=a\n=1\n+1\n"
 
 
+# --- files of other kinds
+
+
+@pytest.mark.parametrize("end", [".csv.gz", ".bz2", ".parquet.zip", ".XZ", ".zst", ".tar"])
+def test_a_compressed_file_is_not_read(tmp_path: Path, end: str) -> None:
+    path = tmp_path / f"t{end}"
+    path.write_bytes(b"a\nx\n")
+    assert refused(path) == f"Table {path} is compressed: unpack it first."
+
+
+@pytest.mark.parametrize("end", [".xlsx", ".XLS", ".ods"])
+def test_a_file_of_a_spreadsheet_is_not_read(tmp_path: Path, end: str) -> None:
+    path = tmp_path / f"t{end}"
+    path.write_bytes(b"a\nx\n")
+    assert refused(path) == f"Table {path} is a spreadsheet's file: save it as CSV UTF-8."
+
+
+@pytest.mark.parametrize(
+    "end", [".gz", ".bz2", ".zip", ".xz", ".zst", ".tar", ".xlsx", ".xls", ".ods"]
+)
+def test_no_table_is_written_under_the_name_of_another_kind(tmp_path: Path, end: str) -> None:
+    path = tmp_path / f"t.csv{end}"
+    with pytest.raises(TableError) as caught:
+        write_table([pd.DataFrame({"a": ["x"]})], path)
+    assert str(caught.value) == (
+        f"Tables are not written as {end} files such as {path}: name a .csv or .parquet file."
+    )
+    assert list(tmp_path.iterdir()) == []
+
+
 # --- Parquet
 
 

@@ -9,6 +9,7 @@ from typing import TYPE_CHECKING
 from vantrel.files import replacing
 from vantrel.tables.csv_files import read_csv, write_csv
 from vantrel.tables.errors import TableError
+from vantrel.tables.names import refuse_to_read, refuse_to_write
 from vantrel.tables.parquet_files import read_parquet, require_pyarrow, write_parquet
 
 if TYPE_CHECKING:
@@ -34,6 +35,8 @@ def read_table(path: Path) -> pd.DataFrame:
     Raises:
         TableError: The file cannot be read, is no such table or has no rows.
     """
+    if not path.is_dir():
+        refuse_to_read(path)
     df = read_parquet(path) if is_parquet(path) else read_csv(path)
     if df.empty:
         raise TableError(f"Table {path} has a header but no rows: give it at least one.")
@@ -54,8 +57,10 @@ def write_table(
 
     Raises:
         OSError: The file cannot be written.
-        TableError: It is Parquet and pyarrow is not installed.
+        TableError: It is Parquet and pyarrow is not installed, or its name is of a compressed file
+            or of a spreadsheet's.
     """
+    refuse_to_write(path)
     if is_parquet(path):
         require_pyarrow(path)
         with replacing(path, binary=True) as file:
