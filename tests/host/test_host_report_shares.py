@@ -1,6 +1,7 @@
 """How the report compares shares and missing rates."""
 
 import math
+from dataclasses import replace
 
 import numpy as np
 import pandas as pd
@@ -71,22 +72,50 @@ def test_the_distance_is_the_most_that_any_set_of_values_differs_by(
     assert total_variation(p, q) == pytest.approx((p - q)[p > q].sum(), abs=1e-9)
 
 
-def test_the_limit_of_chance_of_a_known_distribution() -> None:
-    # Two values of which each has a standard deviation of sqrt(0.25 / 400) = 0.025.
-    expected = 0.025 + math.sqrt(math.log(100) / 800)
-    assert chance_limit(np.array([0.5, 0.5]), 400) == pytest.approx(expected)
+ZIPF = 1 / np.arange(1, 251)
+SHARES = {
+    "even": np.array([0.5, 0.5]),
+    "a third": np.array([0.65, 0.35]),
+    "rare": np.array([0.99, 0.01]),
+    "30 alike": np.full(30, 1 / 30),
+    "250 of all sizes": ZIPF / ZIPF.sum(),
+}
 
 
-def test_the_limit_of_chance_of_one_row_is_no_limit() -> None:
-    assert chance_limit(np.array([0.5, 0.5]), 1) == 1
+def distances(p: np.ndarray, rows: int) -> np.ndarray:
+    """How far samples of a distribution are from it."""
+    drawn = np.random.default_rng(1).multinomial(rows, p, size=10_000) / rows
+    return np.abs(drawn - p).sum(axis=1) / 2
 
 
-@pytest.mark.parametrize("shares", [[0.5, 0.5], [0.9, 0.1], [0.01] * 100])
-def test_samples_seldom_pass_the_limit_of_chance(shares: list[float]) -> None:
-    p, rows, samples = np.array(shares), 200, 2000
-    drawn = np.random.default_rng(1).multinomial(rows, p, size=samples) / rows
-    passing = sum(total_variation(p, q) > chance_limit(p, rows) for q in drawn)
-    assert passing <= RISK * samples
+@pytest.mark.parametrize("rows", [300, 1000, 1_000_000])
+@pytest.mark.parametrize("p", SHARES.values(), ids=SHARES)
+def test_the_limit_of_chance_is_what_99_in_100_samples_stay_within(
+    p: np.ndarray, rows: int
+) -> None:
+    limit, found = chance_limit(p, rows), distances(p, rows)
+    assert 0.87 <= limit / np.quantile(found, 1 - RISK, method="higher") <= 1.15
+    assert (found > limit + 1e-9).mean() <= 1.5 * RISK
+
+
+def test_the_limit_of_chance_is_the_same_each_time() -> None:
+    assert chance_limit(SHARES["rare"], 1000) == chance_limit(SHARES["rare"], 1000)
+
+
+def test_chance_does_not_move_the_only_value() -> None:
+    assert chance_limit(np.array([1.0]), 1000) == 0
+
+
+def test_the_limit_of_chance_of_one_row_is_the_rarest_value() -> None:
+    assert chance_limit(np.array([0.75, 0.25]), 1) == 0.75
+
+
+def test_a_distance_at_the_limit_is_by_chance() -> None:
+    # The same distance, by sums that are rounded otherwise.
+    found = Shares("gender", "sex", 1, 1, 1, (), 0.039000000000000035, 0.03899999999999995)
+    assert found.is_by_chance
+    assert not replace(found, distance=0.04).is_by_chance
+    assert not replace(found, distance=None, limit=None).is_by_chance
 
 
 def test_another_distribution_passes_the_limit_of_chance() -> None:

@@ -36,7 +36,7 @@ def label(
     return LabelledTable(real, in_real), LabelledTable(sampled, in_sample)
 
 
-def _wanted(told: Collection[str]) -> set[str]:
+def _wanted(told: set[str]) -> set[str]:
     names = NAMES if not told.isdisjoint(NAMES) else ()
     return {*told, *names} or set(WORDS)
 

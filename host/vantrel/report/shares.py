@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import math
 from dataclasses import dataclass
 
 import numpy as np
@@ -16,6 +15,14 @@ MOST_SHARES = 200
 
 # How often a sample drawn with the real shares may pass the limit of chance.
 RISK = 0.01
+
+# How many samples tell what chance does, and how many values are drawn for all of them if possible.
+_MOST_SAMPLES = 5_000
+_FEWEST_SAMPLES = 50
+_SIMULATED_COUNTS = 500_000
+
+# Equal distances may differ by as much, as their sums are rounded.
+_ROUNDING = 1e-9
 
 Floats = npt.NDArray[np.float64]
 
@@ -58,6 +65,13 @@ class Shares:
     shares: tuple[Share, ...]
     distance: float | None
     limit: float | None
+
+    @property
+    def is_by_chance(self) -> bool:
+        """Whether the distance is one that chance explains."""
+        if self.distance is None or self.limit is None:
+            return False
+        return self.distance <= self.limit + _ROUNDING
 
 
 def compare_shares(real: LabelledTable, sampled: LabelledTable, attribute: str) -> Shares:
@@ -125,19 +139,20 @@ def total_variation(p: Floats, q: Floats) -> float:
 def chance_limit(p: Floats, rows: int) -> float:
     """The distance that a sample of the very distribution stays within, 99 times in 100.
 
-    Rows drawn one by one with the shares ``p`` do not have these very shares. The distance that
-    is to be expected is at most ``sum(sqrt(p * (1 - p) / rows)) / 2``, for no value's share
-    deviates by more on average than by its standard deviation. As one row moves the distance by
-    no more than ``1 / rows``, it exceeds its expectation by ``t`` with a probability of at most
-    ``exp(-2 * rows * t ** 2)`` (McDiarmid, "On the method of bounded differences", 1989), which
-    is :data:`RISK` where ``t = sqrt(log(1 / RISK) / (2 * rows))``. The limit is the sum of both.
+    Rows drawn one by one with the shares ``p`` do not have these very shares. How far they are
+    from them is tried out: the limit is that quantile of the distances of simulated samples,
+    which differ from ``p`` as a sample of so many rows does. They are the same ones in each call.
+    The more values there are, the fewer samples are simulated: their distances spread less.
 
     Args:
         p: The share of each value, adding up to 1.
-        rows: How many rows the sample has, at least 1.
+        rows: How many rows the sample has, at least 1. How many rows ``p`` was counted in does
+            not matter: they are what a model learns, and a sample is drawn from, as they are.
 
     Returns:
         The limit, at most 1.
     """
-    expected = float(np.sqrt(p * (1 - p) / rows).sum()) / 2
-    return min(1.0, expected + math.sqrt(math.log(1 / RISK) / (2 * rows)))
+    samples = min(max(_SIMULATED_COUNTS // len(p), _FEWEST_SAMPLES), _MOST_SAMPLES)
+    draw = np.random.default_rng(0).multinomial
+    distances = [total_variation(p, draw(rows, p) / rows) for _ in range(samples)]
+    return float(np.quantile(distances, 1 - RISK, method="higher"))

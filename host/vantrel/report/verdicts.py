@@ -65,11 +65,11 @@ def _of_shares(shares: Shares) -> Verdict:
     about = f"{WORDS[shares.attribute]} shares"
     if shares.distance is None or shares.limit is None:
         return Verdict(about, "none", OPEN, why_not_compared(shares), "shares")
-    limit = distance(shares.limit)
-    if shares.distance <= shares.limit:
-        words = f"As near as chance allows: up to {limit} is to be expected of so many rows."
+    limit = f"99 in 100 samples of so many rows stay within {distance(shares.limit)}."
+    if shares.is_by_chance:
+        words = f"As near as chance allows: {limit}"
         return Verdict(about, distance(shares.distance), FINE, words, "shares")
-    words = f"Further apart than chance explains, which is up to {limit}."
+    words = f"Further apart than chance explains: {limit}"
     if shares.attribute != "title":
         return Verdict(about, distance(shares.distance), LOOK, words, "shares")
     words = "Titles are drawn evenly from those that only the row's gender bears."
