@@ -281,12 +281,6 @@ def test_bad_usage(line: str, message: str) -> None:
     assert sorted(path.name for path in Path().iterdir()) == ["full", "m.json"]
 
 
-def test_a_folder_that_cannot_be_made(on: str) -> None:
-    assert fail(f"{RUN.replace('-o people', '-o no/people')}{on}", 1) == (
-        "no/people: No such file or directory."
-    )
-
-
 def test_no_scheduler_answers(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(module, "_SECONDS_TO_ANSWER", 0.5)
     assert fail(f"{RUN} --scheduler tcp://127.0.0.1:9", 1) == (
