@@ -1,6 +1,10 @@
 """Which patterns may come from a model file."""
 
 import re
+import sys
+from collections.abc import Iterator
+from contextlib import contextmanager
+from types import CodeType
 
 import pytest
 from hypothesis import given, settings
@@ -215,3 +219,32 @@ def test_a_search_with_an_accepted_pattern_tries_little(pattern: str, text: str)
 def test_a_search_with_another_pattern_tries_more() -> None:
     with pytest.raises(AssertionError):
         search(read("(a+)+$"), "a" * 40, most_tries=TRIES * 40)
+
+
+@contextmanager
+def no_more_instructions_than(most: int) -> Iterator[None]:
+    """Fails as soon as Python has run more instructions than that."""
+    left = most
+
+    def count(code: CodeType, offset: int) -> None:
+        nonlocal left
+        left -= 1
+        assert left != 0, f"more than {most:,} instructions"
+
+    tool, events = sys.monitoring.PROFILER_ID, sys.monitoring.events
+    sys.monitoring.use_tool_id(tool, "instructions of Python")
+    sys.monitoring.register_callback(tool, events.INSTRUCTION, count)
+    sys.monitoring.set_events(tool, events.INSTRUCTION)
+    try:
+        yield
+    finally:
+        sys.monitoring.set_events(tool, 0)
+        sys.monitoring.free_tool_id(tool)
+
+
+@pytest.mark.parametrize(
+    "pattern", ["a?" * 1_990, "(?:a?){1990}", "a{0,1990}", "^" + "(?:a|)" * 800, "(?:a?b?){900}"]
+)
+def test_a_check_of_many_ways_gives_up_soon(pattern: str) -> None:
+    with no_more_instructions_than(20_000_000), pytest.raises(UnsafePatternError):
+        check_pattern(pattern)

@@ -18,7 +18,8 @@ from functools import lru_cache
 from vantrel.util.regex.syntax import Character, Choice, Pattern, Repeat, Sequence, Start
 
 # The default patterns need half of the places and a tenth of the tries and of the work. The limits
-# keep the check itself short, too: it is strangers' patterns that it looks at.
+# keep the check itself short, too: it is strangers' patterns that it looks at. A step of work is to
+# add a number of ways to another.
 _MOST_PLACES = 2_000
 _MOST_SYMBOLS = 100
 _MOST_TRIES = 1_000
@@ -43,17 +44,16 @@ def check_ways(pattern: Pattern) -> None:
     """
     if _size(pattern) > _MOST_PLACES:
         raise TooManyWaysError
-    places = _Places(pattern)
+    work = _Work(_MOST_WORK)
+    places = _Places(pattern, work)
     if len(set(places.symbols)) > _MOST_SYMBOLS:
         raise TooManyWaysError
     start = _frozen({_BEFORE: 1})
-    seen, waiting, work = {start}, [start], 0
+    seen, waiting = {start}, [start]
     while waiting:
-        reached = _reached(places, dict(waiting.pop()))
+        reached = _reached(places, dict(waiting.pop()), work)
         symbols = {places.symbols[place] for place in reached}
-        work += len(reached) * (1 + len(symbols))
-        if work > _MOST_WORK:
-            raise TooManyWaysError
+        work.spend(len(reached) * len(symbols))
         # The character is one of those that some symbol stands for: all places whose symbol shares
         # one of them may be next. That is rather too many than too few.
         for symbol in symbols:
@@ -67,12 +67,32 @@ def _frozen(ways: dict[int, int]) -> frozenset[tuple[int, int]]:
     return frozenset(ways.items())
 
 
-def _reached(places: _Places, ways: dict[int, int]) -> _Ways:
+class _Work:
+    """The steps that are left to a check; it gives up when there are none."""
+
+    def __init__(self, steps: int) -> None:
+        self._left = steps
+
+    def spend(self, steps: int) -> None:
+        self._left -= steps
+        if self._left < 0:
+            raise TooManyWaysError
+
+    def add(self, ways: _Ways, more: _Ways, factor: int = 1) -> None:
+        """Adds so many times some more ways to others."""
+        if factor:
+            self.spend(len(more))
+            for place, number in more.items():
+                ways[place] += number * factor
+
+
+def _reached(places: _Places, ways: dict[int, int], work: _Work) -> _Ways:
     """Gives all places that are tried at the next character."""
-    reached = Counter(places.again.first)
+    reached: _Ways = Counter()
+    work.add(reached, places.again.first)
     at_the_end = places.again.empty
     for place, number in ways.items():
-        reached += _times(places.after[place], number)
+        work.add(reached, places.after[place], number)
         at_the_end += number * places.ends[place]
     if reached.total() + at_the_end > _MOST_TRIES:
         raise TooManyWaysError
@@ -104,16 +124,20 @@ class _Places:
         again: How a search begins anew, after it has failed, at a later character.
     """
 
-    def __init__(self, pattern: Pattern, at_start: bool = True) -> None:
+    def __init__(self, pattern: Pattern, work: _Work, at_start: bool = True) -> None:
         self.symbols = [""]
         self.after: list[_Ways] = [Counter()]
+        self._work = work
         self._at_start = at_start
         whole = self._part(pattern)
         self.after[_BEFORE] = whole.first
         self.ends = whole.last + Counter({_BEFORE: whole.empty})
-        self.again: _Part = _Places(pattern, at_start=False).again if at_start else whole
+        self.again: _Part = whole
+        if at_start:
+            self.again = _Places(pattern, work, at_start=False).again
 
     def _part(self, pattern: Pattern) -> _Part:
+        self._work.spend(1)
         match pattern:
             case Character(source):
                 self.symbols.append(source)
@@ -133,16 +157,19 @@ class _Places:
         whole = _Part(0, Counter(), Counter())
         for part in parts:
             whole.empty += part.empty
-            whole.first += part.first
-            whole.last += part.last
+            self._work.add(whole.first, part.first)
+            self._work.add(whole.last, part.last)
         return whole
 
     def _sequence(self, parts: list[_Part]) -> _Part:
         whole = _Part(1, Counter(), Counter())
         for part in parts:
             self._connect(whole, part)
-            whole.first += _times(part.first, whole.empty)
-            whole.last = _times(whole.last, part.empty) + part.last
+            self._work.add(whole.first, part.first, whole.empty)
+            last: _Ways = Counter()
+            self._work.add(last, whole.last, part.empty)
+            self._work.add(last, part.last)
+            whole.last = last
             whole.empty *= part.empty
         return whole
 
@@ -162,11 +189,7 @@ class _Places:
 
     def _connect(self, before: _Part, behind: _Part) -> None:
         for place, ways in before.last.items():
-            self.after[place] += _times(behind.first, ways)
-
-
-def _times(ways: _Ways, factor: int) -> _Ways:
-    return Counter({place: number * factor for place, number in ways.items() if factor})
+            self._work.add(self.after[place], behind.first, ways)
 
 
 def _size(pattern: Pattern) -> int:
