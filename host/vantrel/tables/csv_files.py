@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import csv
+import shlex
 from collections.abc import Iterable
 from io import BytesIO
 from pathlib import Path
@@ -11,7 +12,7 @@ from typing import IO, Any, Literal
 import pandas as pd
 from pandas.errors import EmptyDataError, ParserError
 
-from vantrel.tables.csv_rows import ragged_row, read_header
+from vantrel.tables.csv_rows import doubled_names, is_utf_16, last_row, ragged_row, read_header
 from vantrel.tables.errors import TableError
 
 # A spreadsheet runs what begins with the first four, some also behind what they take for a blank,
@@ -28,15 +29,31 @@ def read_csv(path: Path) -> pd.DataFrame:
     try:
         with path.open("rb") as raw:
             file = raw if raw.seekable() else BytesIO(raw.read())
+            if is_utf_16(file):
+                raise _not_in_utf_8(path, "is in UTF-16", "utf-16")
             return _parsed(file, path)
     except OSError as error:
         raise TableError.unreadable(path, error) from error
     except UnicodeDecodeError as error:
-        raise TableError(f"Table {path} is not in UTF-8: save it in that encoding.") from error
+        raise _not_in_utf_8(path, "is not in UTF-8", "cp1252") from error
+
+
+def _not_in_utf_8(path: Path, finding: str, likely: str) -> TableError:
+    converted = path.with_name(f"{path.stem}.utf-8.csv")
+    files = f"{shlex.quote(str(path))} > {shlex.quote(str(converted))}"
+    return TableError(
+        f"Table {path} {finding}: save it as CSV UTF-8, or convert it, as in"
+        f" iconv -f {likely} -t utf-8 {files}"
+    )
 
 
 def _parsed(file: IO[bytes], path: Path) -> pd.DataFrame:
     header = read_header(file)
+    if doubled := doubled_names(header):
+        raise TableError(
+            f"Table {path} has several columns of one name: {', '.join(map(repr, doubled))}. Give"
+            " each a name of its own."
+        )
     one_column = len(header.names) == 1
     try:
         df = pd.read_csv(
@@ -51,12 +68,18 @@ def _parsed(file: IO[bytes], path: Path) -> pd.DataFrame:
     except EmptyDataError:
         raise TableError(f"Table {path} is empty: give it a header and at least one row.") from None
     except ParserError as error:
-        reason = ragged_row(file) or " ".join(str(error).split())
-        raise TableError(f"Table {path} is no CSV table: {reason}") from error
+        raise TableError(f"Table {path} is no CSV table: {_reason(file, str(error))}") from error
     if not isinstance(df.index, pd.RangeIndex):  # pandas made the surplus an index
         reason = ragged_row(file) or "it has rows with more values than its header has names."
         raise TableError(f"Table {path} is no CSV table: {reason}")
     return df
+
+
+def _reason(file: IO[bytes], error: str) -> str:
+    if "EOF inside string" in error:
+        line = last_row(file)
+        return f"the row that begins in line {line} has a quotation mark that is never closed."
+    return ragged_row(file) or " ".join(error.split())
 
 
 def write_csv(

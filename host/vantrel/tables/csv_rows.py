@@ -3,6 +3,8 @@
 from __future__ import annotations
 
 import csv
+from codecs import BOM_UTF16_BE, BOM_UTF16_LE
+from collections import Counter
 from collections.abc import Iterator
 from contextlib import contextmanager, suppress
 from io import TextIOWrapper
@@ -43,6 +45,31 @@ def ragged_row(file: IO[bytes]) -> str | None:
             if len(row) > width:
                 return f"line {rows.line_num} has {len(row)} values, the header {width}."
     return None
+
+
+def last_row(file: IO[bytes]) -> int:
+    """Tells in which line, from 1 on, the last row begins, and goes back to the file's start."""
+    last = following = 1
+    with _texts(file) as text:
+        rows = csv.reader(text)
+        try:
+            for _ in rows:
+                last, following = following, rows.line_num + 1
+        except csv.Error:  # a cell of more than 131,072 characters
+            return following
+    return last
+
+
+def doubled_names(header: Header) -> list[str]:
+    """Lists the names, each once, that several columns bear."""
+    return [name for name, columns in Counter(header.names).items() if name and columns > 1]
+
+
+def is_utf_16(file: IO[bytes]) -> bool:
+    """Tells by a file's first bytes whether it is in UTF-16, and goes back to its start."""
+    start = file.read(2)
+    file.seek(0)
+    return start in (BOM_UTF16_LE, BOM_UTF16_BE)
 
 
 @contextmanager
