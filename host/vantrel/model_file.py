@@ -11,6 +11,7 @@ from typing import TYPE_CHECKING, Any
 from vantrel.files import replacing
 from vantrel.model.exceptions import ModelNotFittedError
 from vantrel.model_form import check_model
+from vantrel.nearby import nearby_file
 from vantrel.util.locale.locale import Provider, get_country_to_provder_map
 from vantrel.util.shapes import ShapeError, integer, mapping_of, one_of, record, refuse, text
 from vantrel.util.strict_json import UnsoundJsonError, parse
@@ -174,7 +175,8 @@ def _read(path: Path) -> str:
             " 'vantrel fit' wrote."
         )
     except OSError as error:
-        raise ModelFileError(f"cannot be read: {error.strerror or error}.") from error
+        near = nearby_file(path, error)
+        raise ModelFileError(f"cannot be read: {error.strerror or error}.{near}") from error
     except UnicodeDecodeError as error:
         raise ModelFileError(
             f"is not JSON ({error}): give a file that 'vantrel fit' wrote."

@@ -215,6 +215,35 @@ def test_bad_data_is_one_line(line: str, message: str) -> None:
     assert fail(line, 1) == message
 
 
+@pytest.mark.parametrize(
+    ("line", "message"),
+    [
+        (
+            "fit peopl.csv -o n.json",
+            "Table peopl.csv cannot be read: No such file or directory. Did you mean 'people.csv'?",
+        ),
+        (
+            "fit no/people.csv -o n.json",
+            "Table no/people.csv cannot be read: No such file or directory.",
+        ),
+        (
+            "sample M.jsn -n 1 -o x",
+            "Model file M.jsn cannot be read: No such file or directory. Did you mean 'm.json'?",
+        ),
+        (
+            "show sub/m.json",
+            "Model file sub/m.json cannot be read: No such file or directory. Did you mean"
+            " 'sub/m2.json'?",
+        ),
+    ],
+)
+def test_a_mistyped_file_names_the_nearest(line: str, message: str) -> None:
+    Path("m.json").write_text("{}")
+    Path("sub").mkdir()
+    Path("sub/m2.json").write_text("{}")
+    assert fail(line, 1) == message
+
+
 @pytest.mark.parametrize("attribute", ["gender", "lastname", "country"])
 def test_a_column_of_missing_values_only(attribute: str) -> None:
     Path("people.csv").write_text("sex,empty\nm,\nf,\n")

@@ -4,6 +4,8 @@ from __future__ import annotations
 
 from pathlib import Path
 
+from vantrel.nearby import nearby_file
+
 
 class TableError(ValueError):
     """A table cannot be read or written, or holds nothing to learn from."""
@@ -11,4 +13,5 @@ class TableError(ValueError):
     @classmethod
     def unreadable(cls, path: Path, error: OSError) -> TableError:
         """The error of a table that the system does not let read."""
-        return cls(f"Table {path} cannot be read: {error.strerror or error}.")
+        near = nearby_file(path, error)
+        return cls(f"Table {path} cannot be read: {error.strerror or error}.{near}")
