@@ -159,10 +159,15 @@ def _listed(df: pd.DataFrame) -> str:
 
 
 def separator_hint(df: pd.DataFrame) -> str:
-    """Tells, as a sentence with a leading blank, if the one column looks like several."""
-    for separator, name in ((";", "semicolons"), ("\t", "tabs")):
+    """Tells, as sentences with a leading blank, if the one column looks like several."""
+    for separator, written, name in ((";", ";", "semicolons"), ("\t", r"\t", "tabs")):
         if len(df.columns) == 1 and separator in str(df.columns[0]):
-            return f" It seems to be separated by {name}: separate it by commas."
+            return (
+                f" It seems to be separated by {name}: save it as CSV UTF-8 (comma separated), or"
+                " convert it, as in python -c \"import pandas as pd; pd.read_csv('in.csv',"
+                f" sep='{written}', dtype=str, keep_default_na=False).to_csv('out.csv',"
+                ' index=False)".'
+            )
     return ""
 
 

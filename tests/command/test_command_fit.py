@@ -1,11 +1,13 @@
 """How ``vantrel fit`` finds columns and reads its settings."""
 
+import subprocess
+import sys
 from pathlib import Path
 
 import pandas as pd
 import pytest
 
-from support.command import fail, shell, succeed
+from support.command import fail, separator_hint, shell, succeed
 from vantrel.model_file import load
 from vantrel.tables import read_table
 
@@ -106,10 +108,21 @@ def test_nothing_is_found_where_all_is_ignored() -> None:
     assert fail(f"{FIT} {ignored}", 1).endswith(f" Its columns are: {COLUMNS}.")
 
 
-@pytest.mark.parametrize(("separator", "name"), [(";", "semicolons"), ("\t", "tabs")])
-def test_nothing_is_found_in_a_table_with_another_separator(separator: str, name: str) -> None:
+@pytest.mark.parametrize(
+    ("separator", "hint"),
+    [(";", separator_hint("semicolons", ";")), ("\t", separator_hint("tabs", r"\t"))],
+)
+def test_nothing_is_found_in_a_table_with_another_separator(separator: str, hint: str) -> None:
     Path("people.csv").write_text(f"vorname{separator}nachname\nAnn{separator}Lee\n")
-    assert fail(FIT, 1).endswith(f" It seems to be separated by {name}: separate it by commas.")
+    assert fail(FIT, 1).endswith(hint)
+
+
+@pytest.mark.parametrize("separator", [";", "\t"])
+def test_a_table_can_be_converted_as_is_told(separator: str) -> None:
+    Path("in.csv").write_text(f"sex{separator}surname\nm{separator}NA\n{separator}007\n")
+    line = fail("fit in.csv -o m.json", 1).partition("as in python ")[2].removesuffix(".")
+    subprocess.run(f"{sys.executable} {line}", shell=True, check=True)
+    assert Path("out.csv").read_text() == "sex,surname\nm,NA\n,007\n"
 
 
 def test_a_column_whose_values_contradict_its_name_is_told() -> None:
