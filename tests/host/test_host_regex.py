@@ -12,6 +12,7 @@ from hypothesis import strategies as st
 
 from vantrel import patterns
 from vantrel.model.models.person import GenderModel
+from vantrel.util.regex.alphabet import BEYOND
 from vantrel.util.regex.safety import LONGEST_PATTERN, UnsafePatternError, check_pattern
 from vantrel.util.regex.syntax import (
     Character,
@@ -45,6 +46,8 @@ def test_the_default_patterns_of_titles(pattern: str) -> None:
         r"\bmrs?\b", r"^\s*(mr|mister)[\s.]*$", "^mr.*$", "^.*mr", r"mrs?\s*$", r"^[^\W\d]+$",
         r"^(?P<who>wo)?m[ae]n\Z", r"\Am\x61le$", "^(dr ){0,3}mrs$", "^[a-z]+ [a-z]+$", "^fräu?lein$",
         "^[])}]$", "^[^]]$", "^(a|b|c)*$", r"^\u0444.?$", "^f*?x", "^(ab)+c{2,}$", "]}",
+        "^(♀|👩)$", r"^(\s|[^\0-\uffff])+$", "[" + "a-z" * 30 + "]",
+        "^[" + "".join(map(chr, range(0x4E00, 0x6000))) + "]+",
     ],
 )  # fmt: skip
 def test_patterns_of_ones_own(pattern: str) -> None:
@@ -57,7 +60,8 @@ def test_patterns_of_ones_own(pattern: str) -> None:
         "(a+)+$", "(a|aa)+$", "(a|a?)+$", "^(a|a)*$", ".*.*.*.*=", "^.*.*=", "(a*)*", "^(a*b?)*$",
         "^(x+x+)+y", "a?" * 30 + "a" * 30, "^(a?){30}a{30}", "^" + "(|)" * 40 + "$", "(|)" * 40 + "x",
         "^a" + "(|)" * 40 + "b", r"^(\w|\d)+$", r"^(\W|ι)+$", r"^([\u0500-\u0700]|\d)+$",
-        "^(ſ|S)+$", "a+b", "(a{1000}){1000}", "^(a|b)*a(a|b){14}$", r"^(\s|[^a])+$", "(ab|a|b)*c",
+        "^(ſ|S)+$", "^(😀|.)+$", "^(𐐀|𐐨)+$", r"^(\d|[^\0-\uffff])+$", r"^(\w|[^\0-\uffff])+$",
+        "a+b", "(a{1000}){1000}", "^(a|b)*a(a|b){14}$", r"^(\s|[^a])+$", "(ab|a|b)*c",
         "^" + "(a|b|c|d)" * 500, "|".join(map(chr, range(0x4E00, 0x4E70))), r"^\s*mr\s*\.?\s*$",
     ],
 )  # fmt: skip
@@ -85,6 +89,8 @@ def test_patterns_that_might_make_a_search_endless(pattern: str) -> None:
         ("[^][]", "what stands from '[^][]' on"),
         ("[a&&b]", "what stands from '[a&&b]' on"),
         (r"\N{BULLET}", r"what stands from '\\N{BULLE' on"),
+        ("^[♀👩]$", "a class with a character beyond U+FFFF"),
+        ("[^\U00010000-\U00010fff]{400}b", "a class with a character beyond U+FFFF"),
         ("(" * 30 + ")" * 30, "groups in more than 20 others"),
     ],
 )
@@ -117,6 +123,20 @@ def test_a_long_pattern() -> None:
     with pytest.raises(UnsafePatternError) as caught:
         check_pattern("^" + "a" * LONGEST_PATTERN)
     assert str(caught.value) == "has 5,001 characters, more than 5,000: shorten it."
+
+
+def test_a_pattern_with_many_ranges() -> None:
+    with pytest.raises(UnsafePatternError) as caught:
+        check_pattern("[" + "\0-\uffff" * 31 + "]")
+    assert str(caught.value) == "has 31 hyphens, more than 30: write fewer ranges."
+
+
+def test_three_characters_stand_for_all_beyond_ffff() -> None:
+    beyond = "".join(map(chr, range(0x10000, sys.maxunicode + 1)))
+    assert not re.search("[\0-\uffff]", beyond, re.IGNORECASE)
+    kinds = [r"[^\W\d]", r"\d", r"[^\w\s]"]
+    assert [re.findall(kind, BEYOND) for kind in kinds] == [[character] for character in BEYOND]
+    assert len(beyond) == sum(len(re.findall(kind, beyond)) for kind in kinds)
 
 
 def ends(pattern: Pattern, text: str, at: int) -> set[int]:

@@ -16,6 +16,9 @@ from vantrel.util.regex.ways import TooManyWaysError, check_ways
 
 LONGEST_PATTERN = 5_000
 
+# To compile a range without regard to case, `re` goes through all its characters.
+_MOST_HYPHENS = 30
+
 # These are what nearly every model has; a test makes sure that they would be accepted.
 _KNOWN = frozenset(
     {
@@ -45,6 +48,10 @@ def check_pattern(pattern: str) -> None:
     if len(pattern) > LONGEST_PATTERN:
         raise UnsafePatternError(
             f"has {len(pattern):,} characters, more than {LONGEST_PATTERN:,}: shorten it."
+        )
+    if pattern.count("-") > _MOST_HYPHENS:
+        raise UnsafePatternError(
+            f"has {pattern.count('-'):,} hyphens, more than {_MOST_HYPHENS}: write fewer ranges."
         )
     _compile(pattern)
     try:

@@ -2,7 +2,8 @@
 
 That part is what tells words apart: characters and classes, groups, alternatives, repeats, anchors
 and a leading ``(?i)``. All else (references back, looking around, flags inside) is refused, so that
-nothing is read here in another way than ``re`` reads it, now or in a later version.
+nothing is read here in another way than ``re`` reads it, now or in a later version. So are classes
+with characters beyond U+FFFF: ``re`` goes through those one by one at each character of a text.
 """
 
 from __future__ import annotations
@@ -10,6 +11,8 @@ from __future__ import annotations
 import re
 from collections.abc import Iterator
 from dataclasses import dataclass
+
+from vantrel.util.regex.alphabet import is_rare
 
 _DEEPEST = 20
 
@@ -112,6 +115,8 @@ def _tokens(pattern: str) -> Iterator[tuple[str | None, str]]:
         token = _TOKEN.match(pattern, at)
         if token is None:
             raise UnsupportedPatternError(f"what stands from {pattern[at : at + 8]!r} on")
+        if token.group()[0] == "[" and any(map(is_rare, token.group())):
+            raise UnsupportedPatternError("a class with a character beyond U+FFFF")
         yield token.lastgroup, token.group()
         at = token.end()
 

@@ -9,19 +9,16 @@ number that is too high.
 
 from __future__ import annotations
 
-import re
-import sys
 from collections import Counter
 from dataclasses import dataclass
-from functools import lru_cache
 
+from vantrel.util.regex.alphabet import MOST_SYMBOLS, rare_characters, share
 from vantrel.util.regex.syntax import Character, Choice, Pattern, Repeat, Sequence, Start
 
 # The default patterns need half of the places and a tenth of the tries and of the work. The limits
 # keep the check itself short, too: it is strangers' patterns that it looks at. A step of work is to
 # add a number of ways to another.
 _MOST_PLACES = 2_000
-_MOST_SYMBOLS = 100
 _MOST_TRIES = 1_000
 _MOST_WORK = 200_000
 
@@ -46,8 +43,9 @@ def check_ways(pattern: Pattern) -> None:
         raise TooManyWaysError
     work = _Work(_MOST_WORK)
     places = _Places(pattern, work)
-    if len(set(places.symbols)) > _MOST_SYMBOLS:
+    if len(set(places.symbols)) > MOST_SYMBOLS:
         raise TooManyWaysError
+    rare = rare_characters(places.symbols)
     start = _frozen({_BEFORE: 1})
     seen, waiting = {start}, [start]
     while waiting:
@@ -57,7 +55,9 @@ def check_ways(pattern: Pattern) -> None:
         # The character is one of those that some symbol stands for: all places whose symbol shares
         # one of them may be next. That is rather too many than too few.
         for symbol in symbols:
-            ways = _frozen({p: n for p, n in reached.items() if _share(symbol, places.symbols[p])})
+            ways = _frozen(
+                {p: n for p, n in reached.items() if share(symbol, places.symbols[p], rare)}
+            )
             if ways not in seen:
                 seen.add(ways)
                 waiting.append(ways)
@@ -201,27 +201,3 @@ def _size(pattern: Pattern) -> int:
             return _size(part) * max(1, least + 1 if most is None else most)
         case _:
             return 1
-
-
-@lru_cache(maxsize=_MOST_SYMBOLS**2)
-def _share(one: str, other: str) -> bool:
-    """Tells whether some character fits both symbols."""
-    return one == other or bool(_characters(one) & _characters(other))
-
-
-@lru_cache(maxsize=_MOST_SYMBOLS)
-def _characters(symbol: str) -> int:
-    """Gives the set of the characters that fit a symbol, as bits.
-
-    It is ``re`` that tells: nobody else knows all that there is to case and classes.
-    """
-    characters = 0
-    text = _all_characters()
-    for run in re.finditer(f"(?:{symbol})+", text, re.IGNORECASE):
-        characters |= ((1 << (run.end() - run.start())) - 1) << run.start()
-    return characters
-
-
-@lru_cache(maxsize=1)
-def _all_characters() -> str:
-    return "".join(map(chr, range(sys.maxunicode + 1)))
