@@ -274,3 +274,14 @@ def test_a_file_of_any_name_is_reported(people: pd.DataFrame) -> None:
     succeed(f"report {shlex.quote(name)} people.csv -o report.html --column gender=sex")
     html = Path("report.html").read_text(encoding="utf-8")
     assert "<title>People report: odd \ufffd&lt;b&gt;.csv</title>" in html
+
+
+def test_a_sample_of_given_people_has_their_shares_by_design() -> None:
+    succeed(f"fit people.csv -o m.json {LABELS}")
+    Path("given.csv").write_text("sex\n" + "f\n" * 200)
+    succeed("sample m.json --conditions given.csv --seed 7 -o made-up.csv")
+    succeed(REPORT)
+    html = Path("report.html").read_text(encoding="utf-8")
+    card = html.split("<h3>Gender shares</h3>")[1].split("</li>", maxsplit=1)[0]
+    assert "By design" in card
+    assert "made for given genders or countries" in card

@@ -10,6 +10,7 @@ from hypothesis import given
 from hypothesis import strategies as st
 
 from support.report_tables import both
+from vantrel.report.design import Design
 from vantrel.report.gaps import Gaps, chance_of, compare_gaps
 from vantrel.report.shares import (
     MOST_SHARES,
@@ -29,7 +30,7 @@ def frame(*values: object) -> pd.DataFrame:
 
 
 def compared(real: pd.DataFrame, sampled: pd.DataFrame) -> Shares:
-    return compare_shares(*both(real, sampled, COLUMNS), "gender")
+    return compare_shares(Design(*both(real, sampled, COLUMNS)), "gender")
 
 
 @st.composite
@@ -85,7 +86,7 @@ SHARES = {
 def distances(p: np.ndarray, rows: int) -> np.ndarray:
     """How far samples of a distribution are from it."""
     drawn = np.random.default_rng(1).multinomial(rows, p, size=10_000) / rows
-    return np.abs(drawn - p).sum(axis=1) / 2
+    return np.asarray(np.abs(drawn - p).sum(axis=1) / 2)
 
 
 @pytest.mark.parametrize("rows", [300, 1000, 1_000_000])
@@ -188,7 +189,7 @@ def test_only_so_many_values_are_listed_and_all_of_them_count() -> None:
 
 def test_missing_rates_are_of_all_rows() -> None:
     found = compare_gaps(
-        *both(frame("m", None, None, None), frame("m", "f", None, "f"), COLUMNS), "gender"
+        Design(*both(frame("m", None, None, None), frame("m", "f", None, "f"), COLUMNS)), "gender"
     )
     assert (found.real, found.sampled, found.difference) == (0.75, 0.25, -0.5)
 
@@ -197,10 +198,10 @@ def test_missing_rates_are_of_all_rows() -> None:
 def test_a_table_without_the_column_or_without_rows_has_no_missing_rate(
     lacking: pd.DataFrame,
 ) -> None:
-    assert compare_gaps(*both(lacking, frame("m"), COLUMNS), "gender") == Gaps(
+    assert compare_gaps(Design(*both(lacking, frame("m"), COLUMNS)), "gender") == Gaps(
         "gender", "sex", None, 0, None
     )
-    assert compare_gaps(*both(frame("m"), lacking, COLUMNS), "gender").difference is None
+    assert compare_gaps(Design(*both(frame("m"), lacking, COLUMNS)), "gender").difference is None
 
 
 def test_chance_explains_an_equal_rate_and_no_gap_where_there_were_none() -> None:

@@ -74,7 +74,8 @@ def report(table: Path, sampled: Path, output: Path, columns: dict[str, str], fo
         _check_columns(columns, real, people, (table, sampled))
         labelled = label(real, people, columns, _recorded(record, columns))
         _check_comparable(*labelled, (table, sampled))
-        figures = compare(*labelled)
+        conditions = record and record.options.get("conditions")
+        figures = compare(*labelled, has_conditions=bool(conditions))
         sources = Sources(
             *(click.format_filename(path.absolute().name) for path in (table, sampled))
         )

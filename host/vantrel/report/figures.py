@@ -5,6 +5,7 @@ from __future__ import annotations
 from dataclasses import dataclass
 
 from vantrel.report.columns import WORDS, LabelledTable
+from vantrel.report.design import Design
 from vantrel.report.gaps import Gaps, compare_gaps
 from vantrel.report.lengths import Lengths, compare_lengths
 from vantrel.report.names import Places, frequent_names
@@ -37,7 +38,9 @@ class Figures:
     has_unchecked_names: bool
 
 
-def compare(real: LabelledTable, sampled: LabelledTable) -> Figures:
+def compare(
+    real: LabelledTable, sampled: LabelledTable, *, has_conditions: bool = False
+) -> Figures:
     """Compares a real table with a sample of it.
 
     Time and memory are about linear in the rows; values are compared as texts.
@@ -45,14 +48,16 @@ def compare(real: LabelledTable, sampled: LabelledTable) -> Figures:
     Args:
         real: The real table; it may have no rows.
         sampled: The sample; it may have no rows and lack columns, as the real table may.
+        has_conditions: Whether genders or countries were given to make the sample.
     """
+    design = Design(real, sampled, has_conditions)
     there = [attribute for attribute in WORDS if real.has(attribute) or sampled.has(attribute)]
     reappearing = reappearing_names(real, sampled)
     return Figures(
         len(real),
         len(sampled),
-        tuple(compare_shares(real, sampled, each) for each in SHARED if each in there),
-        tuple(compare_gaps(real, sampled, each) for each in there),
+        tuple(compare_shares(design, each) for each in SHARED if each in there),
+        tuple(compare_gaps(design, each) for each in there),
         frequent_names(real, sampled),
         tuple(compare_lengths(real, sampled, each) for each in MEASURED if each in there),
         (

@@ -3,9 +3,11 @@
 from __future__ import annotations
 
 import math
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 
 from vantrel.report.columns import LabelledTable, column_names
+from vantrel.report.design import Design
+from vantrel.report.shares import RISK
 
 
 @dataclass(frozen=True)
@@ -20,6 +22,8 @@ class Gaps:
         sampled: The same of the sample.
         chance: How probable such a difference is at most by chance, see :func:`chance_of`; None
             where a rate is.
+        by_design: Why the rates differ by more, if the sample's is one that the model is meant to
+            make; else None.
     """
 
     attribute: str
@@ -27,6 +31,7 @@ class Gaps:
     real: float | None
     sampled: float | None
     chance: float | None
+    by_design: str | None = None
 
     @property
     def difference(self) -> float | None:
@@ -35,15 +40,24 @@ class Gaps:
             return None
         return self.sampled - self.real
 
+    @property
+    def is_beyond_chance(self) -> bool:
+        """Whether chance makes such a difference less often than once in a hundred samples."""
+        return self.chance is not None and self.chance < RISK
 
-def compare_gaps(real: LabelledTable, sampled: LabelledTable, attribute: str) -> Gaps:
+
+def compare_gaps(design: Design, attribute: str) -> Gaps:
     """Compares the missing rates of an attribute."""
+    real, sampled = design.real, design.sampled
     rate, sampled_rate = (_rate(table, attribute) for table in (real, sampled))
+    found = Gaps(attribute, column_names(real, sampled, attribute), rate, sampled_rate, None)
     if rate is None or sampled_rate is None:
-        chance = None
-    else:
-        chance = chance_of(sampled_rate, rate, len(sampled))
-    return Gaps(attribute, column_names(real, sampled, attribute), rate, sampled_rate, chance)
+        return found
+    found = replace(found, chance=chance_of(sampled_rate, rate, len(sampled)))
+    meant, reason = design.gap(attribute, rate, sampled_rate)
+    if meant is None or chance_of(sampled_rate, meant, len(sampled)) < RISK:
+        return found
+    return replace(found, by_design=reason if found.is_beyond_chance else None)
 
 
 def _rate(table: LabelledTable, attribute: str) -> float | None:

@@ -16,7 +16,7 @@ from vantrel.report.names import MOST_NAMES, MOST_PLACES
 from vantrel.report.origin import origin
 from vantrel.report.reappearing import MOST_EXAMPLES
 from vantrel.report.shares import MOST_SHARES, Share, Shares
-from vantrel.report.verdicts import UNCHECKED_NAMES, is_beyond_chance, verdicts, why_not_compared
+from vantrel.report.verdicts import UNCHECKED_NAMES, verdicts, why_not_compared
 
 # More bars than these hide what they show; further values stand in a list that can be opened.
 MOST_BARS = 12
@@ -65,7 +65,6 @@ def render(figures: Figures, sources: Sources, record: SampleRecord | None) -> s
         bars=bars,
         scale=scale,
         ticks=ticks,
-        is_beyond_chance=is_beyond_chance,
         why_not_compared=why_not_compared,
         unchecked_names=UNCHECKED_NAMES,
         most_shares=MOST_SHARES,

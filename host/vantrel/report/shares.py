@@ -2,13 +2,14 @@
 
 from __future__ import annotations
 
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 
 import numpy as np
 import numpy.typing as npt
 import pandas as pd
 
-from vantrel.report.columns import LabelledTable, column_names, most_frequent
+from vantrel.report.columns import column_names, most_frequent
+from vantrel.report.design import CONDITIONS, EVEN_SPELLINGS, EVEN_TITLES, Design
 
 # A column that holds another value in every row must not make a page of as many lines.
 MOST_SHARES = 200
@@ -55,6 +56,7 @@ class Shares:
         shares: At most :data:`MOST_SHARES` values, those most frequent in either table first.
         distance: The total variation distance, or None where one side has no value.
         limit: What the distance stays within by chance, see :func:`chance_limit`.
+        by_design: Why the model is meant to make a greater distance, else None.
     """
 
     attribute: str
@@ -65,34 +67,66 @@ class Shares:
     shares: tuple[Share, ...]
     distance: float | None
     limit: float | None
+    by_design: str | None = None
 
     @property
     def is_by_chance(self) -> bool:
         """Whether the distance is one that chance explains."""
-        if self.distance is None or self.limit is None:
-            return False
-        return self.distance <= self.limit + _ROUNDING
+        return _is_within(self.distance, self.limit)
 
 
-def compare_shares(real: LabelledTable, sampled: LabelledTable, attribute: str) -> Shares:
+def compare_shares(design: Design, attribute: str) -> Shares:
     """Compares how frequent the values of an attribute are; missing ones do not count."""
-    real_values, sampled_values = (table.texts(attribute) for table in (real, sampled))
-    counts = pd.DataFrame({"real": _counts(real_values), "sampled": _counts(sampled_values)})
-    counts = counts.fillna(0).sort_index()
-    p, q = (_normalised(counts[side].to_numpy(dtype=float)) for side in ("real", "sampled"))
-    distance = limit = None
-    if p is not None and q is not None and sampled_values is not None:
-        distance, limit = total_variation(p, q), chance_limit(p, len(sampled_values))
-    return Shares(
+    real, sampled = design.real, design.sampled
+    real_values, sampled_values = real.texts(attribute), sampled.texts(attribute)
+    values, p, q = _distributions(real_values, sampled_values)
+    found = Shares(
         attribute,
         column_names(real, sampled, attribute),
         None if real_values is None else len(real_values),
         None if sampled_values is None else len(sampled_values),
-        len(counts),
-        _most_frequent_shares(counts.index, p, q),
-        distance,
-        limit,
+        len(values),
+        _most_frequent_shares(values, p, q),
+        *_distance(p, q, sampled_values),
     )
+    return found if found.is_by_chance else replace(found, by_design=_reason(found, design))
+
+
+def _reason(shares: Shares, design: Design) -> str | None:
+    if shares.distance is None:
+        return None
+    if shares.attribute == "title":
+        return EVEN_TITLES
+    if design.has_conditions:
+        return CONDITIONS
+    if shares.attribute != "gender":
+        return None
+    genders = [design.genders(each, "gender").dropna() for each in (design.real, design.sampled)]
+    _, p, q = _distributions(*genders)
+    return EVEN_SPELLINGS if _is_within(*_distance(p, q, genders[1])) else None
+
+
+def _distributions(
+    real: pd.Series | None, sampled: pd.Series | None
+) -> tuple[pd.Index, Floats | None, Floats | None]:
+    """The values of both in the order of the alphabet, and the share of each, if there are any."""
+    counts = pd.DataFrame({"real": _counts(real), "sampled": _counts(sampled)})
+    counts = counts.fillna(0).sort_index()
+    p, q = (_normalised(counts[side].to_numpy(dtype=float)) for side in ("real", "sampled"))
+    return counts.index, p, q
+
+
+def _distance(
+    p: Floats | None, q: Floats | None, sampled: pd.Series | None
+) -> tuple[float | None, float | None]:
+    """The distance, and what it stays within by chance."""
+    if p is None or q is None or sampled is None:
+        return None, None
+    return total_variation(p, q), chance_limit(p, len(sampled))
+
+
+def _is_within(distance: float | None, limit: float | None) -> bool:
+    return distance is not None and limit is not None and distance <= limit + _ROUNDING
 
 
 def _counts(values: pd.Series | None) -> pd.Series:

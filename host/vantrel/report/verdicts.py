@@ -10,7 +10,7 @@ from vantrel.report.figures import Figures
 from vantrel.report.gaps import Gaps
 from vantrel.report.origin import Origin
 from vantrel.report.repeats import Repeats
-from vantrel.report.shares import RISK, Shares
+from vantrel.report.shares import Shares
 from vantrel.report.wording import counted, distance, listed, percent, points, shown
 
 FINE = "fine"
@@ -69,11 +69,10 @@ def _of_shares(shares: Shares) -> Verdict:
     if shares.is_by_chance:
         words = f"As near as chance allows: {limit}"
         return Verdict(about, distance(shares.distance), FINE, words, "shares")
+    if shares.by_design:
+        return Verdict(about, distance(shares.distance), KNOWN, shares.by_design, "shares")
     words = f"Further apart than chance explains: {limit}"
-    if shares.attribute != "title":
-        return Verdict(about, distance(shares.distance), LOOK, words, "shares")
-    words = "Titles are drawn evenly from those that only the row's gender bears."
-    return Verdict(about, distance(shares.distance), KNOWN, words, "shares")
+    return Verdict(about, distance(shares.distance), LOOK, words, "shares")
 
 
 def why_not_compared(shares: Shares) -> str:
@@ -91,18 +90,19 @@ def _of_gaps(gaps: Sequence[Gaps]) -> list[Verdict]:
     if not compared:
         return []
     largest = max(compared, key=lambda each: abs(each.difference or 0))
-    beyond = [shown(each.column) for each in compared if is_beyond_chance(each)]
-    if beyond:
-        words = f"Further apart than chance explains in {listed(beyond)}."
-    else:
-        words = "No column's rate is further off than chance allows."
+    state, words = _of_beyond([each for each in compared if each.is_beyond_chance])
     figure = f"{points(abs(largest.difference or 0)).lstrip('+')} points"
-    return [Verdict("Missing values", figure, LOOK if beyond else FINE, words, "missing")]
+    return [Verdict("Missing values", figure, state, words, "missing")]
 
 
-def is_beyond_chance(gaps: Gaps) -> bool:
-    """Tells whether chance makes such a difference less often than once in a hundred samples."""
-    return gaps.chance is not None and gaps.chance < RISK
+def _of_beyond(beyond: Sequence[Gaps]) -> tuple[str, str]:
+    """Judges rates that are further off than chance allows."""
+    if not beyond:
+        return FINE, "No column's rate is further off than chance allows."
+    unexplained = [shown(each.column) for each in beyond if not each.by_design]
+    if unexplained:
+        return LOOK, f"Further apart than chance explains in {listed(unexplained)}."
+    return KNOWN, " ".join(dict.fromkeys(each.by_design or "" for each in beyond))
 
 
 def _of_repeats(repeats: Sequence[Repeats]) -> list[Verdict]:

@@ -1,0 +1,166 @@
+"""Which differences the report says to be by design."""
+
+from typing import Any
+
+import numpy as np
+import pandas as pd
+import pytest
+
+from support.report_tables import both
+from vantrel.fitting import fit
+from vantrel.report import design
+from vantrel.report.columns import LabelledTable
+from vantrel.report.design import Design
+from vantrel.report.figures import Figures, compare
+from vantrel.report.gaps import compare_gaps
+from vantrel.report.shares import compare_shares
+from vantrel.report.verdicts import FINE, KNOWN, LOOK, OPEN, verdicts
+from vantrel.sampling import Plan, sample_blocks
+
+COLUMNS = {"gender": "sex", "title": "title", "lastname": "last", "country": "land"}
+ROWS = 4000
+
+
+def table(**columns: dict[str | None, float]) -> pd.DataFrame:
+    """A table of such shares of values; the columns are independent."""
+    rng = np.random.default_rng(1)
+    return pd.DataFrame(
+        {
+            name: pd.Series(rng.permutation(np.repeat(np.array([*shares], object), counts(shares))))
+            for name, shares in columns.items()
+        }
+    )
+
+
+def counts(shares: dict[str | None, float]) -> list[int]:
+    return [round(share * ROWS) for share in shares.values()]
+
+
+def states(figures: Figures) -> dict[str, str]:
+    return {each.about: each.state for each in verdicts(figures, None)}
+
+
+def gap(real: pd.DataFrame, sampled: pd.DataFrame, attribute: str) -> str | None:
+    """Why the missing rate of an attribute is by design; it is never what chance explains."""
+    found = compare_gaps(Design(*both(real, sampled, COLUMNS)), attribute)
+    assert found.is_beyond_chance
+    return found.by_design
+
+
+PEOPLE = table(
+    sex={"female": 0.4, "male": 0.35, "M": 0.05, "nb": 0.05, "klingon": 0.05, None: 0.1},
+    title={"Mr": 0.4, "Mrs": 0.3, "Dr": 0.1, None: 0.2},
+    last={"Lee": 0.5, "Ray": 0.2, None: 0.3},
+    land={"Norway": 0.5, "Sweden": 0.47, None: 0.03},
+)
+SEX = {"female": 0.5, "male": 0.4, None: 0.1}
+
+
+@pytest.mark.parametrize("left_out", [(), ("sex",), ("sex", "title")])
+def test_a_sample_of_a_model_asks_for_no_look(left_out: tuple[str, ...]) -> None:
+    real = PEOPLE.drop(columns=list(left_out))
+    columns: Any = {attribute: name for attribute, name in COLUMNS.items() if name in real}
+    sampled = pd.concat(sample_blocks(fit(real, **columns), Plan(6000, 1)))
+    found = states(compare(*both(real, sampled, columns)))
+    assert LOOK not in found.values()
+    assert found["Missing values"] == KNOWN
+    assert found.get("Gender shares", KNOWN) == KNOWN
+
+
+def test_each_reason_of_a_gap_is_told() -> None:
+    sampled = PEOPLE.copy()
+    sampled.loc[~PEOPLE["sex"].isin(["female", "male", "M", "nb"])] = None
+    sampled.loc[PEOPLE["sex"] == "nb", "title"] = None
+    sampled["title"] = sampled["title"].mask(sampled["sex"].isin(["female", "male", "M"]), "Mr")
+    sampled["last"] = sampled["last"].mask(sampled["sex"].notna(), "Lee")
+    sampled["land"] = sampled["land"].mask(sampled["sex"].notna(), "Norway")
+    assert gap(PEOPLE, sampled, "gender") == design.UNCLEAR_GENDERS
+    assert gap(PEOPLE, sampled, "lastname") == design.UNLEARNT
+    assert gap(PEOPLE, sampled, "country") == design.BLANK_ROWS
+    real = PEOPLE.assign(title="Mr")  # no woman and nobody else has a title
+    sampled["title"] = real["title"].where(sampled["sex"].isin(["male", "M"]))
+    assert gap(real, sampled, "title") == design.NO_TITLES
+
+
+@pytest.mark.parametrize("attribute", COLUMNS)
+def test_gaps_that_no_model_makes_are_not_by_design(attribute: str) -> None:
+    real = table(sex=SEX, title={"Mr": 0.5, "Mrs": 0.5}, last={"Lee": 1}, land={"Norway": 1})
+    sampled = real.where(real["sex"].notna())
+    sampled.loc[: ROWS // 2, COLUMNS[attribute]] = None
+    assert gap(real, sampled, attribute) is None
+    found = compare(*both(real, sampled, COLUMNS))
+    assert states(found)["Missing values"] == LOOK
+
+
+def test_a_country_that_was_missing_more_often_than_gender_stays_so() -> None:
+    real = table(sex=SEX, land={"Norway": 0.7, None: 0.3})
+    blank = real.assign(land=real["land"].fillna("Norway")).where(real["sex"].notna())
+    assert gap(real, blank, "country") is None
+
+
+def test_gaps_are_not_by_design_where_the_real_genders_are_not_known() -> None:
+    real = LabelledTable(PEOPLE.drop(columns="sex"), COLUMNS)
+    sampled = PEOPLE.assign(last=None)
+    found = compare_gaps(Design(real, LabelledTable(sampled, COLUMNS)), "lastname")
+    assert (found.is_beyond_chance, found.by_design) == (True, None)
+
+
+def test_spellings_of_a_gender_are_drawn_evenly() -> None:
+    real = table(sex={"female": 0.45, "male": 0.45, "M": 0.05, "klingon": 0.05})
+    drawn = table(sex={"female": 0.474, "male": 0.263, "M": 0.263})
+    found = compare_shares(Design(*both(real, drawn, COLUMNS)), "gender")
+    assert (found.is_by_chance, found.by_design) == (False, design.EVEN_SPELLINGS)
+
+
+def test_shares_of_genders_that_are_not_kept_are_not_by_design() -> None:
+    real = table(sex={"female": 0.5, "male": 0.45, "M": 0.05})
+    drawn = table(sex={"female": 0.6, "male": 0.2, "M": 0.2})
+    figures = compare(*both(real, drawn, COLUMNS))
+    assert figures.shares[0].by_design is None
+    assert states(figures)["Gender shares"] == LOOK
+
+
+def test_a_gender_that_was_sampled_is_understood() -> None:
+    real = table(sex={"female": 0.5, "male": 0.3, "klingon": 0.1, "vulcan": 0.1})
+    drawn = table(sex={"female": 0.5 / 0.9, "male": 0.3 / 0.9, "klingon": 0.1 / 0.9})
+    sides = both(real, drawn, COLUMNS)
+    genders = Design(*sides).genders(sides[0], "gender")
+    assert genders.value_counts(normalize=True, dropna=False).to_dict() == pytest.approx(
+        {"F": 0.5, "M": 0.3, "klingon": 0.1, np.nan: 0.1}, nan_ok=True
+    )
+
+
+def test_what_was_given_as_conditions_is_by_design() -> None:
+    real = table(sex=SEX, last={"Lee": 1}, land={"Norway": 1})
+    given = table(sex={"female": 0.2, "male": 0.4, None: 0.4}, land={"Chad": 0.3, None: 0.7})
+    given["last"] = pd.Series("Ray", given.index).where(given["sex"].notna())
+    figures = compare(*both(real, given, COLUMNS), has_conditions=True)
+    assert [each.by_design for each in figures.shares] == [design.CONDITIONS] * 2
+    assert [(each.attribute, each.by_design) for each in figures.gaps] == [
+        ("gender", design.CONDITIONS),
+        ("lastname", design.UNLEARNT),
+        ("country", design.CONDITIONS),
+    ]
+    found = states(figures)
+    assert found == {
+        "Gender shares": KNOWN,
+        "Country shares": KNOWN,
+        "Missing values": KNOWN,
+        "Repeated rows": OPEN,
+        "How it was made": OPEN,
+    }
+    assert states(compare(*both(real, given, COLUMNS)))["Gender shares"] == LOOK
+
+
+def test_names_that_are_missing_more_often_than_given_genders_are_not_by_design() -> None:
+    real = table(sex=SEX, last={"Lee": 1})
+    given = table(sex={"female": 0.6, "male": 0.4}, last={"Ray": 0.5, None: 0.5})
+    figures = compare(*both(real, given, COLUMNS), has_conditions=True)
+    assert states(figures)["Missing values"] == LOOK
+
+
+def test_equal_tables_need_no_reason() -> None:
+    figures = compare(*both(PEOPLE, PEOPLE, COLUMNS), has_conditions=True)
+    assert {each.by_design for each in figures.shares} == {None}
+    assert {each.by_design for each in figures.gaps} == {None}
+    assert states(figures)["Missing values"] == FINE
