@@ -32,7 +32,9 @@ _GENDER_KEYS = ("F", "M", "NB", "A")
 _LEARNT = ("gender", "title", "country")
 _LONGEST_NAME = 1_000
 _LONGEST_TEMPLATE = 1_000
+_LONGEST_CATEGORY = 1_000
 _LONGEST_PLACE = 200
+_MOST_PLACES = 2_000  # a generator of names is made for each
 _LONGEST_PASSWORD = 4_096
 
 
@@ -67,6 +69,11 @@ def _pattern(value: Any, where: str) -> None:
 
 def _places(value: Any, where: str) -> None:
     list_of(text(_LONGEST_PLACE))(value, where)
+    if len(value) > _MOST_PLACES:
+        raise ShapeError(
+            f"{where} has {len(value):,} places, more than {_MOST_PLACES:,}: write each country in"
+            " one way."
+        )
     try:
         refuse_unknown(value)
     except ValueError as error:
@@ -98,7 +105,9 @@ def _gender_shares(value: Any, where: str) -> None:
 
 
 _COLUMN = {"name": text(), "nan_freq": or_null(number(most=1))}
-_TEXTS = record({**_COLUMN, "type": one_of("string"), "categories": list_of(text())})
+_TEXTS = record(
+    {**_COLUMN, "type": one_of("string"), "categories": list_of(text(_LONGEST_CATEGORY))}
+)
 _COUNTRIES = record({**_COLUMN, "type": one_of("nominal"), "categories": _places})
 
 

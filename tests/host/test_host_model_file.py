@@ -124,6 +124,26 @@ def test_a_pattern_that_would_be_refused_is_not_saved(people: pd.DataFrame, tmp_
     )
 
 
+def test_countries_in_more_than_2_000_spellings_are_not_saved(
+    people: pd.DataFrame, tmp_path: Path
+) -> None:
+    spellings = [" " * (i // 100) + "GB" + " " * (i % 100) for i in range(2_001)]
+    countries = pd.concat([people, pd.DataFrame({"land": spellings})], ignore_index=True)
+    model = PersonModel(meta=Person("person", LABELS)).fit(countries)
+    assert unsaved(model, tmp_path) == (
+        "model.hidden_model_country.meta.categories has 2,003 places, more than 2,000: write each"
+        " country in one way."
+    )
+
+
+def test_a_long_title_is_not_saved(people: pd.DataFrame, tmp_path: Path) -> None:
+    people.loc[0, "title"] = "Mrs" + "s" * 1_000
+    model = PersonModel(meta=Person("person", LABELS)).fit(people)
+    assert unsaved(model, tmp_path) == (
+        "model.meta.children.title.categories[0] has 1,003 characters, more than 1,000."
+    )
+
+
 def test_a_model_that_is_too_large_is_not_saved(
     model: PersonModel, tmp_path: Path, monkeypatch: pytest.MonkeyPatch
 ) -> None:

@@ -272,6 +272,10 @@ def test_a_wrong_value(path: Path, where: list[str | int], value: object, messag
     [
         ([*CHILD, "categories"], ["GB", 5], "categories[1] is 5, not a text."),
         ([*CHILD, "categories"], ["G" * 201], "categories[0] has 201 characters, more than 200."),
+        ([*CHILD, "categories"], ["GB"] * 2_001, "categories has 2,001 places, more than 2,000:"
+         " write each country in one way."),
+        (["model", "meta", "children", "title", "categories"], ["Mr", "M" * 1_001], "categories[1]"
+         " has 1,001 characters, more than 1,000."),
         ([*CHILD, "categories"], ["Narnia"], "categories: 'Narnia' is neither a country nor a"
          " locale. Write a country as its ISO code, its English name or its name in its own language,"
          " a locale as 'en_GB'."),
