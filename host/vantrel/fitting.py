@@ -171,23 +171,30 @@ def separator_hint(df: pd.DataFrame) -> str:
     return ""
 
 
-def check_countries(df: pd.DataFrame, columns: dict[str, str], advice: str = "") -> None:
+def check_countries(
+    df: pd.DataFrame, columns: dict[str, str], way_out: str = "leave the column out"
+) -> None:
     """Makes sure that every country is known, where there is a column of them.
 
     Args:
         df: The table.
         columns: The column of each attribute.
-        advice: What else the user may do, with a leading blank.
+        way_out: What the user may do instead of correcting the cells.
 
     Raises:
-        FittingError: Some are not; all of them are named.
+        FittingError: Some are not; all of them are named, with the number of their rows.
     """
-    from vantrel.util.locale.locale import refuse_unknown
+    from vantrel.util.locale.locale import refuse_unknown, unknown_places
 
     if "country" not in columns:
         return
     column = columns["country"]
+    places = df[column].dropna().unique()
     try:
-        refuse_unknown(df[column].dropna().unique())
+        refuse_unknown(places)
     except ValueError as error:
-        raise FittingError(f"Column {column!r}: {error}{advice}") from error
+        rows = int(df[column].isin(unknown_places(places)).sum())
+        raise FittingError(
+            f"Column {column!r}: {error} Such rows: {rows:,} of {len(df):,}. Correct or empty these"
+            f" cells, or {way_out}."
+        ) from error

@@ -272,11 +272,15 @@ def test_a_table_with_another_separator(separator: str, hint: str) -> None:
     assert fail(FIT, 1).endswith(hint)
 
 
-def test_an_unknown_country_names_the_nearest() -> None:
-    Path("people.csv").write_text("sex,land\nm,Germny\n")
-    assert fail(f"{FIT} --column country=land", 1).startswith(
-        "Column 'land': 'Germny' is neither a country nor a locale. Did you mean 'Germany'"
+def test_unknown_countries_name_the_nearest_and_their_rows() -> None:
+    Path("people.csv").write_text("sex,land\nm,Germny\nm,FR\nf,\nf,Germny\nf,Narnia\n")
+    assert fail(f"{FIT} --column country=land", 1) == (
+        "Column 'land': These are neither countries nor locales: 'Germny' (did you mean 'Germany'?),"
+        " 'Narnia'. Write a country as its ISO code, its English name or its name in its own"
+        " language, a locale as 'en_GB'. Such rows: 3 of 5. Correct or empty these cells, or leave"
+        " the column out: --ignore in place of --column."
     )
+    succeed(f"{FIT} --ignore land")
 
 
 @pytest.mark.parametrize(

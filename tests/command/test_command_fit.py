@@ -187,7 +187,8 @@ def test_an_unknown_country_in_a_column_that_was_found() -> None:
     assert fail(FIT, 1) == (
         "Column 'land': 'Germny' is neither a country nor a locale. Did you mean 'Germany'? Write a"
         " country as its ISO code, its English name or its name in its own language, a locale as"
-        " 'en_GB'. Or leave the column out with --ignore."
+        " 'en_GB'. Such rows: 1 of 2. Correct or empty these cells, or leave the column out with"
+        " --ignore."
     )
     succeed(f"{FIT} --ignore land")
 

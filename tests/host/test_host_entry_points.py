@@ -116,8 +116,10 @@ def test_unknown_countries_are_named(people: pd.DataFrame) -> None:
     people.loc[0, "land"] = "Grmany"
     with pytest.raises(FittingError) as caught:
         vantrel.fit(people, country="land")
-    assert str(caught.value).startswith(
-        "Column 'land': 'Grmany' is neither a country nor a locale."
+    assert str(caught.value) == (
+        "Column 'land': 'Grmany' is neither a country nor a locale. Did you mean 'Germany'? Write a"
+        " country as its ISO code, its English name or its name in its own language, a locale as"
+        " 'en_GB'. Such rows: 1 of 10. Correct or empty these cells, or leave the column out."
     )
 
 

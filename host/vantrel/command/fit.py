@@ -115,8 +115,8 @@ def fit(
         found = Detection([], [])
         if not no_detect:
             found = find_columns(df, table, config, columns, ignored)
-        check_countries(df, columns)
-        check_countries(df, found.columns, advice=" Or leave the column out with --ignore.")
+        check_countries(df, columns, "leave the column out: --ignore in place of --column")
+        check_countries(df, found.columns, "leave the column out with --ignore")
         # Fitting does not look at locales: an unknown one would be found on sampling only.
         get_country_to_provder_map(locales, Provider.PERSON)
         meta = make_person({**columns, **found.columns}, generated, locales)
