@@ -11,6 +11,7 @@ import pandas as pd
 import pytest
 
 from support.command import fail, run, separator_hint, succeed
+from vantrel.model_file import load
 from vantrel.tables import read_table, write_table
 
 ATTRIBUTES = (
@@ -140,7 +141,8 @@ def test_notes_tell_what_samples_will_not_have() -> None:
     result = succeed(f"{FIT} --column title=t")
     assert result.stderr.splitlines() == [
         "vantrel: note: Column 'sex' has values that are not understood as genders and count as"
-        " missing: 'zz' (2), 'yy' (1).",
+        " missing: 'zz' (2), 'yy' (1). These are 50.0% of the rows, which samples leave blank;"
+        " patterns in --config make them understood.",
         "vantrel: note: Column 't' has titles that will never be sampled, as they tell none of the"
         " learnt genders: 'Dr' (2), 'Mx' (1), 'Qq' (1).",
         "vantrel: note: These columns are not labelled and are left out: 'class'.",
@@ -159,7 +161,29 @@ def test_titles_that_tell_the_gender_are_all_sampled() -> None:
 
 def test_notes_show_a_few_values() -> None:
     Path("people.csv").write_text("sex\nm\n" + "".join(f"z{i}\n" for i in range(7)))
-    assert succeed(FIT).stderr.endswith(" (1) and 2 more.\n")
+    assert " (1) and 2 more. These are 87.5% of the rows," in succeed(FIT).stderr
+
+
+def test_titles_that_are_not_understood_are_told_with_their_share() -> None:
+    Path("people.csv").write_text("t\nMr\nMrs\nFirma\nFamilie\nFirma\nDr\n\n\n")
+    assert succeed("fit people.csv -o m.json --column title=t").stderr == (
+        "vantrel: note: Column 't' has values that are not understood as titles and count as"
+        " missing: 'Firma' (2), 'Familie' (1). These are 37.5% of the rows, which samples leave"
+        " blank; patterns in --config make them understood.\n"
+    )
+    assert load(Path("m.json")).hidden_model_gender.meta.nan_freq == 5 / 8
+
+
+def test_titles_that_are_named_as_genders_are_told_to_be_titles() -> None:
+    Path("people.csv").write_text("Die Anrede\nHerr\nFrau\nFrau\nHerr\n")
+    line = "fit people.csv -o m.json --force --column"
+    assert succeed(f"{line} 'gender=Die Anrede'").stderr == (
+        "vantrel: note: Column 'Die Anrede' has values that are not understood as genders and count"
+        " as missing: 'Herr' (2). These are 50.0% of the rows, which samples leave blank; patterns"
+        " in --config make them understood. They look like titles: add --column 'title=Die Anrede'"
+        " in place of --column for gender.\n"
+    )
+    assert succeed(f"{line} 'title=Die Anrede'").stderr == ""
 
 
 def test_a_locale_is_kept_and_used() -> None:

@@ -2,8 +2,12 @@
 
 from __future__ import annotations
 
+import shlex
 from collections.abc import Iterator
 from typing import TYPE_CHECKING
+
+from vantrel.command.console import percent
+from vantrel.command.titles import titles_by_gender
 
 if TYPE_CHECKING:
     import pandas as pd
@@ -32,20 +36,49 @@ def notes(model: PersonModel, df: pd.DataFrame, *, located: bool) -> list[str]:
 
 def _of_genders(model: PersonModel, df: pd.DataFrame) -> Iterator[str]:
     column = model.labels.gender
-    if column and (unclear := _not_understood(model, df[column])):
-        yield (
-            f"Column {column!r} has values that are not understood as genders and count as"
-            f" missing: {unclear}."
-        )
+    if not column:
+        return
+    genders = df[column].dropna()
+    unclear = genders[~genders.isin(_values(_genders_by_key(model)))]
+    if len(unclear):
+        yield f"{_not_understood(column, 'genders', unclear, df)}{_title_advice(model, df[column])}"
+
+
+def _title_advice(model: PersonModel, genders: pd.Series) -> str:
+    from vantrel.detect.values import Values
+
+    values = Values(genders, model.config)
+    if values.agreement("title") <= values.agreement("gender"):
+        return ""
+    option = shlex.quote(f"title={model.labels.gender}")
+    return f" They look like titles: add --column {option} in place of --column for gender."
 
 
 def _of_titles(model: PersonModel, df: pd.DataFrame) -> Iterator[str]:
     column = model.labels.title
-    if column and model.labels.gender and (never := _never_sampled(model, df[column])):
-        yield (
-            f"Column {column!r} has titles that will never be sampled, as they tell none of the"
-            f" learnt genders: {never}."
-        )
+    if not column:
+        return
+    titles = df[column].dropna()
+    by_key = titles_by_gender(model)
+    if model.labels.gender:
+        learnt = model.hidden_model_gender._probabilities or {}
+        drawn = _values({key: values for key, values in by_key.items() if key in learnt})
+        if len(never := titles[~titles.isin(drawn)]):
+            yield (
+                f"Column {column!r} has titles that will never be sampled, as they tell none of the"
+                f" learnt genders: {_counted(never)}."
+            )
+    elif len(unclear := titles[~titles.isin(_values(by_key))]):
+        yield _not_understood(column, "titles", unclear, df)
+
+
+def _not_understood(column: str, what: str, unclear: pd.Series, df: pd.DataFrame) -> str:
+    share = percent(len(unclear) / len(df))
+    return (
+        f"Column {column!r} has values that are not understood as {what} and count as missing:"
+        f" {_counted(unclear)}. These are {share} of the rows, which samples leave blank; patterns"
+        " in --config make them understood."
+    )
 
 
 def _of_places(model: PersonModel) -> Iterator[str]:
@@ -63,24 +96,19 @@ def _of_the_rest(model: PersonModel, df: pd.DataFrame) -> Iterator[str]:
         yield f"These columns are not labelled and are left out: {', '.join(map(repr, left_out))}."
 
 
-def _not_understood(model: PersonModel, genders: pd.Series) -> str:
+def _genders_by_key(model: PersonModel) -> dict[str, list[str]]:
     from vantrel.model.models.person import GenderModel
 
     assert isinstance(model.hidden_model_gender, GenderModel)
-    known = {v for values in model.hidden_model_gender.collections.values() for v in values}
-    return _counted(genders[~genders.isin(known)])
+    return model.hidden_model_gender.collections
 
 
-def _never_sampled(model: PersonModel, titles: pd.Series) -> str:
-    from vantrel.command.titles import titles_by_gender
-
-    learnt = model.hidden_model_gender._probabilities or {}
-    drawn = {v for key, values in titles_by_gender(model).items() if key in learnt for v in values}
-    return _counted(titles[~titles.isin(drawn)])
+def _values(by_key: dict[str, list[str]]) -> set[str]:
+    return {value for values in by_key.values() for value in values}
 
 
 def _counted(values: pd.Series) -> str:
-    counts = values.dropna().value_counts()
+    counts = values.value_counts()
     shown = ", ".join(f"{value!r} ({n})" for value, n in counts.head(_MOST_SHOWN).items())
     more = len(counts) - _MOST_SHOWN
     return f"{shown} and {more} more" if more > 0 else shown
