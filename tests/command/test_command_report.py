@@ -226,6 +226,27 @@ def test_a_table_is_never_overwritten(table: str) -> None:
     assert fail(line, 2) == f"{table} is the file to read: write to another one."
 
 
+@pytest.mark.parametrize("other", ["people.csv", "./people.csv"])
+def test_a_table_is_not_compared_with_itself(other: str) -> None:
+    assert fail(f"report people.csv {other} -o report.html", 2) == (
+        "people.csv and people.csv are the same file: name the real table, then a sample of it."
+    )
+
+
+@pytest.mark.usefixtures("recorded")
+def test_a_sample_does_not_come_first() -> None:
+    assert fail("report made-up.csv people.csv -o report.html", 2) == (
+        "made-up.csv is a sample, as its record says: the real table comes first."
+    )
+
+
+@pytest.mark.usefixtures("recorded")
+def test_a_sample_of_a_sample_is_compared() -> None:
+    succeed("fit made-up.csv -o m.json --force")
+    succeed("sample m.json -n 100 --seed 7 -o again.csv")
+    succeed("report made-up.csv again.csv -o report.html")
+
+
 @pytest.mark.usefixtures("made_up")
 def test_a_report_is_not_written_to_standard_output() -> None:
     assert fail("report people.csv made-up.csv -o -", 2) == (

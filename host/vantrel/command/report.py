@@ -11,6 +11,7 @@ import click
 from vantrel.command.labels import columns_by_attribute
 from vantrel.command.output import STANDARD_OUTPUT, force_option, refuse_overwriting
 from vantrel.command.terse import reporting
+from vantrel.files import same_file
 from vantrel.fitting import separator_hint, suggestion
 
 if TYPE_CHECKING:
@@ -59,17 +60,20 @@ def report(table: Path, sampled: Path, output: Path, columns: dict[str, str], fo
     if output == STANDARD_OUTPUT:
         raise click.UsageError("A report is not written to standard output: name a file for -o.")
     refuse_overwriting(output, table, sampled, force=force)
+    if same_file(table, sampled):
+        raise click.UsageError(
+            f"{table} and {sampled} are the same file: name the real table, then a sample of it."
+        )
 
     # These take a second to import; help and usage errors need not wait for them.
     from vantrel.files import replacing
-    from vantrel.record import read_record
     from vantrel.report.figures import compare
     from vantrel.report.labelling import label
     from vantrel.report.page import Sources, render
     from vantrel.tables import read_table
 
     with reporting():
-        record = read_record(sampled)
+        record = _record(table, sampled)
         real, people = read_table(table), read_table(sampled)
         _check_columns(columns, real, people, (table, sampled))
         labelled = label(real, people, columns, _recorded(record, columns))
@@ -83,6 +87,23 @@ def report(table: Path, sampled: Path, output: Path, columns: dict[str, str], fo
         with replacing(output) as file:
             file.write(page)
     click.echo(f"{_summary(figures)}; wrote {output}.")
+
+
+def _record(table: Path, sampled: Path) -> SampleRecord | None:
+    """Reads how the sample was made, if that is recorded.
+
+    Raises:
+        click.UsageError: It is the other table whose record is there.
+        RecordError: A record cannot be used.
+    """
+    from vantrel.record import read_record
+
+    record = read_record(sampled)
+    if record is None and read_record(table):
+        raise click.UsageError(
+            f"{table} is a sample, as its record says: the real table comes first."
+        )
+    return record
 
 
 def _recorded(record: SampleRecord | None, given: Mapping[str, str]) -> dict[str, str]:
