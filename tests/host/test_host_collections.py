@@ -50,6 +50,18 @@ def test_a_series_with_missing_values_is_sorted() -> None:
     assert collections_from_mapping(pd.Series(["f", None, "m"]), MAPPING, "A")["M"] == ["m"]
 
 
+@pytest.mark.parametrize("dtype", ["object", "str", "string", "category"])
+def test_a_series_is_sorted_as_the_list_of_its_elements(dtype: str) -> None:
+    values = pd.Series(["m", "f", None, "dr", "m", "nothing", "F", None, "f"], dtype=dtype)
+    mapping = {**MAPPING, "N": "^n"}
+    found = collections_from_mapping(values, mapping, "A")
+    expected = collections_from_mapping(list(values), mapping, "A")
+    assert repr(found) == repr(expected)
+    assert {type(value) for values in found.values() for value in values} == {
+        type(value) for values in expected.values() for value in values
+    }
+
+
 def test_a_pattern_of_none_matches_nothing() -> None:
     assert collections_from_mapping(["f"], {"F": "f", "M": None}, "A") == {
         "F": ["f"],

@@ -4,6 +4,8 @@ import re
 from collections.abc import Iterable, Mapping
 from typing import Any
 
+import pandas as pd
+
 
 def collections_from_mapping(
     seq: Iterable[Any], mapping: Mapping[str, str | None], ambiguous_key: str
@@ -32,8 +34,15 @@ def collections_from_mapping(
         if pattern is not None
     }
     collections: dict[str, list[Any]] = {key: [] for key in [*mapping, ambiguous_key]}
-    for value in dict.fromkeys(seq):
+    for value in _distinct(seq):
         matching = [key for key, search in searches.items() if search(str(value))]
         if matching:
             collections[matching[0] if len(matching) == 1 else ambiguous_key].append(value)
     return collections
+
+
+def _distinct(seq: Iterable[Any]) -> Iterable[Any]:
+    """The values in the order of first appearance, without repeats."""
+    if isinstance(seq, pd.Series) and isinstance(seq.dtype, pd.StringDtype):
+        return seq.unique()  # pandas makes a Python object of each element only to iterate
+    return dict.fromkeys(seq)
