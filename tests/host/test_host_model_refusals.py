@@ -121,6 +121,21 @@ def test_a_key_that_comes_twice_at_the_top(path: Path) -> None:
     assert refusal(path) == f"cannot be used: it has the key 'format' twice.{REMEDY}"
 
 
+def test_a_key_that_comes_twice_in_an_object_whose_key_does(path: Path) -> None:
+    text = path.read_text()
+    path.write_text(text.replace('"config": {', '"config": {"a": 1, "a": 2}, "config": {', 1))
+    assert refusal(path) == f"cannot be used: model has the key 'config' twice.{REMEDY}"
+
+
+def test_more_objects_and_lists_than_memory_is_spent_on(path: Path) -> None:
+    text = path.read_text()
+    brackets = "[" * (500_000 - text.count("{") - text.count("["))
+    path.write_text(text.replace('"name": "person"', f'"name": "{brackets}"', 1))
+    assert load(path).name == brackets
+    path.write_text(text.replace('"name": "person"', f'"name": "{brackets}{{"', 1))
+    assert refusal(path) == f"cannot be used: it has more than 500,000 objects and lists.{REMEDY}"
+
+
 def test_half_a_character(path: Path) -> None:
     assert edited(path, lambda form: form["model"]["meta"].update(name="\ud800")) == (
         f"cannot be used: model.meta.name holds half a character, U+D800.{REMEDY}"

@@ -2,9 +2,11 @@
 
 import json
 import math
+from collections import Counter
 from typing import Any
 
 DEEPEST = 20
+MOST_HOLDERS = 500_000
 MOST_DIGITS = 18
 
 
@@ -12,25 +14,22 @@ class UnsoundJsonError(ValueError):
     """A text is JSON, but holds something that no one can mean; the message says where."""
 
 
-class _Doubled(dict[str, Any]):
-    """An object that has a key twice."""
-
-    def __init__(self, pairs: list[tuple[str, Any]], key: str) -> None:
-        super().__init__(pairs)
-        self.key = key
-
-
 def parse(text: str) -> Any:
     """Parses JSON.
 
     Raises:
         UnsoundJsonError: A key comes twice in an object, a number is infinite, not a number or has
-            more than 18 digits, a text holds half a character, or it is nested more than 20 deep.
+            more than 18 digits, a text holds half a character, it is nested more than 20 deep, or
+            there are more than 500,000 objects and lists.
         RecursionError: It is nested so deep that it cannot even be read.
         ValueError: It is no JSON.
     """
-    value = json.loads(text, object_pairs_hook=_object, parse_int=_integer)
-    _check(value, "", DEEPEST)
+    # An object or a list takes much more memory than its brackets do. Brackets in texts count, too.
+    if text.count("{") + text.count("[") > MOST_HOLDERS:
+        raise UnsoundJsonError(f"it has more than {MOST_HOLDERS:,} objects and lists.")
+    objects = _Objects()
+    value = json.loads(text, object_pairs_hook=objects.take, parse_int=_integer)
+    _check(value, "", DEEPEST, objects)
     return value
 
 
@@ -50,23 +49,30 @@ def shown(value: object) -> str:
     return text if len(text) <= 60 else f"{text[:56]} ..."
 
 
-def _object(pairs: list[tuple[str, Any]]) -> dict[str, Any]:
-    members = dict(pairs)
-    if len(members) == len(pairs):
+class _Objects:
+    """Makes the objects and keeps the last one that has a key twice.
+
+    The last one is not lost in another: what lies in an object is made before it.
+    """
+
+    def __init__(self) -> None:
+        self.doubled: dict[str, Any] | None = None
+        self.key = ""
+
+    def take(self, pairs: list[tuple[str, Any]]) -> dict[str, Any]:
+        members = dict(pairs)
+        if len(members) < len(pairs):
+            self.doubled = members
+            times = Counter(key for key, _ in pairs)
+            self.key = next(key for key, number in times.items() if number > 1)
         return members
-    seen: set[str] = set()
-    for key, _ in pairs:
-        if key in seen:
-            break
-        seen.add(key)
-    return _Doubled(pairs, key)
 
 
 def _integer(digits: str) -> int | float:
     return int(digits) if len(digits) <= MOST_DIGITS else math.inf
 
 
-def _check(value: Any, where: str, depth: int) -> None:
+def _check(value: Any, where: str, depth: int, objects: _Objects) -> None:
     name = where or "it"
     if isinstance(value, str):
         _check_characters(value, name)
@@ -77,13 +83,13 @@ def _check(value: Any, where: str, depth: int) -> None:
         raise UnsoundJsonError(f"{name} is nested more than {DEEPEST} deep.")
     elif isinstance(value, list):
         for i, item in enumerate(value):
-            _check(item, inside(where, i), depth - 1)
+            _check(item, inside(where, i), depth - 1, objects)
     elif isinstance(value, dict):
-        if isinstance(value, _Doubled):
-            raise UnsoundJsonError(f"{name} has the key {shown(value.key)} twice.")
+        if value is objects.doubled:
+            raise UnsoundJsonError(f"{name} has the key {shown(objects.key)} twice.")
         for key, item in value.items():
             _check_characters(key, f"a key of {name}")
-            _check(item, inside(where, key), depth - 1)
+            _check(item, inside(where, key), depth - 1, objects)
 
 
 def _check_characters(text: str, name: str) -> None:
