@@ -164,6 +164,18 @@ def test_notes_show_a_few_values() -> None:
     assert " (1) and 2 more. These are 87.5% of the rows," in succeed(FIT).stderr
 
 
+def test_spellings_of_one_gender_are_told_to_be_equally_frequent() -> None:
+    Path("people.csv").write_text("sex\n" + "male\n" * 8 + "M\nf\nF\nx\n")
+    assert succeed(FIT).stderr == (
+        "vantrel: note: Column 'sex' writes one gender in several ways, which samples have equally"
+        " often among that gender: 'f', 'F'; 'male', 'M'. Write each gender in one way to have only"
+        " that.\n"
+    )
+    succeed("sample m.json -n 2000 --seed 1 -o out.csv")
+    shares = read_table(Path("out.csv"))["sex"].value_counts(normalize=True)
+    assert shares["male"] == pytest.approx(shares["M"], abs=0.05)
+
+
 def test_titles_that_are_not_understood_are_told_with_their_share() -> None:
     Path("people.csv").write_text("t\nMr\nMrs\nFirma\nFamilie\nFirma\nDr\n\n\n")
     assert succeed("fit people.csv -o m.json --column title=t").stderr == (

@@ -86,6 +86,39 @@ def test_settings_that_are_not_the_default() -> None:
     )
 
 
+def test_values_that_are_not_understood_are_shown() -> None:
+    Path("people.csv").write_text("sex,t\nm,Mr\nf,X-files\nf,Firma\nnone,Mrs\n")
+    fit("--column title=t")
+    lines = succeed("show m.json").stdout.partition("\nGenders\n")[2].splitlines()
+    assert lines[:4] == [
+        "Key             Share  Values of 'sex'  Titles of 't'",
+        "F (female)      66.7%  f                Mrs",
+        "M (male)        33.3%  m                Mr",
+        "not understood  -      none             X-files, Firma",
+    ]
+    fit("--no-detect --column title=t --force")
+    lines = succeed("show m.json").stdout.partition("\nGenders\n")[2].splitlines()
+    assert lines[3] == "not understood  -      X-files, Firma"
+
+
+def test_all_that_a_model_file_keeps_of_columns_is_shown() -> None:
+    Path("people.csv").write_text("sex,t,land\nm,Mr,DE\nf,X-files,FR\nQuark,Dr,GB\n,Mx,AT\n")
+    fit("--column title=t")
+    shown = succeed("show m.json").stdout
+    children = json.loads(Path("m.json").read_text())["model"]["meta"]["children"]
+    kept = [value for child in children.values() for value in child["categories"]]
+    assert {"X-files", "Quark", "Dr", "AT"} <= set(kept)
+    assert all(re.search(rf"(?<!\w){value}(?!\w)", shown) for value in kept)
+
+
+def test_spellings_of_one_gender_are_told_to_be_drawn_evenly() -> None:
+    Path("people.csv").write_text("sex\nm\nM\nf\n")
+    fit("")
+    assert "learnt: drawn by its shares, the spellings of one gender evenly\n" in (
+        succeed("show m.json").stdout
+    )
+
+
 def test_genders_learnt_from_titles() -> None:
     fit("--no-detect --column title=t")
     lines = succeed("show m.json").stdout.partition("\nGenders\n")[2].splitlines()

@@ -3,14 +3,15 @@
 from __future__ import annotations
 
 import json
-from collections.abc import Sequence
+from collections.abc import Iterator, Sequence
 from dataclasses import fields
 from pathlib import Path
 from typing import TYPE_CHECKING
 
 from vantrel.command.console import heading, percent, table
-from vantrel.command.titles import titles_by_gender
+from vantrel.command.learnt import genders_by_gender, titles_by_gender, values_of
 from vantrel.config import PersonModelConfig
+from vantrel.metadata.value import String
 from vantrel.model.models.person import GenderModel
 from vantrel.util.locale.locale import locale_of
 
@@ -90,6 +91,8 @@ def _columns(model: PersonModel) -> Sequence[tuple[str, ...]]:
         "home_number": digits.format(config.home_number_format),
         "work_number": digits.format(config.work_number_format),
     }
+    if model.labels.gender and any(len(ways) > 1 for ways in genders_by_gender(model).values()):
+        made["gender"] += ", the spellings of one gender evenly"
     return [(attribute, column, made[attribute]) for attribute, column in model.params.items()]
 
 
@@ -101,21 +104,31 @@ def _sources(model: PersonModel) -> list[str]:
 
 
 def _genders(model: PersonModel) -> Sequence[tuple[str, ...]]:
-    hidden = model.hidden_model_gender
-    shares = hidden._probabilities or {}
-    learnt = []
-    if model.labels.gender:
-        assert isinstance(hidden, GenderModel)
-        learnt.append(hidden.collections)
-    if model.labels.title:
-        learnt.append(titles_by_gender(model))
+    shares = model.hidden_model_gender._probabilities or {}
+    learnt = {}
+    if gender := model.labels.gender:
+        learnt[gender] = genders_by_gender(model)
+    if title := model.labels.title:
+        learnt[title] = titles_by_gender(model)
     rows = []
     for key, name in _KEYS.items():
-        values = [", ".join(collections.get(key, [])) for collections in learnt]
+        values = [", ".join(by_gender.get(key, [])) for by_gender in learnt.values()]
         if key in shares or any(values):
             share = percent(shares[key]) if key in shares else _NONE
             rows.append((f"{key} ({name})", share, *(each or _NONE for each in values)))
+    unclear = [", ".join(_not_understood(model, *each)) for each in learnt.items()]
+    if any(unclear):
+        rows.append(("not understood", _NONE, *(each or _NONE for each in unclear)))
     return rows
+
+
+def _not_understood(
+    model: PersonModel, column: str, by_gender: dict[str, list[str]]
+) -> Iterator[str]:
+    meta = model.meta[column]
+    assert isinstance(meta, String)
+    known = values_of(by_gender)
+    return (value for value in meta.categories if value not in known)
 
 
 def _places(model: PersonModel) -> Sequence[tuple[str, ...]]:

@@ -7,7 +7,7 @@ from collections.abc import Iterator
 from typing import TYPE_CHECKING
 
 from vantrel.command.console import percent
-from vantrel.command.titles import titles_by_gender
+from vantrel.command.learnt import genders_by_gender, titles_by_gender, values_of
 
 if TYPE_CHECKING:
     import pandas as pd
@@ -38,10 +38,19 @@ def _of_genders(model: PersonModel, df: pd.DataFrame) -> Iterator[str]:
     column = model.labels.gender
     if not column:
         return
+    by_gender = genders_by_gender(model)
     genders = df[column].dropna()
-    unclear = genders[~genders.isin(_values(_genders_by_key(model)))]
+    unclear = genders[~genders.isin(values_of(by_gender))]
     if len(unclear):
         yield f"{_not_understood(column, 'genders', unclear, df)}{_title_advice(model, df[column])}"
+
+    several = [_some(list(map(repr, ways))) for ways in by_gender.values() if len(ways) > 1]
+    if several:
+        yield (
+            f"Column {column!r} writes one gender in several ways, which samples have equally often"
+            f" among that gender: {'; '.join(several)}. Write each gender in one way to have only"
+            " that."
+        )
 
 
 def _title_advice(model: PersonModel, genders: pd.Series) -> str:
@@ -59,16 +68,16 @@ def _of_titles(model: PersonModel, df: pd.DataFrame) -> Iterator[str]:
     if not column:
         return
     titles = df[column].dropna()
-    by_key = titles_by_gender(model)
+    by_gender = titles_by_gender(model)
     if model.labels.gender:
         learnt = model.hidden_model_gender._probabilities or {}
-        drawn = _values({key: values for key, values in by_key.items() if key in learnt})
+        drawn = values_of({key: values for key, values in by_gender.items() if key in learnt})
         if len(never := titles[~titles.isin(drawn)]):
             yield (
                 f"Column {column!r} has titles that will never be sampled, as they tell none of the"
                 f" learnt genders: {_counted(never)}."
             )
-    elif len(unclear := titles[~titles.isin(_values(by_key))]):
+    elif len(unclear := titles[~titles.isin(values_of(by_gender))]):
         yield _not_understood(column, "titles", unclear, df)
 
 
@@ -96,19 +105,11 @@ def _of_the_rest(model: PersonModel, df: pd.DataFrame) -> Iterator[str]:
         yield f"These columns are not labelled and are left out: {', '.join(map(repr, left_out))}."
 
 
-def _genders_by_key(model: PersonModel) -> dict[str, list[str]]:
-    from vantrel.model.models.person import GenderModel
-
-    assert isinstance(model.hidden_model_gender, GenderModel)
-    return model.hidden_model_gender.collections
-
-
-def _values(by_key: dict[str, list[str]]) -> set[str]:
-    return {value for values in by_key.values() for value in values}
-
-
 def _counted(values: pd.Series) -> str:
-    counts = values.value_counts()
-    shown = ", ".join(f"{value!r} ({n})" for value, n in counts.head(_MOST_SHOWN).items())
-    more = len(counts) - _MOST_SHOWN
+    return _some([f"{value!r} ({n})" for value, n in values.value_counts().items()])
+
+
+def _some(texts: list[str]) -> str:
+    shown = ", ".join(texts[:_MOST_SHOWN])
+    more = len(texts) - _MOST_SHOWN
     return f"{shown} and {more} more" if more > 0 else shown

@@ -1,7 +1,17 @@
-"""Sorts the titles that a model knows."""
+"""Sorts the genders and titles that a model knows."""
 
 from vantrel.metadata.value import String
 from vantrel.model.models.person import GenderModel, PersonModel
+
+
+def genders_by_gender(model: PersonModel) -> dict[str, list[str]]:
+    """Maps gender keys to the ways in which the gender column writes them.
+
+    Args:
+        model: A fitted model with a gender column.
+    """
+    assert isinstance(model.hidden_model_gender, GenderModel)
+    return model.hidden_model_gender.collections
 
 
 def titles_by_gender(model: PersonModel) -> dict[str, list[str]]:
@@ -18,3 +28,8 @@ def titles_by_gender(model: PersonModel) -> dict[str, list[str]]:
         meta, config.title_female_regex, config.title_male_regex, config.title_non_binary_regex
     )
     return sorter.collections
+
+
+def values_of(by_gender: dict[str, list[str]]) -> set[str]:
+    """Collects the values of all genders."""
+    return {value for values in by_gender.values() for value in values}
