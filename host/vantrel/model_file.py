@@ -12,6 +12,7 @@ from vantrel.files import replacing
 from vantrel.model.exceptions import ModelNotFittedError
 from vantrel.model_form import check_model
 from vantrel.nearby import nearby_file
+from vantrel.util.callers import OURS
 from vantrel.util.locale.locale import Provider, get_country_to_provder_map
 from vantrel.util.shapes import ShapeError, integer, mapping_of, one_of, record, refuse, text
 from vantrel.util.strict_json import UnsoundJsonError, parse
@@ -107,7 +108,7 @@ def loads(content: str) -> PersonModel:
             "The same seed may give other rows than where the model was fitted:"
             f" {'; '.join(different)}. For the same rows install what was there.",
             OtherVersionsWarning,
-            stacklevel=2,
+            skip_file_prefixes=OURS,
         )
     return model
 

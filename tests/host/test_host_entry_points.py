@@ -2,6 +2,7 @@
 
 import subprocess
 import sys
+from importlib.metadata import version
 from pathlib import Path
 from typing import Any
 
@@ -12,6 +13,8 @@ import vantrel
 from vantrel.config import PersonModelConfig
 from vantrel.fitting import FittingError
 from vantrel.model.models.person import PersonModel
+from vantrel.util.locale.locale import BorrowedNamesWarning
+from vantrel.versions import OtherVersionsWarning
 
 
 def test_fit_gives_a_model_that_samples(people: pd.DataFrame) -> None:
@@ -188,3 +191,16 @@ def test_an_unknown_name_of_the_package() -> None:
     with pytest.raises(AttributeError) as caught:
         vantrel.simple  # noqa: B018 - to read it is the test
     assert str(caught.value) == "module 'vantrel' has no attribute 'simple'"
+
+
+def test_warnings_point_to_the_users_line(people: pd.DataFrame, tmp_path: Path) -> None:
+    with pytest.warns(BorrowedNamesWarning) as caught:
+        model = vantrel.fit(people.assign(land="NA"), gender="sex", country="land")
+    assert caught[0].filename == __file__
+    vantrel.save(model, tmp_path / "m.json")
+    content = (tmp_path / "m.json").read_text().replace(version("faker"), "0.1")
+    (tmp_path / "m.json").write_text(content)
+    with pytest.warns(UserWarning) as caught:
+        vantrel.load(tmp_path / "m.json")
+    assert {warning.filename for warning in caught} == {__file__}
+    assert OtherVersionsWarning in {warning.category for warning in caught}

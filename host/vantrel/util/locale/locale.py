@@ -17,6 +17,7 @@ from typing import NamedTuple
 import pandas as pd
 from faker import Faker
 
+from vantrel.util.callers import OURS
 from vantrel.util.locale.countries import country_codes, country_name, folded, own_names
 from vantrel.util.locale.faker_locales import (
     locale_for_country,
@@ -67,7 +68,7 @@ def get_country_to_provder_map(countries: Iterable[str], provider: Provider) -> 
             "Faker has no person names of its own for these; they get those of the locale in"
             f" brackets: {', '.join(borrowed)}.",
             BorrowedNamesWarning,
-            stacklevel=2,
+            skip_file_prefixes=OURS,
         )
     return {country: Faker(locale_of(country)[0]) for country in present}
 
