@@ -297,6 +297,24 @@ def test_a_file_of_any_name_is_reported(people: pd.DataFrame) -> None:
     assert "<title>People report: odd \ufffd&lt;b&gt;.csv</title>" in html
 
 
+def test_a_sample_that_is_safe_for_spreadsheets_is_compared_as_it_was_made() -> None:
+    real = pd.DataFrame({"=sex": ["-m", "-f", "'x"] * 50})
+    real.to_csv("people.csv", index=False)
+    Path("c.toml").write_text(
+        'gender_male_regex = "^-m$"\ngender_female_regex = "^-f$"\n'
+        'gender_non_binary_regex = "^\'x$"\n'
+    )
+    succeed("fit people.csv -o m.json --config c.toml --no-detect --column gender==sex")
+    succeed("sample m.json -n 600 --seed 7 --csv-safe -o made-up.csv")
+    assert Path("made-up.csv").read_text().startswith('"\'=sex"')
+    result = succeed(REPORT)
+    assert "distance of gender 0.0" in result.stdout
+    html = Path("report.html").read_text(encoding="utf-8")
+    assert 'Gender <small class="column"><bdi>=sex</bdi>' in html
+    assert "<bdi>&#39;x</bdi>" in html
+    assert "&#39;-m" not in html
+
+
 def test_a_sample_of_given_people_has_their_shares_by_design() -> None:
     succeed(f"fit people.csv -o m.json {LABELS}")
     Path("given.csv").write_text("sex\n" + "f\n" * 200)

@@ -262,6 +262,28 @@ def test_how_it_was_made_is_told() -> None:
     assert "The model and the seed give the same rows again" in words
 
 
+def test_the_options_are_told_in_words() -> None:
+    options = {
+        "block_rows": 50_000,
+        "conditions": "wanted.csv",
+        "conditions_sha256": "cd" * 32,
+        "csv_safe": True,
+        "partitions": 1200,
+        "unique": [],
+    }
+    words = text_of(page(REAL, SAMPLED, replace(record(300), options=options)))
+    assert (
+        "Rows a block 50,000 Conditions wanted.csv SHA-256 of the conditions " + "cd" * 32 + " Safe"
+        " for spreadsheets yes Partitions 1,200 Unique none SHA-256 of the model"
+    ) in words
+
+
+def test_a_table_of_conditions_is_needed_to_make_the_rows_again() -> None:
+    made = replace(record(300), options={"conditions": "wanted.csv"})
+    words = text_of(page(REAL, SAMPLED, made))
+    assert "The model, the conditions in wanted.csv and the seed give the same rows again" in words
+
+
 def test_other_versions_are_told() -> None:
     made = record(300, Faker="1.2", Other="9")
     words = text_of(page(REAL, SAMPLED, made))

@@ -68,6 +68,7 @@ def report(table: Path, sampled: Path, output: Path, columns: dict[str, str], fo
     # These take a second to import; help and usage errors need not wait for them.
     from vantrel.files import replacing
     from vantrel.report.figures import compare
+    from vantrel.report.guard import unguarded
     from vantrel.report.labelling import label
     from vantrel.report.page import Sources, render
     from vantrel.tables import read_table
@@ -75,6 +76,8 @@ def report(table: Path, sampled: Path, output: Path, columns: dict[str, str], fo
     with reporting():
         record = _record(table, sampled)
         real, people = read_table(table), read_table(sampled)
+        if record and record.options.get("csv_safe"):
+            people = unguarded(people)
         _check_columns(columns, real, people, (table, sampled))
         labelled = label(real, people, columns, _recorded(record, columns))
         _check_comparable(*labelled, (table, sampled))

@@ -9,6 +9,13 @@ from typing import Any
 from vantrel.record import SampleRecord
 from vantrel.versions import differences, versions
 
+# The options whose names do not tell a reader enough.
+_OPTIONS = {
+    "block_rows": "Rows a block",
+    "csv_safe": "Safe for spreadsheets",
+    "conditions_sha256": "SHA-256 of the conditions",
+}
+
 
 @dataclass(frozen=True)
 class Version:
@@ -30,6 +37,7 @@ class Origin:
 
     Args:
         seed: The seed that it was made with.
+        conditions: The table of conditions that it was made for, if there was one.
         facts: What is known, each with its name.
         versions: The versions that the rows depend on.
         differences: What the versions that differ may change, a sentence each.
@@ -37,6 +45,7 @@ class Origin:
     """
 
     seed: int
+    conditions: str | None
     facts: tuple[tuple[str, str], ...]
     versions: tuple[Version, ...]
     differences: tuple[str, ...]
@@ -55,11 +64,12 @@ def origin(record: SampleRecord, rows: int) -> Origin:
         ("Model", record.model),
         ("Seed", str(record.seed)),
         ("Rows", f"{record.rows:,}"),
-        *((name.capitalize(), _option(value)) for name, value in sorted(record.options.items())),
+        *((_words(name), _option(value)) for name, value in sorted(record.options.items())),
         ("SHA-256 of the model", record.model_sha256),
     ]
     return Origin(
         record.seed,
+        record.options.get("conditions"),
         tuple(facts),
         tuple(Version(name, made, here.get(name)) for name, made in record.versions.items()),
         tuple(differences(record.versions)),
@@ -67,9 +77,17 @@ def origin(record: SampleRecord, rows: int) -> Origin:
     )
 
 
+def _words(option: str) -> str:
+    return _OPTIONS.get(option) or option.replace("_", " ").capitalize()
+
+
 def _option(value: Any) -> str:
-    if value in (None, [], False):
+    if isinstance(value, bool):
+        return "yes" if value else "no"
+    if value in (None, []):
         return "none"
+    if isinstance(value, int):
+        return f"{value:,}"
     if isinstance(value, list):
         return ", ".join(map(str, value))
     return value if isinstance(value, str) else json.dumps(value, ensure_ascii=False)

@@ -59,7 +59,7 @@ def render(figures: Figures, sources: Sources, record: SampleRecord | None) -> s
         figures=figures,
         sources=sources,
         origin=made,
-        conditions=record and record.options.get("conditions"),
+        conditions=made and made.conditions,
         verdicts=verdicts(figures, made),
         words=WORDS,
         bars=bars,

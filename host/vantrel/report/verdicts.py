@@ -160,5 +160,9 @@ def _of_origin(origin: Origin | None) -> Verdict:
     figure = f"seed {origin.seed}"
     if found:
         return Verdict(about, figure, LOOK, " ".join(found), "origin")
-    words = "The model and the seed give the same rows again with the versions installed here."
+    made_of = ["the model", "the seed"]
+    if origin.conditions:
+        made_of.insert(1, f"the conditions in {shown(origin.conditions)}")
+    words = f"{listed(made_of)} give the same rows again with the versions installed here."
+    words = words[0].upper() + words[1:]
     return Verdict(about, figure, FINE, words, "origin")
