@@ -145,7 +145,7 @@ def test_notes_tell_what_samples_will_not_have() -> None:
         " patterns in --config make them understood.",
         "vantrel: note: Column 't' has titles that will never be sampled, as they tell none of the"
         " learnt genders: 'Dr' (2), 'Mx' (1), 'Qq' (1).",
-        "vantrel: note: These columns are not labelled and are left out: 'class'.",
+        "vantrel: note: These columns are no attribute of a person and are left out of samples: 'class'.",
     ]
 
 

@@ -71,7 +71,7 @@ def test_a_named_column_is_taken_from_other_attributes() -> None:
 def test_an_ignored_column_is_left_out() -> None:
     result = succeed(f"{FIT} --ignore land --ignore title")
     assert labels() == {"gender": "sex", "lastname": "surname"}
-    assert result.stderr.endswith(" are left out: 'land', 'title'.\n")
+    assert result.stderr.endswith(" are left out of samples: 'land', 'title'.\n")
 
 
 def test_an_ignored_column_makes_room_for_another() -> None:
@@ -91,6 +91,30 @@ def test_what_is_generated_is_shown_and_is_the_column_if_one_is_found() -> None:
     assert "lastname   surname  name\n" in result.stdout
     assert "email      email    --generate\n" in result.stdout
     assert labels()["lastname"] == "surname"
+
+
+def test_what_is_generated_and_found_is_told_to_be_there_already() -> None:
+    Path("people.csv").write_text("sex,E-Mail,land\nm,a@b.co,DE\nf,b@b.co,FR\n")
+    assert succeed(f"{FIT} --generate email,lastname").stderr == (
+        "vantrel: note: 'email' is there already, in column 'E-Mail': --generate is not needed for"
+        " it.\n"
+    )
+
+
+def test_equally_frequent_genders_are_told_where_no_column_tells_them() -> None:
+    Path("people.csv").write_text("Anrede,land\nFirma,DE\nFirma,DE\nHerr,FR\n")
+    Path("c.toml").write_text('genders = ["F", "NB"]\n')
+    result = succeed(f"{FIT} --generate firstname --config c.toml")
+    assert result.stderr.splitlines() == [
+        "vantrel: note: Column 'Anrede' is not taken for title, as its values, such as 'Firma', do"
+        " not look so: to take it, add --column title=Anrede.",
+        "vantrel: note: There is no column of genders or titles, so people get first names of each"
+        " gender equally often: F, NB.",
+        "vantrel: note: These columns are no attribute of a person and are left out of samples:"
+        " 'Anrede'.",
+    ]
+    assert "equally often" not in succeed(f"{FIT} --force --column title=Anrede").stderr
+    assert succeed(f"{FIT} --force --ignore Anrede --generate lastname").stderr.count("note") == 1
 
 
 def test_a_named_column_is_enough_where_none_is_found() -> None:

@@ -80,6 +80,15 @@ def _way_out(doubt: Doubt) -> str:
     return f"to take it, add --column {option}{meaning}"
 
 
+def there_already(found: Detection, generated: Collection[str]) -> list[str]:
+    """Tells, in a sentence each, of attributes to generate for which a column was found."""
+    return [
+        f"{attribute!r} is there already, in column {column!r}: --generate is not needed for it."
+        for attribute, column in found.columns.items()
+        if attribute in generated
+    ]
+
+
 def columns_table(named: Mapping[str, str], found: Detection, generated: Collection[str]) -> Table:
     """Shows the column of each attribute and what told it."""
     from vantrel.command.console import table

@@ -6,7 +6,13 @@ from pathlib import Path
 
 import click
 
-from vantrel.command.finding import check_ignored, columns_table, doubt_note, find_columns
+from vantrel.command.finding import (
+    check_ignored,
+    columns_table,
+    doubt_note,
+    find_columns,
+    there_already,
+)
 from vantrel.command.labels import check_named, columns_by_attribute, generated_attributes
 from vantrel.command.output import STANDARD_OUTPUT, force_option, refuse_overwriting
 from vantrel.command.terse import reporting
@@ -125,5 +131,7 @@ def fit(
         if not no_detect:
             print_all(columns_table(columns, found, generated))
     click.echo(f"Learnt from {len(df):,} rows of {table}; wrote {output}.")
-    for note in [*map(doubt_note, found.doubts), *notes(model, df, located=bool(locales))]:
+    doubts = map(doubt_note, found.doubts)
+    known = there_already(found, generated)
+    for note in [*doubts, *known, *notes(model, df, located=bool(locales))]:
         click.echo(f"vantrel: note: {note}", err=True)

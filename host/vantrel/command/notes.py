@@ -15,7 +15,8 @@ if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel
 
 _MOST_SHOWN = 5
-_FROM_NAMES = frozenset({"firstname", "lastname", "fullname", "email", "username"})
+_BY_GENDER = frozenset({"firstname", "fullname", "email", "username"})
+_BY_COUNTRY = _BY_GENDER | {"lastname"}
 
 
 def notes(model: PersonModel, df: pd.DataFrame, *, located: bool) -> list[str]:
@@ -29,6 +30,7 @@ def notes(model: PersonModel, df: pd.DataFrame, *, located: bool) -> list[str]:
     return [
         *_of_genders(model, df),
         *_of_titles(model, df),
+        *_of_equal_genders(model),
         *([] if located else _of_places(model)),
         *_of_the_rest(model, df),
     ]
@@ -90,8 +92,17 @@ def _not_understood(column: str, what: str, unclear: pd.Series, df: pd.DataFrame
     )
 
 
+def _of_equal_genders(model: PersonModel) -> Iterator[str]:
+    labels = model.labels
+    if not (labels.gender or labels.title) and not _BY_GENDER.isdisjoint(model.params):
+        yield (
+            "There is no column of genders or titles, so people get first names of each gender"
+            f" equally often: {', '.join(model.config.genders)}."
+        )
+
+
 def _of_places(model: PersonModel) -> Iterator[str]:
-    if not model.labels.country and not _FROM_NAMES.isdisjoint(model.params):
+    if not model.labels.country and not _BY_COUNTRY.isdisjoint(model.params):
         (locale,) = model.locales
         yield (
             f"There is no column of countries, so all people get names of {locale}: --locale DE,"
@@ -102,7 +113,10 @@ def _of_places(model: PersonModel) -> Iterator[str]:
 def _of_the_rest(model: PersonModel, df: pd.DataFrame) -> Iterator[str]:
     labelled = model.params.values()
     if left_out := [column for column in df.columns if column not in labelled]:
-        yield f"These columns are not labelled and are left out: {', '.join(map(repr, left_out))}."
+        yield (
+            "These columns are no attribute of a person and are left out of samples:"
+            f" {', '.join(map(repr, left_out))}."
+        )
 
 
 def _counted(values: pd.Series) -> str:
