@@ -11,7 +11,6 @@ import pandas as pd
 import pytest
 
 from support.command import fail, run, separator_hint, succeed
-from vantrel.model_file import load
 from vantrel.tables import read_table, write_table
 
 ATTRIBUTES = (
@@ -134,68 +133,6 @@ def test_namibia_is_learnt_and_warned_of_in_a_plain_line() -> None:
     )
     assert succeed("sample m.json -n 3 -o out.csv").stderr == ""
     assert set(read_table(Path("out.csv"))["land"]) == {"NA"}
-
-
-def test_notes_tell_what_samples_will_not_have() -> None:
-    Path("people.csv").write_text("sex,t,class\nm,Mr,1\nf,Dr,2\nzz,Mx,3\nzz,Dr,3\nyy,Qq,3\n,,\n")
-    result = succeed(f"{FIT} --column title=t")
-    assert result.stderr.splitlines() == [
-        "vantrel: note: Column 'sex' has values that are not understood as genders and count as"
-        " missing: 'zz' (2), 'yy' (1). These are 50.0% of the rows, which samples leave blank;"
-        " patterns in --config make them understood.",
-        "vantrel: note: Column 't' has titles that will never be sampled, as they tell none of the"
-        " learnt genders: 'Dr' (2), 'Mx' (1), 'Qq' (1).",
-        "vantrel: note: These columns are no attribute of a person and are left out of samples: 'class'.",
-    ]
-
-
-def test_a_table_that_is_wholly_understood_needs_no_notes() -> None:
-    Path("people.csv").write_text("sex,t\nm,Mr\nf,Mrs\n")
-    assert succeed(f"{FIT} --column title=t").stderr == ""
-
-
-def test_titles_that_tell_the_gender_are_all_sampled() -> None:
-    Path("people.csv").write_text("t\nMr\nDr\n")
-    assert succeed("fit people.csv -o m.json --no-detect --column title=t").stderr == ""
-
-
-def test_notes_show_a_few_values() -> None:
-    Path("people.csv").write_text("sex\nm\n" + "".join(f"z{i}\n" for i in range(7)))
-    assert " (1) and 2 more. These are 87.5% of the rows," in succeed(FIT).stderr
-
-
-def test_spellings_of_one_gender_are_told_to_be_equally_frequent() -> None:
-    Path("people.csv").write_text("sex\n" + "male\n" * 8 + "M\nf\nF\nx\n")
-    assert succeed(FIT).stderr == (
-        "vantrel: note: Column 'sex' writes one gender in several ways, which samples have equally"
-        " often among that gender: 'f', 'F'; 'male', 'M'. Write each gender in one way to have only"
-        " that.\n"
-    )
-    succeed("sample m.json -n 2000 --seed 1 -o out.csv")
-    shares = read_table(Path("out.csv"))["sex"].value_counts(normalize=True)
-    assert shares["male"] == pytest.approx(shares["M"], abs=0.05)
-
-
-def test_titles_that_are_not_understood_are_told_with_their_share() -> None:
-    Path("people.csv").write_text("t\nMr\nMrs\nFirma\nFamilie\nFirma\nDr\n\n\n")
-    assert succeed("fit people.csv -o m.json --column title=t").stderr == (
-        "vantrel: note: Column 't' has values that are not understood as titles and count as"
-        " missing: 'Firma' (2), 'Familie' (1). These are 37.5% of the rows, which samples leave"
-        " blank; patterns in --config make them understood.\n"
-    )
-    assert load(Path("m.json")).hidden_model_gender.meta.nan_freq == 5 / 8
-
-
-def test_titles_that_are_named_as_genders_are_told_to_be_titles() -> None:
-    Path("people.csv").write_text("Die Anrede\nHerr\nFrau\nFrau\nHerr\n")
-    line = "fit people.csv -o m.json --force --column"
-    assert succeed(f"{line} 'gender=Die Anrede'").stderr == (
-        "vantrel: note: Column 'Die Anrede' has values that are not understood as genders and count"
-        " as missing: 'Herr' (2). These are 50.0% of the rows, which samples leave blank; patterns"
-        " in --config make them understood. They look like titles: add --column 'title=Die Anrede'"
-        " in place of --column for gender.\n"
-    )
-    assert succeed(f"{line} 'title=Die Anrede'").stderr == ""
 
 
 def test_a_locale_is_kept_and_used() -> None:

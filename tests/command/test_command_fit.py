@@ -93,30 +93,6 @@ def test_what_is_generated_is_shown_and_is_the_column_if_one_is_found() -> None:
     assert labels()["lastname"] == "surname"
 
 
-def test_what_is_generated_and_found_is_told_to_be_there_already() -> None:
-    Path("people.csv").write_text("sex,E-Mail,land\nm,a@b.co,DE\nf,b@b.co,FR\n")
-    assert succeed(f"{FIT} --generate email,lastname").stderr == (
-        "vantrel: note: 'email' is there already, in column 'E-Mail': --generate is not needed for"
-        " it.\n"
-    )
-
-
-def test_equally_frequent_genders_are_told_where_no_column_tells_them() -> None:
-    Path("people.csv").write_text("Anrede,land\nFirma,DE\nFirma,DE\nHerr,FR\n")
-    Path("c.toml").write_text('genders = ["F", "NB"]\n')
-    result = succeed(f"{FIT} --generate firstname --config c.toml")
-    assert result.stderr.splitlines() == [
-        "vantrel: note: Column 'Anrede' is not taken for title, as its values, such as 'Firma', do"
-        " not look so: to take it, add --column title=Anrede.",
-        "vantrel: note: There is no column of genders or titles, so people get first names of each"
-        " gender equally often: F, NB.",
-        "vantrel: note: These columns are no attribute of a person and are left out of samples:"
-        " 'Anrede'.",
-    ]
-    assert "equally often" not in succeed(f"{FIT} --force --column title=Anrede").stderr
-    assert succeed(f"{FIT} --force --ignore Anrede --generate lastname").stderr.count("note") == 1
-
-
 def test_a_named_column_is_enough_where_none_is_found() -> None:
     Path("people.csv").write_text("a,b\nm,1\nm,2\n")
     assert fail(FIT, 1) == (
@@ -172,28 +148,6 @@ def test_a_country_that_is_not_understood_needs_other_values_or_a_locale() -> No
         " not look so: to take it, write each as an ISO code, an English name or a name in the"
         " country's own language; or add --locale in its place."
     )
-
-
-NO_COUNTRIES = (
-    "vantrel: note: There is no column of countries, so all people get names of en_GB: --locale DE,"
-    " say, changes that.\n"
-)
-
-
-def test_where_people_are_from_is_told_where_nothing_tells_it() -> None:
-    Path("people.csv").write_text("sex\nm\nf\n")
-    assert succeed(f"{FIT} --generate email").stderr == NO_COUNTRIES
-
-
-@pytest.mark.parametrize("options", ["--generate lastname --locale FR", "--generate password"])
-def test_nothing_is_told_where_places_are_named_or_need_none(options: str) -> None:
-    Path("people.csv").write_text("sex\nm\nf\n")
-    assert succeed(f"{FIT} {options}").stderr == ""
-
-
-def test_nothing_is_told_where_there_is_a_column_of_countries() -> None:
-    Path("people.csv").write_text("sex,land\nm,DE\nf,FR\n")
-    assert succeed(f"{FIT} --generate lastname").stderr == ""
 
 
 def test_such_columns_are_told_where_nothing_is_found() -> None:
