@@ -285,8 +285,23 @@ def test_what_is_left_out_is_told(line: str) -> None:
     assert fail(line, 2).startswith("Missing ")
 
 
+def test_the_sample_is_an_input() -> None:
+    assert fail("report people.csv", 2) == "Missing argument 'SAMPLE'."
+
+
 def test_the_help_has_an_example() -> None:
     assert "vantrel report people.csv made-up.csv -o report.html" in succeed("report --help").stdout
+
+
+@pytest.mark.parametrize("columns", ["60", "80"])
+def test_the_help_is_not_cut_in_a_narrow_terminal(columns: str) -> None:
+    assert (
+        "report   Compare a real table with a sample.\n"
+        in succeed("--help", COLUMNS=columns).stdout
+    )
+    shown = succeed("report --help", COLUMNS=columns).stdout
+    assert "Usage: vantrel report [OPTIONS] TABLE SAMPLE\n" in shown
+    assert "    vantrel report people.csv made-up.csv -o report.html\n" in shown
 
 
 def test_a_file_of_any_name_is_reported(people: pd.DataFrame) -> None:

@@ -148,7 +148,15 @@ def test_repeats_of_rows_in_the_labelled_columns() -> None:
         ("Ann", "Lee"), ("Ann", "Ray"), ("Ann", "Lee"), ("Ann", None), ("Ann", None), (None, None)
     )
     real["age"] = range(6)
-    assert compare_rows(*both(real, NONE, NAMES)) == Repeats(None, RepeatCount(5, 2), None)
+    assert compare_rows(*both(real, real, NAMES)).real == RepeatCount(5, 2)
+
+
+def test_rows_are_compared_in_the_columns_that_both_tables_have() -> None:
+    real = people(("Ann", "Lee"), ("Ann", "Ray"))
+    sampled = real[["first"]]
+    repeated = RepeatCount(2, 1)
+    assert compare_rows(*both(real, sampled, NAMES)) == Repeats(None, repeated, repeated)
+    assert compare_rows(*both(real, NONE, NAMES)) == Repeats(None, None, None)
 
 
 def test_repeated_rows_are_those_of_pandas() -> None:

@@ -24,7 +24,7 @@ if TYPE_CHECKING:
 _Paths = tuple[Path, Path]
 
 
-@click.command()
+@click.command(short_help="Compare a real table with a sample.")
 @click.argument("table", type=click.Path(path_type=Path))
 @click.argument("sampled", metavar="SAMPLE", type=click.Path(path_type=Path))
 @click.option(

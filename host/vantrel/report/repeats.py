@@ -2,11 +2,12 @@
 
 from __future__ import annotations
 
+from collections.abc import Sequence
 from dataclasses import dataclass
 
 import pandas as pd
 
-from vantrel.report.columns import LabelledTable
+from vantrel.report.columns import WORDS, LabelledTable
 
 
 @dataclass(frozen=True)
@@ -23,7 +24,8 @@ class Repeats:
 
     Args:
         attribute: The attribute, or None for rows.
-        real: The repeats in the real table; None where it has no such column.
+        real: The repeats in the real table; None where it has no such column, or both tables have
+            none in common.
         sampled: The same in the sample.
     """
 
@@ -33,11 +35,12 @@ class Repeats:
 
 
 def compare_rows(real: LabelledTable, sampled: LabelledTable) -> Repeats:
-    """Counts the rows that repeat an earlier one in every labelled column that the table has.
+    """Counts the rows that repeat an earlier one in every labelled column that both tables have.
 
     Rows without any value do not count.
     """
-    return Repeats(None, *(_of_rows(table) for table in (real, sampled)))
+    common = [each for each in WORDS if real.has(each) and sampled.has(each)]
+    return Repeats(None, *(_of_rows(table, common) for table in (real, sampled)))
 
 
 def compare_repeats(real: LabelledTable, sampled: LabelledTable, attribute: str) -> Repeats:
@@ -45,10 +48,10 @@ def compare_repeats(real: LabelledTable, sampled: LabelledTable, attribute: str)
     return Repeats(attribute, *(_of(table.texts(attribute)) for table in (real, sampled)))
 
 
-def _of_rows(table: LabelledTable) -> RepeatCount | None:
-    labelled = [column for attribute, column in table.columns.items() if table.has(attribute)]
-    if not labelled:
+def _of_rows(table: LabelledTable, attributes: Sequence[str]) -> RepeatCount | None:
+    if not attributes:
         return None
+    labelled = [table.columns[attribute] for attribute in attributes]
     rows = table.df[labelled].dropna(how="all")
     alike = rows
     for column in labelled:
