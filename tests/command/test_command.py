@@ -2,6 +2,7 @@
 
 import json
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -313,11 +314,35 @@ def test_a_model_file_that_is_none(content: str | dict[str, object], message: st
             "fit people.csv -o m.json --no-detect",
             "Name a column to learn from: --column gender=sex, for example.",
         ),
-        ("sample m.json -n -1 -o x", "Invalid value for '-n': -1 is not in the range x>=0."),
-        ("sample m.json -n x -o x", "Invalid value for '-n': 'x' is not a valid integer range."),
+        ("sample m.json -n -1 -o x", "Invalid value for '-n': -1 is below 0."),
+        ("sample m.json -n x -o x", "Invalid value for '-n': 'x' is no whole number."),
+        ("sample m.json -n 1.5 -o x", "Invalid value for '-n': '1.5' is no whole number."),
+        ("sample m.json -n 1.000 -o x", "Invalid value for '-n': '1.000' is no whole number."),
+        ("sample m.json -n 1.25e1 -o x", "Invalid value for '-n': '1.25e1' is no whole number."),
+        ("sample m.json -n 1e99999 -o x", "Invalid value for '-n': '1e99999' is no whole number."),
+        (
+            "sample m.json -n 1e6 -o x",
+            "Invalid value for '-n': '1e6' is no whole number: write 1000000.",
+        ),
+        (
+            "sample m.json -n 1.5E6 -o x",
+            "Invalid value for '-n': '1.5E6' is no whole number: write 1500000.",
+        ),
+        (
+            "sample m.json -n 10,000,000 -o x",
+            "Invalid value for '-n': '10,000,000' is no whole number: write 10000000.",
+        ),
         (
             "sample m.json -n 1 --seed -1 -o x",
-            "Invalid value for '--seed': -1 is not in the range x>=0.",
+            "Invalid value for '--seed': -1 is below 0.",
+        ),
+        (
+            "sample m.json -n 1 --seed abc -o x",
+            "Invalid value for '--seed': 'abc' is no whole number.",
+        ),
+        (
+            "sample m.json -n 1 -o x --dask --workers 0",
+            "Invalid value for '--workers': 0 is below 1.",
         ),
         ("sample m.json -n 1", "Missing option '-o' / '--output'."),
         (
@@ -343,6 +368,13 @@ def test_help_has_an_example_each() -> None:
     for command in ("fit", "sample"):
         help_text = succeed(f"{command} --help").stdout
         assert f":\n    vantrel {command} " in help_text.partition("Example")[2]
+
+
+def test_the_help_of_sample_names_its_numbers() -> None:
+    shown = succeed("sample --help").stdout
+    assert re.search(r"^  -n N  ", shown, re.MULTILINE)
+    assert re.search(r"^  --seed SEED  ", shown, re.MULTILINE)
+    assert re.search(r"^  --partitions N  ", shown, re.MULTILINE)
 
 
 def test_without_a_command_the_help_is_shown() -> None:

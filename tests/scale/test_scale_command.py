@@ -267,9 +267,9 @@ USAGE = [
     ),
     (
         RUN.replace("--partitions 3", "--partitions 0"),
-        "Invalid value for '--partitions': 0 is not in the range x>=1.",
+        "Invalid value for '--partitions': 0 is below 1.",
     ),
-    (f"{RUN} --workers 0", "Invalid value for '--workers': 0 is not in the range x>=1."),
+    (f"{RUN} --workers 0", "Invalid value for '--workers': 0 is below 1."),
 ]
 
 

@@ -276,8 +276,8 @@ def test_an_output_in_a_folder_that_is_not_tcontents_here() -> None:
             "-n 2 --csv-safe -o out.PQ",
             "--csv-safe is for CSV, and out.PQ is to be Parquet: leave it out.",
         ),
-        ("-n 2 --seed 1.5 -o x", "Invalid value for '--seed': '1.5' is not a valid integer range."),
-        ("-n 1e6 -o x", "Invalid value for '-n': '1e6' is not a valid integer range."),
+        ("-n 2 --seed 1.5 -o x", "Invalid value for '--seed': '1.5' is no whole number."),
+        ("-n 1e6 -o x", "Invalid value for '-n': '1e6' is no whole number: write 1000000."),
         *(
             (
                 f"-n 2 -o x {option}",
