@@ -79,8 +79,10 @@ def dumps(model: PersonModel) -> str:
 def loads(content: str) -> PersonModel:
     """Rebuilds a model from the content of its file; it can be sampled at once.
 
-    The content may be anybody's: nothing in it makes loading or sampling fail in another way than
-    with this error, endless or more costly than in proportion to its size.
+    The content may be anybody's: nothing in it makes loading fail in another way than with this
+    error, or :func:`vantrel.sample` fail. Both cost no more than in proportion to its size and to
+    the number of rows. The model's own ``sample`` fails on names of people without a country, which
+    the content may ask for.
 
     Raises:
         ModelFileError: It is no model, lacks something, holds something of a wrong type or value, a

@@ -1,11 +1,13 @@
 """Model files."""
 
+import json
 import re
 from pathlib import Path
 
 import pandas as pd
 import pytest
 
+import vantrel
 from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.metadata.value import Person
 from vantrel.model.exceptions import ModelNotFittedError
@@ -58,6 +60,17 @@ def test_a_model_without_gender_and_country_can_be_loaded(tmp_path: Path) -> Non
     assert loaded.hidden_model_gender._probabilities == {"F": 0.5, "M": 0.5}
     assert loaded.locales == ["de_DE"]
     assert loaded.sample(n=3)["name"].notna().all()
+
+
+def test_a_model_of_missing_countries_only_can_be_sampled(path: Path) -> None:
+    form = json.loads(path.read_text())
+    form["model"]["meta"]["children"]["land"]["nan_freq"] = 1
+    path.write_text(json.dumps(form))
+    with pytest.raises(TypeError):
+        load(path).sample(n=3)
+    people = vantrel.sample(load(path), 20, seed=1)
+    assert people["land"].isna().all()
+    assert people["whole"].notna().all()
 
 
 def test_a_loaded_model_can_be_fitted_again(path: Path) -> None:

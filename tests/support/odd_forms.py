@@ -49,6 +49,7 @@ def at(form: Any, path: Iterable[Any]) -> Any:
 
 
 huge = st.sampled_from([10**18, 10**400, -(10**400), "x" * 50_000, ["x"] * 2_000, [[]] * 900])
+shares = st.sampled_from([0, 0.5, 1, 1.0])
 patterns = st.sampled_from(["(", "(a+)+$", "[", "a{99999999999}", "(?P<n", "\\", "^f", "*"])
 
 
@@ -71,7 +72,7 @@ def changed(draw: st.DrawFn, form: Any, most: int = 3) -> Any:
         elif change == "add" and isinstance(holder, dict):
             holder[draw(any_text)] = draw(json_values)
         else:
-            holder[last] = deepcopy(draw(st.one_of(json_values, json_values, patterns, huge)))
+            holder[last] = deepcopy(draw(st.one_of(json_values, shares, patterns, huge)))
     return form
 
 
