@@ -1,11 +1,13 @@
 """The page of a report, as a browser shows it."""
 
+import re
 from collections.abc import Iterator
 from dataclasses import dataclass, field
 from itertools import pairwise
 from pathlib import Path
 from typing import Any
 
+import pandas as pd
 import pytest
 from playwright.sync_api import Browser, Page, sync_playwright
 
@@ -13,7 +15,7 @@ from support.browser import VARIABLE, find_browser
 from support.report_tables import both, odd, ordinary, page, record
 from support.sanitizing import SANITIZED
 from vantrel.report.figures import compare
-from vantrel.report.page import bars
+from vantrel.report.page import Sources, bars, render
 
 BROWSER = find_browser()
 
@@ -202,6 +204,57 @@ def test_real_and_sampled_bars_differ_in_pattern_too(shown: Shown) -> None:
     image = "each => getComputedStyle(each).backgroundImage"
     assert shown.page.eval_on_selector(".bar.real", image) == "none"
     assert "repeating-linear-gradient" in shown.page.eval_on_selector(".bar.sampled", image)
+
+
+@pytest.mark.parametrize("theme", ["light"], indirect=True)
+@pytest.mark.parametrize("name", ["odd"], indirect=True)
+def test_the_bars_of_a_value_stay_together_beside_a_long_one(shown: Shown) -> None:
+    shown.page.set_viewport_size({"width": 400, "height": 800})
+    between = """pairs => pairs.map(pair => {
+      const [real, sampled] = [...pair.querySelectorAll('.track')].map(
+        track => track.getBoundingClientRect());
+      return [pair.getBoundingClientRect().height, sampled.top - real.bottom];
+    })"""
+    pairs = shown.page.eval_on_selector_all(".pair", between)
+    assert max(height for height, _ in pairs) > 3 * min(height for height, _ in pairs)
+    assert max(gap for _, gap in pairs) < min(gap for _, gap in pairs) + 1
+
+
+@pytest.mark.parametrize("theme", ["light"], indirect=True)
+@pytest.mark.parametrize("name", ["ordinary"], indirect=True)
+def test_each_section_of_bars_has_a_legend(shown: Shown) -> None:
+    for section in ("shares", "lengths"):
+        legend = shown.page.locator(f"#{section} .legend")
+        assert legend.inner_text().split() == ["Real", "Sampled"]
+
+
+def test_long_names_of_columns_leave_room_for_what_is_not_there(
+    browser: Browser, tmp_path: Path
+) -> None:
+    columns = {each: f"{each}_" * 30 for each in ("gender", "lastname", "email")}
+    real = pd.DataFrame({columns["gender"]: ["m"], columns["email"]: ["a@b.c"]})
+    sampled = pd.DataFrame({columns["gender"]: ["m"], columns["lastname"]: ["Lee"]})
+    file = tmp_path / "long.html"
+    figures = compare(*both(real, sampled, columns))
+    file.write_text(render(figures, Sources("r.csv", "s.csv"), None), encoding="utf-8")
+    with browser.new_page(viewport={"width": 1200, "height": 800}) as shown:
+        shown.goto(file.as_uri())
+        lines = "all => all.map(each => [each.textContent, each.getClientRects().length])"
+        found = shown.eval_on_selector_all("#missing .none", lines)
+        assert found == [[words, 1] for words in ("no column", "not compared") * 2]
+
+
+def test_many_countries_print_on_few_pages(browser: Browser, tmp_path: Path) -> None:
+    real, sampled = (
+        ordinary(1500, seed).assign(land=[f"Country {n % 30}" for n in range(1500)])
+        for seed in (1, 2)
+    )
+    file = tmp_path / "many.html"
+    file.write_text(page(real, sampled, record(1500)), encoding="utf-8")
+    with browser.new_page() as shown:
+        shown.goto(file.as_uri())
+        pages = re.findall(rb"/Type\s*/Page\b", shown.pdf(format="A4"))
+    assert 5 <= len(pages) <= 9
 
 
 @pytest.mark.parametrize("theme", ["light"], indirect=True)
