@@ -6,6 +6,7 @@ from . import (
     accounts,
     arguments,
     hidden_models,
+    kinds,
     names,
     numbers,
     objects,
@@ -14,6 +15,6 @@ from . import (
 )
 from .call import Call
 
-PARTS = (objects, arguments, hidden_models, person_model, sampling, names, accounts, numbers)
+PARTS = (objects, arguments, hidden_models, person_model, sampling, names, accounts, numbers, kinds)
 
 CATALOGUE: dict[str, Call] = {call.name: call for part in PARTS for call in part.CALLS}

@@ -29,7 +29,7 @@ NUMBER: Any = 3
 
 EMAILS = [
     *both(
-        "generate_emails", 30, lambda rows: (first_names(rows), last_names(rows), countries(rows))
+        "generate_emails", 10, lambda rows: (first_names(rows), last_names(rows), countries(rows))
     ),
     bad(
         "PersonModel.generate_emails: unknown country",
@@ -70,7 +70,7 @@ EMAILS = [
             staticmethod(lambda *_: False),
             method("generate_emails", first_names(FEW), last_names(FEW), countries(FEW)),
         ),
-        20,
+        10,
     ),
     bad(
         "PersonModel.generate_emails: check fails",
@@ -81,7 +81,7 @@ EMAILS = [
             staticmethod(fail_with(LookupError)),
             method("generate_emails", first_names(FEW), last_names(FEW), countries(FEW)),
         ),
-        20,
+        10,
     ),
     good("PersonModel.check_email", lambda: partial(PersonModel.check_email, "a@b.org")),
     good("PersonModel.check_email of no address", lambda: partial(PersonModel.check_email, "a b")),
@@ -104,17 +104,17 @@ EMAILS = [
 ]
 
 USERNAMES = [
-    *both("generate_usernames", 40, lambda rows: (first_names(rows), last_names(rows))),
+    *both("generate_usernames", 10, lambda rows: (first_names(rows), last_names(rows))),
     good(
         "PersonModel.generate_usernames of one name",
         method("generate_usernames", cycle(["Ada"], 40), cycle(["B"], 40)),
-        50,
+        10,
     ),
     bad(
         "PersonModel.generate_usernames: gaps",
         AttributeError,
         method("generate_usernames", first_names_and_gaps(MANY), last_names(MANY)),
-        20,
+        10,
     ),
     bad(
         "PersonModel.generate_usernames: no column",

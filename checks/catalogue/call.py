@@ -6,6 +6,9 @@ from collections.abc import Callable
 from dataclasses import dataclass
 from unittest import mock
 
+# Every call is made a tenth as often as wished, at least.
+MOST_COST = 10
+
 Function = Callable[[], object]
 Prepared = Callable[[], Function]
 
@@ -19,7 +22,8 @@ class Call:
         prepare: Makes everything ready and gives the call itself, which may be made any number of
             times. It runs in the process that makes the calls.
         raises: The very class of error that the call ends with; ``None`` where it returns.
-        cost: How many times dearer than a simple call it is. It is made so many times less often.
+        cost: How many times less often than the others it is made, for it is dear; `MOST_COST` at
+            most.
     """
 
     name: str

@@ -30,7 +30,7 @@ def _of_neutral_gender(rows: int) -> tuple[Any, ...]:
 
 
 FIRST_NAMES = [
-    *both("generate_first_names", 15, _genders_and_countries),
+    *both("generate_first_names", 10, _genders_and_countries),
     bad(
         "PersonModel.generate_first_names: no providers",
         ModelNotFittedError,
@@ -119,7 +119,7 @@ class NumberFaker:
 
 
 LAST_NAMES = [
-    *both("generate_last_names", 15, lambda rows: (first_names_and_gaps(rows), countries(rows))),
+    *both("generate_last_names", 10, lambda rows: (first_names_and_gaps(rows), countries(rows))),
     bad(
         "PersonModel.generate_last_names: no providers",
         ModelNotFittedError,

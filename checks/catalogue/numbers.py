@@ -102,7 +102,7 @@ COLLECTING = [
         "PersonModel.map_to_gender_keys: bad pattern",
         re.error,
         method("map_to_gender_keys", cycle(TITLES, FEW), {"F": "("}),
-        20,
+        10,
     ),
     bad(
         "PersonModel.map_to_gender_keys: host fails",

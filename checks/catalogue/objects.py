@@ -89,7 +89,7 @@ def _without_own_code() -> Callable[[], object]:
 
 MODELS = [
     *[good(f"{cls.__name__} subclassed", _subclassed(cls), 5) for cls in CLASSES],
-    *[good(f"{cls.__name__} documented", _documented(cls), 60) for cls in CLASSES],
+    *[good(f"{cls.__name__} documented", _documented(cls), 10) for cls in CLASSES],
     *[good(f"{cls.__name__} pickled by name", _pickled(cls)) for cls in CLASSES],
     good("model of a subclass", lambda: partial(OwnGenderModel, String("title"))),
     good("model pickled", _pickled(gender_model(["Mr"])), 3),

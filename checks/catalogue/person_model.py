@@ -101,6 +101,12 @@ def _odd_map() -> PersonModel:
     return model
 
 
+def _without_a_meta() -> PersonModel:
+    model = drawing()
+    del vars(model)["_meta"]
+    return model
+
+
 PROPERTIES = [
     good("PersonModel.categories", _reading("categories")),
     bad("PersonModel.categories: not fitted", ModelNotFittedError, _reading("categories", drawing)),
@@ -128,6 +134,7 @@ PROPERTIES = [
     good("PersonModel.country_to_provider_map = providers", _setting),
     bad("PersonModel.country_to_provider_map = None", TypeError, _setting_none),
     good("PersonModel.labels", _reading("labels")),
+    bad("PersonModel.labels: no meta", AttributeError, _reading("labels", _without_a_meta)),
     good("PersonModel.params", _reading("params")),
     bad(
         "PersonModel.params: no dict", TypeError, _reading("params", lambda: standing_in(params=[]))

@@ -95,11 +95,11 @@ class Failing:
 
 
 FITTING = [
-    good("PersonModel.fit", _fit, 100),
+    good("PersonModel.fit", _fit, 10),
     bad("PersonModel.fit: no gender column", ColumnNotFoundError, _fit_without("gender")),
     bad("PersonModel.fit: no country column", ColumnNotFoundError, _fit_without("country")),
     bad("PersonModel.fit: no frame", AttributeError, lambda: calling(person_model().fit, 3)),
-    good("PersonModel.fit inside a context", _fit_inside(_context()), 25),
+    good("PersonModel.fit inside a context", _fit_inside(_context()), 10),
     good("PersonModel.fit: error swallowed", _fit_inside(_context(True), LookupError)),
     bad("PersonModel.fit: error in a context", LookupError, _fit_inside(_context(), LookupError)),
     bad(
@@ -109,7 +109,7 @@ FITTING = [
     ),
     bad("PersonModel.fit: no context", TypeError, _fit_inside(object())),
     bad("PersonModel.fit: context refuses", LookupError, _fit_inside(Refusing())),
-    bad("PersonModel.fit: context fails", LookupError, _fit_inside(Failing()), 25),
+    bad("PersonModel.fit: context fails", LookupError, _fit_inside(Failing()), 10),
     bad("PersonModel.fit: context fails, too", LookupError, _fit_inside(Failing(), KeyError)),
 ]
 
@@ -156,13 +156,13 @@ def _method_fails(name: str, error: type[BaseException]) -> Any:
 ASSOCIATED = [Association(["country", "gender"])]
 
 SAMPLING = [
-    *[good(f"PersonModel.sample {how}", _sampling(n=rows), 50) for how, rows in LENGTHS.items()],
-    good("PersonModel.sample of no rows", _sampling(n=0), 50),
-    good("PersonModel.sample without blanks", _sampling(n=MANY, produce_nans=False), 50),
-    good("PersonModel.sample with associations", _sampling(n=FEW, associations=ASSOCIATED), 50),
-    good("PersonModel.sample with conditions", _sampling(conditions=_conditions(MANY)), 50),
-    good("PersonModel.sample of locales", _sampling(_without_countries, n=FEW), 20),
-    good("PersonModel.sample without hidden models", _sampling(_without_hidden_models, n=FEW), 20),
+    *[good(f"PersonModel.sample {how}", _sampling(n=rows), 10) for how, rows in LENGTHS.items()],
+    good("PersonModel.sample of no rows", _sampling(n=0), 10),
+    good("PersonModel.sample without blanks", _sampling(n=MANY, produce_nans=False), 10),
+    good("PersonModel.sample with associations", _sampling(n=FEW, associations=ASSOCIATED), 10),
+    good("PersonModel.sample with conditions", _sampling(conditions=_conditions(MANY)), 10),
+    good("PersonModel.sample of locales", _sampling(_without_countries, n=FEW), 10),
+    good("PersonModel.sample without hidden models", _sampling(_without_hidden_models, n=FEW), 10),
     bad("PersonModel.sample: nothing given", ValueError, _sampling()),
     bad("PersonModel.sample: below 0 rows", ValueError, _sampling(n=-1)),
     bad("PersonModel.sample: not fitted", ModelNotFittedError, _sampling(person_model, n=FEW)),
@@ -170,19 +170,19 @@ SAMPLING = [
     good(
         "PersonModel.sample of genders not understood",
         _sampling(conditions=_conditions(FEW).assign(gender="X")),
-        30,
+        10,
     ),
     bad(
         "PersonModel.sample: unknown country",
         KeyError,
         _sampling(conditions=_conditions(MANY).assign(country="Atlantis")),
-        30,
+        10,
     ),
     bad(
         "PersonModel.sample: no countries",
         ModelNotFittedError,
         _sampling(_without_anything, n=FEW),
-        20,
+        10,
     ),
     bad(
         "PersonModel.sample: hidden model fails",
@@ -199,7 +199,7 @@ SAMPLING = [
             f"PersonModel.sample: {name} fails",
             LookupError,
             _sampling(_method_fails(name, LookupError), n=FEW),
-            30,
+            10,
         )
         for name in (
             "generate_values_from_collections",
@@ -225,43 +225,43 @@ CONDITIONAL = [
         good(
             f"PersonModel._sample_conditional {how}",
             _rows(rows, genders(rows), cycle(["GB", "US"], rows)),
-            50,
+            10,
         )
         for how, rows in LENGTHS.items()
     ],
     good(
         "PersonModel._sample_conditional without blanks",
         _rows(FEW, genders(FEW), cycle(["GB"], FEW), produce_nans=False),
-        50,
+        10,
     ),
     bad(
         "PersonModel._sample_conditional: no countries",
         ValueError,
         _rows(FEW, genders(FEW), None),
-        20,
+        10,
     ),
     bad(
         "PersonModel._sample_conditional: gender X",
         ValueError,
         _rows(FEW, cycle(["X"], FEW), cycle(["GB"], FEW)),
-        20,
+        10,
     ),
     bad(
         "PersonModel._sample_conditional: gender X, many",
         ValueError,
         _rows(MANY, cycle(["X"], MANY), cycle(["GB"], MANY)),
-        20,
+        10,
     ),
     bad(
         "PersonModel._sample_conditional: unknown country",
         KeyError,
         _rows(FEW, genders(FEW), cycle(["XX"], FEW)),
-        20,
+        10,
     ),
     good(
         "PersonModel._sample_conditional of fewer than 0 rows",
         _rows(-1, genders(FEW), cycle(["GB"], FEW)),
-        20,
+        10,
     ),
     bad(
         "PersonModel._sample_conditional: no series",

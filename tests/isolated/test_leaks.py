@@ -1,6 +1,7 @@
 """The checker of leaks sees those that are made on purpose, and nothing where there is none."""
 
 import os
+import re
 import signal
 from collections.abc import Callable
 from dataclasses import replace
@@ -9,6 +10,7 @@ from pathlib import Path
 import pytest
 
 from checks.catalogue import CATALOGUE
+from checks.catalogue.call import MOST_COST
 from checks.deliberate import LEAKS
 from checks.growth import BATCHES, Growth
 from checks.leaks import check
@@ -16,6 +18,7 @@ from checks.measuring import line, measured, verdict
 from checks.processes import Outcome, run_apart
 from support.isolated import output_of
 from support.sanitizing import SANITIZED
+from support.stub import public_functions
 
 ROOT = Path(__file__).parents[2]
 
@@ -41,12 +44,53 @@ def test_leak_on_purpose_is_seen(name: str) -> None:
         "PersonModel.check_email",
         "PersonModel.sample: interrupted",
         "PersonModel.generate_passwords at once",
+        "PersonModel.generate_usernames that clash, by single calls",
+        "PersonModel.generate_last_names, names by calls of Faker",
         "module imported again",
     ],
 )
 def test_call_that_loses_nothing(name: str, capsys: pytest.CaptureFixture[str]) -> None:
     assert check([name], 500, 1) == []
     assert capsys.readouterr().out.endswith("  ok\n")
+
+
+# What cannot fail once its arguments fit, and why.
+WITHOUT_FAILURE = {"PersonModel.default_locale": "gives a constant"}
+# What a misfit is called in the catalogue.
+MISFITS = (
+    "too many arg",
+    "too few arg",
+    "unknown keyword",
+    "argument given twice",
+    "of a wrong type",
+)
+
+
+def _calls_of(name: str, failing: bool) -> list[str]:
+    """The names of the calls in the catalogue that make one of these, misfits not counted."""
+    called = re.compile(rf"{re.escape(name)}(?![\w.(]| =)")
+    return [
+        call.name
+        for call in CATALOGUE.values()
+        if called.match(call.name)
+        and (call.raises is not None) == failing
+        and not any(misfit in call.name for misfit in MISFITS)
+        and not call.name.endswith((" as an object", " pickled by name"))
+    ]
+
+
+@pytest.mark.parametrize("name", public_functions())
+def test_public_name_has_a_good_call_and_a_bad_one(name: str) -> None:
+    assert _calls_of(name, failing=False) != []
+    assert (_calls_of(name, failing=True) == []) == (name in WITHOUT_FAILURE)
+
+
+def test_names_without_failure_are_public() -> None:
+    assert WITHOUT_FAILURE.keys() <= set(public_functions())
+
+
+def test_no_call_is_made_less_than_a_tenth_as_often() -> None:
+    assert {call.name for call in CATALOGUE.values() if call.cost > MOST_COST} == set()
 
 
 @pytest.mark.parametrize(
@@ -155,22 +199,37 @@ def test_import_loses_nothing(standins: Path, prepared: str) -> None:
 
 
 # Each call twice under the debug hooks of Python's allocators, then an ordinary end of the process.
+# Up to the calls that make the module once more, which come last, columns are made at once.
 UNDER_DEBUG_HOOKS = """
     import sys
     sys.path[:0] = {paths!r}
     from checks.catalogue import CATALOGUE
     from checks.catalogue.call import restore
-    for call in CATALOGUE.values():
+    from checks.catalogue.parts import MANY, countries, drawing, first_names
+    from support.counting import FAKER, calls_of
+
+    def twice(call):
         once = call.checked()
         try:
             once()
             once()
         finally:
             restore()
-    print(len(CATALOGUE))
+
+    making = [CATALOGUE[name] for name in {making!r}]
+    for call in CATALOGUE.values():
+        if call not in making:
+            twice(call)
+    draw = lambda: drawing().generate_last_names(first_names(MANY), countries(MANY))
+    print(len(CATALOGUE), calls_of(draw, FAKER) < MANY)
+    for call in making:
+        twice(call)
 """
+MAKING_THE_MODULE = ["module imported again", "module made again"]
 
 
 def test_debug_hooks_have_nothing_to_report_to_the_very_end() -> None:
-    code = UNDER_DEBUG_HOOKS.format(paths=[str(ROOT), str(ROOT / "tests")])
-    assert output_of(code, options=("-X", "dev")) == str(len(CATALOGUE))
+    code = UNDER_DEBUG_HOOKS.format(
+        paths=[str(ROOT), str(ROOT / "tests")], making=MAKING_THE_MODULE
+    )
+    assert output_of(code, options=("-X", "dev")) == f"{len(CATALOGUE)} True"
