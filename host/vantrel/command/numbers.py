@@ -3,8 +3,8 @@
 from __future__ import annotations
 
 import re
+from collections.abc import Callable
 from decimal import Decimal
-from typing import override
 
 import click
 
@@ -13,34 +13,23 @@ _SEPARATED = re.compile(r"\d{1,3}(,\d{3})+")
 _SCIENTIFIC = re.compile(r"\d+(\.\d+)?e\+?\d{1,2}", re.IGNORECASE)
 
 
-class WholeNumber(click.ParamType):
-    """A whole number, written in digits.
+def whole_number(least: int) -> Callable[[str], int]:
+    """Makes the type of an option that takes a whole number, written in digits.
 
     Args:
         least: The least that is allowed.
     """
 
-    name = "n"
-
-    def __init__(self, least: int) -> None:
-        self._least = least
-
-    @override
-    def convert(
-        self, value: str | int, param: click.Parameter | None, ctx: click.Context | None
-    ) -> int:
-        """Gives the number.
-
-        Raises:
-            click.BadParameter: The value is no whole number or too small.
-        """
+    def read(value: str) -> int:
         try:
             number = int(value)
         except ValueError:
-            self.fail(f"{value!r} is no whole number{_hint(str(value))}.", param, ctx)
-        if number < self._least:
-            self.fail(f"{number} is below {self._least}.", param, ctx)
+            raise click.BadParameter(f"{value!r} is no whole number{_hint(value)}.") from None
+        if number < least:
+            raise click.BadParameter(f"{number} is below {least}.")
         return number
+
+    return read
 
 
 def _hint(text: str) -> str:

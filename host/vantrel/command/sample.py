@@ -5,7 +5,7 @@ from typing import Any
 
 import click
 
-from vantrel.command.numbers import WholeNumber
+from vantrel.command.numbers import whole_number
 from vantrel.command.output import force_option
 from vantrel.command.sample_request import SampleRequest
 from vantrel.command.terse import reporting
@@ -28,7 +28,8 @@ def _unique(
 @click.option(
     "-n",
     "rows",
-    type=WholeNumber(0),
+    metavar="N",
+    type=whole_number(0),
     help="The number of people to make; not needed with --conditions.",
 )
 @click.option(
@@ -43,7 +44,7 @@ def _unique(
 @click.option(
     "--seed",
     metavar="SEED",
-    type=WholeNumber(0),
+    type=whole_number(0),
     help="Makes the table reproducible: the same model and seed give the same table. Without one,"
     " a seed is drawn and told.",
 )
@@ -84,12 +85,14 @@ def _unique(
 )
 @click.option(
     "--workers",
-    type=WholeNumber(1),
+    metavar="N",
+    type=whole_number(1),
     help="The number of processes of the cluster on this machine. [default: one a core]",
 )
 @click.option(
     "--partitions",
-    type=WholeNumber(1),
+    metavar="N",
+    type=whole_number(1),
     help="The number of Parquet files. [default: one for every 200,000 people]",
 )
 @click.option("--resume", is_flag=True, help="Go on with a run on Dask that was stopped.")
