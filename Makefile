@@ -5,7 +5,7 @@
 #   make CXX=clang++                    the same for tools/find-compiler
 #   make test PYTEST_ARGS="-n 0 -x"     more arguments for pytest: one process, for example
 #   make fuzz FUZZ_EXAMPLES=1000        fewer examples than the 10,000 of each test otherwise
-#   make leaks LEAK_CALLS=1000          a tenth of the calls, of which the dear ones are made 1,000 times otherwise
+#   make leaks LEAK_CALLS=1000          a tenth of the calls that are made otherwise
 #   make bench BENCH_ARGS="--rounds 9"  more arguments for the benchmarks
 
 .DEFAULT_GOAL := help
