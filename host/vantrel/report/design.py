@@ -75,10 +75,10 @@ class Design:
             return 0.0
         if not self._followed.has(self._told_by):
             return None
-        return float(self.genders(self._followed, self._told_by).isna().mean())
+        return 1 - len(self.genders(self._followed, self._told_by)) / len(self._followed)
 
     def genders(self, table: LabelledTable, attribute: str) -> pd.Series:
-        """The gender that an attribute tells in each row, missing where it tells none.
+        """The gender that an attribute tells of each row, without rows where it tells none.
 
         The usual patterns tell it. A value that none of them matches was understood all the same
         if it was sampled: it counts as a gender of its own.
@@ -97,7 +97,7 @@ class Design:
         keys = dict(zip(understood, understood, strict=True))
         for key, values in _by_gender(attribute, [*texts.unique(), *understood]).items():
             keys |= dict.fromkeys(values, key)
-        return texts.map(keys).reindex(table.df.index)
+        return texts.map(keys).dropna()
 
     @cached_property
     def _told_by(self) -> str | None:
@@ -114,7 +114,8 @@ class Design:
         titles = self.real.texts("title")
         assert titles is not None
         titled = [key for key, values in _by_gender("title", titles.unique()).items() if values]
-        return 1 - float(self.genders(self._followed, "gender").isin(titled).mean())
+        with_title = self.genders(self._followed, "gender").isin(titled).sum()
+        return 1 - int(with_title) / len(self._followed)
 
 
 def _by_gender(attribute: str, values: Iterable[str]) -> dict[str, list[str]]:

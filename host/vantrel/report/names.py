@@ -85,8 +85,9 @@ def _of_country(table: LabelledTable, country: str) -> LabelledTable:
     """A table without countries has no names either: it stays as it is."""
     if not table.has("country"):
         return table
-    countries = _countries(table)
-    return replace(table, df=table.df.loc[countries.index[countries == country]])
+    countries = table.values("country")
+    is_there = countries.notna() & (countries.astype(str) == country)
+    return replace(table, df=table.df[is_there.to_numpy()])
 
 
 def _place(name: str | None, tables: Sequence[LabelledTable], kinds: Sequence[str]) -> Place:

@@ -101,7 +101,7 @@ def _reason(shares: Shares, design: Design) -> str | None:
         return CONDITIONS
     if shares.attribute != "gender":
         return None
-    genders = [design.genders(each, "gender").dropna() for each in (design.real, design.sampled)]
+    genders = [design.genders(each, "gender") for each in (design.real, design.sampled)]
     _, p, q = _distributions(*genders)
     return EVEN_SPELLINGS if _is_within(*_distance(p, q, genders[1])) else None
 

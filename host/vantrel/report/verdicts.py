@@ -89,20 +89,18 @@ def _of_gaps(gaps: Sequence[Gaps]) -> list[Verdict]:
     compared = [each for each in gaps if each.difference is not None]
     if not compared:
         return []
-    largest = max(compared, key=lambda each: abs(each.difference or 0))
-    state, words = _of_beyond([each for each in compared if each.is_beyond_chance])
-    figure = f"{points(abs(largest.difference or 0)).lstrip('+')} points"
-    return [Verdict("Missing values", figure, state, words, "missing")]
-
-
-def _of_beyond(beyond: Sequence[Gaps]) -> tuple[str, str]:
-    """Judges rates that are further off than chance allows."""
-    if not beyond:
-        return FINE, "No column's rate is further off than chance allows."
-    unexplained = [shown(each.column) for each in beyond if not each.by_design]
+    beyond = [each for each in compared if each.is_beyond_chance]
+    unexplained = [each for each in beyond if not each.by_design]
+    largest = max(abs(each.difference or 0) for each in unexplained or compared)
+    figure = f"{points(largest).lstrip('+')} points"
     if unexplained:
-        return LOOK, f"Further apart than chance explains in {listed(unexplained)}."
-    return KNOWN, " ".join(dict.fromkeys(each.by_design or "" for each in beyond))
+        names = listed([shown(each.column) for each in unexplained])
+        words, state = f"Further apart than chance explains in {names}.", LOOK
+    elif beyond:
+        words, state = " ".join(dict.fromkeys(each.by_design or "" for each in beyond)), KNOWN
+    else:
+        words, state = "No column's rate is further off than chance allows.", FINE
+    return [Verdict("Missing values", figure, state, words, "missing")]
 
 
 def _of_repeats(repeats: Sequence[Repeats]) -> list[Verdict]:
