@@ -86,10 +86,11 @@ def fit(
 ) -> None:
     """Learn from a table and write a model file.
 
-    TABLE is CSV, or Parquet if its name ends in .parquet. The columns of a person (gender, title,
-    names, e-mail address, username, password, telephone numbers, country) are found by their names
-    and values, and what was chosen is printed. --column overrides a choice, --ignore leaves a
-    column out; with --no-detect only the columns of --column are taken.
+    TABLE is CSV (in UTF-8, separated by commas), or Parquet if its name ends in .parquet. The
+    columns of a person (gender, title, names, e-mail address, username, password, telephone
+    numbers, country) are found by their names and values, and what was chosen is printed. --column
+    overrides a choice, --ignore leaves a column out; with --no-detect only the columns of --column
+    are taken.
 
     \b
     Examples:

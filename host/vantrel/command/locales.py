@@ -12,7 +12,7 @@ def locales(country: str | None) -> None:
 
     Names come from Faker, by locale. A country that has no locale of its own borrows the names of
     another one. COUNTRY asks for all locales of one country, or for one locale. It may be written
-    as in a table: BR, BRA, Brazil, pt_BR.
+    as in a table: BR, BRA, Brazil, Brasil, pt_BR.
 
     \b
     Example:
