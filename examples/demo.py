@@ -1,6 +1,6 @@
 """Learns from two tables of real people, samples new people, and sets the two side by side.
 
-Run it with `make demo`. The models and the sampled tables are left in build/demo/.
+Run it with `make demo`. The models, the sampled tables and reports are left in build/demo/.
 """
 
 from __future__ import annotations
@@ -13,6 +13,7 @@ from textwrap import fill
 import pandas as pd
 
 from vantrel import model_file
+from vantrel.command.report import report as vantrel_report
 from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.metadata.value import Person
 from vantrel.model.models.person import PersonModel
@@ -103,9 +104,11 @@ EXAMPLES = (
 def main() -> None:
     OUTPUT.mkdir(parents=True, exist_ok=True)
     for example in EXAMPLES:
-        real = read_table(ROOT / "examples" / f"{example.name}.csv")
+        real_path = ROOT / "examples" / f"{example.name}.csv"
+        real = read_table(real_path)
         model_path = OUTPUT / f"{example.name}.json"
         sampled_path = OUTPUT / f"{example.name}-sampled.csv"
+        page_path = OUTPUT / f"{example.name}.html"
         with warnings.catch_warnings(record=True) as caught:
             warnings.simplefilter("always")
             learn(example, real, model_path)
@@ -114,7 +117,10 @@ def main() -> None:
         report(real, sampled, example)
         for note in dict.fromkeys([example.note, *(str(warning.message) for warning in caught)]):
             print(f"\n{fill(note, WIDTH)}")
-        print(f"\nWritten: {model_path.relative_to(ROOT)} and {sampled_path.relative_to(ROOT)}\n")
+        print(f"\nWritten: {model_path.relative_to(ROOT)} and {sampled_path.relative_to(ROOT)}")
+        paths = map(str, (real_path, sampled_path, "-o", page_path))
+        vantrel_report.main([*paths, "--force"], standalone_mode=False)
+        print()
 
 
 def learn(example: Example, real: pd.DataFrame, model_path: Path) -> None:
