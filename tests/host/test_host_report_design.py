@@ -49,7 +49,7 @@ def gap(real: pd.DataFrame, sampled: pd.DataFrame, attribute: str) -> str | None
 
 PEOPLE = table(
     sex={"female": 0.4, "male": 0.35, "M": 0.05, "nb": 0.05, "klingon": 0.05, None: 0.1},
-    title={"Mr": 0.4, "Mrs": 0.3, "Dr": 0.1, None: 0.2},
+    title={"Mr": 0.4, "Mrs": 0.3, "Mx": 0.05, "Dr": 0.05, None: 0.2},
     last={"Lee": 0.5, "Ray": 0.2, None: 0.3},
     land={"Norway": 0.5, "Sweden": 0.47, None: 0.03},
 )
