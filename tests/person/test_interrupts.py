@@ -1,15 +1,17 @@
 """Ctrl-C in the middle of long columns."""
 
 import random
-from collections.abc import Callable, Iterable
+from collections.abc import Callable, Iterable, Sequence
 from typing import Any
 
 import numpy as np
+import pandas as pd
 import pytest
 
 from support.comparing import assert_identical
 from support.interrupting import call_with_signals, interrupt
-from support.sources import faker_randoms, seed_sources, source_states
+from support.sources import faker_randoms, seed_sources, set_states, source_states
+from support.twins import call_by_call, described
 from support.whole_columns import (
     COLLECTIONS,
     MAKERS,
@@ -106,7 +108,18 @@ def test_numpys_source_is_free_where_signals_are_let_in(maker: str) -> None:
 # The sources stand between two rows
 
 
-def states_of(sources: Iterable[random.Random]) -> list[Any]:
+class GlobalNumpy:
+    """numpy's global source, read as those of `random` are."""
+
+    def getstate(self) -> tuple[Any, ...]:
+        name, keys, *rest = np.random.get_state()
+        return name, keys.tobytes(), *rest
+
+
+Source = random.Random | GlobalNumpy
+
+
+def states_of(sources: Iterable[Source]) -> list[Any]:
     return [source.getstate() for source in sources]
 
 
@@ -115,10 +128,9 @@ def assert_between_rows(
     *arguments: Any,
     draw_row: Callable[[int], Any],
     model: PersonModel | None = None,
+    sources: Sequence[Source] = (HIDDEN_SOURCE,),
 ) -> None:
     """Interrupts the column, and draws row by row until the sources stand where they stood then."""
-    providers = {} if model is None else model.country_to_provider_map
-    sources = [HIDDEN_SOURCE, *faker_randoms(providers)]
 
     def seed() -> None:
         seed_sources(1, model)
@@ -154,6 +166,46 @@ def test_phone_numbers() -> None:
     assert_between_rows(PersonModel.generate_phone_numbers, missing, "xx", draw_row=draw_row)
 
 
+def names_apart() -> tuple[pd.Series, pd.Series]:
+    """Names of which no usernames come that are alike."""
+    return pd.Series([f"a{row}" for row in range(ROWS)]), pd.Series(["b"] * ROWS)
+
+
+def test_separators_of_usernames() -> None:
+    assert_between_rows(
+        PersonModel.generate_usernames,
+        *names_apart(),
+        sources=[GlobalNumpy()],
+        draw_row=lambda row: np.random.choice(4),
+    )
+
+
+def test_numbers_of_usernames() -> None:
+    def draw_row(row: int) -> None:
+        random.randint(0, 100)
+        random.randint(0, 1)
+
+    assert_between_rows(PersonModel.generate_usernames, *names_apart(), draw_row=draw_row)
+
+
+def test_sampled_rows() -> None:
+    """The sources that nobody seeds anew give the same by whole columns and by single calls."""
+    model = usual_model()
+    interrupt_amid("sample", model)
+    found = source_states(model)
+    made = described(model.sample(50))
+    after = source_states(model)
+    assert after != found
+    set_states(found, model)
+    with call_by_call():
+        assert described(model.sample(50)) == made
+    assert source_states(model) == after
+
+
+def sources_of(model: PersonModel) -> list[Source]:
+    return [HIDDEN_SOURCE, *faker_randoms(model.country_to_provider_map)]
+
+
 def quick_model(own_sources: bool) -> PersonModel:
     """A model whose names come from short tables, which single calls draw from in no time."""
     model = model_with(new_fakers())
@@ -175,6 +227,7 @@ def test_first_names(own_sources: bool) -> None:
         keys,
         places,
         model=model,
+        sources=sources_of(model),
         draw_row=lambda row: model.generate_random_first_name(keys[row], places[row]),
     )
 
@@ -189,5 +242,6 @@ def test_last_names(own_sources: bool) -> None:
         names(ROWS),
         places,
         model=model,
+        sources=sources_of(model),
         draw_row=lambda row: fakers[row % len(fakers)].last_name(),
     )

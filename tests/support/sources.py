@@ -55,3 +55,17 @@ def source_states(model: PersonModel | None = None) -> dict[str, Any]:
     states["model"] = model._rng.bit_generator.state
     states["providers"] = [s.getstate() for s in faker_randoms(model._country_to_provider_map)]
     return states
+
+
+def set_states(states: dict[str, Any], model: PersonModel) -> None:
+    """Puts every source back to where `source_states` found it."""
+    random.setstate(states["random"])
+    np.random.set_state(states["numpy"])
+    faker.generator.random.setstate(states["faker"])
+    for name in ("hidden_model_gender", "hidden_model_country"):
+        if states[name] is not None:
+            getattr(model, name)._rng.bit_generator.state = states[name]
+    model._rng.bit_generator.state = states["model"]
+    sources = faker_randoms(model._country_to_provider_map)
+    for source, state in zip(sources, states["providers"], strict=True):
+        source.setstate(state)
