@@ -1,7 +1,6 @@
 """The checker of leaks sees those that are made on purpose, and nothing where there is none."""
 
 import os
-import re
 import signal
 from collections.abc import Callable
 from dataclasses import replace
@@ -18,7 +17,7 @@ from checks.measuring import line, measured, verdict
 from checks.processes import Outcome, run_apart
 from support.isolated import output_of
 from support.sanitizing import SANITIZED
-from support.stub import public_functions
+from support.stub import public_functions, titles_of
 
 ROOT = Path(__file__).parents[2]
 
@@ -68,14 +67,12 @@ MISFITS = (
 
 def _calls_of(name: str, failing: bool) -> list[str]:
     """The names of the calls in the catalogue that make one of these, misfits not counted."""
-    called = re.compile(rf"{re.escape(name)}(?![\w.(]| =)")
     return [
-        call.name
-        for call in CATALOGUE.values()
-        if called.match(call.name)
-        and (call.raises is not None) == failing
-        and not any(misfit in call.name for misfit in MISFITS)
-        and not call.name.endswith((" as an object", " pickled by name"))
+        title
+        for title in titles_of(name, CATALOGUE)
+        if (CATALOGUE[title].raises is not None) == failing
+        and not any(misfit in title for misfit in MISFITS)
+        and not title.endswith((" as an object", " pickled by name"))
     ]
 
 

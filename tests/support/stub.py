@@ -1,7 +1,8 @@
 """What the stub of the person module declares."""
 
 import ast
-from collections.abc import Iterator
+import re
+from collections.abc import Iterable, Iterator
 from pathlib import Path
 
 STUB = Path(__file__).parents[2] / "model" / "models" / "person.pyi"
@@ -23,3 +24,9 @@ def public_functions() -> list[str]:
     """
     names = _functions(ast.parse(STUB.read_text(encoding="utf-8")).body)
     return [name.replace(".__init__", "()") for name in names]
+
+
+def titles_of(function: str, titles: Iterable[str]) -> list[str]:
+    """Those titles of calls that begin with the name of a public function."""
+    named = re.compile(rf"{re.escape(function)}(?![\w.(]| =)")
+    return [title for title in titles if named.match(title)]
