@@ -82,6 +82,12 @@ def test_each_reason_of_a_gap_is_told() -> None:
     assert gap(real, sampled, "title") == design.NO_TITLES
 
 
+def test_titles_that_genders_are_learnt_from_are_missing_where_they_tell_none() -> None:
+    real = table(title={"Mr": 0.5, "Mrs": 0.3, "Captain Nemo": 0.2})
+    sampled = real.where(real["title"] != "Captain Nemo")
+    assert gap(real, sampled, "title") == design.UNCLEAR_TITLES
+
+
 @pytest.mark.parametrize("attribute", COLUMNS)
 def test_gaps_that_no_model_makes_are_not_by_design(attribute: str) -> None:
     real = table(sex=SEX, title={"Mr": 0.5, "Mrs": 0.5}, last={"Lee": 1}, land={"Norway": 1})

@@ -68,25 +68,15 @@ def report(table: Path, sampled: Path, output: Path, columns: dict[str, str], fo
     # These take a second to import; help and usage errors need not wait for them.
     from vantrel.files import replacing
     from vantrel.report.figures import compare
-    from vantrel.report.guard import unguarded
-    from vantrel.report.labelling import label
     from vantrel.report.page import Sources, render
-    from vantrel.tables import read_table
 
     with reporting():
         record = _record(table, sampled)
-        real, people = read_table(table), read_table(sampled)
-        if record and record.options.get("csv_safe"):
-            people = unguarded(people)
-        _check_columns(columns, real, people, (table, sampled))
-        labelled = label(real, people, columns, _recorded(record, columns))
-        _check_comparable(*labelled, (table, sampled))
+        real, people = _labelled(table, sampled, columns, record)
         conditions = record and record.options.get("conditions")
-        figures = compare(*labelled, has_conditions=bool(conditions))
-        sources = Sources(
-            *(click.format_filename(path.absolute().name) for path in (table, sampled))
-        )
-        page = render(figures, sources, record)
+        figures = compare(real, people, has_conditions=bool(conditions))
+        names = [click.format_filename(path.absolute().name) for path in (table, sampled)]
+        page = render(figures, Sources(*names), record)
         with replacing(output) as file:
             file.write(page)
     click.echo(f"{_summary(figures)}; wrote {output}.")
@@ -107,6 +97,28 @@ def _record(table: Path, sampled: Path) -> SampleRecord | None:
             f"{table} is a sample, as its record says: the real table comes first."
         )
     return record
+
+
+def _labelled(
+    table: Path, sampled: Path, given: Mapping[str, str], record: SampleRecord | None
+) -> tuple[LabelledTable, LabelledTable]:
+    """Reads both tables and tells their columns.
+
+    Raises:
+        click.ClickException: They have nothing to compare, or no such columns as are given.
+        ValueError: One cannot be read.
+    """
+    from vantrel.report.guard import unguarded
+    from vantrel.report.labelling import label
+    from vantrel.tables import read_table
+
+    real, people = read_table(table), read_table(sampled)
+    if record and record.options.get("csv_safe"):
+        people = unguarded(people)
+    _check_columns(given, real, people, (table, sampled))
+    labelled = label(real, people, given, _recorded(record, given))
+    _check_comparable(*labelled, (table, sampled))
+    return labelled
 
 
 def _recorded(record: SampleRecord | None, given: Mapping[str, str]) -> dict[str, str]:

@@ -19,13 +19,14 @@ EVEN_SPELLINGS = (
 EVEN_TITLES = "Titles are drawn evenly from those that only the row's gender bears."
 CONDITIONS = "The sample was made for given genders or countries, and has their shares and gaps."
 UNCLEAR_GENDERS = "What is not understood as a gender counts as missing."
+UNCLEAR_TITLES = (
+    "Genders are learnt from titles, and what is not understood as one counts as missing."
+)
 NO_TITLES = "A row has no title where its gender is missing or bears none of the real titles."
 BLANK_ROWS = (
     "Countries are missing at least as often as gender, as a row without a gender is blank."
 )
-UNLEARNT = (
-    "Gaps in names and in what else is made up are not learnt: it is missing as often as gender."
-)
+UNLEARNT = "Gaps in what is made up, such as names, are not learnt: it is missing where gender is."
 
 _AMBIGUOUS = "A"
 
@@ -60,13 +61,12 @@ class Design:
         blank = self.blank_rate
         if blank is None:
             return None, ""
-        if attribute == "gender":
-            return blank, UNCLEAR_GENDERS
         if attribute == "country":
             return max(rate, blank), BLANK_ROWS
         if attribute == "title" and self._told_by == "gender":
             return self._untitled_rate, NO_TITLES
-        return blank, UNLEARNT
+        reasons = {"gender": UNCLEAR_GENDERS, "title": UNCLEAR_TITLES}
+        return blank, reasons.get(attribute, UNLEARNT)
 
     @cached_property
     def blank_rate(self) -> float | None:
