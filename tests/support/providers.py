@@ -11,7 +11,7 @@ from support.people import person_model
 from vantrel.model.models.person import PersonModel
 
 LOCALES = ("en_GB", "en_US", "de_DE", "fr_FR", "zh_CN", "ja_JP", "ar_EG", "ru_RU")
-DTYPES = ["object", "str", "string", "category"]
+DTYPES: list[Any] = ["object", "str", "string", "category"]
 try:
     import pyarrow as pa
 

@@ -19,6 +19,10 @@ def faker_randoms(providers: dict[str, Any]) -> list[random.Random]:
     return list({id(source): source for source in sources}.values())
 
 
+def _provided_randoms(model: Any) -> list[random.Random]:
+    return faker_randoms(model._country_to_provider_map)
+
+
 def seed_sources(seed: int, model: PersonModel | None = None) -> None:
     """Seeds the global sources and, where a model is given, its own."""
     random.seed(seed)
@@ -29,7 +33,7 @@ def seed_sources(seed: int, model: PersonModel | None = None) -> None:
     for part in (model, model.hidden_model_gender, model.hidden_model_country):
         if part is not None:
             part._rng = np.random.default_rng(seed)
-    for number, source in enumerate(faker_randoms(model._country_to_provider_map)):
+    for number, source in enumerate(_provided_randoms(model)):
         source.seed(seed + number)
 
 
@@ -53,7 +57,7 @@ def source_states(model: PersonModel | None = None) -> dict[str, Any]:
         part = getattr(model, name)
         states[name] = None if part is None else part._rng.bit_generator.state
     states["model"] = model._rng.bit_generator.state
-    states["providers"] = [s.getstate() for s in faker_randoms(model._country_to_provider_map)]
+    states["providers"] = [s.getstate() for s in _provided_randoms(model)]
     return states
 
 
@@ -66,6 +70,6 @@ def set_states(states: dict[str, Any], model: PersonModel) -> None:
         if states[name] is not None:
             getattr(model, name)._rng.bit_generator.state = states[name]
     model._rng.bit_generator.state = states["model"]
-    sources = faker_randoms(model._country_to_provider_map)
+    sources = _provided_randoms(model)
     for source, state in zip(sources, states["providers"], strict=True):
         source.setstate(state)

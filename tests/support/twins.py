@@ -117,7 +117,8 @@ def refused_both_ways(
     """As `same_both_ways` for a call that must raise; gives the exception."""
     run = same_both_ways(call, model, seed, within)
     assert run.error is not None
-    return run.result
+    error: BaseException = run.result
+    return error
 
 
 def _run(call: Call, model: PersonModel | None, seed: int, within: Surroundings) -> Run:

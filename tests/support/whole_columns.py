@@ -57,7 +57,10 @@ def usual_model() -> PersonModel:
 def in_turn(values: Iterable[Any], rows: int, dtype: Any = "object", **rest: Any) -> pd.Series:
     """A series of so many rows that repeats the values."""
     values = list(values)
-    return pd.Series([values[i % len(values)] for i in range(rows)], dtype=dtype, **rest)
+    series: pd.Series = pd.Series(
+        [values[i % len(values)] for i in range(rows)], dtype=dtype, **rest
+    )
+    return series
 
 
 def genders(rows: int) -> pd.Series:
