@@ -3,6 +3,7 @@
 import os
 import warnings
 from collections.abc import Callable
+from typing import Any
 
 import pandas as pd
 from hypothesis import HealthCheck, settings
@@ -41,6 +42,15 @@ def outcome[T](call: Callable[[], T], *documented: type[Exception]) -> T | None:
 
 # The module makes whole columns at once from 16 rows on.
 row_numbers = st.one_of(st.integers(0, 6), st.integers(16, 24))
+
+
+def usually(usual: st.SearchStrategy[Any], odd: st.SearchStrategy[Any]) -> st.SearchStrategy[Any]:
+    """Usual values, and one time in five odd ones.
+
+    `st.one_of` would take apart what is odd and give each of its many kinds the same chance.
+    """
+    return st.integers(0, 4).flatmap(lambda drawn: odd if drawn == 4 else usual)
+
 
 any_text = st.text(st.characters(), max_size=8)  # half characters are among them
 telling = st.sampled_from(

@@ -7,7 +7,7 @@ import numpy as np
 import pandas as pd
 from hypothesis import strategies as st
 
-from support.fuzzing import any_text, odd_values, telling
+from support.fuzzing import any_text, odd_values, row_numbers, telling
 
 try:
     import pyarrow as pa
@@ -59,7 +59,8 @@ if pa is not None:
 @st.composite
 def indexes(draw: st.DrawFn, rows: int) -> pd.Index:
     """An index: the usual one, or one that starts late, repeats, has texts, days or levels."""
-    kind = draw(st.sampled_from(["usual", "usual", "late", "equal", "text", "days", "levels"]))
+    kinds = ["usual"] * 10 + ["late", "equal", "text", "days", "levels"]
+    kind = draw(st.sampled_from(kinds))
     if kind == "levels":
         return pd.MultiIndex.from_arrays([[i % 2 for i in range(rows)], list(range(rows))])
     made: dict[str, Callable[[], Any]] = {
@@ -74,12 +75,19 @@ def indexes(draw: st.DrawFn, rows: int) -> pd.Index:
 
 
 @st.composite
+def in_turn[T](draw: st.DrawFn, values: st.SearchStrategy[T], rows: int) -> list[T]:
+    """So many values; where they are many, a few of them come again and again."""
+    some = draw(st.lists(values, min_size=min(rows, 6), max_size=min(rows, 6)))
+    return [some[i % len(some)] for i in range(rows)]
+
+
+@st.composite
 def columns(draw: st.DrawFn, rows: int | None = None, index: pd.Index | None = None) -> pd.Series:
     """A column of any kind whose values that kind can hold."""
     values, dtype = KINDS[draw(st.sampled_from(sorted(KINDS)))]
     if rows is None:
-        rows = draw(st.integers(0, 6))
-    drawn: Any = draw(st.lists(values, min_size=rows, max_size=rows))
+        rows = draw(row_numbers)
+    drawn: Any = draw(in_turn(values, rows))
     if index is None:
         index = draw(indexes(rows))
     try:
@@ -91,6 +99,34 @@ def columns(draw: st.DrawFn, rows: int | None = None, index: pd.Index | None = N
     return column
 
 
+@st.composite
+def mostly(draw: st.DrawFn, usual: st.SearchStrategy[Any], rows: int, index: pd.Index) -> pd.Series:
+    """A column of usual texts, one of which may be odd, or now and then one of any kind."""
+    kind = draw(st.sampled_from(["usual"] * 6 + ["one odd", "any"]))
+    if kind == "any":
+        return draw(columns(rows, index))
+    values: list[Any] = draw(in_turn(usual, rows))
+    dtype = draw(st.sampled_from(["object", "object", "str", "category"]))
+    if kind == "one odd" and rows:
+        values[draw(st.integers(0, rows - 1))] = draw(odd_values)
+        dtype = "object"
+    return pd.Series(_as_items(values), index=index, dtype=dtype)
+
+
+@st.composite
+def alike(draw: st.DrawFn, *usual: st.SearchStrategy[Any]) -> list[pd.Series]:
+    """Columns of mostly usual values; now and then one has other rows than the first."""
+    rows = draw(row_numbers)
+    index = draw(indexes(rows))
+    made = [draw(mostly(usual[0], rows, index))]
+    for values in usual[1:]:
+        if draw(st.integers(0, 9)) == 0:
+            rows = draw(row_numbers)
+            index = draw(indexes(rows))
+        made.append(draw(mostly(values, rows, index)))
+    return made
+
+
 def _as_items(drawn: list[Any]) -> np.ndarray[Any, Any]:
     """Keeps lists and arrays whole instead of making a table of them."""
     items = np.empty(len(drawn), dtype="object")
@@ -100,13 +136,18 @@ def _as_items(drawn: list[Any]) -> np.ndarray[Any, Any]:
 
 
 @st.composite
-def frames(draw: st.DrawFn, *names: str) -> pd.DataFrame:
-    """A frame of named columns of any kind; some may be left out, come twice, or be others."""
-    rows = draw(st.integers(0, 6))
+def frames(draw: st.DrawFn, usual: dict[str, st.SearchStrategy[Any]]) -> pd.DataFrame:
+    """A frame of named columns of mostly usual values.
+
+    Some columns may be left out or come twice, and there may be others.
+    """
+    rows = draw(row_numbers)
     index = draw(indexes(rows))
-    kept = [name for name in names if draw(st.integers(0, 9)) > 0]
-    more = draw(st.lists(st.one_of(st.sampled_from(names), any_text, st.none()), max_size=1))
-    made = [draw(columns(rows, index)) for _ in [*kept, *more]]
+    kept = [name for name in usual if draw(st.integers(0, 19)) > 0]
+    other = st.one_of(st.sampled_from(sorted(usual)), any_text, st.none())
+    more = [draw(other)] if draw(st.integers(0, 4)) == 0 else []
+    made = [draw(mostly(usual[name], rows, index)) for name in kept]
+    made += [draw(columns(rows, index)) for _ in more]
     if not made:
         return pd.DataFrame(index=index)
     frame = pd.concat(made, axis="columns")
