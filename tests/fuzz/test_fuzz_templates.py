@@ -6,14 +6,15 @@ import pandas as pd
 from hypothesis import given
 from hypothesis import strategies as st
 
-from support.fuzzing import any_text, fuzz, odd_values, outcome
-from support.odd_frames import columns
+from support.fuzzing import any_text, fuzz, odd_values, outcome, row_numbers, usually
+from support.odd_frames import columns, in_turn
 from vantrel.model.models.person import PersonModel
 
 templates = st.one_of(
     st.text(st.one_of(st.just("x"), st.characters()), max_size=12),
     st.text(r"x\1X{}%+$ ", max_size=12),
 )
+flags = row_numbers.flatmap(lambda rows: in_turn(st.booleans(), rows))
 
 
 def follows(number: str, template: str) -> bool:
@@ -28,7 +29,7 @@ def has_half_a_character(text: str) -> bool:
 
 
 @fuzz
-@given(st.lists(st.booleans(), max_size=20), templates)
+@given(flags, templates)
 def test_any_template(isna: list[bool], template: str) -> None:
     # pyarrow has no half characters.
     refused = (ValueError,) if has_half_a_character(template) else ()
@@ -43,7 +44,7 @@ def test_any_template(isna: list[bool], template: str) -> None:
 
 
 @fuzz
-@given(columns(), templates)
+@given(usually(flags.map(pd.Series), columns()), templates)
 def test_any_flags(isna: pd.Series, template: str) -> None:
     # A value's truth cannot be told; pyarrow has no half characters.
     numbers = outcome(
@@ -67,7 +68,9 @@ def is_no_number(value: Any) -> bool:
     return not isinstance(value, int | float)
 
 
-lengths = st.one_of(st.integers(-50, 50), st.integers(-50, 2_000), odd_values.filter(is_no_number))
+lengths = usually(
+    st.one_of(st.integers(-50, 50), st.integers(-50, 2_000)), odd_values.filter(is_no_number)
+)
 
 
 @fuzz
@@ -80,10 +83,14 @@ def test_a_password(least: Any, most: Any) -> None:
         assert password == "" or (password.isascii() and password.isalnum())
 
 
+addresses = st.from_regex(r"\A[a-z.]{1,9}@[a-z-]{1,9}(\.[a-z]{1,3})*\Z")
+locales = st.lists(st.sampled_from(["en", "en_GB", "fr"]), max_size=2)
+
+
 @fuzz
 @given(
-    st.one_of(any_text, st.from_regex(r"\A[a-z.]{1,9}@[a-z-]{1,9}(\.[a-z]{1,3})*\Z"), odd_values),
-    st.one_of(st.lists(st.sampled_from(["en", "en_GB", "fr"]), max_size=2), odd_values),
+    usually(addresses, st.one_of(any_text, odd_values)),
+    usually(locales, odd_values),
 )
 def test_an_email_address(address: Any, locales: Any) -> None:
     # An argument is of a wrong type, or an item of the list has no "in".
