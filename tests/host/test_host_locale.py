@@ -11,7 +11,7 @@ from faker import Faker
 from faker.config import AVAILABLE_LOCALES
 
 from vantrel.util.locale import countries
-from vantrel.util.locale.countries import country_codes, country_name, folded, own_names
+from vantrel.util.locale.countries import country_codes, country_name, folded, foreign_names
 from vantrel.util.locale.faker_locales import locale_for_country
 from vantrel.util.locale.locale import (
     Provider,
@@ -139,7 +139,7 @@ def test_a_locale_written_exactly_comes_before_a_country() -> None:
 
 def test_names_in_other_languages_come_last(monkeypatch: pytest.MonkeyPatch) -> None:
     names = dict.fromkeys(["germany", "de", "deu", "pt br", "la", "helvetia"], "CH")
-    monkeypatch.setattr("vantrel.util.locale.locale.own_names", lambda: names)
+    monkeypatch.setattr("vantrel.util.locale.locale.foreign_names", lambda: names)
     found = [recognise(place) for place in ("Germany", "DE", "DEU", "PT_br", "la", "Helvetia")]
     assert [place and (place.country or place.locale) for place in found] == [
         "DE", "DE", "DE", "pt_BR", "la", "CH",
@@ -147,18 +147,18 @@ def test_names_in_other_languages_come_last(monkeypatch: pytest.MonkeyPatch) -> 
 
 
 def test_a_name_that_two_countries_share_is_neither(monkeypatch: pytest.MonkeyPatch) -> None:
-    names = {"DE": "Alemannia", "AT": "alemannia", "CH": "Helvetia", "LI": "France", "LU": ""}
+    names = {"DE": "Alemannia", "AT": "alemannia", "CH": "Helvetia", "LI": "France", "IM": "Man"}
     country_codes()  # reads the English names
     monkeypatch.setattr(countries, "_names_in", lambda language: names)
-    assert own_names.__wrapped__() == {"helvetia": "CH"}
+    assert foreign_names.__wrapped__() == {"helvetia": "CH"}
 
 
 def test_names_in_other_languages_are_read_only_when_nothing_else_is_known() -> None:
-    own_names.cache_clear()
+    foreign_names.cache_clear()
     locales_for("GB", "Germany", "pt-br")
-    assert own_names.cache_info().misses == 0
-    locales_for("Deutschland", "Schweiz")
-    assert own_names.cache_info().misses == 1
+    assert foreign_names.cache_info().misses == 0
+    locales_for("Deutschland", "Schweiz", "Frankreich", "Polen")
+    assert foreign_names.cache_info().misses == 1
 
 
 @pytest.mark.parametrize(

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Iterable
-from typing import TYPE_CHECKING
+from typing import TYPE_CHECKING, Any
 
 import pandas as pd
 
@@ -72,7 +72,7 @@ def _problems(column: object, unplaced: pd.Series) -> list[str]:
     ]
 
 
-def _shown(value: object) -> str:
+def _shown(value: Any) -> str:
     if pd.isna(value):
         return "no value"
     return repr(value) if isinstance(value, str) else str(value)

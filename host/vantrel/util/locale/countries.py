@@ -77,19 +77,25 @@ def country_codes() -> dict[str, str]:
 
 
 @cache
-def own_names() -> dict[str, str]:
-    """Maps the folded names of countries in their own official languages to two-letter codes.
+def foreign_names() -> dict[str, str]:
+    """Maps the folded names of countries in all official languages to their two-letter codes.
 
-    Names that another country shares, or that mean one in English, are left out. The first call
-    takes a few tenths of a second: it reads the names of all these languages.
+    Names that another country shares, or that mean one in English, are left out, and so are those
+    of up to three letters: "Man" is an island in Danish. The first call takes up to a second: it
+    reads the names of all these languages.
     """
     known = country_codes()
+    countries = set(known.values())
     codes: dict[str, set[str]] = defaultdict(set)
-    for code in set(known.values()):
-        for language in official_languages(code):
-            if name := _names_in(language).get(code):
+    for language in {each for code in countries for each in official_languages(code)}:
+        for code, name in _names_in(language).items():
+            if code in countries:
                 codes[folded(name)].add(code)
-    return {name: min(of) for name, of in codes.items() if len(of) == 1 and name not in known}
+    return {
+        name: min(of)
+        for name, of in codes.items()
+        if len(of) == 1 and name not in known and not (len(name) <= 3 and name.isascii())
+    }
 
 
 def official_languages(code: str) -> tuple[str, ...]:

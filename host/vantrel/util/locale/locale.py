@@ -18,7 +18,7 @@ import pandas as pd
 from faker import Faker
 
 from vantrel.util.callers import OURS
-from vantrel.util.locale.countries import country_codes, country_name, folded, own_names
+from vantrel.util.locale.countries import country_codes, country_name, folded, foreign_names
 from vantrel.util.locale.faker_locales import (
     locale_for_country,
     locale_for_locale,
@@ -152,7 +152,7 @@ def recognise(place: str) -> Recognised | None:
         return Recognised(country=country)
     if locale := _locales_by_folded().get(folded(text)):
         return Recognised(locale=locale)
-    if country := own_names().get(folded(text)):
+    if country := foreign_names().get(folded(text)):
         return Recognised(country=country)
     return None
 
@@ -180,7 +180,7 @@ def _unknown(places: list[str]) -> str:
 
 
 def _nearest(place: str) -> str:
-    codes = own_names() | country_codes()
+    codes = foreign_names() | country_codes()
     shown = {spelling: country_name(code) for spelling, code in codes.items()}
     shown |= _locales_by_folded()
     nearest = get_close_matches(folded(str(place)), shown, n=3, cutoff=0.8)
