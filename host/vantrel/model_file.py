@@ -53,7 +53,8 @@ def dumps(model: PersonModel) -> str:
         ModelNotFittedError: Nothing has been learnt yet.
         TypeError: The model holds values that JSON has no form for.
         ValueError: The model could not be loaded again: a pattern of the configuration might make
-            a search endless, or there are more than 16 MiB.
+            a search endless, or there are more than 16 MiB, 2,000 countries or 1,000 characters in
+            a category.
     """
     learnt = model.to_dict()
     _refuse_not_fitted(learnt)
