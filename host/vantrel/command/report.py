@@ -108,9 +108,9 @@ def _labelled(
         click.ClickException: They have nothing to compare, or no such columns as are given.
         ValueError: One cannot be read.
     """
-    from vantrel.report.guard import unguarded
     from vantrel.report.labelling import label
     from vantrel.tables import read_table
+    from vantrel.tables.guard import unguarded
 
     real, people = read_table(table), read_table(sampled)
     if record and record.options.get("csv_safe"):

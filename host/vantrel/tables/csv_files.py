@@ -14,10 +14,7 @@ from pandas.errors import EmptyDataError, ParserError
 
 from vantrel.tables.csv_rows import doubled_names, is_utf_16, last_row, ragged_row, read_header
 from vantrel.tables.errors import TableError
-
-# A spreadsheet runs what begins with the first four, some also behind what they take for a blank,
-# or as they are written among Chinese and Japanese characters.
-_RUNNABLE = ("=", "+", "-", "@", "\t", "\r", "\n", "＝", "＋", "－", "＠")
+from vantrel.tables.guard import guarded
 
 
 def read_csv(path: Path) -> pd.DataFrame:
@@ -101,7 +98,7 @@ def write_csv(
     lines: Any = _Lines(file)  # pandas calls nothing but write
     end = _Lines.END
     for number, frame in enumerate(frames):
-        part = _guarded(frame) if spreadsheet_safe else frame
+        part = guarded(frame) if spreadsheet_safe else frame
         part.to_csv(lines, index=False, header=number == 0, lineterminator=end, quoting=quoting)
     file.flush()
 
@@ -120,13 +117,3 @@ class _Lines:
 
     def write(self, line: str) -> int:
         return self._file.write(line.removesuffix(self.END) + "\n")
-
-
-def _guarded(frame: pd.DataFrame) -> pd.DataFrame:
-    guarded = frame.apply(_guarded_column)
-    return guarded.set_axis(_guarded_column(frame.columns.to_series()), axis="columns")
-
-
-def _guarded_column(column: pd.Series) -> pd.Series:
-    runnable = column.str.startswith(_RUNNABLE, na=False)
-    return column.mask(runnable, "'" + column)
