@@ -60,6 +60,15 @@ def test_missing_genders_leave_the_whole_person_out(people: pd.DataFrame) -> Non
     assert sample[blank].isna().all(axis=None)
 
 
+def test_a_gender_that_bears_no_title_has_a_missing_one() -> None:
+    people = pd.DataFrame({"sex": ["m", "f", "nb"] * 20, "form": ["Mr", "Mrs", None] * 20})
+    labels = PersonLabels(gender="sex", title="form")
+    model = PersonModel(meta=Person("person", labels)).fit(people)
+    sample = sample_people(model, 300)
+    assert set(sample["form"].dropna()) == {"Mr", "Mrs"}
+    assert sample["form"].isna().equals(sample["sex"] == "nb")
+
+
 def test_no_rows(people: pd.DataFrame) -> None:
     people.loc[0, "land"] = None
     assert sample_people(fitted(people), 0).shape == (0, 3)

@@ -1,12 +1,12 @@
-"""Samples tables that have missing countries where the fitted one had."""
+"""Samples tables that have missing values where the fitted one had."""
 
 from __future__ import annotations
 
 from typing import TYPE_CHECKING
 
-if TYPE_CHECKING:
-    import pandas as pd
+import pandas as pd
 
+if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel
 
 
@@ -14,6 +14,8 @@ def sample_people(
     model: PersonModel, n: int | None = None, conditions: pd.DataFrame | None = None
 ) -> pd.DataFrame:
     """Samples people, some of them without a country where the fitted table had such.
+
+    People whose gender bears no title of the fitted table have a missing one.
 
     A name needs a country. So each row is drawn with one, and the countries are taken out of as
     many rows as the fitted table had without. Rows without a gender are blank, and so without a
@@ -28,6 +30,14 @@ def sample_people(
     Returns:
         A frame of the labelled columns with the index 0 to n - 1.
     """
+    people = _sample_countries_too(model, n, conditions)
+    _unwrite_missing_titles(people, model)
+    return people
+
+
+def _sample_countries_too(
+    model: PersonModel, n: int | None, conditions: pd.DataFrame | None
+) -> pd.DataFrame:
     hidden = model.hidden_model_country
     given_country = conditions is not None and hidden is not None and hidden.name in conditions
     if hidden is None or not hidden.meta.nan_freq or given_country:
@@ -49,3 +59,10 @@ def _share_of_blank_rows(model: PersonModel, conditions: pd.DataFrame | None) ->
     if hidden is None or (conditions is not None and hidden.name in conditions):
         return 0.0
     return hidden.meta.nan_freq or 0.0
+
+
+def _unwrite_missing_titles(people: pd.DataFrame, model: PersonModel) -> None:
+    """Makes titles missing again that the model has turned into words, as it does in pandas 2."""
+    title = model.labels.title
+    if title is not None and people[title].dtype == object:
+        people[title] = people[title].mask(people[title] == str(pd.NA))
