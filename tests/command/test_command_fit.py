@@ -1,5 +1,6 @@
 """How ``vantrel fit`` finds columns and reads its settings."""
 
+import shlex
 import subprocess
 import sys
 from pathlib import Path
@@ -121,7 +122,7 @@ def test_nothing_is_found_in_a_table_with_another_separator(separator: str, hint
 def test_a_table_can_be_converted_as_is_told(separator: str) -> None:
     Path("in.csv").write_text(f"sex{separator}surname\nm{separator}NA\n{separator}007\n")
     line = fail("fit in.csv -o m.json", 1).partition("as in python ")[2].removesuffix(".")
-    subprocess.run(f"{sys.executable} {line}", shell=True, check=True)
+    subprocess.run([sys.executable, *shlex.split(line)], check=True)
     assert Path("out.csv").read_text() == "sex,surname\nm,NA\n,007\n"
 
 
