@@ -62,7 +62,7 @@ def fit(
     from vantrel.model.models.person import PersonModel
     from vantrel.util.locale.locale import refuse_unknown
 
-    _refuse_no_frame(df)
+    _check_frame(df)
     refuse_text(generate, "generate", "attributes")
     refuse_text(locales, "locales", "locales")
     generated = list(generate)
@@ -82,7 +82,7 @@ def fit(
     return PersonModel(meta, config or PersonModelConfig()).fit(df)
 
 
-def _refuse_no_frame(df: object) -> None:
+def _check_frame(df: object) -> None:
     import pandas as pd
 
     if not isinstance(df, pd.DataFrame):

@@ -27,7 +27,8 @@ def sample(
     """Samples people, the same ones from the same model and seed.
 
     The rows are those of ``vantrel sample`` and of :func:`vantrel.scale.sample`. No random source
-    of the process is left changed. Countries are missing as often as in the fitted table.
+    of the process is left changed. Countries are missing as often as in the
+    fitted table, or as genders where these are missing more often.
 
     Args:
         model: A fitted model; its own random generators are replaced.
@@ -42,6 +43,7 @@ def sample(
         n - 1.
 
     Raises:
+        TypeError: ``unique`` is one text.
         ValueError: Not just one of ``n`` and ``conditions`` is given, one of the conditions cannot
             be placed, or a column cannot be made unique.
         ModelNotFittedError: Nothing has been learnt yet.

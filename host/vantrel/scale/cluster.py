@@ -65,10 +65,10 @@ def _signals_held() -> Iterator[None]:
     A terminal sends Ctrl-C to all processes. Those that are started meanwhile never get it, since
     they inherit the mask: whoever started them ends them.
     """
+    resource_tracker.ensure_running()  # or else it would be started meanwhile, and clear the mask
     came: list[int] = []
     held = (signal.SIGINT, signal.SIGTERM)
     usual = [signal.signal(number, lambda number, _: came.append(number)) for number in held]
-    resource_tracker.ensure_running()  # or else it would be started meanwhile, and clear the mask
     mask = signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGINT})
     try:
         yield

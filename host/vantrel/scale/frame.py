@@ -53,6 +53,7 @@ def sample(
 
     Raises:
         ModelNotFittedError: Nothing has been learnt yet.
+        TypeError: ``unique`` is one text.
         ValueError: A number is out of its range, a column cannot be made unique, or the model
             could not be loaded from a file again.
     """

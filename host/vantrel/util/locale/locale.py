@@ -2,7 +2,7 @@
 
 A place may be written as a locale of Faker ("pt_BR", "pt-BR"), an ISO code of two or three
 letters ("BR", "BRA"), an English name in any common form ("Brazil", "USA", "South Korea") or the
-name in an official language of the country ("Brasil", "Österreich", "Suisse"). A locale written
+name in an official language of any country ("Brasil", "Polen", "Suisse"). A locale written
 exactly so comes first ("la" is Latin, "LA" is Laos), then come codes and English names, then
 locales without regard to case, then names in other languages.
 """
