@@ -34,7 +34,10 @@ class Domains {
     /// Empty where a part of the way is not known.
     static std::optional<Domains> read(const KnownFaker& faker);
 
-    Drawn draw(Mersenne& source);
+    Drawn draw(Source& source);
+
+    /// Leaves the tables as Faker would.
+    void leave_as_drawn();
 
     /// Finishes the words that have been drawn; runs Faker's own code, so no source may be taken over.
     void finish_words();
@@ -46,10 +49,10 @@ class Domains {
     bool read_company_words(const KnownFaker& faker, PyObject* domain_name);
     bool read_words_with_formats(const KnownFaker& faker, PyObject* domain_name);
     bool read_refused_words();
-    bool read_formats(FormatReader& reader, const Table& texts);
+    bool read_formats(FormatReader& reader, const Table& texts, bool with_placeholders);
 
-    std::string draw_first_word(Mersenne& source);
-    std::string draw_whole_word(Mersenne& source);
+    std::string draw_first_word(Mersenne& engine);
+    std::string draw_whole_word(Source& source);
     std::size_t word_number(std::string word);
 
     python::Ref provider_;  ///< of the internet's names

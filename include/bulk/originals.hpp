@@ -23,10 +23,6 @@ struct Original {
 /// Whether the object is that very Python function.
 bool is_original(PyObject* function, const Original& original);
 
-/// Whether the object is a Python function as a module of the package defines it, inside whatever wrappers the package
-/// itself put around it.
-bool is_of_package(PyObject* function, const char* package);
-
 /// Whether `object.name` is that method of a base class, not covered by another.
 bool has_base_method(PyObject* object, const char* name, const Original& original);
 

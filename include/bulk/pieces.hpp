@@ -28,7 +28,7 @@ struct Piece {
 
     Kind kind;
     std::string text;              ///< of a literal
-    const Table* table = nullptr;  ///< of an element
+    Table* table = nullptr;  ///< of an element
 
     /// What the piece comes to this time; the view holds until the next draw into the same buffer.
     std::string_view draw(Mersenne& source, std::string& buffer) const;

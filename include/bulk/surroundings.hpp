@@ -11,14 +11,11 @@ namespace bulk {
 /// Keeps what the module's names are bound to; called once, when the module's body has run.
 void remember_namespace();
 
-/// Whether every name of the module is still bound to the same object, GenderModel to its keys, and pandas to the
-/// classes and methods that a column goes through.
+/// Whether every name of the module is still bound to the same object, GenderModel to its keys, and pandas is made of
+/// its own code.
 bool namespace_is_untouched();
 
 /// The model's own providers by country: an exact dict that its property would give; else empty.
 python::Ref plain_provider_map(PyObject* self);
-
-/// Whether `pd.name` is the function that pandas itself defines in that module.
-bool has_pandas_function(const char* name, const char* module);
 
 }  // namespace bulk

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "bulk/mersenne.hpp"
+#include "bulk/streams.hpp"
 #include "python/ref.hpp"
 
 namespace bulk {
@@ -23,7 +24,12 @@ class Table {
     static std::optional<Table> read(PyObject* elements, bool weighted);
 
     /// A position, drawn as `random_element` draws it.
-    std::size_t draw(Mersenne& source) const;
+    std::size_t draw(Mersenne& engine);
+    std::size_t draw(Source& source) { return draw(source.engine()); }
+
+    /// Keeps the keys with a weighted table that was drawn from, as Faker does at the first draw: it goes by them for as
+    /// long as the table lives. A table that nothing was drawn from stays untouched.
+    void leave_as_drawn();
 
     [[nodiscard]] PyObject* object(std::size_t position) const {
         return PyTuple_GET_ITEM(choices_.get(), static_cast<Py_ssize_t>(position));
@@ -36,6 +42,8 @@ class Table {
     bool read_weights(PyObject* elements);
 
     python::Ref choices_;
+    python::Ref keyless_;  ///< the weighted table, as long as its keys are not kept with it
+    bool drawn_ = false;
     std::vector<std::string_view> texts_;
     std::vector<double> cumulative_weights_;  ///< empty where every element has the same chance
 };
@@ -53,7 +61,8 @@ class KnownFaker {
     [[nodiscard]] std::optional<Table> table(const char* method) const;
     [[nodiscard]] std::optional<Table> table_behind(PyObject* method) const;
 
-    /// The method, where all of it is Faker's own and draws from this instance's source; else empty.
+    /// The method, where it and all that it could call is Faker's own and draws from this instance's source; else empty.
+    /// Then nobody can tell in what order the methods of several instances are called.
     [[nodiscard]] python::Ref own_method(const char* method) const;
 
     /// The provider behind the method, where it draws from this instance's source in the base provider's way; else
@@ -64,6 +73,7 @@ class KnownFaker {
     [[nodiscard]] static std::optional<Table> table_of(PyObject* provider, PyObject* attribute);
 
   private:
+    [[nodiscard]] bool has_own_methods_alone() const;
     [[nodiscard]] std::optional<Table> gendered_table(PyObject* bound, PyObject* provider) const;
 
     python::Ref generator_;

@@ -78,13 +78,18 @@ class Flags {
     std::vector<std::uint8_t> values_;
 };
 
+/// How pandas makes a column, seen from what it made of a few rows.
+struct Form {
+    python::Ref made;
+    python::Ref from{};  ///< the rows, where they were a Series
+};
+
 /// A column in the making. It is laid out as Arrow does it where that is what the finished Series holds, and as Python
 /// strings otherwise.
 class TextSeries {
   public:
-    /// `like` is a Series that pandas made of a few such elements in the way that the column is to look like; exactly
-    /// so many rows are to be added.
-    explicit TextSeries(PyObject* like, std::size_t rows);
+    /// The column is to look like the form; exactly so many rows are to be added.
+    TextSeries(const Form& form, std::size_t rows);
 
     void add(std::string_view text);
     /// The same for a str that exists already; `text` is its UTF-8.
@@ -93,14 +98,15 @@ class TextSeries {
 
     /// `make_series(elements, **keywords)`, exactly as pandas makes it.
     python::Ref finish(PyObject* make_series, python::Keywords keywords = {});
-    /// The same with the dtype and the name of `like`, and an index.
-    python::Ref finish_like(PyObject* make_series, PyObject* index);
+    /// The same with the dtype and the name of the form, made from another Series.
+    python::Ref finish_from(PyObject* make_series, PyObject* series);
 
   private:
     python::Ref arrow_array();
 
-    python::Ref like_;
     python::Ref dtype_;
+    python::Ref name_;
+    bool hands_index_on_;
     bool arrow_;
     std::size_t rows_;
     python::Ref objects_;
@@ -120,6 +126,9 @@ std::optional<std::string_view> utf8(PyObject* text);
 
 /// Whether columns of the dtype hold texts, or any objects.
 bool holds_texts(PyObject* dtype);
+
+/// No attributes or flags of a user's, which pandas would pass on.
+bool is_bare(PyObject* series);
 
 /// `series.iloc[:1]`
 python::Ref first_row(PyObject* series);

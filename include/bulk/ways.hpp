@@ -19,7 +19,7 @@
 namespace bulk {
 
 /// One provider's way to the values of a column. `Known` is what is drawn from: it has a type `Drawn`, and
-/// `draw(Mersenne&)` that gives one.
+/// `draw(Source&)` that gives one, and `leave_as_drawn()` for when all is drawn.
 template <class Known>
 struct Way {
     Source* source = nullptr;
@@ -87,7 +87,7 @@ bool draw_rows(std::vector<Row<Known>>& rows, CalledTexts& called) {
             Row<Known>& row = rows[number];
             if (row.way->known) {
                 source->take_over();
-                row.drawn = row.way->known->draw(source->engine());
+                row.drawn = row.way->known->draw(*source);
                 source->breathe();
             } else {
                 source->hand_back();
@@ -98,6 +98,9 @@ bool draw_rows(std::vector<Row<Known>>& rows, CalledTexts& called) {
             }
         }
         source->hand_back();
+    }
+    for (const Row<Known>& row : rows) {
+        if (row.way->known) row.way->known->leave_as_drawn();
     }
     return true;
 }

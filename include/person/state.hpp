@@ -5,6 +5,8 @@
 
 #include <Python.h>
 
+#include <string_view>
+
 namespace person {
 
 struct Integer {
@@ -31,5 +33,8 @@ State& state();
 /// Makes every name and integer that is not there yet, and looks up every builtin; raises NameError for a builtin that
 /// is missing. What is made stays for the life of the process: functions may outlive a module whose body failed.
 void fill_state();
+
+/// Whether the module's code has an identifier of that name.
+bool uses_name(std::string_view name);
 
 }  // namespace person

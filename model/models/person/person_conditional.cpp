@@ -166,11 +166,17 @@ Ref labelled_columns(PyObject* self) {
 }
 
 /// `df.loc[gender_conditions.isna(), columns] = np.nan`
-void blank_rows_without_gender(PyObject* df, PyObject* gender_conditions, PyObject* columns) {
+void blank_rows_without_gender(PyObject* df, PyObject* self, PyObject* gender_conditions, PyObject* country_conditions,
+                               PyObject* columns) {
     Ref missing = attr(global(names::np), names::nan);
     Ref loc = attr(df, names::loc);
     Ref rows = call_method(gender_conditions, names::isna);
-    if (!bulk::nothing_to_blank(df, rows, columns)) set_item(loc, tuple({rows, columns}), missing);
+    if (!bulk::nothing_to_blank(df, rows, columns)) {
+        set_item(loc, tuple({rows, columns}), missing);
+    } else if (is_set(self, names::country)) {
+        // Blanking, even of no row, gives the frame values of its own.
+        set_column(df, self, names::country, call_method(country_conditions, names::copy));
+    }
 }
 
 Ref empty_frame(PyObject* num_rows) {
@@ -201,7 +207,7 @@ Ref sample_conditional_body(Arguments arguments) {
     make_phone_numbers(df, self, firstnames);
 
     Ref columns = labelled_columns(self);
-    if (truth(produce_nans)) blank_rows_without_gender(df, gender_conditions, columns);
+    if (truth(produce_nans)) blank_rows_without_gender(df, self, gender_conditions, country_conditions, columns);
     return df;
 }
 

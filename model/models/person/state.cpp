@@ -1,5 +1,8 @@
 #include "person/state.hpp"
 
+#include <algorithm>
+#include <iterator>
+
 #include "person/names.hpp"
 #include "python/builtins.hpp"
 #include "python/call.hpp"
@@ -47,5 +50,12 @@ State& state() {
 }
 
 void fill_state() { for_each_constant(Fill{}); }
+
+bool uses_name(std::string_view name) {
+#define PERSON_TEXT(identifier) #identifier,
+    constexpr std::string_view kIdentifiers[] = {PERSON_IDENTIFIERS(PERSON_TEXT)};
+#undef PERSON_TEXT
+    return std::ranges::find(kIdentifiers, name) != std::end(kIdentifiers);
+}
 
 }  // namespace person

@@ -34,19 +34,10 @@ namespace {
 struct Names {
     Texts first;
     Texts last;
-    Ref index;
 
     static std::optional<Names> read(PyObject* firstnames, PyObject* lastnames);
     [[nodiscard]] std::size_t size() const { return first.size(); }
 };
-
-/// No attributes or flags of a user's, which pandas would pass on.
-bool is_bare(PyObject* series) {
-    Ref attributes = quiet_attr(series, "attrs");
-    Ref flags = quiet_attr(series, "flags");
-    Ref duplicates = flags ? quiet_attr(flags, "allows_duplicate_labels") : Ref();
-    return attributes && PyDict_Check(attributes.get()) && PyDict_Size(attributes) == 0 && duplicates.get() == Py_True;
-}
 
 bool are_plain(const Texts& texts) {
     for (std::size_t row = 0; row < texts.size(); ++row) {
@@ -65,7 +56,7 @@ std::optional<Names> Names::read(PyObject* firstnames, PyObject* lastnames) {
     if (!last || last->size() != first->size() || !are_plain(*last)) return std::nullopt;
     Ref index = attr(firstnames, names::index);
     if (!truth(call_method(index, names::equals, {attr(lastnames, names::index)}))) return std::nullopt;
-    return Names{std::move(*first), std::move(*last), std::move(index)};
+    return Names{std::move(*first), std::move(*last)};
 }
 
 // --- what pandas makes of a few rows
@@ -83,13 +74,14 @@ constexpr Function identity{.qualname = "PersonModel.generate_usernames.<locals>
                             .body = identity_body};
 
 /// The usernames' way through pandas, with one row and functions that change nothing.
-Ref username_like(PyObject* firstnames, PyObject* lastnames) {
+Form username_form(PyObject* firstnames, PyObject* lastnames) {
     Ref element = make_function(entry<identity>);
-    Ref applied = call_method(first_row(firstnames), names::apply, {element});
+    Ref first = first_row(firstnames);
+    Ref applied = call_method(first, names::apply, {element});
     Ref texts = call_method(applied, names::astype, {}, {{names::dtype, names::string}});
     Ref joined = call_method(attr(texts, names::str), names::cat, {}, {{names::others, first_row(lastnames)}});
     Ref numbered = call_method(joined, names::apply, {element});
-    return call_method(numbered, names::apply, {element});
+    return {call_method(numbered, names::apply, {element}), std::move(first)};
 }
 
 Ref in_lower_case(PyObject* series) { return call_method(attr(series, names::str), names::lower); }
@@ -203,19 +195,20 @@ struct UsernameSources {
     UsernameSources() : separators(global(names::np)), random(module_random(global(names::random), {"randint"})) {}
 
     [[nodiscard]] bool apply() const {
-        return separators.applies() && random && has_pandas_function("notna", "pandas.core.dtypes.missing");
+        return separators.applies() && random;
     }
 };
 
-Ref username_column(PyObject* make_series, PyObject* like, const Names& names, UsernameSources& drawn_from) {
+Ref username_column(PyObject* make_series, const Form& form, PyObject* firstnames, const Names& names,
+                    UsernameSources& drawn_from) {
     Usernames usernames(names, drawn_from.separators, drawn_from.random);
-    TextSeries column(like, names.size());
+    TextSeries column(form, names.size());
     const auto& made = usernames.make();
     for (std::size_t row = 0; row < made.size(); ++row) {
         let_signals_in(row);
         column.add(made[row]);
     }
-    return in_lower_case(column.finish_like(make_series, names.index));
+    return in_lower_case(column.finish_from(make_series, firstnames));
 }
 
 // --- e-mail addresses
@@ -256,9 +249,9 @@ bool addresses_pass(PyObject* self) {
            has_our_property(self, names::default_locale, entry<person::person_model::default_locale>);
 }
 
-Ref address_like(PyObject* usernames) {
-    Ref cat = attr(in_lower_case(usernames), names::str, names::cat);
-    return call(cat, {}, {{names::others, list({names::x})}, {names::sep, names::at}});
+Form address_form(Form usernames) {
+    Ref cat = attr(in_lower_case(usernames.made), names::str, names::cat);
+    return {call(cat, {}, {{names::others, list({names::x})}, {names::sep, names::at}}), std::move(usernames.from)};
 }
 
 }  // namespace
@@ -270,8 +263,7 @@ Ref usernames(PyObject* firstnames, PyObject* lastnames) {
     const auto given = Names::read(firstnames, lastnames);
     if (!given) return {};
     Ref make_series = attr(global(names::pd), names::Series);
-    Ref like = username_like(firstnames, lastnames);
-    return username_column(make_series, like, *given, drawn_from);
+    return username_column(make_series, username_form(firstnames, lastnames), firstnames, *given, drawn_from);
 }
 
 Ref emails(PyObject* self, PyObject* firstnames, PyObject* lastnames, PyObject* countries) {
@@ -286,15 +278,15 @@ Ref emails(PyObject* self, PyObject* firstnames, PyObject* lastnames, PyObject* 
     if (!rows) return {};
 
     Ref make_series = attr(global(names::pd), names::Series);
-    Ref like = username_like(firstnames, lastnames);
+    Form form = username_form(firstnames, lastnames);
     CalledTexts called;
     if (!draw_rows(*rows, called)) return {};
     finish_domains(*rows);
-    Ref usernames = username_column(make_series, like, *given, drawn_from);
+    Ref usernames = username_column(make_series, form, firstnames, *given, drawn_from);
 
     const auto local_parts = Texts::read(usernames);
     if (!local_parts) raise(PyExc_SystemError, "usernames are no texts");
-    TextSeries column(address_like(like), rows->size());
+    TextSeries column(address_form(std::move(form)), rows->size());
     std::string address;
     for (std::size_t row = 0; row < rows->size(); ++row) {
         let_signals_in(row);
@@ -303,17 +295,18 @@ Ref emails(PyObject* self, PyObject* firstnames, PyObject* lastnames, PyObject* 
         append_domain((*rows)[row], called, address);
         column.add(address);
     }
-    return column.finish_like(make_series, given->index);
+    return column.finish_from(make_series, firstnames);
 }
 
 Ref full_names(PyObject* firstnames, PyObject* lastnames) {
     if (!namespace_is_untouched()) return {};
     const auto given = Names::read(firstnames, lastnames);
     if (!given) return {};
-    Ref texts = call_method(first_row(firstnames), names::astype, {}, {{names::dtype, names::string}});
+    Ref first = first_row(firstnames);
+    Ref texts = call_method(first, names::astype, {}, {{names::dtype, names::string}});
     Ref cat = attr(texts, names::str, names::cat);
-    Ref like = call(cat, {}, {{names::others, first_row(lastnames)}, {names::sep, names::blank}});
-    TextSeries column(like, given->size());
+    Ref joined = call(cat, {}, {{names::others, first_row(lastnames)}, {names::sep, names::blank}});
+    TextSeries column({std::move(joined), std::move(first)}, given->size());
     std::string full_name;
     for (std::size_t row = 0; row < given->size(); ++row) {
         let_signals_in(row);
@@ -322,7 +315,7 @@ Ref full_names(PyObject* firstnames, PyObject* lastnames) {
         full_name += given->last[row];
         column.add(full_name);
     }
-    return column.finish_like(attr(global(names::pd), names::Series), given->index);
+    return column.finish_from(attr(global(names::pd), names::Series), firstnames);
 }
 
 }  // namespace bulk

@@ -26,23 +26,27 @@ namespace names = person::names;
 
 namespace {
 
-// --- handing prepared elements to Series.apply
-// ------------------------------------------------------------------------------------
+// --- what pandas makes of results
+// -------------------------------------------------------------------------------------------------------------------
 
-/// Gives the prepared elements one by one, whatever it is called with.
-Ref next_element_body(Arguments arguments) { return owned(PyIter_Next(arguments.free_variable())); }
+Ref identity_body(Arguments arguments) {
+    auto [x] = arguments.take<1>();
+    return Ref::share(x);
+}
 
 constexpr Parameter kElement[] = {{.name = names::x}};
-constexpr Function next_element{.qualname = "PersonModel.generate_values_from_collections.<locals>.<lambda>",
-                                .line = 447,
-                                .parameters = kElement,
-                                .free_variable = "elements",
-                                .body = next_element_body};
+constexpr Function identity{.qualname = "PersonModel.generate_values_from_collections.<locals>.<lambda>",
+                            .line = 447,
+                            .parameters = kElement,
+                            .body = identity_body};
 
 /// `series.apply(...)` with results that are there already: what pandas makes of them is its own.
-Ref apply_prepared(PyObject* series, PyObject* elements) {
-    Ref cell = owned(PyCell_New(owned(PyObject_GetIter(elements))));
-    return call_method(series, names::apply, {make_function(entry<next_element>, cell)});
+Ref applied(PyObject* series, PyObject* results) {
+    Ref prepared = call(attr(global(names::pd), names::Series), {results},
+                        {{names::index, attr(series, names::index)},
+                         {names::dtype, reinterpret_cast<PyObject*>(&PyBaseObject_Type)},
+                         {names::name, attr(series, names::name)}});
+    return call_method(prepared, names::apply, {make_function(entry<identity>)});
 }
 
 // --- values of keys
@@ -60,6 +64,12 @@ bool survives_numpy(PyObject* value) {
     if (!PyUnicode_CheckExact(value)) return false;
     const Py_ssize_t size = PyUnicode_GET_LENGTH(value);
     return size == 0 || PyUnicode_READ_CHAR(value, size - 1) != 0;
+}
+
+/// The type of what `numpy.random.choice` draws: a static one, which no Python code can make.
+bool is_numpy_text(PyObject* type) {
+    return PyType_Check(type) && std::string_view(reinterpret_cast<PyTypeObject*>(type)->tp_name) == "numpy.str_" &&
+           PyType_HasFeature(reinterpret_cast<PyTypeObject*>(type), Py_TPFLAGS_HEAPTYPE) == 0;
 }
 
 std::optional<Collection> read_collection(std::string_view key, PyObject* collections, PyObject* make_text) {
@@ -89,6 +99,7 @@ std::optional<std::vector<const Collection*>> plan_rows(const Texts& keys, PyObj
                                                         CollectionsByKey& found) {
     if (keys.any_missing() && !missing_has_no_collection(collections)) return std::nullopt;
     Ref make_text = attr(global(names::np), names::str_);
+    if (!is_numpy_text(make_text)) return std::nullopt;
     std::vector<const Collection*> rows;
     rows.reserve(keys.size());
     for (std::size_t row = 0; row < keys.size(); ++row) {
@@ -128,12 +139,12 @@ Ref draw_values(const std::vector<const Collection*>& rows, NumpyChoice& choice)
 Ref settled_titles(PyObject* texts) {
     if (!namespace_is_untouched()) return {};
     const auto titles = Texts::read(texts);
-    if (!titles || !is_worth_it(titles->size()) || titles->any_missing()) return {};
+    if (!titles || !is_worth_it(titles->size()) || titles->any_missing() || !is_bare(texts)) return {};
     for (std::size_t row = 0; row < titles->size(); ++row) {
         if ((*titles)[row] == names::ambiguous.text) return {};
     }
     // What pandas makes of one row tells whether going through all of them would leave the column as it is.
-    Ref like = apply_prepared(first_row(texts), list_of(first_row(texts)));
+    Ref like = applied(first_row(texts), list_of(first_row(texts)));
     const bool same = equal(attr(like, names::dtype), attr(texts, names::dtype));
     return same ? Ref::share(texts) : Ref();
 }
@@ -170,12 +181,12 @@ Ref collection_values(PyObject* self, PyObject* conditions, PyObject* collection
     }
     NumpyChoice choice(global(names::np));
     const auto given = choice.applies() ? Texts::read(conditions) : std::nullopt;
-    if (!given || !is_worth_it(given->size())) return {};
+    if (!given || !is_worth_it(given->size()) || !is_bare(conditions)) return {};
     Ref keys = call_method(conditions, names::astype, {person::str_type()});
     const auto key_texts = Texts::read(keys);
     CollectionsByKey found;
     const auto rows = key_texts ? plan_rows(*key_texts, collections, found) : std::nullopt;
-    return rows ? apply_prepared(keys, draw_values(*rows, choice)) : Ref();
+    return rows ? applied(keys, draw_values(*rows, choice)) : Ref();
 }
 
 }  // namespace bulk

@@ -74,7 +74,7 @@ bool Domains::read_company_words(const KnownFaker& faker, PyObject* domain_name)
         return false;
     format_texts_ = KnownFaker::table_of(company_provider, string("formats"));
     FormatReader reader(faker);
-    if (!format_texts_ || !read_formats(reader, *format_texts_)) return false;
+    if (!format_texts_ || !read_formats(reader, *format_texts_, false)) return false;
     finisher_ = FinishedWords::of(provider_, PyMethod_GET_FUNCTION(domain_word.get()));
     return finisher_ != nullptr;
 }
@@ -89,7 +89,7 @@ bool Domains::read_words_with_formats(const KnownFaker& faker, PyObject* domain_
     }
     format_texts_ = KnownFaker::table_of(provider_, string("domain_formats"));
     FormatReader reader(faker);
-    if (!format_texts_ || !read_formats(reader, *format_texts_) || !read_refused_words()) return false;
+    if (!format_texts_ || !read_formats(reader, *format_texts_, true) || !read_refused_words()) return false;
     // The words are finished as they are drawn, which their own characters must allow.
     return slugs_plainly() && has_only_visible_ascii(*format_texts_) &&
            std::ranges::all_of(tables_, [](const auto& entry) { return has_only_visible_ascii(entry.second); });
@@ -106,12 +106,12 @@ bool Domains::read_refused_words() {
     return true;
 }
 
-bool Domains::read_formats(FormatReader& reader, const Table& texts) {
+/// A format is read for its placeholders, where these count and it has any, or else for its tokens.
+bool Domains::read_formats(FormatReader& reader, const Table& texts, bool with_placeholders) {
     for (std::size_t i = 0; i < texts.size(); ++i) {
         const std::string_view text = texts.text(i);
-        const bool has_tokens =
-            text.find("{{") != std::string_view::npos || text.find_first_of("#?") == std::string_view::npos;
-        auto format = has_tokens ? reader.tokens(texts.object(i)) : reader.placeholders(text);
+        const bool has_placeholders = with_placeholders && text.find_first_of("#?") != std::string_view::npos;
+        auto format = has_placeholders ? reader.placeholders(text) : reader.tokens(texts.object(i));
         if (!format) return false;
         formats_.push_back(std::move(*format));
     }
@@ -122,16 +122,22 @@ bool Domains::read_formats(FormatReader& reader, const Table& texts) {
 // --- drawing
 // ----------------------------------------------------------------------------------------------------------------
 
-Domains::Drawn Domains::draw(Mersenne& source) {
-    std::string word = finisher_ != nullptr ? draw_first_word(source) : draw_whole_word(source);
+Domains::Drawn Domains::draw(Source& source) {
+    std::string word = finisher_ != nullptr ? draw_first_word(source.engine()) : draw_whole_word(source);
     return {word_number(std::move(word)), top_levels_->draw(source)};
 }
 
-std::string Domains::draw_first_word(Mersenne& source) {
+void Domains::leave_as_drawn() {
+    format_texts_->leave_as_drawn();
+    top_levels_->leave_as_drawn();
+    for (auto& [token, table] : tables_) table.leave_as_drawn();
+}
+
+std::string Domains::draw_first_word(Mersenne& engine) {
     std::string word;
     bool complete = false;
-    for (const Piece& piece : formats_[format_texts_->draw(source)]) {
-        const std::string_view text = piece.draw(source, buffer_);
+    for (const Piece& piece : formats_[format_texts_->draw(engine)]) {
+        const std::string_view text = piece.draw(engine, buffer_);
         if (complete) continue;
         const std::size_t blank = text.find(' ');
         word += text.substr(0, blank);
@@ -140,14 +146,14 @@ std::string Domains::draw_first_word(Mersenne& source) {
     return word;
 }
 
-std::string Domains::draw_whole_word(Mersenne& source) {
-    std::string word;
-    do {
-        word.clear();
-        for (const Piece& piece : formats_[format_texts_->draw(source)]) word += piece.draw(source, buffer_);
+std::string Domains::draw_whole_word(Source& source) {
+    while (true) {
+        std::string word;
+        for (const Piece& piece : formats_[format_texts_->draw(source)]) word += piece.draw(source.engine(), buffer_);
         word = ascii_slug(word);
-    } while (refused_.contains(word));
-    return word;
+        if (!refused_.contains(word)) return word;
+        source.breathe();  // for all that is known, every word is refused
+    }
 }
 
 std::size_t Domains::word_number(std::string word) {

@@ -53,7 +53,7 @@ std::optional<std::vector<Row<Table>>> plan_rows(const Texts* genders, const Tex
 
 /// A column of a name for each row.
 Ref drawn_column(PyObject* make_series, std::vector<Row<Table>>& rows) {
-    TextSeries column(call(make_series, {list({names::x})}), rows.size());
+    TextSeries column({call(make_series, {list({names::x})})}, rows.size());
     CalledTexts called;
     if (!draw_rows(rows, called)) return {};
     for (std::size_t number = 0; number < rows.size(); ++number) {
@@ -71,7 +71,7 @@ Ref drawn_column(PyObject* make_series, std::vector<Row<Table>>& rows) {
 }  // namespace
 
 Ref first_names(PyObject* self, PyObject* make_series, PyObject* genders, PyObject* countries) {
-    if (!namespace_is_untouched() || !has_pandas_function("isna", "pandas.core.dtypes.missing")) return {};
+    if (!namespace_is_untouched()) return {};
     if (!has_our_method(self, names::generate_random_first_name,
                         entry<person::person_model::generate_random_first_name>)) {
         return {};

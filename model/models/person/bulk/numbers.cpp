@@ -85,8 +85,7 @@ Ref passwords(PyObject* self, PyObject* make_series, std::size_t rows) {
     const auto characters = possible_characters();
     if (!random || !lengths || !characters) return {};
 
-    Ref like = call(make_series, {list({names::x})}, {{names::dtype, names::string}});
-    TextSeries column(like, rows);
+    TextSeries column({call(make_series, {list({names::x})}, {{names::dtype, names::string}})}, rows);
     Source source(random);
     Mersenne& engine = source.engine();
     const auto count = static_cast<std::uint32_t>(characters->size());
@@ -113,8 +112,7 @@ Ref phone_numbers(PyObject* make_series, PyObject* isna, PyObject* number_format
     Ref kinds = list();
     if (!missing->all()) append(kinds, names::x);
     if (missing->any()) append(kinds, no_number);
-    Ref like = call(make_series, {kinds});
-    TextSeries column(like, missing->size());
+    TextSeries column({call(make_series, {kinds})}, missing->size());
     Source source(random);
     Mersenne& engine = source.engine();
     const auto places = placeholders(*format);

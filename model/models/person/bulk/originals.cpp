@@ -28,15 +28,6 @@ bool comes_from_its_module(PyObject* function, PyObject* code) {
     return file != nullptr && code_file && PyUnicode_Check(file) && PyUnicode_Compare(file, code_file) == 0;
 }
 
-bool is_module_of(PyObject* name, std::string_view package) {
-    if (name == nullptr || !PyUnicode_Check(name)) return false;
-    Py_ssize_t size = 0;
-    const char* text = PyUnicode_AsUTF8AndSize(name, &size);
-    if (text == nullptr) throw PythonError{};
-    const std::string_view module(text, static_cast<std::size_t>(size));
-    return module.starts_with(package) && module.substr(package.size()).starts_with('.');
-}
-
 }  // namespace
 
 bool text_equals(PyObject* text, const char* ascii) {
@@ -71,19 +62,6 @@ bool is_original(PyObject* function, const Original& original) {
     PyObject* code = PyFunction_GetCode(function);
     return text_equals(quiet_attr(code, "co_qualname"), original.qualname) &&
            text_equals(module_name(function), original.module) && comes_from_its_module(function, code);
-}
-
-bool is_of_package(PyObject* function, const char* package) {
-    if (function == nullptr || !PyFunction_Check(function)) return false;
-    if (!is_module_of(module_name(function), package)) return false;
-    if (!comes_from_its_module(function, PyFunction_GetCode(function))) return false;
-    // What a wrapper wraps is in its closure.
-    PyObject* closure = PyFunction_GetClosure(function);
-    for (Py_ssize_t i = 0; closure != nullptr && i < PyTuple_GET_SIZE(closure); ++i) {
-        PyObject* inner = PyCell_GET(PyTuple_GET_ITEM(closure, i));
-        if (inner != nullptr && PyFunction_Check(inner) && !is_of_package(inner, package)) return false;
-    }
-    return true;
 }
 
 PyObject* bound_to(PyObject* method, const Original& original) {

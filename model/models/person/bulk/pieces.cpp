@@ -94,7 +94,7 @@ std::optional<Format> FormatReader::tokens(PyObject* text) {
 }
 
 std::optional<Piece> FormatReader::token(const std::string& name) {
-    for (const auto& [known, table] : tables_) {
+    for (auto& [known, table] : tables_) {
         if (known == name) return Piece{Piece::Kind::element, {}, &table};
     }
     if (auto table = faker_.table(name.c_str())) {

@@ -1,5 +1,6 @@
 #include "bulk/surroundings.hpp"
 
+#include "bulk/known_code.hpp"
 #include "bulk/originals.hpp"
 #include "person/names.hpp"
 #include "person/units.hpp"
@@ -15,34 +16,6 @@ namespace {
 
 /// A copy of the module's dict, kept for the life of the process.
 PyObject* remembered = nullptr;
-
-Ref quiet_or_none(PyObject* object, const char* name) {
-    Ref value = quiet_attr(object, name);
-    return value ? std::move(value) : none();
-}
-
-/// What pandas was made of, by the names below; kept likewise.
-PyObject* remembered_pandas = nullptr;
-
-/// The classes that columns are made with, and the methods that elements pass through.
-Ref look_at_pandas() {
-    Ref seen = list();
-    Ref pandas = global(names::pd);
-    for (const char* name : {"Series", "DataFrame", "RangeIndex"}) append(seen, quiet_or_none(pandas, name));
-    Ref series = quiet_or_none(pandas, "Series");
-    for (const char* name : {"apply", "astype", "map", "isna", "notna", "str", "to_numpy"}) {
-        append(seen, quiet_or_none(series, name));
-    }
-    return seen;
-}
-
-bool pandas_is_untouched() {
-    Ref seen = look_at_pandas();
-    for (Py_ssize_t i = 0; i < PyList_GET_SIZE(seen.get()); ++i) {
-        if (PyList_GET_ITEM(seen.get(), i) != PyList_GET_ITEM(remembered_pandas, i)) return false;
-    }
-    return true;
-}
 
 /// Whoever draws from `random` checks the very functions (`module_random`), so that any module that has them will do:
 /// a second instance of the standard one has a state of its own.
@@ -65,7 +38,6 @@ void remember_namespace() {
         if (find(bindings, name) != nullptr) require(PyDict_DelItemString(bindings, name));
     }
     Py_XSETREF(remembered, bindings.release());
-    Py_XSETREF(remembered_pandas, look_at_pandas().release());
 }
 
 bool namespace_is_untouched() {
@@ -80,7 +52,7 @@ bool namespace_is_untouched() {
     return has_key(gender_model, names::key_female, names::female) &&
            has_key(gender_model, names::key_male, names::male) &&
            has_key(gender_model, names::key_non_binary, names::non_binary) &&
-           has_key(gender_model, names::key_ambiguous, names::ambiguous) && pandas_is_untouched();
+           has_key(gender_model, names::key_ambiguous, names::ambiguous) && pandas_code().is_genuine();
 }
 
 Ref plain_provider_map(PyObject* self) {
@@ -91,10 +63,6 @@ Ref plain_provider_map(PyObject* self) {
     if (type_attribute) return {};
     Ref map = quiet_attr(self, names::_country_to_provider_map);
     return map && PyDict_CheckExact(map.get()) && PyDict_Size(map) > 0 ? std::move(map) : Ref();
-}
-
-bool has_pandas_function(const char* name, const char* defining_module) {
-    return is_original(quiet_attr(global(names::pd), name), {defining_module, name});
 }
 
 }  // namespace bulk

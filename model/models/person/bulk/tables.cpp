@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_set>
 
+#include "bulk/known_code.hpp"
 #include "bulk/originals.hpp"
-#include "bulk/streams.hpp"
 #include "bulk/texts.hpp"
 #include "python/call.hpp"
 #include "python/error.hpp"
@@ -22,13 +23,19 @@ bool is_class_of(PyObject* object, const char* module, const char* name) {
     return imported_module && quiet_attr(imported_module, name).get() == reinterpret_cast<PyObject*>(Py_TYPE(object));
 }
 
-/// Faker keeps the keys of a weighted table beside it, and goes by them for as long as the table lives.
-Ref kept_keys(PyObject* elements) {
-    Ref kept = quiet_attr(elements, "_key_cache");
-    if (kept) return kept;
-    Ref keys = owned(PySequence_Tuple(elements));
-    require(PyObject_SetAttrString(elements, "_key_cache", keys));
-    return keys;
+constexpr const char* kKeptKeys = "_key_cache";
+
+/// Nothing that the object holds in its own names could be called.
+bool holds_data_alone(PyObject* object) {
+    Ref names = quiet_attr(object, "__dict__");
+    if (!names || !PyDict_CheckExact(names.get())) return false;
+    PyObject* name = nullptr;
+    PyObject* value = nullptr;
+    Py_ssize_t position = 0;
+    while (PyDict_Next(names, &position, &name, &value) != 0) {
+        if (PyCallable_Check(value) != 0) return false;
+    }
+    return true;
 }
 
 /// The instructions of a method that draws from an attribute.
@@ -64,7 +71,9 @@ std::optional<Table> Table::read(PyObject* elements, bool weighted) {
     const bool ordered_mapping = is_class_of(elements, "collections", "OrderedDict");
     if (!ordered_mapping && !PyTuple_CheckExact(elements) && !PyList_CheckExact(elements)) return std::nullopt;
     Table table;
-    table.choices_ = owned(PySequence_Tuple(ordered_mapping ? kept_keys(elements).get() : elements));
+    Ref kept = ordered_mapping ? quiet_attr(elements, kKeptKeys) : Ref();
+    if (ordered_mapping && !kept) table.keyless_ = Ref::share(elements);
+    table.choices_ = owned(PySequence_Tuple(kept ? kept.get() : elements));
     if (!table.read_texts()) return std::nullopt;
     if (ordered_mapping && weighted && !table.read_weights(elements)) return std::nullopt;
     return table;
@@ -101,11 +110,18 @@ bool Table::read_weights(PyObject* elements) {
     return sum > 0.0;
 }
 
-std::size_t Table::draw(Mersenne& source) const {
-    if (cumulative_weights_.empty()) return source.below(static_cast<std::uint32_t>(texts_.size()));
-    const double drawn = source.uniform() * cumulative_weights_.back();
+std::size_t Table::draw(Mersenne& engine) {
+    drawn_ = true;
+    if (cumulative_weights_.empty()) return engine.below(static_cast<std::uint32_t>(texts_.size()));
+    const double drawn = engine.uniform() * cumulative_weights_.back();
     const auto first = cumulative_weights_.begin();
     return static_cast<std::size_t>(std::upper_bound(first, cumulative_weights_.end() - 1, drawn) - first);
+}
+
+void Table::leave_as_drawn() {
+    if (!drawn_ || !keyless_) return;
+    require(PyObject_SetAttrString(keyless_, kKeptKeys, choices_));
+    keyless_ = Ref();
 }
 
 // --- Faker instances
@@ -113,6 +129,7 @@ std::size_t Table::draw(Mersenne& source) const {
 
 std::optional<KnownFaker> KnownFaker::recognise(PyObject* faker) {
     auto* type = reinterpret_cast<PyObject*>(Py_TYPE(faker));
+    if (!faker_code().is_genuine()) return std::nullopt;
     if (!is_class_of(faker, "faker.proxy", "Faker")) return std::nullopt;
     if (!is_original(quiet_attr(type, "__getattr__"), {"faker.proxy", "Faker.__getattr__"})) return std::nullopt;
     if (!is_original(quiet_attr(type, "__getattribute__"), {"faker.proxy", "Faker.__getattribute__"}))
@@ -160,7 +177,31 @@ std::optional<Table> KnownFaker::table(const char* method) const {
 Ref KnownFaker::own_method(const char* method) const {
     Ref bound = quiet_attr(generator_, method);
     Ref provider = provider_of(bound);
-    return provider && is_of_package(PyMethod_GET_FUNCTION(bound.get()), "faker") ? std::move(bound) : Ref();
+    return provider && has_own_methods_alone() ? std::move(bound) : Ref();
+}
+
+bool KnownFaker::has_own_methods_alone() const {
+    Ref generator = string("generator");
+    std::unordered_set<PyObject*> own_providers;
+    const auto is_own_provider = [&](PyObject* provider) {
+        if (own_providers.contains(provider)) return true;
+        const bool is_own = faker_code().has_class(Py_TYPE(provider)) && reads_plainly(provider) &&
+                            holds_data_alone(provider) &&
+                            plain_value(provider, generator).get() == generator_.get();
+        if (is_own) own_providers.insert(provider);
+        return is_own;
+    };
+    const auto is_own_method = [&](PyObject* value) {
+        if (!PyMethod_Check(value)) return PyCallable_Check(value) == 0 || faker_code().defines(value);
+        return faker_code().defines(PyMethod_GET_FUNCTION(value)) && is_own_provider(PyMethod_GET_SELF(value));
+    };
+    Ref names = quiet_attr(generator_, "__dict__");
+    if (!names || !PyDict_CheckExact(names.get())) return false;
+    Ref values = owned(PyDict_Values(names));
+    for (Py_ssize_t i = 0; i < PyList_GET_SIZE(values.get()); ++i) {
+        if (!is_own_method(PyList_GET_ITEM(values.get(), i))) return false;
+    }
+    return true;
 }
 
 std::optional<Table> KnownFaker::table_behind(PyObject* method) const {

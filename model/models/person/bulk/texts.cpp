@@ -20,8 +20,22 @@ bool has_type(PyObject* object, const char* module, const char* name) {
     return text_equals(quiet_attr(type, "__name__"), name) && text_equals(quiet_attr(type, "__module__"), module);
 }
 
+/// Nothing is put before the methods of the class.
+bool has_own_names(PyObject* series) {
+    constexpr const char* kNames[] = {"_mgr", "_name", "_attrs", "_flags", "_item_cache", "_is_copy", "_cacher"};
+    Ref names = quiet_attr(series, "__dict__");
+    if (!names || !PyDict_CheckExact(names.get())) return false;
+    PyObject* name = nullptr;
+    Py_ssize_t position = 0;
+    while (PyDict_Next(names, &position, &name, nullptr) != 0) {
+        if (std::ranges::none_of(kNames, [name](const char* own) { return text_equals(name, own); })) return false;
+    }
+    return true;
+}
+
 bool is_series(PyObject* object) {
-    return has_type(object, "pandas", "Series") || has_type(object, "pandas.core.series", "Series");
+    return (has_type(object, "pandas", "Series") || has_type(object, "pandas.core.series", "Series")) &&
+           has_own_names(object);
 }
 
 bool is_string_dtype(PyObject* dtype) {
@@ -40,6 +54,8 @@ bool is_missing_value(PyObject* value) {
     if (PyFloat_CheckExact(value)) return std::isnan(PyFloat_AS_DOUBLE(value));
     return has_type(value, "pandas._libs.missing", "NAType") || has_type(value, "pandas.api.typing", "NAType");
 }
+
+Ref index_of(PyObject* series) { return owned(PyObject_GetAttrString(series, "index")); }
 
 Ref method_result(PyObject* object, const char* name) { return call(owned(PyObject_GetAttrString(object, name))); }
 
@@ -78,6 +94,13 @@ bool holds_texts(PyObject* dtype) { return is_object_dtype(dtype) || is_string_d
 Ref first_row(PyObject* series) {
     Ref one_row = owned(PySlice_New(nullptr, integer(1), nullptr));
     return item(owned(PyObject_GetAttrString(series, "iloc")), one_row);
+}
+
+bool is_bare(PyObject* series) {
+    Ref attributes = quiet_attr(series, "attrs");
+    Ref flags = quiet_attr(series, "flags");
+    Ref duplicates = flags ? quiet_attr(flags, "allows_duplicate_labels") : Ref();
+    return attributes && PyDict_Check(attributes.get()) && PyDict_Size(attributes) == 0 && duplicates.get() == Py_True;
 }
 
 Buffer::Buffer(PyObject* exporter) { require(PyObject_GetBuffer(exporter, &view_, PyBUF_SIMPLE)); }
@@ -186,9 +209,10 @@ bool Flags::all() const {
 // --- writing
 // ----------------------------------------------------------------------------------------------------------------
 
-TextSeries::TextSeries(PyObject* like, std::size_t rows)
-    : like_(Ref::share(like)),
-      dtype_(owned(PyObject_GetAttrString(like, "dtype"))),
+TextSeries::TextSeries(const Form& form, std::size_t rows)
+    : dtype_(owned(PyObject_GetAttrString(form.made, "dtype"))),
+      name_(owned(PyObject_GetAttrString(form.made, "name"))),
+      hands_index_on_(form.from && index_of(form.made).get() == index_of(form.from).get()),
       arrow_(is_arrow_backed(dtype_)),
       rows_(rows) {
     if (arrow_) {
@@ -252,13 +276,14 @@ Ref TextSeries::finish(PyObject* make_series, Keywords keywords) {
     return arrow_ ? call(make_series, {arrow_array()}) : call(make_series, {objects_}, keywords);
 }
 
-Ref TextSeries::finish_like(PyObject* make_series, PyObject* index) {
+Ref TextSeries::finish_from(PyObject* make_series, PyObject* series) {
+    Ref index = index_of(series);
+    if (!hands_index_on_) index = method_result(index, "view");
     Ref elements = arrow_ ? arrow_array() : std::move(objects_);
-    Ref name = owned(PyObject_GetAttrString(like_, "name"));
     return call(make_series, {elements},
                 {{owned(PyUnicode_InternFromString("index")), index},
                  {owned(PyUnicode_InternFromString("dtype")), dtype_},
-                 {owned(PyUnicode_InternFromString("name")), name}});
+                 {owned(PyUnicode_InternFromString("name")), name_}});
 }
 
 }  // namespace bulk
