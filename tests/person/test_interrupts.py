@@ -22,6 +22,7 @@ from support.whole_columns import (
     making,
     model_with,
     names,
+    new_faker,
     new_fakers,
     provider,
     usual_model,
@@ -244,4 +245,19 @@ def test_last_names(own_sources: bool) -> None:
         model=model,
         sources=sources_of(model),
         draw_row=lambda row: fakers[row % len(fakers)].last_name(),
+    )
+
+
+def test_domains_that_are_refused_for_ever() -> None:
+    """In one country Faker draws a word again until it is none of the second-level domains."""
+    model = model_with({"CN": new_faker("zh_CN")})
+    provider(model, "internet", "CN").domain_formats = ("ac", "com")
+    source = model.country_to_provider_map["CN"].random
+    interrupt(
+        model.generate_emails,
+        names(40),
+        names(40),
+        in_turn(["CN"], 40),
+        seed=lambda: seed_sources(1, model),
+        states=source.getstate,
     )
