@@ -15,10 +15,10 @@ namespace bulk {
 constexpr bool is_worth_it(std::size_t rows) { return rows >= 16; }
 
 /// `pd.Series` of a first name for each gender and country.
-python::Ref first_names(PyObject* self, PyObject* make_series, PyObject* genders, PyObject* countries);
+python::Ref first_names(PyObject* self, PyObject* genders, PyObject* countries);
 
 /// `pd.Series(data=...)` of a last name for each country.
-python::Ref last_names(PyObject* self, PyObject* make_series, PyObject* countries);
+python::Ref last_names(PyObject* self, PyObject* countries);
 
 /// The finished usernames of the rows.
 python::Ref usernames(PyObject* firstnames, PyObject* lastnames);
@@ -26,29 +26,20 @@ python::Ref usernames(PyObject* firstnames, PyObject* lastnames);
 /// The finished e-mail addresses of the rows, which the model's own check lets pass.
 python::Ref emails(PyObject* self, PyObject* firstnames, PyObject* lastnames, PyObject* countries);
 
-/// `firstnames.astype(dtype="string").str.cat(others=lastnames, sep=" ")`
-python::Ref full_names(PyObject* firstnames, PyObject* lastnames);
-
 /// `conditions.astype(str).apply(self.generate_from_collections, collections=collections)`
 python::Ref collection_values(PyObject* self, PyObject* conditions, PyObject* collections);
-
-/// The titles as texts, where none of them is the ambiguous key and so none is drawn again.
-python::Ref settled_titles(PyObject* texts);
 
 /// The key of each value that a collection holds, as a list.
 python::Ref keys_of_values(PyObject* values, PyObject* collections);
 
-/// `pd.DataFrame([[]] * rows)`
-python::Ref empty_frame(PyObject* make_frame, std::size_t rows);
-
-/// Whether blanking the columns in the flagged rows would change nothing: no row is flagged, and the columns are those
-/// of the frame, each once and holding texts.
-bool nothing_to_blank(PyObject* df, PyObject* flags, PyObject* columns);
-
 /// `pd.Series(..., dtype="string")` of a password for each row.
-python::Ref passwords(PyObject* self, PyObject* make_series, std::size_t rows);
+python::Ref passwords(PyObject* self, std::size_t rows);
 
 /// `pd.Series(...)` of a filled template for each row that is not missing.
-python::Ref phone_numbers(PyObject* make_series, PyObject* isna, PyObject* number_format);
+python::Ref phone_numbers(PyObject* isna, PyObject* number_format);
+
+/// The frame of all labelled columns.
+python::Ref whole_frame(PyObject* self, PyObject* num_rows, PyObject* genders, PyObject* countries,
+                        PyObject* produce_nans);
 
 }  // namespace bulk

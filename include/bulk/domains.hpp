@@ -7,6 +7,7 @@
 #include <Python.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <optional>
 #include <string>
@@ -27,8 +28,12 @@ class Domains {
   public:
     /// A domain name that is drawn but whose word has yet to be finished.
     struct Drawn {
-        std::size_t word;
-        std::size_t top_level;
+        std::uint32_t word = 0;
+        std::uint32_t top_level = 0;
+
+        Drawn() = default;
+        explicit Drawn(std::uint32_t word, std::uint32_t top_level = 0) : word(word), top_level(top_level) {}
+        explicit operator std::uint32_t() const { return word; }
     };
 
     /// Empty where a part of the way is not known.
@@ -53,7 +58,7 @@ class Domains {
 
     std::string draw_first_word(Mersenne& engine);
     std::string draw_whole_word(Source& source);
-    std::size_t word_number(std::string word);
+    std::uint32_t word_number(std::string word);
 
     python::Ref provider_;  ///< of the internet's names
     std::optional<Table> top_levels_;
@@ -62,7 +67,7 @@ class Domains {
     std::deque<std::pair<std::string, Table>> tables_;  ///< what the formats draw from
     FinishedWords* finisher_ = nullptr;                 ///< null where words are drawn finished
     std::unordered_set<std::string> refused_;           ///< finished words that are drawn again
-    std::unordered_map<std::string, std::size_t> numbers_;
+    std::unordered_map<std::string, std::uint32_t> numbers_;
     std::vector<const std::string*> words_;
     std::vector<std::string> finished_;
     std::string buffer_;

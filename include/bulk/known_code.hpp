@@ -53,6 +53,9 @@ class Package {
     std::vector<std::string> foreign_;  ///< names of what is not the package's own
 };
 
+/// How many changes there have been in what is watched: in the code of the packages, and in pandas' options.
+std::uint64_t changes_so_far();
+
 Package& pandas_code();
 Package& faker_code();
 

@@ -45,7 +45,8 @@ class Providers {
 
     explicit Providers(PyObject* self);
 
-    /// The country's provider; null where there is none or it is not known. The view must outlive this object.
+    /// The country's provider; null where there is none or it is not known, or no country. The view must outlive this
+    /// object.
     Provider* find(std::string_view country);
 
   private:

@@ -5,6 +5,7 @@
 #include <Python.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -18,14 +19,14 @@ namespace bulk {
 /// The elements that `random_element` draws from, with their weights added up where it goes by weight.
 class Table {
   public:
-    using Drawn = std::size_t;  ///< a position
+    using Drawn = std::uint32_t;  ///< a position
 
     /// Empty where the elements are of a kind that single draws must settle.
     static std::optional<Table> read(PyObject* elements, bool weighted);
 
     /// A position, drawn as `random_element` draws it.
-    std::size_t draw(Mersenne& engine);
-    std::size_t draw(Source& source) { return draw(source.engine()); }
+    Drawn draw(Mersenne& engine);
+    Drawn draw(Source& source) { return draw(source.engine()); }
 
     /// Keeps the keys with a weighted table that was drawn from, as Faker does at the first draw: it goes by them for as
     /// long as the table lives. A table that nothing was drawn from stays untouched.
@@ -37,6 +38,9 @@ class Table {
     [[nodiscard]] std::string_view text(std::size_t position) const { return texts_[position]; }
     [[nodiscard]] std::size_t size() const { return texts_.size(); }
 
+    /// Whether one of the texts has a NUL in it.
+    [[nodiscard]] bool has_nul() const { return has_nul_; }
+
   private:
     bool read_texts();
     bool read_weights(PyObject* elements);
@@ -44,6 +48,7 @@ class Table {
     python::Ref choices_;
     python::Ref keyless_;  ///< the weighted table, as long as its keys are not kept with it
     bool drawn_ = false;
+    bool has_nul_ = false;
     std::vector<std::string_view> texts_;
     std::vector<double> cumulative_weights_;  ///< empty where every element has the same chance
 };

@@ -1,7 +1,6 @@
 #pragma once
 
-// Columns of texts: read out of pandas, and put into pandas in the very form that pandas itself chose for a few of
-// them.
+// Columns of texts, read out of pandas.
 
 #include <Python.h>
 
@@ -12,7 +11,6 @@
 #include <string_view>
 #include <vector>
 
-#include "bulk/growing_bytes.hpp"
 #include "python/call.hpp"
 #include "python/ref.hpp"
 
@@ -21,7 +19,7 @@ namespace bulk {
 /// A memory view that is let go with its owner.
 class Buffer {
   public:
-    explicit Buffer(PyObject* exporter);
+    explicit Buffer(PyObject* exporter, int flags = PyBUF_SIMPLE);
     Buffer(Buffer&& other) noexcept : view_(other.view_) { other.view_.obj = nullptr; }
     Buffer& operator=(Buffer&&) = delete;
     Buffer(const Buffer&) = delete;
@@ -33,6 +31,10 @@ class Buffer {
     template <class Element>
     [[nodiscard]] const Element* data() const {
         return static_cast<const Element*>(view_.buf);
+    }
+    template <class Element>
+    [[nodiscard]] Element* writable() const {
+        return static_cast<Element*>(view_.buf);
     }
     [[nodiscard]] std::size_t bytes() const { return static_cast<std::size_t>(view_.len); }
 
@@ -78,43 +80,6 @@ class Flags {
     std::vector<std::uint8_t> values_;
 };
 
-/// How pandas makes a column, seen from what it made of a few rows.
-struct Form {
-    python::Ref made;
-    python::Ref from{};  ///< the rows, where they were a Series
-};
-
-/// A column in the making. It is laid out as Arrow does it where that is what the finished Series holds, and as Python
-/// strings otherwise.
-class TextSeries {
-  public:
-    /// The column is to look like the form; exactly so many rows are to be added.
-    TextSeries(const Form& form, std::size_t rows);
-
-    void add(std::string_view text);
-    /// The same for a str that exists already; `text` is its UTF-8.
-    void add(PyObject* object, std::string_view text);
-    void add_missing(PyObject* missing);
-
-    /// `make_series(elements, **keywords)`, exactly as pandas makes it.
-    python::Ref finish(PyObject* make_series, python::Keywords keywords = {});
-    /// The same with the dtype and the name of the form, made from another Series.
-    python::Ref finish_from(PyObject* make_series, PyObject* series);
-
-  private:
-    python::Ref arrow_array();
-
-    python::Ref dtype_;
-    python::Ref name_;
-    bool hands_index_on_;
-    bool arrow_;
-    std::size_t rows_;
-    python::Ref objects_;
-    GrowingBytes data_;
-    GrowingBytes ends_;
-    std::vector<std::uint8_t> valid_;  ///< a bit for each row; empty as long as nothing is missing
-};
-
 /// Whether every character is a visible one of ASCII.
 bool is_visible_ascii(std::string_view text);
 
@@ -124,13 +89,21 @@ std::string lower_case(std::string_view text);
 /// The UTF-8 of exactly a str, owned by it; empty for anything else and for lone surrogates.
 std::optional<std::string_view> utf8(PyObject* text);
 
-/// Whether columns of the dtype hold texts, or any objects.
-bool holds_texts(PyObject* dtype);
+/// Whether the dtype is pandas' own for texts; the second also asks whether Arrow holds them.
+bool is_string_dtype(PyObject* dtype);
+bool is_arrow_backed(PyObject* dtype);
+bool is_object_dtype(PyObject* dtype);
+
+/// A missing value as columns of texts hold it.
+bool is_missing_value(PyObject* value);
 
 /// No attributes or flags of a user's, which pandas would pass on.
 bool is_bare(PyObject* series);
 
-/// `series.iloc[:1]`
-python::Ref first_row(PyObject* series);
+/// The rows of a Series at these positions, with a new index.
+python::Ref rows_at(PyObject* series, const std::vector<std::size_t>& positions);
+
+/// Whether the index of a Series counts its rows from 0.
+bool counts_rows(PyObject* series);
 
 }  // namespace bulk

@@ -8,18 +8,20 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <deque>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 #include <vector>
 
+#include "bulk/codes.hpp"
+#include "bulk/signals.hpp"
 #include "bulk/streams.hpp"
 #include "python/ref.hpp"
 
 namespace bulk {
 
-/// One provider's way to the values of a column. `Known` is what is drawn from: it has a type `Drawn`, and
-/// `draw(Source&)` that gives one, and `leave_as_drawn()` for when all is drawn.
+/// One provider's way to the values of a column. `Known` is what is drawn from: it has a type `Drawn` that can be made
+/// of a number, `draw(Source&)` that gives one, and `leave_as_drawn()` for when all is drawn.
 template <class Known>
 struct Way {
     Source* source = nullptr;
@@ -27,18 +29,10 @@ struct Way {
     python::Ref method{};  ///< to be called where nothing is known
 };
 
-/// A row of the column: how it is made, and what came of it.
-template <class Known>
-struct Row {
-    Way<Known>* way;
-    typename Known::Drawn drawn{};
-    std::size_t called = 0;  ///< its number among the called ones
-};
-
 /// What the calls gave.
 class CalledTexts {
   public:
-    /// Calls the method. False where it fails or gives no str of valid text.
+    /// Calls the method. False where it fails or gives no str of valid text without a NUL.
     bool add(PyObject* method);
 
     [[nodiscard]] std::size_t size() const { return objects_.size(); }
@@ -50,59 +44,118 @@ class CalledTexts {
     std::vector<std::string_view> texts_;  ///< the UTF-8 of each, which it owns
 };
 
-/// The rows of one source, by their numbers.
-struct RowsOfSource {
-    Source* source;
-    std::vector<std::size_t> numbers;
-};
-
+/// The draws of a column: each row's way follows from its gender and its country.
 template <class Known>
-std::deque<RowsOfSource> by_source(const std::vector<Row<Known>>& rows) {
-    std::deque<RowsOfSource> groups;
-    RowsOfSource* group = nullptr;
-    for (std::size_t number = 0; number < rows.size(); ++number) {
-        Source* source = rows[number].way->source;
-        if (group == nullptr || group->source != source) {
-            const auto found = std::ranges::find(groups, source, &RowsOfSource::source);
-            group = found != groups.end() ? &*found : &groups.emplace_back(RowsOfSource{source, {}});
+class Draws {
+  public:
+    /// `way_of(gender, country)` gives the way of such rows, or null; the genders may not matter. Empty where a row has
+    /// none. The codes outlive this object.
+    template <class WayOf>
+    static std::optional<Draws> plan(const Codes* genders, const Codes& countries, std::size_t rows, WayOf way_of) {
+        Draws draws(genders, countries, rows);
+        for (std::size_t row = 0; row < rows; ++row) {
+            let_signals_in(row);
+            Way<Known>*& way = draws.ways_[draws.combination(row)];
+            if (way != nullptr) continue;
+            const std::string_view gender = genders == nullptr ? "" : genders->values()[(*genders)[row]];
+            way = way_of(gender, countries.values()[countries[row]]);
+            if (way == nullptr) return std::nullopt;
+            if (std::ranges::find(draws.sources_, way->source) == draws.sources_.end())
+                draws.sources_.push_back(way->source);
         }
-        group->numbers.push_back(number);
+        return draws;
     }
-    return groups;
-}
 
-/// Draws all rows, or none: false where a call did not give a text, with every source back where it was.
-///
-/// Sources do not depend on each other, so each one's rows are drawn by themselves. No other source is taken over while
-/// a method is called, which may let signals and other threads in.
-template <class Known>
-bool draw_rows(std::vector<Row<Known>>& rows, CalledTexts& called) {
-    const auto groups = by_source(rows);
-    std::vector<Mark> marks;
-    marks.reserve(groups.size());
-    for (const RowsOfSource& group : groups) marks.emplace_back(*group.source);
+    /// Whether a method is called for a row, which may fail.
+    [[nodiscard]] bool calls_methods() const {
+        return std::ranges::any_of(ways_, [](const Way<Known>* way) { return way != nullptr && !way->known; });
+    }
 
-    for (const auto& [source, numbers] : groups) {
-        for (const std::size_t number : numbers) {
-            Row<Known>& row = rows[number];
-            if (row.way->known) {
-                source->take_over();
-                row.drawn = row.way->known->draw(*source);
-                source->breathe();
+    /// The sources of all rows.
+    [[nodiscard]] const std::vector<Source*>& sources() const { return sources_; }
+
+    /// Draws all rows; false where a call did not give a text.
+    ///
+    /// Sources do not depend on each other, so each one's rows are drawn by themselves. No other source is taken over
+    /// while a method is called, which may let signals and other threads in.
+    bool draw() {
+        drawn_.resize(rows_);
+        for (Source* source : sources_) {
+            if (!draw_rows_of(*source)) return false;
+        }
+        for (Way<Known>* way : ways_) {
+            if (way != nullptr && way->known) way->known->leave_as_drawn();
+        }
+        return true;
+    }
+
+    [[nodiscard]] std::size_t rows() const { return rows_; }
+    [[nodiscard]] const Way<Known>& way(std::size_t row) const { return *ways_[combination(row)]; }
+    [[nodiscard]] const typename Known::Drawn& drawn(std::size_t row) const { return drawn_[row]; }
+
+    /// What was called for the row, where its way is not known.
+    [[nodiscard]] PyObject* called_object(std::size_t row) const { return called_.object(number(row)); }
+    [[nodiscard]] std::string_view called_text(std::size_t row) const { return called_.text(number(row)); }
+
+    /// The ways that are known.
+    template <class Action>
+    void for_each_known(Action action) {
+        for (Way<Known>* way : ways_) {
+            if (way != nullptr && way->known) action(*way->known);
+        }
+    }
+
+  private:
+    Draws(const Codes* genders, const Codes& countries, std::size_t rows)
+        : genders_(genders),
+          countries_(&countries),
+          rows_(rows),
+          ways_((genders == nullptr ? 1 : genders->values().size()) * countries.values().size()) {}
+
+    [[nodiscard]] std::size_t combination(std::size_t row) const {
+        const std::size_t country = (*countries_)[row];
+        return genders_ == nullptr ? country : (*genders_)[row] * countries_->values().size() + country;
+    }
+
+    [[nodiscard]] std::size_t number(std::size_t row) const { return static_cast<std::uint32_t>(drawn_[row]); }
+
+    bool draw_rows_of(Source& source) {
+        for (std::size_t row = 0; row < rows_; ++row) {
+            Way<Known>& way = *ways_[combination(row)];
+            if (way.source != &source) continue;
+            if (way.known) {
+                source.take_over();
+                drawn_[row] = way.known->draw(source);
+                source.breathe();
             } else {
-                source->hand_back();
-                row.called = called.size();
-                if (called.add(row.way->method)) continue;
-                for (const Mark& mark : marks) mark.go_back();
-                return false;
+                source.hand_back();
+                drawn_[row] = typename Known::Drawn(static_cast<std::uint32_t>(called_.size()));
+                if (!called_.add(way.method)) return false;
             }
         }
-        source->hand_back();
+        source.hand_back();
+        return true;
     }
-    for (const Row<Known>& row : rows) {
-        if (row.way->known) row.way->known->leave_as_drawn();
+
+    const Codes* genders_;
+    const Codes* countries_;
+    std::size_t rows_;
+    std::vector<Way<Known>*> ways_;  ///< by combination of gender and country
+    std::vector<Source*> sources_;
+    std::vector<typename Known::Drawn> drawn_;
+    CalledTexts called_;
+};
+
+/// Draws all rows, or none: false where a call did not give a text, with every source back where it was.
+template <class Known>
+bool draw_or_go_back(Draws<Known>& draws) {
+    std::vector<Mark> marks;
+    if (draws.calls_methods()) {
+        for (const Source* source : draws.sources()) marks.emplace_back(*source);
     }
-    return true;
+    if (draws.draw()) return true;
+    for (const Mark& mark : marks) mark.go_back();
+    return false;
 }
 
 }  // namespace bulk

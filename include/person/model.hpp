@@ -37,6 +37,9 @@ inline constexpr Patterns kTitlePatterns{{names::key_female, names::title_female
 /// `{GenderModel.key: self.config.setting, ...}` in the given order.
 python::Ref pattern_mapping(PyObject* self, std::initializer_list<KeyPattern> patterns);
 
+/// `collections_from_mapping(seq=categories, ...)`
+python::Ref sorted_categories(PyObject* categories, PyObject* mapping);
+
 /// `self.labels.field`
 inline python::Ref label(PyObject* self, PyObject* field) { return python::attr(self, names::labels, field); }
 

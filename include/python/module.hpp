@@ -20,4 +20,16 @@ Module& module();
 /// Looks a name up in the module's namespace, then among the builtins, anew each time.
 Ref global(PyObject* name);
 
+/// While it lives, names of the module mean something else to this thread, as a dict of them says.
+class Overlay {
+  public:
+    explicit Overlay(PyObject* names);
+    Overlay(const Overlay&) = delete;
+    Overlay& operator=(const Overlay&) = delete;
+    ~Overlay();
+
+  private:
+    PyObject* before_;
+};
+
 }  // namespace python

@@ -5,6 +5,7 @@
 #include "bulk/columns.hpp"
 #include "person/model.hpp"
 #include "person/names.hpp"
+#include "person/plain.hpp"
 #include "person/state.hpp"
 #include "person/units.hpp"
 #include "python/builtins.hpp"
@@ -122,9 +123,7 @@ void number_clashes(PyObject* usernames) {
 Ref generate_usernames_body(Arguments arguments) {
     auto [firstnames, lastnames] = arguments.take<2>();
     if (Ref made = bulk::usernames(firstnames, lastnames)) return made;
-    Ref usernames = apply(joined_names(firstnames, lastnames), entry<remove_blanks>);
-    while (has_clashes(usernames, firstnames)) number_clashes(usernames);
-    return call_method(attr(usernames, names::str), names::lower);
+    return plain_usernames(firstnames, lastnames);
 }
 
 // --- e-mail addresses
@@ -205,6 +204,12 @@ constexpr Parameter kCheckEmail[] = {
 };
 
 }  // namespace
+
+Ref plain_usernames(PyObject* firstnames, PyObject* lastnames) {
+    Ref usernames = apply(joined_names(firstnames, lastnames), entry<remove_blanks>);
+    while (has_clashes(usernames, firstnames)) number_clashes(usernames);
+    return call_method(attr(usernames, names::str), names::lower);
+}
 
 namespace person_model {
 

@@ -5,6 +5,7 @@
 #include "bulk/columns.hpp"
 #include "person/model.hpp"
 #include "person/names.hpp"
+#include "person/plain.hpp"
 #include "person/typed.hpp"
 #include "person/units.hpp"
 #include "python/builtins.hpp"
@@ -49,11 +50,7 @@ Ref category_values(PyObject* self, PyObject* field, PyObject* mapping, PyObject
     Ref meta = attr(self, names::meta);
     Ref categories = attr(item(meta, label(self, field)), names::categories);
     Ref generate = attr(self, names::generate_values_from_collections);
-    Ref sort = global(names::collections_from_mapping);
-    Ref collections = call(sort, {},
-                           {{names::seq, categories},
-                            {names::mapping, mapping},
-                            {names::ambiguous_key, attr(global(names::GenderModel), names::key_ambiguous)}});
+    Ref collections = sorted_categories(categories, mapping);
     return call(generate, {}, {{names::conditions, gender_conditions}, {names::collections, collections}});
 }
 
@@ -84,12 +81,8 @@ void make_title(PyObject* df, PyObject* self, PyObject* gender_conditions) {
     set_column(df, self, names::title, category_values(self, names::title, mapping, gender_conditions));
 
     Ref texts = call_method(column(df, self, names::title), names::astype, {str_type()});
-    Ref settled = bulk::settled_titles(texts);
-    if (!settled) {
-        Ref cell = owned(PyCell_New(mapping));
-        settled = call_method(texts, names::apply, {make_function(entry<settle_ambiguous>, cell)});
-    }
-    set_column(df, self, names::title, settled);
+    Ref settle = make_function(entry<settle_ambiguous>, owned(PyCell_New(mapping)));
+    set_column(df, self, names::title, call_method(texts, names::apply, {settle}));
 }
 
 void make_country(PyObject* df, PyObject* self, PyObject* country_conditions) {
@@ -103,7 +96,6 @@ void make_country(PyObject* df, PyObject* self, PyObject* country_conditions) {
 // -------------------------------------------------------------------------------------------
 
 Ref full_names(PyObject* firstnames, PyObject* lastnames) {
-    if (Ref made = bulk::full_names(firstnames, lastnames)) return made;
     Ref texts = call_method(firstnames, names::astype, {}, {{names::dtype, names::string}});
     Ref cat = attr(texts, names::str, names::cat);
     return call(cat, {}, {{names::others, lastnames}, {names::sep, names::blank}});
@@ -166,33 +158,33 @@ Ref labelled_columns(PyObject* self) {
 }
 
 /// `df.loc[gender_conditions.isna(), columns] = np.nan`
-void blank_rows_without_gender(PyObject* df, PyObject* self, PyObject* gender_conditions, PyObject* country_conditions,
-                               PyObject* columns) {
+void blank_rows_without_gender(PyObject* df, PyObject* gender_conditions, PyObject* columns) {
     Ref missing = attr(global(names::np), names::nan);
     Ref loc = attr(df, names::loc);
-    Ref rows = call_method(gender_conditions, names::isna);
-    if (!bulk::nothing_to_blank(df, rows, columns)) {
-        set_item(loc, tuple({rows, columns}), missing);
-    } else if (is_set(self, names::country)) {
-        // Blanking, even of no row, gives the frame values of its own.
-        set_column(df, self, names::country, call_method(country_conditions, names::copy));
-    }
-}
-
-Ref empty_frame(PyObject* num_rows) {
-    Ref make_frame = attr(global(names::pd), names::DataFrame);
-    int overflow = 0;
-    const long rows = PyLong_AsLongAndOverflow(num_rows, &overflow);
-    if (overflow == 0 && rows > 0) {
-        if (Ref made = bulk::empty_frame(make_frame, static_cast<std::size_t>(rows))) return made;
-    }
-    Ref empty_row = list();
-    return call(make_frame, {owned(PyNumber_Multiply(list({empty_row}), num_rows))});
+    set_item(loc, tuple({call_method(gender_conditions, names::isna), columns}), missing);
 }
 
 Ref sample_conditional_body(Arguments arguments) {
     auto [self, num_rows, gender_conditions, country_conditions, produce_nans] = arguments.take<5>();
-    Ref df = empty_frame(num_rows);
+    if (Ref made = bulk::whole_frame(self, num_rows, gender_conditions, country_conditions, produce_nans)) return made;
+    return plain_frame(self, num_rows, gender_conditions, country_conditions, produce_nans);
+}
+
+constexpr Parameter kParameters[] = {
+    {.name = names::self},
+    {.name = names::num_rows, .annotation = "int", .exact = &PyLong_Type},
+    {.name = names::gender_conditions, .annotation = "pd.Series"},
+    {.name = names::country_conditions, .annotation = "Optional[pd.Series]"},
+    {.name = names::produce_nans, .annotation = "bool", .default_ = [] { return boolean(true); }},
+};
+
+}  // namespace
+
+Ref plain_frame(PyObject* self, PyObject* num_rows, PyObject* gender_conditions, PyObject* country_conditions,
+                PyObject* produce_nans) {
+    Ref make_frame = attr(global(names::pd), names::DataFrame);
+    Ref empty_row = list();
+    Ref df = call(make_frame, {owned(PyNumber_Multiply(list({empty_row}), num_rows))});
     if (is_set(self, names::gender)) make_gender(df, self, gender_conditions);
     if (is_set(self, names::title)) make_title(df, self, gender_conditions);
     if (is_set(self, names::country)) make_country(df, self, country_conditions);
@@ -207,19 +199,9 @@ Ref sample_conditional_body(Arguments arguments) {
     make_phone_numbers(df, self, firstnames);
 
     Ref columns = labelled_columns(self);
-    if (truth(produce_nans)) blank_rows_without_gender(df, self, gender_conditions, country_conditions, columns);
+    if (truth(produce_nans)) blank_rows_without_gender(df, gender_conditions, columns);
     return df;
 }
-
-constexpr Parameter kParameters[] = {
-    {.name = names::self},
-    {.name = names::num_rows, .annotation = "int", .exact = &PyLong_Type},
-    {.name = names::gender_conditions, .annotation = "pd.Series"},
-    {.name = names::country_conditions, .annotation = "Optional[pd.Series]"},
-    {.name = names::produce_nans, .annotation = "bool", .default_ = [] { return boolean(true); }},
-};
-
-}  // namespace
 
 namespace person_model {
 

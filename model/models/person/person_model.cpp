@@ -238,6 +238,16 @@ constexpr Function country_to_provider_map{
     .body = country_to_provider_map_body,
 };
 
+constexpr Function labels{
+    .qualname = "PersonModel.labels",
+    .line = 214,
+    .kind = Kind::property,
+    .parameters = kSelf,
+    .returns = "PersonLabels",
+    .doc = "The column of each person attribute.",
+    .body = labels_body,
+};
+
 }  // namespace person_model
 
 namespace {
@@ -277,15 +287,6 @@ constexpr Function set_country_to_provider_map{
     .kind = Kind::setter,
     .parameters = kSetMap,
     .body = set_country_to_provider_map_body,
-};
-constexpr Function labels{
-    .qualname = "PersonModel.labels",
-    .line = 214,
-    .kind = Kind::property,
-    .parameters = kSelf,
-    .returns = "PersonLabels",
-    .doc = "The column of each person attribute.",
-    .body = labels_body,
 };
 constexpr Function params{
     .qualname = "PersonModel.params",
@@ -340,7 +341,7 @@ constexpr Entry kMembers[] = {
     entry<locales>,
     entry<person_model::country_to_provider_map>,
     entry<set_country_to_provider_map>,
-    entry<labels>,
+    entry<person_model::labels>,
     entry<params>,
     entry<person_model::fit>,
     entry<person_model::sample>,

@@ -43,7 +43,7 @@ constexpr Function first_name_of_pair{
 Ref generate_first_names_body(Arguments arguments) {
     auto [self, gender_conditions, country_conditions] = arguments.take<3>();
     Ref make_series = attr(global(names::pd), names::Series);
-    if (Ref made = bulk::first_names(self, make_series, gender_conditions, country_conditions)) return made;
+    if (Ref made = bulk::first_names(self, gender_conditions, country_conditions)) return made;
     Ref pairs = call(builtins::zip, {gender_conditions, country_conditions});
     Ref name_of_pair = make_function(entry<first_name_of_pair>, owned(PyCell_New(self)));
     return call(make_series, {lazy_map(name_of_pair, pairs)});
@@ -75,7 +75,7 @@ Ref each_last_name(PyObject* self, PyObject* make_series, PyObject* country_cond
 Ref generate_last_names_body(Arguments arguments) {
     auto [self, firstnames, country_conditions] = arguments.take<3>();
     Ref make_series = attr(global(names::pd), names::Series);
-    Ref lastnames = bulk::last_names(self, make_series, country_conditions);
+    Ref lastnames = bulk::last_names(self, country_conditions);
     if (!lastnames) lastnames = each_last_name(self, make_series, country_conditions);
 
     Ref missing = attr(global(names::pd), names::NA);

@@ -59,7 +59,7 @@ Ref generate_passwords_body(Arguments arguments) {
     auto [self, firstnames] = arguments.take<2>();
     Ref make_series = attr(global(names::pd), names::Series);
     const Py_ssize_t rows = length(firstnames);
-    if (Ref made = bulk::passwords(self, make_series, static_cast<std::size_t>(rows))) return made;
+    if (Ref made = bulk::passwords(self, static_cast<std::size_t>(rows))) return made;
     Ref passwords = list();
     for (Py_ssize_t row = 0; row < rows; ++row) append(passwords, each_password(self));
     return call(make_series, {passwords}, {{names::dtype, names::string}});
@@ -91,7 +91,7 @@ Ref phone_number(PyObject* na, PyObject* digit, PyObject* number_format) {
 Ref generate_phone_numbers_body(Arguments arguments) {
     auto [isna, number_format] = arguments.take<2>();
     Ref make_series = attr(global(names::pd), names::Series);
-    if (Ref made = bulk::phone_numbers(make_series, isna, number_format)) return made;
+    if (Ref made = bulk::phone_numbers(isna, number_format)) return made;
     Ref digit = make_function(entry<random_digit>);
     Ref numbers = list();
     for (Ref na : iterate(isna)) append(numbers, phone_number(na, digit, number_format));

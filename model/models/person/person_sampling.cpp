@@ -5,6 +5,7 @@
 #include "bulk/columns.hpp"
 #include "person/model.hpp"
 #include "person/names.hpp"
+#include "person/plain.hpp"
 #include "person/state.hpp"
 #include "person/typed.hpp"
 #include "person/units.hpp"
@@ -157,9 +158,7 @@ Ref sample_body(Arguments arguments) {
 Ref generate_values_from_collections_body(Arguments arguments) {
     auto [self, conditions, collections] = arguments.take<3>();
     if (Ref made = bulk::collection_values(self, conditions, collections)) return made;
-    Ref apply = attr(call_method(conditions, names::astype, {str_type()}), names::apply);
-    Ref element = attr(self, names::generate_from_collections);
-    return call(apply, {element}, {{names::collections, collections}});
+    return plain_values(self, conditions, collections);
 }
 
 Ref generate_from_collections_body(Arguments arguments) {
@@ -263,6 +262,12 @@ constexpr Parameter kCheckAssociations[] = {
 };
 
 }  // namespace
+
+Ref plain_values(PyObject* self, PyObject* conditions, PyObject* collections) {
+    Ref apply = attr(call_method(conditions, names::astype, {str_type()}), names::apply);
+    Ref element = attr(self, names::generate_from_collections);
+    return call(apply, {element}, {{names::collections, collections}});
+}
 
 namespace person_model {
 

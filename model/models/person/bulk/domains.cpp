@@ -124,7 +124,8 @@ bool Domains::read_formats(FormatReader& reader, const Table& texts, bool with_p
 
 Domains::Drawn Domains::draw(Source& source) {
     std::string word = finisher_ != nullptr ? draw_first_word(source.engine()) : draw_whole_word(source);
-    return {word_number(std::move(word)), top_levels_->draw(source)};
+    const std::uint32_t number = word_number(std::move(word));
+    return Drawn(number, top_levels_->draw(source));
 }
 
 void Domains::leave_as_drawn() {
@@ -156,8 +157,8 @@ std::string Domains::draw_whole_word(Source& source) {
     }
 }
 
-std::size_t Domains::word_number(std::string word) {
-    const auto [entry, is_new] = numbers_.try_emplace(std::move(word), words_.size());
+std::uint32_t Domains::word_number(std::string word) {
+    const auto [entry, is_new] = numbers_.try_emplace(std::move(word), static_cast<std::uint32_t>(words_.size()));
     if (is_new) words_.push_back(&entry->first);
     return entry->second;
 }

@@ -260,6 +260,8 @@ bool Package::is_called(std::string_view name) const {
            });
 }
 
+std::uint64_t changes_so_far() { return changes; }
+
 Package& pandas_code() {
     static auto* const package = new Package("pandas");
     return *package;

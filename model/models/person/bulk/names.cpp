@@ -1,20 +1,15 @@
-// First and last names, whole columns at once.
-
-#include "person/names.hpp"
+#include "bulk/names.hpp"
 
 #include <algorithm>
 #include <optional>
 #include <string_view>
-#include <vector>
 
 #include "bulk/columns.hpp"
 #include "bulk/originals.hpp"
-#include "bulk/providers.hpp"
 #include "bulk/signals.hpp"
 #include "bulk/surroundings.hpp"
-#include "bulk/tables.hpp"
 #include "bulk/texts.hpp"
-#include "bulk/ways.hpp"
+#include "person/names.hpp"
 #include "person/units.hpp"
 #include "python/call.hpp"
 #include "python/module.hpp"
@@ -34,43 +29,49 @@ const char* first_name_method(std::string_view gender) {
     return nullptr;
 }
 
-/// How each row is made, where that is known of all.
-std::optional<std::vector<Row<Table>>> plan_rows(const Texts* genders, const Texts& countries, std::size_t count,
-                                                 Providers& providers) {
-    std::vector<Row<Table>> rows;
-    rows.reserve(count);
-    for (std::size_t row = 0; row < count; ++row) {
-        let_signals_in(row);
-        const char* method = genders == nullptr ? "last_name" : first_name_method((*genders)[row]);
-        if (method == nullptr || countries.is_missing(row)) return std::nullopt;
-        Providers::Provider* provider = providers.find(countries[row]);
-        Way<Table>* way = provider == nullptr ? nullptr : provider->names(method);
-        if (way == nullptr) return std::nullopt;
-        rows.push_back({.way = way});
-    }
-    return rows;
-}
-
-/// A column of a name for each row.
-Ref drawn_column(PyObject* make_series, std::vector<Row<Table>>& rows) {
-    TextSeries column({call(make_series, {list({names::x})})}, rows.size());
-    CalledTexts called;
-    if (!draw_rows(rows, called)) return {};
-    for (std::size_t number = 0; number < rows.size(); ++number) {
-        let_signals_in(number);
-        const Row<Table>& row = rows[number];
-        if (const auto& table = row.way->known) {
-            column.add(table->object(row.drawn), table->text(row.drawn));
-        } else {
-            column.add(called.object(row.called), called.text(row.called));
-        }
-    }
-    return column.finish(make_series);
+Ref drawn_column(NameDraws& names) {
+    if (!draw_or_go_back(names)) return {};
+    const auto layout = Layout::of(call(attr(global(names::pd), names::Series), {list({names::x})}));
+    TextColumn column(layout.value(), names.rows());
+    write_names(names, column);
+    return column.series();
 }
 
 }  // namespace
 
-Ref first_names(PyObject* self, PyObject* make_series, PyObject* genders, PyObject* countries) {
+std::optional<NameDraws> plan_first_names(const Codes& genders, const Codes& countries, std::size_t rows,
+                                          Providers& providers) {
+    return NameDraws::plan(&genders, countries, rows, [&](std::string_view gender, std::string_view country) {
+        const char* method = first_name_method(gender);
+        Providers::Provider* provider = method == nullptr ? nullptr : providers.find(country);
+        return provider == nullptr ? nullptr : provider->names(method);
+    });
+}
+
+std::optional<NameDraws> plan_last_names(const Codes& countries, Providers& providers) {
+    return NameDraws::plan(nullptr, countries, countries.size(), [&](std::string_view, std::string_view country) {
+        Providers::Provider* provider = providers.find(country);
+        return provider == nullptr ? nullptr : provider->names("last_name");
+    });
+}
+
+std::string_view name_text(const NameDraws& names, std::size_t row) {
+    const auto& known = names.way(row).known;
+    return known ? known->text(names.drawn(row)) : names.called_text(row);
+}
+
+void write_names(const NameDraws& names, TextColumn& column) {
+    for (std::size_t row = 0; row < names.rows(); ++row) {
+        let_signals_in(row);
+        if (const auto& known = names.way(row).known) {
+            column.add(known->object(names.drawn(row)), known->text(names.drawn(row)));
+        } else {
+            column.add(names.called_object(row), names.called_text(row));
+        }
+    }
+}
+
+Ref first_names(PyObject* self, PyObject* genders, PyObject* countries) {
     if (!namespace_is_untouched()) return {};
     if (!has_our_method(self, names::generate_random_first_name,
                         entry<person::person_model::generate_random_first_name>)) {
@@ -79,20 +80,23 @@ Ref first_names(PyObject* self, PyObject* make_series, PyObject* genders, PyObje
     const auto gender_texts = Texts::read(genders);
     const auto country_texts = gender_texts ? Texts::read(countries) : std::nullopt;
     if (!country_texts) return {};
+    const std::size_t rows = std::min(gender_texts->size(), country_texts->size());
+    if (!is_worth_it(rows)) return {};
+    const Codes gender_codes(*gender_texts);
+    const Codes country_codes(*country_texts);
     Providers providers(self);
-    const std::size_t count = std::min(gender_texts->size(), country_texts->size());
-    if (!is_worth_it(count)) return {};
-    auto rows = plan_rows(&*gender_texts, *country_texts, count, providers);
-    return rows ? drawn_column(make_series, *rows) : Ref();
+    auto names = plan_first_names(gender_codes, country_codes, rows, providers);
+    return names ? drawn_column(*names) : Ref();
 }
 
-Ref last_names(PyObject* self, PyObject* make_series, PyObject* countries) {
+Ref last_names(PyObject* self, PyObject* countries) {
     if (!namespace_is_untouched()) return {};
-    const auto country_texts = Texts::read(countries);
-    if (!country_texts || !is_worth_it(country_texts->size())) return {};
+    const auto texts = Texts::read(countries);
+    if (!texts || !is_worth_it(texts->size())) return {};
+    const Codes codes(*texts);
     Providers providers(self);
-    auto rows = plan_rows(nullptr, *country_texts, country_texts->size(), providers);
-    return rows ? drawn_column(make_series, *rows) : Ref();
+    auto names = plan_last_names(codes, providers);
+    return names ? drawn_column(*names) : Ref();
 }
 
 }  // namespace bulk

@@ -1,4 +1,4 @@
-// Passwords and phone numbers, whole columns at once.
+#include "bulk/numbers.hpp"
 
 #include <cstdint>
 #include <optional>
@@ -22,16 +22,10 @@ namespace names = person::names;
 
 namespace {
 
-/// The bounds of `randint`, as a lowest value and how many values there are.
-struct Range {
-    std::uint32_t lowest;
-    std::uint32_t count;
-};
-
 /// Lengths above this are left to the single calls.
 constexpr long kLongest = 1L << 20;
 
-std::optional<Range> length_range(PyObject* self) {
+std::optional<Passwords::Lengths> length_range(PyObject* self) {
     if (!reads_plainly(self) || quiet_attr(reinterpret_cast<PyObject*>(Py_TYPE(self)), names::pwd_length))
         return std::nullopt;
     Ref bounds = quiet_attr(self, names::pwd_length);
@@ -47,7 +41,7 @@ std::optional<Range> length_range(PyObject* self) {
         if (overflow != 0 || values[i] < 0 || values[i] > kLongest) return std::nullopt;
     }
     if (values[0] > values[1]) return std::nullopt;
-    return Range{static_cast<std::uint32_t>(values[0]), static_cast<std::uint32_t>(values[1] - values[0] + 1)};
+    return Passwords::Lengths{static_cast<std::uint32_t>(values[0]), static_cast<std::uint32_t>(values[1] - values[0] + 1)};
 }
 
 /// `string.ascii_letters + string.digits`, where both are ASCII.
@@ -77,58 +71,92 @@ bool substitutes_plainly() { return is_original(quiet_attr(global(names::re), na
 
 }  // namespace
 
-Ref passwords(PyObject* self, PyObject* make_series, std::size_t rows) {
-    if (!is_worth_it(rows) || !namespace_is_untouched()) return {};
-    if (!has_our_method(self, names::generate_password, entry<person::person_model::generate_password>)) return {};
-    Ref random = module_random(global(names::random), {"randint", "choice"});
-    const auto lengths = length_range(self);
-    const auto characters = possible_characters();
-    if (!random || !lengths || !characters) return {};
+// --- passwords
+// ------------------------------------------------------------------------------------------------------------
 
-    TextSeries column({call(make_series, {list({names::x})}, {{names::dtype, names::string}})}, rows);
-    Source source(random);
+std::optional<Passwords> Passwords::read(PyObject* self) {
+    if (!has_our_method(self, names::generate_password, entry<person::person_model::generate_password>))
+        return std::nullopt;
+    Ref random = module_random(global(names::random), {"randint", "choice"});
+    auto lengths = length_range(self);
+    auto characters = possible_characters();
+    if (!random || !lengths || !characters) return std::nullopt;
+    return Passwords(std::move(random), *lengths, std::move(*characters));
+}
+
+void Passwords::draw(std::size_t rows, TextColumn& column) const {
+    Source source(random_);
     Mersenne& engine = source.engine();
-    const auto count = static_cast<std::uint32_t>(characters->size());
+    const auto count = static_cast<std::uint32_t>(characters_.size());
     std::string password;
     source.take_over();
     for (std::size_t row = 0; row < rows; ++row) {
-        password.resize(lengths->lowest + engine.below(lengths->count));
-        for (char& character : password) character = (*characters)[engine.below(count)];
+        password.resize(lengths_.lowest + engine.below(lengths_.count));
+        engine.fill_below(count, password.size(), [&](std::size_t i, std::uint32_t drawn) {
+            password[i] = characters_[drawn];
+        });
         column.add(password);
         source.breathe(password.size());
     }
     source.hand_back();
-    return column.finish(make_series, {{names::dtype, names::string}});
 }
 
-Ref phone_numbers(PyObject* make_series, PyObject* isna, PyObject* number_format) {
-    if (!namespace_is_untouched() || !substitutes_plainly()) return {};
-    const auto missing = Flags::read(isna);
+Ref passwords(PyObject* self, std::size_t rows) {
+    if (!is_worth_it(rows) || !namespace_is_untouched()) return {};
+    const auto drawn_from = Passwords::read(self);
+    if (!drawn_from) return {};
+    const auto layout = Layout::of(
+        call(attr(global(names::pd), names::Series), {list({names::x})}, {{names::dtype, names::string}}));
+    TextColumn column(layout.value(), rows);
+    drawn_from->draw(rows, column);
+    return column.series();
+}
+
+// --- telephone numbers
+// ----------------------------------------------------------------------------------------------------
+
+std::optional<PhoneNumbers> PhoneNumbers::read(PyObject* number_format) {
+    if (!substitutes_plainly()) return std::nullopt;
     const auto format = utf8(number_format);
     Ref random = module_random(global(names::random), {"randint"});
-    if (!missing || !is_worth_it(missing->size()) || !format || !random) return {};
+    if (!format || !random) return std::nullopt;
+    return PhoneNumbers(std::move(random), std::string(*format), placeholders(*format));
+}
 
+void PhoneNumbers::draw(std::size_t rows, const Flags* missing, PyObject* no_number, TextColumn& column) const {
+    Source source(random_);
+    Mersenne& engine = source.engine();
+    std::string number(format_);
+    source.take_over();
+    for (std::size_t row = 0; row < rows; ++row) {
+        if (missing != nullptr && (*missing)[row]) {
+            column.add_missing(no_number);
+        } else {
+            engine.fill_below(10, places_.size(), [&](std::size_t i, std::uint32_t digit) {
+                number[places_[i]] = static_cast<char>('0' + digit);
+            });
+            column.add(number);
+        }
+        source.breathe(places_.size());
+    }
+    source.hand_back();
+}
+
+Ref phone_numbers(PyObject* isna, PyObject* number_format) {
+    if (!namespace_is_untouched()) return {};
+    const auto missing = Flags::read(isna);
+    if (!missing || !is_worth_it(missing->size())) return {};
+    const auto drawn_from = PhoneNumbers::read(number_format);
+    if (!drawn_from) return {};
     Ref no_number = attr(global(names::pd), names::NA);
     Ref kinds = list();
     if (!missing->all()) append(kinds, names::x);
     if (missing->any()) append(kinds, no_number);
-    TextSeries column({call(make_series, {kinds})}, missing->size());
-    Source source(random);
-    Mersenne& engine = source.engine();
-    const auto places = placeholders(*format);
-    std::string number(*format);
-    source.take_over();
-    for (std::size_t row = 0; row < missing->size(); ++row) {
-        if ((*missing)[row]) {
-            column.add_missing(no_number);
-        } else {
-            for (const std::size_t place : places) number[place] = static_cast<char>('0' + engine.below(10));
-            column.add(number);
-        }
-        source.breathe(places.size());
-    }
-    source.hand_back();
-    return column.finish(make_series);
+    const auto layout = Layout::of(call(attr(global(names::pd), names::Series), {kinds}));
+    if (!layout) return {};
+    TextColumn column(*layout, missing->size());
+    drawn_from->draw(missing->size(), &*missing, no_number, column);
+    return column.series();
 }
 
 }  // namespace bulk

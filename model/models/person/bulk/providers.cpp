@@ -22,6 +22,7 @@ Way<Known>* usable(Way<Known>& way) {
 Providers::Providers(PyObject* self) : map_(plain_provider_map(self)) {}
 
 Providers::Provider* Providers::find(std::string_view country) {
+    if (country.data() == nullptr) return nullptr;
     if (last_ == nullptr || last_->country != country) {
         last_ = nullptr;
         for (Found& found : found_) {

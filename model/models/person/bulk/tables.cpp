@@ -87,6 +87,7 @@ bool Table::read_texts() {
         const auto text = utf8(PyTuple_GET_ITEM(choices_.get(), i));
         if (!text) return false;
         texts_.push_back(*text);
+        has_nul_ |= text->find('\0') != std::string_view::npos;
     }
     return true;
 }
@@ -110,12 +111,12 @@ bool Table::read_weights(PyObject* elements) {
     return sum > 0.0;
 }
 
-std::size_t Table::draw(Mersenne& engine) {
+Table::Drawn Table::draw(Mersenne& engine) {
     drawn_ = true;
     if (cumulative_weights_.empty()) return engine.below(static_cast<std::uint32_t>(texts_.size()));
     const double drawn = engine.uniform() * cumulative_weights_.back();
     const auto first = cumulative_weights_.begin();
-    return static_cast<std::size_t>(std::upper_bound(first, cumulative_weights_.end() - 1, drawn) - first);
+    return static_cast<Drawn>(std::upper_bound(first, cumulative_weights_.end() - 1, drawn) - first);
 }
 
 void Table::leave_as_drawn() {

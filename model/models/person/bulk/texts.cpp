@@ -38,6 +38,10 @@ bool is_series(PyObject* object) {
            has_own_names(object);
 }
 
+Ref method_result(PyObject* object, const char* name) { return call(owned(PyObject_GetAttrString(object, name))); }
+
+}  // namespace
+
 bool is_string_dtype(PyObject* dtype) {
     return has_type(dtype, "pandas", "StringDtype") || has_type(dtype, "pandas.core.arrays.string_", "StringDtype");
 }
@@ -48,18 +52,11 @@ bool is_arrow_backed(PyObject* dtype) {
 
 bool is_object_dtype(PyObject* dtype) { return text_equals(quiet_attr(dtype, "name"), "object"); }
 
-/// A missing value as columns of texts hold it.
 bool is_missing_value(PyObject* value) {
     if (value == Py_None) return true;
     if (PyFloat_CheckExact(value)) return std::isnan(PyFloat_AS_DOUBLE(value));
     return has_type(value, "pandas._libs.missing", "NAType") || has_type(value, "pandas.api.typing", "NAType");
 }
-
-Ref index_of(PyObject* series) { return owned(PyObject_GetAttrString(series, "index")); }
-
-Ref method_result(PyObject* object, const char* name) { return call(owned(PyObject_GetAttrString(object, name))); }
-
-}  // namespace
 
 bool is_visible_ascii(std::string_view text) {
     return std::ranges::all_of(text, [](char c) { return c > ' ' && c <= '~'; });
@@ -89,11 +86,19 @@ std::optional<std::string_view> utf8(PyObject* text) {
     return std::nullopt;
 }
 
-bool holds_texts(PyObject* dtype) { return is_object_dtype(dtype) || is_string_dtype(dtype); }
+Ref rows_at(PyObject* series, const std::vector<std::size_t>& positions) {
+    Ref wanted = list();
+    for (const std::size_t position : positions) append(wanted, integer(static_cast<Py_ssize_t>(position)));
+    Ref rows = item(owned(PyObject_GetAttrString(series, "iloc")), wanted);
+    return call(owned(PyObject_GetAttrString(rows, "reset_index")), {}, {{string("drop"), Py_True}});
+}
 
-Ref first_row(PyObject* series) {
-    Ref one_row = owned(PySlice_New(nullptr, integer(1), nullptr));
-    return item(owned(PyObject_GetAttrString(series, "iloc")), one_row);
+bool counts_rows(PyObject* series) {
+    Ref index = owned(PyObject_GetAttrString(series, "index"));
+    if (!has_type(index, "pandas", "RangeIndex") && !has_type(index, "pandas.core.indexes.range", "RangeIndex"))
+        return false;
+    return require(PyObject_RichCompareBool(owned(PyObject_GetAttrString(index, "start")), integer(0), Py_EQ)) == 1 &&
+           require(PyObject_RichCompareBool(owned(PyObject_GetAttrString(index, "step")), integer(1), Py_EQ)) == 1;
 }
 
 bool is_bare(PyObject* series) {
@@ -103,7 +108,7 @@ bool is_bare(PyObject* series) {
     return attributes && PyDict_Check(attributes.get()) && PyDict_Size(attributes) == 0 && duplicates.get() == Py_True;
 }
 
-Buffer::Buffer(PyObject* exporter) { require(PyObject_GetBuffer(exporter, &view_, PyBUF_SIMPLE)); }
+Buffer::Buffer(PyObject* exporter, int flags) { require(PyObject_GetBuffer(exporter, &view_, flags)); }
 
 // --- reading
 // ----------------------------------------------------------------------------------------------------------------
@@ -118,7 +123,7 @@ std::optional<Texts> Texts::read(PyObject* series) {
         if (!texts.read_arrow(method_result(array, "__arrow_array__"))) return std::nullopt;
         return texts;
     }
-    if (!holds_texts(dtype)) return std::nullopt;
+    if (!is_object_dtype(dtype) && !is_string_dtype(dtype)) return std::nullopt;
     Ref array =
         call(owned(PyObject_GetAttrString(series, "to_numpy")), {reinterpret_cast<PyObject*>(&PyBaseObject_Type)});
     if (!texts.read_objects(method_result(array, "tolist"))) return std::nullopt;
@@ -204,86 +209,6 @@ bool Flags::any() const {
 
 bool Flags::all() const {
     return std::ranges::all_of(values_, [](std::uint8_t value) { return value != 0; });
-}
-
-// --- writing
-// ----------------------------------------------------------------------------------------------------------------
-
-TextSeries::TextSeries(const Form& form, std::size_t rows)
-    : dtype_(owned(PyObject_GetAttrString(form.made, "dtype"))),
-      name_(owned(PyObject_GetAttrString(form.made, "name"))),
-      hands_index_on_(form.from && index_of(form.made).get() == index_of(form.from).get()),
-      arrow_(is_arrow_backed(dtype_)),
-      rows_(rows) {
-    if (arrow_) {
-        ends_.reserve((rows + 1) * sizeof(std::int64_t));
-        ends_.append(std::int64_t{0});
-    } else {
-        objects_ = list();
-    }
-}
-
-void TextSeries::add(std::string_view text) {
-    if (!arrow_) {
-        append(objects_, owned(PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), nullptr)));
-        return;
-    }
-    data_.append(text.data(), text.size());
-    ends_.append(static_cast<std::int64_t>(data_.size()));
-}
-
-void TextSeries::add(PyObject* object, std::string_view text) {
-    if (arrow_) {
-        add(text);
-    } else {
-        append(objects_, object);
-    }
-}
-
-void TextSeries::add_missing(PyObject* missing) {
-    if (!arrow_) {
-        append(objects_, missing);
-        return;
-    }
-    if (valid_.empty()) {
-        valid_.assign((rows_ + 7) / 8, 0xff);
-        valid_.back() = static_cast<std::uint8_t>(0xff >> (8 * valid_.size() - rows_));
-    }
-    const std::size_t row = ends_.size() / sizeof(std::int64_t) - 1;
-    valid_[row / 8] = static_cast<std::uint8_t>(valid_[row / 8] & ~(1U << row % 8));
-    ends_.append(static_cast<std::int64_t>(data_.size()));
-}
-
-Ref TextSeries::arrow_array() {
-    Ref pyarrow = owned(PyImport_ImportModule("pyarrow"));
-    Ref as_buffer = owned(PyObject_GetAttrString(pyarrow, "py_buffer"));
-    Ref valid = none();
-    if (!valid_.empty()) {
-        GrowingBytes bits;
-        bits.append(valid_.data(), valid_.size());
-        valid = call(as_buffer, {bits.finish()});
-    }
-    Ref ends = call(as_buffer, {ends_.finish()});
-    Ref data = call(as_buffer, {data_.finish()});
-    Ref make =
-        owned(PyObject_GetAttrString(owned(PyObject_GetAttrString(pyarrow, "LargeStringArray")), "from_buffers"));
-    Ref rows = integer(static_cast<Py_ssize_t>(rows_));
-    Ref array = call(make, {rows, ends, data, valid});
-    return call(owned(PyObject_GetAttrString(dtype_, "__from_arrow__")), {array});
-}
-
-Ref TextSeries::finish(PyObject* make_series, Keywords keywords) {
-    return arrow_ ? call(make_series, {arrow_array()}) : call(make_series, {objects_}, keywords);
-}
-
-Ref TextSeries::finish_from(PyObject* make_series, PyObject* series) {
-    Ref index = index_of(series);
-    if (!hands_index_on_) index = method_result(index, "view");
-    Ref elements = arrow_ ? arrow_array() : std::move(objects_);
-    return call(make_series, {elements},
-                {{owned(PyUnicode_InternFromString("index")), index},
-                 {owned(PyUnicode_InternFromString("dtype")), dtype_},
-                 {owned(PyUnicode_InternFromString("name")), name_}});
 }
 
 }  // namespace bulk
