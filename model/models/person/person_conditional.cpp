@@ -237,6 +237,7 @@ constexpr Function sample_conditional{
             ValueError: if there is a country label but no countries are given, or a gender key is unknown.
             KeyError: if a row's country has no provider.
 )",
+    .locals = {"df", "mapping", "categories", "firstnames", "lastnames", "columns", "c"},
     .body = sample_conditional_body,
 };
 

@@ -139,6 +139,7 @@ constexpr Function generate_random_first_name{
         Returns:
             A randomly generated first name or pd.NA.
 )",
+    .locals = {"faker"},
     .result = {&PyUnicode_Type, "unicode"},
     .body = generate_random_first_name_body,
 };
@@ -159,6 +160,7 @@ constexpr Function generate_last_names{
         Returns:
             A series of generated lastnames.
 )",
+    .locals = {"lastnames", "country"},
     .body = generate_last_names_body,
 };
 

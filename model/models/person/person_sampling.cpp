@@ -304,6 +304,7 @@ constexpr Function sample{
             TypeError: if n is no int, or associations no list.
             KeyError: if a row's country has no provider.
 )",
+    .locals = {"num_rows", "gender_conditions", "country_conditions", "df", "_"},
     .body = sample_body,
 };
 
@@ -338,6 +339,7 @@ constexpr Function generate_from_collections{
         Returns:
             One of the key's values, or pd.NA if it has none.
 )",
+    .locals = {"categories"},
     .body = generate_from_collections_body,
 };
 
@@ -355,6 +357,7 @@ constexpr Function map_to_gender_keys{
         Returns:
             A series of gender keys with a new index from 0. Values that belong to no key are left out.
 )",
+    .locals = {"collections", "return_values", "value", "key", "collection"},
     .body = map_to_gender_keys_body,
 };
 
@@ -371,6 +374,7 @@ constexpr Function check_associations{
         Raises:
             ValueError: if a rule names another column of the model.
 )",
+    .locals = {"association", "assoc_col"},
     .body = check_associations_body,
 };
 
