@@ -5,9 +5,9 @@
 #include "bulk/columns.hpp"
 #include "person/model.hpp"
 #include "person/names.hpp"
+#include "person/state.hpp"
 #include "person/typed.hpp"
 #include "person/units.hpp"
-#include "python/builtins.hpp"
 #include "python/call.hpp"
 #include "python/iterate.hpp"
 #include "python/module.hpp"
@@ -93,9 +93,7 @@ void make_title(PyObject* df, PyObject* self, PyObject* gender_conditions) {
 }
 
 void make_country(PyObject* df, PyObject* self, PyObject* country_conditions) {
-    if (country_conditions == Py_None) {
-        raise(builtins::ValueError, "Got country label but no country conditions or country model.");
-    }
+    if (country_conditions == Py_None) raise_value_error(messages::no_countries);
     set_column(df, self, names::country, country_conditions);
 }
 

@@ -131,9 +131,7 @@ Ref settle_locales(PyObject* self, const Request& request) {
 
 Ref sample_body(Arguments arguments) {
     auto [self, n, produce_nans, conditions, associations] = arguments.take<5>();
-    if (conditions == Py_None && n == Py_None) {
-        raise(builtins::ValueError, "One of 'n' or 'conditions' must be given.");
-    }
+    if (conditions == Py_None && n == Py_None) raise_value_error(messages::no_number_of_rows);
     const auto count = [n = n, conditions = conditions] {
         return conditions == Py_None ? Ref::share(n) : integer(length(conditions));
     };
