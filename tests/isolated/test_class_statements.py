@@ -1,6 +1,7 @@
 """Classes as the written statement makes them: the first is held against a class statement over the same base."""
 
 from pathlib import Path
+from typing import Any
 
 import pytest
 
@@ -313,7 +314,7 @@ class Meta(type):
 """
 
 
-def twins(folder: Path, histogram: str) -> tuple[list[object], list[object]]:
+def twins(folder: Path, histogram: str) -> tuple[list[Any], list[Any]]:
     """What comes of the module's class over the host's base, and of the statement."""
     write_standins(
         folder,

@@ -393,9 +393,7 @@ class Meta(type):
             raise LookupError
         return super().__new__(metacls, name, bases, names)
 
-""" + MODEL.format(name="Histogram").replace(
-        "class Histogram:", "class Histogram(metaclass=Meta):"
-    )
+""" + MODEL.format(name="Histogram").replace("class Histogram:", "class Histogram(metaclass=Meta):")
     write_standins(tmp_path, vantrel__model__models__histogram=refusing)
     code = (
         PRELUDE

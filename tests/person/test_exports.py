@@ -8,7 +8,9 @@ import pytest
 from vantrel.model.models import person
 
 
-@pytest.mark.skipif(shutil.which("nm") is None, reason="nm is needed to list what the library exports")
+@pytest.mark.skipif(
+    shutil.which("nm") is None, reason="nm is needed to list what the library exports"
+)
 def test_library_exports_its_entry_alone() -> None:
     listed = subprocess.run(
         ["nm", "--dynamic", "--defined-only", "--format=posix", person.__file__],
