@@ -1,7 +1,7 @@
 #pragma once
 
-// What the module keeps for as long as it lives: the interned names, the small integers and the builtins that its code
-// uses. There is one module a process, so the state is static.
+// What the module keeps for as long as it lives: the interned names, the small integers, the arguments of fixed
+// messages and the builtins that its code uses. There is one module a process, so the state is static.
 
 #include <Python.h>
 
@@ -24,14 +24,35 @@ PERSON_INTEGERS(PERSON_DECLARE)
 #undef PERSON_DECLARE
 }  // namespace integers
 
+/// A text that never changes, and the arguments of every exception that is raised with it: one tuple for all.
+struct Message {
+    const char* text = nullptr;
+    PyObject* arguments = nullptr;
+};
+
+#define PERSON_MESSAGES(X)                                                           \
+    X(no_number_of_rows, "One of 'n' or 'conditions' must be given.")                \
+    X(no_countries, "Got country label but no country conditions or country model.") \
+    X(unknown_gender, "Unrecognised gender: {gender}")
+
+namespace messages {
+#define PERSON_DECLARE(identifier, text) inline constinit Message identifier{text};
+PERSON_MESSAGES(PERSON_DECLARE)
+#undef PERSON_DECLARE
+}  // namespace messages
+
+/// Raises ValueError with the message.
+[[noreturn]] void raise_value_error(const Message& message);
+
 struct State {
     PyObject* module = nullptr;  ///< the executed module; owned, so that it is there when it is imported again
 };
 
 State& state();
 
-/// Makes every name and integer that is not there yet, and looks up every builtin; raises NameError for a builtin that
-/// is missing. What is made stays for the life of the process: functions may outlive a module whose body failed.
+/// Makes every name, integer and tuple that is not there yet, and looks up every builtin; raises NameError for a
+/// builtin that is missing. What is made stays for the life of the process: functions may outlive a module whose body
+/// failed.
 void fill_state();
 
 /// Whether the module's code has an identifier of that name.

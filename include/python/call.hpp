@@ -34,6 +34,9 @@ Ref attr(PyObject* object, PyObject* name, PyObject* next, const Names&... rest)
     return attr(attr(object, name), next, rest...);
 }
 
+/// The attribute; empty where reading it raises AttributeError.
+Ref optional_attr(PyObject* object, PyObject* name);
+
 inline void set_attr(PyObject* object, PyObject* name, PyObject* value) {
     require(PyObject_SetAttr(object, name, value));
 }

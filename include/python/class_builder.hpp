@@ -24,7 +24,8 @@ struct Class {
 };
 
 /// Makes the class over one base as a class statement does: bases resolved through `__mro_entries__`, the metaclass
-/// found, its `__prepare__` called, the namespace filled in table order, the metaclass called.
+/// found, its `__prepare__` called, the namespace filled in table order, the metaclass called. Members call `super()`,
+/// so the namespace ends with the cell that `type.__new__` fills with the class.
 Ref make_class(const Class& definition, PyObject* base);
 
 }  // namespace python

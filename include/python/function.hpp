@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstddef>
+#include <initializer_list>
 #include <span>
 
 #include "python/name.hpp"
@@ -68,7 +69,8 @@ struct Function {
     std::span<const Parameter> parameters = {};
     const char* returns = nullptr;  ///< annotation
     const char* doc = nullptr;
-    const char* free_variable = nullptr;  ///< name of its one closure cell
+    std::initializer_list<const char*> locals = {};  ///< the names that its code shows after the parameters
+    const char* free_variable = nullptr;             ///< name of its one closure cell
     Result result = {};
     Ref (*body)(Arguments arguments);
 

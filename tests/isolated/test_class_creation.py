@@ -80,7 +80,7 @@ def test_prepared_namespace_is_filled_in_order(preparing: Path) -> None:
     print(json.dumps(Names.events))
     """
     start = ["__module__", "__qualname__", "__doc__"]
-    end = ["__orig_bases__"]
+    end = ["__classcell__", "__orig_bases__"]
     assert answer_of(code, path=preparing) == [
         *start,
         "key_female",

@@ -362,8 +362,8 @@ def test_functions_of_a_class_that_outlives_a_failed_import(tmp_path: Path, time
     assert worked
 
 
-def test_class_whose_making_failed_leaves_functions_that_say_so(tmp_path: Path) -> None:
-    """The class of `super()` is known once the class is made, and never when making it failed."""
+def test_class_that_its_base_refuses_is_whole(tmp_path: Path) -> None:
+    """The class of `super()` is known before the base hears of the class."""
     hooked = MODEL.format(name="Histogram").replace(
         "cls.made_of.append(cls)",
         "cls.made_of.append(cls)\n        if len(cls.made_of) == 1: raise LookupError",
@@ -375,8 +375,34 @@ def test_class_whose_making_failed_leaves_functions_that_say_so(tmp_path: Path) 
     failed = failure()
     from vantrel.model.models.histogram import Histogram
     (leaked,) = Histogram.made_of
+    print(json.dumps([failed["entries"], leaked("meta").meta, works()]))
+    """
+    )
+    assert answer_of(code, path=tmp_path) == [[[*ENTRY, 30]], "meta", True]
+
+
+def test_class_that_was_never_made_leaves_functions_that_say_so(tmp_path: Path) -> None:
+    """A metaclass that keeps the namespace of a class that it refuses."""
+    refusing = """
+class Meta(type):
+    kept = []
+
+    def __new__(metacls, name, bases, names):
+        if name == "GenderModel" and not metacls.kept:
+            metacls.kept.append(names)
+            raise LookupError
+        return super().__new__(metacls, name, bases, names)
+
+""" + MODEL.format(name="Histogram").replace("class Histogram:", "class Histogram(metaclass=Meta):")
+    write_standins(tmp_path, vantrel__model__models__histogram=refusing)
+    code = (
+        PRELUDE
+        + """
+    failed = failure()
+    from vantrel.model.models.histogram import Histogram
+    (names,) = type(Histogram).kept
     try:
-        leaked("meta")
+        names["__init__"](Histogram(), "meta")
     except NameError as error:
         print(json.dumps([failed["entries"], str(error), works()]))
     """

@@ -135,6 +135,7 @@ constexpr Function collections{
     .parameters = kSelf,
     .returns = "Dict[str, List[str]]",
     .doc = "The categories of the meta by gender key, without the keys that no category has.",
+    .locals = {"mapping", "collections", "key", "collection"},
     .body = collections_body,
 };
 constexpr Function categories{
@@ -158,6 +159,7 @@ constexpr Function fit{
         Returns:
             What the base class's fit returns.
 )",
+    .locals = {"value_map", "df_gender", "key", "collection", "v"},
     .free_variable = kClassCell,
     .body = fit_body,
 };
@@ -175,6 +177,7 @@ constexpr Function from_dict{
         Raises:
             KeyError: if "meta" is missing.
 )",
+    .locals = {"meta_dict", "meta", "model"},
     .body = from_dict_body,
 };
 

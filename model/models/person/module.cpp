@@ -74,13 +74,29 @@ constexpr Import kImports[] = {
     {.line = 27, .module = "histogram", .names = {"Histogram"}, .level = 1},
 };
 
-[[noreturn]] void raise_cannot_import(PyObject* from, PyObject* name) {
-    Ref module_name = owned(PyObject_GetAttrString(from, "__name__"));
+/// Whether the module's spec says that its body is still running. What goes wrong while asking is a no.
+bool is_initializing(PyObject* from) {
+    Ref spec = Ref::steal(PyObject_GetAttrString(from, "__spec__"));
+    Ref flag = Ref::steal(spec ? PyObject_GetAttrString(spec, "_initializing") : nullptr);
+    const bool initializing = flag && PyObject_IsTrue(flag) > 0;
+    PyErr_Clear();
+    return initializing;
+}
+
+/// Raises the interpreter's own ImportError; `module_name` is null where the module has no name.
+[[noreturn]] void raise_cannot_import(PyObject* from, PyObject* module_name, PyObject* name) {
     Ref path = Ref::steal(PyModule_Check(from) != 0 ? PyModule_GetFilenameObject(from) : nullptr);
     PyErr_Clear();
-    Ref message = owned(PyUnicode_FromFormat("cannot import name %R from %R (%S)", name, module_name.get(),
-                                             path ? path.get() : string("unknown location").get()));
+    const char* format = "cannot import name %R from %R (unknown location)";
+    if (path) {
+        format = is_initializing(from) ? "cannot import name %R from partially initialized module %R "
+                                         "(most likely due to a circular import) (%S)"
+                                       : "cannot import name %R from %R (%S)";
+    }
+    Ref shown = module_name == nullptr ? string("<unknown module name>") : Ref::share(module_name);
+    Ref message = Ref::steal(PyUnicode_FromFormat(format, name, shown.get(), path.get()));
     PyErr_SetImportError(message, module_name, path);
+    if (!message) throw PythonError{};  // the call before refuses that with a TypeError, as in the interpreter
     RaisedException raised;
     require(PyObject_SetAttrString(raised.get(), "name_from", name));
     raised.raise_again();
@@ -88,15 +104,16 @@ constexpr Import kImports[] = {
 
 /// The attribute, or the submodule that is only on its way to becoming one.
 Ref imported_name(PyObject* from, PyObject* name) {
-    if (PyObject* value = PyObject_GetAttr(from, name)) return Ref::steal(value);
-    if (PyErr_ExceptionMatches(PyExc_AttributeError) == 0) throw PythonError{};
-    PyErr_Clear();
-    Ref package = Ref::steal(PyObject_GetAttrString(from, "__name__"));
-    Ref submodule = Ref::steal(package ? PyUnicode_FromFormat("%S.%U", package.get(), name) : nullptr);
-    Ref loaded = Ref::steal(submodule ? PyImport_GetModule(submodule) : nullptr);
+    if (Ref value = optional_attr(from, name)) return value;
+    Ref module_name = Ref::steal(PyObject_GetAttrString(from, "__name__"));
+    if (!module_name || !PyUnicode_Check(module_name.get())) {
+        PyErr_Clear();
+        raise_cannot_import(from, nullptr, name);
+    }
+    Ref loaded = Ref::steal(PyImport_GetModule(owned(PyUnicode_FromFormat("%U.%U", module_name.get(), name))));
     if (loaded) return loaded;
-    PyErr_Clear();
-    raise_cannot_import(from, name);
+    if (PyErr_Occurred() != nullptr) throw PythonError{};
+    raise_cannot_import(from, module_name, name);
 }
 
 void bind_name(const char* name, PyObject* value) { require(PyDict_SetItemString(module().globals, name, value)); }
@@ -263,13 +280,8 @@ bool in_home_interpreter() {
 }
 
 void copy_from_spec(PyObject* spec, const char* from, PyObject* names, const char* to, bool none_too) {
-    Ref value = Ref::steal(PyObject_GetAttrString(spec, from));
-    if (!value) {
-        if (PyErr_ExceptionMatches(PyExc_AttributeError) == 0) throw PythonError{};
-        PyErr_Clear();
-        return;
-    }
-    if (none_too || value.get() != Py_None) require(PyDict_SetItemString(names, to, value));
+    Ref value = optional_attr(spec, string(from));
+    if (value && (value.get() != Py_None || none_too)) require(PyDict_SetItemString(names, to, value));
 }
 
 PyObject* create_module(PyObject* spec, PyModuleDef* /*definition*/) noexcept {

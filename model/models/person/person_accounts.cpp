@@ -230,6 +230,7 @@ constexpr Function generate_emails{
         Returns:
             A series of generated emails.
 )",
+    .locals = {"domains", "usernames", "emails", "country"},
     .body = generate_emails_body,
 };
 
@@ -250,6 +251,7 @@ constexpr Function generate_usernames{
         Returns:
             A series of generated usernames.
 )",
+    .locals = {"usernames", "vc", "duplicates"},
     .body = generate_usernames_body,
 };
 
@@ -266,6 +268,7 @@ constexpr Function check_email{
             locales: locales that the email is generated for, the check only functions with english
                 language emails, otherwise no check is performed.
 )",
+    .locals = {"dash_word", "ip_number", "pattern"},
     .body = check_email_body,
 };
 

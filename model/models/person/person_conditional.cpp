@@ -6,9 +6,9 @@
 #include "person/model.hpp"
 #include "person/names.hpp"
 #include "person/plain.hpp"
+#include "person/state.hpp"
 #include "person/typed.hpp"
 #include "person/units.hpp"
-#include "python/builtins.hpp"
 #include "python/call.hpp"
 #include "python/iterate.hpp"
 #include "python/module.hpp"
@@ -86,9 +86,7 @@ void make_title(PyObject* df, PyObject* self, PyObject* gender_conditions) {
 }
 
 void make_country(PyObject* df, PyObject* self, PyObject* country_conditions) {
-    if (country_conditions == Py_None) {
-        raise(builtins::ValueError, "Got country label but no country conditions or country model.");
-    }
+    if (country_conditions == Py_None) raise_value_error(messages::no_countries);
     set_column(df, self, names::country, country_conditions);
 }
 
@@ -225,6 +223,7 @@ constexpr Function sample_conditional{
             ValueError: if there is a country label but no countries are given, or a gender key is unknown.
             KeyError: if a row's country has no provider.
 )",
+    .locals = {"df", "mapping", "categories", "firstnames", "lastnames", "columns", "c"},
     .body = sample_conditional_body,
 };
 

@@ -256,6 +256,7 @@ constexpr Function init{
     .qualname = "PersonModel.__init__",
     .line = 141,
     .parameters = kInit,
+    .locals = {"gender_meta", "probabilities", "gender"},
     .free_variable = kClassCell,
     .body = init_body,
 };
@@ -309,6 +310,7 @@ constexpr Function to_dict{
             The base class's dictionary with the configuration and the hidden models. The providers of the countries and
             the state of the generators are no part of it.
 )",
+    .locals = {"d"},
     .free_variable = kClassCell,
     .result = {&PyDict_Type, "dict"},
     .body = to_dict_body,
@@ -331,6 +333,7 @@ constexpr Function from_dict{
             KeyError: if "meta" is missing.
             TypeError: if "config" is no mapping of the configuration's fields.
 )",
+    .locals = {"meta_dict", "meta", "config", "model"},
     .body = from_dict_body,
 };
 

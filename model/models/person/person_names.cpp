@@ -5,6 +5,7 @@
 #include "bulk/columns.hpp"
 #include "person/model.hpp"
 #include "person/names.hpp"
+#include "person/state.hpp"
 #include "person/units.hpp"
 #include "python/builtins.hpp"
 #include "python/call.hpp"
@@ -60,7 +61,7 @@ Ref generate_random_first_name_body(Arguments arguments) {
     }
     if (is_key(gender, names::key_male)) return call_method(faker, names::first_name_male);
     if (is_key(gender, names::key_female)) return call_method(faker, names::first_name_female);
-    raise(builtins::ValueError, "Unrecognised gender: {gender}");
+    raise_value_error(messages::unknown_gender);
 }
 
 // --- last names
@@ -139,6 +140,7 @@ constexpr Function generate_random_first_name{
         Returns:
             A randomly generated first name or pd.NA.
 )",
+    .locals = {"faker"},
     .result = {&PyUnicode_Type, "unicode"},
     .body = generate_random_first_name_body,
 };
@@ -159,6 +161,7 @@ constexpr Function generate_last_names{
         Returns:
             A series of generated lastnames.
 )",
+    .locals = {"lastnames", "country"},
     .body = generate_last_names_body,
 };
 

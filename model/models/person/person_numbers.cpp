@@ -141,6 +141,7 @@ constexpr Function generate_password{
     .kind = Kind::static_method,
     .parameters = kPassword,
     .returns = "str",
+    .locals = {"pwd_length", "possible_chars"},
     .body = generate_password_body,
 };
 
@@ -150,6 +151,7 @@ constexpr Function generate_phone_numbers{
     .kind = Kind::static_method,
     .parameters = kPhoneNumbers,
     .returns = "pd.Series",
+    .locals = {"na"},
     .body = generate_phone_numbers_body,
 };
 

@@ -132,9 +132,7 @@ Ref settle_locales(PyObject* self, const Request& request) {
 
 Ref sample_body(Arguments arguments) {
     auto [self, n, produce_nans, conditions, associations] = arguments.take<5>();
-    if (conditions == Py_None && n == Py_None) {
-        raise(builtins::ValueError, "One of 'n' or 'conditions' must be given.");
-    }
+    if (conditions == Py_None && n == Py_None) raise_value_error(messages::no_number_of_rows);
     const auto count = [n = n, conditions = conditions] {
         return conditions == Py_None ? Ref::share(n) : integer(length(conditions));
     };
@@ -309,6 +307,7 @@ constexpr Function sample{
             TypeError: if n is no int, or associations no list.
             KeyError: if a row's country has no provider.
 )",
+    .locals = {"num_rows", "gender_conditions", "country_conditions", "df", "_"},
     .body = sample_body,
 };
 
@@ -343,6 +342,7 @@ constexpr Function generate_from_collections{
         Returns:
             One of the key's values, or pd.NA if it has none.
 )",
+    .locals = {"categories"},
     .body = generate_from_collections_body,
 };
 
@@ -360,6 +360,7 @@ constexpr Function map_to_gender_keys{
         Returns:
             A series of gender keys with a new index from 0. Values that belong to no key are left out.
 )",
+    .locals = {"collections", "return_values", "value", "key", "collection"},
     .body = map_to_gender_keys_body,
 };
 
@@ -376,6 +377,7 @@ constexpr Function check_associations{
         Raises:
             ValueError: if a rule names another column of the model.
 )",
+    .locals = {"association", "assoc_col"},
     .body = check_associations_body,
 };
 

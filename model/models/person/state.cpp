@@ -18,13 +18,16 @@ template <class Action>
 void for_each_constant(Action action) {
 #define PERSON_NAME(identifier, ...) action(names::identifier);
 #define PERSON_INTEGER(identifier, value) action(integers::identifier);
+#define PERSON_MESSAGE(identifier, text) action(messages::identifier);
 #define PERSON_BUILTIN(name) action(python::builtins::name);
     PERSON_IDENTIFIERS(PERSON_NAME)
     PERSON_TEXTS(PERSON_NAME)
     PERSON_INTEGERS(PERSON_INTEGER)
+    PERSON_MESSAGES(PERSON_MESSAGE)
     PYTHON_BUILTINS(PERSON_BUILTIN)
 #undef PERSON_NAME
 #undef PERSON_INTEGER
+#undef PERSON_MESSAGE
 #undef PERSON_BUILTIN
 }
 
@@ -34,6 +37,11 @@ struct Fill {
     }
     void operator()(Integer& integer) const {
         if (integer.object == nullptr) integer.object = python::owned(PyLong_FromLong(integer.value)).release();
+    }
+    void operator()(Message& message) const {
+        if (message.arguments != nullptr) return;
+        python::Ref text = python::owned(PyUnicode_InternFromString(message.text));
+        message.arguments = python::tuple({text}).release();
     }
     void operator()(python::Builtin& builtin) const {
         PyObject* found = python::find(python::module().builtins, builtin.name);
@@ -47,6 +55,10 @@ struct Fill {
 State& state() {
     static constinit State instance;
     return instance;
+}
+
+void raise_value_error(const Message& message) {
+    python::raise(python::owned(PyObject_Call(python::builtins::ValueError, message.arguments, nullptr)));
 }
 
 void fill_state() { for_each_constant(Fill{}); }

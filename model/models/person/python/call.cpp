@@ -44,6 +44,15 @@ Ref call_method(PyObject* object, PyObject* name, Positionals positionals, Keywo
     return call(attr(object, name), positionals, keywords);
 }
 
+Ref optional_attr(PyObject* object, PyObject* name) {
+    PyObject* value = PyObject_GetAttr(object, name);
+    if (value == nullptr) {
+        if (PyErr_ExceptionMatches(PyExc_AttributeError) == 0) throw PythonError{};
+        PyErr_Clear();
+    }
+    return Ref::steal(value);
+}
+
 Ref list(Positionals elements) {
     Ref made = owned(PyList_New(static_cast<Py_ssize_t>(elements.size())));
     Py_ssize_t index = 0;

@@ -9,19 +9,44 @@ namespace python {
 
 namespace {
 
-/// The resolved bases, the metaclass, and the namespace that it prepared.
-struct Preparation {
-    Ref bases;
-    Ref metaclass;
-    Ref names;
-    Ref keywords;
-};
+/// The bases as written, or what `__mro_entries__` gives in their place.
+Ref resolved_bases(PyObject* base, PyObject* written_bases) {
+    if (PyType_Check(base) != 0) return Ref::share(written_bases);
+    Ref resolve = optional_attr(base, string("__mro_entries__"));
+    if (!resolve) return Ref::share(written_bases);
+    Ref entries = call(resolve, {written_bases});
+    if (PyTuple_Check(entries.get()) == 0) raise(PyExc_TypeError, "__mro_entries__ must return a tuple");
+    // Never the very tuple that was handed in: that one stands for "nothing resolved".
+    return owned(PyList_AsTuple(list_of(entries)));
+}
 
-Preparation prepare(const Class& definition, PyObject* original_bases) {
-    Ref types = owned(PyImport_ImportModule("types"));
-    Ref bases = call_method(types, string("resolve_bases"), {original_bases});
-    Ref prepared = call_method(types, string("prepare_class"), {string(definition.name).get(), bases});
-    return {std::move(bases), item(prepared, integer(0)), item(prepared, integer(1)), item(prepared, integer(2))};
+/// The most derived of the bases' types.
+Ref metaclass_of(PyObject* bases) {
+    const Py_ssize_t count = PyTuple_GET_SIZE(bases);
+    PyTypeObject* most_derived = count == 0 ? &PyType_Type : Py_TYPE(PyTuple_GET_ITEM(bases, 0));
+    for (Py_ssize_t i = 1; i < count; ++i) {
+        PyTypeObject* type = Py_TYPE(PyTuple_GET_ITEM(bases, i));
+        if (PyType_IsSubtype(most_derived, type) != 0) continue;
+        if (PyType_IsSubtype(type, most_derived) == 0) {
+            raise(PyExc_TypeError,
+                  "metaclass conflict: the metaclass of a derived class must be a (non-strict) subclass of the "
+                  "metaclasses of all its bases");
+        }
+        most_derived = type;
+    }
+    return Ref::share(reinterpret_cast<PyObject*>(most_derived));
+}
+
+/// The namespace that the metaclass prepares for the class.
+Ref prepared_names(PyObject* metaclass, PyObject* name, PyObject* bases) {
+    Ref prepare = optional_attr(metaclass, string("__prepare__"));
+    if (!prepare) return dict();
+    Ref names = call(prepare, {name, bases});
+    if (PyMapping_Check(names) == 0) {
+        raise(PyExc_TypeError, "%.200s.__prepare__() must return a mapping, not %.200s",
+              reinterpret_cast<PyTypeObject*>(metaclass)->tp_name, Py_TYPE(names.get())->tp_name);
+    }
+    return names;
 }
 
 /// The property that a setter extends: read back from the class's namespace, else as any global name.
@@ -59,21 +84,33 @@ void fill(const Class& definition, PyObject* names, PyObject* class_cell) {
         Ref made = make_function(entry, calls_parent ? class_cell : nullptr);
         set_item(names, name, wrap(entry.function, made, names, name));
     }
+    set_item(names, string("__classcell__"), class_cell);
+}
+
+/// A class must be the one that `type.__new__` has put into the cell; a metaclass may return what is no class, too.
+void check_class_cell(PyObject* class_cell, PyObject* name, PyObject* made) {
+    Ref held = Ref::steal(PyCell_Get(class_cell));
+    if (PyType_Check(made) == 0 || held.get() == made) return;
+    if (!held) {
+        raise(PyExc_RuntimeError,
+              "__class__ not set defining %.200R as %.200R. Was __classcell__ propagated to type.__new__?", name, made);
+    }
+    raise(PyExc_TypeError, "__class__ set to %.200R defining %.200R as %.200R", held.get(), name, made);
 }
 
 }  // namespace
 
 Ref make_class(const Class& definition, PyObject* base) {
-    Ref original_bases = tuple({base});
-    Preparation prepared = prepare(definition, original_bases);
+    Ref name = string(definition.name);
+    Ref written_bases = tuple({base});
+    Ref bases = resolved_bases(base, written_bases);
+    Ref metaclass = metaclass_of(bases);
+    Ref names = prepared_names(metaclass, name, bases);
     Ref class_cell = owned(PyCell_New(nullptr));
-    fill(definition, prepared.names, class_cell);
-    if (prepared.bases.get() != original_bases.get()) {
-        set_item(prepared.names, string("__orig_bases__"), original_bases);
-    }
-    Ref arguments = tuple({string(definition.name).get(), prepared.bases, prepared.names});
-    Ref made = owned(PyObject_Call(prepared.metaclass, arguments, prepared.keywords));
-    require(PyCell_Set(class_cell, made));
+    fill(definition, names, class_cell);
+    if (bases.get() != written_bases.get()) set_item(names, string("__orig_bases__"), written_bases);
+    Ref made = call(metaclass, {name, bases, names});
+    check_class_cell(class_cell, name, made);
     return made;
 }
 

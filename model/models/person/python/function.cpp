@@ -30,13 +30,12 @@ Ref empty_code(const Function& function) {
     return owned(reinterpret_cast<PyObject*>(PyCode_NewEmpty(module().file, function.name(), function.line)));
 }
 
-Ref parameter_names(const Function& function) {
-    Ref names = owned(PyTuple_New(static_cast<Py_ssize_t>(function.parameters.size())));
-    Py_ssize_t index = 0;
-    for (const Parameter& parameter : function.parameters) {
-        PyTuple_SET_ITEM(names.get(), index++, Py_NewRef(parameter.name));
-    }
-    return names;
+/// The parameters, then the locals.
+Ref variable_names(const Function& function) {
+    Ref names = list();
+    for (const Parameter& parameter : function.parameters) append(names, parameter.name);
+    for (const char* local : function.locals) append(names, string(local));
+    return owned(PyList_AsTuple(names));
 }
 
 Ref make_code(const Function& function) {
@@ -44,14 +43,13 @@ Ref make_code(const Function& function) {
     const auto change = [&changes](const char* field, const Ref& value) {
         require(PyDict_SetItemString(changes, field, value));
     };
-    Ref names = parameter_names(function);
-    Ref count = integer(PyTuple_GET_SIZE(names.get()));
+    Ref names = variable_names(function);
     // A specialising interpreter runs the code of a simple function without asking for its vectorcall; one that is not
     // marked as optimised is not simple.
     change("co_flags", integer(CO_NEWLOCALS));
     change("co_qualname", string(function.qualname));
-    change("co_argcount", count);
-    change("co_nlocals", count);
+    change("co_argcount", integer(static_cast<Py_ssize_t>(function.parameters.size())));
+    change("co_nlocals", integer(PyTuple_GET_SIZE(names.get())));
     change("co_varnames", names);
     change("co_freevars",
            function.free_variable == nullptr ? tuple({}) : tuple({string(function.free_variable).get()}));
