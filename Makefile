@@ -12,20 +12,24 @@
 .DELETE_ON_ERROR:
 .SECONDEXPANSION:
 .PRECIOUS: %/.dependencies %/.installed
-.PHONY: help venv wheel demo lint test test-pandas2 test-noarrow test-all fuzz leaks asan interrupts bench clean
+.PHONY: help venv wheel demo lint test test-pandas2 test-noarrow test-py313 test-all fuzz \
+    leaks asan interrupts bench clean
 
 # What a caller's own Python and pip are told to do is not meant for the environments made here.
 unexport PYTHONHOME PYTHONPATH
 unexport PIP_CONSTRAINT PIP_NO_DEPS PIP_PREFIX PIP_REQUIRE_HASHES PIP_ROOT PIP_TARGET PIP_USER
 
 # Each environment is a folder with the list of packages that makes it what it is.
-environments := .venv .venv-pandas2 .venv-noarrow .venv-bench .venv-asan .venv-lint
+environments := .venv .venv-pandas2 .venv-noarrow .venv-py313 .venv-bench .venv-asan .venv-lint
 packages_.venv := requirements/pandas3-pyarrow.txt
 packages_.venv-pandas2 := requirements/pandas2.txt
 packages_.venv-noarrow := requirements/pandas3.txt
+packages_.venv-py313 := requirements/py313.txt
 packages_.venv-bench := requirements/bench.txt
 packages_.venv-asan := requirements/pandas3-pyarrow.txt
 packages_.venv-lint := requirements/lint.txt
+# The Python that it is made with, where that is not the one that the module is built for.
+version_.venv-py313 := 3.13
 
 # What `make lint` runs, the quickest first, and the files that it names to them.
 linters := shellcheck ruff ruff-format clang-format stubtest mypy clang-tidy
@@ -45,6 +49,7 @@ FUZZ_EXAMPLES ?= 10000
 pip := python -m pip --disable-pip-version-check --no-input -qq
 pytest := bin/python -m pytest -n auto $(PYTEST_ARGS)
 packages := lib/python3.12/site-packages
+py313_packages := .venv-py313/lib/python3.13/site-packages
 
 help:  ## list the targets
 	@sed -n 's/^\([a-z0-9-]*\):.*## /make \1	/p' Makefile | expand -t 20
@@ -101,7 +106,12 @@ test-noarrow: .venv-noarrow/.installed  ## run the tests with pandas 3 but witho
 	@echo "==> Testing with pandas 3 without pyarrow"
 	@.venv-noarrow/$(pytest)
 
-test-all: test test-pandas2 test-noarrow  ## run the tests in all three environments
+test-py313: .venv-py313/.installed  ## run the tests of the module with Python 3.13
+	@echo "==> Testing the module with Python 3.13"
+	@.venv-py313/$(pytest) tests/person tests/isolated
+
+py313_if_found = $(if $(shell tools/find-python 3.13),test-py313,$(info ==> Not testing with Python 3.13))
+test-all: test test-pandas2 test-noarrow $$(py313_if_found)  ## run the tests in all environments
 
 fuzz: .venv/.installed  ## call everything with whatever Hypothesis makes up: a result or a clear refusal?
 	@echo "==> Fuzzing with $(FUZZ_EXAMPLES) examples a test"
@@ -127,7 +137,7 @@ clean:  ## remove everything that make made, environments included
 # An environment is made anew when its list changes, so that it never holds a package too many. The
 # compiler is looked for here as well: better to hear that it is missing before the long part.
 %/.dependencies: $$(packages_$$*) requirements/constraints.txt requirements/build.txt requirements/test.txt
-	@python=$$(tools/find-python) && tools/find-compiler >/dev/null && \
+	@python=$$(tools/find-python $(version_$*)) && tools/find-compiler >/dev/null && \
 	echo "Making $* with $$python and $<" && \
 	rm -rf $* && "$$python" -m venv $* && $*/bin/$(pip) install -r $<
 	@touch $@
@@ -154,6 +164,15 @@ dist/.host: .venv/.dependencies $(host_sources)
 	cmake --preset asan -DPython_EXECUTABLE="$(CURDIR)/.venv/bin/python" >/dev/null && \
 	cmake --build --preset asan && \
 	cmake --install build/asan --prefix .venv-asan/$(packages) >/dev/null
+	@touch $@
+
+# No other Python takes the wheel of the library, nor finds the library by a name that tells its version.
+.venv-py313/.installed: .venv-py313/.dependencies dist/.extension dist/.host
+	@echo "Installing both distributions into .venv-py313"
+	@.venv-py313/bin/$(pip) install --no-deps --force-reinstall dist/vantrel-*.whl
+	@.venv-py313/bin/$(pip) install -c requirements/constraints.txt dist/vantrel-*.whl
+	@.venv-py313/bin/python -m zipfile -e dist/vantrel_person-*.whl $(py313_packages)
+	@cd $(py313_packages)/vantrel/model/models && mv person.cpython-*.so person.so
 	@touch $@
 
 # First the two wheels by force, for their version does not tell that they changed; then what they need.

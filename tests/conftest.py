@@ -1,10 +1,13 @@
 """What all tests share."""
 
+import os
 import signal
 
 import pandas as pd
 import pytest
 from hypothesis import settings
+
+from support.versions import SILENCED
 
 # How long an example takes says nothing on a machine that does other things, too.
 settings.register_profile("patient", deadline=None)
@@ -12,6 +15,8 @@ settings.load_profile("patient")
 
 # A shell makes what it runs in the background deaf to Ctrl-C, and so whatever that starts.
 signal.signal(signal.SIGINT, signal.default_int_handler)
+
+os.environ.update(SILENCED)
 
 
 @pytest.fixture(autouse=True)

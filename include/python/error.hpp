@@ -62,17 +62,17 @@ class RaisedException {
 };
 
 /// While it lives, the exception is the one being handled (`sys.exception()`), as inside an except block. What is put
-/// back is the running frame's own slot: PyErr_GetHandledException would find that of a frame further out.
+/// back is what the running generator itself was handling, which may be nothing inside its caller's except block.
 class Handling {
   public:
-    explicit Handling(PyObject* exception) : before_(Ref::share(PyThreadState_Get()->exc_info->exc_value)) {
-        PyErr_SetHandledException(exception);
-    }
+    explicit Handling(PyObject* exception) : before_(take_handled()) { PyErr_SetHandledException(exception); }
     Handling(const Handling&) = delete;
     Handling& operator=(const Handling&) = delete;
     ~Handling() { PyErr_SetHandledException(before_); }
 
   private:
+    static Ref take_handled();
+
     Ref before_;
 };
 

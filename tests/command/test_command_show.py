@@ -3,6 +3,7 @@
 import json
 import os
 import re
+import sys
 from importlib.metadata import version
 from pathlib import Path
 
@@ -31,7 +32,7 @@ def test_all_that_is_learnt_is_shown() -> None:
         "Faker": version("faker"),
         "numpy": version("numpy"),
         "pandas": pd.__version__,
-        "Python": "3.12",
+        "Python": "{}.{}".format(*sys.version_info),
         "vantrel": version("vantrel"),
     }
     lines = succeed("show m.json").stdout.splitlines()

@@ -3,14 +3,17 @@
 from pathlib import Path
 
 from support.isolated import output_of
+from support.versions import needs_own_version
 
 
+@needs_own_version("another version is warned of")
 def test_nothing_is_warned_of(standins: Path) -> None:
     code = "import vantrel.model.models.person as person; print(person.__name__)"
     settings = {"path": standins, "options": ("-W", "error")}
     assert output_of(code, **settings) == "vantrel.model.models.person"
 
 
+@needs_own_version("another version is warned of, which is an error here")
 def test_development_mode_finds_nothing(standins: Path) -> None:
     """Import, a class, a call, a failure and the end of the process under the checking allocator."""
     code = """

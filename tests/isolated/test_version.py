@@ -1,14 +1,22 @@
 """The module under another Python than the one that it is built for."""
 
+import subprocess
 from pathlib import Path
 
 import pytest
 
-from support.isolated import answer_of, newer_python, output_of, run
+from support.isolated import answer_of, output_of, run
+from support.pure_calls import CALLS, MODELS
 from support.standins import write_standins
 
-OTHER = newer_python() or ""
-pytestmark = pytest.mark.skipif(not OTHER, reason="no Python later than 3.12 runs on this machine")
+FOUND = subprocess.run(
+    [Path(__file__).parents[2] / "tools/find-python", "3.13"],
+    capture_output=True,
+    encoding="utf-8",
+    check=False,
+)
+OTHER = FOUND.stdout.strip()
+pytestmark = pytest.mark.skipif(not OTHER, reason=FOUND.stderr.strip())
 
 WATCH = """
     import json, sys, warnings
@@ -80,6 +88,36 @@ def test_constructor_serves_in_a_hot_loop_of_the_other_version(standins: Path) -
     """
     )
     assert output_of(code, path=standins, python=OTHER) == "{'meta'}"
+
+
+EVERY_CALL = (
+    MODELS
+    + """
+    import json, random, re
+
+    def outcome(call):
+        random.seed(1)
+        try:
+            ended = repr(call())
+        except Exception as error:
+            ended = repr(error)
+        return re.sub(" at 0x[0-9a-f]+", "", ended)
+
+    calls = {}
+"""
+    + "".join(f"    calls[{name!r}] = lambda: {code}\n" for name, code in CALLS.items())
+    + """
+    for name, call in calls.items():
+        calls[name] = sorted({outcome(call) for _ in range(50)})
+    print(json.dumps(calls))
+"""
+)
+
+
+def test_every_call_ends_as_under_the_own_version(pure_host: Path) -> None:
+    """However often it is made: interpreters run what they know in ways of their own."""
+    of_other = answer_of(EVERY_CALL, path=pure_host, python=OTHER, options=("-W", "ignore"))
+    assert of_other == answer_of(EVERY_CALL, path=pure_host)
 
 
 def test_warning_is_given_though_the_import_then_fails(tmp_path: Path) -> None:

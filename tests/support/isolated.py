@@ -1,14 +1,14 @@
-"""Runs code in a process of its own, and finds other interpreters to run it with."""
+"""Runs code in a process of its own."""
 
 import json
 import os
-import shutil
 import subprocess
 import sys
 import textwrap
-from functools import cache
 from pathlib import Path
 from typing import Any
+
+from support.versions import SILENCED
 
 SECONDS = 60
 
@@ -38,6 +38,8 @@ def run(
         if name == KEPT or not name.startswith("PYTHON")
     }
     environment |= {"PYTHONDONTWRITEBYTECODE": "1", "PYTHONIOENCODING": "utf-8"}
+    if python == sys.executable:
+        environment |= SILENCED
     if path is not None:
         environment["PYTHONPATH"] = str(path)
         options = ("-S", *options)
@@ -62,30 +64,3 @@ def output_of(code: str, **settings: Any) -> str:
 def answer_of(code: str, **settings: Any) -> Any:
     """The value that the code prints last, as JSON."""
     return json.loads(output_of(code, **settings).splitlines()[-1])
-
-
-def _candidates() -> list[str]:
-    home = Path.home()
-    found = [
-        str(executable)
-        for folder in (home / ".pyenv/versions", home / ".local/share/uv/python")
-        for executable in sorted(folder.glob("*/bin/python3"))
-    ]
-    on_path = (shutil.which(f"python3.{minor}") for minor in range(13, 20))
-    return [*(executable for executable in on_path if executable), *found]
-
-
-@cache
-def newer_python() -> str | None:
-    """A Python of a later minor version than 3.12 that runs; None where the machine has none."""
-    question = (
-        "import sys, sysconfig;"
-        "print(sys.version_info >= (3, 13) and not sysconfig.get_config_var('Py_GIL_DISABLED'))"
-    )
-    for executable in _candidates():
-        try:
-            if run(question, python=executable).stdout.strip() == "True":
-                return executable
-        except OSError:
-            continue
-    return None

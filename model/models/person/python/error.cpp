@@ -3,6 +3,7 @@
 #include <cstdarg>
 #include <exception>
 #include <new>
+#include <utility>
 
 namespace python {
 
@@ -38,6 +39,15 @@ bool RaisedException::is_caught_by(PyObject* type) const {
         raise(PyExc_TypeError, "catching classes that do not inherit from BaseException is not allowed");
     }
     return matches(type);
+}
+
+// PyErr_GetHandledException also finds what a caller is handling. Whose it is shows when the running generator's own is
+// taken away: then only that loses an owner.
+Ref Handling::take_handled() {
+    Ref found = Ref::steal(PyErr_GetHandledException());
+    const Py_ssize_t owners = found ? Py_REFCNT(found.get()) : 0;
+    PyErr_SetHandledException(nullptr);
+    return found && Py_REFCNT(found.get()) < owners ? std::move(found) : Ref();
 }
 
 void set_indicator_from_current_exception() noexcept {
