@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,12 +13,21 @@
 
 namespace bulk {
 
-/// A column of few different values: each of them once, and by row the number of its value.
+/// A column of few different values: each of them once, and by row the number of its value. It can be moved, not
+/// copied: the values are views.
 class Codes {
   public:
     using Number = std::uint32_t;
 
     explicit Codes(const Texts& texts);
+    Codes(Codes&&) = default;
+    Codes& operator=(Codes&&) = default;
+    Codes(const Codes&) = delete;
+    Codes& operator=(const Codes&) = delete;
+    ~Codes() = default;
+
+    /// Of positions in a list, -1 for a missing value; empty where an element that is used is no text.
+    static std::optional<Codes> of_positions(PyObject* values, std::span<const std::int64_t> positions);
 
     [[nodiscard]] std::size_t size() const { return numbers_.size(); }
     Number operator[](std::size_t row) const { return numbers_[row]; }
@@ -28,6 +39,9 @@ class Codes {
     [[nodiscard]] const std::vector<std::size_t>& first_rows() const { return first_rows_; }
 
   private:
+    Codes() = default;
+    Number add(std::string_view value, std::size_t row);
+
     std::vector<Number> numbers_;
     std::vector<std::string_view> values_;
     std::vector<std::size_t> first_rows_;

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 
+#include "bulk/given.hpp"
 #include "python/ref.hpp"
 
 namespace bulk {
@@ -38,8 +39,13 @@ python::Ref passwords(PyObject* self, std::size_t rows);
 /// `pd.Series(...)` of a filled template for each row that is not missing.
 python::Ref phone_numbers(PyObject* isna, PyObject* number_format);
 
-/// The frame of all labelled columns.
-python::Ref whole_frame(PyObject* self, PyObject* num_rows, PyObject* genders, PyObject* countries,
-                        PyObject* produce_nans);
+/// The frame of all labelled columns, in the order that `ordered` gives their list, where it is given.
+python::Ref whole_frame(PyObject* self, PyObject* num_rows, const Given& genders, const Given& countries,
+                        PyObject* produce_nans, PyObject* ordered = nullptr);
+
+/// The same as `sample` gets it from `self._sample_conditional`, with its columns in the order of the fitted table at
+/// once where the host offers that.
+python::Ref sampled_frame(PyObject* self, PyObject* num_rows, const Given& genders, const Given& countries,
+                          PyObject* produce_nans);
 
 }  // namespace bulk

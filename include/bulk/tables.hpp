@@ -44,6 +44,7 @@ class Table {
   private:
     bool read_texts();
     bool read_weights(PyObject* elements);
+    void make_guide();
 
     python::Ref choices_;
     python::Ref keyless_;  ///< the weighted table, as long as its keys are not kept with it
@@ -51,6 +52,7 @@ class Table {
     bool has_nul_ = false;
     std::vector<std::string_view> texts_;
     std::vector<double> cumulative_weights_;  ///< empty where every element has the same chance
+    std::vector<Drawn> guide_;                ///< where to look for a part of the way to the last of them
 };
 
 /// A Faker instance of one locale whose ways of drawing are all known.

@@ -26,9 +26,9 @@
     X(key_female) X(key_male) X(key_non_binary) X(keys) X(labels) X(last_name) X(lastname) X(lastnames) X(loc)         \
     X(locales) X(lower) X(map) X(map_to_gender_keys) X(mapping) X(match) X(meta) X(mobile_number)                      \
     X(mobile_number_format) X(n) X(name) X(nan) X(nan_freq) X(notna) X(np) X(num_rows) X(number_format) X(nunique)     \
-    X(others) X(pair) X(params) X(password) X(pd) X(produce_nans) X(pwd_length) X(pwd_length_max) X(pwd_length_min)    \
+    X(others) X(pair) X(params) X(positions) X(password) X(pd) X(produce_nans) X(pwd_length) X(pwd_length_max) X(pwd_length_min)    \
     X(randint) X(random) X(re) X(regex_female) X(regex_male) X(regex_non_binary) X(replace)                            \
-    X(revert_df_from_children) X(s) X(sample) X(self) X(sep) X(seq) X(size) X(str) X(str_) X(string) X(sub) X(title)           \
+    X(revert_df_from_children) X(s) X(sample) X(self) X(sep) X(seq) X(series) X(size) X(str) X(str_) X(string) X(sub) X(title)           \
     X(title_female_regex) X(title_male_regex) X(title_non_binary_regex) X(to_dict) X(tolist) X(unfold) X(unique)       \
     X(update) X(username) X(valid_locales) X(value) X(value_counts) X(values) X(work_number) X(work_number_format)     \
     X(x) X(ascii_letters) X(digits)

@@ -164,7 +164,9 @@ void blank_rows_without_gender(PyObject* df, PyObject* gender_conditions, PyObje
 
 Ref sample_conditional_body(Arguments arguments) {
     auto [self, num_rows, gender_conditions, country_conditions, produce_nans] = arguments.take<5>();
-    if (Ref made = bulk::whole_frame(self, num_rows, gender_conditions, country_conditions, produce_nans)) return made;
+    const auto genders = bulk::Given::series(Ref::share(gender_conditions));
+    const auto countries = bulk::Given::series(Ref::share(country_conditions));
+    if (Ref made = bulk::whole_frame(self, num_rows, genders, countries, produce_nans)) return made;
     return plain_frame(self, num_rows, gender_conditions, country_conditions, produce_nans);
 }
 

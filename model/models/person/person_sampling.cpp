@@ -2,6 +2,9 @@
 
 #include <Python.h>
 
+#include <optional>
+#include <utility>
+
 #include "bulk/columns.hpp"
 #include "person/model.hpp"
 #include "person/names.hpp"
@@ -20,6 +23,7 @@ namespace person {
 namespace {
 
 using namespace python;
+using bulk::Given;
 
 // --- fitting
 // --------------------------------------------------------------------------------------------------------------
@@ -71,6 +75,12 @@ Ref sample_hidden(PyObject* model, const Request& request) {
                         {names::associations, request.associations}});
 }
 
+/// The same as positions, where the host offers that. Given conditions may be the result.
+std::optional<Given> draw_hidden(PyObject* model, const Request& request) {
+    if (request.conditions != Py_None) return std::nullopt;
+    return Given::draw(model, request.num_rows, request.produce_nans);
+}
+
 Ref given_genders(PyObject* self, PyObject* conditions) {
     Ref map = attr(self, names::map_to_gender_keys);
     Ref column = item(conditions, label(self, names::gender));
@@ -79,28 +89,31 @@ Ref given_genders(PyObject* self, PyObject* conditions) {
     return call(map, {values}, {{names::mapping, mapping}});
 }
 
-Ref settle_genders(PyObject* self, const Request& request) {
-    if (is_conditioned(self, names::gender, request.conditions)) return given_genders(self, request.conditions);
-    if (attr(self, names::hidden_model_gender).get() != Py_None) {
+Given settle_genders(PyObject* self, const Request& request) {
+    if (is_conditioned(self, names::gender, request.conditions))
+        return Given::series(given_genders(self, request.conditions));
+    if (Ref model = attr(self, names::hidden_model_gender); model.get() != Py_None) {
+        if (auto drawn = draw_hidden(model, request)) return std::move(*drawn);
         Ref sampled = sample_hidden(attr(self, names::hidden_model_gender), request);
-        return item(sampled, attr(self, names::hidden_model_gender, names::meta, names::name));
+        return Given::series(item(sampled, attr(self, names::hidden_model_gender, names::meta, names::name)));
     }
     Ref make_series = attr(global(names::pd), names::Series);
     Ref choose = attr(self, names::_rng, names::choice);
     Ref keys = list({attr(global(names::GenderModel), names::key_male).get(),
                      attr(global(names::GenderModel), names::key_female).get()});
-    return call(make_series, {call(choose, {keys}, {{names::size, request.num_rows}})});
+    return Given::series(call(make_series, {call(choose, {keys}, {{names::size, request.num_rows}})}));
 }
 
-Ref settle_countries(PyObject* self, const Request& request) {
+Given settle_countries(PyObject* self, const Request& request) {
     if (is_conditioned(self, names::country, request.conditions)) {
-        return item(request.conditions, label(self, names::country));
+        return Given::series(item(request.conditions, label(self, names::country)));
     }
-    if (attr(self, names::hidden_model_country).get() != Py_None) {
+    if (Ref model = attr(self, names::hidden_model_country); model.get() != Py_None) {
+        if (auto drawn = draw_hidden(model, request)) return std::move(*drawn);
         Ref sampled = sample_hidden(attr(self, names::hidden_model_country), request);
-        return item(sampled, label(self, names::country));
+        return Given::series(item(sampled, label(self, names::country)));
     }
-    return none();
+    return Given::series(none());
 }
 
 /// `[self.default_locale for _ in range(num_rows)]`
@@ -139,14 +152,19 @@ Ref sample_body(Arguments arguments) {
     Request request{produce_nans, conditions, associations, cast(int_type(), count)};
     expect_exact(request.num_rows, &PyLong_Type, "int");
 
-    Ref gender_conditions = settle_genders(self, request);
-    Ref country_conditions =
-        truth(label(self, names::country)) ? settle_countries(self, request) : settle_locales(self, request);
-    Ref df = call_method(self, names::_sample_conditional, {},
+    const Given genders = settle_genders(self, request);
+    const Given countries = truth(label(self, names::country)) ? settle_countries(self, request)
+                                                               : Given::series(settle_locales(self, request));
+    Ref df = bulk::sampled_frame(self, request.num_rows, genders, countries, produce_nans);
+    if (!df) {
+        Ref gender_conditions = genders.series();
+        Ref country_conditions = countries.series();
+        df = call_method(self, names::_sample_conditional, {},
                          {{names::num_rows, request.num_rows},
                           {names::gender_conditions, gender_conditions},
                           {names::country_conditions, country_conditions},
                           {names::produce_nans, produce_nans}});
+    }
     return call_method(attr(self, names::_meta), names::revert_df_from_children, {df});
 }
 

@@ -125,8 +125,14 @@ class Person(ValueMeta):
             The frame's columns in the order of that table, then those that it did not have in
             the order of the labels.
         """
-        wanted = dict.fromkeys([*(self.columns or []), *self.params.values(), *df.columns])
-        return df[[column for column in wanted if column in df.columns]]
+        columns = list(df.columns)
+        ordered = self.ordered_columns(columns)
+        return df if columns == ordered else df.reindex(columns=ordered)
+
+    def ordered_columns(self, columns: list[str]) -> list[str]:
+        """Gives these columns in the order that ``revert_df_from_children`` brings them into."""
+        wanted = dict.fromkeys([*(self.columns or []), *self.params.values(), *columns])
+        return [column for column in wanted if column in columns]
 
     def to_dict(self) -> dict[str, Any]:
         """Gives the dictionary form: labels, locales, column order and the column metas."""

@@ -3,6 +3,8 @@
 from __future__ import annotations
 
 import inspect
+from collections.abc import Sequence
+from dataclasses import dataclass
 from typing import Any, Self, cast
 
 import numpy as np
@@ -13,6 +15,28 @@ from vantrel.metadata.base import column_of
 from vantrel.metadata.forms import meta_from_dict
 from vantrel.model.base import DiscreteModel
 from vantrel.model.exceptions import ModelNotFittedError
+
+
+@dataclass(frozen=True)
+class Drawn:
+    """Values that were drawn.
+
+    Attributes:
+        values: The values that there are.
+        positions: The place of each drawn one among them, -1 for a missing value; 64-bit integers of shape ``(rows,)``.
+    """
+
+    values: list[Any]
+    positions: np.ndarray[tuple[int], np.dtype[np.int64]]
+
+    def series(self, rows: Sequence[int] | None = None) -> pd.Series:
+        """Gives the values, of all rows or of those at some places, with the index 0 to n - 1."""
+        positions = self.positions if rows is None else self.positions[list(rows)]
+        column = pd.Series(self.values)
+        if (positions < 0).any():
+            # Looking up -1 finds nothing: pandas puts in what stands for a missing value of the type.
+            return column.reindex(positions).reset_index(drop=True)
+        return pd.Series(column.array.take(positions), dtype=column.dtype, copy=False)
 
 
 class Histogram[ValueT](DiscreteModel[Nominal, ValueT]):
@@ -83,19 +107,27 @@ class Histogram[ValueT](DiscreteModel[Nominal, ValueT]):
         if conditions is not None and self.name in conditions.columns:
             return conditions[[self.name]]
         rows = n if conditions is None else len(conditions)
+        return pd.DataFrame({self.name: Histogram.draw(self, rows, produce_nans).series()})
+
+    def draw(self, rows: int | None, produce_nans: bool = True) -> Drawn:
+        """Draws as ``sample`` does, but gives positions among the values in place of a frame.
+
+        Raises:
+            ModelNotFittedError: Nothing has been learnt yet.
+            ValueError: ``rows`` is missing or below 0.
+        """
         if rows is None or rows < 0:
             raise ValueError("Give 'n', a number of rows that is not below 0, or 'conditions'.")
-        return pd.DataFrame({self.name: self._draw(rows, produce_nans)})
-
-    def _draw(self, rows: int, produce_nans: bool) -> pd.Series:
         if not self._probabilities:
             raise ModelNotFittedError(f"Nothing has been learnt of column {self.name!r} yet.")
         weights = np.fromiter(self._probabilities.values(), dtype=float)
         positions = self._rng.choice(len(weights), size=rows, p=weights / weights.sum())
         if produce_nans and self._meta.nan_freq:
             positions[self._rng.random(rows) < self._meta.nan_freq] = -1
-        # Looking up -1 finds nothing: pandas puts in what stands for a missing value of the type.
-        return pd.Series(list(self._probabilities)).reindex(positions).reset_index(drop=True)
+        return Drawn(list(self._probabilities), positions)
+
+    # Whoever replaces `sample` replaces this way to its values with it.
+    sample.positions = draw  # type: ignore[attr-defined]
 
     @classmethod
     def _setting_names(cls) -> list[str]:

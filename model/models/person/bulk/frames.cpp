@@ -14,6 +14,7 @@
 #include "bulk/columns.hpp"
 #include "bulk/emails.hpp"
 #include "bulk/known_code.hpp"
+#include "bulk/given.hpp"
 #include "bulk/labels.hpp"
 #include "bulk/names.hpp"
 #include "bulk/numbers.hpp"
@@ -29,6 +30,7 @@
 #include "person/plain.hpp"
 #include "person/units.hpp"
 #include "python/call.hpp"
+#include "python/iterate.hpp"
 #include "python/module.hpp"
 
 namespace bulk {
@@ -52,12 +54,6 @@ bool has_our_methods(PyObject* self) {
            has_our_method(self, names::generate_phone_numbers, entry<generate_phone_numbers>);
 }
 
-/// The genders or countries that were given, by rows counted from 0.
-std::optional<Codes> read_given(PyObject* series, std::size_t rows) {
-    const auto texts = Texts::read(series);
-    return texts && texts->size() == rows && counts_rows(series) ? std::optional<Codes>(*texts) : std::nullopt;
-}
-
 /// First and last names that were drawn, as usernames are made of them.
 struct DrawnNames {
     const NameDraws& first_names;
@@ -74,6 +70,16 @@ bool has_nul(NameDraws& names) {
     return found;
 }
 
+/// The columns in that order, where it is one of them all.
+Ref in_order(const Ref& columns, PyObject* order) {
+    Ref sorted = dict();
+    for (Ref column : iterate(order)) {
+        PyObject* found = find(columns, column);
+        if (found != nullptr) set_item(sorted, column, found);
+    }
+    return Ref::share(PyDict_Size(sorted) == PyDict_Size(columns) ? sorted : columns);
+}
+
 /// What pandas makes of a column: how it is held, and what stands in the rows of each gender.
 struct ColumnForm {
     Layout layout;
@@ -85,7 +91,7 @@ using FrameForm = std::array<std::optional<ColumnForm>, kAttributes>;
 /// One frame in the making. Everything is looked at before the first draw.
 class Frame {
   public:
-    Frame(PyObject* self, PyObject* genders, PyObject* countries, Codes gender_codes, Codes country_codes)
+    Frame(PyObject* self, const Given& genders, const Given& countries, Codes gender_codes, Codes country_codes)
         : self_(self),
           given_genders_(genders),
           given_countries_(countries),
@@ -98,7 +104,7 @@ class Frame {
 
     /// The finished frame; empty, with every source where it was, where a method of Faker's that had to be called gave no
     /// text.
-    Ref make();
+    Ref make(PyObject* ordered);
 
   private:
     [[nodiscard]] bool has(Attribute attribute) const { return labels_->has(attribute); }
@@ -135,8 +141,8 @@ class Frame {
     }
 
     PyObject* self_;
-    PyObject* given_genders_;
-    PyObject* given_countries_;
+    const Given& given_genders_;
+    const Given& given_countries_;
     Codes genders_;
     Codes countries_;
     std::optional<Labels> labels_;
@@ -228,10 +234,7 @@ std::string Frame::form_key(bool produce_nans) const {
     std::string key = produce_nans ? "1" : "0";
     for (std::size_t attribute = 0; attribute < kAttributes; ++attribute)
         key += labels_->has(static_cast<Attribute>(attribute)) ? '1' : '0';
-    for (PyObject* series : {given_genders_, given_countries_}) {
-        Ref dtype = owned(PyObject_GetAttrString(series, "dtype"));
-        key += utf8(owned(PyObject_Repr(dtype))).value_or(std::string_view());
-    }
+    key += given_genders_.form() + given_countries_.form();
     for (std::size_t gender = 0; gender < genders_.values().size(); ++gender) {
         const auto number = static_cast<Codes::Number>(gender);
         key += genders_.values()[gender].data() == nullptr ? 'm' : 'p';
@@ -262,8 +265,8 @@ bool Frame::find_form(bool produce_nans) {
 /// The plain way, with a row for each gender.
 std::optional<FrameForm> Frame::rehearse(bool produce_nans) const {
     const Rehearsal rehearsal;
-    Ref genders = rows_at(given_genders_, genders_.first_rows());
-    Ref countries = rows_at(given_countries_, std::vector<std::size_t>(genders_.values().size()));
+    Ref genders = given_genders_.few(genders_.first_rows());
+    Ref countries = given_countries_.few(std::vector<std::size_t>(genders_.values().size()));
     Ref model = rehearsing_model(self_, countries);
     Ref count = integer(static_cast<Py_ssize_t>(genders_.values().size()));
     Ref few = person::plain_frame(model, count, genders, countries, produce_nans ? Py_True : Py_False);
@@ -285,7 +288,7 @@ std::optional<FrameForm> Frame::rehearse(bool produce_nans) const {
 // --- making
 // -----------------------------------------------------------------------------------------------------------------
 
-Ref Frame::make() {
+Ref Frame::make(PyObject* ordered) {
     // Names and domains before all else: sources do not depend on each other, and only here a call may fail.
     if (!draw_what_may_fail()) return {};
     draw_values();
@@ -300,6 +303,7 @@ Ref Frame::make() {
     for (std::size_t i = 0; i < kAttributes; ++i) {
         if (columns_[i]) set_item(columns, labels_->column(static_cast<Attribute>(i)), columns_[i]);
     }
+    if (ordered != nullptr) columns = in_order(columns, call(ordered, {list_of(columns)}));
     Ref index = call_method(global(names::pd), names::RangeIndex, {integer(static_cast<Py_ssize_t>(rows()))});
     return call(attr(global(names::pd), names::DataFrame), {columns}, {{names::index, index}, {names::copy, Py_False}});
 }
@@ -391,16 +395,24 @@ void Frame::keep(Attribute attribute, TextColumn& column) {
 
 }  // namespace
 
-Ref whole_frame(PyObject* self, PyObject* num_rows, PyObject* genders, PyObject* countries, PyObject* produce_nans) {
+Ref whole_frame(PyObject* self, PyObject* num_rows, const Given& genders, const Given& countries, PyObject* produce_nans,
+                PyObject* ordered) {
     int overflow = 0;
     const long rows = PyLong_AsLongAndOverflow(num_rows, &overflow);
     if (overflow != 0 || rows <= 0 || !PyBool_Check(produce_nans)) return {};
     if (!namespace_is_untouched() || !has_our_methods(self)) return {};
-    auto gender_codes = read_given(genders, static_cast<std::size_t>(rows));
-    auto country_codes = gender_codes ? read_given(countries, static_cast<std::size_t>(rows)) : std::nullopt;
+    auto gender_codes = genders.codes(static_cast<std::size_t>(rows));
+    auto country_codes = gender_codes ? countries.codes(static_cast<std::size_t>(rows)) : std::nullopt;
     if (!country_codes) return {};
     Frame frame(self, genders, countries, std::move(*gender_codes), std::move(*country_codes));
-    return frame.plan(produce_nans == Py_True) ? frame.make() : Ref();
+    return frame.plan(produce_nans == Py_True) ? frame.make(ordered) : Ref();
+}
+
+Ref sampled_frame(PyObject* self, PyObject* num_rows, const Given& genders, const Given& countries,
+                  PyObject* produce_nans) {
+    if (!has_our_method(self, names::_sample_conditional, entry<person::person_model::sample_conditional>)) return {};
+    Ref ordered = quiet_attr(attr(self, names::_meta), "ordered_columns");
+    return whole_frame(self, num_rows, genders, countries, produce_nans, ordered);
 }
 
 }  // namespace bulk

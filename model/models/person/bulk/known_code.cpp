@@ -119,6 +119,20 @@ void watch_class(PyTypeObject* type) {
     if (watchers().classes < 0 || PyType_HasFeature(type, Py_TPFLAGS_VALID_VERSION_TAG) == 0) ++changes;
 }
 
+/// The options that decide what columns look like.
+void watch_options_of_pandas() {
+    Ref config = quiet_import("pandas._config.config");
+    Ref options = config ? quiet_attr(config, "_global_config") : Ref();
+    for (const char* group : {"mode", "future"}) {
+        PyObject* found = options && PyDict_CheckExact(options.get()) ? find(options, group) : nullptr;
+        if (found != nullptr && PyDict_CheckExact(found)) {
+            watch_dict(found);
+        } else {
+            ++changes;  // options that are kept elsewhere cannot be watched
+        }
+    }
+}
+
 }  // namespace
 
 // --- the look
@@ -143,6 +157,7 @@ bool Package::look() {
         PyObject* entry = PyList_GET_ITEM(modules.get(), i);
         if (is_named_after_package(PyTuple_GET_ITEM(entry, 0))) look_at_module(PyTuple_GET_ITEM(entry, 1));
     }
+    if (name_ == "pandas") watch_options_of_pandas();
     return std::ranges::none_of(foreign_, [this](const std::string& name) { return is_called(name); });
 }
 

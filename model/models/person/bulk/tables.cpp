@@ -1,7 +1,6 @@
 #include "bulk/tables.hpp"
 
 #include <algorithm>
-#include <cmath>
 #include <unordered_set>
 
 #include "bulk/known_code.hpp"
@@ -105,18 +104,36 @@ bool Table::read_weights(PyObject* elements) {
             return false;
         }
         sum += value;
-        if (!(std::abs(value) < kExactIntegers) || !(std::abs(sum) < kExactIntegers)) return false;
+        if (!(value >= 0.0 && sum < kExactIntegers)) return false;  // not a number, too, is none of these
         cumulative_weights_.push_back(sum);
     }
-    return sum > 0.0;
+    if (!(sum > 0.0)) return false;
+    make_guide();
+    return true;
 }
 
 Table::Drawn Table::draw(Mersenne& engine) {
     drawn_ = true;
     if (cumulative_weights_.empty()) return engine.below(static_cast<std::uint32_t>(texts_.size()));
-    const double drawn = engine.uniform() * cumulative_weights_.back();
-    const auto first = cumulative_weights_.begin();
-    return static_cast<Drawn>(std::upper_bound(first, cumulative_weights_.end() - 1, drawn) - first);
+    const double part = engine.uniform();
+    const double drawn = part * cumulative_weights_.back();
+    // As `bisect` finds it, but from a place that is seldom more than a step away.
+    Drawn found = guide_[static_cast<std::size_t>(part * static_cast<double>(guide_.size()))];
+    while (found > 0 && cumulative_weights_[found - 1] > drawn) --found;
+    while (found + 1 < size() && cumulative_weights_[found] <= drawn) ++found;
+    return found;
+}
+
+/// The guide table of H.-C. Chen and Y. Asau, "On generating random variates from an empirical distribution", AIIE
+/// Transactions 6 (1974) 163.
+void Table::make_guide() {
+    guide_.reserve(size());
+    Drawn place = 0;
+    for (std::size_t part = 0; part < size(); ++part) {
+        const double start = cumulative_weights_.back() * static_cast<double>(part) / static_cast<double>(size());
+        while (place + 1 < size() && cumulative_weights_[place] <= start) ++place;
+        guide_.push_back(place);
+    }
 }
 
 void Table::leave_as_drawn() {

@@ -20,6 +20,18 @@ bool is_ascii(std::string_view text) {
     return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
+/// Whether all characters are below U+0180, without U+0130: Arrow and Python know the same small letters for them.
+bool has_common_letters(std::string_view text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if (byte < 0x80) continue;
+        const bool below_0180 = byte >= 0xc2 && byte <= 0xc5;
+        if (!below_0180 || (byte == 0xc4 && static_cast<unsigned char>(text[i + 1]) == 0xb0)) return false;
+        ++i;
+    }
+    return true;
+}
+
 }  // namespace
 
 UsernameSources::UsernameSources()
@@ -86,8 +98,7 @@ void Usernames::lower_row(std::size_t row) {
 }
 
 void Usernames::lower(const Layout& layout) {
-    // Arrow knows other small letters than Python for some characters.
-    if (layout.kind != Layout::Kind::arrow || std::ranges::all_of(usernames_, is_ascii)) {
+    if (layout.kind != Layout::Kind::arrow || std::ranges::all_of(usernames_, has_common_letters)) {
         for (std::size_t row = 0; row < size(); ++row) {
             let_signals_in(row);
             lower_row(row);
