@@ -1,11 +1,13 @@
 #pragma once
 
-// What Faker draws names from, as tables: read anew for each column, for a table may be changed in place.
+// What Faker draws names from, as tables. They may be changed in place: what was read is kept only as long as the
+// interpreter tells of no change.
 
 #include <Python.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -33,26 +35,36 @@ class Table {
     void leave_as_drawn();
 
     [[nodiscard]] PyObject* object(std::size_t position) const {
-        return PyTuple_GET_ITEM(choices_.get(), static_cast<Py_ssize_t>(position));
+        return PyTuple_GET_ITEM(contents_->choices.get(), static_cast<Py_ssize_t>(position));
     }
-    [[nodiscard]] std::string_view text(std::size_t position) const { return texts_[position]; }
-    [[nodiscard]] std::size_t size() const { return texts_.size(); }
+    [[nodiscard]] std::string_view text(std::size_t position) const { return contents_->texts[position]; }
+    [[nodiscard]] std::size_t size() const { return contents_->texts.size(); }
 
     /// Whether one of the texts has a NUL in it.
-    [[nodiscard]] bool has_nul() const { return has_nul_; }
+    [[nodiscard]] bool has_nul() const { return contents_->has_nul; }
 
   private:
-    bool read_texts();
-    bool read_weights(PyObject* elements);
-    void make_guide();
+    /// What was read; many tables may have it.
+    struct Contents {
+        python::Ref choices;
+        std::vector<std::string_view> texts;
+        std::vector<double> cumulative_weights;  ///< empty where every element has the same chance
+        std::vector<Drawn> guide;                ///< where to look for a part of the way to the last of them
+        bool has_nul = false;
 
-    python::Ref choices_;
+        bool read_texts();
+        bool read_weights(PyObject* elements);
+        void make_guide();
+    };
+
+    class Kept;
+
+    explicit Table(std::shared_ptr<const Contents> contents) : contents_(std::move(contents)) {}
+    static std::shared_ptr<const Contents> read_contents(PyObject* elements, PyObject* keys, bool by_weight);
+
+    std::shared_ptr<const Contents> contents_;
     python::Ref keyless_;  ///< the weighted table, as long as its keys are not kept with it
     bool drawn_ = false;
-    bool has_nul_ = false;
-    std::vector<std::string_view> texts_;
-    std::vector<double> cumulative_weights_;  ///< empty where every element has the same chance
-    std::vector<Drawn> guide_;                ///< where to look for a part of the way to the last of them
 };
 
 /// A Faker instance of one locale whose ways of drawing are all known.

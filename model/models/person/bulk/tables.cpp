@@ -1,7 +1,10 @@
 #include "bulk/tables.hpp"
 
 #include <algorithm>
+#include <tuple>
+#include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 #include "bulk/known_code.hpp"
 #include "bulk/originals.hpp"
@@ -66,36 +69,120 @@ Ref drawn_attribute(PyObject* function) {
 // --- tables
 // -----------------------------------------------------------------------------------------------------------------
 
+/// Contents that were read, by the elements that they were read from.
+class Table::Kept {
+  public:
+    static Kept& all() {
+        static auto* const kept = new Kept;
+        return *kept;
+    }
+
+    /// What was read from these elements with these keys (null where they have none of their own), if it still holds.
+    std::shared_ptr<const Contents> find(PyObject* elements, PyObject* keys, bool by_weight) {
+        const auto found = entries_.find(elements);
+        if (found == entries_.end()) return nullptr;
+        const Entry& entry = found->second;
+        const bool holds = !entry.changed && entry.by_weight == by_weight && entry.keys.get() == keys &&
+                           (!PyODict_Check(elements) || has_ends(elements, entry));
+        return holds ? entry.contents : nullptr;
+    }
+
+    void add(PyObject* elements, PyObject* keys, bool by_weight, std::shared_ptr<const Contents> contents) {
+        if (PyList_CheckExact(elements) || !watch(elements)) return;
+        if (entries_.size() >= kMost) entries_.clear();
+        Entry& entry = entries_[elements];
+        entry = {.elements = Ref::share(elements), .keys = Ref::share(keys), .contents = std::move(contents),
+                 .by_weight = by_weight};
+        if (PyODict_Check(elements)) std::tie(entry.first, entry.last) = ends(elements);
+    }
+
+  private:
+    static constexpr std::size_t kMost = 4096;
+
+    struct Entry {
+        Ref elements;  // kept, so that nothing else can take its place
+        Ref keys;
+        std::shared_ptr<const Contents> contents;
+        bool by_weight = false;
+        bool changed = false;
+        Ref first{};
+        Ref last{};
+    };
+
+    /// An ordered dict moves its keys about without a word.
+    static std::pair<Ref, Ref> ends(PyObject* elements) {
+        const auto next = [](Ref iterator) { return Ref::steal(PyIter_Next(iterator)); };
+        Ref first = next(owned(PyObject_GetIter(elements)));
+        return {std::move(first), next(owned(PyObject_CallMethod(elements, "__reversed__", nullptr)))};
+    }
+
+    static bool has_ends(PyObject* elements, const Entry& entry) {
+        const auto [first, last] = ends(elements);
+        return first.get() == entry.first.get() && last.get() == entry.last.get();
+    }
+
+    /// A tuple does not change; of a dict the interpreter tells.
+    static bool watch(PyObject* elements) {
+        if (PyTuple_CheckExact(elements)) return true;
+        static const int watcher = [] {
+            const int id = PyDict_AddWatcher(note_change);
+            PyErr_Clear();  // of there being none left
+            return id;
+        }();
+        if (watcher >= 0) require(PyDict_Watch(watcher, elements));
+        return watcher >= 0;
+    }
+
+    static int note_change(PyDict_WatchEvent /*event*/, PyObject* dict, PyObject* /*key*/, PyObject* /*value*/) {
+        const auto found = all().entries_.find(dict);
+        if (found != all().entries_.end()) found->second.changed = true;
+        return 0;
+    }
+
+    std::unordered_map<PyObject*, Entry> entries_;
+};
+
 std::optional<Table> Table::read(PyObject* elements, bool weighted) {
     const bool ordered_mapping = is_class_of(elements, "collections", "OrderedDict");
     if (!ordered_mapping && !PyTuple_CheckExact(elements) && !PyList_CheckExact(elements)) return std::nullopt;
-    Table table;
-    Ref kept = ordered_mapping ? quiet_attr(elements, kKeptKeys) : Ref();
-    if (ordered_mapping && !kept) table.keyless_ = Ref::share(elements);
-    table.choices_ = owned(PySequence_Tuple(kept ? kept.get() : elements));
-    if (!table.read_texts()) return std::nullopt;
-    if (ordered_mapping && weighted && !table.read_weights(elements)) return std::nullopt;
+    Ref keys = ordered_mapping ? quiet_attr(elements, kKeptKeys) : Ref();
+    const bool by_weight = ordered_mapping && weighted;
+    auto contents = Kept::all().find(elements, keys, by_weight);
+    if (!contents) {
+        contents = read_contents(elements, keys, by_weight);
+        if (!contents) return std::nullopt;
+        Kept::all().add(elements, keys, by_weight, contents);
+    }
+    Table table(std::move(contents));
+    if (ordered_mapping && !keys) table.keyless_ = Ref::share(elements);
     return table;
 }
 
-bool Table::read_texts() {
-    const Py_ssize_t count = PyTuple_GET_SIZE(choices_.get());
+std::shared_ptr<const Table::Contents> Table::read_contents(PyObject* elements, PyObject* keys, bool by_weight) {
+    Contents contents;
+    contents.choices = owned(PySequence_Tuple(keys != nullptr ? keys : elements));
+    if (!contents.read_texts() || (by_weight && !contents.read_weights(elements))) return nullptr;
+    return std::make_shared<const Contents>(std::move(contents));
+}
+
+bool Table::Contents::read_texts() {
+    const Py_ssize_t count = PyTuple_GET_SIZE(choices.get());
     if (count == 0) return false;
-    texts_.reserve(static_cast<std::size_t>(count));
+    texts.reserve(static_cast<std::size_t>(count));
     for (Py_ssize_t i = 0; i < count; ++i) {
-        const auto text = utf8(PyTuple_GET_ITEM(choices_.get(), i));
+        const auto text = utf8(PyTuple_GET_ITEM(choices.get(), i));
         if (!text) return false;
-        texts_.push_back(*text);
-        has_nul_ |= text->find('\0') != std::string_view::npos;
+        texts.push_back(*text);
+        has_nul |= text->find('\0') != std::string_view::npos;
     }
     return true;
 }
 
-bool Table::read_weights(PyObject* elements) {
+bool Table::Contents::read_weights(PyObject* elements) {
     Ref weights = owned(PySequence_Tuple(owned(PyObject_CallMethod(elements, "values", nullptr))));
-    if (PyTuple_GET_SIZE(weights.get()) != static_cast<Py_ssize_t>(texts_.size())) return false;
+    if (PyTuple_GET_SIZE(weights.get()) != static_cast<Py_ssize_t>(texts.size())) return false;
     double sum = 0.0;
-    for (std::size_t i = 0; i < texts_.size(); ++i) {
+    for (std::size_t i = 0; i < texts.size(); ++i) {
         PyObject* weight = PyTuple_GET_ITEM(weights.get(), static_cast<Py_ssize_t>(i));
         if (!PyFloat_CheckExact(weight) && !PyLong_CheckExact(weight)) return false;
         const double value = PyFloat_AsDouble(weight);
@@ -105,7 +192,7 @@ bool Table::read_weights(PyObject* elements) {
         }
         sum += value;
         if (!(value >= 0.0 && sum < kExactIntegers)) return false;  // not a number, too, is none of these
-        cumulative_weights_.push_back(sum);
+        cumulative_weights.push_back(sum);
     }
     if (!(sum > 0.0)) return false;
     make_guide();
@@ -114,31 +201,31 @@ bool Table::read_weights(PyObject* elements) {
 
 Table::Drawn Table::draw(Mersenne& engine) {
     drawn_ = true;
-    if (cumulative_weights_.empty()) return engine.below(static_cast<std::uint32_t>(texts_.size()));
+    if (contents_->cumulative_weights.empty()) return engine.below(static_cast<std::uint32_t>(contents_->texts.size()));
     const double part = engine.uniform();
-    const double drawn = part * cumulative_weights_.back();
+    const double drawn = part * contents_->cumulative_weights.back();
     // As `bisect` finds it, but from a place that is seldom more than a step away.
-    Drawn found = guide_[static_cast<std::size_t>(part * static_cast<double>(guide_.size()))];
-    while (found > 0 && cumulative_weights_[found - 1] > drawn) --found;
-    while (found + 1 < size() && cumulative_weights_[found] <= drawn) ++found;
+    Drawn found = contents_->guide[static_cast<std::size_t>(part * static_cast<double>(contents_->guide.size()))];
+    while (found > 0 && contents_->cumulative_weights[found - 1] > drawn) --found;
+    while (found + 1 < size() && contents_->cumulative_weights[found] <= drawn) ++found;
     return found;
 }
 
 /// The guide table of H.-C. Chen and Y. Asau, "On generating random variates from an empirical distribution", AIIE
 /// Transactions 6 (1974) 163.
-void Table::make_guide() {
-    guide_.reserve(size());
+void Table::Contents::make_guide() {
+    guide.reserve(texts.size());
     Drawn place = 0;
-    for (std::size_t part = 0; part < size(); ++part) {
-        const double start = cumulative_weights_.back() * static_cast<double>(part) / static_cast<double>(size());
-        while (place + 1 < size() && cumulative_weights_[place] <= start) ++place;
-        guide_.push_back(place);
+    for (std::size_t part = 0; part < texts.size(); ++part) {
+        const double start = cumulative_weights.back() * static_cast<double>(part) / static_cast<double>(texts.size());
+        while (place + 1 < texts.size() && cumulative_weights[place] <= start) ++place;
+        guide.push_back(place);
     }
 }
 
 void Table::leave_as_drawn() {
     if (!drawn_ || !keyless_) return;
-    require(PyObject_SetAttrString(keyless_, kKeptKeys, choices_));
+    require(PyObject_SetAttrString(keyless_, kKeptKeys, contents_->choices));
     keyless_ = Ref();
 }
 
