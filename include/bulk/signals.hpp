@@ -2,15 +2,20 @@
 
 #include <Python.h>
 
+#include <chrono>
 #include <cstddef>
+#include <thread>
 
 #include "python/error.hpp"
 
 namespace bulk {
 
-/// Lets pending signals be handled, and other threads run. Only where no source is taken over: either may draw.
-inline void let_others_in() {
-    PyEval_RestoreThread(PyEval_SaveThread());
+/// Lets pending signals be handled, and other threads run, for a while where one is given. Only where no source is
+/// taken over: either may draw.
+inline void let_others_in(std::chrono::microseconds pause = {}) {
+    PyThreadState* state = PyEval_SaveThread();
+    std::this_thread::sleep_for(pause);
+    PyEval_RestoreThread(state);
     python::require(PyErr_CheckSignals());
 }
 

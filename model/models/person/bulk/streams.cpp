@@ -1,6 +1,8 @@
 #include "bulk/streams.hpp"
 
+#include <algorithm>
 #include <bit>
+#include <chrono>
 #include <cstring>
 #include <initializer_list>
 #include <utility>
@@ -185,9 +187,26 @@ std::uint32_t NumpyChoice::below(std::uint32_t n) {
 
 NumpyChoice::Held::Held(const NumpyChoice& choice) : choice_(choice) { acquire(); }
 
+/// Takes the lock where one of so many tries, some 15 ms in all, finds it free.
+static bool acquire_without_waiting(PyObject* acquire) {
+    using std::chrono::microseconds;
+    constexpr int kTries = 20;
+    constexpr microseconds kLongestPause{1000};
+    microseconds pause{20};
+    for (int tries = 0; tries < kTries; ++tries) {
+        if (truth(call(acquire, {Py_False}))) return true;
+        let_others_in(pause);
+        pause = std::min(2 * pause, kLongestPause);
+    }
+    return false;
+}
+
 void NumpyChoice::Held::acquire() {
-    call(owned(PyObject_GetAttrString(choice_.lock_, "acquire")));
-    held_ = true;
+    Ref acquire = owned(PyObject_GetAttrString(choice_.lock_, "acquire"));
+    // A thread that waits for the lock owns it a moment before it has the global one back; where the process forks or
+    // ends at that moment, nobody ever lets it go. Yet a thread that does nothing but draw holds it whenever it lets
+    // others in: to get it from there takes waiting, as numpy itself waits.
+    held_ = acquire_without_waiting(acquire) || truth(call(acquire));
 }
 
 void NumpyChoice::Held::release() {
