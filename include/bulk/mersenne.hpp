@@ -35,8 +35,8 @@ class Mersenne {
         return drawn;
     }
 
-    /// `below(n)` so many times, each handed to the action with its place. What is drawn in vain is handed over as well and
-    /// overwritten by the next, which spares a branch that nobody could predict.
+    /// `below(n)` so many times, each handed to the action with its place. What is drawn in vain is handed over as well
+    /// and overwritten by the next, which spares a branch that nobody could predict.
     template <class Action>
     void fill_below(std::uint32_t n, std::size_t count, Action action) {
         const int spare = std::countl_zero(n);

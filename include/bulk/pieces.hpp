@@ -27,7 +27,7 @@ struct Piece {
     };
 
     Kind kind;
-    std::string text;              ///< of a literal
+    std::string text;        ///< of a literal
     Table* table = nullptr;  ///< of an element
 
     /// What the piece comes to this time; the view holds until the next draw into the same buffer.

@@ -30,8 +30,8 @@ class Table {
     Drawn draw(Mersenne& engine);
     Drawn draw(Source& source) { return draw(source.engine()); }
 
-    /// Keeps the keys with a weighted table that was drawn from, as Faker does at the first draw: it goes by them for as
-    /// long as the table lives. A table that nothing was drawn from stays untouched.
+    /// Keeps the keys with a weighted table that was drawn from, as Faker does at the first draw: it goes by them for
+    /// as long as the table lives. A table that nothing was drawn from stays untouched.
     void leave_as_drawn();
 
     [[nodiscard]] PyObject* object(std::size_t position) const {
@@ -80,8 +80,8 @@ class KnownFaker {
     [[nodiscard]] std::optional<Table> table(const char* method) const;
     [[nodiscard]] std::optional<Table> table_behind(PyObject* method) const;
 
-    /// The method, where it and all that it could call is Faker's own and draws from this instance's source; else empty.
-    /// Then nobody can tell in what order the methods of several instances are called.
+    /// The method, where it and all that it could call is Faker's own and draws from this instance's source; else
+    /// empty. Then nobody can tell in what order the methods of several instances are called.
     [[nodiscard]] python::Ref own_method(const char* method) const;
 
     /// The provider behind the method, where it draws from this instance's source in the base provider's way; else

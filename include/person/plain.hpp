@@ -1,7 +1,7 @@
 #pragma once
 
-// The plain ways of what also comes as whole columns: call by call, which is what the methods mean. From a few rows made
-// so, the ways to whole columns learn what pandas makes of them.
+// The plain ways of what also comes as whole columns: call by call, which is what the methods mean. From a few rows
+// made so, the ways to whole columns learn what pandas makes of them.
 
 #include <Python.h>
 

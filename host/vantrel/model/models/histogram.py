@@ -23,14 +23,15 @@ class Drawn:
 
     Attributes:
         values: The values that there are.
-        positions: The place of each drawn one among them, -1 for a missing value; 64-bit integers of shape ``(rows,)``.
+        positions: The place of each drawn one among them, -1 for a missing value: 64-bit
+            integers of shape ``(rows,)``.
     """
 
     values: list[Any]
     positions: np.ndarray[tuple[int], np.dtype[np.int64]]
 
     def series(self, rows: Sequence[int] | None = None) -> pd.Series:
-        """Gives the values, of all rows or of those at some places, with the index 0 to n - 1."""
+        """Gives the values of all rows, or of those at some places, with a new index from 0."""
         positions = self.positions if rows is None else self.positions[list(rows)]
         column = pd.Series(self.values)
         if (positions < 0).any():

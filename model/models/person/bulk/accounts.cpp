@@ -66,9 +66,8 @@ Ref usernames(PyObject* firstnames, PyObject* lastnames) {
     UsernameSources drawn_from;
     const auto given = drawn_from.apply() ? Names::read(firstnames, lastnames) : std::nullopt;
     if (!given) return {};
-    const Rehearsed first = rehearsed(rows_at(firstnames, {0}), [&](PyObject* row) {
-        return person::plain_usernames(row, rows_at(lastnames, {0}));
-    });
+    const Rehearsed first = rehearsed(
+        rows_at(firstnames, {0}), [&](PyObject* row) { return person::plain_usernames(row, rows_at(lastnames, {0})); });
     if (!first.layout) return {};
     Usernames usernames(drawn_from);
     usernames.draw(*given);

@@ -98,9 +98,8 @@ void CategoryValues::draw_again(std::string_view text, const std::vector<PyObjec
 }
 
 void CategoryValues::write(const std::vector<Cell>& cells, TextColumn& column) const {
-    const bool as_numpy = std::ranges::any_of(cells, [](const Cell& cell) {
-        return !cell.constant && !PyUnicode_CheckExact(cell.object.get());
-    });
+    const bool as_numpy = std::ranges::any_of(
+        cells, [](const Cell& cell) { return !cell.constant && !PyUnicode_CheckExact(cell.object.get()); });
     for (std::size_t row = 0; row < keys_->size(); ++row) {
         let_signals_in(row);
         const std::vector<Value>& values = collections_[(*keys_)[row]];
@@ -132,9 +131,8 @@ Ref collection_values(PyObject* self, PyObject* conditions, PyObject* collection
     const Codes keys(*given);
     auto values = CategoryValues::read(keys, collections);
     if (!values) return {};
-    const Rehearsed few = rehearsed(rows_at(conditions, keys.first_rows()), [&](PyObject* rows) {
-        return person::plain_values(self, rows, collections);
-    });
+    const Rehearsed few = rehearsed(rows_at(conditions, keys.first_rows()),
+                                    [&](PyObject* rows) { return person::plain_values(self, rows, collections); });
     if (!few.layout) return {};
     values->draw(choice);
     const auto cells = value_cells(few.made, *values);

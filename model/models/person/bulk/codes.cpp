@@ -23,7 +23,8 @@ std::optional<Codes> Codes::of_positions(PyObject* values, std::span<const std::
         if (place >= number_of.size()) return std::nullopt;
         auto& number = number_of[place];
         if (!number) {
-            const auto text = place == 0 ? std::optional(std::string_view()) : utf8(PyList_GET_ITEM(values, positions[row]));
+            const auto text =
+                place == 0 ? std::optional(std::string_view()) : utf8(PyList_GET_ITEM(values, positions[row]));
             if (!text) return std::nullopt;
             number = codes.add(*text, row);
         }

@@ -13,8 +13,8 @@
 #include "bulk/codes.hpp"
 #include "bulk/columns.hpp"
 #include "bulk/emails.hpp"
-#include "bulk/known_code.hpp"
 #include "bulk/given.hpp"
+#include "bulk/known_code.hpp"
 #include "bulk/labels.hpp"
 #include "bulk/names.hpp"
 #include "bulk/numbers.hpp"
@@ -102,8 +102,8 @@ class Frame {
     /// False where single calls must make it.
     bool plan(bool produce_nans);
 
-    /// The finished frame; empty, with every source where it was, where a method of Faker's that had to be called gave no
-    /// text.
+    /// The finished frame; empty, with every source where it was, where a method of Faker's that had to be called gave
+    /// no text.
     Ref make(PyObject* ordered);
 
   private:
@@ -395,8 +395,8 @@ void Frame::keep(Attribute attribute, TextColumn& column) {
 
 }  // namespace
 
-Ref whole_frame(PyObject* self, PyObject* num_rows, const Given& genders, const Given& countries, PyObject* produce_nans,
-                PyObject* ordered) {
+Ref whole_frame(PyObject* self, PyObject* num_rows, const Given& genders, const Given& countries,
+                PyObject* produce_nans, PyObject* ordered) {
     int overflow = 0;
     const long rows = PyLong_AsLongAndOverflow(num_rows, &overflow);
     if (overflow != 0 || rows <= 0 || !PyBool_Check(produce_nans)) return {};

@@ -41,7 +41,8 @@ std::optional<Passwords::Lengths> length_range(PyObject* self) {
         if (overflow != 0 || values[i] < 0 || values[i] > kLongest) return std::nullopt;
     }
     if (values[0] > values[1]) return std::nullopt;
-    return Passwords::Lengths{static_cast<std::uint32_t>(values[0]), static_cast<std::uint32_t>(values[1] - values[0] + 1)};
+    return Passwords::Lengths{static_cast<std::uint32_t>(values[0]),
+                              static_cast<std::uint32_t>(values[1] - values[0] + 1)};
 }
 
 /// `string.ascii_letters + string.digits`, where both are ASCII.
@@ -92,9 +93,8 @@ void Passwords::draw(std::size_t rows, TextColumn& column) const {
     source.take_over();
     for (std::size_t row = 0; row < rows; ++row) {
         password.resize(lengths_.lowest + engine.below(lengths_.count));
-        engine.fill_below(count, password.size(), [&](std::size_t i, std::uint32_t drawn) {
-            password[i] = characters_[drawn];
-        });
+        engine.fill_below(count, password.size(),
+                          [&](std::size_t i, std::uint32_t drawn) { password[i] = characters_[drawn]; });
         column.add(password);
         source.breathe(password.size());
     }
@@ -105,8 +105,8 @@ Ref passwords(PyObject* self, std::size_t rows) {
     if (!is_worth_it(rows) || !namespace_is_untouched()) return {};
     const auto drawn_from = Passwords::read(self);
     if (!drawn_from) return {};
-    const auto layout = Layout::of(
-        call(attr(global(names::pd), names::Series), {list({names::x})}, {{names::dtype, names::string}}));
+    const auto layout =
+        Layout::of(call(attr(global(names::pd), names::Series), {list({names::x})}, {{names::dtype, names::string}}));
     TextColumn column(layout.value(), rows);
     drawn_from->draw(rows, column);
     return column.series();

@@ -91,7 +91,9 @@ class Table::Kept {
         if (PyList_CheckExact(elements) || !watch(elements)) return;
         if (entries_.size() >= kMost) entries_.clear();
         Entry& entry = entries_[elements];
-        entry = {.elements = Ref::share(elements), .keys = Ref::share(keys), .contents = std::move(contents),
+        entry = {.elements = Ref::share(elements),
+                 .keys = Ref::share(keys),
+                 .contents = std::move(contents),
                  .by_weight = by_weight};
         if (PyODict_Check(elements)) std::tie(entry.first, entry.last) = ends(elements);
     }
@@ -291,8 +293,7 @@ bool KnownFaker::has_own_methods_alone() const {
     const auto is_own_provider = [&](PyObject* provider) {
         if (own_providers.contains(provider)) return true;
         const bool is_own = faker_code().has_class(Py_TYPE(provider)) && reads_plainly(provider) &&
-                            holds_data_alone(provider) &&
-                            plain_value(provider, generator).get() == generator_.get();
+                            holds_data_alone(provider) && plain_value(provider, generator).get() == generator_.get();
         if (is_own) own_providers.insert(provider);
         return is_own;
     };
