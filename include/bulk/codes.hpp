@@ -20,8 +20,8 @@ class Codes {
     using Number = std::uint32_t;
 
     explicit Codes(const Texts& texts);
-    Codes(Codes&&) = default;
-    Codes& operator=(Codes&&) = default;
+    Codes(Codes&&) noexcept = default;
+    Codes& operator=(Codes&&) noexcept = default;
     Codes(const Codes&) = delete;
     Codes& operator=(const Codes&) = delete;
     ~Codes() = default;

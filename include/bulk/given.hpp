@@ -16,8 +16,8 @@ namespace bulk {
 /// positions among its values and can make a Series of.
 class Given {
   public:
-    [[nodiscard]] static Given series(python::Ref series) { return Given(std::move(series), {}); }
-    [[nodiscard]] static Given drawn(python::Ref drawn) { return Given({}, std::move(drawn)); }
+    [[nodiscard]] static Given series(python::Ref series) { return {std::move(series), {}}; }
+    [[nodiscard]] static Given drawn(python::Ref drawn) { return {{}, std::move(drawn)}; }
 
     /// What the model's `sample` would give, where the host offers that in such a form; else empty. (docs/contract.md)
     [[nodiscard]] static std::optional<Given> draw(PyObject* model, PyObject* rows, PyObject* produce_nans);

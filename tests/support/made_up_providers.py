@@ -41,7 +41,7 @@ class AddedCompanies(BaseProvider):
 
 
 class ChineseDomains(InternetOfChina):
-    domain_formats = ("{{last_romanized_name}}#", "?x", "##", "{{first_romanized_name}}")
+    domain_formats = ("{{last_romanized_name}}#", "?x", "##", "{{first_romanized_name}}") * 2
 
 
 def adding(added: type[BaseProvider]) -> Change:

@@ -47,7 +47,7 @@ std::string Given::form() const {
         Ref dtype = owned(PyObject_Repr(owned(PyObject_GetAttrString(series_, "dtype"))));
         return std::string(utf8(dtype).value_or(std::string_view()));
     }
-    return std::string(Py_TYPE(drawn_.get())->tp_name);
+    return Py_TYPE(drawn_.get())->tp_name;
 }
 
 }  // namespace bulk

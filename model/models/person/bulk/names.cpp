@@ -30,9 +30,9 @@ const char* first_name_method(std::string_view gender) {
 }
 
 Ref drawn_column(NameDraws& names) {
-    if (!draw_or_go_back(names)) return {};
     const auto layout = Layout::of(call(attr(global(names::pd), names::Series), {list({names::x})}));
-    TextColumn column(layout.value(), names.rows());
+    if (!layout || !draw_or_go_back(names)) return {};
+    TextColumn column(*layout, names.rows());
     write_names(names, column);
     return column.series();
 }

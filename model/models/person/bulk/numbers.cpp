@@ -107,7 +107,8 @@ Ref passwords(PyObject* self, std::size_t rows) {
     if (!drawn_from) return {};
     const auto layout =
         Layout::of(call(attr(global(names::pd), names::Series), {list({names::x})}, {{names::dtype, names::string}}));
-    TextColumn column(layout.value(), rows);
+    if (!layout) return {};
+    TextColumn column(*layout, rows);
     drawn_from->draw(rows, column);
     return column.series();
 }
