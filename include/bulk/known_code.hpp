@@ -26,6 +26,10 @@ class Package {
     /// Whether the object is a Python function from the package's files, inside whatever wrappers of its own.
     [[nodiscard]] bool defines(PyObject* function) const;
 
+    /// How many changes there have been in it, its options included.
+    [[nodiscard]] std::uint64_t changes() const { return changes_; }
+    void note_change() { ++changes_; }
+
     /// Whether the class is one of the package's.
     [[nodiscard]] bool has_class(PyTypeObject* type) const;
 
@@ -44,17 +48,15 @@ class Package {
 
     std::string_view name_;
     std::vector<std::string> folders_;  ///< of the package itself, and of what it imports
-    std::uint64_t looked_at_ = 0;       ///< the number of changes that the last look knew of
-    bool genuine_ = false;              ///< what it came to
+    std::uint64_t changes_ = 1;
+    std::uint64_t looked_at_ = 0;  ///< the number of changes that the last look knew of
+    bool genuine_ = false;         ///< what it came to
 
     // What one look goes through. Nothing of it is owned: no Python code runs meanwhile.
     std::unordered_set<PyTypeObject*> classes_;
     std::vector<PyObject*> functions_;
     std::vector<std::string> foreign_;  ///< names of what is not the package's own
 };
-
-/// How many changes there have been in what is watched: in the code of the packages, and in pandas' options.
-std::uint64_t changes_so_far();
 
 Package& pandas_code();
 Package& faker_code();

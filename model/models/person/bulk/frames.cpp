@@ -247,9 +247,9 @@ bool Frame::find_form(bool produce_nans) {
     // Kept as long as nothing of pandas has changed, its options included.
     static auto* const forms = new std::map<std::string, FrameForm, std::less<>>;
     static std::uint64_t made_after = 0;
-    if (made_after != changes_so_far()) {
+    if (made_after != pandas_code().changes()) {
         forms->clear();
-        made_after = changes_so_far();
+        made_after = pandas_code().changes();
     }
     const std::string key = form_key(produce_nans);
     auto found = forms->find(key);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <unordered_map>
 
 #include "bulk/originals.hpp"
 #include "bulk/texts.hpp"
@@ -77,19 +78,23 @@ bool mentions(PyObject* code, std::string_view name) {
 // --- changes
 // ----------------------------------------------------------------------------------------------------------------
 
-/// How many changes there have been so far. Where the interpreter has no watcher left to give, every look is a change.
-std::uint64_t changes = 1;
+/// The package of each dict that is watched.
+std::unordered_map<PyObject*, Package*>& watched_dicts() {
+    static auto* const dicts = new std::unordered_map<PyObject*, Package*>;
+    return *dicts;
+}
 
-int note_dict_change(PyDict_WatchEvent event, PyObject* /*dict*/, PyObject* name, PyObject* value) {
+int note_dict_change(PyDict_WatchEvent event, PyObject* dict, PyObject* name, PyObject* value) {
     // A module's own new data, such as what it notes of its warnings, replaces nothing.
     const bool adds_data = event == PyDict_EVENT_ADDED && PyCallable_Check(value) == 0 && !PyModule_Check(value);
     const bool notes_warning = name != nullptr && text_equals(name, "__warningregistry__");
-    if (!adds_data && !notes_warning) ++changes;
+    const auto watched = watched_dicts().find(dict);
+    if (!adds_data && !notes_warning && watched != watched_dicts().end()) watched->second->note_change();
     return 0;
 }
 
-int note_class_change(PyTypeObject* /*type*/) {
-    ++changes;
+int note_class_change(PyTypeObject* type) {
+    (faker_code().has_class(type) ? faker_code() : pandas_code()).note_change();
     return 0;
 }
 
@@ -105,18 +110,17 @@ const Watchers& watchers() {
     return both;
 }
 
-void watch_dict(PyObject* dict) {
-    if (watchers().dicts < 0) {
-        ++changes;
-    } else {
-        require(PyDict_Watch(watchers().dicts, dict));
-    }
+void watch_dict(PyObject* dict, Package& package) {
+    // Where the interpreter has no watcher left to give, every look is a change.
+    if (watchers().dicts < 0) return package.note_change();
+    watched_dicts()[dict] = &package;
+    require(PyDict_Watch(watchers().dicts, dict));
 }
 
-void watch_class(PyTypeObject* type) {
+void watch_class(PyTypeObject* type, Package& package) {
     if (watchers().classes >= 0) require(PyType_Watch(watchers().classes, reinterpret_cast<PyObject*>(type)));
     // Without a version there is no word of a change.
-    if (watchers().classes < 0 || PyType_HasFeature(type, Py_TPFLAGS_VALID_VERSION_TAG) == 0) ++changes;
+    if (watchers().classes < 0 || PyType_HasFeature(type, Py_TPFLAGS_VALID_VERSION_TAG) == 0) package.note_change();
 }
 
 /// The options that decide what columns look like.
@@ -126,9 +130,9 @@ void watch_options_of_pandas() {
     for (const char* group : {"mode", "future"}) {
         PyObject* found = options && PyDict_CheckExact(options.get()) ? find(options, group) : nullptr;
         if (found != nullptr && PyDict_CheckExact(found)) {
-            watch_dict(found);
+            watch_dict(found, pandas_code());
         } else {
-            ++changes;  // options that are kept elsewhere cannot be watched
+            pandas_code().note_change();  // options that are kept elsewhere cannot be watched
         }
     }
 }
@@ -139,8 +143,8 @@ void watch_options_of_pandas() {
 // ---------------------------------------------------------------------------------------------------------------
 
 bool Package::is_genuine() {
-    if (looked_at_ != changes) {
-        const std::uint64_t known = changes;
+    if (looked_at_ != changes_) {
+        const std::uint64_t known = changes_;
         genuine_ = look();
         looked_at_ = known;
     }
@@ -169,7 +173,7 @@ void Package::find_folders() {
 void Package::look_at_module(PyObject* module) {
     if (!PyModule_Check(module)) return foreign_.emplace_back("__module__"), void();
     PyObject* names = PyModule_GetDict(module);
-    watch_dict(names);
+    watch_dict(names, *this);
     PyObject* name = nullptr;
     PyObject* value = nullptr;
     Py_ssize_t position = 0;
@@ -182,7 +186,7 @@ void Package::look_at_module(PyObject* module) {
 
 void Package::look_at_class(PyTypeObject* type) {
     if (!classes_.insert(type).second || PyType_HasFeature(type, Py_TPFLAGS_IMMUTABLETYPE) != 0) return;
-    watch_class(type);
+    watch_class(type, *this);
     Ref names = owned(PyType_GetDict(type));
     PyObject* name = nullptr;
     PyObject* value = nullptr;
@@ -274,8 +278,6 @@ bool Package::is_called(std::string_view name) const {
                return mentions(PyFunction_GetCode(function), name);
            });
 }
-
-std::uint64_t changes_so_far() { return changes; }
 
 Package& pandas_code() {
     static auto* const package = new Package("pandas");
