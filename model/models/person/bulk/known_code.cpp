@@ -126,7 +126,8 @@ void watch_class(PyTypeObject* type, Package& package) {
 /// The options that decide what columns look like.
 void watch_options_of_pandas() {
     Ref config = quiet_import("pandas._config.config");
-    Ref options = config ? quiet_attr(config, "_global_config") : Ref();
+    if (!config) return;  // no options, either
+    Ref options = quiet_attr(config, "_global_config");
     for (const char* group : {"mode", "future"}) {
         PyObject* found = options && PyDict_CheckExact(options.get()) ? find(options, group) : nullptr;
         if (found != nullptr && PyDict_CheckExact(found)) {
