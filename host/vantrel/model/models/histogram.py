@@ -128,7 +128,7 @@ class Histogram[ValueT](DiscreteModel[Nominal, ValueT]):
         return Drawn(list(self._probabilities), positions)
 
     # Whoever replaces `sample` replaces this way to its values with it.
-    sample.positions = draw  # type: ignore[attr-defined] - mypy gives functions none
+    sample.positions = draw  # type: ignore[attr-defined]  # of a function
 
     @classmethod
     def _setting_names(cls) -> list[str]:
