@@ -47,7 +47,7 @@ def endings(call: Action, last: Action = nothing) -> list[tuple[int, str]]:
     """
     MODEL.sample(20)  # imports what is imported when it is first needed
     # numpy's own C++ ends the process where one of its threads is ended there: plain Python sees it, too.
-    numpys_sets._unique_hash = lambda *args, **kwargs: NotImplemented  # type: ignore[attr-defined]
+    numpys_sets._unique_hash = lambda *args, **kwargs: NotImplemented  # type: ignore[attr-defined]  # private
     gc.freeze()  # what is there already need not be looked through at each end
     return [_ending_of(call, last, milliseconds) for milliseconds in range(RUNS)]
 
@@ -109,7 +109,7 @@ def draw_while_finalising() -> None:
 
 def draw_at_every_stage() -> None:
     """Draws while threads are waited for, then as one of the functions to call at exit, then at last."""
-    threading._register_atexit(draw, "waiting")  # type: ignore[attr-defined]
+    threading._register_atexit(draw, "waiting")  # type: ignore[attr-defined]  # private
     atexit.register(draw, "exiting")
     draw_while_finalising()
 
