@@ -120,7 +120,7 @@ void watch_dict(PyObject* dict, Package& package) {
 void watch_class(PyTypeObject* type, Package& package) {
     if (watchers().classes >= 0) require(PyType_Watch(watchers().classes, reinterpret_cast<PyObject*>(type)));
     // Without a version there is no word of a change.
-    if (watchers().classes < 0 || PyType_HasFeature(type, Py_TPFLAGS_VALID_VERSION_TAG) == 0) package.note_change();
+    if (watchers().classes < 0 || PyUnstable_Type_AssignVersionTag(type) == 0) package.note_change();
 }
 
 /// The options that decide what columns look like.
