@@ -6,6 +6,7 @@
 #include <Python.h>
 
 #include <initializer_list>
+#include <string_view>
 #include <utility>
 
 #include "python/error.hpp"
@@ -75,6 +76,9 @@ inline Ref add(PyObject* left, PyObject* right) { return owned(PyNumber_Add(left
 inline Ref none() { return Ref::share(Py_None); }
 inline Ref boolean(bool value) { return Ref::share(value ? Py_True : Py_False); }
 inline Ref string(const char* text) { return owned(PyUnicode_FromString(text)); }
+inline Ref string(std::string_view utf8) {
+    return owned(PyUnicode_DecodeUTF8(utf8.data(), static_cast<Py_ssize_t>(utf8.size()), nullptr));
+}
 inline Ref integer(Py_ssize_t value) { return owned(PyLong_FromSsize_t(value)); }
 inline Ref list_of(PyObject* iterable) { return owned(PySequence_List(iterable)); }
 

@@ -41,7 +41,10 @@ class AddedCompanies(BaseProvider):
 
 
 class ChineseDomains(InternetOfChina):
-    domain_formats = ("{{last_romanized_name}}#", "?x", "##", "{{first_romanized_name}}") * 2
+    domain_formats = (
+        *("{{last_romanized_name}}#", "?x", "##", "{{first_romanized_name}}"),
+        *("{{last_romanized_name}}##", "?y", "#?"),
+    )
 
 
 def adding(added: type[BaseProvider]) -> Change:

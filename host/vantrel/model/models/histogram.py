@@ -35,7 +35,7 @@ class Drawn:
         positions = self.positions if rows is None else self.positions[list(rows)]
         column = pd.Series(self.values)
         if (positions < 0).any():
-            # Looking up -1 finds nothing: pandas puts in what stands for a missing value of the type.
+            # Looking up -1 finds nothing: pandas puts in what stands for a missing value.
             return column.reindex(positions).reset_index(drop=True)
         return pd.Series(column.array.take(positions), dtype=column.dtype, copy=False)
 

@@ -53,7 +53,7 @@ std::optional<CategoryValues> CategoryValues::read(const Codes& keys, PyObject* 
             if (!missing_has_no_collection(collections)) return std::nullopt;
             continue;
         }
-        Ref name = owned(PyUnicode_DecodeUTF8(key.data(), static_cast<Py_ssize_t>(key.size()), nullptr));
+        Ref name = string(key);
         PyObject* found = find(collections, name);
         if (found == nullptr) continue;
         if (!PyList_CheckExact(found)) return std::nullopt;

@@ -19,7 +19,7 @@ Ref interned(const char* text) { return owned(PyUnicode_InternFromString(text));
 
 /// `domain_word` run on a stand-in for the provider, whose company is known already.
 Ref run_domain_word(PyObject* domain_word, PyObject* provider, const std::string& word) {
-    Ref text = owned(PyUnicode_DecodeUTF8(word.data(), static_cast<Py_ssize_t>(word.size()), nullptr));
+    Ref text = string(word);
     Ref company = dict({{interned("company"), text}});
     Ref format = owned(PyObject_GetAttrString(company, "__getitem__"));
     Ref to_ascii = owned(PyObject_GetAttrString(provider, "_to_ascii"));

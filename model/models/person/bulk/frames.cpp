@@ -129,7 +129,7 @@ class Frame {
 
     TextColumn column(Attribute attribute) {
         const ColumnForm& form = *(*form_)[index_of(attribute)];
-        return TextColumn(form.layout, genders_, form.cells);
+        return {form.layout, genders_, form.cells};
     }
     void keep(Attribute attribute, TextColumn& column);
     template <class Write>
@@ -238,7 +238,8 @@ std::string Frame::form_key(bool produce_nans) const {
     for (std::size_t gender = 0; gender < genders_.values().size(); ++gender) {
         const auto number = static_cast<Codes::Number>(gender);
         key += genders_.values()[gender].data() == nullptr ? 'm' : 'p';
-        for (const auto* values : {&gender_values_, &title_values_}) key += *values && (*values)->has_values(number);
+        for (const auto* values : {&gender_values_, &title_values_})
+            key += *values && (*values)->has_values(number) ? '1' : '0';
     }
     return key;
 }
@@ -339,10 +340,7 @@ void Frame::write_values(Attribute attribute, const CategoryValues& values) {
 
 void Frame::write_countries() {
     std::vector<Ref> objects;
-    for (const std::string_view country : countries_.values()) {
-        const auto bytes = static_cast<Py_ssize_t>(country.size());
-        objects.push_back(owned(PyUnicode_DecodeUTF8(country.data(), bytes, nullptr)));
-    }
+    for (const std::string_view country : countries_.values()) objects.push_back(string(country));
     write(Attribute::country, [&](TextColumn& column) {
         for (std::size_t row = 0; row < rows(); ++row) {
             let_signals_in(row);

@@ -41,13 +41,13 @@ std::string_view module_of(PyTypeObject* type) {
 bool is_of_standard_library(std::string_view module) {
     PyObject* modules = PySys_GetObject("stdlib_module_names");
     if (module == "builtins" || modules == nullptr) return modules != nullptr;
-    Ref name = owned(PyUnicode_DecodeUTF8(module.data(), static_cast<Py_ssize_t>(module.size()), nullptr));
+    Ref name = string(module);
     return contains(modules, name);
 }
 
 /// The folder of the module's file, with a separator at its end; empty where there is none.
 std::string folder_of(std::string_view module) {
-    Ref name = owned(PyUnicode_DecodeUTF8(module.data(), static_cast<Py_ssize_t>(module.size()), nullptr));
+    Ref name = string(module);
     Ref loaded = Ref::steal(PyImport_GetModule(name));
     if (!loaded || !PyModule_Check(loaded.get())) return {};
     PyObject* file = find(PyModule_GetDict(loaded), "__file__");

@@ -37,7 +37,7 @@ Providers::Provider* Providers::look_up(std::string_view country) {
     Found& found = found_.emplace_back(Found{country, std::nullopt});
     last_ = &found;
     if (!map_) return nullptr;
-    Ref key = owned(PyUnicode_DecodeUTF8(country.data(), static_cast<Py_ssize_t>(country.size()), nullptr));
+    Ref key = string(country);
     Ref faker = Ref::share(python::find(map_, key));
     if (!faker) return nullptr;
     if (auto known = KnownFaker::recognise(faker)) {

@@ -91,7 +91,7 @@ bool TextColumn::add_constant() {
 
 void TextColumn::put(std::string_view text) {
     if (slots_) {
-        return put_object(owned(PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), nullptr)));
+        return put_object(string(text));
     }
     data_->append(text.data(), text.size());
     ends_->append(static_cast<std::int64_t>(data_->size()));
@@ -99,8 +99,7 @@ void TextColumn::put(std::string_view text) {
 }
 
 void TextColumn::put_object(Ref object) {
-    PyObject*& slot = slots_->writable<PyObject*>()[row_++];
-    Ref::steal(std::exchange(slot, object.release()));
+    const Ref before = Ref::steal(std::exchange(slots_->writable<PyObject*>()[row_++], object.release()));
 }
 
 void TextColumn::put_missing(PyObject* missing) {

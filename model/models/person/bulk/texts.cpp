@@ -68,7 +68,7 @@ std::string lower_case(std::string_view text) {
         for (char& c : lower) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
         return lower;
     }
-    Ref object = owned(PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), nullptr));
+    Ref object = string(text);
     Ref lowered = owned(PyObject_CallMethod(object, "lower", nullptr));
     Py_ssize_t bytes = 0;
     const char* data = PyUnicode_AsUTF8AndSize(lowered, &bytes);
