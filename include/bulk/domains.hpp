@@ -12,13 +12,13 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include "bulk/finished_words.hpp"
 #include "bulk/mersenne.hpp"
+#include "bulk/packed_texts.hpp"
 #include "bulk/pieces.hpp"
 #include "bulk/tables.hpp"
 
@@ -56,20 +56,27 @@ class Domains {
     bool read_refused_words();
     bool read_formats(FormatReader& reader, const Table& texts, bool with_placeholders);
 
-    std::string draw_first_word(Mersenne& engine);
-    std::string draw_whole_word(Source& source);
-    std::uint32_t word_number(std::string word);
+    /// A format with the words that it has given.
+    struct WordFormat {
+        Format pieces;
+        std::vector<std::uint32_t> words;  ///< by the first piece's element, where that alone decides; else empty
+    };
+
+    std::uint32_t draw_first_word(Mersenne& engine);
+    std::uint32_t draw_whole_word(Source& source);
+    std::uint32_t word_of_element(WordFormat& format, Table::Drawn element);
 
     python::Ref provider_;  ///< of the internet's names
     std::optional<Table> top_levels_;
     std::optional<Table> format_texts_;
-    std::vector<Format> formats_;
+    std::vector<WordFormat> formats_;
     std::deque<std::pair<std::string, Table>> tables_;  ///< what the formats draw from
     FinishedWords* finisher_ = nullptr;                 ///< null where words are drawn finished
     std::unordered_set<std::string> refused_;           ///< finished words that are drawn again
-    std::unordered_map<std::string, std::uint32_t> numbers_;
-    std::vector<const std::string*> words_;
-    std::vector<std::string> finished_;
+    PackedTexts words_;
+    PackedTexts finished_;
+    bool is_lower_case_ = false;  ///< all that is finished
+    std::string word_;
     std::string buffer_;
 };
 

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "bulk/streams.hpp"
 #include "bulk/text_column.hpp"
 #include "bulk/texts.hpp"
 #include "python/ref.hpp"
@@ -29,7 +30,10 @@ class Passwords {
     /// Empty where single calls must make them.
     static std::optional<Passwords> read(PyObject* self);
 
-    void draw(std::size_t rows, TextColumn& column) const;
+    [[nodiscard]] PyObject* random() const { return random_; }
+
+    /// The source is that of `random()`; it stays taken over.
+    void draw(Source& source, std::size_t rows, TextColumn& column) const;
 
   private:
     Passwords(python::Ref random, Lengths lengths, std::string characters)
@@ -46,8 +50,11 @@ class PhoneNumbers {
     /// Empty where single calls must make them.
     static std::optional<PhoneNumbers> read(PyObject* number_format);
 
-    /// Draws a number for each row that is not flagged as missing.
-    void draw(std::size_t rows, const Flags* missing, PyObject* no_number, TextColumn& column) const;
+    [[nodiscard]] PyObject* random() const { return random_; }
+
+    /// Draws a number for each row that is not flagged as missing. The source is that of `random()`; it stays taken
+    /// over.
+    void draw(Source& source, std::size_t rows, const Flags* missing, PyObject* no_number, TextColumn& column) const;
 
   private:
     PhoneNumbers(python::Ref random, std::string format, std::vector<std::size_t> places)

@@ -55,31 +55,33 @@ class Usernames {
 
   private:
     static constexpr std::array<std::string_view, 4> kSeparators{"", ".", "-", "_"};
-    static constexpr std::size_t kAdded = 4;  ///< a separator and a number of three digits
+    static constexpr std::size_t kUsualLength = 20;
     static constexpr std::uint32_t kNumbers = 101;
 
     void draw_separators(std::size_t rows);
     void settle_clashes();
-    void lower_row(std::size_t row);
     void append_number(std::uint32_t number, std::string& text) const;
     void append_without_blanks(std::string_view text);
 
     template <class Names>
     void join(const Names& names) {
-        std::size_t bytes = 0;
-        for (std::size_t row = 0; row < names.size(); ++row)
-            bytes += names.first(row).size() + names.last(row).size() + kAdded;
-        data_.reserve(bytes);  // the views below stay where they are
-        usernames_.reserve(names.size());
+        data_.reserve(names.size() * kUsualLength);
+        std::vector<std::size_t> ends;
+        ends.reserve(names.size());
         for (std::size_t row = 0; row < names.size(); ++row) {
-            const std::size_t start = data_.size();
             append_without_blanks(names.first(row));
             data_ += kSeparators[drawn_[row]];
             append_without_blanks(names.last(row));
             const std::uint32_t number = source_.engine().below(kNumbers);
             if (source_.engine().below(2) == 1) append_number(number, data_);
-            usernames_.emplace_back(data_.data() + start, data_.size() - start);
+            ends.push_back(data_.size());
             source_.breathe();
+        }
+        // The views come last, when the text does not move any more.
+        usernames_.reserve(names.size());
+        for (std::size_t start = 0; const std::size_t end : ends) {
+            usernames_.emplace_back(data_.data() + start, end - start);
+            start = end;
         }
     }
 

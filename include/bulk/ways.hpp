@@ -74,17 +74,21 @@ class Draws {
     /// The sources of all rows.
     [[nodiscard]] const std::vector<Source*>& sources() const { return sources_; }
 
-    /// Draws all rows; false where a call did not give a text.
-    ///
-    /// Sources do not depend on each other, so each one's rows are drawn by themselves. No other source is taken over
-    /// while a method is called, which may let signals and other threads in.
-    bool draw() {
+    /// Draws the rows of one source, which may stay taken over; false where a call did not give a text.
+    bool draw_rows_of(Source& source) {
         drawn_.resize(rows_);
-        for (Source* source : sources_) {
-            if (!draw_rows_of(*source)) return false;
-        }
-        for (Way<Known>* way : ways_) {
-            if (way != nullptr && way->known) way->known->leave_as_drawn();
+        for (std::size_t row = 0; row < rows_; ++row) {
+            Way<Known>& way = *ways_[combination(row)];
+            if (way.source != &source) continue;
+            if (way.known) {
+                source.take_over();
+                drawn_[row] = way.known->draw(source);
+                source.breathe();
+            } else {
+                source.hand_back();
+                drawn_[row] = typename Known::Drawn(static_cast<std::uint32_t>(called_.size()));
+                if (!called_.add(way.method)) return false;
+            }
         }
         return true;
     }
@@ -119,24 +123,6 @@ class Draws {
 
     [[nodiscard]] std::size_t number(std::size_t row) const { return static_cast<std::uint32_t>(drawn_[row]); }
 
-    bool draw_rows_of(Source& source) {
-        for (std::size_t row = 0; row < rows_; ++row) {
-            Way<Known>& way = *ways_[combination(row)];
-            if (way.source != &source) continue;
-            if (way.known) {
-                source.take_over();
-                drawn_[row] = way.known->draw(source);
-                source.breathe();
-            } else {
-                source.hand_back();
-                drawn_[row] = typename Known::Drawn(static_cast<std::uint32_t>(called_.size()));
-                if (!called_.add(way.method)) return false;
-            }
-        }
-        source.hand_back();
-        return true;
-    }
-
     const Codes* genders_;
     const Codes* countries_;
     std::size_t rows_;
@@ -146,16 +132,30 @@ class Draws {
     CalledTexts called_;
 };
 
-/// Draws all rows, or none: false where a call did not give a text, with every source back where it was.
-template <class Known>
-bool draw_or_go_back(Draws<Known>& draws) {
+/// Draws all rows of the columns, or none: false where a call did not give a text, with every source back where it was.
+///
+/// Sources do not depend on each other, so each one's rows are drawn by themselves, column after column. No other
+/// source is taken over while a method is called, which may let signals and other threads in.
+template <class... Columns>
+bool draw_or_go_back(Columns&... columns) {
+    std::vector<Source*> sources;
+    const auto add_sources = [&sources](const auto& column) {
+        for (Source* source : column.sources())
+            if (std::ranges::find(sources, source) == sources.end()) sources.push_back(source);
+    };
+    (add_sources(columns), ...);
     std::vector<Mark> marks;
-    if (draws.calls_methods()) {
-        for (const Source* source : draws.sources()) marks.emplace_back(*source);
+    if ((columns.calls_methods() || ...))
+        for (const Source* source : sources) marks.emplace_back(*source);
+    for (Source* source : sources) {
+        const bool drawn = (columns.draw_rows_of(*source) && ...);
+        source->hand_back();
+        if (drawn) continue;
+        for (const Mark& mark : marks) mark.go_back();
+        return false;
     }
-    if (draws.draw()) return true;
-    for (const Mark& mark : marks) mark.go_back();
-    return false;
+    (columns.for_each_known([](auto& known) { known.leave_as_drawn(); }), ...);
+    return true;
 }
 
 }  // namespace bulk

@@ -22,12 +22,16 @@ struct Keyword {
 using Positionals = std::initializer_list<PyObject*>;
 using Keywords = std::initializer_list<Keyword>;
 
+/// The interned text: a type finds an attribute by it at once, and by any other text only along all its bases.
+inline Ref identifier(const char* name) { return owned(PyUnicode_InternFromString(name)); }
+
 Ref call(PyObject* callable, Positionals positionals = {}, Keywords keywords = {});
 
 /// Calls `object.name(...)`.
 Ref call_method(PyObject* object, PyObject* name, Positionals positionals = {}, Keywords keywords = {});
 
 inline Ref attr(PyObject* object, PyObject* name) { return owned(PyObject_GetAttr(object, name)); }
+inline Ref attr(PyObject* object, const char* name) { return attr(object, identifier(name)); }
 
 /// Reads a chain of attributes: `attr(o, a, b)` is `o.a.b`.
 template <class... Names>

@@ -298,7 +298,7 @@ PyObject* create_module(PyObject* spec, PyModuleDef* /*definition*/) noexcept {
         return Py_NewRef(state().module);
     }
     try {
-        Ref created = owned(PyModule_NewObject(owned(PyObject_GetAttrString(spec, "name"))));
+        Ref created = owned(PyModule_NewObject(attr(spec, "name")));
         PyObject* names = PyModule_GetDict(created);
         copy_from_spec(spec, "loader", names, "__loader__", true);
         copy_from_spec(spec, "origin", names, "__file__", true);

@@ -131,7 +131,7 @@ Ref generate_usernames_body(Arguments arguments) {
 
 bool assertions_are_enabled() {
     PyObject* flags = PySys_GetObject("flags");
-    return flags == nullptr || !truth(owned(PyObject_GetAttrString(flags, "optimize")));
+    return flags == nullptr || !truth(attr(flags, "optimize"));
 }
 
 /// `assert all(emails[emails.notna()].apply(self.check_email, args=[list(self.default_locale)]))`. The locales are the

@@ -46,6 +46,28 @@ bool has_only_visible_ascii(const Table& table) {
     return true;
 }
 
+/// Whether putting it in lower case is known to change nothing.
+bool is_in_lower_case(std::string_view text) {
+    return std::ranges::all_of(text, [](char c) { return c > ' ' && c <= '~' && (c < 'A' || c > 'Z'); });
+}
+
+constexpr auto kUnknown = static_cast<std::uint32_t>(-1);
+
+/// A place for each element of the first piece, where the word ends before the next piece that is drawn; else none.
+std::vector<std::uint32_t> words_by_element(const Format& format) {
+    if (format.empty() || format[0].kind != Piece::Kind::element) return {};
+    const bool decides =
+        format.size() == 1 || (format[1].kind == Piece::Kind::literal && format[1].text.find(' ') != std::string::npos);
+    return std::vector<std::uint32_t>(decides ? format[0].table->size() : 0, kUnknown);
+}
+
+/// Adds the part to a word that ends at the first blank; whether it ended.
+bool add_to_word(std::string_view part, std::string& word) {
+    const std::size_t blank = part.find(' ');
+    word += part.substr(0, blank);
+    return blank != std::string_view::npos;
+}
+
 }  // namespace
 
 // --- reading
@@ -72,7 +94,7 @@ bool Domains::read_company_words(const KnownFaker& faker, PyObject* domain_name)
     Ref company_provider = faker.provider_of(company);
     if (!company_provider || bound_to(company, {"faker.providers.company", "Provider.company"}) == nullptr)
         return false;
-    format_texts_ = KnownFaker::table_of(company_provider, string("formats"));
+    format_texts_ = KnownFaker::table_of(company_provider, identifier("formats"));
     FormatReader reader(faker);
     if (!format_texts_ || !read_formats(reader, *format_texts_, false)) return false;
     finisher_ = FinishedWords::of(provider_, PyMethod_GET_FUNCTION(domain_word.get()));
@@ -87,7 +109,7 @@ bool Domains::read_words_with_formats(const KnownFaker& faker, PyObject* domain_
         const std::string qualname = std::string("BaseProvider.") + name;
         if (!has_base_method(provider_, name, {"faker.providers", qualname.c_str()})) return false;
     }
-    format_texts_ = KnownFaker::table_of(provider_, string("domain_formats"));
+    format_texts_ = KnownFaker::table_of(provider_, identifier("domain_formats"));
     FormatReader reader(faker);
     if (!format_texts_ || !read_formats(reader, *format_texts_, true) || !read_refused_words()) return false;
     // The words are finished as they are drawn, which their own characters must allow.
@@ -113,7 +135,8 @@ bool Domains::read_formats(FormatReader& reader, const Table& texts, bool with_p
         const bool has_placeholders = with_placeholders && text.find_first_of("#?") != std::string_view::npos;
         auto format = has_placeholders ? reader.placeholders(text) : reader.tokens(texts.object(i));
         if (!format) return false;
-        formats_.push_back(std::move(*format));
+        std::vector<std::uint32_t> words = with_placeholders ? std::vector<std::uint32_t>() : words_by_element(*format);
+        formats_.push_back({.pieces = std::move(*format), .words = std::move(words)});
     }
     tables_ = reader.take_tables();
     return true;
@@ -123,9 +146,8 @@ bool Domains::read_formats(FormatReader& reader, const Table& texts, bool with_p
 // ----------------------------------------------------------------------------------------------------------------
 
 Domains::Drawn Domains::draw(Source& source) {
-    std::string word = finisher_ != nullptr ? draw_first_word(source.engine()) : draw_whole_word(source);
-    const std::uint32_t number = word_number(std::move(word));
-    return Drawn(number, top_levels_->draw(source));
+    const std::uint32_t word = finisher_ != nullptr ? draw_first_word(source.engine()) : draw_whole_word(source);
+    return Drawn(word, top_levels_->draw(source));
 }
 
 void Domains::leave_as_drawn() {
@@ -134,51 +156,66 @@ void Domains::leave_as_drawn() {
     for (auto& [token, table] : tables_) table.leave_as_drawn();
 }
 
-std::string Domains::draw_first_word(Mersenne& engine) {
-    std::string word;
-    bool complete = false;
-    for (const Piece& piece : formats_[format_texts_->draw(engine)]) {
-        const std::string_view text = piece.draw(engine, buffer_);
-        if (complete) continue;
-        const std::size_t blank = text.find(' ');
-        word += text.substr(0, blank);
-        complete = blank != std::string_view::npos;
+std::uint32_t Domains::draw_first_word(Mersenne& engine) {
+    WordFormat& format = formats_[format_texts_->draw(engine)];
+    if (!format.words.empty()) {
+        const Table::Drawn element = format.pieces[0].table->draw(engine);
+        for (std::size_t i = 1; i < format.pieces.size(); ++i) format.pieces[i].draw(engine, buffer_);
+        return word_of_element(format, element);
     }
-    return word;
+    word_.clear();
+    bool complete = false;
+    for (const Piece& piece : format.pieces) {
+        const std::string_view part = piece.draw(engine, buffer_);
+        complete = complete || add_to_word(part, word_);
+    }
+    return words_.add(word_);
 }
 
-std::string Domains::draw_whole_word(Source& source) {
+std::uint32_t Domains::word_of_element(WordFormat& format, Table::Drawn element) {
+    std::uint32_t& number = format.words[element];
+    if (number == kUnknown) {
+        word_.clear();
+        const bool complete = add_to_word(format.pieces[0].table->text(element), word_);
+        if (!complete && format.pieces.size() > 1) add_to_word(format.pieces[1].text, word_);
+        number = words_.add(word_);
+    }
+    return number;
+}
+
+std::uint32_t Domains::draw_whole_word(Source& source) {
     while (true) {
-        std::string word;
-        for (const Piece& piece : formats_[format_texts_->draw(source)]) word += piece.draw(source.engine(), buffer_);
-        word = ascii_slug(word);
-        if (!refused_.contains(word)) return word;
+        word_.clear();
+        for (const Piece& piece : formats_[format_texts_->draw(source)].pieces)
+            word_ += piece.draw(source.engine(), buffer_);
+        word_ = ascii_slug(word_);
+        if (!refused_.contains(word_)) return words_.add(word_);
         source.breathe();  // for all that is known, every word is refused
     }
-}
-
-std::uint32_t Domains::word_number(std::string word) {
-    const auto [entry, is_new] = numbers_.try_emplace(std::move(word), static_cast<std::uint32_t>(words_.size()));
-    if (is_new) words_.push_back(&entry->first);
-    return entry->second;
 }
 
 // --- finishing
 // --------------------------------------------------------------------------------------------------------------
 
 void Domains::finish_words() {
-    while (finished_.size() < words_.size()) {
-        const std::string& word = *words_[finished_.size()];
-        finished_.push_back(finisher_ != nullptr ? finisher_->finish(provider_, word) : word);
+    if (finisher_ == nullptr) {
+        finished_ = std::move(words_);
+        is_lower_case_ = true;  // or stays as it is drawn
+        return;
+    }
+    is_lower_case_ = true;
+    for (std::size_t i = 0; i < top_levels_->size(); ++i) is_lower_case_ &= is_in_lower_case(top_levels_->text(i));
+    for (std::size_t i = 0; i < words_.size(); ++i) {
+        const std::string finished = finisher_->finish(provider_, std::string(words_[i]));
+        is_lower_case_ &= is_in_lower_case(finished);
+        finished_.add(finished);
     }
 }
 
 void Domains::append(const Drawn& drawn, std::string& text) const {
-    const std::string& word = finished_[drawn.word];
-    const std::string_view top_level = top_levels_->text(drawn.top_level);
     const std::size_t start = text.size();
-    text.append(word).append(".").append(top_level);
-    if (finisher_ == nullptr) return;
+    text.append(finished_[drawn.word]).append(".").append(top_levels_->text(drawn.top_level));
+    if (is_lower_case_) return;
     // Of company words, the whole name is put in lower case.
     const std::string name = lower_case(std::string_view(text).substr(start));
     text.replace(start, std::string::npos, name);

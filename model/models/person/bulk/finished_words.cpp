@@ -15,17 +15,16 @@ using namespace python;
 
 namespace {
 
-Ref interned(const char* text) { return owned(PyUnicode_InternFromString(text)); }
-
 /// `domain_word` run on a stand-in for the provider, whose company is known already.
 Ref run_domain_word(PyObject* domain_word, PyObject* provider, const std::string& word) {
     Ref text = string(word);
-    Ref company = dict({{interned("company"), text}});
-    Ref format = owned(PyObject_GetAttrString(company, "__getitem__"));
-    Ref to_ascii = owned(PyObject_GetAttrString(provider, "_to_ascii"));
-    Ref make_namespace = owned(PyObject_GetAttrString(owned(PyImport_ImportModule("types")), "SimpleNamespace"));
-    Ref generator = call(make_namespace, {}, {{interned("format"), format}});
-    Ref stand_in = call(make_namespace, {}, {{interned("generator"), generator}, {interned("_to_ascii"), to_ascii}});
+    Ref company = dict({{identifier("company"), text}});
+    Ref format = attr(company, "__getitem__");
+    Ref to_ascii = attr(provider, "_to_ascii");
+    Ref make_namespace = attr(owned(PyImport_ImportModule("types")), "SimpleNamespace");
+    Ref generator = call(make_namespace, {}, {{identifier("format"), format}});
+    Ref stand_in =
+        call(make_namespace, {}, {{identifier("generator"), generator}, {identifier("_to_ascii"), to_ascii}});
     return call(domain_word, {stand_in});
 }
 
@@ -93,7 +92,7 @@ FinishedWords::FinishedWords(Ref replacements, Ref domain_word)
 
 FinishedWords* FinishedWords::of(PyObject* provider, PyObject* domain_word) {
     static auto* const all = new std::deque<FinishedWords>;
-    Ref replacements = plain_value(provider, string("replacements"));
+    Ref replacements = plain_value(provider, identifier("replacements"));
     if (!slugs_plainly() || !decodes_plainly(provider) || !are_replacements(replacements)) return nullptr;
     for (FinishedWords& words : *all) {
         if (words.replacements_.get() == replacements.get()) return &words;

@@ -86,7 +86,20 @@ struct ColumnForm {
     std::vector<Cell> cells;
 };
 
-using FrameForm = std::array<std::optional<ColumnForm>, kAttributes>;
+struct FrameForm {
+    std::array<std::optional<ColumnForm>, kAttributes> columns;
+    bool keeps_objects = false;  ///< an array of objects stays one, though all of them are texts
+
+    [[nodiscard]] const ColumnForm& of(Attribute attribute) const { return *columns[index_of(attribute)]; }
+};
+
+/// Whether pandas leaves an array of objects as it is.
+bool keeps_objects() {
+    Ref array = call(attr(owned(PyImport_ImportModule("numpy")), "array"),
+                     {list({names::x}), reinterpret_cast<PyObject*>(&PyBaseObject_Type)});
+    Ref frame = call(attr(global(names::pd), names::DataFrame), {dict({{names::x, array}})});
+    return is_object_dtype(attr(item(frame, names::x), "dtype"));
+}
 
 /// One frame in the making. Everything is looked at before the first draw.
 class Frame {
@@ -128,7 +141,7 @@ class Frame {
     void write_numbers();
 
     TextColumn column(Attribute attribute) {
-        const ColumnForm& form = *(*form_)[index_of(attribute)];
+        const ColumnForm& form = form_->of(attribute);
         return {form.layout, genders_, form.cells};
     }
     void keep(Attribute attribute, TextColumn& column);
@@ -281,8 +294,10 @@ std::optional<FrameForm> Frame::rehearse(bool produce_nans) const {
         if (!layout) return std::nullopt;
         const auto& values = attribute == Attribute::gender ? gender_values_ : title_values_;
         const bool drawn = attribute == Attribute::gender || attribute == Attribute::title;
-        form[i].emplace(ColumnForm{std::move(*layout), drawn ? value_cells(series, *values) : cells_of(series)});
+        form.columns[i].emplace(
+            ColumnForm{std::move(*layout), drawn ? value_cells(series, *values) : cells_of(series)});
     }
+    form.keeps_objects = keeps_objects();
     return form;
 }
 
@@ -310,13 +325,8 @@ Ref Frame::make(PyObject* ordered) {
 }
 
 bool Frame::draw_what_may_fail() {
-    std::vector<Mark> marks;
-    for (const auto* sources : {&first_names_->sources(), &last_names_->sources()}) {
-        for (const Source* source : *sources) marks.emplace_back(*source);
-    }
-    if (first_names_->draw() && last_names_->draw() && (!domains_ || domains_->draw())) return true;
-    for (const Mark& mark : marks) mark.go_back();
-    return false;
+    return domains_ ? draw_or_go_back(*first_names_, *last_names_, *domains_)
+                    : draw_or_go_back(*first_names_, *last_names_);
 }
 
 void Frame::draw_values() {
@@ -335,7 +345,7 @@ void Frame::draw_values() {
 }
 
 void Frame::write_values(Attribute attribute, const CategoryValues& values) {
-    write(attribute, [&](TextColumn& column) { values.write((*form_)[index_of(attribute)]->cells, column); });
+    write(attribute, [&](TextColumn& column) { values.write(form_->of(attribute).cells, column); });
 }
 
 void Frame::write_countries() {
@@ -368,7 +378,7 @@ void Frame::write_accounts() {
         write(attribute, [&](TextColumn& column) {
             Usernames usernames(username_sources_);
             usernames.draw(drawn);
-            usernames.lower((*form_)[index_of(attribute)]->layout);
+            usernames.lower(form_->of(attribute).layout);
             if (attribute == Attribute::email) return write_addresses(usernames, *domains_, column);
             for (std::size_t row = 0; row < rows(); ++row) {
                 let_signals_in(row);
@@ -378,17 +388,24 @@ void Frame::write_accounts() {
     }
 }
 
+/// All from one source, which is taken over and handed back but once: for few rows that takes longer than the draws.
 void Frame::write_numbers() {
-    write(Attribute::password, [this](TextColumn& column) { passwords_->draw(rows(), column); });
-    for (const auto& [attribute, drawn_from] : numbers_) {
-        write(attribute, [&](TextColumn& column) { drawn_from.draw(rows(), nullptr, nullptr, column); });
-    }
+    std::vector<std::pair<Attribute, TextColumn>> columns;
+    if (passwords_) columns.emplace_back(Attribute::password, column(Attribute::password));
+    for (const auto& [attribute, drawn_from] : numbers_) columns.emplace_back(attribute, column(attribute));
+    if (columns.empty()) return;
+    Source source(passwords_ ? passwords_->random() : numbers_.front().second.random());
+    auto next = columns.begin();
+    if (passwords_) passwords_->draw(source, rows(), next++->second);
+    for (const auto& [attribute, drawn_from] : numbers_)
+        drawn_from.draw(source, rows(), nullptr, nullptr, next++->second);
+    source.hand_back();
+    for (auto& [attribute, column] : columns) keep(attribute, column);
 }
 
 void Frame::keep(Attribute attribute, TextColumn& column) {
-    // pandas may take plain objects for texts.
-    const bool holds_objects = (*form_)[index_of(attribute)]->layout.kind == Layout::Kind::objects;
-    columns_[index_of(attribute)] = holds_objects ? column.series() : column.array();
+    const bool is_taken_for_texts = form_->of(attribute).layout.kind == Layout::Kind::objects && !form_->keeps_objects;
+    columns_[index_of(attribute)] = is_taken_for_texts ? column.series() : column.array();
 }
 
 }  // namespace

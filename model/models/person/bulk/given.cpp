@@ -44,7 +44,7 @@ std::optional<Codes> Given::codes(std::size_t rows) const {
 
 std::string Given::form() const {
     if (!drawn_) {
-        Ref dtype = owned(PyObject_Repr(owned(PyObject_GetAttrString(series_, "dtype"))));
+        Ref dtype = owned(PyObject_Repr(attr(series_, "dtype")));
         return std::string(utf8(dtype).value_or(std::string_view()));
     }
     return Py_TYPE(drawn_.get())->tp_name;

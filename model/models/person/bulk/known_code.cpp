@@ -65,7 +65,7 @@ bool is_dunder(std::string_view name) { return name.starts_with("__") && name.en
 /// Whether the code, or code inside it, bears the name as an identifier or as a text.
 bool mentions(PyObject* code, std::string_view name) {
     for (const char* field : {"co_names", "co_consts"}) {
-        Ref entries = owned(PyObject_GetAttrString(code, field));
+        Ref entries = attr(code, field);
         for (Py_ssize_t i = 0; i < PyTuple_GET_SIZE(entries.get()); ++i) {
             PyObject* entry = PyTuple_GET_ITEM(entries.get(), i);
             if (PyUnicode_Check(entry) ? text_of(entry) == name : PyCode_Check(entry) && mentions(entry, name))
@@ -251,7 +251,7 @@ bool Package::is_known_function(PyObject* function, int depth) const {
 }
 
 bool Package::comes_from_known_file(PyObject* function) const {
-    Ref code_file = owned(PyObject_GetAttrString(PyFunction_GetCode(function), "co_filename"));
+    Ref code_file = attr(PyFunction_GetCode(function), "co_filename");
     const std::string_view file = text_of(code_file);
     if (file.starts_with("<frozen ")) return true;
     if (file == "<string>") {  // of a named tuple or a data class

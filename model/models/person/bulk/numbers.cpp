@@ -85,8 +85,7 @@ std::optional<Passwords> Passwords::read(PyObject* self) {
     return Passwords(std::move(random), *lengths, std::move(*characters));
 }
 
-void Passwords::draw(std::size_t rows, TextColumn& column) const {
-    Source source(random_);
+void Passwords::draw(Source& source, std::size_t rows, TextColumn& column) const {
     Mersenne& engine = source.engine();
     const auto count = static_cast<std::uint32_t>(characters_.size());
     std::string password;
@@ -98,7 +97,6 @@ void Passwords::draw(std::size_t rows, TextColumn& column) const {
         column.add(password);
         source.breathe(password.size());
     }
-    source.hand_back();
 }
 
 Ref passwords(PyObject* self, std::size_t rows) {
@@ -109,7 +107,9 @@ Ref passwords(PyObject* self, std::size_t rows) {
         Layout::of(call(attr(global(names::pd), names::Series), {list({names::x})}, {{names::dtype, names::string}}));
     if (!layout) return {};
     TextColumn column(*layout, rows);
-    drawn_from->draw(rows, column);
+    Source source(drawn_from->random());
+    drawn_from->draw(source, rows, column);
+    source.hand_back();
     return column.series();
 }
 
@@ -124,8 +124,8 @@ std::optional<PhoneNumbers> PhoneNumbers::read(PyObject* number_format) {
     return PhoneNumbers(std::move(random), std::string(*format), placeholders(*format));
 }
 
-void PhoneNumbers::draw(std::size_t rows, const Flags* missing, PyObject* no_number, TextColumn& column) const {
-    Source source(random_);
+void PhoneNumbers::draw(Source& source, std::size_t rows, const Flags* missing, PyObject* no_number,
+                        TextColumn& column) const {
     Mersenne& engine = source.engine();
     std::string number(format_);
     source.take_over();
@@ -140,7 +140,6 @@ void PhoneNumbers::draw(std::size_t rows, const Flags* missing, PyObject* no_num
         }
         source.breathe(places_.size());
     }
-    source.hand_back();
 }
 
 Ref phone_numbers(PyObject* isna, PyObject* number_format) {
@@ -156,7 +155,9 @@ Ref phone_numbers(PyObject* isna, PyObject* number_format) {
     const auto layout = Layout::of(call(attr(global(names::pd), names::Series), {kinds}));
     if (!layout) return {};
     TextColumn column(*layout, missing->size());
-    drawn_from->draw(missing->size(), &*missing, no_number, column);
+    Source source(drawn_from->random());
+    drawn_from->draw(source, missing->size(), &*missing, no_number, column);
+    source.hand_back();
     return column.series();
 }
 

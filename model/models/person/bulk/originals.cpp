@@ -38,7 +38,7 @@ Ref quiet_attr(PyObject* object, PyObject* name) { return quietly(PyObject_GetAt
 
 Ref quiet_call(PyObject* function) { return quietly(PyObject_CallNoArgs(function)); }
 
-Ref quiet_attr(PyObject* object, const char* name) { return quietly(PyObject_GetAttrString(object, name)); }
+Ref quiet_attr(PyObject* object, const char* name) { return quiet_attr(object, identifier(name)); }
 
 Ref plain_value(PyObject* object, PyObject* name) {
     Ref value = quiet_attr(object, name);

@@ -1,7 +1,9 @@
 #include "bulk/pieces.hpp"
 
 #include <algorithm>
+#include <unordered_map>
 
+#include "bulk/known_code.hpp"
 #include "bulk/originals.hpp"
 #include "bulk/texts.hpp"
 #include "python/call.hpp"
@@ -29,6 +31,47 @@ bool letters_are_plain() {
     Ref module = owned(PyImport_ImportModule("string"));
     Ref letters = quiet_attr(module, "ascii_letters");
     return letters && !quiet_attr(module, "letters") && utf8(letters) == kLetters;
+}
+
+/// A token's name, or what stands between tokens.
+struct Part {
+    bool is_token;
+    std::string text;
+};
+
+/// The parts of a format as Faker's own pattern finds them; empty where a token has an argument.
+std::optional<std::vector<Part>> parts_of(PyObject* text) {
+    std::vector<Part> parts;
+    const std::string whole = text_of(text);
+    Ref pattern = attr(owned(PyImport_ImportModule("faker.generator")), "_re_token");
+    Ref matches = owned(PyObject_CallMethod(pattern, "finditer", "O", text));
+    std::size_t done = 0;
+    for (Ref match : iterate(matches)) {
+        auto [name, argument] = unpack_pair(owned(PyObject_CallMethod(match, "groups", nullptr)));
+        if (argument.get() != Py_None) return std::nullopt;
+        const std::string matched = text_of(owned(PyObject_CallMethod(match, "group", nullptr)));
+        const std::size_t start = whole.find(matched, done);
+        if (start > done) parts.push_back({.is_token = false, .text = whole.substr(done, start - done)});
+        parts.push_back({.is_token = true, .text = text_of(name)});
+        done = start + matched.size();
+    }
+    if (done < whole.size()) parts.push_back({.is_token = false, .text = whole.substr(done)});
+    return parts;
+}
+
+/// The same, found once for each text as long as nothing of Faker changes, its pattern included.
+const std::optional<std::vector<Part>>& kept_parts_of(PyObject* text) {
+    constexpr std::size_t kMost = 4096;
+    static auto* const kept = new std::unordered_map<std::string, std::optional<std::vector<Part>>>;
+    static std::uint64_t found_after = 0;
+    if (found_after != faker_code().changes() || kept->size() > kMost) {
+        kept->clear();
+        found_after = faker_code().changes();
+    }
+    std::string key = text_of(text);
+    auto found = kept->find(key);
+    if (found == kept->end()) found = kept->emplace(std::move(key), parts_of(text)).first;
+    return found->second;
 }
 
 }  // namespace
@@ -73,23 +116,14 @@ bool formats_plainly(PyObject* generator) {
 }
 
 std::optional<Format> FormatReader::tokens(PyObject* text) {
+    const auto& parts = kept_parts_of(text);
+    if (!parts) return std::nullopt;
     Format format;
-    const std::string whole = text_of(text);
-    Ref pattern = owned(PyObject_GetAttrString(owned(PyImport_ImportModule("faker.generator")), "_re_token"));
-    Ref matches = owned(PyObject_CallMethod(pattern, "finditer", "O", text));
-    std::size_t done = 0;
-    for (Ref match : iterate(matches)) {
-        auto [name, argument] = unpack_pair(owned(PyObject_CallMethod(match, "groups", nullptr)));
-        if (argument.get() != Py_None) return std::nullopt;
-        auto piece = token(text_of(name));
+    for (const Part& part : *parts) {
+        auto piece = part.is_token ? token(part.text) : std::optional(literal(part.text));
         if (!piece) return std::nullopt;
-        const std::string matched = text_of(owned(PyObject_CallMethod(match, "group", nullptr)));
-        const std::size_t start = whole.find(matched, done);
-        if (start > done) format.push_back(literal(std::string_view(whole).substr(done, start - done)));
         format.push_back(std::move(*piece));
-        done = start + matched.size();
     }
-    if (done < whole.size()) format.push_back(literal(std::string_view(whole).substr(done)));
     return format;
 }
 

@@ -13,7 +13,7 @@ namespace names = person::names;
 namespace {
 
 Ref made_by(const char* module, const char* function, Positionals arguments, Keywords keywords = {}) {
-    Ref make = owned(PyObject_GetAttrString(owned(PyImport_ImportModule(module)), function));
+    Ref make = attr(owned(PyImport_ImportModule(module)), function);
     return call(make, arguments, keywords);
 }
 
@@ -42,7 +42,7 @@ Rehearsal::Rehearsal() : overlay_(sources()) {}
 Ref Rehearsed::series(TextColumn& column, PyObject* given) const {
     Ref index = attr(given, names::index);
     const bool hands_on = attr(made, names::index).get() == attr(rows, names::index).get();
-    if (!hands_on) index = call(owned(PyObject_GetAttrString(index, "view")));
+    if (!hands_on) index = call(attr(index, "view"));
     return column.series(index, attr(made, names::name));
 }
 
@@ -56,7 +56,7 @@ Ref rehearsing_model(PyObject* self, PyObject* countries) {
                             {names::domain_name, text}});
     Ref providers = dict();
     for (Ref country : iterate(countries)) set_item(providers, country, provider);
-    Ref make = owned(PyObject_GetAttrString(reinterpret_cast<PyObject*>(&PyBaseObject_Type), "__new__"));
+    Ref make = attr(reinterpret_cast<PyObject*>(&PyBaseObject_Type), "__new__");
     Ref model = call(make, {reinterpret_cast<PyObject*>(Py_TYPE(self))});
     Ref own_names = attr(model, names::dunder_dict);
     call_method(own_names, names::update, {attr(self, names::dunder_dict)});

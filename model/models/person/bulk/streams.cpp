@@ -57,7 +57,7 @@ bool has_plain_names(PyObject* object) {
 
 /// `_random.Random.getstate` and `setstate`: the words alone, which leaves a saved deviate as it is.
 Ref word_method(PyObject* source, const char* name) {
-    return owned(PyObject_GetAttrString(reinterpret_cast<PyObject*>(Py_TYPE(source)->tp_base), name));
+    return attr(reinterpret_cast<PyObject*>(Py_TYPE(source)->tp_base), name);
 }
 
 void read_state(PyObject* source, Mersenne& engine) {
@@ -202,7 +202,7 @@ static bool acquire_without_waiting(PyObject* acquire) {
 }
 
 void NumpyChoice::Held::acquire() {
-    Ref acquire = owned(PyObject_GetAttrString(choice_.lock_, "acquire"));
+    Ref acquire = attr(choice_.lock_, "acquire");
     // A thread that waits for the lock owns it a moment before it has the global one back; where the process forks or
     // ends at that moment, nobody ever lets it go. Yet a thread that does nothing but draw holds it whenever it lets
     // others in: to get it from there takes waiting, as numpy itself waits.
@@ -210,7 +210,7 @@ void NumpyChoice::Held::acquire() {
 }
 
 void NumpyChoice::Held::release() {
-    call(owned(PyObject_GetAttrString(choice_.lock_, "release")));
+    call(attr(choice_.lock_, "release"));
     held_ = false;
 }
 

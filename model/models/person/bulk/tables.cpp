@@ -45,8 +45,8 @@ Ref shape_of_drawing() {
     Ref globals = dict();
     const char* source = "def shape(self):\n    return self.random_element(self.elements)\n";
     Ref ran = owned(PyRun_String(source, Py_file_input, globals, globals));
-    Ref code = owned(PyObject_GetAttrString(find(globals, "shape"), "__code__"));
-    return owned(PyObject_GetAttrString(code, "co_code"));
+    Ref code = attr(find(globals, "shape"), "__code__");
+    return attr(code, "co_code");
 }
 
 /// The name of the attribute that a method draws from, where its whole body is `return self.random_element(self.name)`.
@@ -266,7 +266,7 @@ std::optional<KnownFaker> KnownFaker::recognise(PyObject* faker) {
 Ref KnownFaker::provider_of(PyObject* method) const {
     if (method == nullptr || !PyMethod_Check(method)) return {};
     PyObject* provider = PyMethod_GET_SELF(method);
-    if (!reads_plainly(provider) || plain_value(provider, string("generator")).get() != generator_.get()) return {};
+    if (!reads_plainly(provider) || plain_value(provider, identifier("generator")).get() != generator_.get()) return {};
     if (!has_base_method(provider, "random_element", {"faker.providers", "BaseProvider.random_element"})) return {};
     if (!has_base_method(provider, "random_elements", {"faker.providers", "BaseProvider.random_elements"})) return {};
     Ref distribution = quiet_import("faker.providers");
@@ -288,7 +288,7 @@ Ref KnownFaker::own_method(const char* method) const {
 }
 
 bool KnownFaker::has_own_methods_alone() const {
-    Ref generator = string("generator");
+    Ref generator = identifier("generator");
     std::unordered_set<PyObject*> own_providers;
     const auto is_own_provider = [&](PyObject* provider) {
         if (own_providers.contains(provider)) return true;
@@ -329,7 +329,7 @@ std::optional<Table> KnownFaker::gendered_table(PyObject* bound, PyObject* provi
     };
     for (const auto& [method, attribute] : kMethods) {
         if (bound_to(bound, method) == nullptr) continue;
-        if (quiet_attr(provider, attribute)) return table_of(provider, string(attribute));
+        if (quiet_attr(provider, attribute)) return table_of(provider, identifier(attribute));
         Ref neutral = quiet_attr(provider, "first_name");
         if (!neutral || !PyMethod_Check(neutral.get()) || PyMethod_GET_SELF(neutral.get()) != provider)
             return std::nullopt;
@@ -341,7 +341,7 @@ std::optional<Table> KnownFaker::gendered_table(PyObject* bound, PyObject* provi
 
 std::optional<Table> KnownFaker::table_of(PyObject* provider, PyObject* attribute) {
     Ref elements = plain_value(provider, attribute);
-    Ref weighting = plain_value(provider, string("__use_weighting__"));
+    Ref weighting = plain_value(provider, identifier("__use_weighting__"));
     if (!elements || !weighting || !PyBool_Check(weighting.get())) return std::nullopt;
     return Table::read(elements, weighting.get() == Py_True);
 }

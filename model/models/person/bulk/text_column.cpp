@@ -1,5 +1,7 @@
 #include "bulk/text_column.hpp"
 
+#include <algorithm>
+
 #include "bulk/originals.hpp"
 #include "person/names.hpp"
 #include "python/call.hpp"
@@ -14,7 +16,7 @@ namespace names = person::names;
 namespace {
 
 Ref array_of_objects(std::size_t rows) {
-    Ref make = owned(PyObject_GetAttrString(owned(PyImport_ImportModule("numpy")), "empty"));
+    Ref make = attr(owned(PyImport_ImportModule("numpy")), "empty");
     auto* any = reinterpret_cast<PyObject*>(&PyBaseObject_Type);
     return call(make, {integer(static_cast<Py_ssize_t>(rows)), any});
 }
@@ -54,6 +56,7 @@ TextColumn::TextColumn(const Layout& layout, std::size_t rows) : layout_(layout)
 
 TextColumn::TextColumn(const Layout& layout, const Codes& genders, const std::vector<Cell>& cells)
     : TextColumn(layout, genders.size()) {
+    if (std::ranges::none_of(cells, &Cell::constant)) return;
     genders_ = &genders;
     cells_ = &cells;
 }
@@ -116,13 +119,13 @@ Ref TextColumn::array() {
     if (layout_.kind == Layout::Kind::arrow) return arrow_array();
     slots_.reset();
     if (layout_.kind == Layout::Kind::objects) return std::move(objects_);
-    Ref make = owned(PyObject_GetAttrString(global(names::pd), "array"));
+    Ref make = attr(global(names::pd), "array");
     return call(make, {objects_}, {{names::dtype, layout_.dtype}, {names::copy, Py_False}});
 }
 
 Ref TextColumn::arrow_array() {
     Ref pyarrow = owned(PyImport_ImportModule("pyarrow"));
-    Ref as_buffer = owned(PyObject_GetAttrString(pyarrow, "py_buffer"));
+    Ref as_buffer = attr(pyarrow, "py_buffer");
     Ref valid = none();
     if (!valid_.empty()) {
         GrowingBytes bits;
@@ -131,10 +134,9 @@ Ref TextColumn::arrow_array() {
     }
     Ref ends = call(as_buffer, {ends_->finish()});
     Ref data = call(as_buffer, {data_->finish()});
-    Ref make =
-        owned(PyObject_GetAttrString(owned(PyObject_GetAttrString(pyarrow, "LargeStringArray")), "from_buffers"));
+    Ref make = attr(attr(pyarrow, "LargeStringArray"), "from_buffers");
     Ref array = call(make, {integer(static_cast<Py_ssize_t>(rows_)), ends, data, valid});
-    return call(owned(PyObject_GetAttrString(layout_.dtype, "__from_arrow__")), {array});
+    return call(attr(layout_.dtype, "__from_arrow__"), {array});
 }
 
 Ref TextColumn::series(PyObject* index, PyObject* name) {

@@ -38,7 +38,7 @@ bool is_series(PyObject* object) {
            has_own_names(object);
 }
 
-Ref method_result(PyObject* object, const char* name) { return call(owned(PyObject_GetAttrString(object, name))); }
+Ref method_result(PyObject* object, const char* name) { return call(attr(object, name)); }
 
 }  // namespace
 
@@ -89,16 +89,16 @@ std::optional<std::string_view> utf8(PyObject* text) {
 Ref rows_at(PyObject* series, const std::vector<std::size_t>& positions) {
     Ref wanted = list();
     for (const std::size_t position : positions) append(wanted, integer(static_cast<Py_ssize_t>(position)));
-    Ref rows = item(owned(PyObject_GetAttrString(series, "iloc")), wanted);
-    return call(owned(PyObject_GetAttrString(rows, "reset_index")), {}, {{string("drop"), Py_True}});
+    Ref rows = item(attr(series, "iloc"), wanted);
+    return call(attr(rows, "reset_index"), {}, {{string("drop"), Py_True}});
 }
 
 bool counts_rows(PyObject* series) {
-    Ref index = owned(PyObject_GetAttrString(series, "index"));
+    Ref index = attr(series, "index");
     if (!has_type(index, "pandas", "RangeIndex") && !has_type(index, "pandas.core.indexes.range", "RangeIndex"))
         return false;
-    return require(PyObject_RichCompareBool(owned(PyObject_GetAttrString(index, "start")), integer(0), Py_EQ)) == 1 &&
-           require(PyObject_RichCompareBool(owned(PyObject_GetAttrString(index, "step")), integer(1), Py_EQ)) == 1;
+    return require(PyObject_RichCompareBool(attr(index, "start"), integer(0), Py_EQ)) == 1 &&
+           require(PyObject_RichCompareBool(attr(index, "step"), integer(1), Py_EQ)) == 1;
 }
 
 bool is_bare(PyObject* series) {
@@ -119,19 +119,18 @@ std::optional<Texts> Texts::read(PyObject* series) {
     if (!dtype) return std::nullopt;
     Texts texts;
     if (is_arrow_backed(dtype)) {
-        Ref array = owned(PyObject_GetAttrString(series, "array"));
+        Ref array = attr(series, "array");
         if (!texts.read_arrow(method_result(array, "__arrow_array__"))) return std::nullopt;
         return texts;
     }
     if (!is_object_dtype(dtype) && !is_string_dtype(dtype)) return std::nullopt;
-    Ref array =
-        call(owned(PyObject_GetAttrString(series, "to_numpy")), {reinterpret_cast<PyObject*>(&PyBaseObject_Type)});
+    Ref array = call(attr(series, "to_numpy"), {reinterpret_cast<PyObject*>(&PyBaseObject_Type)});
     if (!texts.read_objects(method_result(array, "tolist"))) return std::nullopt;
     return texts;
 }
 
 bool Texts::read_arrow(PyObject* chunked) {
-    Ref chunks = owned(PyObject_GetAttrString(chunked, "chunks"));
+    Ref chunks = attr(chunked, "chunks");
     for (Py_ssize_t i = 0; i < length(chunks); ++i) {
         if (!read_chunk(item(chunks, integer(i)))) return false;
     }
@@ -139,10 +138,10 @@ bool Texts::read_arrow(PyObject* chunked) {
 }
 
 bool Texts::read_chunk(PyObject* chunk) {
-    Ref type = owned(PyObject_Str(owned(PyObject_GetAttrString(chunk, "type"))));
+    Ref type = owned(PyObject_Str(attr(chunk, "type")));
     if (!text_equals(type, "large_string")) return false;
     const auto rows = static_cast<std::size_t>(length(chunk));
-    const std::size_t first = PyLong_AsSize_t(owned(PyObject_GetAttrString(chunk, "offset")));
+    const std::size_t first = PyLong_AsSize_t(attr(chunk, "offset"));
     Ref parts = method_result(chunk, "buffers");
     if (rows == 0) return true;
 
@@ -195,7 +194,7 @@ std::optional<Flags> Flags::read(PyObject* series) {
     if (!is_series(series)) return std::nullopt;
     Ref dtype = quiet_attr(series, "dtype");
     if (!dtype || !text_equals(quiet_attr(dtype, "name"), "bool")) return std::nullopt;
-    Ref array = call(owned(PyObject_GetAttrString(series, "to_numpy")));
+    Ref array = call(attr(series, "to_numpy"));
     Ref bytes = method_result(array, "tobytes");
     const auto* data = reinterpret_cast<const std::uint8_t*>(PyBytes_AS_STRING(bytes.get()));
     Flags flags;

@@ -17,11 +17,14 @@ namespace names = person::names;
 namespace {
 
 bool is_ascii(std::string_view text) {
-    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    unsigned char bits = 0;  // with no early end, many bytes go at once
+    for (const char c : text) bits |= static_cast<unsigned char>(c);
+    return bits < 0x80;
 }
 
 /// Whether all characters are below U+0180, without U+0130: Arrow and Python know the same small letters for them.
 bool has_common_letters(std::string_view text) {
+    if (is_ascii(text)) return true;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
         if (byte < 0x80) continue;
@@ -30,6 +33,42 @@ bool has_common_letters(std::string_view text) {
         ++i;
     }
     return true;
+}
+
+/// The small letters of common ones, which do not depend on the letters around.
+class SmallLetters {
+  public:
+    SmallLetters() {
+        for (std::size_t i = 0; i < small_.size(); ++i) small_[i] = lower_case(letter(i));
+    }
+
+    /// `text.lower()` but for the letters of ASCII, which stay as they are.
+    std::string of(std::string_view text) const {
+        std::string lower;
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            const auto byte = static_cast<unsigned char>(text[i]);
+            if (byte < 0x80)
+                lower += text[i];
+            else
+                lower += small_[64 * (byte - kFirstLead) + (static_cast<unsigned char>(text[++i]) - kFirstTrail)];
+        }
+        return lower;
+    }
+
+  private:
+    static constexpr unsigned char kFirstLead = 0xc2;  // of U+0080
+    static constexpr unsigned char kFirstTrail = 0x80;
+
+    static std::string letter(std::size_t i) {
+        return {static_cast<char>(kFirstLead + i / 64), static_cast<char>(kFirstTrail + i % 64)};
+    }
+
+    std::array<std::string, 256> small_;
+};
+
+/// Puts the letters of ASCII in lower case.
+void lower_ascii(std::string& text) {
+    for (char& c : text) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 }  // namespace
@@ -47,17 +86,16 @@ void Usernames::draw_separators(std::size_t rows) {
 }
 
 void Usernames::append_number(std::uint32_t number, std::string& text) const {
-    std::array<char, kAdded> digits{};
+    std::array<char, 3> digits{};
     const auto [end, error] = std::to_chars(digits.begin(), digits.end(), number);
     text.append(digits.begin(), end);
 }
 
 void Usernames::append_without_blanks(std::string_view text) {
-    for (std::size_t start = 0; start <= text.size();) {
-        const std::size_t blank = std::min(text.find(' ', start), text.size());
-        data_.append(text, start, blank - start);
-        start = blank + 1;
-    }
+    const std::size_t start = data_.size();
+    data_.resize(start + text.size());
+    const auto end = std::ranges::remove_copy(text, data_.begin() + static_cast<std::ptrdiff_t>(start), ' ').out;
+    data_.erase(end, data_.end());
 }
 
 /// Every copy of a username that occurs more than once gets a number of its own, until all are distinct.
@@ -85,24 +123,16 @@ void Usernames::settle_clashes() {
     }
 }
 
-void Usernames::lower_row(std::size_t row) {
-    const std::string_view username = usernames_[row];
-    if (!is_ascii(username)) {
-        usernames_[row] = renamed_.emplace_back(lower_case(username));
-        return;
-    }
-    for (std::size_t i = 0; i < username.size(); ++i) {
-        char& c = const_cast<char*>(username.data())[i];  // NOLINT(*-const-cast): the text is in this object
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-}
-
 void Usernames::lower(const Layout& layout) {
     if (layout.kind != Layout::Kind::arrow || std::ranges::all_of(usernames_, has_common_letters)) {
-        for (std::size_t row = 0; row < size(); ++row) {
-            let_signals_in(row);
-            lower_row(row);
+        static const auto* const small_letters = new SmallLetters;
+        for (std::string_view& username : usernames_) {
+            if (is_ascii(username)) continue;
+            username = renamed_.emplace_back(has_common_letters(username) ? small_letters->of(username)
+                                                                          : lower_case(username));
         }
+        lower_ascii(data_);
+        for (std::string& renamed : renamed_) lower_ascii(renamed);
         return;
     }
     TextColumn mixed(layout, size());

@@ -53,8 +53,7 @@ Ref make_code(const Function& function) {
     change("co_varnames", names);
     change("co_freevars",
            function.free_variable == nullptr ? tuple({}) : tuple({string(function.free_variable).get()}));
-    return owned(
-        PyObject_VectorcallDict(owned(PyObject_GetAttrString(empty_code(function), "replace")), nullptr, 0, changes));
+    return owned(PyObject_VectorcallDict(attr(empty_code(function), "replace"), nullptr, 0, changes));
 }
 
 /// The function's code, made once: lambdas and generator expressions are made anew on each call.
