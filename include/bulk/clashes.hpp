@@ -34,8 +34,8 @@ class Clashes {
     struct Place {
         std::uint32_t hash = 0;
         std::uint32_t first_row = 0;
-        std::uint32_t count = 0;
-        bool taken = false;
+        std::uint32_t count : 31 = 0;
+        bool taken : 1 = false;
     };
 
     /// Places of all zeros. The system clears their memory page by page when it is first used, and not at once.

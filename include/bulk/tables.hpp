@@ -38,6 +38,7 @@ class Table {
         return PyTuple_GET_ITEM(contents_->choices.get(), static_cast<Py_ssize_t>(position));
     }
     [[nodiscard]] std::string_view text(std::size_t position) const { return contents_->texts[position]; }
+    [[nodiscard]] const std::vector<std::string_view>& texts() const { return contents_->texts; }
     [[nodiscard]] std::size_t size() const { return contents_->texts.size(); }
 
     /// Whether one of the texts has a NUL in it.

@@ -101,6 +101,13 @@ class Draws {
     [[nodiscard]] PyObject* called_object(std::size_t row) const { return called_.object(number(row)); }
     [[nodiscard]] std::string_view called_text(std::size_t row) const { return called_.text(number(row)); }
 
+    /// The ways by combination of gender and country; null where no row has it.
+    [[nodiscard]] const std::vector<Way<Known>*>& ways() const { return ways_; }
+    [[nodiscard]] std::size_t combination(std::size_t row) const {
+        const std::size_t country = (*countries_)[row];
+        return genders_ == nullptr ? country : (*genders_)[row] * country_count_ + country;
+    }
+
     /// The ways that are known.
     template <class Action>
     void for_each_known(Action action) {
@@ -114,18 +121,15 @@ class Draws {
         : genders_(genders),
           countries_(&countries),
           rows_(rows),
+          country_count_(countries.values().size()),
           ways_((genders == nullptr ? 1 : genders->values().size()) * countries.values().size()) {}
-
-    [[nodiscard]] std::size_t combination(std::size_t row) const {
-        const std::size_t country = (*countries_)[row];
-        return genders_ == nullptr ? country : (*genders_)[row] * countries_->values().size() + country;
-    }
 
     [[nodiscard]] std::size_t number(std::size_t row) const { return static_cast<std::uint32_t>(drawn_[row]); }
 
     const Codes* genders_;
     const Codes* countries_;
     std::size_t rows_;
+    std::size_t country_count_;
     std::vector<Way<Known>*> ways_;  ///< by combination of gender and country
     std::vector<Source*> sources_;
     std::vector<typename Known::Drawn> drawn_;

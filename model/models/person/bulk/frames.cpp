@@ -56,12 +56,12 @@ bool has_our_methods(PyObject* self) {
 
 /// First and last names that were drawn, as usernames are made of them.
 struct DrawnNames {
-    const NameDraws& first_names;
-    const NameDraws& last_names;
+    NameTexts first_names;
+    NameTexts last_names;
 
-    [[nodiscard]] std::size_t size() const { return first_names.rows(); }
-    [[nodiscard]] std::string_view first(std::size_t row) const { return name_text(first_names, row); }
-    [[nodiscard]] std::string_view last(std::size_t row) const { return name_text(last_names, row); }
+    [[nodiscard]] std::size_t size() const { return first_names.size(); }
+    [[nodiscard]] std::string_view first(std::size_t row) const { return first_names[row]; }
+    [[nodiscard]] std::string_view last(std::size_t row) const { return last_names[row]; }
 };
 
 bool has_nul(NameDraws& names) {
@@ -361,19 +361,20 @@ void Frame::write_countries() {
 
 void Frame::write_full_names() {
     write(Attribute::fullname, [this](TextColumn& column) {
+        const DrawnNames drawn{NameTexts(*first_names_), NameTexts(*last_names_)};
         std::string full_name;
         for (std::size_t row = 0; row < rows(); ++row) {
             let_signals_in(row);
-            full_name.assign(name_text(*first_names_, row));
+            full_name.assign(drawn.first(row));
             full_name += ' ';
-            full_name += name_text(*last_names_, row);
+            full_name += drawn.last(row);
             column.add(full_name);
         }
     });
 }
 
 void Frame::write_accounts() {
-    const DrawnNames drawn{*first_names_, *last_names_};
+    const DrawnNames drawn{NameTexts(*first_names_), NameTexts(*last_names_)};
     for (const Attribute attribute : {Attribute::email, Attribute::username}) {
         write(attribute, [&](TextColumn& column) {
             Usernames usernames(username_sources_);

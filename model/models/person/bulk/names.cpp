@@ -55,9 +55,9 @@ std::optional<NameDraws> plan_last_names(const Codes& countries, Providers& prov
     });
 }
 
-std::string_view name_text(const NameDraws& names, std::size_t row) {
-    const auto& known = names.way(row).known;
-    return known ? known->text(names.drawn(row)) : names.called_text(row);
+NameTexts::NameTexts(const NameDraws& names) : names_(&names) {
+    for (const Way<Table>* way : names.ways())
+        texts_.push_back(way != nullptr && way->known ? way->known->texts().data() : nullptr);
 }
 
 void write_names(const NameDraws& names, TextColumn& column) {
