@@ -3,29 +3,39 @@
 #include <Python.h>
 
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 #include "python/ref.hpp"
 
 namespace bulk {
 
-/// First words of company names, made fit for an address by Faker's own code: each once in the life of the process, for
-/// it takes longer than all the rest of a row. Words of visible ASCII characters need no more than the slug's rules.
+/// How words of visible ASCII characters are finished.
+enum class AsciiWords {
+    slugged,  ///< by the slug's rules alone
+    joined,   ///< likewise, after the blanks between them were left out
+    called,   ///< by Faker's code, as others are
+};
+
+/// First words of companies' names and the like, made fit for an address by Faker's own code: each once in the life of
+/// the process, for it takes longer than all the rest of a row.
 class FinishedWords {
   public:
-    /// Those of this provider of the internet's names, whose method `domain_word` is Faker's base one: shared by all
-    /// with the same replacements. Null where a word goes through anything that is not Faker's own.
-    static FinishedWords* of(PyObject* provider, PyObject* domain_word);
+    /// Those of this provider of the internet's names by its method `domain_word`, which is one of Faker's: shared by
+    /// all with the same replacements. Null where a word goes through anything that is not Faker's own.
+    static FinishedWords* of(PyObject* provider, PyObject* domain_word, AsciiWords ascii);
 
-    /// The finished word; runs Faker's code where the word is new and not plain.
-    std::string finish(PyObject* provider, const std::string& word);
+    /// The finished words; runs Faker's code where they are new and not plain.
+    std::string finish(PyObject* provider, const std::string& words);
 
   private:
-    FinishedWords(python::Ref replacements, python::Ref domain_word);
+    FinishedWords(python::Ref replacements, python::Ref domain_word, AsciiWords ascii);
+
+    [[nodiscard]] bool is_plain(std::string_view words) const;
 
     python::Ref replacements_;  ///< kept, so that no other table can take its place
     python::Ref domain_word_;
-    bool keeps_ascii_;  ///< no replacement concerns a word of visible ASCII characters
+    AsciiWords ascii_;  ///< where no replacement concerns them
     std::unordered_map<std::string, std::string> finished_;
 };
 

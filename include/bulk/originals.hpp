@@ -23,6 +23,9 @@ struct Original {
 /// Whether the object is that very Python function.
 bool is_original(PyObject* function, const Original& original);
 
+/// Whether the module, named `re`, substitutes as the standard library's does.
+bool substitutes_plainly(PyObject* re);
+
 /// Whether `object.name` is that method of a base class, not covered by another.
 bool has_base_method(PyObject* object, const char* name, const Original& original);
 

@@ -1,5 +1,6 @@
 """Whole columns against single calls: functions of pandas that somebody has replaced."""
 
+import warnings
 from collections.abc import Iterator
 from contextlib import contextmanager
 from typing import Any
@@ -109,6 +110,72 @@ def test_a_function_that_is_put_back_switches_nothing_off(monkeypatch: pytest.Mo
         patched.setattr(pd.Series, "nunique", lambda *args, **rest: usual(*args, **rest))
         assert calls_of(making("sample", usual_model(), 100), FAKER) > 100
     assert calls_of(making("sample", usual_model(), 2000), FAKER) < 2000
+
+
+OPTIONS = {
+    "texts as Python's": ("mode.string_storage", "python"),
+    "texts by Arrow": ("mode.string_storage", "pyarrow"),
+    "texts inferred": ("future.infer_string", True),
+    "objects inferred": ("future.infer_string", False),
+}
+
+
+@contextmanager
+def option_of_pandas(name: str, value: Any) -> Iterator[None]:
+    with warnings.catch_warnings():
+        warnings.simplefilter("ignore")  # of options that will go
+        with pd.option_context(name, value):
+            yield
+
+
+@pytest.mark.parametrize("option", OPTIONS)
+def test_an_option_of_pandas_that_changes_between_samples(option: str) -> None:
+    if "Arrow" in option:
+        pytest.importorskip("pyarrow", reason="without pyarrow there is no such storage")
+    model = usual_model()
+    for rows in (1, 20):
+        before = made_both_ways(lambda rows=rows: model.sample(rows), model)
+        with option_of_pandas(*OPTIONS[option]):
+            made_both_ways(lambda rows=rows: model.sample(rows), model)
+        after = made_both_ways(lambda rows=rows: model.sample(rows), model)
+        assert list(after.dtypes) == list(before.dtypes)
+
+
+def counting(usual: Any, calls: list[str]) -> Any:
+    def counted(*args: Any, **kwargs: Any) -> Any:
+        calls.append(usual.__name__)
+        return usual(*args, **kwargs)
+
+    return counted
+
+
+REPLACED = {
+    "how rows are found": (pd.DataFrame, "loc"),
+    "how a column is made": (pd.Series, "__init__"),
+    "how texts are joined": (type(pd.Series(["x"]).str), "cat"),
+    "how a frame is made": (pd.DataFrame, "__init__"),
+    "how values are put in": (pd.DataFrame, "__setitem__"),
+}
+
+
+@pytest.mark.parametrize("name", REPLACED)
+def test_what_a_sample_goes_through_is_called_where_it_was_replaced(name: str) -> None:
+    place, attribute = REPLACED[name]
+    usual = place.__dict__.get(attribute) or getattr(place, attribute)
+
+    @contextmanager
+    def replaced() -> Iterator[list[str]]:
+        calls: list[str] = []
+        with pytest.MonkeyPatch.context() as patched:
+            is_property = isinstance(usual, property)
+            new = counting(usual.fget if is_property else usual, calls)
+            patched.setattr(place, attribute, property(new) if is_property else new)
+            yield calls
+
+    model = usual_model()
+    model.sample(ROWS)
+    run = same_both_ways(lambda: model.sample(ROWS), model, within=replaced)
+    assert run.noted[1]
 
 
 def test_another_type_of_numpy_texts(monkeypatch: pytest.MonkeyPatch) -> None:

@@ -19,6 +19,41 @@ constexpr const char* kInternetOfChina = "faker.providers.internet.zh_CN";
 constexpr Original kLowercase{"faker.utils.decorators", "lowercase.<locals>.wrapper"};
 constexpr Original kSlugify{"faker.utils.decorators", "slugify.<locals>.wrapper"};
 constexpr Original kSlugifyUnicode{"faker.utils.decorators", "slugify_unicode.<locals>.wrapper"};
+constexpr Original kSlugifyDomain{"faker.utils.decorators", "slugify_domain.<locals>.wrapper"};
+
+constexpr auto kAllWords = static_cast<std::size_t>(-1);
+
+/// A method `domain_word` of Faker's: it finishes the first words of what one method of the generator gives.
+struct WordMethod {
+    Original function;
+    Original slugify;
+    bool is_in_lower_case;
+    const char* drawn_from;
+    std::size_t words;
+    AsciiWords ascii;
+};
+
+constexpr WordMethod kWordMethods[] = {
+    {{kInternet, "Provider.domain_word"}, kSlugifyUnicode, true, "company", 1, AsciiWords::slugged},
+    {{"faker.providers.internet.es_CL", "Provider.domain_word"},
+     kSlugifyUnicode,
+     true,
+     "company",
+     2,
+     AsciiWords::joined},
+    {{"faker.providers.internet.el_GR", "Provider.domain_word"},
+     kSlugifyDomain,
+     false,
+     "company",
+     1,
+     AsciiWords::called},
+    {{"faker.providers.internet.zh_TW", "Provider.domain_word"},
+     kSlugify,
+     false,
+     "last_romanized_name",
+     kAllWords,
+     AsciiWords::slugged},
+};
 
 /// The function inside a decorator's wrapper; empty where the wrapper is another one.
 Ref unwrapped(PyObject* wrapper, const Original& original) {
@@ -53,19 +88,26 @@ bool is_in_lower_case(std::string_view text) {
 
 constexpr auto kUnknown = static_cast<std::uint32_t>(-1);
 
-/// A place for each element of the first piece, where the word ends before the next piece that is drawn; else none.
-std::vector<std::uint32_t> words_by_element(const Format& format) {
+bool is_word_method(PyObject* method, PyObject* provider, const WordMethod& known) {
+    return known.is_in_lower_case ? is_wrapped(method, provider, {kLowercase, known.slugify}, known.function)
+                                  : is_wrapped(method, provider, {known.slugify}, known.function);
+}
+
+/// A place for each element of the first piece, where the words end before the next piece that is drawn; else none.
+std::vector<std::uint32_t> words_by_element(const Format& format, std::size_t words) {
     if (format.empty() || format[0].kind != Piece::Kind::element) return {};
     const bool decides =
-        format.size() == 1 || (format[1].kind == Piece::Kind::literal && format[1].text.find(' ') != std::string::npos);
+        format.size() == 1 || (format[1].kind == Piece::Kind::literal &&
+                               static_cast<std::size_t>(std::ranges::count(format[1].text, ' ')) >= words);
     return std::vector<std::uint32_t>(decides ? format[0].table->size() : 0, kUnknown);
 }
 
-/// Adds the part to a word that ends at the first blank; whether it ended.
-bool add_to_word(std::string_view part, std::string& word) {
-    const std::size_t blank = part.find(' ');
-    word += part.substr(0, blank);
-    return blank != std::string_view::npos;
+/// Adds the part to the words, up to the blank behind the last of those that are missing.
+void add_words(std::string_view part, std::size_t& missing, std::string& words) {
+    for (const char c : part) {
+        if (missing == 0 || (c == ' ' && --missing == 0)) return;
+        words += c;
+    }
 }
 
 }  // namespace
@@ -80,25 +122,39 @@ std::optional<Domains> Domains::read(const KnownFaker& faker) {
     if (!domains.provider_ || !formats_plainly(faker.generator())) return std::nullopt;
     domains.top_levels_ = faker.table_behind(quiet_attr(domains.provider_, "tld"));
     if (!domains.top_levels_) return std::nullopt;
-    if (domains.read_company_words(faker, domain_name) || domains.read_words_with_formats(faker, domain_name))
+    if (domains.read_first_words(faker, domain_name) || domains.read_words_with_formats(faker, domain_name))
         return domains;
     return std::nullopt;
 }
 
-bool Domains::read_company_words(const KnownFaker& faker, PyObject* domain_name) {
-    Ref domain_word = quiet_attr(provider_, "domain_word");
+bool Domains::read_first_words(const KnownFaker& faker, PyObject* domain_name) {
     if (!is_wrapped(domain_name, provider_, {kLowercase}, {kInternet, "Provider.domain_name"})) return false;
-    if (!is_wrapped(domain_word, provider_, {kLowercase, kSlugifyUnicode}, {kInternet, "Provider.domain_word"}))
-        return false;
-    Ref company = quiet_attr(faker.generator(), "company");
-    Ref company_provider = faker.provider_of(company);
-    if (!company_provider || bound_to(company, {"faker.providers.company", "Provider.company"}) == nullptr)
-        return false;
-    format_texts_ = KnownFaker::table_of(company_provider, identifier("formats"));
-    FormatReader reader(faker);
-    if (!format_texts_ || !read_formats(reader, *format_texts_, false)) return false;
-    finisher_ = FinishedWords::of(provider_, PyMethod_GET_FUNCTION(domain_word.get()));
+    Ref domain_word = quiet_attr(provider_, "domain_word");
+    const auto* known = std::ranges::find_if(
+        kWordMethods, [&](const WordMethod& method) { return is_word_method(domain_word, provider_, method); });
+    if (known == std::end(kWordMethods)) return false;
+    words_in_domain_ = known->words;
+    const bool from_company = std::string_view(known->drawn_from) == "company";
+    if (!(from_company ? read_company_formats(faker) : read_single_format(faker, known->drawn_from))) return false;
+    finisher_ = FinishedWords::of(provider_, PyMethod_GET_FUNCTION(domain_word.get()), known->ascii);
     return finisher_ != nullptr;
+}
+
+bool Domains::read_company_formats(const KnownFaker& faker) {
+    Ref company = quiet_attr(faker.generator(), "company");
+    Ref provider = faker.provider_of(company);
+    if (!provider || bound_to(company, {"faker.providers.company", "Provider.company"}) == nullptr) return false;
+    format_texts_ = KnownFaker::table_of(provider, identifier("formats"));
+    FormatReader reader(faker);
+    return format_texts_ && read_formats(reader, *format_texts_, false);
+}
+
+bool Domains::read_single_format(const KnownFaker& faker, const char* token) {
+    auto table = faker.table(token);
+    if (!table) return false;
+    tables_.emplace_back(token, std::move(*table));
+    add_format({Piece{Piece::Kind::element, {}, &tables_.back().second}});
+    return true;
 }
 
 bool Domains::read_words_with_formats(const KnownFaker& faker, PyObject* domain_name) {
@@ -135,49 +191,51 @@ bool Domains::read_formats(FormatReader& reader, const Table& texts, bool with_p
         const bool has_placeholders = with_placeholders && text.find_first_of("#?") != std::string_view::npos;
         auto format = has_placeholders ? reader.placeholders(text) : reader.tokens(texts.object(i));
         if (!format) return false;
-        std::vector<std::uint32_t> words = with_placeholders ? std::vector<std::uint32_t>() : words_by_element(*format);
-        formats_.push_back({.pieces = std::move(*format), .words = std::move(words)});
+        add_format(std::move(*format));
     }
     tables_ = reader.take_tables();
     return true;
+}
+
+void Domains::add_format(Format pieces) {
+    auto words = words_by_element(pieces, words_in_domain_);
+    formats_.push_back({.pieces = std::move(pieces), .words = std::move(words)});
 }
 
 // --- drawing
 // ----------------------------------------------------------------------------------------------------------------
 
 Domains::Drawn Domains::draw(Source& source) {
-    const std::uint32_t word = finisher_ != nullptr ? draw_first_word(source.engine()) : draw_whole_word(source);
+    const std::uint32_t word = finisher_ != nullptr ? draw_first_words(source.engine()) : draw_whole_word(source);
     return Drawn(word, top_levels_->draw(source));
 }
 
 void Domains::leave_as_drawn() {
-    format_texts_->leave_as_drawn();
+    if (format_texts_) format_texts_->leave_as_drawn();
     top_levels_->leave_as_drawn();
     for (auto& [token, table] : tables_) table.leave_as_drawn();
 }
 
-std::uint32_t Domains::draw_first_word(Mersenne& engine) {
-    WordFormat& format = formats_[format_texts_->draw(engine)];
+std::uint32_t Domains::draw_first_words(Mersenne& engine) {
+    WordFormat& format = formats_[format_texts_ ? format_texts_->draw(engine) : 0];
     if (!format.words.empty()) {
         const Table::Drawn element = format.pieces[0].table->draw(engine);
         for (std::size_t i = 1; i < format.pieces.size(); ++i) format.pieces[i].draw(engine, buffer_);
-        return word_of_element(format, element);
+        return words_of_element(format, element);
     }
     word_.clear();
-    bool complete = false;
-    for (const Piece& piece : format.pieces) {
-        const std::string_view part = piece.draw(engine, buffer_);
-        complete = complete || add_to_word(part, word_);
-    }
+    std::size_t missing = words_in_domain_;
+    for (const Piece& piece : format.pieces) add_words(piece.draw(engine, buffer_), missing, word_);
     return words_.add(word_);
 }
 
-std::uint32_t Domains::word_of_element(WordFormat& format, Table::Drawn element) {
+std::uint32_t Domains::words_of_element(WordFormat& format, Table::Drawn element) {
     std::uint32_t& number = format.words[element];
     if (number == kUnknown) {
         word_.clear();
-        const bool complete = add_to_word(format.pieces[0].table->text(element), word_);
-        if (!complete && format.pieces.size() > 1) add_to_word(format.pieces[1].text, word_);
+        std::size_t missing = words_in_domain_;
+        add_words(format.pieces[0].table->text(element), missing, word_);
+        if (format.pieces.size() > 1) add_words(format.pieces[1].text, missing, word_);
         number = words_.add(word_);
     }
     return number;

@@ -15,11 +15,11 @@ using namespace python;
 
 namespace {
 
-/// `domain_word` run on a stand-in for the provider, whose company is known already.
-Ref run_domain_word(PyObject* domain_word, PyObject* provider, const std::string& word) {
-    Ref text = string(word);
-    Ref company = dict({{identifier("company"), text}});
-    Ref format = attr(company, "__getitem__");
+/// `domain_word` run on a stand-in for the provider: whatever it takes the words from gives these.
+Ref run_domain_word(PyObject* domain_word, PyObject* provider, const std::string& words) {
+    Ref text = string(words);
+    Ref drawn = dict({{identifier("company"), text}, {identifier("last_romanized_name"), text}});
+    Ref format = attr(drawn, "__getitem__");
     Ref to_ascii = attr(provider, "_to_ascii");
     Ref make_namespace = attr(owned(PyImport_ImportModule("types")), "SimpleNamespace");
     Ref generator = call(make_namespace, {}, {{identifier("format"), format}});
@@ -82,32 +82,40 @@ std::string ascii_slug(const std::string& word) {
 bool slugs_plainly() {
     Ref texts = quiet_import("faker.utils.text");
     return texts && is_original(quiet_attr(texts, "slugify"), {"faker.utils.text", "slugify"}) &&
-           has_pattern(texts, "_re_pattern", R"([^\w\s-])") && has_pattern(texts, "_re_spaces", R"([-\s]+)");
+           has_pattern(texts, "_re_pattern", R"([^\w\s-])") && has_pattern(texts, "_re_spaces", R"([-\s]+)") &&
+           has_pattern(texts, "_re_pattern_allow_dots", R"([^\.\w\s-])");
 }
 
-FinishedWords::FinishedWords(Ref replacements, Ref domain_word)
+FinishedWords::FinishedWords(Ref replacements, Ref domain_word, AsciiWords ascii)
     : replacements_(std::move(replacements)),
       domain_word_(std::move(domain_word)),
-      keeps_ascii_(replaces_no_ascii(replacements_)) {}
+      ascii_(replaces_no_ascii(replacements_) ? ascii : AsciiWords::called) {}
 
-FinishedWords* FinishedWords::of(PyObject* provider, PyObject* domain_word) {
+FinishedWords* FinishedWords::of(PyObject* provider, PyObject* domain_word, AsciiWords ascii) {
     static auto* const all = new std::deque<FinishedWords>;
     Ref replacements = plain_value(provider, identifier("replacements"));
     if (!slugs_plainly() || !decodes_plainly(provider) || !are_replacements(replacements)) return nullptr;
+    if (!substitutes_plainly(quiet_import("re"))) return nullptr;
     for (FinishedWords& words : *all) {
-        if (words.replacements_.get() == replacements.get()) return &words;
+        if (words.replacements_.get() == replacements.get() && words.domain_word_.get() == domain_word) return &words;
     }
-    all->push_back(FinishedWords(std::move(replacements), Ref::share(domain_word)));
+    all->push_back(FinishedWords(std::move(replacements), Ref::share(domain_word), ascii));
     return &all->back();
 }
 
-std::string FinishedWords::finish(PyObject* provider, const std::string& word) {
-    if (keeps_ascii_ && is_visible_ascii(word)) return ascii_slug(word);
-    if (const auto known = finished_.find(word); known != finished_.end()) return known->second;
-    Ref finished = run_domain_word(domain_word_, provider, word);
+bool FinishedWords::is_plain(std::string_view words) const {
+    const char lowest = ascii_ == AsciiWords::joined ? ' ' : '!';
+    return ascii_ != AsciiWords::called &&
+           std::ranges::all_of(words, [lowest](char c) { return c >= lowest && c <= '~'; });
+}
+
+std::string FinishedWords::finish(PyObject* provider, const std::string& words) {
+    if (is_plain(words)) return ascii_slug(words);
+    if (const auto known = finished_.find(words); known != finished_.end()) return known->second;
+    Ref finished = run_domain_word(domain_word_, provider, words);
     const char* text = PyUnicode_AsUTF8(finished);
     if (text == nullptr) throw PythonError{};
-    return finished_.emplace(word, text).first->second;
+    return finished_.emplace(words, text).first->second;
 }
 
 }  // namespace bulk

@@ -68,8 +68,6 @@ std::vector<std::size_t> placeholders(std::string_view text) {
     return found;
 }
 
-bool substitutes_plainly() { return is_original(quiet_attr(global(names::re), names::sub), {"re", "sub"}); }
-
 }  // namespace
 
 // --- passwords
@@ -117,7 +115,7 @@ Ref passwords(PyObject* self, std::size_t rows) {
 // ----------------------------------------------------------------------------------------------------
 
 std::optional<PhoneNumbers> PhoneNumbers::read(PyObject* number_format) {
-    if (!substitutes_plainly()) return std::nullopt;
+    if (!substitutes_plainly(global(names::re))) return std::nullopt;
     const auto format = utf8(number_format);
     Ref random = module_random(global(names::random), {"randint"});
     if (!format || !random) return std::nullopt;

@@ -64,6 +64,8 @@ bool is_original(PyObject* function, const Original& original) {
            text_equals(module_name(function), original.module) && comes_from_its_module(function, code);
 }
 
+bool substitutes_plainly(PyObject* re) { return is_original(quiet_attr(re, "sub"), {"re", "sub"}); }
+
 PyObject* bound_to(PyObject* method, const Original& original) {
     if (method == nullptr || !PyMethod_Check(method)) return nullptr;
     return is_original(PyMethod_GET_FUNCTION(method), original) ? PyMethod_GET_SELF(method) : nullptr;
