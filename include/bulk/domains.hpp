@@ -32,7 +32,7 @@ class Domains {
         std::uint32_t top_level = 0;
 
         Drawn() = default;
-        explicit Drawn(std::uint32_t word, std::uint32_t top_level = 0) : word(word), top_level(top_level) {}
+        explicit Drawn(std::uint32_t number, std::uint32_t top = 0) : word(number), top_level(top) {}
         explicit operator std::uint32_t() const { return word; }
     };
 

@@ -17,21 +17,23 @@ enum class AsciiWords {
     called,   ///< by Faker's code, as others are
 };
 
-/// First words of companies' names and the like, made fit for an address by Faker's own code: each once in the life of
-/// the process, for it takes longer than all the rest of a row.
+/// First words of companies' names and the like, made fit for an address by Faker's own code. That takes longer than
+/// all the rest of a row, so each name in them goes through it once in the life of the process: what stands between
+/// dashes is finished by itself, as dashes stay where they are.
 class FinishedWords {
   public:
     /// Those of this provider of the internet's names by its method `domain_word`, which is one of Faker's: shared by
     /// all with the same replacements. Null where a word goes through anything that is not Faker's own.
     static FinishedWords* of(PyObject* provider, PyObject* domain_word, AsciiWords ascii);
 
-    /// The finished words; runs Faker's code where they are new and not plain.
+    /// The finished words; runs Faker's code where a part of them is new and not plain.
     std::string finish(PyObject* provider, const std::string& words);
 
   private:
     FinishedWords(python::Ref replacements, python::Ref domain_word, AsciiWords ascii);
 
     [[nodiscard]] bool is_plain(std::string_view words) const;
+    const std::string& finish_part(PyObject* provider, std::string part);
 
     python::Ref replacements_;  ///< kept, so that no other table can take its place
     python::Ref domain_word_;

@@ -74,6 +74,24 @@ def test_the_other_countries_are_made_at_once(maker: str, seeded: bool) -> None:
     assert 40 < calls(1_000) < calls(200) + 400
 
 
+DASHES = ("–x", "A-–x", "Ä-", "北-京", "Ö--Ü", "É-\u0301a", "-é", "Οδός-ΟΔΟΣ", "a\u00a0-é", "—", "Ü b-ß")
+
+
+@pytest.mark.parametrize("place", ["DE", "GR", "CL", "TW"])
+def test_domains_of_names_with_dashes(place: str) -> None:
+    model = model_with({place: new_faker({"DE": "de_DE", **LOCALES}[place])})
+    people = provider(model, "person", place)
+    people.last_names = people.last_romanized_names = DASHES
+    made_both_ways(making("emails", model, 300), model)
+
+
+@pytest.mark.parametrize("place", ["GR", "TW"])
+def test_domains_that_are_made_at_once(place: str) -> None:
+    emails = making("emails", mixed(place), 2000)
+    emails()  # finishes the names of most companies
+    assert calls_of(emails, FAKER) < 2000
+
+
 class OwnNames(BaseProvider):
     """A provider of a user's, which draws by itself."""
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <ranges>
 #include <utility>
 
 #include "bulk/originals.hpp"
@@ -16,7 +17,7 @@ using namespace python;
 namespace {
 
 /// `domain_word` run on a stand-in for the provider: whatever it takes the words from gives these.
-Ref run_domain_word(PyObject* domain_word, PyObject* provider, const std::string& words) {
+std::string run_domain_word(PyObject* domain_word, PyObject* provider, const std::string& words) {
     Ref text = string(words);
     Ref drawn = dict({{identifier("company"), text}, {identifier("last_romanized_name"), text}});
     Ref format = attr(drawn, "__getitem__");
@@ -25,16 +26,22 @@ Ref run_domain_word(PyObject* domain_word, PyObject* provider, const std::string
     Ref generator = call(make_namespace, {}, {{identifier("format"), format}});
     Ref stand_in =
         call(make_namespace, {}, {{identifier("generator"), generator}, {identifier("_to_ascii"), to_ascii}});
-    return call(domain_word, {stand_in});
+    Ref finished = call(domain_word, {stand_in});
+    const char* finished_text = PyUnicode_AsUTF8(finished);
+    if (finished_text == nullptr) throw PythonError{};
+    return finished_text;
 }
 
-/// A tuple of pairs of texts.
+/// A tuple of pairs of texts, none of which has to do with dashes.
 bool are_replacements(PyObject* replacements) {
     if (replacements == nullptr || !PyTuple_CheckExact(replacements)) return false;
     for (Py_ssize_t i = 0; i < PyTuple_GET_SIZE(replacements); ++i) {
         PyObject* pair = PyTuple_GET_ITEM(replacements, i);
         if (!PyTuple_CheckExact(pair) || PyTuple_GET_SIZE(pair) != 2) return false;
-        if (!utf8(PyTuple_GET_ITEM(pair, 0)) || !utf8(PyTuple_GET_ITEM(pair, 1))) return false;
+        for (Py_ssize_t side = 0; side < 2; ++side) {
+            const auto text = utf8(PyTuple_GET_ITEM(pair, side));
+            if (!text || text->find('-') != std::string_view::npos) return false;
+        }
     }
     return true;
 }
@@ -111,11 +118,22 @@ bool FinishedWords::is_plain(std::string_view words) const {
 
 std::string FinishedWords::finish(PyObject* provider, const std::string& words) {
     if (is_plain(words)) return ascii_slug(words);
-    if (const auto known = finished_.find(words); known != finished_.end()) return known->second;
-    Ref finished = run_domain_word(domain_word_, provider, words);
-    const char* text = PyUnicode_AsUTF8(finished);
-    if (text == nullptr) throw PythonError{};
-    return finished_.emplace(words, text).first->second;
+    std::string finished;
+    for (const auto part : std::views::split(words, '-')) {
+        const std::string& done = finish_part(provider, {part.begin(), part.end()});
+        // Where dashes meet or stand at an end, the slug's rules look beyond the part.
+        if (done.empty() || done.starts_with('-') || done.ends_with('-'))
+            return run_domain_word(domain_word_, provider, words);
+        if (!finished.empty()) finished += '-';
+        finished += done;
+    }
+    return finished;
+}
+
+const std::string& FinishedWords::finish_part(PyObject* provider, std::string part) {
+    if (const auto known = finished_.find(part); known != finished_.end()) return known->second;
+    std::string finished = is_plain(part) ? ascii_slug(part) : run_domain_word(domain_word_, provider, part);
+    return finished_.emplace(std::move(part), std::move(finished)).first->second;
 }
 
 }  // namespace bulk
