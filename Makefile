@@ -128,7 +128,7 @@ asan: .venv-asan/.sanitized  ## run the tests under the address and undefined be
 interrupts: .venv/.installed  ## interrupt long calls: how soon does Ctrl-C end them?
 	@.venv/bin/python -m checks.interrupts
 
-bench: .venv-bench/.installed  ## measure speed and memory, write benchmarks/RESULTS.md
+bench: .venv-bench/.installed .venv-noarrow/.installed .venv-pandas2/.installed  ## measure speed and memory, write benchmarks/RESULTS.md
 	@.venv-bench/bin/python -m benchmarks $(BENCH_ARGS)
 
 clean:  ## remove everything that make made, environments included

@@ -9,7 +9,7 @@ import time
 from collections.abc import Callable, Iterator
 from pathlib import Path
 
-from . import goals, parts, report, results, scale
+from . import goals, parts, report, results, scale, sizes
 from .tables import table
 
 DESCRIPTION = "Measures what sampling costs, prints it and writes it to benchmarks/RESULTS.md."
@@ -20,6 +20,11 @@ Section = tuple[str, Callable[[int], Iterator[results.Result]]]
 SECTIONS: dict[str, Section] = {
     "columns": ("All twelve columns, 20,000 rows, against the plain way", goals.all_columns),
     "libraries": ("Against other libraries; of these the fastest counts", goals.other_libraries),
+    "countries": ("A table of all countries, 20,000 rows, against the plain way", goals.all_countries),
+    "sizes": (
+        "Tables of every size, with each pandas: against the plain way where no other library is named",
+        sizes.in_all_environments,
+    ),
     "growth": ("Cost a row in large tables", goals.growth),
     "memory": ("Peak memory beyond what the process held before", goals.peak_memory),
     "alone": ("Single generators, 100,000 rows, against the plain way", goals.generators_alone),

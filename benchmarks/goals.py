@@ -5,16 +5,16 @@ from __future__ import annotations
 from collections.abc import Callable, Iterator
 from functools import partial
 
-from vantrel.model.models.person import PersonModel
-from vantrel.seeding import seed_everything
+from vantrel.util.locale.locale import Provider, get_supported_country_codes
 
 from . import memory
+from .comparing import both_ways, seeding
 from .people import MIXED, fitted_model, generators
-from .plain_way import SEED, check_both_ways_agree, plain_way
+from .plain_way import check_both_ways_agree
 from .results import Limits, Result
 from .rivals import RIVALS
 from .tables import megabytes
-from .timing import Cost, Way, Work, alternate
+from .timing import Way, alternate
 
 ROWS = 20_000
 ROWS_ALONE = 100_000
@@ -23,9 +23,10 @@ ROWS_COMPARED = 3_000
 
 MIXED_LIMITS = Limits(bar=50, aim=90)
 COUNTRIES_LIMITS = Limits(bar=25, aim=50)
+ALL_COUNTRIES_LIMITS = Limits(bar=10, aim=25)
 RIVALS_LIMITS = Limits(bar=6, aim=10)
 GROWTH_LIMITS = Limits(bar=1.25, aim=1.05, at_most=True)
-MEMORY_LIMITS = Limits(bar=3, aim=1.5, at_most=True)
+MEMORY_LIMITS = Limits(bar=1.45, aim=1.2, at_most=True)
 ALONE_LIMITS = Limits(bar=50, aim=150)
 
 OTHER_COUNTRIES = (("GB",), ("US",), ("DE",), ("FR", "ES", "IT"), ("CN",))
@@ -36,9 +37,17 @@ def all_columns(rounds: int) -> Iterator[Result]:
     for countries in (MIXED, *OTHER_COUNTRIES):
         model = fitted_model(countries)
         check_both_ways_agree(model, partial(model.sample, ROWS_COMPARED))
-        costs = _both_ways(model, partial(model.sample, ROWS), ROWS, rounds)
+        costs = both_ways(model, partial(model.sample, ROWS), ROWS, rounds)
         limits = MIXED_LIMITS if countries == MIXED else COUNTRIES_LIMITS
         yield Result.of_costs(f"all columns: {', '.join(countries)}", *costs, limits)
+
+
+def all_countries(rounds: int) -> Iterator[Result]:
+    """A table of all countries, some of whose names come by calls of Faker's own code."""
+    countries = list(get_supported_country_codes(Provider.PERSON))
+    model = fitted_model(countries)
+    costs = both_ways(model, partial(model.sample, ROWS), ROWS, rounds)
+    yield Result.of_costs(f"all {len(countries)} countries", *costs, ALL_COUNTRIES_LIMITS)
 
 
 def generators_alone(rounds: int) -> Iterator[Result]:
@@ -47,7 +56,7 @@ def generators_alone(rounds: int) -> Iterator[Result]:
     for generator in generators(model, ROWS_COMPARED):
         check_both_ways_agree(model, generator.make)
     for generator in generators(model, ROWS_ALONE):
-        costs = _both_ways(model, generator.make, ROWS_ALONE, rounds)
+        costs = both_ways(model, generator.make, ROWS_ALONE, rounds)
         yield Result.of_costs(f"{generator.name} alone", *costs, ALONE_LIMITS)
 
 
@@ -55,7 +64,7 @@ def other_libraries(rounds: int) -> Iterator[Result]:
     """The same twelve columns by other libraries, the fastest first."""
     model = fitted_model()
     ways = {name: _rival(make()) for name, make in RIVALS.items()}
-    ways["ours"] = Way(partial(model.sample, ROWS), ROWS, _seeding(model))
+    ways["ours"] = Way(partial(model.sample, ROWS), ROWS, seeding(model))
     costs = alternate(ways, rounds)
     ours = costs.pop("ours")
     for name, cost in sorted(costs.items(), key=lambda item: item[1].median):
@@ -65,7 +74,7 @@ def other_libraries(rounds: int) -> Iterator[Result]:
 def growth(rounds: int) -> Iterator[Result]:
     """The cost of a row in a large table over that in a small one."""
     model = fitted_model()
-    seed = _seeding(model)
+    seed = seeding(model)
     small = Way(partial(model.sample, ROWS), ROWS, seed)
     large = Way(partial(model.sample, ROWS_LARGE), ROWS_LARGE, seed)
     costs = alternate({"small": small, "large": large}, rounds)
@@ -87,22 +96,6 @@ def peak_memory(rounds: int) -> Iterator[Result]:
         by_round,
         MEMORY_LIMITS,
     )
-
-
-def _both_ways(model: PersonModel, make: Work, rows: int, rounds: int) -> tuple[Cost, Cost]:
-    """Measures the plain way, then ours."""
-
-    def plainly() -> None:
-        with plain_way():
-            make()
-
-    seed = _seeding(model)
-    costs = alternate({"plain": Way(plainly, rows, seed), "ours": Way(make, rows, seed)}, rounds)
-    return costs["plain"], costs["ours"]
-
-
-def _seeding(model: PersonModel) -> Callable[[], None]:
-    return partial(seed_everything, model, SEED)
 
 
 def _rival(sample: Callable[[int], object]) -> Way:

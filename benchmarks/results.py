@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from dataclasses import dataclass
-from typing import Self
+from typing import Any, Self
 
 from .tables import figure, micros
 from .timing import Cost
@@ -67,6 +67,12 @@ class Result:
         by_round = tuple(a / b for a, b in zip(over.rounds, under.rounds, strict=True))
         reached = over.median / under.median
         return cls(work, micros(reference.median), micros(ours.median), reached, by_round, limits)
+
+    @classmethod
+    def of_dict(cls, fields: dict[str, Any]) -> Self:
+        """Gives the result whose fields JSON has carried."""
+        limits = Limits(**fields["limits"])
+        return cls(**fields | {"limits": limits, "by_round": tuple(fields["by_round"])})
 
     def cells(self) -> list[str]:
         """Gives the line's cells."""
