@@ -1,10 +1,12 @@
 #include "bulk/streams.hpp"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <chrono>
 #include <cstring>
 #include <initializer_list>
+#include <optional>
 #include <utility>
 
 #include "bulk/originals.hpp"
@@ -60,7 +62,47 @@ Ref word_method(PyObject* source, const char* name) {
     return attr(reinterpret_cast<PyObject*>(Py_TYPE(source)->tp_base), name);
 }
 
+/// How CPython lays out a `_random.Random` (Modules/_randommodule.c). To go through `getstate` and `setstate` takes as
+/// long as a hundred rows.
+struct RandomObject {
+    PyObject_HEAD;
+    int next_word;
+    std::array<std::uint32_t, Mersenne::kWords> words;
+};
+
+/// Whether it is laid out so: the version is the one that this was written for, and an object of known state has it
+/// where it should be.
+bool is_laid_out_so(PyTypeObject* type) {
+    if (Py_Version >> 16U != PY_VERSION_HEX >> 16U ||
+        type->tp_basicsize < static_cast<Py_ssize_t>(sizeof(RandomObject)))
+        return false;
+    Ref known = call(reinterpret_cast<PyObject*>(type), {integer(1)});
+    call(attr(known, "getrandbits"), {integer(32)});  // so that a word is used up
+    Ref state = call(attr(known, "getstate"));
+    const auto* laid_out = reinterpret_cast<const RandomObject*>(known.get());
+    const auto entry = [&state](std::size_t i) {
+        return PyLong_AsUnsignedLong(PyTuple_GET_ITEM(state.get(), static_cast<Py_ssize_t>(i)));
+    };
+    bool same = entry(Mersenne::kWords) == static_cast<unsigned long>(laid_out->next_word);
+    for (std::size_t i = 0; i < Mersenne::kWords; ++i) same = same && entry(i) == laid_out->words[i];
+    return same;
+}
+
+/// The object as it lies in memory; null where that is not known.
+RandomObject* in_memory(PyObject* source) {
+    // Not made by the initialiser: another thread would wait there with the lock that this one needs to go on.
+    static std::optional<bool> known;
+    PyTypeObject* type = Py_TYPE(source)->tp_base;
+    if (!known) known = is_laid_out_so(type);
+    return *known ? reinterpret_cast<RandomObject*>(source) : nullptr;
+}
+
 void read_state(PyObject* source, Mersenne& engine) {
+    if (const RandomObject* object = in_memory(source)) {
+        engine.words = object->words;
+        engine.next_word = static_cast<std::size_t>(object->next_word);
+        return;
+    }
     Ref state = call(word_method(source, "getstate"), {source});
     for (std::size_t i = 0; i <= Mersenne::kWords; ++i) {
         const auto word = PyLong_AsUnsignedLong(PyTuple_GET_ITEM(state.get(), static_cast<Py_ssize_t>(i)));
@@ -72,13 +114,20 @@ void read_state(PyObject* source, Mersenne& engine) {
     }
 }
 
-Ref state_of(const Mersenne& engine) {
+void write_state(PyObject* source, const Mersenne& engine) {
+    if (RandomObject* object = in_memory(source)) {
+        object->words = engine.words;
+        object->next_word = static_cast<int>(engine.next_word);
+        return;
+    }
+    // All that needs memory comes first: where it is wanting, nothing has changed and this can be tried again.
+    Ref set_state = word_method(source, "setstate");
     Ref state = owned(PyTuple_New(Mersenne::kWords + 1));
     for (std::size_t i = 0; i <= Mersenne::kWords; ++i) {
         const std::size_t word = i < Mersenne::kWords ? engine.words[i] : engine.next_word;
         PyTuple_SET_ITEM(state.get(), static_cast<Py_ssize_t>(i), owned(PyLong_FromSize_t(word)).release());
     }
-    return state;
+    call(set_state, {source, state});
 }
 
 }  // namespace
@@ -111,10 +160,7 @@ void Source::read() {
 }
 
 void Source::write() {
-    // All that needs memory comes first: where it is wanting, nothing has changed and this can be tried again.
-    Ref set_state = word_method(random_, "setstate");
-    Ref state = state_of(engine_);
-    call(set_state, {random_, state});
+    write_state(random_, engine_);
     taken_over_ = false;
 }
 
