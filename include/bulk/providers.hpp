@@ -49,6 +49,9 @@ class Providers {
     /// object.
     Provider* find(std::string_view country);
 
+    /// Those of all providers that were found.
+    Sources& sources() { return sources_; }
+
   private:
     struct Found {
         std::string_view country;
@@ -57,11 +60,8 @@ class Providers {
 
     Provider* look_up(std::string_view country);
 
-    /// Instances without a seed share one source.
-    Source& source_of(const KnownFaker& faker);
-
     python::Ref map_;  ///< empty where it is not plain
-    std::deque<Source> sources_;
+    Sources sources_;  ///< instances without a seed share one
     std::deque<Found> found_;
     Found* last_ = nullptr;
 };

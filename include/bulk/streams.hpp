@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <initializer_list>
 
 #include "bulk/mersenne.hpp"
@@ -20,10 +21,13 @@ bool is_plain_random(PyObject* object);
 /// The source behind the functions of the module `random`, where those that the names list are its own; else empty.
 python::Ref module_random(PyObject* random_module, std::initializer_list<const char*> functions);
 
+class Sources;
+
 /// A `random.Random`.
 class Source {
   public:
-    explicit Source(PyObject* random) : random_(python::Ref::share(random)) {}
+    /// Of a group, none is taken over while others are let in.
+    explicit Source(PyObject* random, Sources* group = nullptr) : random_(python::Ref::share(random)), group_(group) {}
     Source(const Source&) = delete;
     Source& operator=(const Source&) = delete;
     ~Source();
@@ -43,10 +47,7 @@ class Source {
 
     /// Lets pending signals be handled now and then, with the source handed back meanwhile. Call it once a row; a
     /// row's work is counted in draws.
-    void breathe(std::size_t draws = 1) {
-        work_since_breath_ += kRowWork + draws;
-        if (work_since_breath_ >= kWorkBetweenBreaths) take_breath();
-    }
+    void breathe(std::size_t draws = 1);
 
   private:
     // A draw costs a few nanoseconds and a row as much as some tens of draws, so this is a few milliseconds.
@@ -58,10 +59,41 @@ class Source {
     void take_breath();
 
     python::Ref random_;
+    Sources* group_;
     Mersenne engine_;
     std::size_t work_since_breath_ = 0;
     bool taken_over_ = false;
 };
+
+/// Sources that are drawn from by turns.
+class Sources {
+  public:
+    Sources() = default;
+    Sources(const Sources&) = delete;
+    Sources& operator=(const Sources&) = delete;
+    ~Sources() = default;
+
+    /// The source of that object, of which there is one.
+    Source& of(PyObject* random);
+
+    void hand_back() {
+        for (Source& source : all_) source.hand_back();
+    }
+
+    [[nodiscard]] const std::deque<Source>& all() const { return all_; }
+
+  private:
+    friend class Source;
+
+    std::deque<Source> all_;
+    std::size_t work_since_breath_ = 0;
+};
+
+inline void Source::breathe(std::size_t draws) {
+    std::size_t& work = group_ == nullptr ? work_since_breath_ : group_->work_since_breath_;
+    work += kRowWork + draws;
+    if (work >= kWorkBetweenBreaths) take_breath();
+}
 
 /// Where a source stood, to go back to.
 class Mark {

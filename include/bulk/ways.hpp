@@ -60,8 +60,6 @@ class Draws {
             const std::string_view gender = genders == nullptr ? "" : genders->values()[(*genders)[row]];
             way = way_of(gender, countries.values()[countries[row]]);
             if (way == nullptr) return std::nullopt;
-            if (std::ranges::find(draws.sources_, way->source) == draws.sources_.end())
-                draws.sources_.push_back(way->source);
         }
         return draws;
     }
@@ -71,21 +69,18 @@ class Draws {
         return std::ranges::any_of(ways_, [](const Way<Known>* way) { return way != nullptr && !way->known; });
     }
 
-    /// The sources of all rows.
-    [[nodiscard]] const std::vector<Source*>& sources() const { return sources_; }
-
-    /// Draws the rows of one source, which may stay taken over; false where a call did not give a text.
-    bool draw_rows_of(Source& source) {
+    /// Draws all rows, whose sources may stay taken over; false where a call did not give a text.
+    bool draw(Sources& sources) {
         drawn_.resize(rows_);
         for (std::size_t row = 0; row < rows_; ++row) {
             Way<Known>& way = *ways_[combination(row)];
-            if (way.source != &source) continue;
             if (way.known) {
-                source.take_over();
-                drawn_[row] = way.known->draw(source);
-                source.breathe();
+                way.source->take_over();
+                drawn_[row] = way.known->draw(*way.source);
+                way.source->breathe();
             } else {
-                source.hand_back();
+                // What is called may let signals and other threads in.
+                sources.hand_back();
                 drawn_[row] = typename Known::Drawn(static_cast<std::uint32_t>(called_.size()));
                 if (!called_.add(way.method)) return false;
             }
@@ -131,30 +126,20 @@ class Draws {
     std::size_t rows_;
     std::size_t country_count_;
     std::vector<Way<Known>*> ways_;  ///< by combination of gender and country
-    std::vector<Source*> sources_;
     std::vector<typename Known::Drawn> drawn_;
     CalledTexts called_;
 };
 
 /// Draws all rows of the columns, or none: false where a call did not give a text, with every source back where it was.
-///
-/// Sources do not depend on each other, so each one's rows are drawn by themselves, column after column. No other
-/// source is taken over while a method is called, which may let signals and other threads in.
 template <class... Columns>
-bool draw_or_go_back(Columns&... columns) {
-    std::vector<Source*> sources;
-    const auto add_sources = [&sources](const auto& column) {
-        for (Source* source : column.sources())
-            if (std::ranges::find(sources, source) == sources.end()) sources.push_back(source);
-    };
-    (add_sources(columns), ...);
+bool draw_or_go_back(Sources& sources, Columns&... columns) {
     std::vector<Mark> marks;
-    if ((columns.calls_methods() || ...))
-        for (const Source* source : sources) marks.emplace_back(*source);
-    for (Source* source : sources) {
-        const bool drawn = (columns.draw_rows_of(*source) && ...);
-        source->hand_back();
-        if (drawn) continue;
+    if ((columns.calls_methods() || ...)) {
+        for (const Source& source : sources.all()) marks.emplace_back(source);
+    }
+    const bool drawn = (columns.draw(sources) && ...);
+    sources.hand_back();
+    if (!drawn) {
         for (const Mark& mark : marks) mark.go_back();
         return false;
     }

@@ -95,7 +95,7 @@ Ref emails(PyObject* self, PyObject* firstnames, PyObject* lastnames, PyObject* 
         Ref cat = attr(username, names::str, names::cat);
         return call(cat, {}, {{names::others, list({names::x})}, {names::sep, names::at}});
     });
-    if (!first.layout || !draw_or_go_back(*domains)) return {};
+    if (!first.layout || !draw_or_go_back(providers.sources(), *domains)) return {};
     Usernames usernames(drawn_from);
     usernames.draw(*given);
     usernames.lower(*first.layout);

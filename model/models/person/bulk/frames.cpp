@@ -325,8 +325,9 @@ Ref Frame::make(PyObject* ordered) {
 }
 
 bool Frame::draw_what_may_fail() {
-    return domains_ ? draw_or_go_back(*first_names_, *last_names_, *domains_)
-                    : draw_or_go_back(*first_names_, *last_names_);
+    Sources& sources = providers_.sources();
+    return domains_ ? draw_or_go_back(sources, *first_names_, *last_names_, *domains_)
+                    : draw_or_go_back(sources, *first_names_, *last_names_);
 }
 
 void Frame::draw_values() {

@@ -29,9 +29,9 @@ const char* first_name_method(std::string_view gender) {
     return nullptr;
 }
 
-Ref drawn_column(NameDraws& names) {
+Ref drawn_column(NameDraws& names, Providers& providers) {
     const auto layout = Layout::of(call(attr(global(names::pd), names::Series), {list({names::x})}));
-    if (!layout || !draw_or_go_back(names)) return {};
+    if (!layout || !draw_or_go_back(providers.sources(), names)) return {};
     TextColumn column(*layout, names.rows());
     write_names(names, column);
     return column.series();
@@ -86,7 +86,7 @@ Ref first_names(PyObject* self, PyObject* genders, PyObject* countries) {
     const Codes country_codes(*country_texts);
     Providers providers(self);
     auto names = plan_first_names(gender_codes, country_codes, rows, providers);
-    return names ? drawn_column(*names) : Ref();
+    return names ? drawn_column(*names, providers) : Ref();
 }
 
 Ref last_names(PyObject* self, PyObject* countries) {
@@ -96,7 +96,7 @@ Ref last_names(PyObject* self, PyObject* countries) {
     const Codes codes(*texts);
     Providers providers(self);
     auto names = plan_last_names(codes, providers);
-    return names ? drawn_column(*names) : Ref();
+    return names ? drawn_column(*names, providers) : Ref();
 }
 
 }  // namespace bulk

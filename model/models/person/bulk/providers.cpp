@@ -41,15 +41,10 @@ Providers::Provider* Providers::look_up(std::string_view country) {
     Ref faker = Ref::share(python::find(map_, key));
     if (!faker) return nullptr;
     if (auto known = KnownFaker::recognise(faker)) {
-        Source& source = source_of(*known);
+        Source& source = sources_.of(known->source());
         found.provider.emplace(std::move(*known), source);
     }
     return found.provider ? &*found.provider : nullptr;
-}
-
-Source& Providers::source_of(const KnownFaker& faker) {
-    const auto known = std::ranges::find(sources_, faker.source(), &Source::random);
-    return known != sources_.end() ? *known : sources_.emplace_back(faker.source());
 }
 
 template <class Known>

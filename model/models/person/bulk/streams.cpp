@@ -165,8 +165,13 @@ void Source::write() {
 }
 
 void Source::take_breath() {
-    work_since_breath_ = 0;
-    hand_back();
+    if (group_ == nullptr) {
+        work_since_breath_ = 0;
+        hand_back();
+    } else {
+        group_->work_since_breath_ = 0;
+        group_->hand_back();
+    }
     let_others_in();
     take_over();
 }
@@ -181,6 +186,11 @@ Source::~Source() {
         PyErr_Clear();
     }
     PyErr_SetRaisedException(exception);
+}
+
+Source& Sources::of(PyObject* random) {
+    const auto known = std::ranges::find(all_, random, &Source::random);
+    return known != all_.end() ? *known : all_.emplace_back(random, this);
 }
 
 Mark::Mark(const Source& source)
