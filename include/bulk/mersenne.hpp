@@ -13,18 +13,26 @@ namespace bulk {
 class Mersenne {
   public:
     static constexpr std::size_t kWords = 624;
+    using Words = std::array<std::uint32_t, kWords>;
 
-    std::array<std::uint32_t, kWords> words{};
-    std::size_t next_word = kWords;  ///< words that are used up; at kWords a new block is due
+    /// Goes on from a state.
+    ///
+    /// Args:
+    ///     words: The block.
+    ///     used: How many of its words are used up; at kWords a new block is due.
+    void set(const Words& words, std::size_t used) {
+        words_ = words;
+        used_ = used;
+        temper();
+    }
+
+    [[nodiscard]] const Words& words() const { return words_; }
+    [[nodiscard]] std::size_t used() const { return used_; }
 
     /// `getrandbits(32)`
     std::uint32_t next() {
-        if (next_word == kWords) twist();
-        std::uint32_t word = words[next_word++];
-        word ^= word >> 11;
-        word ^= word << 7 & 0x9d2c5680U;
-        word ^= word << 15 & 0xefc60000U;
-        return word ^ word >> 18;
+        if (used_ == kWords) twist();
+        return tempered_[used_++];
     }
 
     /// `_randbelow(n)` for n from 1 to 2**32 - 1: as many bits as n has, again until they are below n.
@@ -55,18 +63,34 @@ class Mersenne {
     }
 
   private:
+    /// All words of the block, many at once: it takes less than one at a time when each is drawn.
+    void temper() {
+        for (std::size_t i = 0; i < kWords; ++i) {
+            std::uint32_t word = words_[i];
+            word ^= word >> 11;
+            word ^= word << 7 & 0x9d2c5680U;
+            word ^= word << 15 & 0xefc60000U;
+            tempered_[i] = word ^ word >> 18;
+        }
+    }
+
     void twist() {
         constexpr std::size_t kAhead = 397;
         const auto mixed = [this](std::size_t i, std::size_t after) {
-            const std::uint32_t bits = (words[i] & 0x80000000U) | (words[after] & 0x7fffffffU);
+            const std::uint32_t bits = (words_[i] & 0x80000000U) | (words_[after] & 0x7fffffffU);
             return bits >> 1 ^ ((bits & 1U) != 0 ? 0x9908b0dfU : 0U);
         };
-        for (std::size_t i = 0; i < kWords - kAhead; ++i) words[i] = words[i + kAhead] ^ mixed(i, i + 1);
+        for (std::size_t i = 0; i < kWords - kAhead; ++i) words_[i] = words_[i + kAhead] ^ mixed(i, i + 1);
         for (std::size_t i = kWords - kAhead; i < kWords - 1; ++i)
-            words[i] = words[i + kAhead - kWords] ^ mixed(i, i + 1);
-        words[kWords - 1] = words[kAhead - 1] ^ mixed(kWords - 1, 0);
-        next_word = 0;
+            words_[i] = words_[i + kAhead - kWords] ^ mixed(i, i + 1);
+        words_[kWords - 1] = words_[kAhead - 1] ^ mixed(kWords - 1, 0);
+        used_ = 0;
+        temper();
     }
+
+    Words words_{};
+    Words tempered_{};
+    std::size_t used_ = kWords;
 };
 
 }  // namespace bulk

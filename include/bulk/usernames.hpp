@@ -54,27 +54,43 @@ class Usernames {
     std::string_view operator[](std::size_t row) const { return usernames_[row]; }
 
   private:
-    static constexpr std::array<std::string_view, 4> kSeparators{"", ".", "-", "_"};
+    static constexpr std::array<char, 4> kSeparators{'\0', '.', '-', '_'};  ///< the first is none
+    static constexpr std::size_t kAdded = 4;  ///< a separator and a number of three digits
     static constexpr std::size_t kUsualLength = 20;
     static constexpr std::uint32_t kNumbers = 101;
 
     void draw_separators(std::size_t rows);
     void settle_clashes();
-    void append_number(std::uint32_t number, std::string& text) const;
-    void append_without_blanks(std::string_view text);
+    static char* write_number(std::uint32_t number, char* to);
+    char* room_for(std::size_t bytes);
+
+    /// Copies the text but for its blanks; the end of the copy. Among the bits are those of each character.
+    static char* copy_without_blanks(std::string_view text, char* to, unsigned char& bits) {
+        for (const char c : text) {
+            *to = c;
+            to += c == ' ' ? 0 : 1;
+            bits |= static_cast<unsigned char>(c);
+        }
+        return to;
+    }
 
     template <class Names>
     void join(const Names& names) {
-        data_.reserve(names.size() * kUsualLength);
+        data_.resize(names.size() * kUsualLength);
         std::vector<std::size_t> ends;
         ends.reserve(names.size());
         for (std::size_t row = 0; row < names.size(); ++row) {
-            append_without_blanks(names.first(row));
-            data_ += kSeparators[drawn_[row]];
-            append_without_blanks(names.last(row));
-            const std::uint32_t number = source_.engine().below(kNumbers);
-            if (source_.engine().below(2) == 1) append_number(number, data_);
-            ends.push_back(data_.size());
+            const std::string_view first = names.first(row);
+            const std::string_view last = names.last(row);
+            unsigned char bits = 0;
+            char* end = copy_without_blanks(first, room_for(first.size() + last.size() + kAdded), bits);
+            *end = kSeparators[drawn_[row]];
+            end = copy_without_blanks(last, end + (drawn_[row] == 0 ? 0 : 1), bits);
+            char* behind_number = write_number(source_.engine().below(kNumbers), end);
+            if (source_.engine().below(2) == 1) end = behind_number;
+            if (bits >= 0x80) beyond_ascii_.push_back(static_cast<std::uint32_t>(row));
+            used_ = static_cast<std::size_t>(end - data_.data());
+            ends.push_back(used_);
             source_.breathe();
         }
         // The views come last, when the text does not move any more.
@@ -88,7 +104,9 @@ class Usernames {
     NumpyChoice& separators_;
     Source source_;
     std::vector<std::uint8_t> drawn_;
-    std::string data_;
+    std::string data_;                         ///< one after the other
+    std::size_t used_ = 0;                     ///< of it
+    std::vector<std::uint32_t> beyond_ascii_;  ///< the rows with other letters
     std::deque<std::string> renamed_;
     std::vector<std::string_view> usernames_;
     std::optional<Texts> lowered_;

@@ -22,7 +22,10 @@ Clashes::Places::Places(std::size_t count)
 }
 
 Clashes::Clashes(const std::vector<std::string_view>& names, Source& source)
-    : names_(names), source_(source), places_(std::bit_ceil(2 * names.size() + 16)), found_(names.size() / kBits + 1) {}
+    : names_(names),
+      source_(source),
+      places_(std::bit_ceil(names.size() + names.size() / 2 + 16)),
+      found_(names.size() / kBits + 1) {}
 
 Clashes::Place& Clashes::place_of(std::uint32_t row, std::uint32_t hash) {
     const std::size_t mask = places_.size() - 1;
@@ -40,7 +43,7 @@ void Clashes::add(std::uint32_t row) {
     Place& place = place_of(row, hash);
     if (!place.taken) {
         place = {hash, row, 1, true};
-        if (2 * ++taken_ > places_.size()) grow();
+        if (4 * ++taken_ > 3 * places_.size()) grow();
         return;
     }
     if (place.count++ == 1) note(place.first_row);

@@ -67,8 +67,13 @@ Ref word_method(PyObject* source, const char* name) {
 struct RandomObject {
     PyObject_HEAD;
     int next_word;
-    std::array<std::uint32_t, Mersenne::kWords> words;
+    Mersenne::Words words;
 };
+
+/// An entry of what `getstate` gives: the words, then how many are used up.
+unsigned long entry_of(PyObject* state, std::size_t i) {
+    return PyLong_AsUnsignedLong(PyTuple_GET_ITEM(state, static_cast<Py_ssize_t>(i)));
+}
 
 /// Whether it is laid out so: the version is the one that this was written for, and an object of known state has it
 /// where it should be.
@@ -80,11 +85,8 @@ bool is_laid_out_so(PyTypeObject* type) {
     call(attr(known, "getrandbits"), {integer(32)});  // so that a word is used up
     Ref state = call(attr(known, "getstate"));
     const auto* laid_out = reinterpret_cast<const RandomObject*>(known.get());
-    const auto entry = [&state](std::size_t i) {
-        return PyLong_AsUnsignedLong(PyTuple_GET_ITEM(state.get(), static_cast<Py_ssize_t>(i)));
-    };
-    bool same = entry(Mersenne::kWords) == static_cast<unsigned long>(laid_out->next_word);
-    for (std::size_t i = 0; i < Mersenne::kWords; ++i) same = same && entry(i) == laid_out->words[i];
+    bool same = entry_of(state, Mersenne::kWords) == static_cast<unsigned long>(laid_out->next_word);
+    for (std::size_t i = 0; i < Mersenne::kWords; ++i) same = same && entry_of(state, i) == laid_out->words[i];
     return same;
 }
 
@@ -99,32 +101,26 @@ RandomObject* in_memory(PyObject* source) {
 
 void read_state(PyObject* source, Mersenne& engine) {
     if (const RandomObject* object = in_memory(source)) {
-        engine.words = object->words;
-        engine.next_word = static_cast<std::size_t>(object->next_word);
+        engine.set(object->words, static_cast<std::size_t>(object->next_word));
         return;
     }
     Ref state = call(word_method(source, "getstate"), {source});
-    for (std::size_t i = 0; i <= Mersenne::kWords; ++i) {
-        const auto word = PyLong_AsUnsignedLong(PyTuple_GET_ITEM(state.get(), static_cast<Py_ssize_t>(i)));
-        if (i < Mersenne::kWords) {
-            engine.words[i] = static_cast<std::uint32_t>(word);
-        } else {
-            engine.next_word = word;
-        }
-    }
+    Mersenne::Words words{};
+    for (std::size_t i = 0; i < words.size(); ++i) words[i] = static_cast<std::uint32_t>(entry_of(state, i));
+    engine.set(words, entry_of(state, words.size()));
 }
 
 void write_state(PyObject* source, const Mersenne& engine) {
     if (RandomObject* object = in_memory(source)) {
-        object->words = engine.words;
-        object->next_word = static_cast<int>(engine.next_word);
+        object->words = engine.words();
+        object->next_word = static_cast<int>(engine.used());
         return;
     }
     // All that needs memory comes first: where it is wanting, nothing has changed and this can be tried again.
     Ref set_state = word_method(source, "setstate");
     Ref state = owned(PyTuple_New(Mersenne::kWords + 1));
     for (std::size_t i = 0; i <= Mersenne::kWords; ++i) {
-        const std::size_t word = i < Mersenne::kWords ? engine.words[i] : engine.next_word;
+        const std::size_t word = i < Mersenne::kWords ? engine.words()[i] : engine.used();
         PyTuple_SET_ITEM(state.get(), static_cast<Py_ssize_t>(i), owned(PyLong_FromSize_t(word)).release());
     }
     call(set_state, {source, state});

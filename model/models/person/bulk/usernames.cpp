@@ -16,15 +16,8 @@ namespace names = person::names;
 
 namespace {
 
-bool is_ascii(std::string_view text) {
-    unsigned char bits = 0;  // with no early end, many bytes go at once
-    for (const char c : text) bits |= static_cast<unsigned char>(c);
-    return bits < 0x80;
-}
-
 /// Whether all characters are below U+0180, without U+0130: Arrow and Python know the same small letters for them.
 bool has_common_letters(std::string_view text) {
-    if (is_ascii(text)) return true;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
         if (byte < 0x80) continue;
@@ -85,17 +78,11 @@ void Usernames::draw_separators(std::size_t rows) {
     }
 }
 
-void Usernames::append_number(std::uint32_t number, std::string& text) const {
-    std::array<char, 3> digits{};
-    const auto [end, error] = std::to_chars(digits.begin(), digits.end(), number);
-    text.append(digits.begin(), end);
-}
+char* Usernames::write_number(std::uint32_t number, char* to) { return std::to_chars(to, to + kAdded, number).ptr; }
 
-void Usernames::append_without_blanks(std::string_view text) {
-    const std::size_t start = data_.size();
-    data_.resize(start + text.size());
-    const auto end = std::ranges::remove_copy(text, data_.begin() + static_cast<std::ptrdiff_t>(start), ' ').out;
-    data_.erase(end, data_.end());
+char* Usernames::room_for(std::size_t bytes) {
+    if (bytes > data_.size() - used_) data_.resize(2 * data_.size() + bytes);
+    return data_.data() + used_;
 }
 
 /// Every copy of a username that occurs more than once gets a number of its own, until all are distinct.
@@ -111,8 +98,10 @@ void Usernames::settle_clashes() {
             source_.breathe();
         }
         for (const std::uint32_t row : rows) {
+            std::array<char, kAdded> number{};
+            const char* const end = write_number(source_.engine().below(kNumbers), number.data());
             std::string& renamed = renamed_.emplace_back(usernames_[row]);
-            append_number(source_.engine().below(kNumbers), renamed);
+            renamed.append(number.data(), static_cast<std::size_t>(end - number.data()));
             usernames_[row] = renamed;
             source_.breathe();
         }
@@ -124,10 +113,12 @@ void Usernames::settle_clashes() {
 }
 
 void Usernames::lower(const Layout& layout) {
-    if (layout.kind != Layout::Kind::arrow || std::ranges::all_of(usernames_, has_common_letters)) {
+    const bool are_common =
+        std::ranges::all_of(beyond_ascii_, [this](std::uint32_t row) { return has_common_letters(usernames_[row]); });
+    if (layout.kind != Layout::Kind::arrow || are_common) {
         static const auto* const small_letters = new SmallLetters;
-        for (std::string_view& username : usernames_) {
-            if (is_ascii(username)) continue;
+        for (const std::uint32_t row : beyond_ascii_) {
+            std::string_view& username = usernames_[row];
             username = renamed_.emplace_back(has_common_letters(username) ? small_letters->of(username)
                                                                           : lower_case(username));
         }
