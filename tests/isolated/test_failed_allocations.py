@@ -8,7 +8,7 @@ from pathlib import Path
 
 import pytest
 
-from support.isolated import run
+from support.isolated import output_of, run
 from support.pure_calls import CALLS, MODELS
 from support.stub import public_functions, titles_of
 from support.versions import needs_own_version
@@ -88,6 +88,19 @@ PLAIN_ASDICT = """
 @pytest.mark.parametrize("name", public_functions())
 def test_every_public_function_is_called(name: str) -> None:
     assert titles_of(name, CALLS) != []
+
+
+@pytest.mark.parametrize(("column", "drawn"), [("FIRST", True), ("MANY", False)])
+def test_long_columns_are_made_at_once(pure_host: Path, column: str, drawn: bool) -> None:
+    code = f"""{MODELS}
+    import sys
+    started = set()
+    sys.setprofile(lambda frame, event, argument: started.add(frame.f_code.co_name))
+    print(len(model.generate_passwords({column}).data))
+    sys.setprofile(None)
+    print("randint" in started)
+    """
+    assert output_of(code, path=pure_host).split()[1] == str(drawn)
 
 
 @of_own_version

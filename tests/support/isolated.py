@@ -10,7 +10,7 @@ from typing import Any
 
 from support.versions import SILENCED
 
-SECONDS = 60
+SECONDS = 180
 
 # What this interpreter was told is not for the others, but for the allocator: where accesses to
 # memory are checked, they are checked in every process.

@@ -30,11 +30,13 @@ class Texts:
         return Series([text.lower() for text in self.series])
 
 
-class Series:
-    name = index = None
+class Objects:
+    name = "object"
 
-    def __init__(self, data=(), dtype="object"):
-        self.data, self.dtype = list(data), dtype
+
+class Series:
+    def __init__(self, data=(), dtype="object", index=None, name=None, copy=None):
+        self.data, self.dtype, self.index, self.name = list(data), Objects(), index, name
 
     def __iter__(self):
         return iter(self.data)
@@ -144,8 +146,14 @@ RangeIndex = range
 """
 
 NUMPY = """
+from ctypes import py_object
+
 nan = float("nan")
 str_ = str
+
+
+def empty(shape, dtype):
+    return (py_object * shape)()
 
 
 class random:
