@@ -168,6 +168,9 @@ WAYS = {
     "companies of acronyms": ("es_ES",),
     "names for all genders": ("lt_LT",),
     "domains of other letters": ("uk_UA",),
+    "domains of Greek letters": ("el_GR",),
+    "domains of two words": ("es_CL",),
+    "domains of last names": ("zh_TW",),
 }
 
 FAKERS = [

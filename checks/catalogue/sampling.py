@@ -118,6 +118,17 @@ def _sampling(model: Callable[[], PersonModel] = fitted, **arguments: Any) -> An
     return lambda: calling(model().sample, **arguments)
 
 
+def _sampling_with_new_options() -> Callable[[], object]:
+    """A sample whose form in pandas is learnt anew each time."""
+    model = fitted()
+
+    def sample() -> object:
+        with pd.option_context("mode.string_storage", "python"):
+            return model.sample(MANY)
+
+    return sample
+
+
 def _conditions(rows: int) -> pd.DataFrame:
     return frame(rows)[["gender", "country"]]
 
@@ -157,6 +168,7 @@ ASSOCIATED = [Association(["country", "gender"])]
 
 SAMPLING = [
     *[good(f"PersonModel.sample {how}", _sampling(n=rows), 10) for how, rows in LENGTHS.items()],
+    good("PersonModel.sample with options of its own", _sampling_with_new_options, 100),
     good("PersonModel.sample of no rows", _sampling(n=0), 10),
     good("PersonModel.sample without blanks", _sampling(n=MANY, produce_nans=False), 10),
     good("PersonModel.sample with associations", _sampling(n=FEW, associations=ASSOCIATED), 10),

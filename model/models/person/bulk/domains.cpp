@@ -4,6 +4,7 @@
 #include <initializer_list>
 
 #include "bulk/originals.hpp"
+#include "bulk/signals.hpp"
 #include "bulk/texts.hpp"
 #include "python/call.hpp"
 #include "python/error.hpp"
@@ -264,6 +265,7 @@ void Domains::finish_words() {
     is_lower_case_ = true;
     for (std::size_t i = 0; i < top_levels_->size(); ++i) is_lower_case_ &= is_in_lower_case(top_levels_->text(i));
     for (std::size_t i = 0; i < words_.size(); ++i) {
+        let_signals_in(i);
         const std::string finished = finisher_->finish(provider_, std::string(words_[i]));
         is_lower_case_ &= is_in_lower_case(finished);
         finished_.add(finished);

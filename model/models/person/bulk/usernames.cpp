@@ -118,6 +118,7 @@ void Usernames::lower(const Layout& layout) {
     if (layout.kind != Layout::Kind::arrow || are_common) {
         static const auto* const small_letters = new SmallLetters;
         for (const std::uint32_t row : beyond_ascii_) {
+            let_signals_in(row);
             std::string_view& username = usernames_[row];
             username = renamed_.emplace_back(has_common_letters(username) ? small_letters->of(username)
                                                                           : lower_case(username));
