@@ -20,9 +20,12 @@ Section = tuple[str, Callable[[int], Iterator[results.Result]]]
 SECTIONS: dict[str, Section] = {
     "columns": ("All twelve columns, 20,000 rows, against the plain way", goals.all_columns),
     "libraries": ("Against other libraries; of these the fastest counts", goals.other_libraries),
-    "countries": ("A table of all countries, 20,000 rows, against the plain way", goals.all_countries),
+    "countries": (
+        "A table of all countries, 20,000 rows, against the plain way",
+        goals.all_countries,
+    ),
     "sizes": (
-        "Tables of every size, with each pandas: against the plain way where no other library is named",
+        "Tables of every size, with each pandas, against the plain way if nothing else is named",
         sizes.in_all_environments,
     ),
     "growth": ("Cost a row in large tables", goals.growth),

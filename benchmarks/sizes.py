@@ -45,7 +45,7 @@ COUNTRIES = (("GB",), ("US",), ("DE",), ("FR", "ES", "IT"), ("CN",))
 def in_all_environments(rounds: int) -> Iterator[Result]:
     """Measures in this environment, then in the others, each in a process of its own."""
     for folder in (Path(sys.prefix), *(ROOT / name for name in OTHER_ENVIRONMENTS)):
-        command = [folder / "bin" / "python", "-m", "benchmarks.sizes", str(rounds)]
+        command = [str(folder / "bin" / "python"), "-m", "benchmarks.sizes", str(rounds)]
         done = subprocess.run(command, cwd=ROOT, check=True, stdout=subprocess.PIPE)
         yield from map(Result.of_dict, json.loads(done.stdout))
 

@@ -74,7 +74,19 @@ def test_the_other_countries_are_made_at_once(maker: str, seeded: bool) -> None:
     assert 40 < calls(1_000) < calls(200) + 400
 
 
-DASHES = ("–x", "A-–x", "Ä-", "北-京", "Ö--Ü", "É-\u0301a", "-é", "Οδός-ΟΔΟΣ", "a\u00a0-é", "—", "Ü b-ß")
+DASHES = (
+    "–x",
+    "A-–x",
+    "Ä-",
+    "北-京",
+    "Ö--Ü",
+    "É-\u0301a",
+    "-é",
+    "Οδός-ΟΔΟΣ",
+    "a\u00a0-é",
+    "—",
+    "Ü b-ß",
+)
 
 
 @pytest.mark.parametrize("place", ["DE", "GR", "CL", "TW"])

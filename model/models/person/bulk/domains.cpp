@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <utility>
 
 #include "bulk/originals.hpp"
 #include "bulk/signals.hpp"
@@ -97,16 +98,16 @@ bool is_word_method(PyObject* method, PyObject* provider, const WordMethod& know
 /// A place for each element of the first piece, where the words end before the next piece that is drawn; else none.
 std::vector<std::uint32_t> words_by_element(const Format& format, std::size_t words) {
     if (format.empty() || format[0].kind != Piece::Kind::element) return {};
-    const bool decides =
-        format.size() == 1 || (format[1].kind == Piece::Kind::literal &&
-                               static_cast<std::size_t>(std::ranges::count(format[1].text, ' ')) >= words);
+    const bool decides = format.size() == 1 || (format[1].kind == Piece::Kind::literal &&
+                                                std::cmp_greater_equal(std::ranges::count(format[1].text, ' '), words));
     return std::vector<std::uint32_t>(decides ? format[0].table->size() : 0, kUnknown);
 }
 
 /// Adds the part to the words, up to the blank behind the last of those that are missing.
 void add_words(std::string_view part, std::size_t& missing, std::string& words) {
     for (const char c : part) {
-        if (missing == 0 || (c == ' ' && --missing == 0)) return;
+        if (c == ' ' && missing > 0) --missing;
+        if (missing == 0) return;
         words += c;
     }
 }

@@ -78,8 +78,7 @@ unsigned long entry_of(PyObject* state, std::size_t i) {
 /// Whether it is laid out so: the version is the one that this was written for, and an object of known state has it
 /// where it should be.
 bool is_laid_out_so(PyTypeObject* type) {
-    if (Py_Version >> 16U != PY_VERSION_HEX >> 16U ||
-        type->tp_basicsize < static_cast<Py_ssize_t>(sizeof(RandomObject)))
+    if (Py_Version >> 16U != PY_VERSION_HEX >> 16U || std::cmp_less(type->tp_basicsize, sizeof(RandomObject)))
         return false;
     Ref known = call(reinterpret_cast<PyObject*>(type), {integer(1)});
     call(attr(known, "getrandbits"), {integer(32)});  // so that a word is used up

@@ -36,7 +36,7 @@ class SmallLetters {
     }
 
     /// `text.lower()` but for the letters of ASCII, which stay as they are.
-    std::string of(std::string_view text) const {
+    [[nodiscard]] std::string of(std::string_view text) const {
         std::string lower;
         for (std::size_t i = 0; i < text.size(); ++i) {
             const auto byte = static_cast<unsigned char>(text[i]);
