@@ -12,12 +12,12 @@ from textwrap import fill
 
 import pandas as pd
 
-from vantrel import model_file
-from vantrel.command.report import report as vantrel_report
+from vantrel.storage import models as model_file
+from vantrel.cli.report import report as vantrel_report
 from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.metadata.value import Person
 from vantrel.model.models.person import PersonModel
-from vantrel.seeding import seed_everything
+from vantrel.sampling.seeding import seed_everything
 from vantrel.tables import read_table, write_table
 
 ROOT = Path(__file__).resolve().parent.parent

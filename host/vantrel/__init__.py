@@ -16,18 +16,18 @@ __version__ = "0.1.0"
 
 if TYPE_CHECKING:
     from vantrel.fitting import fit
-    from vantrel.model_file import load, save
+    from vantrel.storage.models import load, save
     from vantrel.sampling import sample
-    from vantrel.seeding import seed_everything
+    from vantrel.sampling.seeding import seed_everything
 
 __all__ = ["fit", "load", "sample", "save", "seed_everything"]
 
 _HOMES = {
     "fit": "vantrel.fitting",
-    "load": "vantrel.model_file",
+    "load": "vantrel.storage.models",
     "sample": "vantrel.sampling",
-    "save": "vantrel.model_file",
-    "seed_everything": "vantrel.seeding",
+    "save": "vantrel.storage.models",
+    "seed_everything": "vantrel.sampling.seeding",
 }
 
 

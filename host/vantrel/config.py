@@ -2,7 +2,7 @@
 
 from dataclasses import dataclass, field
 
-from vantrel import patterns
+from vantrel import genders as patterns
 
 
 @dataclass

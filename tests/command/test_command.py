@@ -98,7 +98,7 @@ def test_a_table_goes_to_standard_output_alone() -> None:
 
 def test_standard_output_that_is_closed_early_ends_the_command_quietly() -> None:
     succeed(FIT)
-    command = [sys.executable, "-c", "from vantrel.command import main; main()"]
+    command = [sys.executable, "-c", "from vantrel.cli import main; main()"]
     read, write = os.pipe()
     os.close(read)
     try:

@@ -9,7 +9,7 @@ import pandas as pd
 import pytest
 
 from support.command import fail, separator_hint, shell, succeed
-from vantrel.model_file import load
+from vantrel.storage.models import load
 from vantrel.tables import read_table
 
 FIT = "fit people.csv -o m.json"

@@ -5,7 +5,7 @@ from pathlib import Path
 import pytest
 
 from support.command import succeed
-from vantrel.model_file import load
+from vantrel.storage.models import load
 from vantrel.tables import read_table
 
 NAMED = "fit people.csv -o m.json --no-detect --column gender=sex"

@@ -6,7 +6,7 @@ from pathlib import Path
 import pytest
 
 from vantrel.config import PersonModelConfig
-from vantrel.config_file import ConfigFileError, load_config
+from vantrel.storage.settings import ConfigFileError, load_config
 
 EVERYTHING = """
 gender_female_regex = "^(f|w)$"

@@ -7,7 +7,7 @@ from pathlib import Path
 
 import pytest
 
-from vantrel.files import replacing, same_file
+from vantrel.storage.files import replacing, same_file
 from vantrel.tables import TableError, read_table, write_table
 
 

@@ -12,7 +12,7 @@ from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.metadata.value import Person
 from vantrel.model.exceptions import ModelNotFittedError
 from vantrel.model.models.person import GenderModel, PersonModel
-from vantrel.model_file import MOST_BYTES, load, save
+from vantrel.storage.models import MOST_BYTES, load, save
 
 LABELS = PersonLabels(gender="sex", title="title", fullname="whole", country="land")
 
@@ -160,7 +160,7 @@ def test_a_long_title_is_not_saved(people: pd.DataFrame, tmp_path: Path) -> None
 def test_a_model_that_is_too_large_is_not_saved(
     model: PersonModel, tmp_path: Path, monkeypatch: pytest.MonkeyPatch
 ) -> None:
-    monkeypatch.setattr("vantrel.model_file.MOST_BYTES", 1_000)
+    monkeypatch.setattr("vantrel.storage.models.MOST_BYTES", 1_000)
     assert re.fullmatch(
         r"it has \d,\d\d\d bytes, more than 1,000: label columns of fewer distinct values\.",
         unsaved(model, tmp_path),

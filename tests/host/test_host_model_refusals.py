@@ -11,7 +11,7 @@ import pytest
 from vantrel.config import PersonLabels
 from vantrel.metadata.value import Person
 from vantrel.model.models.person import PersonModel
-from vantrel.model_file import MOST_BYTES, ModelFileError, load, save
+from vantrel.storage.models import MOST_BYTES, ModelFileError, load, save
 
 LABELS = PersonLabels(gender="sex", title="title", fullname="whole", country="land")
 REMEDY = " Correct it or fit it again."

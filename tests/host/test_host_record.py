@@ -6,7 +6,7 @@ from typing import Any
 
 import pytest
 
-from vantrel.record import RecordError, SampleRecord, read_record, record_path, write_record
+from vantrel.sampling.record import RecordError, SampleRecord, read_record, record_path, write_record
 from vantrel.versions import versions
 
 RECORD = SampleRecord(

@@ -10,7 +10,7 @@ import pytest
 from hypothesis import given, settings
 from hypothesis import strategies as st
 
-from vantrel import patterns
+from vantrel import genders as patterns
 from vantrel.model.models.person import GenderModel
 from vantrel.util.regex.alphabet import BEYOND
 from vantrel.util.regex.safety import LONGEST_PATTERN, UnsafePatternError, check_pattern

@@ -14,8 +14,8 @@ from playwright.sync_api import Browser, Page, sync_playwright
 from support.browser import VARIABLE, find_browser
 from support.report_tables import both, odd, ordinary, page, record
 from support.sanitizing import SANITIZED
-from vantrel.report.figures import compare
-from vantrel.report.page import Sources, bars, render
+from vantrel.reporting.figures import compare
+from vantrel.reporting.page import Sources, bars, render
 
 BROWSER = find_browser()
 

@@ -8,13 +8,13 @@ import pytest
 
 from support.report_tables import both
 from vantrel.fitting import fit
-from vantrel.report import design
-from vantrel.report.columns import LabelledTable
-from vantrel.report.design import Design
-from vantrel.report.figures import Figures, compare
-from vantrel.report.gaps import compare_gaps
-from vantrel.report.shares import compare_shares
-from vantrel.report.verdicts import FINE, KNOWN, LOOK, OPEN, verdicts
+from vantrel.reporting import design
+from vantrel.reporting.labelled import LabelledTable
+from vantrel.reporting.design import Design
+from vantrel.reporting.figures import Figures, compare
+from vantrel.reporting.missing import compare_gaps
+from vantrel.reporting.frequencies import compare_shares
+from vantrel.reporting.verdicts import FINE, KNOWN, LOOK, OPEN, verdicts
 from vantrel.sampling import Plan, sample_blocks
 
 COLUMNS = {"gender": "sex", "title": "title", "lastname": "last", "country": "land"}

@@ -8,11 +8,11 @@ import pandas as pd
 import pytest
 
 from support.report_tables import both
-from vantrel.report.figures import compare
-from vantrel.report.lengths import MOST_BINS, LengthBin, LengthSummary, compare_lengths
-from vantrel.report.names import MOST_NAMES, MOST_PLACES, FrequentNames, Name, Place, frequent_names
-from vantrel.report.reappearing import MOST_EXAMPLES, Reappearance, reappearing_names
-from vantrel.report.repeats import RepeatCount, Repeats, compare_repeats, compare_rows
+from vantrel.reporting.figures import compare
+from vantrel.reporting.lengths import MOST_BINS, LengthBin, LengthSummary, compare_lengths
+from vantrel.reporting.names import MOST_NAMES, MOST_PLACES, FrequentNames, Name, Place, frequent_names
+from vantrel.reporting.overlap import MOST_EXAMPLES, Reappearance, reappearing_names
+from vantrel.reporting.duplicates import RepeatCount, Repeats, compare_repeats, compare_rows
 
 NAMES = {"firstname": "first", "lastname": "last"}
 FULL = {"fullname": "full"}

@@ -9,13 +9,13 @@ import pandas as pd
 import pytest
 
 from support.report_tables import ODD_NAMES, both, odd, ordinary, page, record
-from vantrel.record import SampleRecord
-from vantrel.report import wording
-from vantrel.report.figures import compare
-from vantrel.report.origin import origin
-from vantrel.report.page import MOST_BARS, Sources
-from vantrel.report.shares import MOST_SHARES
-from vantrel.report.verdicts import FINE, KNOWN, LOOK, OPEN, Verdict, verdicts
+from vantrel.sampling.record import SampleRecord
+from vantrel.reporting import wording
+from vantrel.reporting.figures import compare
+from vantrel.reporting.provenance import origin
+from vantrel.reporting.page import MOST_BARS, Sources
+from vantrel.reporting.frequencies import MOST_SHARES
+from vantrel.reporting.verdicts import FINE, KNOWN, LOOK, OPEN, Verdict, verdicts
 
 REAL, SAMPLED = ordinary(400, 1), ordinary(300, 2)
 EMPTY = REAL.head(0)

@@ -10,9 +10,9 @@ from hypothesis import given
 from hypothesis import strategies as st
 
 from support.report_tables import both
-from vantrel.report.design import Design
-from vantrel.report.gaps import Gaps, chance_of, compare_gaps
-from vantrel.report.shares import (
+from vantrel.reporting.design import Design
+from vantrel.reporting.missing import Gaps, chance_of, compare_gaps
+from vantrel.reporting.frequencies import (
     MOST_SHARES,
     RISK,
     Share,

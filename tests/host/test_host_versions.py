@@ -13,7 +13,7 @@ import pytest
 import vantrel
 from support.people import fitted_model
 from vantrel.config import PersonLabels
-from vantrel.model_file import ModelFileError, load, save
+from vantrel.storage.models import ModelFileError, load, save
 from vantrel.versions import OtherVersionsWarning, differences, versions
 
 CHANGES = {

@@ -22,9 +22,9 @@ from click.testing import CliRunner, Result
 
 from support.people import fitted_model, people
 from support.scaling import contents
-from vantrel.command import main
+from vantrel.cli import main
 from vantrel.config import PersonLabels
-from vantrel.model_file import save
+from vantrel.storage.models import save
 from vantrel.sampling import BLOCK_ROWS, sample_people
 
 distributed = pytest.importorskip("distributed", reason="clusters need distributed")

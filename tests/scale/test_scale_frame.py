@@ -15,7 +15,7 @@ from support.scaling import QUICK, model_with_gaps, rows_of
 from support.sources import source_states
 from vantrel.config import PersonLabels
 from vantrel.model.models.person import PersonModel
-from vantrel.model_file import dumps
+from vantrel.storage.models import dumps
 from vantrel.sampling import BLOCK_ROWS, Plan, sample_block
 from vantrel.scale import partitions
 

@@ -19,7 +19,7 @@ from vantrel import versions
 from vantrel.config import PersonLabels
 from vantrel.model.exceptions import ModelNotFittedError
 from vantrel.model.models.person import PersonModel
-from vantrel.model_file import dumps, loads
+from vantrel.storage.models import dumps, loads
 from vantrel.sampling import Plan, blocks, sample_blocks
 from vantrel.scale import partitions as module
 from vantrel.scale.partitions import Partition, PartitionError, make_blocks, no_rows, partitions

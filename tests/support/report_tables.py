@@ -6,10 +6,10 @@ import numpy as np
 import pandas as pd
 import pycountry
 
-from vantrel.record import SampleRecord
-from vantrel.report.columns import LabelledTable
-from vantrel.report.figures import compare
-from vantrel.report.page import Sources, render
+from vantrel.sampling.record import SampleRecord
+from vantrel.reporting.labelled import LabelledTable
+from vantrel.reporting.figures import compare
+from vantrel.reporting.page import Sources, render
 from vantrel.versions import versions
 
 COLUMNS = {

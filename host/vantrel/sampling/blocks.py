@@ -16,7 +16,7 @@ import pandas as pd
 
 from vantrel.sampling.people import sample_people
 from vantrel.sampling.unique import make_unique, refuse_not_unique
-from vantrel.seeding import own_sources
+from vantrel.sampling.seeding import own_sources
 from vantrel.util.arguments import refuse_text
 
 if TYPE_CHECKING:

@@ -12,7 +12,7 @@ from typing import Any
 
 from distributed import Client, as_completed
 
-from vantrel.record import SampleRecord, read_record, record_path, write_record
+from vantrel.sampling.record import SampleRecord, read_record, record_path, write_record
 from vantrel.scale.partitions import Partition, make_blocks
 from vantrel.tables import write_table
 

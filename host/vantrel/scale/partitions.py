@@ -18,7 +18,7 @@ from typing import TYPE_CHECKING
 
 import pandas as pd
 
-from vantrel.model_file import dumps, loads
+from vantrel.storage.models import dumps, loads
 from vantrel.sampling import Plan, check_plan, sample_block
 from vantrel.util.locale.locale import BorrowedNamesWarning
 from vantrel.versions import differences

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 from pathlib import Path
 
-from vantrel.nearby import nearby_file
+from vantrel.hints import nearby_file
 
 
 class TableError(ValueError):

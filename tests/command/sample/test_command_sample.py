@@ -13,8 +13,8 @@ import pandas as pd
 import pytest
 
 from support.command import contents_here, fail, run, shell, succeed
-from vantrel.model_file import loads
-from vantrel.record import read_record
+from vantrel.storage.models import loads
+from vantrel.sampling.record import read_record
 from vantrel.sampling import BLOCK_ROWS, Plan, sample_blocks
 from vantrel.tables import read_table, write_table
 from vantrel.versions import versions
@@ -213,7 +213,7 @@ def test_no_record_is_left_that_tells_of_another_table(monkeypatch: pytest.Monke
     def fail_to_write(*_: Any) -> None:
         raise OSError(28, "No space left on device", "out.csv.made.json")
 
-    monkeypatch.setattr("vantrel.command.sample_here.write_record", fail_to_write)
+    monkeypatch.setattr("vantrel.cli.sample_here.write_record", fail_to_write)
     result = run("sample m.json -n 3 --seed 8 -o out.csv --force")
     assert result.exit_code == 1
     assert result.stderr == "vantrel: error: out.csv.made.json: No space left on device.\n"

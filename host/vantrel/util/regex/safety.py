@@ -10,7 +10,7 @@ Python are the user's own and are not checked until they go to a file.
 import re
 import warnings
 
-from vantrel import patterns
+from vantrel import genders as patterns
 from vantrel.util.regex.syntax import UnsupportedPatternError, read
 from vantrel.util.regex.ways import TooManyWaysError, check_ways
 
