@@ -1,8 +1,22 @@
-"""The default patterns that tell genders and titles apart.
+"""The genders of the model: their keys, and the patterns that tell them by genders and titles.
 
 Each pattern is anchored at both ends and made of plain words, so that matching takes time linear
 in the value. Blanks and full stops around a word do not count ("Mr", " mr. ").
 """
+
+from __future__ import annotations
+
+from collections.abc import Iterable
+from typing import TYPE_CHECKING, Any
+
+if TYPE_CHECKING:
+    from vantrel.config import PersonModelConfig
+    from vantrel.model.models.person import PersonModel
+
+AMBIGUOUS = "A"
+
+# The keys by which the model knows genders, each with its name in the configuration.
+KEYS = {"F": "female", "M": "male", "NB": "non_binary", AMBIGUOUS: "ambiguous"}
 
 _BLANKS = r"[\s.]"
 
@@ -57,3 +71,47 @@ _EITHERS = rf"(?:{_EITHERS_TITLES})(?:{_BLANKS}+(?:{_EITHERS_TITLES}))*"
 TITLE_FEMALE = _whole_value(f"{_ARTICLE}(?:{_WOMENS_TITLES}|{_EITHERS})")
 TITLE_MALE = _whole_value(f"{_ARTICLE}(?:{_MENS_TITLES}|{_EITHERS})")
 TITLE_NON_BINARY = _whole_value(_one_of("mx ind per misc mre"))
+
+DEFAULT_PATTERNS = frozenset(
+    (GENDER_FEMALE, GENDER_MALE, GENDER_NON_BINARY, TITLE_FEMALE, TITLE_MALE, TITLE_NON_BINARY)
+)
+
+
+def by_gender(
+    values: Iterable[Any], config: PersonModelConfig, attribute: str
+) -> dict[str, list[Any]]:
+    """Sorts genders or titles by the patterns of a configuration.
+
+    Args:
+        values: The values; those that no pattern matches are left out.
+        config: The patterns.
+        attribute: "gender" or "title".
+
+    Returns:
+        From each of the :data:`KEYS` to its distinct values. Those of several genders are under the
+        ambiguous key.
+    """
+    from vantrel.util.person import collections_from_mapping
+
+    patterns = {
+        key: getattr(config, f"{attribute}_{name}_regex")
+        for key, name in KEYS.items()
+        if key != AMBIGUOUS
+    }
+    return collections_from_mapping(values, patterns, AMBIGUOUS)
+
+
+def learnt_by_gender(model: PersonModel, attribute: str) -> dict[str, list[Any]]:
+    """Sorts the genders or titles that a model has learnt, as :func:`by_gender` does.
+
+    Args:
+        model: A fitted model with a column of the attribute.
+        attribute: "gender" or "title".
+    """
+    categories = model.meta[getattr(model.labels, attribute)].categories
+    return by_gender(categories or (), model.config, attribute)
+
+
+def understood(collections: dict[str, list[Any]]) -> set[Any]:
+    """Collects the values of all genders."""
+    return {value for values in collections.values() for value in values}

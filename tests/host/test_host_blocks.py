@@ -17,9 +17,9 @@ from support.counting import FAKER, calls_of
 from support.people import ALL_LABELS, fitted_model
 from vantrel.config import PersonLabels
 from vantrel.model.models.person import PersonModel
-from vantrel.storage.models import dumps, loads, save
 from vantrel.sampling import Plan, check_plan, sample_block, sample_blocks, sample_people
 from vantrel.sampling.seeding import own_sources
+from vantrel.storage.models import dumps, loads, save
 from vantrel.tables import write_csv, write_table
 
 PLAN = Plan(300, 7, block_rows=100)

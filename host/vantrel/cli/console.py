@@ -1,65 +1,48 @@
-"""Prints tables: in colour to terminals, plain to files and pipes."""
+"""Prints tables and progress: in colour to terminals, plain to files and pipes."""
 
 from __future__ import annotations
 
 import os
-from collections.abc import Sequence
+import sys
+from collections.abc import Callable, Iterator, Sequence
+from contextlib import contextmanager
 from typing import TYPE_CHECKING
 
 import click
 
 if TYPE_CHECKING:
-    from rich.console import RenderableType
-    from rich.table import Table
-
-# Nothing is folded where no terminal says how wide it is.
-_WIDTH_OF_FILES = 10_000
+    from vantrel.reporting.sections import Section
 
 
-def print_all(*parts: RenderableType) -> None:
-    """Prints texts and tables to standard output, one below the other."""
+def print_all(sections: Sequence[Section]) -> None:
+    """Prints tables to standard output, one below the other."""
     from rich.console import Console
+
+    from vantrel.reporting.sections import WIDTH_OF_FILES, print_sections
 
     console = Console(highlight=False, markup=False, emoji=False)
     if not console.is_terminal and "COLUMNS" not in os.environ:
-        console.width = _WIDTH_OF_FILES
+        console.width = WIDTH_OF_FILES
     with console.capture() as captured:
-        for part in parts:
-            console.print(part)
+        print_sections(sections, console)
     lines = (line.rstrip() for line in captured.get().splitlines())
     click.echo("\n".join(lines), color=console.color_system is not None)
 
 
-def table(*headings: str, rows: Sequence[tuple[str, ...]]) -> Table:
-    """Makes a table of texts whose cells are shown as they are, folded where the width asks.
+@contextmanager
+def progress(rows: int) -> Iterator[Callable[[int], None]]:
+    """Shows on stderr how far the rows are; nothing where that is no terminal.
 
-    Args:
-        headings: The name of each column; without any text among them there is no line of them.
-        rows: A text for each column.
+    Yields:
+        What is to be called with each number of further rows.
     """
-    from rich.table import Table
-    from rich.text import Text
+    if not sys.stderr.isatty():
+        yield lambda _rows: None
+        return
+    from rich.console import Console
+    from rich.progress import BarColumn, MofNCompleteColumn, Progress, TimeRemainingColumn
 
-    made = Table(box=None, pad_edge=False, padding=(0, 2, 0, 0), show_header=any(headings))
-    for heading in headings:
-        made.add_column(heading, header_style="bold cyan", overflow="fold")
-    for row in rows:
-        made.add_row(*(Text(visible(cell)) for cell in row))
-    return made
-
-
-def heading(text: str) -> RenderableType:
-    """Makes the line above a table, with an empty line before it."""
-    from rich.text import Text
-
-    return Text(f"\n{visible(text)}", style="bold")
-
-
-def visible(text: str) -> str:
-    """Escapes what a terminal would not show but obey."""
-    return text if text.isprintable() else repr(text)[1:-1]
-
-
-def percent(share: float) -> str:
-    """Writes a share from 0 to 1 in per cent."""
-    return "<0.1%" if 0 < share < 0.0005 else f"{share:.1%}"
+    columns = (BarColumn(), MofNCompleteColumn(), "people", TimeRemainingColumn())
+    with Progress(*columns, console=Console(stderr=True), transient=True) as bar:
+        task = bar.add_task("people", total=rows)
+        yield lambda further: bar.update(task, advance=further)

@@ -3,44 +3,29 @@
 from __future__ import annotations
 
 from pathlib import Path
+from typing import Any
 
 import click
 
-from vantrel.fitting.columns import (
-    check_ignored,
-    columns_table,
-    doubt_note,
-    find_columns,
-    there_already,
+from vantrel.cli.group import TerseCommand
+from vantrel.cli.options import (
+    STANDARD_OUTPUT,
+    columns_option,
+    force_option,
+    list_option,
+    path_option,
 )
-from vantrel.cli.options import check_named, columns_by_attribute, generated_attributes
-from vantrel.cli.output import STANDARD_OUTPUT, force_option, refuse_overwriting
-from vantrel.cli.main import reporting
-from vantrel.fitting import check_columns, check_countries, make_person
 
 
-@click.command()
+@click.command(cls=TerseCommand)
 @click.argument("table", type=click.Path(path_type=Path))
-@click.option(
-    "-o",
-    "--output",
-    required=True,
-    metavar="MODEL.json",
-    type=click.Path(path_type=Path),
-    help="The model file to write.",
-)
-@click.option(
-    "--column",
-    "columns",
-    multiple=True,
-    metavar="ATTRIBUTE=COLUMN",
-    callback=columns_by_attribute,
-    help="An attribute of a person and the table's column that holds it, whatever would be found;"
-    " may be repeated.",
+@path_option("-o", "--output", metavar="MODEL.json", required=True, help="The model file to write.")
+@columns_option(
+    "An attribute of a person and the table's column that holds it, whatever would be found;"
+    " may be repeated."
 )
 @click.option(
     "--ignore",
-    "ignored",
     multiple=True,
     metavar="COLUMN",
     help="A column that is not to be found; may be repeated.",
@@ -50,13 +35,7 @@ from vantrel.fitting import check_columns, check_countries, make_person
     is_flag=True,
     help="Take the columns that --column names, and find no others.",
 )
-@click.option(
-    "--generate",
-    "generated",
-    metavar="ATTRIBUTE,...",
-    callback=generated_attributes,
-    help="Attributes that the table does not have but the samples shall.",
-)
+@list_option("--generate", "Attributes that the table does not have but the samples shall.")
 @click.option(
     "--locale",
     "locales",
@@ -64,11 +43,10 @@ from vantrel.fitting import check_columns, check_countries, make_person
     metavar="LOCALE",
     help="Where the people are from if no column says so; may be repeated. [default: en_GB]",
 )
-@click.option(
+@path_option(
     "--config",
     "config_file",
     metavar="FILE.toml",
-    type=click.Path(path_type=Path),
     help="Settings: patterns of genders and titles, formats of telephone numbers, lengths of"
     " passwords.",
 )
@@ -76,10 +54,10 @@ from vantrel.fitting import check_columns, check_countries, make_person
 def fit(
     table: Path,
     output: Path,
-    columns: dict[str, str],
-    ignored: tuple[str, ...],
+    columns: Any,
+    ignore: tuple[str, ...],
     no_detect: bool,
-    generated: list[str],
+    generate: list[str],
     locales: tuple[str, ...],
     config_file: Path | None,
     force: bool,
@@ -97,42 +75,38 @@ def fit(
       vantrel fit people.csv -o model.json
       vantrel fit people.csv -o model.json --column gender=sex --ignore notes
     """
+    # These take a second to import; help and mistakes in the options need not wait for them.
+    from vantrel.fitting.checks import check_request
+    from vantrel.storage.files import refuse_overwriting
+
     if output == STANDARD_OUTPUT:
         raise click.UsageError("A model is not written to standard output: name a file for -o.")
-    sources = filter(None, (table, config_file))
-    refuse_overwriting(output, *sources, force=force)
-    check_named(columns, generated, ignored, detecting=not no_detect)
+    refuse_overwriting(output, *filter(None, (table, config_file)), force=force)
+    check_request(columns, generate, ignore, locales, detect=not no_detect)
 
-    # These take a second to import; help and usage errors need not wait for them.
+    import vantrel
     from vantrel.cli.console import print_all
-    from vantrel.fitting.notes import notes
-    from vantrel.config import PersonModelConfig
+    from vantrel.reporting.sections import Section
     from vantrel.storage.settings import load_config
-    from vantrel.detection import Detection
-    from vantrel.model.models.person import PersonModel
-    from vantrel.storage.models import save
     from vantrel.tables import read_table
-    from vantrel.util.locale.locale import Provider, get_country_to_provder_map
 
-    with reporting():
-        config = PersonModelConfig() if config_file is None else load_config(config_file)
-        df = read_table(table)
-        check_columns(df, columns, f"Table {table}")
-        check_ignored(df, ignored, table)
-        found = Detection([], [])
-        if not no_detect:
-            found = find_columns(df, table, config, columns, ignored)
-        check_countries(df, columns, "leave the column out: --ignore in place of --column")
-        check_countries(df, found.columns, "leave the column out with --ignore")
-        # Fitting does not look at locales: an unknown one would be found on sampling only.
-        get_country_to_provder_map(locales, Provider.PERSON)
-        meta = make_person({**columns, **found.columns}, generated, locales)
-        model = PersonModel(meta, config).fit(df)
-        save(model, output)
-        if not no_detect:
-            print_all(columns_table(columns, found, generated))
+    config = load_config(config_file) if config_file else None
+    df = read_table(table)
+    model = vantrel.fit(
+        df,
+        generate=generate,
+        locales=locales,
+        config=config,
+        ignore=ignore,
+        detect=not no_detect,
+        **columns,
+    )
+    vantrel.save(model, output, force=True)
+    if not no_detect:
+        told_by = dict.fromkeys(generate, "--generate") | model.meta.told_by
+        told_by |= dict.fromkeys(columns, "--column")
+        rows = [(name, column, told_by[name]) for name, column in model.params.items()]
+        print_all([Section("", ("Attribute", "Column", "Told by"), rows)])
     click.echo(f"Learnt from {len(df):,} rows of {table}; wrote {output}.")
-    doubts = map(doubt_note, found.doubts)
-    known = there_already(found, generated)
-    for note in [*doubts, *known, *notes(model, df, located=bool(locales))]:
+    for note in model.meta.notes:
         click.echo(f"vantrel: note: {note}", err=True)

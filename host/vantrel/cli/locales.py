@@ -2,10 +2,11 @@
 
 import click
 
-from vantrel.cli.main import reporting
+from vantrel.cli.group import TerseCommand
+from vantrel.errors import UnknownPlaceError
 
 
-@click.command()
+@click.command(cls=TerseCommand)
 @click.argument("country", required=False)
 def locales(country: str | None) -> None:
     """List countries and whose names they get.
@@ -19,18 +20,9 @@ def locales(country: str | None) -> None:
       vantrel locales Switzerland
     """
     from vantrel.cli.console import print_all
-    from vantrel.cli.place_tables import all_countries, one_country, some_locales
-    from vantrel.util.locale.locale import recognise, refuse_unknown
+    from vantrel.reporting.places import all_countries, one_place
 
-    if country is None:
-        with reporting():
-            print_all(*all_countries())
-        return
     try:
-        refuse_unknown([country])
-    except ValueError as error:
+        print_all(all_countries() if country is None else one_place(country))
+    except UnknownPlaceError as error:
         raise click.UsageError(str(error)) from error
-    found = recognise(country)
-    assert found is not None
-    with reporting():
-        print_all(*(one_country(found.country) if found.country else some_locales([found.locale])))

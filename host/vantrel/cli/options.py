@@ -1,97 +1,94 @@
-"""Reads the columns that the user names."""
+"""What the options of several commands have in common."""
 
 from __future__ import annotations
 
-from collections.abc import Sequence
+import shlex
+from collections.abc import Callable, Sequence
+from pathlib import Path
+from typing import Any, Protocol
 
 import click
 
-from vantrel.fitting import (
-    ATTRIBUTES,
-    LEARNT_ATTRIBUTES,
-    make_person,
-    refuse_unknown_attribute,
+from vantrel.attributes import ATTRIBUTES, WORDS
+
+
+class _Decorator(Protocol):
+    """Adds an option to a command."""
+
+    def __call__[F: Callable[..., Any] | click.Command](self, command: F, /) -> F: ...
+
+
+STANDARD_OUTPUT = Path("-")
+
+# The options whose names are not those of the library's keywords.
+_NAMES = {"n": "-n", "locales": "--locale"}
+
+force_option = click.option("--force", is_flag=True, help="Overwrite the output if it is there.")
+
+patterns_option = click.option(
+    "--allow-patterns",
+    is_flag=True,
+    help="Take a model file with patterns of its own. Do so if you trust whoever made it.",
 )
 
 
-def columns_by_attribute(
+def as_option(name: str, value: object) -> str:
+    """Writes an argument of the library as an option of the command."""
+    if name in ATTRIBUTES:
+        return f"--column {shlex.quote(f'{name}={value}')}"
+    option = _NAMES.get(name, f"--{name.replace('_', '-')}")
+    if value in (True, ...):
+        return option
+    values = value if isinstance(value, list) else [value]
+    return f"{option} {shlex.quote(','.join(map(str, values)))}"
+
+
+def path_option(
+    *names: str,
+    metavar: str,
+    help: str,  # noqa: A002 - click's own name
+    required: bool = False,
+) -> _Decorator:
+    """An option that takes the name of a file."""
+    return click.option(
+        *names, metavar=metavar, required=required, help=help, type=click.Path(path_type=Path)
+    )
+
+
+def columns_option(help: str) -> _Decorator:  # noqa: A002 - click's own name
+    """The option that names the columns of attributes."""
+    return click.option(
+        "--column",
+        "columns",
+        multiple=True,
+        metavar="ATTRIBUTE=COLUMN",
+        callback=_columns_by_attribute,
+        help=help,
+    )
+
+
+def _columns_by_attribute(
     _context: click.Context, _option: click.Parameter, values: Sequence[str]
 ) -> dict[str, str]:
-    """Splits the values of ``--column`` into attribute and column.
-
-    Raises:
-        click.BadParameter: A value is no pair, an attribute is unknown or given twice.
-    """
     columns: dict[str, str] = {}
     for value in values:
         attribute, equals, column = value.partition("=")
         if not (equals and column):
             raise click.BadParameter(f"{value!r} is not of the form ATTRIBUTE=COLUMN.")
-        if attribute not in ATTRIBUTES and column in ATTRIBUTES:
+        if attribute not in WORDS and column in WORDS:
             raise click.BadParameter(
                 f"{value!r} is the wrong way round: write {column}={attribute}."
             )
-        _refuse_unknown(attribute)
         if attribute in columns:
             raise click.BadParameter(f"{attribute!r} is given twice.")
         columns[attribute] = column
     return columns
 
 
-def generated_attributes(
-    _context: click.Context, _option: click.Parameter, value: str | None
-) -> list[str]:
-    """Splits the value of ``--generate`` into attributes.
+def list_option(name: str, help: str) -> _Decorator:  # noqa: A002 - click's own name
+    """An option that takes attributes, separated by commas."""
 
-    Raises:
-        click.BadParameter: An attribute is unknown or can only be learnt.
-    """
-    attributes = [attribute.strip() for attribute in value.split(",")] if value else []
-    for attribute in attributes:
-        _refuse_unknown(attribute)
-        if attribute in LEARNT_ATTRIBUTES:
-            raise click.BadParameter(
-                f"{attribute!r} must be learnt from a column: use --column {attribute}=COLUMN."
-            )
-    return attributes
+    def split(_context: click.Context, _option: click.Parameter, value: str) -> list[str]:
+        return [attribute.strip() for attribute in value.split(",")] if value else []
 
-
-def _refuse_unknown(attribute: str) -> None:
-    try:
-        refuse_unknown_attribute(attribute)
-    except ValueError as error:
-        raise click.BadParameter(str(error)) from error
-
-
-def check_named(
-    columns: dict[str, str], generated: Sequence[str], ignored: Sequence[str], *, detecting: bool
-) -> None:
-    """Makes sure that what the user names goes together.
-
-    Args:
-        columns: The column of each attribute that is named.
-        generated: The attributes to generate.
-        ignored: The columns that are not to be found.
-        detecting: Whether columns are found beside those that are named.
-
-    Raises:
-        click.UsageError: It does not: two attributes share a column, an attribute is both in the
-            table and generated, a column is named and ignored, or nothing tells of any column.
-    """
-    if not (columns or detecting):
-        raise click.UsageError("Name a column to learn from: --column gender=sex, for example.")
-    for attribute in generated:
-        if attribute in columns:
-            raise click.UsageError(
-                f"{attribute!r} is given to both --column and --generate: it is generated anyway."
-            )
-    for attribute, column in columns.items():
-        if column in ignored:
-            raise click.UsageError(
-                f"Column {column!r} is given to --column for {attribute!r} and to --ignore: leave"
-                " one out."
-            )
-    try:
-        make_person(columns, generated, None)
-    except ValueError as error:
-        raise click.UsageError(str(error)) from error
+    return click.option(name, metavar="ATTRIBUTE,...", default="", callback=split, help=help)

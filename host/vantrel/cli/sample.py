@@ -5,61 +5,44 @@ from typing import Any
 
 import click
 
-from vantrel.cli.numbers import whole_number
-from vantrel.cli.output import force_option
+from vantrel.cli.group import TerseCommand
+from vantrel.cli.options import force_option, list_option, path_option, patterns_option
 from vantrel.cli.sample_request import SampleRequest
-from vantrel.cli.main import reporting
 
 
-def _unique(
-    _context: click.Context, _option: click.Parameter, value: str | None
-) -> tuple[str, ...]:
-    attributes = [attribute.strip() for attribute in value.split(",")] if value else []
-    for attribute in attributes:
-        if attribute not in ("username", "email"):
-            raise click.BadParameter(
-                f"{attribute!r} cannot be made unique: only username and email can."
-            )
-    return tuple(attributes)
-
-
-@click.command()
+@click.command(cls=TerseCommand)
 @click.argument("model_file", metavar="MODEL.json", type=click.Path(path_type=Path))
 @click.option(
     "-n",
     "rows",
     metavar="N",
-    type=whole_number(0),
+    type=click.IntRange(min=0),
     help="The number of people to make; not needed with --conditions.",
 )
-@click.option(
+@path_option(
     "-o",
     "--output",
     required=True,
     metavar="PEOPLE",
-    type=click.Path(path_type=Path),
     help="The table to write: Parquet if its name ends in .parquet, else CSV;"
     " - is standard output.",
 )
 @click.option(
     "--seed",
     metavar="SEED",
-    type=whole_number(0),
+    type=click.IntRange(min=0),
     help="Makes the table reproducible: the same model and seed give the same table. Without one,"
     " a seed is drawn and told.",
 )
-@click.option(
+@path_option(
     "--conditions",
     metavar="TABLE",
-    type=click.Path(path_type=Path),
     help="A table that gives genders or countries or both, a row for each person to make, in"
     " columns named as the model's.",
 )
-@click.option(
+@list_option(
     "--unique",
-    metavar="ATTRIBUTE,...",
-    callback=_unique,
-    help="Of username and email, those of which no value may come twice. Each value ends in a code"
+    "Of username and email, those of which no value may come twice. Each value ends in a code"
     " of six characters then.",
 )
 @click.option(
@@ -86,16 +69,17 @@ def _unique(
 @click.option(
     "--workers",
     metavar="N",
-    type=whole_number(1),
+    type=click.IntRange(min=1),
     help="The number of processes of the cluster on this machine. [default: one a core]",
 )
 @click.option(
     "--partitions",
     metavar="N",
-    type=whole_number(1),
+    type=click.IntRange(min=1),
     help="The number of Parquet files. [default: one for every 200,000 people]",
 )
 @click.option("--resume", is_flag=True, help="Go on with a run on Dask that was stopped.")
+@patterns_option
 @force_option
 def sample(**options: Any) -> None:
     """Make people as a model describes them.
@@ -112,9 +96,8 @@ def sample(**options: Any) -> None:
     request.check()
 
     # These take a second to import; help and usage errors need not wait for them.
-    with reporting():
-        if request.on_dask:
-            from vantrel.cli.sample_on_dask import make
-        else:
-            from vantrel.cli.sample_here import make
-        make(request)
+    if request.on_dask:
+        from vantrel.cli.sample_on_dask import make
+    else:
+        from vantrel.cli.sample_here import make
+    make(request)

@@ -3,31 +3,28 @@
 from __future__ import annotations
 
 import hashlib
-import warnings
 from collections.abc import Iterable, Iterator
 from typing import TYPE_CHECKING, Any
 
 import click
 
-from vantrel.cli.output import STANDARD_OUTPUT
-from vantrel.cli.sample_request import SampleRequest, done, progress_bar
-from vantrel.storage.files import is_special
-from vantrel.sampling.record import read_record, record_path, write_record
+from vantrel.cli.console import progress
+from vantrel.cli.options import STANDARD_OUTPUT
+from vantrel.cli.sample_request import SampleRequest, done
 from vantrel.sampling import Plan, prepare_conditions, refuse_borrowed, sample_blocks
+from vantrel.sampling.record import read_record, record_path, write_record
+from vantrel.storage.files import is_special
 from vantrel.tables import read_table, write_csv, write_table
-from vantrel.util.locale.locale import BorrowedNamesWarning
 
 if TYPE_CHECKING:
     import pandas as pd
-
-    from vantrel.model.models.person import PersonModel
 
 
 def make(request: SampleRequest) -> None:
     """Makes what is asked for.
 
     Raises:
-        ValueError: The model, the conditions or what is asked of them cannot be used.
+        VantrelError: The model, the conditions or what is asked of them cannot be used.
         OSError: The output cannot be written.
     """
     output = request.output
@@ -35,11 +32,14 @@ def make(request: SampleRequest) -> None:
     if recorded:
         read_record(output)  # what is there and no record is not overwritten by one
     model = request.load_model()
-    conditions = _conditions(request, model)
-    if request.strict:
-        refuse_borrowed(model, conditions)
-    rows = request.rows if conditions is None else len(conditions)
-    assert rows is not None
+    rows, conditions = request.rows, None
+    if rows is None:
+        assert request.conditions is not None
+        table = read_table(request.conditions)
+        conditions = prepare_conditions(model, table, strict=request.strict)
+        rows = len(conditions)
+    elif request.strict:
+        refuse_borrowed(model)
     plan = Plan(rows, request.new_seed(), unique=request.unique)
     people = sample_blocks(model, plan, conditions)
     if output == STANDARD_OUTPUT:
@@ -68,17 +68,8 @@ def _options(request: SampleRequest) -> dict[str, Any]:
     }
 
 
-def _conditions(request: SampleRequest, model: PersonModel) -> pd.DataFrame | None:
-    if request.conditions is None:
-        return None
-    with warnings.catch_warnings():
-        if request.strict:
-            warnings.simplefilter("ignore", BorrowedNamesWarning)  # they are refused
-        return prepare_conditions(model, read_table(request.conditions))
-
-
 def _counted(frames: Iterable[pd.DataFrame], rows: int) -> Iterator[pd.DataFrame]:
-    with progress_bar(rows) as bar:
+    with progress(rows) as further:
         for frame in frames:
             yield frame
-            bar.update(len(frame))
+            further(len(frame))

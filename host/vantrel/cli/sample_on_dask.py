@@ -7,11 +7,12 @@ from functools import partial
 
 import click
 
-from vantrel.cli.sample_request import SampleRequest, done, progress_bar
-from vantrel.storage.files import refuse_missing_folder
-from vantrel.sampling.record import SampleRecord
+from vantrel.cli.console import progress
+from vantrel.cli.sample_request import SampleRequest, done
 from vantrel.sampling import Plan, refuse_borrowed
+from vantrel.sampling.record import SampleRecord
 from vantrel.scale.partitions import Partition, partitions
+from vantrel.storage.files import refuse_missing_folder
 
 
 def make(request: SampleRequest) -> None:
@@ -20,7 +21,7 @@ def make(request: SampleRequest) -> None:
     Raises:
         click.ClickException: Dask is not installed, workers died again and again, or the scheduler
             was lost.
-        ValueError: The model or what is asked of it cannot be used, or another run is in the
+        VantrelError: The model or what is asked of it cannot be used, or another run is in the
             folder.
         OSError: The output cannot be written, or no scheduler answers.
     """
@@ -73,11 +74,11 @@ def _write(
 
     rows = sum(len(part.rows) for part in parts)
     try:
-        with connected(request.scheduler, request.workers) as client, progress_bar(rows) as bar:
+        with connected(request.scheduler, request.workers) as client, progress(rows) as further:
             begin()
-            bar.update(rows - sum(len(part.rows) for part in todo))
+            further(rows - sum(len(part.rows) for part in todo))
             for part in write_partitions(todo, request.output, client):
-                bar.update(len(part.rows))
+                further(len(part.rows))
     except KilledWorker as error:
         raise click.ClickException(
             "Workers died again and again, for want of memory perhaps. What is finished is kept:"

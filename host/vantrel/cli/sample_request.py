@@ -2,8 +2,6 @@
 
 from __future__ import annotations
 
-import secrets
-import warnings
 from dataclasses import dataclass
 from functools import cached_property
 from pathlib import Path
@@ -11,14 +9,15 @@ from typing import TYPE_CHECKING, Any
 
 import click
 
-from vantrel.cli.output import STANDARD_OUTPUT, refuse_overwriting
+from vantrel.attributes import UNIQUE
+from vantrel.cli.options import STANDARD_OUTPUT
+from vantrel.storage.files import refuse_overwriting
 
 if TYPE_CHECKING:
-    from tqdm import tqdm
-
     from vantrel.model.models.person import PersonModel
-    from vantrel.sampling.record import SampleRecord
     from vantrel.sampling import Plan
+    from vantrel.sampling.record import SampleRecord
+    from vantrel.storage.models import LoadedModel
 
 
 @dataclass(frozen=True)
@@ -30,7 +29,7 @@ class SampleRequest:
     output: Path
     seed: int | None
     conditions: Path | None
-    unique: tuple[str, ...]
+    unique: list[str]
     strict: bool
     csv_safe: bool
     on_dask: bool
@@ -38,6 +37,7 @@ class SampleRequest:
     workers: int | None
     partitions: int | None
     resume: bool
+    allow_patterns: bool
     force: bool
 
     def check(self) -> None:
@@ -48,6 +48,11 @@ class SampleRequest:
         """
         if (self.rows is None) == (self.conditions is None):
             raise click.UsageError("Give either -n, a number of people, or --conditions, a table.")
+        for attribute in self.unique:
+            if attribute not in UNIQUE:
+                raise click.UsageError(
+                    f"{attribute!r} cannot be made unique: only {' and '.join(UNIQUE)} can."
+                )
         if self.on_dask:
             self._check_on_dask()
         elif self.scheduler or self.workers or self.partitions or self.resume:
@@ -82,22 +87,21 @@ class SampleRequest:
         """Reads the model.
 
         Raises:
-            ValueError: It cannot be used.
+            ModelFileError: It cannot be used.
         """
-        return self._model_and_sha256[0]
+        return self._loaded.model
 
     @cached_property
-    def _model_and_sha256(self) -> tuple[PersonModel, str]:
-        from vantrel.storage.models import load_with_sha256
-        from vantrel.util.locale.locale import BorrowedNamesWarning
+    def _loaded(self) -> LoadedModel:
+        from vantrel.storage.models import read_model
 
-        with warnings.catch_warnings():
-            warnings.simplefilter("ignore", BorrowedNamesWarning)  # 'vantrel fit' has told
-            return load_with_sha256(self.model_file)
+        return read_model(self.model_file, allow_patterns=self.allow_patterns)
 
     def new_seed(self) -> int:
         """The seed that is asked for, else a drawn one."""
-        return secrets.randbits(32) if self.seed is None else self.seed
+        from vantrel.sampling.seeding import given_or_drawn
+
+        return given_or_drawn(self.seed)
 
     def record(self, model: PersonModel, plan: Plan, **options: Any) -> SampleRecord:
         """Notes how the sample is made."""
@@ -105,19 +109,12 @@ class SampleRequest:
 
         return SampleRecord(
             model=self.model_file.name,
-            model_sha256=self._model_and_sha256[1],
+            model_sha256=self._loaded.sha256,
             rows=plan.rows,
             seed=plan.seed,
             columns=dict(model.params),
             options={"unique": list(plan.unique), "block_rows": plan.block_rows, **options},
         )
-
-
-def progress_bar(rows: int) -> tqdm[Any]:
-    """Shows on stderr how far the rows are; nothing where that is no terminal."""
-    from tqdm import tqdm
-
-    return tqdm(total=rows, unit=" people", unit_scale=True, disable=None, leave=False)
 
 
 def done(plan: Plan, output: Path) -> None:

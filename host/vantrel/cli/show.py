@@ -1,16 +1,17 @@
 """``vantrel show``: what a model file holds."""
 
-import warnings
 from pathlib import Path
 
 import click
 
-from vantrel.cli.main import reporting
+from vantrel.cli.group import TerseCommand
+from vantrel.cli.options import patterns_option
 
 
-@click.command()
+@click.command(cls=TerseCommand)
 @click.argument("model_file", metavar="MODEL.json", type=click.Path(path_type=Path))
-def show(model_file: Path) -> None:
+@patterns_option
+def show(model_file: Path, allow_patterns: bool) -> None:
     """Show what a model has learnt.
 
     The model file MODEL.json is one that 'vantrel fit' wrote. All that it keeps of the real table
@@ -20,11 +21,14 @@ def show(model_file: Path) -> None:
     Example:
       vantrel show model.json
     """
+    import vantrel
     from vantrel.cli.console import print_all
-    from vantrel.reporting.description import describe
-    from vantrel.storage.models import load
-    from vantrel.util.locale.locale import BorrowedNamesWarning
+    from vantrel.reporting.sections import Section
+    from vantrel.storage.models import read_model
 
-    with reporting():
-        warnings.simplefilter("ignore", BorrowedNamesWarning)  # the table of countries tells
-        print_all(*describe(load(model_file), model_file))
+    loaded = read_model(model_file, allow_patterns=allow_patterns)
+    facts = [("Model", f"{model_file} ({loaded.size:,} bytes)")]
+    if loaded.versions:
+        facts.append(("Fitted with", ", ".join(map(" ".join, loaded.versions.items()))))
+    missing, *others = vantrel.describe(loaded.model)
+    print_all([Section("", ("", ""), [*facts, *missing.rows]), *others])

@@ -3,22 +3,20 @@
 from __future__ import annotations
 
 from collections.abc import Collection, Iterator, Mapping
-from dataclasses import dataclass, fields
+from dataclasses import dataclass
 from typing import TYPE_CHECKING, NamedTuple
 
-from vantrel.config import PersonLabels, PersonModelConfig
+from vantrel.attributes import ATTRIBUTES, LEARNT, PHONES
+from vantrel.config import PersonModelConfig
 from vantrel.detection.names import NAME, PHONE, Match, is_of_others, kinds_of
 from vantrel.detection.values import Values
 
 if TYPE_CHECKING:
     import pandas as pd
 
-__all__ = ["Choice", "Detection", "Doubt", "detect", "detect_columns"]
+__all__ = ["NOTHING", "Choice", "Detection", "Doubt", "detect", "detect_columns"]
 
-_ATTRIBUTES = [field.name for field in fields(PersonLabels)]
-_LEARNT = ("gender", "title", "country")
 _OF_ANY_VALUE = ("firstname", "lastname", "fullname", "username", "password")
-_PHONES = ("mobile_number", "home_number", "work_number")
 
 
 @dataclass(frozen=True)
@@ -61,6 +59,9 @@ class Detection:
     def columns(self) -> dict[str, str]:
         """The column of each attribute that was found."""
         return {choice.attribute: choice.column for choice in self.choices}
+
+
+NOTHING = Detection([], [])
 
 
 class _Candidate(NamedTuple):
@@ -128,7 +129,7 @@ def detect(
             doubts += _doubts(column, values)
     chosen = _assign(candidates, known)
     return Detection(
-        choices=[chosen[attribute] for attribute in _ATTRIBUTES if attribute in chosen],
+        choices=[chosen[attribute] for attribute in ATTRIBUTES if attribute in chosen],
         doubts=[doubt for doubt in doubts if doubt.attribute not in {*chosen, *known}],
     )
 
@@ -159,8 +160,8 @@ def _by_values(position: int, column: str, values: Values) -> Iterator[_Candidat
 def _doubts(column: str, values: Values) -> Iterator[Doubt]:
     for kind, match in kinds_of(column).items():
         if match is Match.WHOLE and kind != NAME and not values.agreement(kind):
-            value = values.unlike(kind) if kind in _LEARNT else None
-            yield Doubt(_PHONES[0] if kind == PHONE else kind, column, value)
+            value = values.unlike(kind) if kind in LEARNT else None
+            yield Doubt(PHONES[0] if kind == PHONE else kind, column, value)
 
 
 def _assign(candidates: list[_Candidate], known: Mapping[str, str]) -> dict[str, Choice]:
@@ -179,7 +180,7 @@ def _assign(candidates: list[_Candidate], known: Mapping[str, str]) -> dict[str,
 def _places(kind: str, taken: Collection[str]) -> tuple[str, ...]:
     """The attributes that a column of a kind may hold, the likeliest first."""
     if kind == PHONE:
-        return _PHONES
+        return PHONES
     if kind == NAME:  # single words: the half that is missing beside the other
         halves = {"firstname": "lastname", "lastname": "firstname"}
         return tuple(half for other, half in halves.items() if other in taken)

@@ -11,8 +11,8 @@ import numpy as np
 
 from vantrel.config import PersonModelConfig
 from vantrel.detection.names import NAME, PHONE, words_of
+from vantrel.genders import by_gender, understood
 from vantrel.util.locale.locale import recognise, unknown_places
-from vantrel.util.person import collections_from_mapping
 
 if TYPE_CHECKING:
     import pandas as pd
@@ -103,25 +103,17 @@ class Values:
 
     def _fitting(self, kind: str) -> set[str]:
         if kind in ("gender", "title"):
-            return set().union(*self._by_gender(kind).values())
+            return understood(by_gender(self._rows, self._config, kind))
         if kind == "country":
             return set(self._rows).difference(unknown_places(self._rows))
         fits = _TESTS[kind]
         return {value for value in self._rows if fits(value)}
 
-    def _by_gender(self, kind: str) -> dict[str, list[str]]:
-        """Sorts the values by the patterns of genders or titles."""
-        keys = {"F": "female", "M": "male", "NB": "non_binary"}
-        patterns = {
-            key: getattr(self._config, f"{kind}_{gender}_regex") for key, gender in keys.items()
-        }
-        return collections_from_mapping(self._rows, patterns, ambiguous_key="A")
-
     def _has_both(self, kind: str) -> bool:
         """Whether there are few distinct values, and those of women and of men among them."""
         if len(self._rows) > _MOST_CATEGORIES:
             return False
-        sorted_values = self._by_gender(kind)
+        sorted_values = by_gender(self._rows, self._config, kind)
         return bool(sorted_values["F"] and sorted_values["M"])
 
     def _are_names_of_countries(self) -> bool:

@@ -2,192 +2,101 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Sequence
-from dataclasses import fields
-from typing import TYPE_CHECKING, Any
+import logging
+from collections.abc import Collection, Iterable, Sequence
+from typing import TYPE_CHECKING, Any, Unpack
 
-from vantrel.config import PersonLabels, PersonModelConfig
-from vantrel.hints import suggestion
-from vantrel.metadata.value import Person
-from vantrel.util.arguments import refuse_text
+from vantrel.arguments import as_frame
+from vantrel.attributes import PersonColumns
+from vantrel.config import PersonModelConfig
+from vantrel.errors import FittingError, raised_by_model
+from vantrel.fitting.checks import (
+    check_columns,
+    check_countries,
+    check_request,
+    make_person,
+    refuse_nothing,
+    separator_hint,
+)
 
 if TYPE_CHECKING:
-    import pandas as pd
-
     from vantrel.model.models.person import PersonModel
 
-ATTRIBUTES = [field.name for field in fields(PersonLabels)]
+__all__ = ["check_request", "fit"]
 
-# What a sample has of these comes from the fitted column's own values.
-LEARNT_ATTRIBUTES = ("gender", "title", "country")
-
-
-class FittingError(ValueError):
-    """A table and what it is said to hold do not go together."""
+_log = logging.getLogger(__name__)
 
 
 def fit(
-    df: pd.DataFrame,
+    df: Any,
     *,
     generate: Iterable[str] = (),
     locales: Sequence[str] | None = None,
     config: PersonModelConfig | None = None,
-    **columns: str,
+    ignore: Collection[str] = (),
+    detect: bool = True,
+    **columns: Unpack[PersonColumns],
 ) -> PersonModel:
     """Learns from a table of people.
 
+    The columns of attributes that are not named are found by their names and values, as
+    :func:`vantrel.detection.detect` tells.
+
     Args:
-        df: A frame with a row for each person; other columns than those named are left out of
-            samples. Not changed.
+        df: A table with a row for each person: a frame of pandas, or of polars, DuckDB or pyarrow,
+            whose values are taken as texts. Columns of no attribute are left out of samples. Not
+            changed.
         generate: Attributes that the table does not have but samples shall, in columns of the
             attributes' names.
         locales: Where the people are from if there is no column of countries, as locales of Faker
             or as countries; one is drawn for each person. British if None.
         config: Patterns of genders and titles, formats of phone numbers, lengths of passwords.
+        ignore: Columns that are not to be found.
+        detect: Whether columns are found beside those that are named.
         columns: The column of each attribute, as in ``gender="sex"``. The attributes are gender,
             title, firstname, lastname, fullname, email, username, password, mobile_number,
-            home_number, work_number and country. If there are none, the columns are found by their
-            names and values, as :func:`vantrel.detection.detect_columns` tells.
+            home_number, work_number and country.
 
     Returns:
-        A fitted model: ``model.sample(1000)`` gives a frame of 1,000 made-up people.
+        A fitted model: ``vantrel.sample(model, 1000)`` gives a frame of 1,000 made-up people.
+        ``model.params`` has the column of each attribute, ``model.meta.told_by`` what told it, and
+        ``model.meta.notes`` what samples will not have, and what was assumed; the notes are also
+        logged.
 
     Raises:
-        FittingError: An attribute or a column is not known, a column is there twice, holds missing
-            values only or unknown countries, or no column was found.
-        TypeError: The table is no frame, or there is one text in the place of a list.
-        ValueError: A locale is not known, or a column has nothing to learn from.
+        ArgumentTypeError: The table is none, or there is one text in the place of a list.
+        ArgumentError: An attribute is not known, or what is named does not go together.
+        FittingError: A column is not there, holds missing values only, unknown countries or nothing
+            to learn from, or no column was found.
+        UnknownPlaceError: A locale is not known.
+
+    Warns:
+        BorrowedNamesWarning: Faker has no names of some countries or locales.
     """
-    from vantrel.detection import detect_columns
+    from vantrel.detection import NOTHING
+    from vantrel.detection import detect as find
+    from vantrel.fitting.notes import notes
     from vantrel.model.models.person import PersonModel
-    from vantrel.util.locale.locale import refuse_unknown
+    from vantrel.sampling.places import places_of
+    from vantrel.util.locale.locale import refuse_unknown, told_before, warn_of_borrowed
 
-    _check_frame(df)
-    refuse_text(generate, "generate", "attributes")
-    refuse_text(locales, "locales", "locales")
-    generated = list(generate)
-    for attribute in (*columns, *generated):
-        refuse_unknown_attribute(attribute)
-    for attribute in generated:
-        if attribute in LEARNT_ATTRIBUTES and attribute not in columns:
-            raise FittingError(f"{attribute!r} must be learnt: name its column, {attribute}=...")
-    if not columns:
-        columns = detect_columns(df)
-    if not columns:
-        raise FittingError(f"No columns of people were found among {_listed(df)}: name them.")
-    check_columns(df, columns, "The table")
-    check_countries(df, columns)
+    table = as_frame(df)
+    named: dict[str, Any] = dict(columns)
+    generated = check_request(named, generate, ignore, locales, detect=detect)
+    config = config or PersonModelConfig()
     refuse_unknown(locales or ())
-    meta = make_person(columns, generated, locales)
-    return PersonModel(meta, config or PersonModelConfig()).fit(df)
-
-
-def _check_frame(df: object) -> None:
-    import pandas as pd
-
-    if not isinstance(df, pd.DataFrame):
-        raise TypeError(
-            f"A table is a pandas DataFrame, not {df!r:.50}: read a file with pandas.read_csv."
-        )
-    doubled = df.columns[df.columns.duplicated()].unique()
-    if len(doubled):
-        raise FittingError(
-            f"Columns are there twice: {', '.join(map(repr, doubled))}. Give each one name of its"
-            " own."
-        )
-
-
-def refuse_unknown_attribute(attribute: str) -> None:
-    """Makes sure that a person can have an attribute.
-
-    Raises:
-        FittingError: It cannot; the nearest one is named.
-    """
-    if attribute not in ATTRIBUTES:
-        raise FittingError(
-            f"{attribute!r} is no attribute of a person.{suggestion(attribute, ATTRIBUTES)} Known"
-            f" are: {', '.join(ATTRIBUTES)}."
-        )
-
-
-def make_person(
-    columns: dict[str, str], generated: Iterable[str], locales: Sequence[str] | None
-) -> Person:
-    """Describes a person by the table's columns; what else is generated is named as its attribute.
-
-    Raises:
-        ValueError: Two attributes share a column.
-    """
-    labels = PersonLabels(**{attribute: attribute for attribute in generated} | columns)
-    return Person("person", labels, locales=list(locales) if locales else None)
-
-
-def check_columns(df: pd.DataFrame, columns: dict[str, str], table: str) -> None:
-    """Makes sure that a table has the named columns, with at least one value in each.
-
-    Args:
-        df: The table.
-        columns: The column of each attribute.
-        table: What the error is to call the table, as the first words of a sentence.
-
-    Raises:
-        FittingError: A column is not there or holds missing values only.
-    """
-    for attribute, column in columns.items():
-        if column not in df.columns:
-            raise FittingError(
-                f"{table} has no column {column!r} for {attribute!r}."
-                f"{suggestion(column, df.columns)} Its columns are: {_listed(df)}."
-                f"{separator_hint(df)}"
-            )
-        if df[column].isna().all():
-            raise FittingError(
-                f"Column {column!r} of {table[0].lower()}{table[1:]} holds missing values only:"
-                f" leave {attribute!r} out."
-            )
-
-
-def _listed(df: pd.DataFrame) -> str:
-    return ", ".join(map(repr, df.columns))
-
-
-def separator_hint(df: pd.DataFrame) -> str:
-    """Tells, as sentences with a leading blank, if the one column looks like several."""
-    for separator, written, name in ((";", ";", "semicolons"), ("\t", r"\t", "tabs")):
-        if len(df.columns) == 1 and separator in str(df.columns[0]):
-            return (
-                f" It seems to be separated by {name}: save it as CSV UTF-8 (comma separated), or"
-                " convert it, as in python -c \"import pandas as pd; pd.read_csv('in.csv',"
-                f" sep='{written}', dtype=str, keep_default_na=False).to_csv('out.csv',"
-                ' index=False)".'
-            )
-    return ""
-
-
-def check_countries(
-    df: pd.DataFrame, columns: dict[str, str], way_out: str = "leave the column out"
-) -> None:
-    """Makes sure that every country is known, where there is a column of them.
-
-    Args:
-        df: The table.
-        columns: The column of each attribute.
-        way_out: What the user may do instead of correcting the cells.
-
-    Raises:
-        FittingError: Some are not; all of them are named, with the number of their rows.
-    """
-    from vantrel.util.locale.locale import refuse_unknown, unknown_places
-
-    if "country" not in columns:
-        return
-    column = columns["country"]
-    places = df[column].dropna().unique()
-    try:
-        refuse_unknown(places)
-    except ValueError as error:
-        rows = int(df[column].isin(unknown_places(places)).sum())
-        raise FittingError(
-            f"Column {column!r}: {error} Such rows: {rows:,} of {len(df):,}. Correct or empty these"
-            f" cells, or {way_out}."
-        ) from error
+    check_columns(table, named, ignore)
+    looks = detect and not separator_hint(table)
+    found = find(table, config, known=named, ignored=ignore) if looks else NOTHING
+    labels = {**found.columns, **named}
+    refuse_nothing(table, labels, found)
+    check_countries(table, labels)
+    meta = make_person(labels, generated, locales)
+    with told_before(), raised_by_model(FittingError, "The model cannot be fitted"):
+        model = PersonModel(meta, config).fit(table)
+    warn_of_borrowed(places_of(model))
+    meta.told_by = {choice.attribute: choice.reason for choice in found.choices}
+    meta.notes = notes(model, table, found, generated, located=bool(locales))
+    for note in meta.notes:
+        _log.info(note)
+    return model

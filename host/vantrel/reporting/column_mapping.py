@@ -6,8 +6,9 @@ from collections.abc import Collection, Mapping
 
 import pandas as pd
 
+from vantrel.attributes import NAMES, WORDS
 from vantrel.detection import detect
-from vantrel.reporting.labelled import NAMES, WORDS, LabelledTable
+from vantrel.reporting.labelled import LabelledTable
 
 _Columns = Mapping[str, str]
 

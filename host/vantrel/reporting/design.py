@@ -2,15 +2,14 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable
 from dataclasses import dataclass
 from functools import cached_property
 
 import pandas as pd
 
 from vantrel.config import PersonModelConfig
+from vantrel.genders import by_gender
 from vantrel.reporting.labelled import LabelledTable
-from vantrel.util.person import collections_from_mapping
 
 EVEN_SPELLINGS = (
     "The shares of genders are kept. The spellings of one gender are drawn evenly, and what is not"
@@ -27,8 +26,6 @@ BLANK_ROWS = (
     "Countries are missing at least as often as gender, as a row without a gender is blank."
 )
 UNLEARNT = "Gaps in what is made up, such as names, are not learnt: it is missing where gender is."
-
-_AMBIGUOUS = "A"
 
 
 @dataclass(frozen=True)
@@ -95,7 +92,9 @@ class Design:
         assert sampled is not None
         understood = sampled.unique()
         keys = dict(zip(understood, understood, strict=True))
-        for key, values in _by_gender(attribute, [*texts.unique(), *understood]).items():
+        for key, values in by_gender(
+            [*texts.unique(), *understood], PersonModelConfig(), attribute
+        ).items():
             keys |= dict.fromkeys(values, key)
         return texts.map(keys).dropna()
 
@@ -113,14 +112,10 @@ class Design:
     def _untitled_rate(self) -> float:
         titles = self.real.texts("title")
         assert titles is not None
-        titled = [key for key, values in _by_gender("title", titles.unique()).items() if values]
+        titled = [
+            key
+            for key, values in by_gender(titles.unique(), PersonModelConfig(), "title").items()
+            if values
+        ]
         with_title = self.genders(self._followed, "gender").isin(titled).sum()
         return 1 - int(with_title) / len(self._followed)
-
-
-def _by_gender(attribute: str, values: Iterable[str]) -> dict[str, list[str]]:
-    """Sorts genders or titles by the usual patterns."""
-    config = PersonModelConfig()
-    names = {"F": "female", "M": "male", "NB": "non_binary"}
-    patterns = {key: getattr(config, f"{attribute}_{name}_regex") for key, name in names.items()}
-    return collections_from_mapping(values, patterns, _AMBIGUOUS)

@@ -7,11 +7,12 @@ from dataclasses import dataclass
 
 import pandas as pd
 
-from vantrel.reporting.labelled import WORDS, LabelledTable
+from vantrel.attributes import WORDS
+from vantrel.reporting.labelled import LabelledTable
 
 
 @dataclass(frozen=True)
-class RepeatCount:
+class DuplicateCount:
     """How many there are and how many of them repeat an earlier one."""
 
     values: int
@@ -19,7 +20,7 @@ class RepeatCount:
 
 
 @dataclass(frozen=True)
-class Repeats:
+class Duplicates:
     """The repeats of whole rows, or of an attribute's values.
 
     Args:
@@ -30,25 +31,25 @@ class Repeats:
     """
 
     attribute: str | None
-    real: RepeatCount | None
-    sampled: RepeatCount | None
+    real: DuplicateCount | None
+    sampled: DuplicateCount | None
 
 
-def compare_rows(real: LabelledTable, sampled: LabelledTable) -> Repeats:
+def compare_rows(real: LabelledTable, sampled: LabelledTable) -> Duplicates:
     """Counts the rows that repeat an earlier one in every labelled column that both tables have.
 
     Rows without any value do not count.
     """
     common = [each for each in WORDS if real.has(each) and sampled.has(each)]
-    return Repeats(None, *(_of_rows(table, common) for table in (real, sampled)))
+    return Duplicates(None, *(_of_rows(table, common) for table in (real, sampled)))
 
 
-def compare_repeats(real: LabelledTable, sampled: LabelledTable, attribute: str) -> Repeats:
+def compare_duplicates(real: LabelledTable, sampled: LabelledTable, attribute: str) -> Duplicates:
     """Counts the values of an attribute that repeat an earlier one; missing ones do not count."""
-    return Repeats(attribute, *(_of(table.texts(attribute)) for table in (real, sampled)))
+    return Duplicates(attribute, *(_of(table.texts(attribute)) for table in (real, sampled)))
 
 
-def _of_rows(table: LabelledTable, attributes: Sequence[str]) -> RepeatCount | None:
+def _of_rows(table: LabelledTable, attributes: Sequence[str]) -> DuplicateCount | None:
     if not attributes:
         return None
     labelled = [table.columns[attribute] for attribute in attributes]
@@ -57,10 +58,10 @@ def _of_rows(table: LabelledTable, attributes: Sequence[str]) -> RepeatCount | N
     for column in labelled:
         # A row that stands alone in one column repeats no other: few are left to be compared.
         alike = alike[alike[column].duplicated(keep=False)]
-    return RepeatCount(len(rows), int(alike.duplicated().sum()))
+    return DuplicateCount(len(rows), int(alike.duplicated().sum()))
 
 
-def _of(values: pd.Series | None) -> RepeatCount | None:
+def _of(values: pd.Series | None) -> DuplicateCount | None:
     if values is None:
         return None
-    return RepeatCount(len(values), int(values.duplicated().sum()))
+    return DuplicateCount(len(values), int(values.duplicated().sum()))

@@ -4,18 +4,17 @@ from __future__ import annotations
 
 from dataclasses import dataclass
 
-from vantrel.reporting.labelled import WORDS, LabelledTable
+from vantrel.attributes import LEARNT, UNIQUE, WORDS
 from vantrel.reporting.design import Design
-from vantrel.reporting.missing import Gaps, compare_gaps
+from vantrel.reporting.duplicates import Duplicates, compare_duplicates, compare_rows
+from vantrel.reporting.frequencies import Frequencies, compare_frequencies
+from vantrel.reporting.labelled import LabelledTable
 from vantrel.reporting.lengths import Lengths, compare_lengths
+from vantrel.reporting.missing import MissingRates, compare_missing_rates
 from vantrel.reporting.names import Places, frequent_names
-from vantrel.reporting.overlap import Reappearance, are_unchecked, reappearing_names
-from vantrel.reporting.duplicates import Repeats, compare_repeats, compare_rows
-from vantrel.reporting.frequencies import Shares, compare_shares
+from vantrel.reporting.overlap import Overlap, are_unchecked, name_overlaps
 
-SHARED = ("gender", "title", "country")
-MEASURED = ("username", "email")
-DISTINCT = ("username", "email", "fullname")
+DISTINCT = (*UNIQUE, "fullname")
 
 
 @dataclass(frozen=True)
@@ -29,16 +28,16 @@ class Figures:
 
     real_rows: int
     sampled_rows: int
-    shares: tuple[Shares, ...]
-    gaps: tuple[Gaps, ...]
+    frequencies: tuple[Frequencies, ...]
+    missing_rates: tuple[MissingRates, ...]
     names: Places
     lengths: tuple[Lengths, ...]
-    repeats: tuple[Repeats, ...]
-    reappearing: tuple[Reappearance, ...]
+    duplicates: tuple[Duplicates, ...]
+    overlaps: tuple[Overlap, ...]
     has_unchecked_names: bool
 
 
-def compare(
+def compare_tables(
     real: LabelledTable, sampled: LabelledTable, *, has_conditions: bool = False
 ) -> Figures:
     """Compares a real table with a sample of it.
@@ -52,17 +51,17 @@ def compare(
     """
     design = Design(real, sampled, has_conditions)
     there = [attribute for attribute in WORDS if real.has(attribute) or sampled.has(attribute)]
-    reappearing = reappearing_names(real, sampled)
+    reappearing = name_overlaps(real, sampled)
     return Figures(
         len(real),
         len(sampled),
-        tuple(compare_shares(design, each) for each in SHARED if each in there),
-        tuple(compare_gaps(design, each) for each in there),
+        tuple(compare_frequencies(design, each) for each in LEARNT if each in there),
+        tuple(compare_missing_rates(design, each) for each in there),
         frequent_names(real, sampled),
-        tuple(compare_lengths(real, sampled, each) for each in MEASURED if each in there),
+        tuple(compare_lengths(real, sampled, each) for each in UNIQUE if each in there),
         (
             compare_rows(real, sampled),
-            *(compare_repeats(real, sampled, each) for each in DISTINCT if each in there),
+            *(compare_duplicates(real, sampled, each) for each in DISTINCT if each in there),
         ),
         reappearing,
         are_unchecked(real, sampled, reappearing),

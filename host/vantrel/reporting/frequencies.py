@@ -8,8 +8,8 @@ import numpy as np
 import numpy.typing as npt
 import pandas as pd
 
-from vantrel.reporting.labelled import column_names, most_frequent
 from vantrel.reporting.design import CONDITIONS, EVEN_SPELLINGS, EVEN_TITLES, Design
+from vantrel.reporting.labelled import column_names, most_frequent
 
 # A column that holds another value in every row must not make a page of as many lines.
 MOST_SHARES = 200
@@ -29,7 +29,7 @@ Floats = npt.NDArray[np.float64]
 
 
 @dataclass(frozen=True)
-class Share:
+class Frequency:
     """How frequent a value is.
 
     Args:
@@ -44,7 +44,7 @@ class Share:
 
 
 @dataclass(frozen=True)
-class Shares:
+class Frequencies:
     """The shares of a column's values, real beside sampled.
 
     Args:
@@ -64,7 +64,7 @@ class Shares:
     real_rows: int | None
     sampled_rows: int | None
     values: int
-    shares: tuple[Share, ...]
+    shares: tuple[Frequency, ...]
     distance: float | None
     limit: float | None
     by_design: str | None = None
@@ -72,15 +72,15 @@ class Shares:
     @property
     def is_by_chance(self) -> bool:
         """Whether the distance is one that chance explains."""
-        return _is_within(self.distance, self.limit)
+        return is_within(self.distance, self.limit)
 
 
-def compare_shares(design: Design, attribute: str) -> Shares:
+def compare_frequencies(design: Design, attribute: str) -> Frequencies:
     """Compares how frequent the values of an attribute are; missing ones do not count."""
     real, sampled = design.real, design.sampled
     real_values, sampled_values = real.texts(attribute), sampled.texts(attribute)
     values, p, q = _distributions(real_values, sampled_values)
-    found = Shares(
+    found = Frequencies(
         attribute,
         column_names(real, sampled, attribute),
         None if real_values is None else len(real_values),
@@ -92,7 +92,7 @@ def compare_shares(design: Design, attribute: str) -> Shares:
     return found if found.is_by_chance else replace(found, by_design=_reason(found, design))
 
 
-def _reason(shares: Shares, design: Design) -> str | None:
+def _reason(shares: Frequencies, design: Design) -> str | None:
     if shares.distance is None:
         return None
     if shares.attribute == "title":
@@ -103,7 +103,7 @@ def _reason(shares: Shares, design: Design) -> str | None:
         return None
     genders = [design.genders(each, "gender") for each in (design.real, design.sampled)]
     _, p, q = _distributions(*genders)
-    return EVEN_SPELLINGS if _is_within(*_distance(p, q, genders[1])) else None
+    return EVEN_SPELLINGS if is_within(*_distance(p, q, genders[1])) else None
 
 
 def _distributions(
@@ -125,7 +125,8 @@ def _distance(
     return total_variation(p, q), chance_limit(p, len(sampled))
 
 
-def _is_within(distance: float | None, limit: float | None) -> bool:
+def is_within(distance: float | None, limit: float | None) -> bool:
+    """Tells whether a distance is one that chance explains."""
     return distance is not None and limit is not None and distance <= limit + _ROUNDING
 
 
@@ -140,11 +141,11 @@ def _normalised(counts: Floats) -> Floats | None:
 
 def _most_frequent_shares(
     values: pd.Index, p: Floats | None, q: Floats | None
-) -> tuple[Share, ...]:
+) -> tuple[Frequency, ...]:
     none = np.zeros(len(values))
     greater = np.maximum(none if p is None else p, none if q is None else q)
     return tuple(
-        Share(
+        Frequency(
             str(values[place]),
             None if p is None else float(p[place]),
             None if q is None else float(q[place]),
@@ -187,6 +188,6 @@ def chance_limit(p: Floats, rows: int) -> float:
         The limit, at most 1.
     """
     samples = min(max(_SIMULATED_COUNTS // len(p), _FEWEST_SAMPLES), _MOST_SAMPLES)
-    draw = np.random.default_rng(0).multinomial
-    distances = [total_variation(p, draw(rows, p) / rows) for _ in range(samples)]
+    drawn = np.random.default_rng(0).multinomial(rows, p, samples) / rows
+    distances = np.minimum(np.abs(drawn - p).sum(axis=1) / 2, 1.0)
     return float(np.quantile(distances, 1 - RISK, method="higher"))

@@ -7,23 +7,6 @@ from dataclasses import dataclass
 
 import pandas as pd
 
-# The attributes as a reader knows them.
-WORDS = {
-    "gender": "Gender",
-    "title": "Title",
-    "firstname": "First name",
-    "lastname": "Last name",
-    "fullname": "Full name",
-    "email": "E-mail address",
-    "username": "Username",
-    "password": "Password",
-    "mobile_number": "Mobile number",
-    "home_number": "Home number",
-    "work_number": "Work number",
-    "country": "Country",
-}
-NAMES = ("firstname", "lastname", "fullname")
-
 
 @dataclass(frozen=True)
 class LabelledTable:

@@ -2,16 +2,17 @@
 
 from __future__ import annotations
 
-import math
 from dataclasses import dataclass, replace
 
-from vantrel.reporting.labelled import LabelledTable, column_names
+import numpy as np
+
 from vantrel.reporting.design import Design
-from vantrel.reporting.frequencies import RISK
+from vantrel.reporting.frequencies import chance_limit, is_within
+from vantrel.reporting.labelled import LabelledTable, column_names
 
 
 @dataclass(frozen=True)
-class Gaps:
+class MissingRates:
     """The missing rates of a column.
 
     Args:
@@ -20,8 +21,7 @@ class Gaps:
         real: The share of real rows without a value, from 0 to 1; None where the real table has
             no such column or no rows.
         sampled: The same of the sample.
-        chance: How probable such a difference is at most by chance, see :func:`chance_of`; None
-            where a rate is.
+        limit: What the difference stays within by chance; None where a rate is.
         by_design: Why the rates differ by more, if the sample's is one that the model is meant to
             make; else None.
     """
@@ -30,7 +30,7 @@ class Gaps:
     column: str
     real: float | None
     sampled: float | None
-    chance: float | None
+    limit: float | None
     by_design: str | None = None
 
     @property
@@ -43,19 +43,21 @@ class Gaps:
     @property
     def is_beyond_chance(self) -> bool:
         """Whether chance makes such a difference less often than once in a hundred samples."""
-        return self.chance is not None and self.chance < RISK
+        return self.difference is not None and not is_within(abs(self.difference), self.limit)
 
 
-def compare_gaps(design: Design, attribute: str) -> Gaps:
+def compare_missing_rates(design: Design, attribute: str) -> MissingRates:
     """Compares the missing rates of an attribute."""
     real, sampled = design.real, design.sampled
     rate, sampled_rate = (_rate(table, attribute) for table in (real, sampled))
-    found = Gaps(attribute, column_names(real, sampled, attribute), rate, sampled_rate, None)
+    found = MissingRates(
+        attribute, column_names(real, sampled, attribute), rate, sampled_rate, None
+    )
     if rate is None or sampled_rate is None:
         return found
-    found = replace(found, chance=chance_of(sampled_rate, rate, len(sampled)))
+    found = replace(found, limit=_limit(rate, len(sampled)))
     meant, reason = design.gap(attribute, rate, sampled_rate)
-    if meant is None or chance_of(sampled_rate, meant, len(sampled)) < RISK:
+    if meant is None or not is_within(abs(sampled_rate - meant), _limit(meant, len(sampled))):
         return found
     return replace(found, by_design=reason if found.is_beyond_chance else None)
 
@@ -66,27 +68,9 @@ def _rate(table: LabelledTable, attribute: str) -> float | None:
     return float(table.values(attribute).isna().mean())
 
 
-def chance_of(found: float, expected: float, rows: int) -> float:
-    """Bounds the probability that chance moves a rate at least as far, to the same side.
+def _limit(rate: float, rows: int) -> float:
+    """What the missing rate of a sample differs from the real one by chance, 99 times in 100.
 
-    Of rows drawn one by one that are missing with probability ``q``, a share of ``p`` or further
-    from ``q`` is missing with a probability of at most ``exp(-rows * D)``, where ``D`` is the
-    relative entropy ``p * log(p / q) + (1 - p) * log((1 - p) / (1 - q))`` (Hoeffding,
-    "Probability inequalities for sums of bounded random variables", 1963, theorem 1).
-
-    Args:
-        found: The rate in the sample, ``p``, from 0 to 1.
-        expected: The rate in the real table, ``q``, from 0 to 1.
-        rows: How many rows the sample has.
-
-    Returns:
-        The bound, from 0 to 1.
+    It is the distance of two distributions over two values, missing or not.
     """
-    entropy = _relative(found, expected) + _relative(1 - found, 1 - expected)
-    return math.exp(-rows * max(entropy, 0.0))
-
-
-def _relative(p: float, q: float) -> float:
-    if p == 0:
-        return 0.0
-    return p * math.log(p / q) if q else math.inf
+    return chance_limit(np.array([rate, 1 - rate]), rows)

@@ -7,13 +7,14 @@ from dataclasses import dataclass
 
 import pandas as pd
 
-from vantrel.reporting.labelled import NAMES, LabelledTable
+from vantrel.attributes import NAMES
+from vantrel.reporting.labelled import LabelledTable
 
 MOST_EXAMPLES = 5
 
 
 @dataclass(frozen=True)
-class Reappearance:
+class Overlap:
     """How many of the real table's names are in the sample.
 
     Names are compared without regard to case and to the amount of white space.
@@ -38,7 +39,7 @@ class Reappearance:
     examples: tuple[str, ...]
 
 
-def reappearing_names(real: LabelledTable, sampled: LabelledTable) -> tuple[Reappearance, ...]:
+def name_overlaps(real: LabelledTable, sampled: LabelledTable) -> tuple[Overlap, ...]:
     """Looks for the real table's names in the sample, one entry for each kind that both have.
 
     Where only one of them has a column of full names, those of the other are its first and last
@@ -55,9 +56,7 @@ def reappearing_names(real: LabelledTable, sampled: LabelledTable) -> tuple[Reap
     return tuple(found)
 
 
-def are_unchecked(
-    real: LabelledTable, sampled: LabelledTable, found: Sequence[Reappearance]
-) -> bool:
+def are_unchecked(real: LabelledTable, sampled: LabelledTable, found: Sequence[Overlap]) -> bool:
     """Tells whether the sample has names that none of the real table are known for.
 
     Where it has whole names, parts of them that were looked for do not count.
@@ -102,10 +101,10 @@ _KINDS = (
 )
 
 
-def _reappearance(kind: str, is_whole: bool, real: pd.Series, sampled: pd.Series) -> Reappearance:
+def _reappearance(kind: str, is_whole: bool, real: pd.Series, sampled: pd.Series) -> Overlap:
     spellings = _spellings(real)
     shared = _rows_of(sampled, spellings.index)
-    return Reappearance(
+    return Overlap(
         kind,
         is_whole,
         len(spellings),

@@ -7,16 +7,15 @@ from dataclasses import dataclass
 
 from jinja2 import Environment, PackageLoader, StrictUndefined
 
-from vantrel.sampling.record import SampleRecord
-from vantrel.reporting import wording
-from vantrel.reporting.labelled import WORDS
+from vantrel import wording
+from vantrel.attributes import WORDS
 from vantrel.reporting.figures import Figures
+from vantrel.reporting.frequencies import MOST_SHARES, Frequencies, Frequency
 from vantrel.reporting.lengths import LengthBin, Lengths
 from vantrel.reporting.names import MOST_NAMES, MOST_PLACES
-from vantrel.reporting.provenance import origin
 from vantrel.reporting.overlap import MOST_EXAMPLES
-from vantrel.reporting.frequencies import MOST_SHARES, Share, Shares
-from vantrel.reporting.verdicts import UNCHECKED_NAMES, verdicts, why_not_compared
+from vantrel.reporting.provenance import Provenance
+from vantrel.reporting.verdicts import unchecked_names, verdicts, why_not_compared
 
 # More bars than these hide what they show; further values stand in a list that can be opened.
 MOST_BARS = 12
@@ -33,7 +32,7 @@ class Sources:
     sampled: str
 
 
-def render(figures: Figures, sources: Sources, record: SampleRecord | None) -> str:
+def render(figures: Figures, sources: Sources, made: Provenance | None) -> str:
     """Makes one HTML page that needs nothing else: no script, no network, no other file.
 
     The same arguments give the same text. Values of the tables are escaped.
@@ -41,7 +40,7 @@ def render(figures: Figures, sources: Sources, record: SampleRecord | None) -> s
     Args:
         figures: What is shown.
         sources: Which tables were compared.
-        record: How the sample was made, if that is known.
+        made: How the sample was made, if that is known.
     """
     environment = Environment(
         loader=PackageLoader("vantrel.reporting", "template"),
@@ -50,7 +49,6 @@ def render(figures: Figures, sources: Sources, record: SampleRecord | None) -> s
         trim_blocks=True,
         lstrip_blocks=True,
     )
-    made = None if record is None else origin(record, figures.sampled_rows)
     environment.filters |= {
         name: getattr(wording, name)
         for name in ("number", "counted", "percent", "distance", "points", "shown", "listed")
@@ -66,7 +64,7 @@ def render(figures: Figures, sources: Sources, record: SampleRecord | None) -> s
         scale=scale,
         ticks=ticks,
         why_not_compared=why_not_compared,
-        unchecked_names=UNCHECKED_NAMES,
+        unchecked_names=unchecked_names(),
         most_shares=MOST_SHARES,
         most_names=MOST_NAMES,
         most_places=MOST_PLACES,
@@ -74,13 +72,13 @@ def render(figures: Figures, sources: Sources, record: SampleRecord | None) -> s
     )
 
 
-def bars(shares: Shares) -> tuple[Share, ...]:
+def bars(shares: Frequencies) -> tuple[Frequency, ...]:
     """The values that get bars; a value is not left out if it would be the only one."""
     fits = shares.values <= MOST_BARS + 1
     return shares.shares if fits else shares.shares[:MOST_BARS]
 
 
-def scale(items: Sequence[Share | LengthBin]) -> float:
+def scale(items: Sequence[Frequency | LengthBin]) -> float:
     """The share that is as long as the chart: the greatest, or 1 where there is none."""
     shares = [share for each in items for share in (each.real, each.sampled) if share]
     return max(shares, default=1.0)

@@ -32,7 +32,7 @@ class Version:
 
 
 @dataclass(frozen=True)
-class Origin:
+class Provenance:
     """How a sample was made.
 
     Args:
@@ -52,7 +52,7 @@ class Origin:
     rows_now: int | None
 
 
-def origin(record: SampleRecord, rows: int) -> Origin:
+def provenance(record: SampleRecord, rows: int) -> Provenance:
     """Tells how a sample was made.
 
     Args:
@@ -67,7 +67,7 @@ def origin(record: SampleRecord, rows: int) -> Origin:
         *((_words(name), _option(value)) for name, value in sorted(record.options.items())),
         ("SHA-256 of the model", record.model_sha256),
     ]
-    return Origin(
+    return Provenance(
         record.seed,
         record.options.get("conditions"),
         tuple(facts),

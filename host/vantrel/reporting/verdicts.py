@@ -5,26 +5,30 @@ from __future__ import annotations
 from collections.abc import Sequence
 from dataclasses import dataclass
 
-from vantrel.reporting.labelled import WORDS
+from vantrel.attributes import NAMES, UNIQUE, WORDS
+from vantrel.hints import argument
+from vantrel.reporting.duplicates import Duplicates
 from vantrel.reporting.figures import Figures
-from vantrel.reporting.missing import Gaps
-from vantrel.reporting.provenance import Origin
-from vantrel.reporting.duplicates import Repeats
-from vantrel.reporting.frequencies import Shares
-from vantrel.reporting.wording import counted, distance, listed, percent, points, shown
+from vantrel.reporting.frequencies import Frequencies
+from vantrel.reporting.missing import MissingRates
+from vantrel.reporting.provenance import Provenance
+from vantrel.wording import counted, distance, listed, percent, points, shown
 
 FINE = "fine"
 LOOK = "look"
 KNOWN = "known"
 OPEN = "open"
 
-UNCHECKED_NAMES = (
+_UNCHECKED_NAMES = (
     "Which columns of the real table hold whole names is not known. If there are any, name them:"
-    " --column firstname=COLUMN --column lastname=COLUMN, or --column fullname=COLUMN."
+    " {firstname} and {lastname}, or {fullname}."
 )
 
-# What no two people should share; names may well.
-_KEYS = ("username", "email")
+
+def unchecked_names() -> str:
+    """Tells that real names were not looked for, and how they can be."""
+    named = {attribute: argument(attribute, "COLUMN") for attribute in NAMES}
+    return _UNCHECKED_NAMES.format_map(named)
 
 
 @dataclass(frozen=True)
@@ -47,21 +51,21 @@ class Verdict:
     section: str
 
 
-def verdicts(figures: Figures, origin: Origin | None) -> list[Verdict]:
+def verdicts(figures: Figures, origin: Provenance | None) -> list[Verdict]:
     """Judges what was compared; what no table holds has no verdict.
 
     Args:
         figures: What was compared.
         origin: How the sample was made, if that is known.
     """
-    found = [_of_shares(shares) for shares in figures.shares]
-    found += _of_gaps(figures.gaps)
-    found += _of_repeats(figures.repeats)
+    found = [_of_shares(shares) for shares in figures.frequencies]
+    found += _of_gaps(figures.missing_rates)
+    found += _of_repeats(figures.duplicates)
     found += _of_reappearing(figures)
     return [*found, _of_origin(origin)]
 
 
-def _of_shares(shares: Shares) -> Verdict:
+def _of_shares(shares: Frequencies) -> Verdict:
     about = f"{WORDS[shares.attribute]} shares"
     if shares.distance is None or shares.limit is None:
         return Verdict(about, "none", OPEN, why_not_compared(shares), "shares")
@@ -75,7 +79,7 @@ def _of_shares(shares: Shares) -> Verdict:
     return Verdict(about, distance(shares.distance), LOOK, words, "shares")
 
 
-def why_not_compared(shares: Shares) -> str:
+def why_not_compared(shares: Frequencies) -> str:
     """Tells which table lacks the column or any value of it."""
     sides = (("real table", shares.real_rows), ("sample", shares.sampled_rows))
     without = [name for name, rows in sides if rows is None]
@@ -85,7 +89,7 @@ def why_not_compared(shares: Shares) -> str:
     return f"Not compared: {empty} {'has' if 'and' not in empty else 'have'} no value."
 
 
-def _of_gaps(gaps: Sequence[Gaps]) -> list[Verdict]:
+def _of_gaps(gaps: Sequence[MissingRates]) -> list[Verdict]:
     compared = [each for each in gaps if each.difference is not None]
     if not compared:
         return []
@@ -103,8 +107,8 @@ def _of_gaps(gaps: Sequence[Gaps]) -> list[Verdict]:
     return [Verdict("Missing values", figure, state, words, "missing")]
 
 
-def _of_repeats(repeats: Sequence[Repeats]) -> list[Verdict]:
-    keys = [each for each in repeats if each.attribute in _KEYS and each.sampled]
+def _of_repeats(repeats: Sequence[Duplicates]) -> list[Verdict]:
+    keys = [each for each in repeats if each.attribute in UNIQUE and each.sampled]
     judged = keys or [each for each in repeats if each.attribute is None and each.sampled]
     if not any(each.sampled and each.sampled.values for each in judged):
         return []
@@ -126,11 +130,9 @@ def _of_repeats(repeats: Sequence[Repeats]) -> list[Verdict]:
 def _of_reappearing(figures: Figures) -> list[Verdict]:
     about = "Real full names in the sample"
     if figures.has_unchecked_names:
-        return [Verdict(about, "not checked", OPEN, UNCHECKED_NAMES, "real-names")]
+        return [Verdict(about, "not checked", OPEN, unchecked_names(), "real-names")]
     whole = [
-        each
-        for each in figures.reappearing
-        if each.is_whole and each.real_names and each.sampled_rows
+        each for each in figures.overlaps if each.is_whole and each.real_names and each.sampled_rows
     ]
     if not whole:
         return []
@@ -145,7 +147,7 @@ def _of_reappearing(figures: Figures) -> list[Verdict]:
     return [Verdict(about, counted(most.bearing, "row"), LOOK, words, "real-names")]
 
 
-def _of_origin(origin: Origin | None) -> Verdict:
+def _of_origin(origin: Provenance | None) -> Verdict:
     about = "How it was made"
     if origin is None:
         words = "There is no record beside the sample of how it was made."

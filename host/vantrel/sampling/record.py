@@ -5,39 +5,27 @@ from __future__ import annotations
 import json
 from dataclasses import asdict, dataclass, field, fields
 from pathlib import Path
-from typing import Any
+from typing import Annotated, Any, Literal
 
+import msgspec
+
+from vantrel.errors import RecordError
+from vantrel.hints import why_unreadable
 from vantrel.storage.files import replacing
-from vantrel.util.shapes import ShapeError, integer, mapping_of, one_of, refuse, text
-from vantrel.util.shapes import record as object_of
 from vantrel.versions import versions
-
-FORMAT = "vantrel-sample"
-SCHEMA_VERSION = 1
+from vantrel.wording import shown
 
 
-def _count(value: Any, where: str) -> None:
-    if type(value) is not int or value < 0:
-        refuse(value, where, "an integer from 0 on")
-
-
-_FILE = object_of(
-    {
-        "format": one_of(FORMAT),
-        "schema_version": integer(SCHEMA_VERSION, SCHEMA_VERSION),
-        "model": text(),
-        "model_sha256": text(),
-        "rows": _count,
-        "seed": _count,
-        "columns": mapping_of(text()),
-        "options": mapping_of(lambda _value, _where: None),
-        "versions": mapping_of(text()),
-    }
-)
-
-
-class RecordError(ValueError):
-    """A file holds no record that this version can use."""
+class _File(msgspec.Struct, forbid_unknown_fields=True):
+    format: Literal["vantrel-sample"]
+    schema_version: Literal[1]
+    model: str
+    model_sha256: str
+    rows: Annotated[int, msgspec.Meta(ge=0)]
+    seed: Annotated[int, msgspec.Meta(ge=0)]
+    columns: dict[str, str]
+    options: dict[str, Any]
+    versions: dict[str, str]
 
 
 @dataclass(frozen=True)
@@ -83,7 +71,7 @@ def write_record(record: SampleRecord, output: Path, *, unfinished: bool = False
     Raises:
         OSError: The file cannot be written.
     """
-    form = {"format": FORMAT, "schema_version": SCHEMA_VERSION, **asdict(record)}
+    form = {"format": "vantrel-sample", "schema_version": 1, **asdict(record)}
     with replacing(record_path(output, unfinished=unfinished)) as file:
         file.write(json.dumps(form, ensure_ascii=False, allow_nan=False, indent=2) + "\n")
 
@@ -99,16 +87,14 @@ def read_record(output: Path, *, unfinished: bool = False) -> SampleRecord | Non
     """
     path = record_path(output, unfinished=unfinished)
     try:
-        form = json.loads(path.read_text(encoding="utf-8"))
-        _FILE(form, "it")
+        form = msgspec.json.decode(path.read_bytes(), type=_File)
     except (FileNotFoundError, NotADirectoryError):
         return None
     except OSError as error:
-        raise RecordError(f"{path} cannot be read: {error.strerror or error}.") from error
-    except ShapeError as error:
+        raise RecordError(f"{path} {why_unreadable(path, error)}") from error
+    except (msgspec.DecodeError, RecursionError) as error:
         raise RecordError(
-            f"{path} is no record of a sample that this version knows: {error} Move it away."
+            f"{path} is no record of a sample that this version knows ({shown(error)}): move it"
+            " away."
         ) from error
-    except (ValueError, RecursionError) as error:
-        raise RecordError(f"{path} is no record of a sample: no JSON. Move it away.") from error
-    return SampleRecord(**{each.name: form[each.name] for each in fields(SampleRecord)})
+    return SampleRecord(**{each.name: getattr(form, each.name) for each in fields(SampleRecord)})

@@ -2,7 +2,9 @@
 
 from __future__ import annotations
 
+import logging
 import random
+import secrets
 import threading
 from collections.abc import Iterator
 from contextlib import contextmanager
@@ -14,11 +16,12 @@ import numpy as np
 from faker import Faker
 
 import vantrel.model.models.person as person
-from vantrel.model.exceptions import ModelNotFittedError
+from vantrel.errors import ArgumentError, ArgumentTypeError, ModelNotFittedError
 
 if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel
 
+_log = logging.getLogger(__name__)
 
 # The sources that belong to the process can serve one sample at a time.
 _in_use = threading.Lock()
@@ -37,10 +40,18 @@ def seed_everything(model: PersonModel, seed: int | np.random.SeedSequence) -> N
         seed: An integer from 0 on, of any size, or a sequence made from one.
 
     Raises:
-        TypeError: The seed is neither.
-        ValueError: The seed is negative.
+        ArgumentTypeError: The seed is neither.
+        ArgumentError: The seed is negative.
     """
     _seed(model, seed, random)
+
+
+def given_or_drawn(seed: int | None) -> int:
+    """Gives the seed, or draws one and logs it, so that the same sample can be made again."""
+    if seed is None:
+        seed = secrets.randbits(32)
+        _log.info("The seed is %d.", seed)
+    return seed
 
 
 @contextmanager
@@ -119,9 +130,9 @@ def _checked(seed: int | np.random.SeedSequence) -> np.random.SeedSequence:
     if isinstance(seed, np.random.SeedSequence):
         return np.random.SeedSequence(seed.entropy, spawn_key=seed.spawn_key)
     if isinstance(seed, bool) or not isinstance(seed, int | np.integer):
-        raise TypeError(f"A seed is an integer from 0 on, not {seed!r}.")
+        raise ArgumentTypeError(f"A seed is an integer from 0 on, not {seed!r}.")
     if seed < 0:
-        raise ValueError(f"A seed is an integer from 0 on, not {seed}.")
+        raise ArgumentError(f"A seed is an integer from 0 on, not {seed}.")
     return np.random.SeedSequence(int(seed))
 
 

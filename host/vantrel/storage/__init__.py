@@ -1,1 +1,1 @@
-"""Keeps what outlasts the process: model files, settings, files that are written whole or not at all."""
+"""Keeps what outlasts the process: model files, settings, and files written whole or not at all."""

@@ -8,6 +8,9 @@ from contextlib import contextmanager
 from pathlib import Path
 from typing import IO, Any
 
+from vantrel.errors import OverwriteError
+from vantrel.hints import argument
+
 
 @contextmanager
 def replacing(path: Path, *, binary: bool = False) -> Iterator[IO[Any]]:
@@ -32,6 +35,20 @@ def replacing(path: Path, *, binary: bool = False) -> Iterator[IO[Any]]:
         error.filename = str(path)
         del error.filename2
         raise
+
+
+def refuse_overwriting(output: Path, *sources: Path, force: bool = False) -> None:
+    """Makes sure that writing the output loses nothing.
+
+    Raises:
+        OverwriteError: It is a file to read or a folder, or it is there and ``force`` is not given.
+    """
+    if any(same_file(source, output) for source in sources):
+        raise OverwriteError(f"{output} is the file to read: write to another one.")
+    if output.is_dir():
+        raise OverwriteError(f"{output} is a folder: name a file in it.")
+    if output.exists() and not is_special(output) and not force:
+        raise OverwriteError(f"{output} is there already: add {argument('force')} to overwrite it.")
 
 
 def refuse_missing_folder(path: Path) -> None:

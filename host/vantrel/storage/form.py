@@ -1,190 +1,180 @@
-"""What the dictionary form of a model of people must be before a model is made of it.
+"""What a model file must hold, as the types that it is decoded into.
 
-The form comes from a file that anybody may have written. So every value is checked here, with the
-path to it, before a class of the package sees it. No name from the form ever becomes the name of an
-attribute, unless it is one of those listed here.
+The file may be anybody's: no class of the model sees a value that does not fit here. An unknown key
+is refused, so no name from it becomes the name of an attribute, and what costs far more to use than
+to write is limited.
 """
 
 from __future__ import annotations
 
 import math
-from dataclasses import fields
-from typing import Any
+from typing import Annotated, Any, Literal
 
-from vantrel.config import PersonLabels
+from msgspec import UNSET, Meta, Struct, UnsetType, defstruct, structs
+
+from vantrel.attributes import ATTRIBUTES, LEARNT
+from vantrel.hints import listed
 from vantrel.util.locale.locale import refuse_unknown
-from vantrel.util.regex.safety import UnsafePatternError, check_pattern
-from vantrel.util.shapes import (
-    ShapeError,
-    integer,
-    list_of,
-    mapping_of,
-    number,
-    one_of,
-    or_null,
-    record,
-    refuse,
-    text,
+
+SCHEMA_VERSION = 1
+
+Share = Annotated[float, Meta(ge=0, le=1)]
+Weight = Annotated[float, Meta(ge=0)]
+ColumnName = Annotated[str, Meta(min_length=1, max_length=1_000)]
+Template = Annotated[str, Meta(max_length=1_000)]
+Pattern = Annotated[str, Meta(max_length=5_000)]
+Category = Annotated[str, Meta(max_length=1_000)]
+Place = Annotated[str, Meta(max_length=200)]
+MOST_PLACES = 2_000  # a generator of names is made for each
+PasswordLength = Annotated[int, Meta(ge=0, le=4_096)]
+Version = Annotated[str, Meta(max_length=100, pattern="^[ -~]*$")]
+GenderKey = Literal["F", "M", "NB", "A"]
+
+
+class _Form(Struct, forbid_unknown_fields=True):
+    """An object of the file. What its constructor raises comes with the path to it."""
+
+
+class Settings(_Form):
+    """The fields of a configuration; what is not set is the default."""
+
+    gender_female_regex: Pattern | UnsetType = UNSET
+    gender_male_regex: Pattern | UnsetType = UNSET
+    gender_non_binary_regex: Pattern | UnsetType = UNSET
+    title_female_regex: Pattern | UnsetType = UNSET
+    title_male_regex: Pattern | UnsetType = UNSET
+    title_non_binary_regex: Pattern | UnsetType = UNSET
+    genders: list[GenderKey] | UnsetType = UNSET
+    mobile_number_format: Template | UnsetType = UNSET
+    home_number_format: Template | UnsetType = UNSET
+    work_number_format: Template | UnsetType = UNSET
+    dict_cache_size: Annotated[int, Meta(ge=0, le=10**18)] | UnsetType = UNSET
+    pwd_length: tuple[PasswordLength, PasswordLength] | UnsetType = UNSET
+
+    def __post_init__(self) -> None:
+        if self.pwd_length and self.pwd_length[0] > self.pwd_length[1]:
+            raise ValueError(f"The greatest of the lengths {list(self.pwd_length)} comes second")
+
+
+Labels: Any = defstruct(
+    "Labels", [(attribute, ColumnName | None, None) for attribute in ATTRIBUTES], bases=(_Form,)
 )
-from vantrel.util.strict_json import MOST_DIGITS, inside, shown
-
-_GENDER_KEYS = ("F", "M", "NB", "A")
-_LEARNT = ("gender", "title", "country")
-_LONGEST_NAME = 1_000
-_LONGEST_TEMPLATE = 1_000
-_LONGEST_CATEGORY = 1_000
-_LONGEST_PLACE = 200
-_MOST_PLACES = 2_000  # a generator of names is made for each
-_LONGEST_PASSWORD = 4_096
 
 
-def check_model(form: Any, where: str) -> None:
-    """Makes sure that a dictionary form is that of a model that can be sampled.
+class Texts(_Form, tag_field="type", tag="string"):
+    """What is known of a column of genders or titles."""
 
-    Args:
-        form: The form.
-        where: The path to it in its file.
-
-    Raises:
-        ShapeError: Something is missing, not known, of a wrong type or does not fit the rest.
-    """
-    _MODEL(form, where)
-    _check_children(form["meta"], inside(where, "meta"))
-    _check_country(form, where)
+    name: str
+    nan_freq: Share | None
+    categories: list[Category]
 
 
-def _column_name(value: Any, where: str) -> None:
-    text(_LONGEST_NAME)(value, where)
-    if not value:
-        refuse(value, where, "the name of a column")
+class Countries(_Form, tag_field="type", tag="nominal"):
+    """What is known of a column of countries."""
+
+    name: str
+    nan_freq: Share | None
+    categories: list[Place]
+
+    def __post_init__(self) -> None:
+        _check_places(self.categories)
 
 
-def _pattern(value: Any, where: str) -> None:
-    text()(value, where)
-    try:
-        check_pattern(value)
-    except UnsafePatternError as error:
-        raise ShapeError(f"{where} is {shown(value)}, which {error}") from error
+class Person(_Form, tag_field="type", tag="person"):
+    """What is known of the columns of a person."""
+
+    name: str
+    labels: Labels
+    locales: Annotated[list[Place], Meta(min_length=1)] | None
+    nan_freq: Share | None
+    columns: list[str] | None
+    children: dict[str, Texts | Countries]
+
+    def __post_init__(self) -> None:
+        _check_places(self.locales or [])
+        columns = list(filter(None, structs.astuple(self.labels)))
+        if len(set(columns)) < len(columns):
+            raise ValueError("Two labels name one column")
+        learnt = {
+            column: Countries if attribute == "country" else Texts
+            for attribute in LEARNT
+            if (column := getattr(self.labels, attribute))
+        }
+        if set(learnt) != set(self.children):
+            raise ValueError(f"The children are not the learnt columns, {_short(listed(learnt))}")
+        for column, child in self.children.items():
+            if child.name != column or type(child) is not learnt[column]:
+                raise ValueError(f"The child {_short(repr(column))} is that of another column")
 
 
-def _places(value: Any, where: str) -> None:
-    list_of(text(_LONGEST_PLACE))(value, where)
-    if len(value) > _MOST_PLACES:
-        raise ShapeError(
-            f"{where} has {len(value):,} places, more than {_MOST_PLACES:,}: write each country in"
-            " one way."
+class GenderFrequencies(_Form):
+    """How frequent genders are, and what tells them."""
+
+    meta: Texts
+    probabilities: dict[GenderKey, Weight]
+    regex_female: Pattern | UnsetType | None = UNSET
+    regex_male: Pattern | UnsetType | None = UNSET
+    regex_non_binary: Pattern | UnsetType | None = UNSET
+
+    def __post_init__(self) -> None:
+        _refuse_undrawable(self.probabilities.values())
+
+
+class CountryFrequencies(_Form):
+    """How frequent countries are."""
+
+    meta: Countries
+    probabilities: dict[str, Weight]
+
+    def __post_init__(self) -> None:
+        _refuse_undrawable(self.probabilities.values())
+
+
+class Model(_Form):
+    """The dictionary form of a model of people."""
+
+    meta: Person
+    config: Settings
+    hidden_model_gender: GenderFrequencies
+    hidden_model_country: CountryFrequencies | UnsetType = UNSET
+
+    def __post_init__(self) -> None:
+        column, hidden = self.meta.labels.country, self.hidden_model_country
+        if bool(column) != bool(hidden):
+            raise ValueError("Of 'hidden_model_country' and a label of countries there is but one")
+        if hidden and not set(hidden.probabilities) <= set(self.meta.children[column].categories):
+            raise ValueError("Countries have probabilities that are none of the categories")
+
+    @property
+    def patterns(self) -> set[str]:
+        """All patterns of the file."""
+        forms = (self.config, self.hidden_model_gender)
+        names = [(form, name) for form in forms for name in form.__struct_fields__]
+        return {getattr(form, name) or "" for form, name in names if "regex" in name} - {""}
+
+
+class ModelFile(_Form):
+    """The whole file."""
+
+    format: str
+    schema_version: Literal[1]
+    model: Model
+    versions: dict[str, Version] = {}
+
+
+def _check_places(places: list[str]) -> None:
+    if len(places) > MOST_PLACES:
+        raise ValueError(
+            f"There are {len(places):,} places, more than {MOST_PLACES:,}; write each country in"
+            " one way"
         )
-    try:
-        refuse_unknown(value)
-    except ValueError as error:
-        raise ShapeError(f"{where}: {error}") from error
+    refuse_unknown(places)
 
 
-def _locales(value: Any, where: str) -> None:
-    list_of(text(), least=1)(value, where)
-    _places(value, where)
+def _refuse_undrawable(weights: Any) -> None:
+    if not 0 < sum(weights) < math.inf:
+        raise ValueError(f"Nothing can be drawn by weights that add up to {sum(weights)}")
 
 
-def _lengths(value: Any, where: str) -> None:
-    list_of(integer(0, _LONGEST_PASSWORD))(value, where)
-    if len(value) != 2:
-        refuse(value, where, "a list of the least and the greatest length")
-    if value[0] > value[1]:
-        raise ShapeError(f"{where} is {value}: the greatest length comes second.")
-
-
-def _shares(value: Any, where: str) -> None:
-    mapping_of(number())(value, where)
-    if not 0 < sum(value.values()) < math.inf:
-        raise ShapeError(f"{where} add up to {sum(value.values())}, which nothing can be drawn by.")
-
-
-def _gender_shares(value: Any, where: str) -> None:
-    mapping_of(number(), keys=_GENDER_KEYS)(value, where)
-    _shares(value, where)
-
-
-_COLUMN = {"name": text(), "nan_freq": or_null(number(most=1))}
-_TEXTS = record(
-    {**_COLUMN, "type": one_of("string"), "categories": list_of(text(_LONGEST_CATEGORY))}
-)
-_COUNTRIES = record({**_COLUMN, "type": one_of("nominal"), "categories": _places})
-
-
-def _children(_value: Any, _where: str) -> None:
-    """Is checked when it is known which columns the labels name."""
-
-
-_LABELS = record({}, {field.name: or_null(_column_name) for field in fields(PersonLabels)})
-
-_META = record(
-    {
-        "type": one_of("person"),
-        "name": text(),
-        "labels": _LABELS,
-        "locales": or_null(_locales),
-        "nan_freq": or_null(number(most=1)),
-        "columns": or_null(list_of(text())),
-        "children": _children,
-    }
-)
-
-CONFIG_FIELDS = {
-    "gender_female_regex": _pattern,
-    "gender_male_regex": _pattern,
-    "gender_non_binary_regex": _pattern,
-    "title_female_regex": _pattern,
-    "title_male_regex": _pattern,
-    "title_non_binary_regex": _pattern,
-    "genders": list_of(one_of(*_GENDER_KEYS)),
-    "mobile_number_format": text(_LONGEST_TEMPLATE),
-    "home_number_format": text(_LONGEST_TEMPLATE),
-    "work_number_format": text(_LONGEST_TEMPLATE),
-    "dict_cache_size": integer(0, 10**MOST_DIGITS),
-    "pwd_length": _lengths,
-}
-
-# What a configuration does not have is the default, so that settings can be added to it.
-_CONFIG = record({}, CONFIG_FIELDS)
-
-_MODEL = record(
-    {
-        "meta": _META,
-        "config": _CONFIG,
-        "hidden_model_gender": record(
-            {"meta": _TEXTS, "probabilities": _gender_shares},
-            {
-                "regex_female": or_null(_pattern),
-                "regex_male": or_null(_pattern),
-                "regex_non_binary": or_null(_pattern),
-            },
-        ),
-    },
-    {"hidden_model_country": record({"meta": _COUNTRIES, "probabilities": _shares})},
-)
-
-
-def _check_children(meta: dict[str, Any], where: str) -> None:
-    """Makes sure that there is a column meta for each labelled column that is learnt, no other."""
-    children, where = meta["children"], inside(where, "children")
-    shapes = {
-        column: _COUNTRIES if attribute == "country" else _TEXTS
-        for attribute in _LEARNT
-        if (column := meta["labels"].get(attribute))
-    }
-    record(shapes)(children, where)
-    for column, child in children.items():
-        one_of(column)(child["name"], inside(inside(where, column), "name"))
-
-
-def _check_country(form: dict[str, Any], where: str) -> None:
-    """Makes sure that a country is drawn where there is a column of them, and from that column."""
-    column = form["meta"]["labels"].get("country")
-    key = "hidden_model_country"
-    if bool(column) != (key in form):
-        reason = "though a label names" if column else "though no label names"
-        raise ShapeError(f"{where} {'lacks' if column else 'has'} {key!r} {reason} countries.")
-    if column:
-        known = form["meta"]["children"][column]["categories"]
-        shares = inside(inside(where, key), "probabilities")
-        mapping_of(number(), keys=set(known))(form[key]["probabilities"], shares)
+def _short(text: str) -> str:
+    return text if len(text) <= 60 else f"{text[:56]} ..."

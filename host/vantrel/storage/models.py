@@ -5,133 +5,142 @@ from __future__ import annotations
 import hashlib
 import json
 import warnings
+from collections import Counter
+from dataclasses import dataclass
 from pathlib import Path
 from typing import TYPE_CHECKING, Any
 
-from vantrel.storage.files import replacing
-from vantrel.model.exceptions import ModelNotFittedError
-from vantrel.storage.form import check_model
-from vantrel.hints import nearby_file
+import msgspec
+
+from vantrel.arguments import check_model
+from vantrel.errors import (
+    ModelFileError,
+    ModelNotFittedError,
+    OtherVersionsWarning,
+    raised_by_model,
+)
+from vantrel.genders import DEFAULT_PATTERNS
+from vantrel.hints import argument, why_unreadable
+from vantrel.storage.files import refuse_overwriting, replacing
+from vantrel.storage.form import SCHEMA_VERSION, ModelFile
+from vantrel.storage.patterns import try_patterns
 from vantrel.util.callers import OURS
-from vantrel.util.locale.locale import Provider, get_country_to_provder_map
-from vantrel.util.shapes import ShapeError, integer, mapping_of, one_of, record, refuse, text
-from vantrel.util.strict_json import UnsoundJsonError, parse
-from vantrel.versions import OtherVersionsWarning, differences, versions
+from vantrel.util.locale.locale import Provider, get_country_to_provder_map, told_before
+from vantrel.versions import differences, versions
+from vantrel.wording import shown
 
 if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel
 
 FORMAT = "vantrel-person-model"
-SCHEMA_VERSION = 1
 
 # A model of a hundred thousand distinct titles takes a third of it, a usual one a thousandth.
 MOST_BYTES = 16 * 2**20
 
-_LONGEST_VERSION = 100
+# Of a reason that quotes the file.
+_MOST_CHARACTERS = 500
+
+_REMEDY = "give a file that 'vantrel fit' or vantrel.save wrote."
 
 
-def _version(value: Any, where: str) -> None:
-    text(_LONGEST_VERSION)(value, where)
-    if not value.isprintable():
-        refuse(value, where, "a version")
+@dataclass(frozen=True)
+class LoadedModel:
+    """A model and what its file tells.
 
+    Args:
+        model: The model.
+        sha256: The SHA-256 of the file, 64 hexadecimal digits.
+        size: The size of the file in bytes.
+        versions: What it was fitted with, by name.
+    """
 
-_FILE = record(
-    {"format": one_of(FORMAT), "schema_version": integer(1, SCHEMA_VERSION), "model": check_model},
-    {"versions": mapping_of(_version)},
-)
-
-
-class ModelFileError(ValueError):
-    """A file holds no model that this version can use."""
+    model: PersonModel
+    sha256: str
+    size: int
+    versions: dict[str, str]
 
 
 def dumps(model: PersonModel) -> str:
     """Gives the content of a fitted model's file, the versions here among it.
 
     Raises:
+        ArgumentTypeError: What is given is no model.
         ModelNotFittedError: Nothing has been learnt yet.
-        TypeError: The model holds values that JSON has no form for.
-        ValueError: The model could not be loaded again: a pattern of the configuration might make
-            a search endless, or there are more than 16 MiB, 2,000 countries or 1,000 characters in
-            a category.
+        ModelFileError: The model holds what no file can, as :class:`vantrel.storage.form.ModelFile`
+            tells, or more than 16 MiB.
     """
-    learnt = model.to_dict()
-    _refuse_not_fitted(learnt)
-    form = {
-        "format": FORMAT,
-        "schema_version": SCHEMA_VERSION,
-        "versions": versions(),
-        "model": learnt,
-    }
-    content = json.dumps(form, ensure_ascii=False, allow_nan=False, indent=2) + "\n"
-    try:
-        if len(content.encode()) > MOST_BYTES:
+    check_model(model)
+    with raised_by_model(ModelFileError, "The model cannot be kept in a file"):
+        learnt = model.to_dict()
+        _refuse_not_fitted(learnt)
+        form = {
+            "format": FORMAT,
+            "schema_version": SCHEMA_VERSION,
+            "versions": versions(),
+            "model": learnt,
+        }
+        content = json.dumps(form, ensure_ascii=False, allow_nan=False, indent=2) + "\n"
+        size = len(content.encode())
+        if size > MOST_BYTES:
             raise ValueError(
-                f"it has {len(content.encode()):,} bytes, more than {MOST_BYTES:,}: label columns"
-                " of fewer distinct values."
+                f"it has {size:,} bytes, more than {MOST_BYTES:,}: label columns of fewer distinct"
+                " values."
             )
-        _FILE(parse(content), "")
-    except ValueError as error:
-        raise ValueError(f"The model could not be loaded from a file again: {error}") from error
+        msgspec.json.decode(content, type=ModelFile)
     return content
 
 
-def loads(content: str) -> PersonModel:
+def loads(content: str | bytes, *, allow_patterns: bool = False) -> PersonModel:
     """Rebuilds a model from the content of its file; it can be sampled at once.
 
-    The content may be anybody's: nothing in it makes loading fail in another way than with this
-    error, or :func:`vantrel.sample` fail. Both cost no more than in proportion to its size and to
-    the number of rows. The model's own ``sample`` fails on names of people without a country, which
-    the content may ask for.
+    Args:
+        content: The content, in UTF-8.
+        allow_patterns: Whether other patterns than the usual ones are taken. They are searched for
+            as they are: allow those of people whom you trust.
 
     Raises:
-        ModelFileError: It is no model, lacks something, holds something of a wrong type or value, a
-            key twice or a pattern that might make a search endless, or was written by a newer
-            version.
+        ModelFileError: It is no model, lacks something, holds something of a wrong type or value,
+            a key twice or a pattern that is not allowed, or was written by a newer version. The
+            message goes on after the name of the file.
 
     Warns:
         OtherVersionsWarning: The same seed may give other rows here than where it was fitted.
     """
-    try:
-        form = parse(content)
-        _check_version(form)
-        _FILE(form, "")
-        model = _rebuild(form["model"])
-    except (UnsoundJsonError, ShapeError) as error:
-        raise ModelFileError(f"cannot be used: {error} Correct it or fit it again.") from error
-    except (json.JSONDecodeError, RecursionError) as error:
-        raise ModelFileError(
-            f"is not JSON ({error}): give a file that 'vantrel fit' wrote."
-        ) from error
-    except ValueError as error:
-        raise ModelFileError(f"cannot be used: {error}") from error
-    if different := differences(form.get("versions", {})):
-        warnings.warn(
-            "The same seed may give other rows than where the model was fitted:"
-            f" {'; '.join(different)}. For the same rows install what was there.",
-            OtherVersionsWarning,
-            skip_file_prefixes=OURS,
-        )
-    return model
+    return _rebuilt(_decoded(content, allow_patterns=allow_patterns))
 
 
-def save(model: PersonModel, path: str | Path) -> None:
+def save(model: PersonModel, path: str | Path, *, force: bool = False) -> None:
     """Writes a fitted model, whole or not at all.
 
+    Args:
+        model: The model.
+        path: The file.
+        force: Whether a file that is there is overwritten.
+
     Raises:
+        ArgumentTypeError: What is given is no model.
+        OverwriteError: The file is there and ``force`` is not set.
         ModelNotFittedError: Nothing has been learnt yet.
+        ModelFileError: The model could not be loaded again, as :func:`dumps` tells.
         OSError: The file cannot be written.
-        TypeError: The model holds values that JSON has no form for.
-        ValueError: The model could not be loaded again, as :func:`dumps` tells.
     """
+    refuse_overwriting(Path(path), force=force)
     content = dumps(model)
     with replacing(Path(path)) as file:
         file.write(content)
 
 
-def load(path: str | Path) -> PersonModel:
+def load(path: str | Path, *, allow_patterns: bool = False) -> PersonModel:
     """Reads a fitted model; it can be sampled at once.
+
+    The file may be anybody's: nothing in it makes loading fail in another way than with this error,
+    or :func:`vantrel.sample` fail. Both cost no more than in proportion to its size and to the
+    number of rows.
+
+    Args:
+        path: The file.
+        allow_patterns: Whether other patterns than the usual ones are taken. Searching for them in
+            the values of the file is tried first, for five seconds at most.
 
     Raises:
         ModelFileError: The file cannot be read, is larger than 16 MiB or is no model that
@@ -140,22 +149,24 @@ def load(path: str | Path) -> PersonModel:
     Warns:
         OtherVersionsWarning: The same seed may give other rows here than where it was fitted.
     """
-    return load_with_sha256(path)[0]
+    return read_model(path, allow_patterns=allow_patterns).model
 
 
-def load_with_sha256(path: str | Path) -> tuple[PersonModel, str]:
-    """Reads a fitted model as :func:`load` does, and the SHA-256 of its file, both at one go.
+def read_model(path: str | Path, *, allow_patterns: bool = False) -> LoadedModel:
+    """Reads a fitted model as :func:`load` does, and what its file tells, both at one go.
 
     So they belong together also where the file is a pipe or is replaced meanwhile.
-
-    Returns:
-        The model, and 64 hexadecimal digits.
     """
     try:
         content = _read(Path(path))
-        return loads(content), hashlib.sha256(content.encode()).hexdigest()
+        file = _decoded(content, allow_patterns=allow_patterns)
+        if unusual := file.model.patterns - DEFAULT_PATTERNS:
+            children = file.model.meta.children.values()
+            try_patterns(unusual, [value for child in children for value in child.categories])
+        model = _rebuilt(file)
     except ModelFileError as error:
         raise ModelFileError(f"Model file {path} {error}") from error
+    return LoadedModel(model, hashlib.sha256(content).hexdigest(), len(content), file.versions)
 
 
 def _refuse_not_fitted(form: dict[str, Any]) -> None:
@@ -167,49 +178,94 @@ def _refuse_not_fitted(form: dict[str, Any]) -> None:
             )
 
 
-def _read(path: Path) -> str:
+def _read(path: Path) -> bytes:
     try:
         with path.open("rb") as file:
             content = file.read(MOST_BYTES + 1)
         if len(content) <= MOST_BYTES:
-            return content.decode("utf-8")
+            return content
         size = f"{path.stat().st_size:,} bytes" if path.is_file() else "more bytes"
-        raise ModelFileError(
-            f"has {size}, more than the {MOST_BYTES:,} that a model may have: give a file that"
-            " 'vantrel fit' wrote."
-        )
     except OSError as error:
-        near = nearby_file(path, error)
-        raise ModelFileError(f"cannot be read: {error.strerror or error}.{near}") from error
-    except UnicodeDecodeError as error:
+        raise ModelFileError(why_unreadable(path, error)) from error
+    raise ModelFileError(
+        f"has {size}, more than the {MOST_BYTES:,} that a model may have: {_REMEDY}"
+    )
+
+
+class _Head(msgspec.Struct):
+    """What tells of which kind a file is."""
+
+    format: Any = None
+    schema_version: Any = None
+
+
+def _decoded(content: str | bytes, *, allow_patterns: bool) -> ModelFile:
+    try:
+        _check_head(content)
+        file = msgspec.json.decode(content, type=ModelFile)
+        json.loads(content, object_pairs_hook=_refuse_doubled_keys)
+    except msgspec.ValidationError as error:
+        reason = shown(error, _MOST_CHARACTERS)
+        raise ModelFileError(f"cannot be used: {reason}. Correct it or fit it again.") from error
+    except (msgspec.DecodeError, UnicodeDecodeError, RecursionError) as error:
         raise ModelFileError(
-            f"is not JSON ({error}): give a file that 'vantrel fit' wrote."
+            f"is not JSON ({shown(error, _MOST_CHARACTERS)}): {_REMEDY}"
         ) from error
+    unusual = file.model.patterns - DEFAULT_PATTERNS
+    if unusual and not allow_patterns:
+        raise ModelFileError(
+            f"has patterns of its own, such as {min(unusual)!r:.60}: if you trust whoever made it,"
+            f" add {argument('allow_patterns')}."
+        )
+    return file
 
 
-def _check_version(form: Any) -> None:
-    if not isinstance(form, dict) or form.get("format") != FORMAT:
-        raise ValueError("it is no model; give a file that 'vantrel fit' wrote.")
-    version = form.get("schema_version")
-    if type(version) is int and version > SCHEMA_VERSION:
-        raise ValueError(
-            f"its schema version is {version}, the newest known here is {SCHEMA_VERSION}:"
-            " install a newer vantrel."
+def _check_head(content: str | bytes) -> None:
+    try:
+        head = msgspec.json.decode(content, type=_Head)
+    except msgspec.ValidationError:
+        head = _Head()
+    if head.format != FORMAT:
+        raise ModelFileError(f"cannot be used: it is no model; {_REMEDY}")
+    if type(head.schema_version) is int and head.schema_version > SCHEMA_VERSION:
+        raise ModelFileError(
+            f"cannot be used: its schema version is {head.schema_version}, the newest known here is"
+            f" {SCHEMA_VERSION}: install a newer vantrel."
         )
 
 
-def _rebuild(form: dict[str, Any]) -> PersonModel:
+def _refuse_doubled_keys(pairs: list[tuple[str, Any]]) -> None:
+    """Refuses what msgspec lets pass. Nothing is kept, as large as the file may be."""
+    times = Counter(key for key, _ in pairs)
+    if len(times) < len(pairs):
+        key = next(key for key, number in times.items() if number > 1)
+        raise msgspec.ValidationError(f"An object has the key {key!r} twice")
+
+
+def _rebuilt(file: ModelFile) -> PersonModel:
+    from vantrel.model.models.histogram import Histogram
     from vantrel.model.models.person import GenderModel, PersonModel
 
-    model = PersonModel.from_dict(form)
-    labels, meta = model.labels, model.meta
-    # The rebuilt hidden models have metas of their own: they share the person's again, so that a
-    # loaded model can be fitted again as a new one can.
-    gender_column = labels.gender or labels.title
-    if gender_column and isinstance(model.hidden_model_gender, GenderModel):
-        model.hidden_model_gender._meta = meta[gender_column]
-    if labels.country and model.hidden_model_country is not None:
-        model.hidden_model_country._meta = meta[labels.country]
-        countries = model.hidden_model_country.categories
-        model.country_to_provider_map = get_country_to_provder_map(countries, Provider.PERSON)
+    form = msgspec.to_builtins(file.model)
+    with told_before(), raised_by_model(ModelFileError, "cannot be used"):
+        model = PersonModel.from_dict(form)
+        labels, meta = model.labels, model.meta
+        # The rebuilt hidden models have metas of their own: they share the person's again, so
+        # that a loaded model can be fitted again as a new one can.
+        if isinstance(model.hidden_model_gender, GenderModel):
+            if gender_column := labels.gender or labels.title:
+                model.hidden_model_gender._meta = meta[gender_column]
+            else:  # nothing tells the gender: a new model has a plain histogram
+                model.hidden_model_gender = Histogram[str].from_dict(form["hidden_model_gender"])
+        if labels.country and model.hidden_model_country is not None:
+            model.hidden_model_country._meta = meta[labels.country]
+            countries = model.hidden_model_country.categories
+            model.country_to_provider_map = get_country_to_provder_map(countries, Provider.PERSON)
+    if different := differences(file.versions):
+        warnings.warn(
+            "The same seed may give other rows than where the model was fitted:"
+            f" {'; '.join(different)}. For the same rows install what was there.",
+            OtherVersionsWarning,
+            skip_file_prefixes=OURS,
+        )
     return model

@@ -2,9 +2,7 @@
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING
-
-from vantrel.cli.console import heading, table
+from vantrel.reporting.sections import Section
 from vantrel.util.locale.countries import country_codes, country_name, folded
 from vantrel.util.locale.faker_locales import (
     locale_for_country,
@@ -12,12 +10,10 @@ from vantrel.util.locale.faker_locales import (
     locales,
     locales_by_country,
 )
-
-if TYPE_CHECKING:
-    from rich.console import RenderableType
+from vantrel.util.locale.locale import recognise, refuse_unknown
 
 
-def all_countries() -> list[RenderableType]:
+def all_countries() -> list[Section]:
     """Lists every country by name, with the locale that is taken for it and those it has."""
     own = locales_by_country()
     codes = set(country_codes().values())
@@ -31,32 +27,38 @@ def all_countries() -> list[RenderableType]:
         for code in sorted(codes, key=lambda code: folded(country_name(code)))
     ]
     return [
-        table("Code", "Country", "Names of", "Own locales", rows=rows),
-        heading(f"{len(codes)} countries, {len(own)} of them with names of their own"),
+        Section("", ("Code", "Country", "Names of", "Own locales"), rows),
+        Section(f"{len(codes)} countries, {len(own)} of them with names of their own", (), ()),
     ]
 
 
-def one_country(code: str) -> list[RenderableType]:
-    """Shows a country, the locale that is taken for it and all of Faker's locales of it.
+def one_place(place: str) -> list[Section]:
+    """Shows the locale that is taken for a country and all of Faker's locales of it, or a locale.
 
-    Args:
-        code: The two-letter code, in capitals.
+    Raises:
+        UnknownPlaceError: It is neither.
     """
+    refuse_unknown([place])
+    found = recognise(place)
+    assert found is not None
+    return _one_country(found.country) if found.country else [_locales("", [found.locale])]
+
+
+def _one_country(code: str) -> list[Section]:
     taken, is_own = locale_for_country(code)
     borrowed = "" if is_own else " (borrowed: Faker has none of this country)"
     facts = [("Country", f"{country_name(code)} ({code})"), ("Names of", f"{taken}{borrowed}")]
     ranked = locales_by_country().get(code, [])
     others = sorted(locale for locale in locales() if locale.endswith(f"_{code}"))
-    parts: list[RenderableType] = [table("", "", rows=facts)]
+    sections = [Section("", ("", ""), facts)]
     if own := list(dict.fromkeys([*ranked, *others])):
-        parts += [heading("Its locales"), *some_locales(own)]
-    return parts
+        sections.append(_locales("Its locales", own))
+    return sections
 
 
-def some_locales(names: list[str]) -> list[RenderableType]:
-    """Lists locales of Faker and whose names they get."""
+def _locales(title: str, names: list[str]) -> Section:
     chosen = {name: locale_for_locale(name) for name in names}
     rows = [
         (name, taken, "own" if is_own else "borrowed") for name, (taken, is_own) in chosen.items()
     ]
-    return [table("Locale", "Names of", "", rows=rows)]
+    return Section(title, ("Locale", "Names of", ""), rows)

@@ -49,11 +49,11 @@ def points(difference: float) -> str:
     return f"{rounded:+.1f}".replace("-", "\N{MINUS SIGN}") if rounded else "0.0"
 
 
-def shown(value: object) -> str:
+def shown(value: object, most: int = MOST_CHARACTERS) -> str:
     """A value of a table as one line: cut if very long, with signs for what cannot be seen."""
-    text = "".join(_seen(character) for character in str(value)[: MOST_CHARACTERS + 1])
-    if len(text) > MOST_CHARACTERS:
-        return text[:MOST_CHARACTERS].rstrip() + "\N{HORIZONTAL ELLIPSIS}"
+    text = "".join(_seen(character) for character in str(value)[: most + 1])
+    if len(text) > most:
+        return text[:most].rstrip() + "\N{HORIZONTAL ELLIPSIS}"
     return text if text.strip() else "(blank)"
 
 
