@@ -129,6 +129,13 @@ def test_what_does_not_fit_the_table_is_named(
     assert str(caught.value) == message
 
 
+def test_an_attribute_that_is_none_is_refused_by_mypy_too(people: pd.DataFrame) -> None:
+    with pytest.raises(vantrel.ArgumentError):
+        vantrel.fit(people, gendre="sex")  # type: ignore[call-arg]  # or else mypy would tell
+    with pytest.raises(vantrel.ArgumentError):
+        vantrel.compare(people, people, gendre="sex")  # type: ignore[call-arg]  # likewise
+
+
 def test_a_table_without_people() -> None:
     with pytest.raises(FittingError) as caught:
         vantrel.fit(pd.DataFrame({"price": ["1", "2"]}))

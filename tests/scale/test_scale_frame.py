@@ -260,7 +260,8 @@ NUMBER = "{} is an integer from {} on, not {!r}."
         ),
         (
             {"unique": ("email",)},
-            "'email' cannot be made unique: the model does not make it. Fit it with email.",
+            "'email' cannot be made unique: the model does not make it. Fit it with"
+            " generate=['email'].",
         ),
     ],
 )
