@@ -179,7 +179,7 @@ def test_the_theme_is_followed(shown: Shown, theme: str) -> None:
 def test_bars_are_as_wide_as_the_figures(shown: Shown, name: str, width: int) -> None:
     shown.page.set_viewport_size({"width": width, "height": 800})
     panels = shown.page.eval_on_selector_all("#shares .panel", WIDTHS_OF_BARS)
-    compared = compare_tables(*both(*TABLES[name])).shares
+    compared = compare_tables(*both(*TABLES[name])).frequencies
     assert len(panels) == len(compared) == 3
     for widths, shares in zip(panels, compared, strict=True):
         wanted = [side or 0 for each in bars(shares) for side in (each.real, each.sampled)]

@@ -99,5 +99,5 @@ def page(
 ) -> str:
     """The report on two tables."""
     figures = compare_tables(*both(real, sampled))
-    told = made and provenance(made, len(sampled))
+    told = provenance(made, len(sampled)) if made else None
     return render(figures, sources or Sources("real.csv", "sampled.csv"), told)
