@@ -86,7 +86,10 @@ def dumps(model: PersonModel) -> str:
                 f"it has {size:,} bytes, more than {MOST_BYTES:,}: label columns of fewer distinct"
                 " values."
             )
-        msgspec.json.decode(content, type=ModelFile)
+        try:
+            msgspec.json.decode(content, type=ModelFile)
+        except msgspec.ValidationError as error:  # in old versions no ValueError
+            raise ModelFileError(f"The model cannot be kept in a file: {error}") from error
     return content
 
 
