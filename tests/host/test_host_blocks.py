@@ -17,9 +17,9 @@ from support.counting import FAKER, calls_of
 from support.people import ALL_LABELS, fitted_model
 from vantrel.config import PersonLabels
 from vantrel.model.models.person import PersonModel
-from vantrel.model_file import dumps, loads, save
 from vantrel.sampling import Plan, check_plan, sample_block, sample_blocks, sample_people
-from vantrel.seeding import own_sources
+from vantrel.sampling.seeding import own_sources
+from vantrel.storage.models import dumps, loads, save
 from vantrel.tables import write_csv, write_table
 
 PLAN = Plan(300, 7, block_rows=100)
@@ -77,7 +77,7 @@ def test_another_process_makes_the_same(whole: PersonModel, tmp_path: Path) -> N
     save(whole, tmp_path / "m.json")
     write_table(sample_blocks(whole, PLAN), tmp_path / "here.csv")
     code = (
-        "from vantrel.model_file import load\n"
+        "from vantrel.storage.models import load\n"
         "from vantrel.sampling import Plan, sample_block\n"
         "from vantrel.tables import write_table\n"
         "model, plan = load('m.json'), Plan(300, 7, block_rows=100)\n"

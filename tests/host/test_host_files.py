@@ -7,8 +7,9 @@ from pathlib import Path
 
 import pytest
 
-from vantrel.files import replacing, same_file
-from vantrel.tables import TableError, read_table, write_table
+from vantrel.errors import TableError
+from vantrel.storage.files import replacing, same_file
+from vantrel.tables import read_table, write_table
 
 
 def test_a_file_takes_its_place_at_the_end(tmp_path: Path) -> None:

@@ -14,7 +14,8 @@ import pytest
 from hypothesis import HealthCheck, given, settings
 from hypothesis import strategies as st
 
-from vantrel.tables import TableError, is_parquet, read_table, write_csv, write_table
+from vantrel.errors import TableError
+from vantrel.tables import is_parquet, read_table, write_csv, write_table
 from vantrel.tables.parts import regroup
 
 HAS_PYARROW = find_spec("pyarrow") is not None

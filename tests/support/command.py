@@ -13,7 +13,7 @@ from pathlib import Path
 
 from click.testing import CliRunner, Result
 
-from vantrel.command import main
+from vantrel.cli import main
 
 
 def run(line: str, **environment: str | None) -> Result:

@@ -6,10 +6,11 @@ import numpy as np
 import pandas as pd
 import pycountry
 
-from vantrel.record import SampleRecord
-from vantrel.report.columns import LabelledTable
-from vantrel.report.figures import compare
-from vantrel.report.page import Sources, render
+from vantrel.reporting.figures import compare_tables
+from vantrel.reporting.labelled import LabelledTable
+from vantrel.reporting.page import Sources, render
+from vantrel.reporting.provenance import provenance
+from vantrel.sampling.record import SampleRecord
 from vantrel.versions import versions
 
 COLUMNS = {
@@ -97,5 +98,6 @@ def page(
     sources: Sources | None = None,
 ) -> str:
     """The report on two tables."""
-    figures = compare(*both(real, sampled))
-    return render(figures, sources or Sources("real.csv", "sampled.csv"), made)
+    figures = compare_tables(*both(real, sampled))
+    told = provenance(made, len(sampled)) if made else None
+    return render(figures, sources or Sources("real.csv", "sampled.csv"), told)

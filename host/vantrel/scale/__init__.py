@@ -6,7 +6,7 @@ on the partitions, the workers, the scheduler or the order in which they run.
 
 from typing import TYPE_CHECKING, Any
 
-from vantrel.scale.partitions import PartitionError
+from vantrel.errors import PartitionError
 
 if TYPE_CHECKING:
     from vantrel.scale.frame import sample

@@ -6,7 +6,7 @@ from collections.abc import Iterable
 from pathlib import Path
 from typing import TYPE_CHECKING
 
-from vantrel.files import replacing
+from vantrel.storage.files import replacing
 from vantrel.tables.csv_files import read_csv, write_csv
 from vantrel.tables.errors import TableError
 from vantrel.tables.names import refuse_to_read, refuse_to_write

@@ -1,17 +1,5 @@
 """What is wrong with a table."""
 
-from __future__ import annotations
+from vantrel.errors import TableError
 
-from pathlib import Path
-
-from vantrel.nearby import nearby_file
-
-
-class TableError(ValueError):
-    """A table cannot be read or written, or holds nothing to learn from."""
-
-    @classmethod
-    def unreadable(cls, path: Path, error: OSError) -> TableError:
-        """The error of a table that the system does not let read."""
-        near = nearby_file(path, error)
-        return cls(f"Table {path} cannot be read: {error.strerror or error}.{near}")
+__all__ = ["TableError"]

@@ -10,11 +10,11 @@ from typing import IO, TYPE_CHECKING
 
 import pandas as pd
 
+from vantrel.arguments import text_frame
 from vantrel.tables.errors import TableError
 from vantrel.tables.parts import regroup
 
 if TYPE_CHECKING:
-    import pyarrow as pa
     import pyarrow.dataset as ds
 
 # The rows of each row group: what readers take into memory at a time.
@@ -59,7 +59,7 @@ def read_parquet(path: Path) -> pd.DataFrame:
             f"Table {path} is no Parquet table or a broken one: write it anew."
             f" ({' '.join(str(error).split())})"
         ) from error
-    return pd.DataFrame({name: _as_text(table[name]) for name in table.column_names})
+    return text_frame(table)
 
 
 def _refuse_other_columns(dataset: ds.Dataset, path: Path) -> None:
@@ -71,18 +71,6 @@ def _refuse_other_columns(dataset: ds.Dataset, path: Path) -> None:
                 f"Folder {path} holds more than one table: {Path(part.path).name} differs from the"
                 f" first file in {', '.join(map(repr, sorted(other)))}. Give each a folder."
             )
-
-
-def _as_text(column: pa.ChunkedArray) -> pd.Series:
-    import pyarrow as pa
-
-    try:
-        texts = column.cast(pa.string())
-    except (pa.ArrowNotImplementedError, pa.ArrowInvalid):  # lists, bytes and the like
-        written = [None if value is None else str(value) for value in column.to_pylist()]
-        texts = pa.array(written, pa.string())
-    series: pd.Series = texts.to_pandas()
-    return series
 
 
 def write_parquet(frames: Iterable[pd.DataFrame], file: IO[bytes]) -> None:
