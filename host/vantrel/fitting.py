@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Sequence
+from collections.abc import Iterable, Mapping, Sequence
 from dataclasses import fields
 from difflib import get_close_matches
 from typing import TYPE_CHECKING, Any
@@ -60,6 +60,7 @@ def fit(
     """
     from vantrel.detect import detect_columns
     from vantrel.model.models.person import PersonModel
+    from vantrel.tables.counts import count_frame
     from vantrel.util.locale.locale import refuse_unknown
 
     _check_frame(df)
@@ -76,7 +77,9 @@ def fit(
     if not columns:
         raise FittingError(f"No columns of people were found among {_listed(df)}: name them.")
     check_columns(df, columns, "The table")
-    check_countries(df, columns)
+    if "country" in columns:
+        column = columns["country"]
+        check_countries(count_frame(df, [column]).values[column], column)
     refuse_unknown(locales or ())
     meta = make_person(columns, generated, locales)
     return PersonModel(meta, config or PersonModelConfig()).fit(df)
@@ -172,13 +175,13 @@ def separator_hint(df: pd.DataFrame) -> str:
 
 
 def check_countries(
-    df: pd.DataFrame, columns: dict[str, str], way_out: str = "leave the column out"
+    counts: Mapping[Any, int], column: str, way_out: str = "leave the column out"
 ) -> None:
-    """Makes sure that every country is known, where there is a column of them.
+    """Makes sure that every country is known.
 
     Args:
-        df: The table.
-        columns: The column of each attribute.
+        counts: How many rows have each country; a missing one is None.
+        column: The column of countries.
         way_out: What the user may do instead of correcting the cells.
 
     Raises:
@@ -186,15 +189,12 @@ def check_countries(
     """
     from vantrel.util.locale.locale import refuse_unknown, unknown_places
 
-    if "country" not in columns:
-        return
-    column = columns["country"]
-    places = df[column].dropna().unique()
+    places = [place for place in counts if place is not None]
     try:
         refuse_unknown(places)
     except ValueError as error:
-        rows = int(df[column].isin(unknown_places(places)).sum())
+        rows = sum(counts[place] for place in unknown_places(places))
         raise FittingError(
-            f"Column {column!r}: {error} Such rows: {rows:,} of {len(df):,}. Correct or empty these"
-            f" cells, or {way_out}."
+            f"Column {column!r}: {error} Such rows: {rows:,} of {sum(counts.values()):,}. Correct"
+            f" or empty these cells, or {way_out}."
         ) from error

@@ -237,7 +237,7 @@ def test_a_long_sample_is_not_held_for_row_groups(
     tmp_path: Path, monkeypatch: pytest.MonkeyPatch
 ) -> None:
     pytest.importorskip("pyarrow", reason="Parquet needs pyarrow")
-    monkeypatch.setattr("vantrel.tables.parquet_files._GROUP_ROWS", 20)
+    monkeypatch.setattr("vantrel.tables.writing._GROUP_ROWS", 20)
     model = fitted_model(PersonLabels(gender="gender", fullname="full"))
     few, many = (most_alive(model, count, tmp_path / "t.parquet") for count in (9, 29))
     assert many == few <= 4

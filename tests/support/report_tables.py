@@ -10,6 +10,7 @@ from vantrel.record import SampleRecord
 from vantrel.report.columns import LabelledTable
 from vantrel.report.figures import compare
 from vantrel.report.page import Sources, render
+from vantrel.tables import frame_table
 from vantrel.versions import versions
 
 COLUMNS = {
@@ -87,7 +88,7 @@ def both(
     real: pd.DataFrame, sampled: pd.DataFrame, columns: Mapping[str, str] = COLUMNS
 ) -> tuple[LabelledTable, LabelledTable]:
     """Labels two tables alike."""
-    return LabelledTable(real, columns), LabelledTable(sampled, columns)
+    return LabelledTable(frame_table(real), columns), LabelledTable(frame_table(sampled), columns)
 
 
 def page(

@@ -15,6 +15,7 @@ from vantrel.command.finding import (
 )
 from vantrel.command.labels import check_named, columns_by_attribute, generated_attributes
 from vantrel.command.output import STANDARD_OUTPUT, force_option, refuse_overwriting
+from vantrel.command.reading import reading_options, told
 from vantrel.command.terse import reporting
 from vantrel.fitting import check_columns, check_countries, make_person
 
@@ -72,6 +73,7 @@ from vantrel.fitting import check_columns, check_countries, make_person
     help="Settings: patterns of genders and titles, formats of telephone numbers, lengths of"
     " passwords.",
 )
+@reading_options("TABLE")
 @force_option
 def fit(
     table: Path,
@@ -82,12 +84,14 @@ def fit(
     generated: list[str],
     locales: tuple[str, ...],
     config_file: Path | None,
+    separator: str | None,
+    encoding: str | None,
     force: bool,
 ) -> None:
     """Learn from a table and write a model file.
 
-    TABLE is CSV (in UTF-8, separated by commas), or Parquet if its name ends in .parquet. The
-    columns of a person (gender, title, names, e-mail address, username, password, telephone
+    TABLE is CSV, JSON Lines (.jsonl) or Parquet (.parquet) by the end of its name, compressed if
+    that is .gz or .zst; - is standard input. The columns of a person (gender, title, names, e-mail address, username, password, telephone
     numbers, country) are found by their names and values, and what was chosen is printed. --column
     overrides a choice, --ignore leaves a column out; with --no-detect only the columns of --column
     are taken.
@@ -108,31 +112,37 @@ def fit(
     from vantrel.command.notes import notes
     from vantrel.config import PersonModelConfig
     from vantrel.config_file import load_config
+    from vantrel.counted import fit_counts, learnt_columns
     from vantrel.detect import Detection
-    from vantrel.model.models.person import PersonModel
+    from vantrel.detect.values import SAMPLE_SIZE
     from vantrel.model_file import save
-    from vantrel.tables import read_table
+    from vantrel.tables import open_table
     from vantrel.util.locale.locale import Provider, get_country_to_provder_map
 
-    with reporting():
+    with reporting(), open_table(table, **told(separator, encoding)) as rows:
         config = PersonModelConfig() if config_file is None else load_config(config_file)
-        df = read_table(table)
-        check_columns(df, columns, f"Table {table}")
-        check_ignored(df, ignored, table)
+        first = rows.excerpt(SAMPLE_SIZE)
+        check_columns(first, columns, f"Table {table}")
+        check_ignored(first, ignored, table)
         found = Detection([], [])
         if not no_detect:
-            found = find_columns(df, table, config, columns, ignored)
-        check_countries(df, columns, "leave the column out: --ignore in place of --column")
-        check_countries(df, found.columns, "leave the column out with --ignore")
+            found = find_columns(first, table, config, columns, ignored)
         # Fitting does not look at locales: an unknown one would be found on sampling only.
         get_country_to_provder_map(locales, Provider.PERSON)
         meta = make_person({**columns, **found.columns}, generated, locales)
-        model = PersonModel(meta, config).fit(df)
+        labelled = [column for column in rows.columns if column in meta.params.values()]
+        counts = rows.count(learnt_columns(meta), labelled)
+        if country := meta.params.get("country"):
+            way_out = "leave the column out with --ignore"
+            if "country" in columns:
+                way_out = "leave the column out: --ignore in place of --column"
+            check_countries(counts.values[country], country, way_out)
+        model = fit_counts(counts, rows.columns, meta, config)
         save(model, output)
         if not no_detect:
             print_all(columns_table(columns, found, generated))
-    click.echo(f"Learnt from {len(df):,} rows of {table}; wrote {output}.")
+    click.echo(f"Learnt from {counts.rows:,} rows of {table}; wrote {output}.")
     doubts = map(doubt_note, found.doubts)
     known = there_already(found, generated)
-    for note in [*doubts, *known, *notes(model, df, located=bool(locales))]:
+    for note in [*doubts, *known, *notes(model, first, counts, located=bool(locales))]:
         click.echo(f"vantrel: note: {note}", err=True)

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Mapping
+from contextlib import ExitStack
 from pathlib import Path
 from typing import TYPE_CHECKING
 
@@ -10,18 +11,16 @@ import click
 
 from vantrel.command.labels import columns_by_attribute
 from vantrel.command.output import STANDARD_OUTPUT, force_option, refuse_overwriting
+from vantrel.command.reading import reading_options, told
 from vantrel.command.terse import reporting
 from vantrel.files import same_file
-from vantrel.fitting import separator_hint, suggestion
+from vantrel.fitting import suggestion
 
 if TYPE_CHECKING:
-    import pandas as pd
-
     from vantrel.record import SampleRecord
     from vantrel.report.columns import LabelledTable
     from vantrel.report.figures import Figures
-
-_Paths = tuple[Path, Path]
+    from vantrel.tables import Table
 
 
 @click.command(short_help="Compare a real table with a sample.")
@@ -44,8 +43,17 @@ _Paths = tuple[Path, Path]
     help="An attribute of a person and the column that holds it in both tables or in one; may be"
     " repeated. It comes before what is recorded beside SAMPLE or found.",
 )
+@reading_options("TABLE")
 @force_option
-def report(table: Path, sampled: Path, output: Path, columns: dict[str, str], force: bool) -> None:
+def report(
+    table: Path,
+    sampled: Path,
+    output: Path,
+    columns: dict[str, str],
+    separator: str | None,
+    encoding: str | None,
+    force: bool,
+) -> None:
     """Compare the real table TABLE with a SAMPLE of it on one page.
 
     Which columns are compared is read from the record that 'vantrel sample' wrote beside SAMPLE;
@@ -69,10 +77,13 @@ def report(table: Path, sampled: Path, output: Path, columns: dict[str, str], fo
     from vantrel.files import replacing
     from vantrel.report.figures import compare
     from vantrel.report.page import Sources, render
+    from vantrel.tables import open_table
 
-    with reporting():
+    with reporting(), ExitStack() as stack:
         record = _record(table, sampled)
-        real, people = _labelled(table, sampled, columns, record)
+        original = stack.enter_context(open_table(table, **told(separator, encoding)))
+        made = stack.enter_context(open_table(sampled, empty_is_missing=True))
+        real, people = _labelled(original, made, columns, record)
         conditions = record and record.options.get("conditions")
         figures = compare(real, people, has_conditions=bool(conditions))
         names = [click.format_filename(path.absolute().name) for path in (table, sampled)]
@@ -100,24 +111,21 @@ def _record(table: Path, sampled: Path) -> SampleRecord | None:
 
 
 def _labelled(
-    table: Path, sampled: Path, given: Mapping[str, str], record: SampleRecord | None
+    real: Table, people: Table, given: Mapping[str, str], record: SampleRecord | None
 ) -> tuple[LabelledTable, LabelledTable]:
-    """Reads both tables and tells their columns.
+    """Tells the columns of both tables.
 
     Raises:
         click.ClickException: They have nothing to compare, or no such columns as are given.
         ValueError: One cannot be read.
     """
     from vantrel.report.labelling import label
-    from vantrel.tables import read_table
-    from vantrel.tables.guard import unguarded
 
-    real, people = read_table(table), read_table(sampled)
     if record and record.options.get("csv_safe"):
-        people = unguarded(people)
-    _check_columns(given, real, people, (table, sampled))
+        people = people.unguarded()
+    _check_columns(given, real, people)
     labelled = label(real, people, given, _recorded(record, given))
-    _check_comparable(*labelled, (table, sampled))
+    _check_comparable(labelled, (real, people))
     return labelled
 
 
@@ -139,16 +147,13 @@ def _recorded(record: SampleRecord | None, given: Mapping[str, str]) -> dict[str
     return recorded
 
 
-def _check_columns(
-    given: Mapping[str, str], real: pd.DataFrame, sampled: pd.DataFrame, paths: _Paths
-) -> None:
+def _check_columns(given: Mapping[str, str], real: Table, sampled: Table) -> None:
     """Makes sure that each given column is there.
 
     Args:
         given: From attribute to column.
         real: One table.
         sampled: The other one.
-        paths: Where they were read from.
 
     Raises:
         click.ClickException: A column is in neither table.
@@ -157,12 +162,14 @@ def _check_columns(
         if column not in real.columns and column not in sampled.columns:
             known = list(dict.fromkeys([*real.columns, *sampled.columns]))
             raise click.ClickException(
-                f"Neither {paths[0]} nor {paths[1]} has a column {column!r} for {attribute!r}."
+                f"Neither {real.path} nor {sampled.path} has a column {column!r} for {attribute!r}."
                 f"{suggestion(column, known)} Their columns are: {', '.join(map(repr, known))}."
             )
 
 
-def _check_comparable(real: LabelledTable, sampled: LabelledTable, paths: _Paths) -> None:
+def _check_comparable(
+    labelled: tuple[LabelledTable, LabelledTable], tables: tuple[Table, Table]
+) -> None:
     """Makes sure that two tables have something to compare.
 
     Raises:
@@ -171,12 +178,12 @@ def _check_comparable(real: LabelledTable, sampled: LabelledTable, paths: _Paths
     from vantrel.report.columns import WORDS
     from vantrel.report.reappearing import has_whole_names
 
+    real, sampled = labelled
     is_in_both = any(real.has(attribute) and sampled.has(attribute) for attribute in WORDS)
     if not (is_in_both or (has_whole_names(real) and has_whole_names(sampled))):
         columns = " ".join(
-            f"The columns of {path} are: {', '.join(map(repr, each.df.columns))}."
-            f"{separator_hint(each.df)}"
-            for path, each in zip(paths, (real, sampled), strict=True)
+            f"The columns of {each.path} are: {', '.join(map(repr, each.columns))}."
+            for each in tables
         )
         raise click.ClickException(
             "Nothing can be compared: no attribute of a person is known to have a column in both"

@@ -7,6 +7,7 @@ import click
 
 from vantrel.command.numbers import whole_number
 from vantrel.command.output import force_option
+from vantrel.command.reading import reading_options
 from vantrel.command.sample_request import SampleRequest
 from vantrel.command.terse import reporting
 
@@ -38,8 +39,8 @@ def _unique(
     required=True,
     metavar="PEOPLE",
     type=click.Path(path_type=Path),
-    help="The table to write: Parquet if its name ends in .parquet, else CSV;"
-    " - is standard output.",
+    help="The table to write: CSV, JSON Lines (.jsonl) or Parquet (.parquet) by the end of its name,"
+    " compressed if that is .gz or .zst; - is standard output.",
 )
 @click.option(
     "--seed",
@@ -55,6 +56,7 @@ def _unique(
     help="A table that gives genders or countries or both, a row for each person to make, in"
     " columns named as the model's.",
 )
+@reading_options("the conditions")
 @click.option(
     "--unique",
     metavar="ATTRIBUTE,...",

@@ -10,11 +10,12 @@ from typing import TYPE_CHECKING, Any
 import click
 
 from vantrel.command.output import STANDARD_OUTPUT
+from vantrel.command.reading import told
 from vantrel.command.sample_request import SampleRequest, done, progress_bar
 from vantrel.files import is_special
 from vantrel.record import read_record, record_path, write_record
 from vantrel.sampling import Plan, prepare_conditions, refuse_borrowed, sample_blocks
-from vantrel.tables import read_table, write_csv, write_table
+from vantrel.tables import open_table, write_table
 from vantrel.util.locale.locale import BorrowedNamesWarning
 
 if TYPE_CHECKING:
@@ -43,8 +44,7 @@ def make(request: SampleRequest) -> None:
     plan = Plan(rows, request.new_seed(), unique=request.unique)
     people = sample_blocks(model, plan, conditions)
     if output == STANDARD_OUTPUT:
-        with click.open_file("-", "w", encoding="utf-8") as file:
-            write_csv(_counted(people, rows), file, spreadsheet_safe=request.csv_safe)
+        write_table(_counted(people, rows), output, spreadsheet_safe=request.csv_safe)
         if request.seed is None:
             click.echo(f"vantrel: note: the seed is {plan.seed}", err=True)
         return
@@ -74,7 +74,10 @@ def _conditions(request: SampleRequest, model: PersonModel) -> pd.DataFrame | No
     with warnings.catch_warnings():
         if request.strict:
             warnings.simplefilter("ignore", BorrowedNamesWarning)  # they are refused
-        return prepare_conditions(model, read_table(request.conditions))
+        how = told(request.separator, request.encoding)
+        with open_table(request.conditions, **how) as table:
+            given = [column for column in table.columns if column in model.params.values()]
+            return prepare_conditions(model, table.frame(given))
 
 
 def _counted(frames: Iterable[pd.DataFrame], rows: int) -> Iterator[pd.DataFrame]:

@@ -30,6 +30,8 @@ class SampleRequest:
     output: Path
     seed: int | None
     conditions: Path | None
+    separator: str | None
+    encoding: str | None
     unique: tuple[str, ...]
     strict: bool
     csv_safe: bool

@@ -2,11 +2,10 @@
 
 from __future__ import annotations
 
+from collections import Counter
 from collections.abc import Iterable
 from dataclasses import dataclass
 from functools import cached_property
-
-import pandas as pd
 
 from vantrel.config import PersonModelConfig
 from vantrel.report.columns import LabelledTable
@@ -75,10 +74,11 @@ class Design:
             return 0.0
         if not self._followed.has(self._told_by):
             return None
-        return 1 - len(self.genders(self._followed, self._told_by)) / len(self._followed)
+        told = sum(self.genders(self._followed, self._told_by).values())
+        return 1 - told / len(self._followed)
 
-    def genders(self, table: LabelledTable, attribute: str) -> pd.Series:
-        """The gender that an attribute tells of each row, without rows where it tells none.
+    def genders(self, table: LabelledTable, attribute: str) -> dict[str, int]:
+        """Counts the genders that an attribute tells, without the rows where it tells none.
 
         The usual patterns tell it. A value that none of them matches was understood all the same
         if it was sampled: it counts as a gender of its own.
@@ -88,16 +88,19 @@ class Design:
             attribute: ``gender`` or ``title``.
 
         Returns:
-            The keys of genders, or the values that count as such.
+            The keys of genders, or the values that count as such, with their rows.
         """
-        texts, sampled = table.texts(attribute), self.sampled.texts(attribute)
-        assert texts is not None
+        counts, sampled = table.counts(attribute), self.sampled.counts(attribute)
+        assert counts is not None
         assert sampled is not None
-        understood = sampled.unique()
-        keys = dict(zip(understood, understood, strict=True))
-        for key, values in _by_gender(attribute, [*texts.unique(), *understood]).items():
+        keys = {value: value for value in sampled}
+        for key, values in _by_gender(attribute, [*counts, *sampled]).items():
             keys |= dict.fromkeys(values, key)
-        return texts.map(keys).dropna()
+        genders: Counter[str] = Counter()
+        for value, count in counts.items():
+            if value in keys:
+                genders[keys[value]] += count
+        return dict(genders)
 
     @cached_property
     def _told_by(self) -> str | None:
@@ -111,11 +114,11 @@ class Design:
 
     @property
     def _untitled_rate(self) -> float:
-        titles = self.real.texts("title")
+        titles = self.real.counts("title")
         assert titles is not None
-        titled = [key for key, values in _by_gender("title", titles.unique()).items() if values]
-        with_title = self.genders(self._followed, "gender").isin(titled).sum()
-        return 1 - int(with_title) / len(self._followed)
+        titled = [key for key, values in _by_gender("title", titles).items() if values]
+        genders = self.genders(self._followed, "gender")
+        return 1 - sum(genders.get(key, 0) for key in titled) / len(self._followed)
 
 
 def _by_gender(attribute: str, values: Iterable[str]) -> dict[str, list[str]]:

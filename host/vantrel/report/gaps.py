@@ -5,7 +5,7 @@ from __future__ import annotations
 import math
 from dataclasses import dataclass, replace
 
-from vantrel.report.columns import LabelledTable, column_names
+from vantrel.report.columns import column_names
 from vantrel.report.design import Design
 from vantrel.report.shares import RISK
 
@@ -49,7 +49,7 @@ class Gaps:
 def compare_gaps(design: Design, attribute: str) -> Gaps:
     """Compares the missing rates of an attribute."""
     real, sampled = design.real, design.sampled
-    rate, sampled_rate = (_rate(table, attribute) for table in (real, sampled))
+    rate, sampled_rate = (table.missing_rate(attribute) for table in (real, sampled))
     found = Gaps(attribute, column_names(real, sampled, attribute), rate, sampled_rate, None)
     if rate is None or sampled_rate is None:
         return found
@@ -58,12 +58,6 @@ def compare_gaps(design: Design, attribute: str) -> Gaps:
     if meant is None or chance_of(sampled_rate, meant, len(sampled)) < RISK:
         return found
     return replace(found, by_design=reason if found.is_beyond_chance else None)
-
-
-def _rate(table: LabelledTable, attribute: str) -> float | None:
-    if not (len(table) and table.has(attribute)):
-        return None
-    return float(table.values(attribute).isna().mean())
 
 
 def chance_of(found: float, expected: float, rows: int) -> float:

@@ -2,7 +2,12 @@
 
 from __future__ import annotations
 
+import zlib
+from collections.abc import Iterator
+from contextlib import contextmanager
 from pathlib import Path
+
+from backports import zstd
 
 from vantrel.nearby import nearby_file
 
@@ -15,3 +20,27 @@ class TableError(ValueError):
         """The error of a table that the system does not let read."""
         near = nearby_file(path, error)
         return cls(f"Table {path} cannot be read: {error.strerror or error}.{near}")
+
+
+@contextmanager
+def telling(path: Path, encoding: str = "UTF-8") -> Iterator[None]:
+    """Turns what may fail where a file is read into an error of the table.
+
+    Args:
+        path: What the user calls the file.
+        encoding: What its text is read in.
+
+    Raises:
+        TableError: It failed.
+    """
+    try:
+        yield
+    except UnicodeError as error:
+        raise TableError(
+            f"Table {path} is not in {encoding}: name its encoding, cp1252 most likely, or save it"
+            " as CSV UTF-8."
+        ) from error
+    except (EOFError, zlib.error, zstd.ZstdError) as error:
+        raise TableError(f"Table {path} is cut off or damaged: compress it anew.") from error
+    except OSError as error:
+        raise TableError.unreadable(path, error) from error
