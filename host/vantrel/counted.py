@@ -7,6 +7,7 @@ from typing import TYPE_CHECKING, Any
 
 import pandas as pd
 
+from vantrel.model.models.histogram import nothing_to_learn
 from vantrel.model.models.person import GenderModel, PersonModel
 
 if TYPE_CHECKING:
@@ -37,13 +38,22 @@ def fit_counts(
     Raises:
         ValueError: A column has nothing to learn from.
     """
-    model = PersonModel(meta, config).fit(_one_of_each(counts, columns))
+    one_of_each = _one_of_each(counts, columns)
+    model = PersonModel(meta, config)
+    meta.extract(one_of_each)
+    shared = {
+        hidden: _understood(hidden, counts)
+        for hidden in (model.hidden_model_gender, model.hidden_model_country)
+        if hidden is not None and hidden.name in counts.values
+    }
+    model.fit(one_of_each)
     meta.nan_freq = counts.blank / counts.rows if meta.columns else 0.0
     for column in learnt_columns(meta):
         meta[column].nan_freq = counts.missing(column) / counts.rows
-    for hidden in (model.hidden_model_gender, model.hidden_model_country):
-        if hidden is not None and hidden.name in counts.values:
-            _set_shares(hidden, counts)
+    for hidden, found in shared.items():
+        understood = sum(found.values())
+        hidden._probabilities = {key: count / understood for key, count in found.items()}
+        hidden.meta.nan_freq = (counts.rows - understood) / counts.rows
     return model
 
 
@@ -60,8 +70,12 @@ def _one_of_each(counts: TableCounts, columns: list[str]) -> pd.DataFrame:
     return pd.DataFrame(rows, columns=pd.Index(columns))
 
 
-def _set_shares(hidden: Any, counts: TableCounts) -> None:
-    """Gives a histogram the shares that it would have counted itself."""
+def _understood(hidden: Any, counts: TableCounts) -> dict[Any, int]:
+    """Counts what a histogram would have counted itself.
+
+    Raises:
+        ValueError: That is nothing.
+    """
     values = counts.values[hidden.name]
     keys: dict[Any, Any] = {value: value for value in values if value is not None}
     if isinstance(hidden, GenderModel):
@@ -71,6 +85,6 @@ def _set_shares(hidden: Any, counts: TableCounts) -> None:
     for value, count in values.items():
         if value in keys:
             found[keys[value]] = found.get(keys[value], 0) + count
-    understood = sum(found.values())
-    hidden._probabilities = {key: count / understood for key, count in found.items()}
-    hidden.meta.nan_freq = (counts.rows - understood) / counts.rows
+    if not found:
+        raise nothing_to_learn(hidden.name, counts.rows)
+    return found

@@ -247,7 +247,7 @@ def test_what_is_written_first_is_not_kept_back(tmp_path: Path) -> None:
     """Blocks reach the file before later ones are made."""
     model = fitted_model(PersonLabels(gender="gender"))
     written = []
-    with (tmp_path / "t.csv").open("w", encoding="utf-8", newline="") as file:
+    with (tmp_path / "t.csv").open("wb") as file:
 
         def watched() -> Iterator[pd.DataFrame]:
             for block in sample_blocks(model, Plan(30, 7, block_rows=10)):

@@ -59,8 +59,7 @@ def fitted(df: pd.DataFrame, taken: set[str]) -> PersonModel | str:
 def assert_alike(one: PersonModel | str, other: PersonModel | str) -> None:
     """Compares models by all that is kept of them, orders and last bits included."""
     if isinstance(one, str) or isinstance(other, str):
-        assert isinstance(one, str)
-        assert isinstance(other, str)
+        assert one == other
         return
     assert dumps(one) == dumps(other)
     if one.hidden_model_country is not None:

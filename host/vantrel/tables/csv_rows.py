@@ -68,12 +68,16 @@ def _separator(start: str) -> str:
     lines = whole.splitlines(keepends=True)
 
     def rank(separator: str) -> tuple[bool, int]:
-        widths = []
-        with suppress(csv.Error):
-            rows = csv.reader(lines, delimiter=separator)
-            widths = [len(row) for row in rows if not _is_blank(row)]
+        widths: list[int] = []
+        is_sound = True
+        try:
+            for row in csv.reader(lines, delimiter=separator, strict=True):
+                if not _is_blank(row):
+                    widths.append(len(row))
+        except csv.Error as error:  # what is looked at may end within a cell
+            is_sound = "unexpected end" in str(error)
         width = widths[0] if widths else 0
-        return width > 1 and len(set(widths)) == 1, width
+        return is_sound and width > 1 and len(set(widths)) == 1, width
 
     return max(_SEPARATORS, key=rank)
 
@@ -91,11 +95,10 @@ def fault(path: Path, kind: Kind, header: Header) -> str | None:
                     return f"line {rows.line_num} has {values}, the header {width}."
                 last = rows.line_num + 1
         except csv.Error as error:
-            if "unexpected end" in str(error):
-                return (
-                    f"the row that begins in line {last} has a quotation mark that is never closed."
-                )
-            return f"the row that begins in line {last} cannot be read ({error})."
+            reason = f"cannot be read: {error}"
+            if "unexpected end" in str(error) or "field larger" in str(error):
+                reason = "has a quotation mark that is never closed"
+            return f"the row that begins in line {last} {reason}."
     return None
 
 

@@ -48,12 +48,20 @@ def readable(path: Path, encoding: str | None, folder: Path) -> tuple[Path, Kind
             kind = _kind_by_content(file)
         else:
             kind = kind_to_read(path)
+            file.open("rb").close()  # tells in a word why not
+            file = linked(path, folder / "given")
         told = None if kind.format == "parquet" else _encoding(file, kind, encoding)
     if told is not None:
         with telling(path, told):
             file = _decoded(file, kind, told, folder / "decoded")
         kind = kind._replace(compression=None)
     return file, kind
+
+
+def linked(path: Path, link: Path) -> Path:
+    """Gives a file another name, for the engine takes some signs of a name for patterns."""
+    link.symlink_to(path.absolute())
+    return link
 
 
 def open_bytes(path: Path, compression: Compression | None) -> IO[bytes]:

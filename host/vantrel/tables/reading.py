@@ -24,6 +24,9 @@ from vantrel.tables.sources import Source, csv_source, jsonl_source, mended, par
 # Rows that are taken into memory together.
 BATCH_ROWS = 50_000
 
+# Rows that are compressed together where columns are kept: fewer take less memory.
+_KEPT_TOGETHER = 30_000
+
 # The engine hands rows on in groups of so many.
 _VECTOR_ROWS = 2048
 
@@ -101,7 +104,10 @@ class Table:
         kept = self._folder / "kept.parquet"
         cells = [f"{self.named(name)} AS c{place}" for place, name in enumerate(names)]
         listed = ", ".join(cells) or "NULL AS nothing"
-        self.query(f"COPY (SELECT {listed} FROM {{rows}}) TO {quoted(str(kept))} (FORMAT parquet)")
+        self.query(
+            f"COPY (SELECT {listed} FROM {{rows}}) TO {quoted(str(kept))}"
+            f" (FORMAT parquet, ROW_GROUP_SIZE {_KEPT_TOGETHER})"
+        )
         source = Source(names, f"read_parquet({quoted(str(kept))})")
         return Table(self.path, source, self._connection, self._folder)
 
@@ -204,8 +210,14 @@ class Table:
             return
         cursor = self._connection.cursor()
         with cursor.sql(sql.replace("{rows}", self._source.rows)).to_arrow_reader(rows) as reader:
-            for batch in reader:
-                yield batch.to_pandas()
+            while True:
+                try:
+                    frame = reader.read_next_batch().to_pandas()
+                except StopIteration:
+                    return
+                except OSError as error:  # as pyarrow calls whatever the engine raises
+                    raise duckdb.InvalidInputException(str(error)) from error
+                yield frame
 
     def _read[ResultT](self, read: Callable[[], ResultT]) -> ResultT:
         """Reads, from a sound copy if the table cannot be read as it is."""
@@ -237,8 +249,9 @@ def open_table(
     separator: str | None = None,
     encoding: str | None = None,
     empty_is_missing: bool = False,
+    may_be_empty: bool = False,
 ) -> Iterator[Table]:
-    """Opens a table of at least one row: CSV, JSON Lines or Parquet by the end of its name.
+    """Opens a table: CSV, JSON Lines or Parquet by the end of its name.
 
     Args:
         path: The file; a folder is one of Parquet files, and ``-`` is standard input. The name may
@@ -248,6 +261,7 @@ def open_table(
             UTF-16 where the file begins with its mark.
         empty_is_missing: Whether an empty text in quotation marks is a missing value of CSV, too,
             as an empty cell without them always is.
+        may_be_empty: Whether a table without rows will do.
 
     Raises:
         TableError: The file cannot be read, is no such table or has no rows.
@@ -257,7 +271,7 @@ def open_table(
         connection = stack.enter_context(connect(folder))
         file, kind = readable(path, encoding, folder)
         if kind.format == "parquet":
-            source = parquet_source(path, file, connection)
+            source = parquet_source(path, file, folder, connection)
         elif kind.format == "jsonl":
             source = jsonl_source(path, file, kind, connection)
         else:
@@ -270,7 +284,7 @@ def open_table(
                 empty_is_missing=empty_is_missing,
             )
         table = Table(path, source, connection, folder)
-        if not table.query("SELECT 1 FROM {rows} LIMIT 1"):
+        if not may_be_empty and not table.query("SELECT 1 FROM {rows} LIMIT 1"):
             raise TableError(f"Table {path} has a header but no rows: give it at least one.")
         yield table
 

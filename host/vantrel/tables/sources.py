@@ -13,9 +13,12 @@ import duckdb
 from vantrel.tables.csv_rows import Header, fault, read_header, write_sound_rows
 from vantrel.tables.database import quoted
 from vantrel.tables.errors import TableError, telling
+from vantrel.tables.files import linked
 from vantrel.tables.kinds import Kind
 
-_LONGEST_LINE = 10_000_000
+# The bytes of the longest row that is read, and of what is read of a file at a time.
+_LONGEST_ROW = 4_000_000
+_BUFFER = 2 * _LONGEST_ROW
 
 _NOT_OF_THE_FILE = (
     duckdb.OutOfMemoryException,
@@ -92,7 +95,7 @@ def _csv_rows(file: Path, kind: Kind, header: Header, quoted_nulls: bool, skip: 
         f"read_csv({quoted(str(file))}, auto_detect=false, columns={{{columns}}}, header=true,"
         f" skip={skip}, delim={quoted(header.separator)}, quote='\"', escape='\"', nullstr='',"
         f" allow_quoted_nulls={str(quoted_nulls).lower()}, compression='{kind.compression or 'none'}',"
-        f" max_line_size={_LONGEST_LINE}, strict_mode=true, null_padding=false)"
+        f" max_line_size={_LONGEST_ROW}, buffer_size={_BUFFER}, strict_mode=true, null_padding=false)"
     )
 
 
@@ -181,7 +184,9 @@ def _pointer(name: str) -> str:
     return "/" + name.replace("~", "~0").replace("/", "~1")
 
 
-def parquet_source(path: Path, file: Path, con: duckdb.DuckDBPyConnection) -> Source:
+def parquet_source(
+    path: Path, file: Path, folder: Path, con: duckdb.DuckDBPyConnection
+) -> Source:
     """Reads the names of the columns of a Parquet file, or of all in a folder, sorted by name.
 
     Raises:
@@ -192,7 +197,10 @@ def parquet_source(path: Path, file: Path, con: duckdb.DuckDBPyConnection) -> So
         raise TableError(f"Folder {path} holds no Parquet files: name a table.")
     try:
         with telling(path):
-            of_files = [_parquet_names(part, con) for part in files]
+            for part in files:
+                part.open("rb").close()  # tells in a word why not
+            links = [linked(part, folder / f"{number}") for number, part in enumerate(files)]
+            of_files = [_parquet_names(link, con) for link in links]
     except duckdb.Error as error:
         raise _broken(path, error) from error
     names = of_files[0]
@@ -203,7 +211,7 @@ def parquet_source(path: Path, file: Path, con: duckdb.DuckDBPyConnection) -> So
                 f" file in {', '.join(map(repr, sorted(other)))}. Give each a folder."
             )
     _refuse_doubled(path, names)
-    listed = ", ".join(quoted(str(part)) for part in files)
+    listed = ", ".join(quoted(str(link)) for link in links)
     columns = [f"c{place}" for place in range(len(names))]
     texts = ", ".join(f"CAST({column} AS VARCHAR) AS {column}" for column in columns)
     read = f"read_parquet([{listed}], union_by_name={str(len(files) > 1).lower()})"
@@ -218,7 +226,6 @@ def _broken(path: Path, error: duckdb.Error) -> TableError:
 
 def _parquet_names(file: Path, con: duckdb.DuckDBPyConnection) -> list[str]:
     """The names of the outermost columns, to the letter: the engine changes some that are alike."""
-    file.open("rb").close()  # tells in a word why not
     found = con.execute(
         f"SELECT name, num_children FROM parquet_schema({quoted(str(file))})"
     ).fetchall()

@@ -3,6 +3,8 @@
 from __future__ import annotations
 
 import json
+import os
+import re
 import shutil
 import sys
 import tempfile
@@ -13,6 +15,7 @@ from itertools import chain
 from pathlib import Path
 from typing import IO
 
+import duckdb
 import pandas as pd
 
 from vantrel.files import replacing
@@ -93,9 +96,23 @@ def write_csv(
             columns = [f"c{place}" for place in range(part.shape[1])]
             connection.register("part", part.set_axis(columns, axis="columns"))
             texts = ", ".join(f"CAST({column} AS VARCHAR)" for column in columns)
-            connection.execute(f"COPY (SELECT {texts} FROM part) TO {quoted(str(written))} ({options})")
+            copying = f"COPY (SELECT {texts} FROM part) TO {quoted(str(written))} ({options})"
+            with _telling_what_the_system_says():
+                connection.execute(copying)
             with written.open("rb") as lines:
                 shutil.copyfileobj(lines, file)
+
+
+@contextmanager
+def _telling_what_the_system_says() -> Iterator[None]:
+    """Raises the error of the system where the engine cannot write a file."""
+    try:
+        yield
+    except duckdb.IOException as error:
+        number = re.search(r'"errno":"(\d+)"', str(error))
+        if number is None:
+            raise
+        raise OSError(int(number[1]), os.strerror(int(number[1]))) from error
 
 
 def _write_jsonl(frames: Iterable[pd.DataFrame], file: IO[bytes]) -> None:

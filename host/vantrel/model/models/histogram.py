@@ -15,6 +15,14 @@ from vantrel.model.base import DiscreteModel
 from vantrel.model.exceptions import ModelNotFittedError
 
 
+def nothing_to_learn(column: str, rows: int) -> ValueError:
+    """The error of a column without a value that is understood."""
+    return ValueError(
+        f"Column {column!r} has nothing to learn from: each of its {rows} values is missing or not"
+        " understood."
+    )
+
+
 class Histogram[ValueT](DiscreteModel[Nominal, ValueT]):
     """Learns how often each value of a column occurs and draws values as often.
 
@@ -47,10 +55,7 @@ class Histogram[ValueT](DiscreteModel[Nominal, ValueT]):
         shares = column.value_counts(sort=False, normalize=True)
         values = column.dropna().unique().tolist()
         if not values:
-            raise ValueError(
-                f"Column {self.name!r} has nothing to learn from: each of its {len(column)} values"
-                " is missing or not understood."
-            )
+            raise nothing_to_learn(self.name, len(column))
         self._learns_categories |= not self._meta.extracted
         if self._learns_categories:
             self._meta.extract(df)
