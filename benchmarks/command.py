@@ -100,7 +100,12 @@ def _memory(what: str, small: list[Process], large: list[Process]) -> Iterator[R
     )
     most = much / 1e6
     yield Result(
-        f"peak of {what}, {ROWS_LARGE:,} rows, MB", "", megabytes(much), most, (most,), MEMORY_LIMITS
+        f"peak of {what}, {ROWS_LARGE:,} rows, MB",
+        "",
+        megabytes(much),
+        most,
+        (most,),
+        MEMORY_LIMITS,
     )
 
 

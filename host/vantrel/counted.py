@@ -64,7 +64,7 @@ def _one_of_each(counts: TableCounts, columns: list[str]) -> pd.DataFrame:
     """
     length = max(map(len, counts.values.values()), default=1)
     missing = [None] * length
-    rows: dict[str, list[Any]] = {column: missing for column in columns}
+    rows: dict[str, list[Any]] = dict.fromkeys(columns, missing)
     for column, values in counts.values.items():
         rows[column] = list(islice(chain(values, repeat(next(reversed(values)))), length))
     return pd.DataFrame(rows, columns=pd.Index(columns))

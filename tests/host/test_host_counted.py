@@ -25,9 +25,9 @@ VALUES = {
     "first": [None, "Ann", "Bo"],
     "note": [None, "n"],
 }
-frames = st.lists(
-    st.tuples(*map(st.sampled_from, VALUES.values())), min_size=1, max_size=40
-).map(lambda rows: pd.DataFrame(rows, columns=list(VALUES), dtype="str"))
+frames = st.lists(st.tuples(*map(st.sampled_from, VALUES.values())), min_size=1, max_size=40).map(
+    lambda rows: pd.DataFrame(rows, columns=list(VALUES), dtype="str")
+)
 attributes = st.sets(st.sampled_from(list(LABELS)), min_size=1)
 
 few = settings(
@@ -77,7 +77,7 @@ def test_counts_of_a_file_give_the_model_of_the_whole_table(
     with open_table(tmp_path / "t.csv") as table:
         counts = table.count(learnt_columns(person(taken)), labelled)
     assert counts == count_frame(df, learnt_columns(person(taken)), labelled)
-    assert_alike(counted(counts, list(df), taken), fitted(df, taken))
+    assert_alike(counted(counts, list(VALUES), taken), fitted(df, taken))
 
 
 @few
@@ -94,7 +94,7 @@ def test_counts_of_any_parts_add_up_to_those_of_the_whole(
     assert counts == whole
     for column in columns:
         assert list(counts.values[column]) == list(whole.values[column])
-    assert_alike(counted(counts, list(df), taken), fitted(df, taken))
+    assert_alike(counted(counts, list(VALUES), taken), fitted(df, taken))
 
 
 def test_values_are_counted_in_the_order_of_first_appearance(tmp_path: Path) -> None:
@@ -113,7 +113,7 @@ def test_blank_rows_have_no_value_in_the_columns_that_are_asked_for(
 ) -> None:
     df = pd.DataFrame({"a": [None, None, "x"], "b": [None, "y", None], "c": ["z"] * 3})
     write_table([df], tmp_path / "t.csv")
-    blank = {None: 2, (): 0, ("b",): 2, ("a", "b"): 1}[None if labelled is None else tuple(labelled)]
+    blank = 2 if labelled is None else (0, 2, 1)[len(labelled)]
     with open_table(tmp_path / "t.csv") as table:
         assert table.count(["a"], labelled).blank == blank
     assert count_frame(df, ["a"], labelled).blank == blank

@@ -1,7 +1,6 @@
 """Files and tables, written whole or not at all."""
 
 import os
-import subprocess
 import threading
 from pathlib import Path
 

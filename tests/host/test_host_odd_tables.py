@@ -64,7 +64,8 @@ def written(
         asks = quoted or not value or any(sign in value for sign in f'{separator}"\r\n')
         return '"' + value.replace('"', '""') + '"' if asks else value
 
-    return "".join(separator.join(map(cell, row)) + end for row in [names, *rows])
+    header: list[Cell] = [*names]
+    return "".join(separator.join(map(cell, row)) + end for row in [header, *rows])
 
 
 def cells_of(df: pd.DataFrame) -> Rows:
@@ -177,7 +178,7 @@ def test_csv_is_written_with_as_few_quotes_as_can_be(
     write_table([df], path, spreadsheet_safe=safe)
     read = list(csv.reader(io.StringIO(path.read_bytes().decode(), newline="")))
     if not safe:
-        expected = [[cell or "" for cell in row] for row in [names, *rows]]
+        expected = [names, *([cell or "" for cell in row] for row in rows)]
         assert [row or [""] for row in read] == expected
     assert len(read) == len(rows) + 1
 
@@ -251,14 +252,26 @@ def test_a_late_fault_is_told_with_its_line(tmp_path: Path, row: bytes, message:
     ("name", "content", "message"),
     [
         ("t.csv.gz", b"a\nx\n", "cannot be read: Not a gzipped file (b'a\\n')."),
-        ("t.csv.gz", gzip.compress(b"a\nx\n" * 99)[:-9], "is cut off or damaged: compress it anew."),
+        (
+            "t.csv.gz",
+            gzip.compress(b"a\nx\n" * 99)[:-9],
+            "is cut off or damaged: compress it anew.",
+        ),
         ("t.csv.zst", b"a\nx\n", "is cut off or damaged: compress it anew."),
         ("t.jsonl", b'{"a":1}\n[1]\n', "is no table of JSON Lines: object 2 is none, or names a"),
         ("t.jsonl", b'{"a":1,"a":2}\n', "is no table of JSON Lines: object 1 is none, or names a"),
         ("t.jsonl", b'{"a":1}\n{"a"\n', "is no table of JSON Lines: line 3 holds no JSON object."),
         ("t.jsonl", b"\n", "is empty: give it at least one row."),
-        ("t.json", b"{}", "is by its name no table: give a .csv, .tsv, .jsonl or .parquet file, or"),
-        ("t.pdf", b"%PDF", "is by its name no table: give a .csv, .tsv, .jsonl or .parquet file, or"),
+        (
+            "t.json",
+            b"{}",
+            "is by its name no table: give a .csv, .tsv, .jsonl or .parquet file, or",
+        ),
+        (
+            "t.pdf",
+            b"%PDF",
+            "is by its name no table: give a .csv, .tsv, .jsonl or .parquet file, or",
+        ),
     ],
 )
 def test_what_is_no_table_is_refused(

@@ -14,9 +14,9 @@ from vantrel.report.design import Design
 from vantrel.report.figures import Figures, compare
 from vantrel.report.gaps import compare_gaps
 from vantrel.report.shares import compare_shares
-from vantrel.tables import frame_table
 from vantrel.report.verdicts import FINE, KNOWN, LOOK, OPEN, verdicts
 from vantrel.sampling import Plan, sample_blocks
+from vantrel.tables import frame_table
 
 COLUMNS = {"gender": "sex", "title": "title", "lastname": "last", "country": "land"}
 ROWS = 4000

@@ -1,6 +1,7 @@
 """Models that are fitted in parts: those of the whole table, however it is cut."""
 
 from pathlib import Path
+from typing import Any
 
 import pandas as pd
 import pytest
@@ -14,11 +15,11 @@ from vantrel.tables import TableError, write_table
 pytest.importorskip("dask", reason="fitting on Dask needs Dask")
 pytest.importorskip("pyarrow", reason="Dask's frames need pyarrow")
 
-import dask.dataframe as dd  # noqa: E402 - after the question whether it can be
+import dask.dataframe as dd
 
-from vantrel import scale  # noqa: E402
+from vantrel import scale
 
-COLUMNS = {"gender": "gender", "title": "title", "country": "country", "firstname": "first"}
+COLUMNS: Any = {"gender": "gender", "title": "title", "country": "country", "firstname": "first"}
 
 
 @pytest.fixture(scope="module")

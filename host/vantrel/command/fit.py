@@ -91,10 +91,10 @@ def fit(
     """Learn from a table and write a model file.
 
     TABLE is CSV, JSON Lines (.jsonl) or Parquet (.parquet) by the end of its name, compressed if
-    that is .gz or .zst; - is standard input. The columns of a person (gender, title, names, e-mail address, username, password, telephone
-    numbers, country) are found by their names and values, and what was chosen is printed. --column
-    overrides a choice, --ignore leaves a column out; with --no-detect only the columns of --column
-    are taken.
+    that is .gz or .zst; - is standard input. The columns of a person (gender, title, names, e-mail
+    address, username, password, telephone numbers, country) are found by their names and values,
+    and what was chosen is printed. --column overrides a choice, --ignore leaves a column out; with
+    --no-detect only the columns of --column are taken.
 
     \b
     Examples:

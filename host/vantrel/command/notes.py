@@ -36,13 +36,11 @@ def notes(
         *_of_titles(model, counts),
         *_of_equal_genders(model),
         *([] if located else _of_places(model)),
-        *_of_the_rest(model, list(first)),
+        *_of_the_rest(model, first.columns.tolist()),
     ]
 
 
-def _of_genders(
-    model: PersonModel, first: pd.DataFrame, counts: TableCounts
-) -> Iterator[str]:
+def _of_genders(model: PersonModel, first: pd.DataFrame, counts: TableCounts) -> Iterator[str]:
     column = model.labels.gender
     if not column:
         return

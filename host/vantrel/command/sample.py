@@ -39,8 +39,8 @@ def _unique(
     required=True,
     metavar="PEOPLE",
     type=click.Path(path_type=Path),
-    help="The table to write: CSV, JSON Lines (.jsonl) or Parquet (.parquet) by the end of its name,"
-    " compressed if that is .gz or .zst; - is standard output.",
+    help="The table to write: CSV, JSON Lines (.jsonl) or Parquet (.parquet) by the end of its"
+    " name, compressed if that is .gz or .zst; - is standard output.",
 )
 @click.option(
     "--seed",

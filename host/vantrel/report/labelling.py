@@ -35,7 +35,7 @@ def label(
     in_real = _known(real, in_real, in_sample)
     return (
         LabelledTable(real.kept(in_real.values()), in_real),
-        LabelledTable(sampled.kept(in_sample.values()), in_sample),
+        LabelledTable(sampled.kept(in_sample.values(), beside=real), in_sample),
     )
 
 

@@ -82,13 +82,13 @@ def _kinds(tables: Sequence[LabelledTable]) -> list[str]:
 
 def _place(name: str | None, kinds: Sequence[str], tops: Sequence[_Tops]) -> Place:
     """Joins the names of both tables; a table without countries has no names either."""
-    return Place(
-        name,
-        tuple(
-            FrequentNames(kind, *(None if kind not in top else top[kind].get(name, ()) for top in tops))
-            for kind in kinds
-        ),
-    )
+    return Place(name, tuple(FrequentNames(kind, *_both(kind, name, tops)) for kind in kinds))
+
+
+def _both(
+    kind: str, place: str | None, tops: Sequence[_Tops]
+) -> tuple[tuple[Name, ...] | None, ...]:
+    return tuple(top[kind].get(place, ()) if kind in top else None for top in tops)
 
 
 def _top(table: LabelledTable, kinds: Sequence[str], countries: Sequence[str] = ()) -> _Tops:

@@ -48,9 +48,9 @@ def reappearing_names(real: LabelledTable, sampled: LabelledTable) -> tuple[Reap
     real.table.function("folded", _folded)
     found = []
     for kind, is_whole, names in kinds:
-        of_both = names(real), names(sampled)
-        if of_both[0] is not None and of_both[1] is not None:
-            found.append(_reappearance(kind, is_whole, real, sampled, of_both))
+        in_real, in_sample = names(real), names(sampled)
+        if in_real is not None and in_sample is not None:
+            found.append(_reappearance(kind, is_whole, real, sampled, (in_real, in_sample)))
     return tuple(found)
 
 

@@ -23,8 +23,9 @@ from vantrel.tables import TableCounts, TableError, count_frame, merged, open_ta
 from vantrel.util.arguments import refuse_text
 
 try:
-    import dask
     import dask.dataframe as dd
+    from dask.base import compute
+    from dask.delayed import delayed
 except ImportError as error:
     raise ImportError("vantrel.scale.fit needs Dask: pip install 'dask[dataframe]'.") from error
 
@@ -98,7 +99,7 @@ class _Frame:
 
     def counts(self, columns: list[str], labelled: list[str]) -> Sequence[TableCounts]:
         parts = self._frame[list(dict.fromkeys([*columns, *labelled]))].to_delayed()
-        count = dask.delayed(count_frame)
+        count = delayed(count_frame)
         return _computed([count(part, columns, labelled) for part in parts])
 
 
@@ -117,12 +118,12 @@ class _Folder:
             return table.excerpt(SAMPLE_SIZE)
 
     def counts(self, columns: list[str], labelled: list[str]) -> Sequence[TableCounts]:
-        count = dask.delayed(_count_file)
+        count = delayed(_count_file)
         return _computed([count(file, columns, labelled) for file in self._files])
 
 
-def _computed(delayed: list[Any]) -> Sequence[TableCounts]:
-    counts: tuple[TableCounts, ...] = dask.compute(*delayed)
+def _computed(tasks: list[Any]) -> Sequence[TableCounts]:
+    counts: tuple[TableCounts, ...] = compute(*tasks)
     return counts
 
 

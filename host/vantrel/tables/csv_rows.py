@@ -71,9 +71,8 @@ def _separator(start: str) -> str:
         widths: list[int] = []
         is_sound = True
         try:
-            for row in csv.reader(lines, delimiter=separator, strict=True):
-                if not _is_blank(row):
-                    widths.append(len(row))
+            rows = csv.reader(lines, delimiter=separator, strict=True)
+            widths.extend(len(row) for row in rows if not _is_blank(row))
         except csv.Error as error:  # what is looked at may end within a cell
             is_sound = "unexpected end" in str(error)
         width = widths[0] if widths else 0

@@ -7,8 +7,8 @@ from pathlib import Path
 import duckdb
 
 # The engine asks for some memory a thread to read CSV; what does not fit goes to the disk.
-_MEGABYTES = 96
-_MEGABYTES_A_THREAD = 64
+_MEGABYTES = 64
+_MEGABYTES_A_THREAD = 40
 
 
 def connect(folder: Path) -> duckdb.DuckDBPyConnection:
@@ -17,7 +17,7 @@ def connect(folder: Path) -> duckdb.DuckDBPyConnection:
     Args:
         folder: Where it writes what does not fit into little memory.
     """
-    settings = {
+    settings: dict[str, str | bool | int | float | list[str]] = {
         "autoinstall_known_extensions": "false",
         "autoload_known_extensions": "false",
         "temp_directory": str(folder),

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import weakref
-from collections.abc import Callable, Collection, Iterator, Sequence
+from collections.abc import Callable, Collection, Generator, Iterator, Sequence
 from contextlib import ExitStack, closing, contextmanager
 from dataclasses import replace
 from importlib.util import find_spec
@@ -94,8 +94,12 @@ class Table:
         source = replace(self._source, names=list(map(unguarded, self._source.names)))
         return Table(self.path, source, self._connection, self._folder, unguarded_in_sql)
 
-    def kept(self, columns: Collection[str]) -> Table:
+    def kept(self, columns: Collection[str], beside: Table | None = None) -> Table:
         """Reads columns once and keeps them where they are read quickly again and again.
+
+        Args:
+            columns: Those to keep, in whatever order.
+            beside: A table whose share of memory this one shall use from then on.
 
         Raises:
             TableError: The table cannot be read to its end.
@@ -109,7 +113,8 @@ class Table:
             f" (FORMAT parquet, ROW_GROUP_SIZE {_KEPT_TOGETHER})"
         )
         source = Source(names, f"read_parquet({quoted(str(kept))})")
-        return Table(self.path, source, self._connection, self._folder)
+        connection = (beside or self)._connection
+        return Table(self.path, source, connection, self._folder)
 
     def frame(self, columns: Sequence[str] | None = None, rows: int | None = None) -> pd.DataFrame:
         """Reads columns, all if None, and the first rows, all if None.
@@ -124,7 +129,7 @@ class Table:
 
     def batches(
         self, columns: Sequence[str] | None = None, rows: int = BATCH_ROWS
-    ) -> Iterator[pd.DataFrame]:
+    ) -> Generator[pd.DataFrame]:
         """Reads columns, all if None, some rows at a time, in their order.
 
         Without pyarrow the engine holds the columns that are read, all rows of them.

@@ -94,8 +94,9 @@ def _csv_rows(file: Path, kind: Kind, header: Header, quoted_nulls: bool, skip: 
     return (
         f"read_csv({quoted(str(file))}, auto_detect=false, columns={{{columns}}}, header=true,"
         f" skip={skip}, delim={quoted(header.separator)}, quote='\"', escape='\"', nullstr='',"
-        f" allow_quoted_nulls={str(quoted_nulls).lower()}, compression='{kind.compression or 'none'}',"
-        f" max_line_size={_LONGEST_ROW}, buffer_size={_BUFFER}, strict_mode=true, null_padding=false)"
+        f" allow_quoted_nulls={str(quoted_nulls).lower()}, strict_mode=true, null_padding=false,"
+        f" compression='{kind.compression or 'none'}', max_line_size={_LONGEST_ROW},"
+        f" buffer_size={_BUFFER})"
     )
 
 
@@ -184,9 +185,7 @@ def _pointer(name: str) -> str:
     return "/" + name.replace("~", "~0").replace("/", "~1")
 
 
-def parquet_source(
-    path: Path, file: Path, folder: Path, con: duckdb.DuckDBPyConnection
-) -> Source:
+def parquet_source(path: Path, file: Path, folder: Path, con: duckdb.DuckDBPyConnection) -> Source:
     """Reads the names of the columns of a Parquet file, or of all in a folder, sorted by name.
 
     Raises:
