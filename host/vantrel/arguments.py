@@ -50,12 +50,12 @@ def _from_arrow(table: Any, what: str) -> pd.DataFrame:
             f"{what} that comes by Arrow needs pyarrow: pip install 'vantrel[parquet]'."
         ) from error
     try:
-        return text_frame(pa.table(table))
+        return _text_frame(pa.table(table))
     except (pa.ArrowException, TypeError, ValueError) as error:  # a stream of one column, perhaps
         raise _no_table(table, what) from error
 
 
-def text_frame(table: pa.Table) -> pd.DataFrame:
+def _text_frame(table: pa.Table) -> pd.DataFrame:
     """Gives an Arrow table as a frame in which every value is a text or missing."""
     import pandas as pd
 

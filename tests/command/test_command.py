@@ -11,7 +11,7 @@ from pathlib import Path
 import pandas as pd
 import pytest
 
-from support.command import fail, run, separator_hint, succeed
+from support.command import fail, run, succeed
 from vantrel.tables import read_table, write_table
 
 ATTRIBUTES = (
@@ -235,15 +235,6 @@ def test_a_table_that_is_none(content: str) -> None:
 def test_a_wrong_column_names_the_nearest() -> None:
     message = fail("fit people.csv -o m.json --column gender=SEX", 1)
     assert " for 'gender'. Did you mean 'sex'? Its columns are: " in message
-
-
-@pytest.mark.parametrize(
-    ("separator", "hint"),
-    [(";", separator_hint("semicolons", ";")), ("\t", separator_hint("tabs", r"\t"))],
-)
-def test_a_table_with_another_separator(separator: str, hint: str) -> None:
-    Path("people.csv").write_text(f"sex{separator}land\nm{separator}GB\n")
-    assert fail(FIT, 1).endswith(hint)
 
 
 def test_unknown_countries_name_the_nearest_and_their_rows() -> None:

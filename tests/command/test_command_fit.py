@@ -1,14 +1,13 @@
 """How ``vantrel fit`` finds columns and reads its settings."""
 
-import shlex
+import gzip
 import subprocess
-import sys
 from pathlib import Path
 
 import pandas as pd
 import pytest
 
-from support.command import fail, separator_hint, shell, succeed
+from support.command import command_line, fail, shell, succeed
 from vantrel.storage.models import load
 from vantrel.tables import read_table
 
@@ -109,21 +108,43 @@ def test_nothing_is_found_where_all_is_ignored() -> None:
     assert fail(f"{FIT} {ignored}", 1).endswith(f" Its columns are: {COLUMNS}.")
 
 
-@pytest.mark.parametrize(
-    ("separator", "hint"),
-    [(";", separator_hint("semicolons", ";")), ("\t", separator_hint("tabs", r"\t"))],
-)
-def test_nothing_is_found_in_a_table_with_another_separator(separator: str, hint: str) -> None:
-    Path("people.csv").write_text(f"vorname{separator}nachname\nAnn{separator}Lee\n")
-    assert fail(FIT, 1).endswith(hint)
+@pytest.mark.parametrize("separator", [";", "\t", "|"])
+def test_the_separator_is_found(separator: str) -> None:
+    Path("people.csv").write_text(
+        f"sex{separator}vorname{separator}anmerkung\nm{separator}Bo{separator}a, b\n"
+        f"f{separator}Ann, Lea{separator}c\n"
+    )
+    succeed(FIT)
+    assert labels() == {"gender": "sex", "firstname": "vorname"}
 
 
-@pytest.mark.parametrize("separator", [";", "\t"])
-def test_a_table_can_be_converted_as_is_told(separator: str) -> None:
-    Path("in.csv").write_text(f"sex{separator}surname\nm{separator}NA\n{separator}007\n")
-    line = fail("fit in.csv -o m.json", 1).partition("as in python ")[2].removesuffix(".")
-    subprocess.run([sys.executable, *shlex.split(line)], check=True)
-    assert Path("out.csv").read_text() == "sex,surname\nm,NA\n,007\n"
+def test_a_separator_that_is_not_found_is_named() -> None:
+    Path("people.csv").write_text("sex~vorname\nm~Bo\n")
+    succeed(f"{FIT} --separator '~'")
+    assert labels() == {"gender": "sex", "firstname": "vorname"}
+    assert fail(f"{FIT} --force --separator xy", 2) == (
+        "Invalid value for '--separator': 'xy' is not one character, such as ; or | or tab."
+    )
+
+
+def test_an_encoding_is_named() -> None:
+    Path("people.csv").write_text("sex,land\nm,España\nf,Österreich\n", encoding="cp1252")
+    assert fail(FIT, 1) == (
+        "Table people.csv is not in UTF-8: name its encoding, cp1252 most likely, or save it as CSV"
+        " UTF-8."
+    )
+    succeed(f"{FIT} --encoding cp1252")
+    model = load(Path("m.json"))
+    assert model.meta["land"].categories == ["España", "Österreich"]
+    assert fail(f"{FIT} --force --encoding utf-9", 1) == (
+        "'utf-9' is no encoding: write utf-8, utf-16, latin-1 or cp1252, for example."
+    )
+
+
+def test_the_table_comes_from_standard_input() -> None:
+    content = gzip.compress(b"sex;land\nm;GB\n;\n")
+    subprocess.run(command_line("fit - -o m.json"), input=content, check=True, capture_output=True)
+    assert load(Path("m.json")).hidden_model_gender.meta.nan_freq == 0.5
 
 
 def test_a_column_whose_values_contradict_its_name_is_told() -> None:

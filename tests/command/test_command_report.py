@@ -10,7 +10,7 @@ from pathlib import Path
 import pandas as pd
 import pytest
 
-from support.command import fail, separator_hint, succeed
+from support.command import fail, succeed
 
 REPORT = "report people.csv made-up.csv -o report.html"
 LABELS = "--column gender=sex --column title=title --column lastname=surname --column country=land"
@@ -185,14 +185,9 @@ def test_tables_without_a_column_in_common_are_refused() -> None:
 
 
 @pytest.mark.usefixtures("made_up")
-def test_a_table_that_is_separated_otherwise_is_told() -> None:
+def test_a_table_that_is_separated_otherwise_is_read() -> None:
     Path("people.csv").write_text("sex;title\nm;Mr\n")
-    assert fail(f"{REPORT} --column gender=sex", 1) == (
-        "Nothing can be compared: no attribute of a person is known to have a column in both tables."
-        " Name columns, as in --column gender=COLUMN. The columns of the real table are: 'sex;title'."
-        f"{separator_hint('semicolons', ';')} The columns of the sample are: 'land', 'surname',"
-        " 'sex'."
-    )
+    succeed(f"{REPORT} --column gender=sex")
 
 
 @pytest.mark.usefixtures("made_up")

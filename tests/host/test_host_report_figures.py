@@ -14,7 +14,7 @@ from vantrel.reporting.duplicates import (
     compare_duplicates,
     compare_rows,
 )
-from vantrel.reporting.figures import compare_tables
+from vantrel.reporting.figures import compare_labelled
 from vantrel.reporting.lengths import MOST_BINS, LengthBin, LengthSummary, compare_lengths
 from vantrel.reporting.names import (
     MOST_NAMES,
@@ -222,7 +222,7 @@ def test_the_examples_are_those_of_the_most_rows_and_only_so_many() -> None:
 
 
 def test_an_attribute_that_neither_table_holds_is_left_out() -> None:
-    found = compare_tables(
+    found = compare_labelled(
         *both(users("ann"), users("bob"), {**USER, "gender": "sex", "email": "mail", **FULL})
     )
     assert found.frequencies == ()
@@ -244,7 +244,7 @@ def test_the_kind_of_column_does_not_matter(dtype: Any) -> None:
         },
         dtype=object,
     )
-    assert compare_tables(*both(table.astype(dtype), table, columns)) == compare_tables(
+    assert compare_labelled(*both(table.astype(dtype), table, columns)) == compare_labelled(
         *both(table, table, columns)
     )
 
@@ -252,5 +252,5 @@ def test_the_kind_of_column_does_not_matter(dtype: Any) -> None:
 def test_tables_are_left_as_they_were() -> None:
     table = people(("Ann", None), ("Ann", "Lee"))
     before = table.copy()
-    compare_tables(*both(table, table, {**NAMES, "country": "none"}))
+    compare_labelled(*both(table, table, {**NAMES, "country": "none"}))
     pd.testing.assert_frame_equal(table, before)

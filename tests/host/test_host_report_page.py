@@ -10,7 +10,7 @@ import pytest
 
 from support.report_tables import ODD_NAMES, both, odd, ordinary, page, record
 from vantrel import wording
-from vantrel.reporting.figures import compare_tables
+from vantrel.reporting.figures import compare_labelled
 from vantrel.reporting.frequencies import MOST_SHARES
 from vantrel.reporting.page import MOST_BARS, Sources
 from vantrel.reporting.provenance import provenance
@@ -41,7 +41,7 @@ class Elements(HTMLParser):
 
 
 def judged(real: pd.DataFrame, sampled: pd.DataFrame) -> dict[str, Verdict]:
-    return {each.about: each for each in verdicts(compare_tables(*both(real, sampled)), None)}
+    return {each.about: each for each in verdicts(compare_labelled(*both(real, sampled)), None)}
 
 
 def test_the_page_is_named_after_the_real_table() -> None:

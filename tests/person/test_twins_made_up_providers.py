@@ -113,8 +113,6 @@ def test_a_provider_added_for_something_else_slows_nothing_down() -> None:
     CHANGES["replaces company"](model, "US", [])
     rows = 2000
     assert (
-        calls_of(
-            lambda: model.generate_first_names(genders(rows), countries(model, rows)), FAKER
-        )
+        calls_of(lambda: model.generate_first_names(genders(rows), countries(model, rows)), FAKER)
         < rows
     )

@@ -6,11 +6,12 @@ import numpy as np
 import pandas as pd
 import pycountry
 
-from vantrel.reporting.figures import compare_tables
+from vantrel.reporting.figures import compare_labelled
 from vantrel.reporting.labelled import LabelledTable
 from vantrel.reporting.page import Sources, render
 from vantrel.reporting.provenance import provenance
 from vantrel.sampling.record import SampleRecord
+from vantrel.tables import frame_table
 from vantrel.versions import versions
 
 COLUMNS = {
@@ -88,7 +89,7 @@ def both(
     real: pd.DataFrame, sampled: pd.DataFrame, columns: Mapping[str, str] = COLUMNS
 ) -> tuple[LabelledTable, LabelledTable]:
     """Labels two tables alike."""
-    return LabelledTable(real, columns), LabelledTable(sampled, columns)
+    return LabelledTable(frame_table(real), columns), LabelledTable(frame_table(sampled), columns)
 
 
 def page(
@@ -98,6 +99,6 @@ def page(
     sources: Sources | None = None,
 ) -> str:
     """The report on two tables."""
-    figures = compare_tables(*both(real, sampled))
+    figures = compare_labelled(*both(real, sampled))
     told = provenance(made, len(sampled)) if made else None
     return render(figures, sources or Sources("real.csv", "sampled.csv"), told)

@@ -8,13 +8,9 @@ from typing import Any
 import click
 
 from vantrel.cli.group import TerseCommand
-from vantrel.cli.options import (
-    STANDARD_OUTPUT,
-    columns_option,
-    force_option,
-    list_option,
-    path_option,
-)
+from vantrel.cli.options import columns_option, force_option, list_option, path_option
+from vantrel.cli.reading import reading_options, told
+from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
 
 
 @click.command(cls=TerseCommand)
@@ -50,6 +46,7 @@ from vantrel.cli.options import (
     help="Settings: patterns of genders and titles, formats of telephone numbers, lengths of"
     " passwords.",
 )
+@reading_options("TABLE")
 @force_option
 def fit(
     table: Path,
@@ -60,15 +57,17 @@ def fit(
     generate: list[str],
     locales: tuple[str, ...],
     config_file: Path | None,
+    separator: str | None,
+    encoding: str | None,
     force: bool,
 ) -> None:
     """Learn from a table and write a model file.
 
-    TABLE is CSV (in UTF-8, separated by commas), or Parquet if its name ends in .parquet. The
-    columns of a person (gender, title, names, e-mail address, username, password, telephone
-    numbers, country) are found by their names and values, and what was chosen is printed. --column
-    overrides a choice, --ignore leaves a column out; with --no-detect only the columns of --column
-    are taken.
+    TABLE is CSV, JSON Lines (.jsonl) or Parquet (.parquet) by the end of its name, compressed if
+    that is .gz or .zst; - is standard input. The columns of a person (gender, title, names, e-mail
+    address, username, password, telephone numbers, country) are found by their names and values,
+    and what was chosen is printed. --column overrides a choice, --ignore leaves a column out; with
+    --no-detect only the columns of --column are taken.
 
     \b
     Examples:
@@ -77,36 +76,36 @@ def fit(
     """
     # These take a second to import; help and mistakes in the options need not wait for them.
     from vantrel.fitting.checks import check_request
-    from vantrel.storage.files import refuse_overwriting
 
-    if output == STANDARD_OUTPUT:
+    if output == STANDARD_STREAM:
         raise click.UsageError("A model is not written to standard output: name a file for -o.")
     refuse_overwriting(output, *filter(None, (table, config_file)), force=force)
     check_request(columns, generate, ignore, locales, detect=not no_detect)
 
     import vantrel
     from vantrel.cli.console import print_all
+    from vantrel.fitting import fit_table
     from vantrel.reporting.sections import Section
     from vantrel.storage.settings import load_config
-    from vantrel.tables import read_table
+    from vantrel.tables import open_table
 
     config = load_config(config_file) if config_file else None
-    df = read_table(table)
-    model = vantrel.fit(
-        df,
-        generate=generate,
-        locales=locales,
-        config=config,
-        ignore=ignore,
-        detect=not no_detect,
-        **columns,
-    )
+    with open_table(table, **told(separator, encoding)) as opened:
+        model, learnt_from = fit_table(
+            opened,
+            columns,
+            generate=generate,
+            locales=locales,
+            config=config,
+            ignore=ignore,
+            detect=not no_detect,
+        )
     vantrel.save(model, output, force=True)
     if not no_detect:
         told_by = dict.fromkeys(generate, "--generate") | model.meta.told_by
         told_by |= dict.fromkeys(columns, "--column")
         rows = [(name, column, told_by[name]) for name, column in model.params.items()]
         print_all([Section("", ("Attribute", "Column", "Told by"), rows)])
-    click.echo(f"Learnt from {len(df):,} rows of {table}; wrote {output}.")
+    click.echo(f"Learnt from {learnt_from:,} rows of {table}; wrote {output}.")
     for note in model.meta.notes:
         click.echo(f"vantrel: note: {note}", err=True)

@@ -18,8 +18,6 @@ class _Decorator(Protocol):
     def __call__[F: Callable[..., Any] | click.Command](self, command: F, /) -> F: ...
 
 
-STANDARD_OUTPUT = Path("-")
-
 # The options whose names are not those of the library's keywords.
 _NAMES = {"n": "-n", "locales": "--locale"}
 

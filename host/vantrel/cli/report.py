@@ -8,7 +8,9 @@ from typing import Any
 import click
 
 from vantrel.cli.group import TerseCommand
-from vantrel.cli.options import STANDARD_OUTPUT, columns_option, force_option, path_option
+from vantrel.cli.options import columns_option, force_option, path_option
+from vantrel.cli.reading import reading_options, told
+from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting, replacing, same_file
 
 
 @click.command(cls=TerseCommand, short_help="Compare a real table with a sample.")
@@ -19,8 +21,17 @@ from vantrel.cli.options import STANDARD_OUTPUT, columns_option, force_option, p
     "An attribute of a person and the column that holds it in both tables or in one; may be"
     " repeated. It comes before what is recorded beside SAMPLE or found."
 )
+@reading_options("TABLE")
 @force_option
-def report(table: Path, sampled: Path, output: Path, columns: Any, force: bool) -> None:
+def report(
+    table: Path,
+    sampled: Path,
+    output: Path,
+    columns: Any,
+    separator: str | None,
+    encoding: str | None,
+    force: bool,
+) -> None:
     """Compare the real table TABLE with a SAMPLE of it on one page.
 
     Which columns are compared is read from the record that 'vantrel sample' wrote beside SAMPLE;
@@ -32,10 +43,7 @@ def report(table: Path, sampled: Path, output: Path, columns: Any, force: bool) 
     Example:
       vantrel report people.csv made-up.csv -o report.html
     """
-    # These take a second to import; help need not wait for them.
-    from vantrel.storage.files import refuse_overwriting, replacing, same_file
-
-    if output == STANDARD_OUTPUT:
+    if output == STANDARD_STREAM:
         raise click.UsageError("A report is not written to standard output: name a file for -o.")
     refuse_overwriting(output, table, sampled, force=force)
     if same_file(table, sampled):
@@ -43,16 +51,21 @@ def report(table: Path, sampled: Path, output: Path, columns: Any, force: bool) 
             f"{table} and {sampled} are the same file: name the real table, then a sample of it."
         )
 
-    import vantrel
+    # These take a second to import; help need not wait for them.
+    from vantrel.reporting.comparison import compare_tables
     from vantrel.sampling.record import read_record
-    from vantrel.tables import read_table
+    from vantrel.tables import open_table
 
     record = read_record(sampled)
     if record is None and read_record(table):
         raise click.UsageError(
             f"{table} is a sample, as its record says: the real table comes first."
         )
-    comparison = vantrel.compare(read_table(table), read_table(sampled), record=record, **columns)
+    with (
+        open_table(table, **told(separator, encoding)) as real,
+        open_table(sampled, empty_is_missing=True) as people,
+    ):
+        comparison = compare_tables(real, people, columns, record)
     names = [click.format_filename(path.absolute().name) for path in (table, sampled)]
     page = comparison.to_html(*names)
     with replacing(output) as file:

@@ -7,6 +7,7 @@ import click
 
 from vantrel.cli.group import TerseCommand
 from vantrel.cli.options import force_option, list_option, path_option, patterns_option
+from vantrel.cli.reading import reading_options
 from vantrel.cli.sample_request import SampleRequest
 
 
@@ -24,8 +25,8 @@ from vantrel.cli.sample_request import SampleRequest
     "--output",
     required=True,
     metavar="PEOPLE",
-    help="The table to write: Parquet if its name ends in .parquet, else CSV;"
-    " - is standard output.",
+    help="The table to write: CSV, JSON Lines (.jsonl) or Parquet (.parquet) by the end of its"
+    " name, compressed if that is .gz or .zst; - is standard output.",
 )
 @click.option(
     "--seed",
@@ -40,6 +41,7 @@ from vantrel.cli.sample_request import SampleRequest
     help="A table that gives genders or countries or both, a row for each person to make, in"
     " columns named as the model's.",
 )
+@reading_options("the conditions")
 @list_option(
     "--unique",
     "Of username and email, those of which no value may come twice. Each value ends in a code"

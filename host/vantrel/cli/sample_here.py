@@ -9,12 +9,12 @@ from typing import TYPE_CHECKING, Any
 import click
 
 from vantrel.cli.console import progress
-from vantrel.cli.options import STANDARD_OUTPUT
+from vantrel.cli.reading import told
 from vantrel.cli.sample_request import SampleRequest, done
 from vantrel.sampling import Plan, prepare_conditions, refuse_borrowed, sample_blocks
 from vantrel.sampling.record import read_record, record_path, write_record
-from vantrel.storage.files import is_special
-from vantrel.tables import read_table, write_csv, write_table
+from vantrel.storage.files import STANDARD_STREAM, is_special
+from vantrel.tables import open_table, write_table
 
 if TYPE_CHECKING:
     import pandas as pd
@@ -28,27 +28,26 @@ def make(request: SampleRequest) -> None:
         OSError: The output cannot be written.
     """
     output = request.output
-    recorded = output != STANDARD_OUTPUT and not is_special(output)
+    recorded = output != STANDARD_STREAM and not is_special(output)
     if recorded:
         read_record(output)  # what is there and no record is not overwritten by one
     model = request.load_model()
     rows, conditions = request.rows, None
     if rows is None:
         assert request.conditions is not None
-        table = read_table(request.conditions)
-        conditions = prepare_conditions(model, table, strict=request.strict)
+        with open_table(request.conditions, **told(request.separator, request.encoding)) as table:
+            given = [column for column in table.columns if column in model.params.values()]
+            conditions = prepare_conditions(model, table.frame(given), strict=request.strict)
         rows = len(conditions)
     elif request.strict:
         refuse_borrowed(model)
     plan = Plan(rows, request.new_seed(), unique=request.unique)
     people = sample_blocks(model, plan, conditions)
-    if output == STANDARD_OUTPUT:
-        with click.open_file("-", "w", encoding="utf-8") as file:
-            write_csv(_counted(people, rows), file, spreadsheet_safe=request.csv_safe)
+    write_table(_counted(people, rows), output, spreadsheet_safe=request.csv_safe)
+    if output == STANDARD_STREAM:
         if request.seed is None:
             click.echo(f"vantrel: note: the seed is {plan.seed}", err=True)
         return
-    write_table(_counted(people, rows), output, spreadsheet_safe=request.csv_safe)
     if recorded:
         record_path(output).unlink(missing_ok=True)  # it tells of the table that was there before
         write_record(request.record(model, plan, **_options(request)), output)

@@ -10,8 +10,7 @@ from typing import TYPE_CHECKING, Any
 import click
 
 from vantrel.attributes import UNIQUE
-from vantrel.cli.options import STANDARD_OUTPUT
-from vantrel.storage.files import refuse_overwriting
+from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
 
 if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel
@@ -29,6 +28,8 @@ class SampleRequest:
     output: Path
     seed: int | None
     conditions: Path | None
+    separator: str | None
+    encoding: str | None
     unique: list[str]
     strict: bool
     csv_safe: bool
@@ -68,7 +69,7 @@ class SampleRequest:
             refuse_overwriting(self.output, *sources, force=self.force)
 
     def _check_on_dask(self) -> None:
-        if self.conditions or self.csv_safe or self.force or self.output == STANDARD_OUTPUT:
+        if self.conditions or self.csv_safe or self.force or self.output == STANDARD_STREAM:
             raise click.UsageError(
                 "--dask makes a new folder of Parquet files: leave out --conditions, --csv-safe,"
                 " --force and '-o -'."

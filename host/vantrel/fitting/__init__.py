@@ -3,8 +3,9 @@
 from __future__ import annotations
 
 import logging
-from collections.abc import Collection, Iterable, Sequence
-from typing import TYPE_CHECKING, Any, Unpack
+from collections.abc import Collection, Iterable, Mapping, Sequence
+from dataclasses import dataclass
+from typing import TYPE_CHECKING, Any, Protocol, Unpack
 
 from vantrel.arguments import as_frame
 from vantrel.attributes import PersonColumns
@@ -16,13 +17,15 @@ from vantrel.fitting.checks import (
     check_request,
     make_person,
     refuse_nothing,
-    separator_hint,
 )
 
 if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
+    import pandas as pd
 
-__all__ = ["check_request", "fit"]
+    from vantrel.model.models.person import PersonModel
+    from vantrel.tables import TableCounts
+
+__all__ = ["Countable", "WholeFrame", "check_request", "fit", "fit_table"]
 
 _log = logging.getLogger(__name__)
 
@@ -73,30 +76,91 @@ def fit(
     Warns:
         BorrowedNamesWarning: Faker has no names of some countries or locales.
     """
+    named: dict[str, Any] = dict(columns)
+    model, _ = fit_table(
+        WholeFrame(as_frame(df)),
+        named,
+        generate=generate,
+        locales=locales,
+        config=config,
+        ignore=ignore,
+        detect=detect,
+    )
+    return model
+
+
+class Countable(Protocol):
+    """A table that tells what a model learns of it, and need not be in memory."""
+
+    def excerpt(self, rows: int, /) -> pd.DataFrame:
+        """Gives all columns, with at least so many of the first values of each, if it has them."""
+
+    def count(self, columns: list[str], labelled: list[str], /) -> TableCounts:
+        """Counts the values of columns, and the rows that are blank in the labelled ones."""
+
+
+@dataclass(frozen=True)
+class WholeFrame:
+    """A table that is in memory."""
+
+    df: pd.DataFrame
+
+    def excerpt(self, _rows: int) -> pd.DataFrame:
+        """Gives the whole table."""
+        return self.df
+
+    def count(self, columns: list[str], _labelled: list[str]) -> TableCounts:
+        """Counts values only: the model sees blank rows itself."""
+        from vantrel.tables.counts import count_frame
+
+        return count_frame(self.df, columns, ())
+
+
+def fit_table(
+    table: Countable,
+    columns: Mapping[str, str],
+    *,
+    generate: Iterable[str] = (),
+    locales: Sequence[str] | None = None,
+    config: PersonModelConfig | None = None,
+    ignore: Collection[str] = (),
+    detect: bool = True,
+) -> tuple[PersonModel, int]:
+    """Learns from a table of people that need not be in memory, as :func:`fit` does.
+
+    Returns:
+        The fitted model, and the number of rows that it learnt from.
+    """
     from vantrel.detection import NOTHING
     from vantrel.detection import detect as find
+    from vantrel.detection.values import SAMPLE_SIZE
+    from vantrel.fitting.counted import fit_counts, learnt_columns
     from vantrel.fitting.notes import notes
     from vantrel.model.models.person import PersonModel
     from vantrel.sampling.places import places_of
     from vantrel.util.locale.locale import refuse_unknown, told_before, warn_of_borrowed
 
-    table = as_frame(df)
-    named: dict[str, Any] = dict(columns)
-    generated = check_request(named, generate, ignore, locales, detect=detect)
+    generated = check_request(columns, generate, ignore, locales, detect=detect)
     config = config or PersonModelConfig()
     refuse_unknown(locales or ())
-    check_columns(table, named, ignore)
-    looks = detect and not separator_hint(table)
-    found = find(table, config, known=named, ignored=ignore) if looks else NOTHING
-    labels = {**found.columns, **named}
-    refuse_nothing(table, labels, found)
-    check_countries(table, labels)
+    first = table.excerpt(SAMPLE_SIZE)
+    check_columns(first, columns, ignore)
+    found = find(first, config, known=columns, ignored=ignore) if detect else NOTHING
+    labels = {**found.columns, **columns}
+    refuse_nothing(first, labels, found)
     meta = make_person(labels, generated, locales)
+    labelled = [column for column in first.columns if column in meta.params.values()]
+    counts = table.count(learnt_columns(meta), labelled)
+    if "country" in labels:
+        check_countries(counts.values[labels["country"]], labels["country"])
     with told_before(), raised_by_model(FittingError, "The model cannot be fitted"):
-        model = PersonModel(meta, config).fit(table)
+        if isinstance(table, WholeFrame):
+            model = PersonModel(meta, config).fit(table.df)
+        else:
+            model = fit_counts(counts, list(first.columns), meta, config)
     warn_of_borrowed(places_of(model))
     meta.told_by = {choice.attribute: choice.reason for choice in found.choices}
-    meta.notes = notes(model, table, found, generated, located=bool(locales))
+    meta.notes = notes(model, first, counts, found, generated, located=bool(locales))
     for note in meta.notes:
         _log.info(note)
-    return model
+    return model, counts.rows

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Collection, Iterable, Mapping, Sequence
-from typing import TYPE_CHECKING
+from typing import TYPE_CHECKING, Any
 
 from vantrel.arguments import refuse_text
 from vantrel.attributes import ATTRIBUTES
@@ -113,7 +113,7 @@ def check_columns(df: pd.DataFrame, columns: Mapping[str, str], ignore: Iterable
         if column not in df.columns:
             raise FittingError(
                 f"The table has no column {column!r} {why}.{did_you_mean(column, df.columns)} Its"
-                f" columns are: {listed(df.columns)}.{separator_hint(df)}"
+                f" columns are: {listed(df.columns)}."
             )
     for attribute, column in columns.items():
         if df[column].isna().all():
@@ -135,40 +135,27 @@ def refuse_nothing(df: pd.DataFrame, columns: Mapping[str, str], found: Detectio
         raise FittingError(
             "No column of the table is found to be of a person by its name and values: name one, as"
             f" in {argument('gender', 'COLUMN')}.{doubts} Its columns are: {listed(df.columns)}."
-            f"{separator_hint(df)}"
         )
 
 
-def separator_hint(df: pd.DataFrame) -> str:
-    """Tells, as sentences with a leading blank, if the one column looks like several."""
-    for separator, written, name in ((";", ";", "semicolons"), ("\t", r"\t", "tabs")):
-        if len(df.columns) == 1 and separator in str(df.columns[0]):
-            return (
-                f" It seems to be separated by {name}: save it as CSV UTF-8 (comma separated), or"
-                " convert it, as in python -c \"import pandas as pd; pd.read_csv('in.csv',"
-                f" sep='{written}', dtype=str, keep_default_na=False).to_csv('out.csv',"
-                ' index=False)".'
-            )
-    return ""
+def check_countries(counts: Mapping[Any, int], column: str) -> None:
+    """Makes sure that every country is known.
 
-
-def check_countries(df: pd.DataFrame, columns: Mapping[str, str]) -> None:
-    """Makes sure that every country is known, where there is a column of them.
+    Args:
+        counts: How many rows have each country; a missing one is None.
+        column: The column of countries.
 
     Raises:
         FittingError: Some are not; all of them are named, with the number of their rows.
     """
     from vantrel.util.locale.locale import refuse_unknown, unknown_places
 
-    if "country" not in columns:
-        return
-    column = columns["country"]
-    places = df[column].dropna().unique()
+    places = [place for place in counts if place is not None]
     try:
         refuse_unknown(places)
     except UnknownPlaceError as error:
-        rows = int(df[column].isin(unknown_places(places)).sum())
+        rows = sum(counts[place] for place in unknown_places(places))
         raise FittingError(
-            f"Column {column!r}: {error} Such rows: {rows:,} of {len(df):,}. Correct or empty these"
-            f" cells, or leave the column out: {argument('ignore', [column])}."
+            f"Column {column!r}: {error} Such rows: {rows:,} of {sum(counts.values()):,}. Correct"
+            f" or empty these cells, or leave the column out: {argument('ignore', [column])}."
         ) from error

@@ -2,8 +2,8 @@
 
 from __future__ import annotations
 
-from collections.abc import Collection, Iterator
-from typing import TYPE_CHECKING
+from collections.abc import Collection, Iterator, Mapping, Sequence
+from typing import TYPE_CHECKING, Any
 
 from vantrel.attributes import ATTRIBUTES
 from vantrel.detection.values import Values
@@ -16,13 +16,15 @@ if TYPE_CHECKING:
 
     from vantrel.detection import Detection, Doubt
     from vantrel.model.models.person import PersonModel
+    from vantrel.tables import TableCounts
 
 _MOST_SHOWN = 5
 
 
 def notes(
     model: PersonModel,
-    df: pd.DataFrame,
+    first: pd.DataFrame,
+    counts: TableCounts,
     found: Detection,
     generated: Collection[str],
     *,
@@ -32,7 +34,8 @@ def notes(
 
     Args:
         model: The fitted model.
-        df: The table that it was fitted on.
+        first: The first values of each column of the table that it was fitted on.
+        counts: The counts of its values.
         found: The columns that were found.
         generated: The attributes that were to be generated.
         located: Whether the user told where the people are from.
@@ -40,11 +43,11 @@ def notes(
     return [
         *map(doubt_note, found.doubts),
         *_there_already(found, generated),
-        *_of_genders(model, df),
-        *_of_titles(model, df),
+        *_of_genders(model, first, counts),
+        *_of_titles(model, counts),
         *_of_equal_genders(model),
         *([] if located else _of_places(model)),
-        *_of_the_rest(model, df),
+        *_of_the_rest(model, first.columns.tolist()),
     ]
 
 
@@ -73,15 +76,14 @@ def _there_already(found: Detection, generated: Collection[str]) -> Iterator[str
             )
 
 
-def _of_genders(model: PersonModel, df: pd.DataFrame) -> Iterator[str]:
+def _of_genders(model: PersonModel, first: pd.DataFrame, counts: TableCounts) -> Iterator[str]:
     column = model.labels.gender
     if not column:
         return
     by_gender = learnt_by_gender(model, "gender")
-    genders = df[column].dropna()
-    unclear = genders[~genders.astype(str).isin(understood(by_gender))]
-    if len(unclear):
-        yield f"{_not_understood(column, 'genders', unclear, df)}{_title_advice(model, df[column])}"
+    if unclear := _others(counts.values[column], understood(by_gender)):
+        told = _not_understood(column, "genders", unclear, counts.rows)
+        yield f"{told}{_title_advice(model, first[column])}"
 
     several = [_some(list(map(repr, ways))) for ways in by_gender.values() if len(ways) > 1]
     if several:
@@ -100,28 +102,38 @@ def _title_advice(model: PersonModel, genders: pd.Series) -> str:
     return f" They look like titles: use {column} in place of the same for gender."
 
 
-def _of_titles(model: PersonModel, df: pd.DataFrame) -> Iterator[str]:
+def _of_titles(model: PersonModel, counts: TableCounts) -> Iterator[str]:
     column = model.labels.title
     if not column:
         return
-    titles = df[column].dropna()
+    titles = counts.values[column]
     by_gender = learnt_by_gender(model, "title")
     if model.labels.gender:
         learnt = model.hidden_model_gender._probabilities or {}
         drawn = understood({key: values for key, values in by_gender.items() if key in learnt})
-        if len(never := titles[~titles.astype(str).isin(drawn)]):
+        if never := _others(titles, drawn):
             yield (
                 f"Column {column!r} has titles that will never be sampled, as they tell none of the"
                 f" learnt genders: {_counted(never)}."
             )
-    elif len(unclear := titles[~titles.astype(str).isin(understood(by_gender))]):
-        yield _not_understood(column, "titles", unclear, df)
+    elif unclear := _others(titles, understood(by_gender)):
+        yield _not_understood(column, "titles", unclear, counts.rows)
 
 
-def _not_understood(column: str, what: str, unclear: pd.Series, df: pd.DataFrame) -> str:
+def _others(counts: Mapping[Any, int], known: Collection[str]) -> dict[Any, int]:
+    """The counts of the values that are none of the known ones, nor missing."""
+    return {
+        value: count
+        for value, count in counts.items()
+        if value is not None and str(value) not in known
+    }
+
+
+def _not_understood(column: str, what: str, unclear: Mapping[Any, int], rows: int) -> str:
+    share = percent(sum(unclear.values()) / rows)
     return (
         f"Column {column!r} has values that are not understood as {what} and count as missing:"
-        f" {_counted(unclear)}. These are {percent(len(unclear) / len(df))} of the rows, which"
+        f" {_counted(unclear)}. These are {share} of the rows, which"
         f" samples leave blank; patterns in {argument('config', ...)} make them understood."
     )
 
@@ -149,17 +161,18 @@ def _makes(model: PersonModel, trait: str) -> bool:
     return any(getattr(ATTRIBUTES[attribute], trait) for attribute in model.params)
 
 
-def _of_the_rest(model: PersonModel, df: pd.DataFrame) -> Iterator[str]:
+def _of_the_rest(model: PersonModel, columns: Sequence[str]) -> Iterator[str]:
     labelled = model.params.values()
-    if left_out := [column for column in df.columns if column not in labelled]:
+    if left_out := [column for column in columns if column not in labelled]:
         yield (
             "These columns are not made by vantrel and are left out of samples:"
             f" {listed(left_out)}."
         )
 
 
-def _counted(values: pd.Series) -> str:
-    return _some([f"{value!r} ({n})" for value, n in values.value_counts().items()])
+def _counted(values: Mapping[Any, int]) -> str:
+    ranked = sorted(values.items(), key=lambda item: -item[1])
+    return _some([f"{value!r} ({n})" for value, n in ranked])
 
 
 def _some(texts: list[str]) -> str:

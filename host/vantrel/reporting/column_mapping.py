@@ -4,17 +4,17 @@ from __future__ import annotations
 
 from collections.abc import Collection, Mapping
 
-import pandas as pd
-
 from vantrel.attributes import NAMES, WORDS
 from vantrel.detection import detect
+from vantrel.detection.values import SAMPLE_SIZE
 from vantrel.reporting.labelled import LabelledTable
+from vantrel.tables import Table
 
 _Columns = Mapping[str, str]
 
 
 def label(
-    real: pd.DataFrame, sampled: pd.DataFrame, given: _Columns, recorded: _Columns
+    real: Table, sampled: Table, given: _Columns, recorded: _Columns
 ) -> tuple[LabelledTable, LabelledTable]:
     """Labels a real table and a sample of it, whose columns may be named otherwise.
 
@@ -34,7 +34,10 @@ def label(
     in_sample = _known(sampled, given, recorded, in_real)
     in_sample |= _found(sampled, in_sample, wanted)
     in_real = _known(real, in_real, in_sample)
-    return LabelledTable(real, in_real), LabelledTable(sampled, in_sample)
+    return (
+        LabelledTable(real.kept(in_real.values()), in_real),
+        LabelledTable(sampled.kept(in_sample.values(), beside=real), in_sample),
+    )
 
 
 def _wanted(told: set[str]) -> set[str]:
@@ -42,16 +45,16 @@ def _wanted(told: set[str]) -> set[str]:
     return {*told, *names} or set(WORDS)
 
 
-def _known(df: pd.DataFrame, *sources: _Columns) -> dict[str, str]:
+def _known(table: Table, *sources: _Columns) -> dict[str, str]:
     """The columns of a table that sources know, the first source first; none is taken twice."""
     known: dict[str, str] = {}
     for source in sources:
         for attribute, column in source.items():
-            if attribute not in known and column in df.columns and column not in known.values():
+            if attribute not in known and column in table.columns and column not in known.values():
                 known[attribute] = column
     return known
 
 
-def _found(df: pd.DataFrame, known: _Columns, wanted: Collection[str]) -> dict[str, str]:
-    found = detect(df, known=known).columns
+def _found(table: Table, known: _Columns, wanted: Collection[str]) -> dict[str, str]:
+    found = detect(table.excerpt(SAMPLE_SIZE), known=known).columns
     return {attribute: column for attribute, column in found.items() if attribute in wanted}

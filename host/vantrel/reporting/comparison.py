@@ -9,21 +9,19 @@ from typing import TYPE_CHECKING, Any, Unpack
 from vantrel.arguments import as_frame
 from vantrel.attributes import WORDS, PersonColumns
 from vantrel.errors import ArgumentError, CompareError
-from vantrel.fitting.checks import refuse_unknown_attribute, separator_hint
+from vantrel.fitting.checks import refuse_unknown_attribute
 from vantrel.hints import argument, did_you_mean, listed
 from vantrel.reporting.column_mapping import label
-from vantrel.reporting.figures import Figures, compare_tables
+from vantrel.reporting.figures import Figures, compare_labelled
 from vantrel.reporting.overlap import has_whole_names
 from vantrel.reporting.page import Sources, render
 from vantrel.reporting.provenance import Provenance, provenance
 from vantrel.reporting.verdicts import Verdict, verdicts
-from vantrel.tables.guard import unguarded
+from vantrel.tables import Table, frame_table
 from vantrel.wording import counted, distance
 from vantrel.wording import listed as joined
 
 if TYPE_CHECKING:
-    import pandas as pd
-
     from vantrel.reporting.labelled import LabelledTable
     from vantrel.sampling.record import SampleRecord
 
@@ -105,18 +103,25 @@ def compare(
         ArgumentError: An attribute is not known, or two share a column.
         CompareError: A named column is in neither table, or there is nothing to compare.
     """
-    table, people = as_frame(real, "A real table"), as_frame(sample, "A sample")
-    if record and record.options.get("csv_safe"):
-        people = unguarded(people)
     named: dict[str, Any] = dict(columns)
+    table, people = as_frame(real, "A real table"), as_frame(sample, "A sample")
+    return compare_tables(frame_table(table), frame_table(people), named, record)
+
+
+def compare_tables(
+    real: Table, sample: Table, columns: Mapping[str, str], record: SampleRecord | None
+) -> Comparison:
+    """Compares tables that need not be in memory, as :func:`compare` does."""
+    is_guarded = bool(record and record.options.get("csv_safe"))
+    people = sample.unguarded() if is_guarded else sample
     recorded = record.columns if record else {}
-    _check_named(named, recorded)
-    _check_there(named, table, people)
-    labelled = label(table, people, named, recorded)
-    _check_comparable(*labelled)
+    _check_named(columns, recorded)
+    _check_there(columns, real, people)
+    labelled = label(real, people, columns, recorded)
+    _check_comparable(labelled, (real, people))
     has_conditions = bool(record and record.options.get("conditions"))
-    figures = compare_tables(*labelled, has_conditions=has_conditions)
-    return Comparison(figures, provenance(record, len(people)) if record else None)
+    figures = compare_labelled(*labelled, has_conditions=has_conditions)
+    return Comparison(figures, provenance(record, figures.sampled_rows) if record else None)
 
 
 def _check_named(named: Mapping[str, str], recorded: Mapping[str, str]) -> None:
@@ -132,7 +137,7 @@ def _check_named(named: Mapping[str, str], recorded: Mapping[str, str]) -> None:
         attributes[column] = attribute
 
 
-def _check_there(named: Mapping[str, str], real: pd.DataFrame, sampled: pd.DataFrame) -> None:
+def _check_there(named: Mapping[str, str], real: Table, sampled: Table) -> None:
     known = list(dict.fromkeys([*real.columns, *sampled.columns]))
     for attribute, column in named.items():
         if column not in known:
@@ -142,12 +147,15 @@ def _check_there(named: Mapping[str, str], real: pd.DataFrame, sampled: pd.DataF
             )
 
 
-def _check_comparable(real: LabelledTable, sampled: LabelledTable) -> None:
+def _check_comparable(
+    labelled: tuple[LabelledTable, LabelledTable], tables: tuple[Table, Table]
+) -> None:
+    real, sampled = labelled
     is_in_both = any(real.has(attribute) and sampled.has(attribute) for attribute in WORDS)
     if not (is_in_both or (has_whole_names(real) and has_whole_names(sampled))):
         columns = " ".join(
-            f"The columns of the {name} are: {listed(each.df.columns)}.{separator_hint(each.df)}"
-            for name, each in (("real table", real), ("sample", sampled))
+            f"The columns of the {name} are: {listed(each.columns)}."
+            for name, each in zip(("real table", "sample"), tables, strict=True)
         )
         raise CompareError(
             "Nothing can be compared: no attribute of a person is known to have a column in both"

@@ -2,10 +2,9 @@
 
 from __future__ import annotations
 
+from collections import Counter
 from dataclasses import dataclass
 from functools import cached_property
-
-import pandas as pd
 
 from vantrel.config import PersonModelConfig
 from vantrel.genders import by_gender
@@ -72,10 +71,11 @@ class Design:
             return 0.0
         if not self._followed.has(self._told_by):
             return None
-        return 1 - len(self.genders(self._followed, self._told_by)) / len(self._followed)
+        told = sum(self.genders(self._followed, self._told_by).values())
+        return 1 - told / len(self._followed)
 
-    def genders(self, table: LabelledTable, attribute: str) -> pd.Series:
-        """The gender that an attribute tells of each row, without rows where it tells none.
+    def genders(self, table: LabelledTable, attribute: str) -> dict[str, int]:
+        """Counts the genders that an attribute tells, without the rows where it tells none.
 
         The usual patterns tell it. A value that none of them matches was understood all the same
         if it was sampled: it counts as a gender of its own.
@@ -85,18 +85,19 @@ class Design:
             attribute: ``gender`` or ``title``.
 
         Returns:
-            The keys of genders, or the values that count as such.
+            The keys of genders, or the values that count as such, with their rows.
         """
-        texts, sampled = table.texts(attribute), self.sampled.texts(attribute)
-        assert texts is not None
+        counts, sampled = table.counts(attribute), self.sampled.counts(attribute)
+        assert counts is not None
         assert sampled is not None
-        understood = sampled.unique()
-        keys = dict(zip(understood, understood, strict=True))
-        for key, values in by_gender(
-            [*texts.unique(), *understood], PersonModelConfig(), attribute
-        ).items():
+        keys = {value: value for value in sampled}
+        for key, values in by_gender([*counts, *sampled], PersonModelConfig(), attribute).items():
             keys |= dict.fromkeys(values, key)
-        return texts.map(keys).dropna()
+        genders: Counter[str] = Counter()
+        for value, count in counts.items():
+            if value in keys:
+                genders[keys[value]] += count
+        return dict(genders)
 
     @cached_property
     def _told_by(self) -> str | None:
@@ -110,12 +111,9 @@ class Design:
 
     @property
     def _untitled_rate(self) -> float:
-        titles = self.real.texts("title")
+        titles = self.real.counts("title")
         assert titles is not None
-        titled = [
-            key
-            for key, values in by_gender(titles.unique(), PersonModelConfig(), "title").items()
-            if values
-        ]
-        with_title = self.genders(self._followed, "gender").isin(titled).sum()
-        return 1 - int(with_title) / len(self._followed)
+        sorted_titles = by_gender(titles, PersonModelConfig(), "title")
+        titled = [key for key, values in sorted_titles.items() if values]
+        genders = self.genders(self._followed, "gender")
+        return 1 - sum(genders.get(key, 0) for key in titled) / len(self._followed)

@@ -5,8 +5,6 @@ from __future__ import annotations
 from collections.abc import Sequence
 from dataclasses import dataclass
 
-import pandas as pd
-
 from vantrel.attributes import WORDS
 from vantrel.reporting.labelled import LabelledTable
 
@@ -41,27 +39,21 @@ def compare_rows(real: LabelledTable, sampled: LabelledTable) -> Duplicates:
     Rows without any value do not count.
     """
     common = [each for each in WORDS if real.has(each) and sampled.has(each)]
-    return Duplicates(None, *(_of_rows(table, common) for table in (real, sampled)))
+    return Duplicates(None, *(_of(table, common) for table in (real, sampled)))
 
 
 def compare_duplicates(real: LabelledTable, sampled: LabelledTable, attribute: str) -> Duplicates:
     """Counts the values of an attribute that repeat an earlier one; missing ones do not count."""
-    return Duplicates(attribute, *(_of(table.texts(attribute)) for table in (real, sampled)))
+    return Duplicates(attribute, *(_of(table, [attribute]) for table in (real, sampled)))
 
 
-def _of_rows(table: LabelledTable, attributes: Sequence[str]) -> DuplicateCount | None:
-    if not attributes:
+def _of(table: LabelledTable, attributes: Sequence[str]) -> DuplicateCount | None:
+    """Counts by hashes of 64 bits: two of 10,000,000 values share one in 1 of 300,000 tables."""
+    if not (attributes and table.has(*attributes)):
         return None
-    labelled = [table.columns[attribute] for attribute in attributes]
-    rows = table.df[labelled].dropna(how="all")
-    alike = rows
-    for column in labelled:
-        # A row that stands alone in one column repeats no other: few are left to be compared.
-        alike = alike[alike[column].duplicated(keep=False)]
-    return DuplicateCount(len(rows), int(alike.duplicated().sum()))
-
-
-def _of(values: pd.Series | None) -> DuplicateCount | None:
-    if values is None:
-        return None
-    return DuplicateCount(len(values), int(values.duplicated().sum()))
+    columns = [table.column(attribute) for attribute in attributes]
+    there = " OR ".join(f"{column} IS NOT NULL" for column in columns)
+    ((values, distinct),) = table.table.query(
+        f"SELECT count(*), count(DISTINCT hash({', '.join(columns)})) FROM {{rows}} WHERE {there}"
+    )
+    return DuplicateCount(values, values - distinct)

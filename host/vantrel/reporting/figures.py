@@ -37,7 +37,7 @@ class Figures:
     has_unchecked_names: bool
 
 
-def compare_tables(
+def compare_labelled(
     real: LabelledTable, sampled: LabelledTable, *, has_conditions: bool = False
 ) -> Figures:
     """Compares a real table with a sample of it.

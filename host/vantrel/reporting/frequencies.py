@@ -2,14 +2,14 @@
 
 from __future__ import annotations
 
+from collections.abc import Mapping
 from dataclasses import dataclass, replace
 
 import numpy as np
 import numpy.typing as npt
-import pandas as pd
 
 from vantrel.reporting.design import CONDITIONS, EVEN_SPELLINGS, EVEN_TITLES, Design
-from vantrel.reporting.labelled import column_names, most_frequent
+from vantrel.reporting.labelled import column_names
 
 # A column that holds another value in every row must not make a page of as many lines.
 MOST_SHARES = 200
@@ -26,6 +26,7 @@ _SIMULATED_COUNTS = 500_000
 _ROUNDING = 1e-9
 
 Floats = npt.NDArray[np.float64]
+Counts = Mapping[str, int]
 
 
 @dataclass(frozen=True)
@@ -78,16 +79,16 @@ class Frequencies:
 def compare_frequencies(design: Design, attribute: str) -> Frequencies:
     """Compares how frequent the values of an attribute are; missing ones do not count."""
     real, sampled = design.real, design.sampled
-    real_values, sampled_values = real.texts(attribute), sampled.texts(attribute)
-    values, p, q = _distributions(real_values, sampled_values)
+    real_counts, sampled_counts = real.counts(attribute), sampled.counts(attribute)
+    values, p, q = _distributions(real_counts, sampled_counts)
     found = Frequencies(
         attribute,
         column_names(real, sampled, attribute),
-        None if real_values is None else len(real_values),
-        None if sampled_values is None else len(sampled_values),
+        real.filled(attribute),
+        sampled.filled(attribute),
         len(values),
         _most_frequent_shares(values, p, q),
-        *_distance(p, q, sampled_values),
+        *_distance(p, q, sampled.filled(attribute)),
     )
     return found if found.is_by_chance else replace(found, by_design=_reason(found, design))
 
@@ -103,35 +104,33 @@ def _reason(shares: Frequencies, design: Design) -> str | None:
         return None
     genders = [design.genders(each, "gender") for each in (design.real, design.sampled)]
     _, p, q = _distributions(*genders)
-    return EVEN_SPELLINGS if is_within(*_distance(p, q, genders[1])) else None
+    return EVEN_SPELLINGS if is_within(*_distance(p, q, sum(genders[1].values()))) else None
 
 
 def _distributions(
-    real: pd.Series | None, sampled: pd.Series | None
-) -> tuple[pd.Index, Floats | None, Floats | None]:
+    real: Counts | None, sampled: Counts | None
+) -> tuple[list[str], Floats | None, Floats | None]:
     """The values of both in the order of the alphabet, and the share of each, if there are any."""
-    counts = pd.DataFrame({"real": _counts(real), "sampled": _counts(sampled)})
-    counts = counts.fillna(0).sort_index()
-    p, q = (_normalised(counts[side].to_numpy(dtype=float)) for side in ("real", "sampled"))
-    return counts.index, p, q
+    values = sorted({**(real or {}), **(sampled or {})})
+    p, q = (
+        _normalised(np.array([(counts or {}).get(value, 0) for value in values], dtype=float))
+        for counts in (real, sampled)
+    )
+    return values, p, q
 
 
 def _distance(
-    p: Floats | None, q: Floats | None, sampled: pd.Series | None
+    p: Floats | None, q: Floats | None, sampled: int | None
 ) -> tuple[float | None, float | None]:
     """The distance, and what it stays within by chance."""
     if p is None or q is None or sampled is None:
         return None, None
-    return total_variation(p, q), chance_limit(p, len(sampled))
+    return total_variation(p, q), chance_limit(p, sampled)
 
 
 def is_within(distance: float | None, limit: float | None) -> bool:
     """Tells whether a distance is one that chance explains."""
     return distance is not None and limit is not None and distance <= limit + _ROUNDING
-
-
-def _counts(values: pd.Series | None) -> pd.Series:
-    return pd.Series(dtype=float) if values is None else most_frequent(values).astype(float)
 
 
 def _normalised(counts: Floats) -> Floats | None:
@@ -140,13 +139,13 @@ def _normalised(counts: Floats) -> Floats | None:
 
 
 def _most_frequent_shares(
-    values: pd.Index, p: Floats | None, q: Floats | None
+    values: list[str], p: Floats | None, q: Floats | None
 ) -> tuple[Frequency, ...]:
     none = np.zeros(len(values))
     greater = np.maximum(none if p is None else p, none if q is None else q)
     return tuple(
         Frequency(
-            str(values[place]),
+            values[place],
             None if p is None else float(p[place]),
             None if q is None else float(q[place]),
         )

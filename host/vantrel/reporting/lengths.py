@@ -3,14 +3,16 @@
 from __future__ import annotations
 
 from dataclasses import dataclass
+from typing import NamedTuple
 
 import numpy as np
 import numpy.typing as npt
-import pandas as pd
 
 from vantrel.reporting.labelled import LabelledTable, column_names
 
 MOST_BINS = 40
+
+Integers = npt.NDArray[np.int64]
 
 
 @dataclass(frozen=True)
@@ -50,7 +52,7 @@ class Lengths:
 
 def compare_lengths(real: LabelledTable, sampled: LabelledTable, attribute: str) -> Lengths:
     """Compares the lengths of an attribute's texts."""
-    real_lengths, sampled_lengths = (_lengths(each.texts(attribute)) for each in (real, sampled))
+    real_lengths, sampled_lengths = (_lengths(table, attribute) for table in (real, sampled))
     return Lengths(
         attribute,
         column_names(real, sampled, attribute),
@@ -60,32 +62,47 @@ def compare_lengths(real: LabelledTable, sampled: LabelledTable, attribute: str)
     )
 
 
-def _lengths(values: pd.Series | None) -> npt.NDArray[np.int64]:
-    if values is None or values.empty:  # without a value, a column need not be of texts
-        return np.array([], dtype=np.int64)
-    return np.asarray(values.str.len(), dtype=np.int64)
+class _Counted(NamedTuple):
+    """Lengths, the shortest first, and how many texts are of each."""
+
+    lengths: Integers
+    texts: Integers
+
+    def at(self, place: int) -> int:
+        """The length of the text at a place among all texts, the shortest first."""
+        return int(self.lengths[np.searchsorted(self.texts.cumsum(), place, side="right")])
 
 
-def _summary(lengths: npt.NDArray[np.int64]) -> LengthSummary | None:
-    if not len(lengths):
+def _lengths(table: LabelledTable, attribute: str) -> _Counted:
+    found = []
+    if table.has(attribute):
+        value = table.column(attribute)
+        found = table.table.query(
+            f"SELECT length({value}), count(*) FROM {{rows}} WHERE {value} IS NOT NULL GROUP BY 1"
+            " ORDER BY 1"
+        )
+    return _Counted(*np.array(found, dtype=np.int64).reshape(-1, 2).T)
+
+
+def _summary(counted: _Counted) -> LengthSummary | None:
+    lengths, texts = counted
+    count = int(texts.sum())
+    if not count:
         return None
-    return LengthSummary(
-        len(lengths),
-        int(lengths.min()),
-        float(np.median(lengths)),
-        float(lengths.mean()),
-        int(lengths.max()),
-    )
+    median = (counted.at((count - 1) // 2) + counted.at(count // 2)) / 2
+    mean = int(lengths @ texts) / count
+    return LengthSummary(count, int(lengths[0]), median, mean, int(lengths[-1]))
 
 
-def _bins(real: npt.NDArray[np.int64], sampled: npt.NDArray[np.int64]) -> tuple[LengthBin, ...]:
+def _bins(real: _Counted, sampled: _Counted) -> tuple[LengthBin, ...]:
     """Cuts the lengths into equal bins; the longest hundredth shares the last one if it is long."""
-    both = np.concatenate([real, sampled])
-    if not len(both):
+    lengths = np.union1d(real.lengths, sampled.lengths)
+    if not len(lengths):
         return ()
-    lowest, highest = int(both.min()), int(both.max())
+    both = _Counted(lengths, _texts_of(real, lengths) + _texts_of(sampled, lengths))
+    lowest, highest = int(lengths[0]), int(lengths[-1])
     is_cut = highest - lowest >= MOST_BINS
-    end = int(np.quantile(both, 0.99, method="lower")) if is_cut else highest
+    end = both.at(int(0.99 * (int(both.texts.sum()) - 1))) if is_cut else highest
     width = -(-(end - lowest + 1) // MOST_BINS)
     lows = np.arange(lowest, end + 1, width)
     if is_cut and highest >= lows[-1] + width:
@@ -99,6 +116,13 @@ def _bins(real: npt.NDArray[np.int64], sampled: npt.NDArray[np.int64]) -> tuple[
     )
 
 
-def _binned(lengths: npt.NDArray[np.int64], lows: npt.NDArray[np.int64]) -> npt.NDArray[np.float64]:
-    places = np.searchsorted(lows, lengths, side="right") - 1
-    return np.bincount(places, minlength=len(lows)) / max(len(lengths), 1)
+def _texts_of(counted: _Counted, lengths: Integers) -> Integers:
+    texts = np.zeros(len(lengths), dtype=np.int64)
+    texts[np.searchsorted(lengths, counted.lengths)] = counted.texts
+    return texts
+
+
+def _binned(counted: _Counted, lows: Integers) -> npt.NDArray[np.float64]:
+    places = np.searchsorted(lows, counted.lengths, side="right") - 1
+    texts = np.bincount(places, weights=counted.texts, minlength=len(lows))
+    return texts / max(int(counted.texts.sum()), 1)

@@ -8,7 +8,7 @@ import numpy as np
 
 from vantrel.reporting.design import Design
 from vantrel.reporting.frequencies import chance_limit, is_within
-from vantrel.reporting.labelled import LabelledTable, column_names
+from vantrel.reporting.labelled import column_names
 
 
 @dataclass(frozen=True)
@@ -49,7 +49,7 @@ class MissingRates:
 def compare_missing_rates(design: Design, attribute: str) -> MissingRates:
     """Compares the missing rates of an attribute."""
     real, sampled = design.real, design.sampled
-    rate, sampled_rate = (_rate(table, attribute) for table in (real, sampled))
+    rate, sampled_rate = (table.missing_rate(attribute) for table in (real, sampled))
     found = MissingRates(
         attribute, column_names(real, sampled, attribute), rate, sampled_rate, None
     )
@@ -60,12 +60,6 @@ def compare_missing_rates(design: Design, attribute: str) -> MissingRates:
     if meant is None or not is_within(abs(sampled_rate - meant), _limit(meant, len(sampled))):
         return found
     return replace(found, by_design=reason if found.is_beyond_chance else None)
-
-
-def _rate(table: LabelledTable, attribute: str) -> float | None:
-    if not (len(table) and table.has(attribute)):
-        return None
-    return float(table.values(attribute).isna().mean())
 
 
 def _limit(rate: float, rows: int) -> float:

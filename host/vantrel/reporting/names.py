@@ -2,12 +2,12 @@
 
 from __future__ import annotations
 
+from collections import Counter
 from collections.abc import Sequence
-from dataclasses import dataclass, replace
+from dataclasses import dataclass
 
-import pandas as pd
-
-from vantrel.reporting.labelled import LabelledTable, most_frequent
+from vantrel.reporting.labelled import LabelledTable
+from vantrel.tables.database import quoted
 
 MOST_PLACES = 12
 MOST_NAMES = 5
@@ -46,6 +46,10 @@ class Places:
     more: int
 
 
+# From kind to country to names.
+_Tops = dict[str, dict[str | None, tuple[Name, ...]]]
+
+
 def frequent_names(real: LabelledTable, sampled: LabelledTable) -> Places:
     """Lists the most frequent names by country, or of all rows where countries are not told.
 
@@ -58,13 +62,14 @@ def frequent_names(real: LabelledTable, sampled: LabelledTable) -> Places:
     if not named:
         return Places((), 0)
     if not all(table.has("country") for table in named):
-        return Places((_place(None, tables, kinds),), 0)
-    counts = most_frequent(pd.concat([_countries(table) for table in named]))
-    places = []
-    for country in counts.index[:MOST_PLACES]:
-        rows = [_of_country(table, country) for table in tables]
-        places.append(_place(str(country), rows, kinds))
-    return Places(tuple(places), len(counts) - len(places))
+        return Places((_place(None, kinds, [_top(table, kinds) for table in tables]),), 0)
+    rows: Counter[str] = Counter()
+    for table in named:
+        rows.update(table.counts("country"))
+    countries = sorted(rows, key=lambda country: (-rows[country], country))
+    shown = countries[:MOST_PLACES]
+    tops = [_top(table, kinds, shown) for table in tables]
+    return Places(tuple(_place(each, kinds, tops) for each in shown), len(countries) - len(shown))
 
 
 def _kinds(tables: Sequence[LabelledTable]) -> list[str]:
@@ -75,30 +80,34 @@ def _kinds(tables: Sequence[LabelledTable]) -> list[str]:
     return parts or [kind for kind in ("fullname",) if there(kind)]
 
 
-def _countries(table: LabelledTable) -> pd.Series:
-    countries = table.texts("country")
-    assert countries is not None
-    return countries
+def _place(name: str | None, kinds: Sequence[str], tops: Sequence[_Tops]) -> Place:
+    """Joins the names of both tables; a table without countries has no names either."""
+    return Place(name, tuple(FrequentNames(kind, *_both(kind, name, tops)) for kind in kinds))
 
 
-def _of_country(table: LabelledTable, country: str) -> LabelledTable:
-    """A table without countries has no names either: it stays as it is."""
-    if not table.has("country"):
-        return table
-    countries = table.values("country")
-    is_there = countries.notna() & (countries.astype(str) == country)
-    return replace(table, df=table.df[is_there.to_numpy()])
+def _both(
+    kind: str, place: str | None, tops: Sequence[_Tops]
+) -> tuple[tuple[Name, ...] | None, ...]:
+    return tuple(top[kind].get(place, ()) if kind in top else None for top in tops)
 
 
-def _place(name: str | None, tables: Sequence[LabelledTable], kinds: Sequence[str]) -> Place:
-    return Place(
-        name,
-        tuple(FrequentNames(kind, *(_top(each.texts(kind)) for each in tables)) for kind in kinds),
+def _top(table: LabelledTable, kinds: Sequence[str], countries: Sequence[str] = ()) -> _Tops:
+    """The most frequent names of each kind that a table has, by country, of all rows for none."""
+    return {kind: _top_of(table, kind, countries) for kind in kinds if table.has(kind)}
+
+
+def _top_of(
+    table: LabelledTable, kind: str, countries: Sequence[str]
+) -> dict[str | None, tuple[Name, ...]]:
+    name = table.column(kind)
+    country = table.column("country") if countries else "NULL"
+    shown = f"AND {country} IN ({', '.join(map(quoted, countries))})" if countries else ""
+    found = table.table.query(
+        f"SELECT country, sum(rows), min({{'rows': -rows, 'name': name}}, {MOST_NAMES}) FROM"
+        f" (SELECT {country} AS country, {name} AS name, count(*) AS rows FROM {{rows}}"
+        f" WHERE {name} IS NOT NULL {shown} GROUP BY 1, 2) GROUP BY 1"
     )
-
-
-def _top(values: pd.Series | None) -> tuple[Name, ...] | None:
-    if values is None:
-        return None
-    counts = most_frequent(values).head(MOST_NAMES)
-    return tuple(Name(str(value), int(n) / len(values)) for value, n in counts.items())
+    return {
+        place: tuple(Name(each["name"], -each["rows"] / int(rows)) for each in names)
+        for place, rows, names in found
+    }

@@ -11,6 +11,9 @@ from typing import IO, Any
 from vantrel.errors import OverwriteError
 from vantrel.hints import argument
 
+# What stands for standard input or output in the place of a file.
+STANDARD_STREAM = Path("-")
+
 
 @contextmanager
 def replacing(path: Path, *, binary: bool = False) -> Iterator[IO[Any]]:

@@ -1,5 +1,36 @@
 """What is wrong with a table."""
 
+from __future__ import annotations
+
+import zlib
+from collections.abc import Iterator
+from contextlib import contextmanager
+from pathlib import Path
+
+from backports import zstd
+
 from vantrel.errors import TableError
 
-__all__ = ["TableError"]
+
+@contextmanager
+def telling(path: Path, encoding: str = "UTF-8") -> Iterator[None]:
+    """Turns what may fail where a file is read into an error of the table.
+
+    Args:
+        path: What the user calls the file.
+        encoding: What its text is read in.
+
+    Raises:
+        TableError: It failed.
+    """
+    try:
+        yield
+    except UnicodeError as error:
+        raise TableError(
+            f"Table {path} is not in {encoding}: name its encoding, cp1252 most likely, or save it"
+            " as CSV UTF-8."
+        ) from error
+    except (EOFError, zlib.error, zstd.ZstdError) as error:
+        raise TableError(f"Table {path} is cut off or damaged: compress it anew.") from error
+    except OSError as error:
+        raise TableError.unreadable(path, error) from error

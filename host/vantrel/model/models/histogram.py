@@ -27,7 +27,8 @@ class Drawn:
 
     Attributes:
         values: The values that there are.
-        positions: The place of each drawn one among them, -1 for a missing value; 64-bit integers of shape ``(rows,)``.
+        positions: The place of each drawn one among them, -1 for a missing value; 64-bit integers
+            of shape ``(rows,)``.
     """
 
     values: list[Any]
@@ -38,9 +39,17 @@ class Drawn:
         positions = self.positions if rows is None else self.positions[list(rows)]
         column = pd.Series(self.values)
         if (positions < 0).any():
-            # Looking up -1 finds nothing: pandas puts in what stands for a missing value of the type.
+            # Looking up -1 finds nothing: pandas puts in what stands for a missing value.
             return column.reindex(positions).reset_index(drop=True)
         return pd.Series(column.array.take(positions), dtype=column.dtype, copy=False)
+
+
+def nothing_to_learn(column: str, rows: int) -> FittingError:
+    """The error of a column without a value that is understood."""
+    return FittingError(
+        f"Column {column!r} has nothing to learn from: each of its {rows} values is missing or not"
+        " understood."
+    )
 
 
 class Histogram[ValueT](DiscreteModel[Nominal, ValueT]):
@@ -75,10 +84,7 @@ class Histogram[ValueT](DiscreteModel[Nominal, ValueT]):
         shares = column.value_counts(sort=False, normalize=True)
         values = column.dropna().unique().tolist()
         if not values:
-            raise FittingError(
-                f"Column {self.name!r} has nothing to learn from: each of its {len(column)} values"
-                " is missing or not understood."
-            )
+            raise nothing_to_learn(self.name, len(column))
         self._learns_categories |= not self._meta.extracted
         if self._learns_categories:
             self._meta.extract(df)
