@@ -56,7 +56,7 @@ def test_an_apply_that_tries_the_function_first(monkeypatch: pytest.MonkeyPatch)
 def test_an_apply_within_pandas_that_calls_the_function_more_often(
     monkeypatch: pytest.MonkeyPatch,
 ) -> None:
-    from pandas.core.apply import SeriesApply
+    from pandas.core.apply import SeriesApply  # type: ignore[import-not-found]  # no stub has it
 
     usual = SeriesApply.apply_standard
 

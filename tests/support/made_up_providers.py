@@ -41,7 +41,12 @@ class AddedCompanies(BaseProvider):
 
 
 class ChineseDomains(InternetOfChina):
-    domain_formats = ("{{last_romanized_name}}#", "?x", "##", "{{first_romanized_name}}")
+    domain_formats = (  # type: ignore[assignment]  # fewer than China has
+        "{{last_romanized_name}}#",
+        "?x",
+        "##",
+        "{{first_romanized_name}}",
+    )
 
 
 def adding(added: type[BaseProvider]) -> Change:

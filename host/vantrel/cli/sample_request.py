@@ -60,13 +60,21 @@ class SampleRequest:
             raise click.UsageError(
                 "--scheduler, --workers, --partitions and --resume go with --dask only: add it."
             )
-        elif self.csv_safe and self.output.suffix.lower() in (".parquet", ".pq"):
-            raise click.UsageError(
-                f"--csv-safe is for CSV, and {self.output} is to be Parquet: leave it out."
-            )
         else:
+            self._check_csv_safe()
             sources = [self.model_file, *([self.conditions] if self.conditions else [])]
             refuse_overwriting(self.output, *sources, force=self.force)
+
+    def _check_csv_safe(self) -> None:
+        if not self.csv_safe:
+            return
+        from vantrel.tables import kind_to_write
+
+        words = {"parquet": "Parquet", "jsonl": "JSON Lines"}
+        if other := words.get(kind_to_write(self.output).format):
+            raise click.UsageError(
+                f"--csv-safe is for CSV, and {self.output} is to be {other}: leave it out."
+            )
 
     def _check_on_dask(self) -> None:
         if self.conditions or self.csv_safe or self.force or self.output == STANDARD_STREAM:

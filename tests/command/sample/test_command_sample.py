@@ -276,6 +276,10 @@ def test_an_output_in_a_folder_that_is_not_tcontents_here() -> None:
             "-n 2 --csv-safe -o out.PQ",
             "--csv-safe is for CSV, and out.PQ is to be Parquet: leave it out.",
         ),
+        (
+            "-n 2 --csv-safe -o out.jsonl.gz",
+            "--csv-safe is for CSV, and out.jsonl.gz is to be JSON Lines: leave it out.",
+        ),
         ("-n 2 --seed 1.5 -o x", "Invalid value for '--seed': '1.5' is not a valid integer range."),
         ("-n 1e6 -o x", "Invalid value for '-n': '1e6' is not a valid integer range."),
         *(

@@ -137,7 +137,7 @@ class Histogram[ValueT](DiscreteModel[Nominal, ValueT]):
         return Drawn(list(self._probabilities), positions)
 
     # Whoever replaces `sample` replaces this way to its values with it.
-    sample.positions = draw  # type: ignore[attr-defined]
+    sample.positions = draw  # type: ignore[attr-defined]  # functions bear any attribute
 
     @classmethod
     def _settings(cls) -> dict[str, inspect.Parameter]:
