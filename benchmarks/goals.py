@@ -6,7 +6,7 @@ from collections.abc import Callable, Iterator
 from functools import partial
 
 from vantrel.model.models.person import PersonModel
-from vantrel.seeding import seed_everything
+from vantrel.sampling.seeding import seed_everything
 
 from . import memory
 from .people import MIXED, fitted_model, generators

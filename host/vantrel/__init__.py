@@ -2,11 +2,11 @@
 
     import vantrel
 
-    model = vantrel.fit(df, gender="sex", title="title", generate=["firstname", "email"])
-    vantrel.seed_everything(model, 7)
-    people = model.sample(1000)
+    model = vantrel.fit(df, gender="sex", generate=["firstname", "email"])
+    people = vantrel.sample(model, 1000, seed=7)
 
-Importing this package is cheap: pandas and numpy are loaded when a name that needs them is used.
+Importing this package is cheap: pandas and numpy are loaded when a function that needs them is
+used. Every error that the caller can put right is a :class:`VantrelError`.
 """
 
 from importlib import import_module
@@ -15,26 +15,82 @@ from typing import TYPE_CHECKING, Any
 __version__ = "0.1.0"
 
 if TYPE_CHECKING:
+    from vantrel.errors import (
+        ArgumentError,
+        ArgumentTypeError,
+        BorrowedNamesWarning,
+        ClusterError,
+        ColumnNotFoundError,
+        CompareError,
+        ConditionsError,
+        FittingError,
+        MetaNotExtractedError,
+        ModelFileError,
+        ModelNotFittedError,
+        OtherVersionsWarning,
+        OverwriteError,
+        PartitionError,
+        RecordError,
+        SamplingError,
+        SettingsError,
+        TableError,
+        UnknownPlaceError,
+        VantrelError,
+        VantrelWarning,
+    )
     from vantrel.fitting import fit
-    from vantrel.model_file import load, save
+    from vantrel.reporting.comparison import compare
+    from vantrel.reporting.description import describe
     from vantrel.sampling import sample
-    from vantrel.seeding import seed_everything
-
-__all__ = ["fit", "load", "sample", "save", "seed_everything"]
+    from vantrel.sampling.seeding import seed_everything
+    from vantrel.storage.models import load, save
 
 _HOMES = {
-    "fit": "vantrel.fitting",
-    "load": "vantrel.model_file",
-    "sample": "vantrel.sampling",
-    "save": "vantrel.model_file",
-    "seed_everything": "vantrel.seeding",
+    "compare": "reporting.comparison",
+    "describe": "reporting.description",
+    "fit": "fitting",
+    "load": "storage.models",
+    "sample": "sampling",
+    "save": "storage.models",
+    "seed_everything": "sampling.seeding",
 }
+
+__all__ = [
+    "ArgumentError",
+    "ArgumentTypeError",
+    "BorrowedNamesWarning",
+    "ClusterError",
+    "ColumnNotFoundError",
+    "CompareError",
+    "ConditionsError",
+    "FittingError",
+    "MetaNotExtractedError",
+    "ModelFileError",
+    "ModelNotFittedError",
+    "OtherVersionsWarning",
+    "OverwriteError",
+    "PartitionError",
+    "RecordError",
+    "SamplingError",
+    "SettingsError",
+    "TableError",
+    "UnknownPlaceError",
+    "VantrelError",
+    "VantrelWarning",
+    "compare",
+    "describe",
+    "fit",
+    "load",
+    "sample",
+    "save",
+    "seed_everything",
+]
 
 
 def __getattr__(name: str) -> Any:
-    if name not in _HOMES:
+    if name not in __all__:
         raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
-    return getattr(import_module(_HOMES[name]), name)
+    return getattr(import_module(f"{__name__}.{_HOMES.get(name, 'errors')}"), name)
 
 
 def __dir__() -> list[str]:

@@ -18,10 +18,6 @@ _CHANGES = {
 }
 
 
-class OtherVersionsWarning(UserWarning):
-    """The same seed may give other rows here than where the model was fitted."""
-
-
 def versions() -> dict[str, str]:
     """The installed versions of all that decides what rows a seed gives, by name."""
     return {

@@ -22,10 +22,10 @@ from click.testing import CliRunner, Result
 
 from support.people import fitted_model, people
 from support.scaling import contents
-from vantrel.command import main
+from vantrel.cli import main
 from vantrel.config import PersonLabels
-from vantrel.model_file import save
 from vantrel.sampling import BLOCK_ROWS, sample_people
+from vantrel.storage.models import save
 
 distributed = pytest.importorskip("distributed", reason="clusters need distributed")
 pytest.importorskip("pyarrow", reason="Parquet files need pyarrow")
@@ -202,7 +202,7 @@ def test_another_run_is_not_resumed(line: str, difference: str, whole: dict[str,
 def test_a_run_of_another_model_is_not_resumed(whole: dict[str, bytes]) -> None:
     stop(FILES[1], whole)
     then = hashlib.sha256(Path("m.json").read_bytes()).hexdigest()
-    save(fitted_model(LABELS, people(13)), "m.json")
+    save(fitted_model(LABELS, people(13)), "m.json", force=True)
     now = hashlib.sha256(Path("m.json").read_bytes()).hexdigest()
     assert fail(f"{RUN} --resume", 1) == (
         f"The run in people cannot be resumed, for this is another one: model_sha256 {then!r} then"
@@ -267,9 +267,9 @@ USAGE = [
     ),
     (
         RUN.replace("--partitions 3", "--partitions 0"),
-        "Invalid value for '--partitions': 0 is below 1.",
+        "Invalid value for '--partitions': 0 is not in the range x>=1.",
     ),
-    (f"{RUN} --workers 0", "Invalid value for '--workers': 0 is below 1."),
+    (f"{RUN} --workers 0", "Invalid value for '--workers': 0 is not in the range x>=1."),
 ]
 
 

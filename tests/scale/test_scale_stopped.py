@@ -15,16 +15,16 @@ from click.testing import CliRunner
 
 from support.people import fitted_model
 from support.scaling import contents
-from vantrel.command import main
+from vantrel.cli import main
 from vantrel.config import PersonLabels
-from vantrel.model_file import save
+from vantrel.storage.models import save
 
 psutil = pytest.importorskip("psutil", reason="clusters need distributed, which brings psutil")
 pytest.importorskip("distributed", reason="clusters need distributed")
 pytest.importorskip("pyarrow", reason="Parquet files need pyarrow")
 
 SECONDS = 120
-COMMAND = (sys.executable, "-c", "from vantrel.command import main; main()")
+COMMAND = (sys.executable, "-c", "from vantrel.cli import main; main()")
 PARTITIONS = 20
 RUN = (*"sample m.json -n 1000000 --seed 7 --dask -o".split(), "people")
 OPTIONS = ("--partitions", str(PARTITIONS))

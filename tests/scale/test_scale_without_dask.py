@@ -7,9 +7,9 @@ import pytest
 from click.testing import CliRunner
 
 from support.people import fitted_model
-from vantrel.command import main
+from vantrel.cli import main
 from vantrel.config import PersonLabels
-from vantrel.model_file import save
+from vantrel.storage.models import save
 
 pytestmark = pytest.mark.skipif(find_spec("dask") is not None, reason="Dask is installed here")
 

@@ -13,7 +13,7 @@ from pathlib import Path
 
 from click.testing import CliRunner, Result
 
-from vantrel.command import main
+from vantrel.cli import main
 
 
 def run(line: str, **environment: str | None) -> Result:
@@ -39,15 +39,6 @@ def fail(line: str, status: int) -> str:
     start = "vantrel: error: "
     assert message.startswith(start)
     return message.removeprefix(start)
-
-
-def separator_hint(name: str, written: str) -> str:
-    """What a message says of a table that is not separated by commas."""
-    return (
-        f" It seems to be separated by {name}: save it as CSV UTF-8 (comma separated), or convert"
-        " it, as in python -c \"import pandas as pd; pd.read_csv('in.csv',"
-        f" sep='{written}', dtype=str, keep_default_na=False).to_csv('out.csv', index=False)\"."
-    )
 
 
 def contents_here() -> dict[str, bytes]:

@@ -5,6 +5,7 @@ from __future__ import annotations
 from collections.abc import Iterable
 from typing import TYPE_CHECKING, Any, Self
 
+from vantrel.errors import ArgumentTypeError
 from vantrel.metadata.base import ValueMeta, column_of
 
 if TYPE_CHECKING:
@@ -46,14 +47,14 @@ class Nominal(ValueMeta):
 
         Raises:
             ColumnNotFoundError: There is no such column.
-            TypeError: It holds values that cannot be told apart, such as lists.
-            ValueError: There are several of that name.
+            ArgumentTypeError: It holds values that cannot be told apart, such as lists.
+            FittingError: There are several of that name.
         """
         column = column_of(df, self.name)
         try:
             self._categories = self._distinct(column.dropna())
         except (TypeError, NotImplementedError) as error:
-            raise TypeError(
+            raise ArgumentTypeError(
                 f"Column {self.name!r} holds values that cannot be told apart, such as lists: give"
                 " it texts."
             ) from error

@@ -6,6 +6,9 @@ from typing import TYPE_CHECKING
 
 import pandas as pd
 
+from vantrel.errors import SamplingError, raised_by_model
+from vantrel.util.locale.locale import told_before
+
 if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel
 
@@ -29,8 +32,13 @@ def sample_people(
 
     Returns:
         A frame of the labelled columns with the index 0 to n - 1.
+
+    Raises:
+        SamplingError: The configuration, or a part of the model that was replaced, does not allow
+            it.
     """
-    people = _sample_countries_too(model, n, conditions)
+    with told_before(), raised_by_model(SamplingError, "The model cannot make such rows"):
+        people = _sample_countries_too(model, n, conditions)
     _unwrite_missing_titles(people, model)
     return people
 

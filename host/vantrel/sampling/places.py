@@ -5,6 +5,8 @@ from __future__ import annotations
 from collections.abc import Iterable
 from typing import TYPE_CHECKING
 
+from vantrel.errors import SamplingError
+from vantrel.hints import argument, listed
 from vantrel.util.locale.locale import Provider, borrowed_places, get_country_to_provder_map
 
 if TYPE_CHECKING:
@@ -17,7 +19,7 @@ def take_in(model: PersonModel, countries: Iterable[str]) -> None:
     """Gives a model names for countries that the fit did not see.
 
     Raises:
-        ValueError: Some are neither a country nor a locale.
+        UnknownPlaceError: Some are neither a country nor a locale.
 
     Warns:
         BorrowedNamesWarning: Faker has no names of some new ones.
@@ -25,6 +27,21 @@ def take_in(model: PersonModel, countries: Iterable[str]) -> None:
     known = model.country_to_provider_map
     new = [country for country in countries if country not in known]
     model.country_to_provider_map = known | get_country_to_provder_map(new, Provider.PERSON)
+
+
+def places_of(model: PersonModel, conditions: pd.DataFrame | None = None) -> list[str]:
+    """Lists the countries, or else the locales, that a fitted model may sample.
+
+    Args:
+        model: A fitted model.
+        conditions: What ``prepare_conditions`` made; of given countries no others are sampled.
+    """
+    country = model.labels.country
+    if country is None:
+        return list(model.locales)
+    if conditions is not None and country in conditions:
+        return list(conditions[country].unique())
+    return list(model.country_to_provider_map)
 
 
 def refuse_borrowed(model: PersonModel, conditions: pd.DataFrame | None = None) -> None:
@@ -35,18 +52,10 @@ def refuse_borrowed(model: PersonModel, conditions: pd.DataFrame | None = None) 
         conditions: What ``prepare_conditions`` made; of given countries no others are sampled.
 
     Raises:
-        ValueError: It has none of some; all of them are named.
+        SamplingError: It has none of some; all of them are named.
     """
-    country = model.labels.country
-    if conditions is not None and country in conditions:
-        places = list(conditions[country].unique())
-    elif country is not None:
-        places = list(model.country_to_provider_map)
-    else:
-        places = list(model.locales or [model.default_locale])
-    borrowed = borrowed_places(places)
-    if borrowed:
-        raise ValueError(
-            f"Faker has no person names of its own for {', '.join(map(repr, borrowed))}: leave"
-            " --strict out to give these people names from elsewhere."
+    if borrowed := borrowed_places(places_of(model, conditions)):
+        raise SamplingError(
+            f"Faker has no person names of its own for {listed(borrowed)}: leave"
+            f" {argument('strict')} out to give these people names from elsewhere."
         )

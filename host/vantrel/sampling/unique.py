@@ -8,10 +8,12 @@ from typing import TYPE_CHECKING
 import numpy as np
 import pandas as pd
 
+from vantrel.attributes import UNIQUE
+from vantrel.errors import ArgumentError, SamplingError
+from vantrel.hints import argument
+
 if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel
-
-ATTRIBUTES = ("username", "email")
 
 _ALPHABET = np.frombuffer(b"0123456789abcdefghijklmnopqrstuvwxyz", dtype="S1")
 _LENGTH = 6
@@ -27,22 +29,22 @@ def refuse_not_unique(model: PersonModel, attributes: Iterable[str], rows: int) 
     """Makes sure that the columns of some attributes can be made unique.
 
     Raises:
-        ValueError: An attribute cannot be made unique, the model does not have it, or there are
-            more rows than codes.
+        ArgumentError: An attribute cannot be made unique.
+        SamplingError: The model does not have it, or there are more rows than codes.
     """
     for attribute in attributes:
-        if attribute not in ATTRIBUTES:
-            raise ValueError(
-                f"{attribute!r} cannot be made unique: only {' and '.join(ATTRIBUTES)} can."
+        if attribute not in UNIQUE:
+            raise ArgumentError(
+                f"{attribute!r} cannot be made unique: only {' and '.join(UNIQUE)} can."
             )
         column = getattr(model.labels, attribute)
         if column is None:
-            raise ValueError(
+            raise SamplingError(
                 f"{attribute!r} cannot be made unique: the model does not make it. Fit it with"
-                f" --generate {attribute}."
+                f" {argument('generate', [attribute])}."
             )
         if rows > MOST_ROWS:
-            raise ValueError(
+            raise SamplingError(
                 f"Column {column!r} runs out of unique values at {MOST_ROWS:,} rows: ask for fewer."
             )
 
@@ -59,7 +61,7 @@ def make_unique(
     Args:
         people: A part of a sample; changed in place.
         model: The model that made it.
-        attributes: Of :data:`ATTRIBUTES`, those that the model makes.
+        attributes: Of "username" and "email", those that the model makes.
         first_row: The number in the whole sample of the part's first row.
     """
     codes = row_codes(first_row, len(people))

@@ -12,7 +12,9 @@ from typing import Any
 
 from distributed import Client, as_completed
 
-from vantrel.record import SampleRecord, read_record, record_path, write_record
+from vantrel.errors import ClusterError
+from vantrel.hints import argument
+from vantrel.sampling.record import SampleRecord, read_record, record_path, write_record
 from vantrel.scale.partitions import Partition, make_blocks
 from vantrel.tables import write_table
 
@@ -34,13 +36,15 @@ def earlier_run(folder: Path) -> SampleRecord:
     """Reads what the run in a folder was to make, finished or not.
 
     Raises:
-        ValueError: There is no run in the folder.
+        ClusterError: There is no run in the folder.
     """
     record = None
     if folder.is_dir():
         record = read_record(folder, unfinished=True) or read_record(folder)
     if record is None:
-        raise ValueError(f"{folder} holds no run to resume: leave --resume out to begin one.")
+        raise ClusterError(
+            f"{folder} holds no run to resume: leave {argument('resume')} out to begin one."
+        )
     return record
 
 
@@ -48,7 +52,7 @@ def refuse_another_run(earlier: SampleRecord, record: SampleRecord, folder: Path
     """Makes sure that a run goes on with what it began.
 
     Raises:
-        ValueError: The runs differ; it is named in what.
+        ClusterError: The runs differ; it is named in what.
     """
     was, now = _decisive(earlier), _decisive(record)
     differing = [name for name in now if was.get(name) != now[name]]
@@ -56,7 +60,7 @@ def refuse_another_run(earlier: SampleRecord, record: SampleRecord, folder: Path
         pairs = ", ".join(
             f"{name} {was.get(name)!r} then and {now[name]!r} now" for name in differing
         )
-        raise ValueError(
+        raise ClusterError(
             f"The run in {folder} cannot be resumed, for this is another one: {pairs}. Repeat what"
             " it was begun with, or name another folder."
         )
@@ -105,11 +109,11 @@ def finish(parts: Iterable[Partition], folder: Path) -> None:
     """Notes that the run in a folder is finished.
 
     Raises:
-        ValueError: Files are not there, though workers have written them.
+        ClusterError: Files are not there, though workers have written them.
         OSError: The note cannot be written.
     """
     if lost := missing(parts, folder):
-        raise ValueError(
+        raise ClusterError(
             f"{len(lost):,} files were written where {folder} is another folder, the first of them"
             f" {_name_of(lost[0])}: name a folder that all machines share, under the same path."
         )

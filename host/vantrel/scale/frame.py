@@ -2,14 +2,14 @@
 
 from __future__ import annotations
 
-import secrets
-import sys
 from collections.abc import Iterable
 from typing import TYPE_CHECKING
 
 import pandas as pd
 
+from vantrel.arguments import check_model
 from vantrel.sampling import BLOCK_ROWS, Plan
+from vantrel.sampling.seeding import given_or_drawn
 from vantrel.scale.partitions import Partition, make_blocks, no_rows, partitions
 
 try:
@@ -39,7 +39,7 @@ def sample(
     Args:
         model: A fitted model. It is sent as the text of its file and stays as it is.
         n: The number of rows.
-        seed: An integer from 0 on. If None, one is drawn now and told on stderr.
+        seed: An integer from 0 on. If None, one is drawn now and logged.
         block_rows: The rows that are seeded and made together. Other rows come out for another
             number; a worker needs memory for a few times as many.
         npartitions: The number of partitions, at most the number of blocks. If None, one for
@@ -53,15 +53,13 @@ def sample(
 
     Raises:
         ModelNotFittedError: Nothing has been learnt yet.
-        TypeError: ``unique`` is one text.
-        ValueError: A number is out of its range, a column cannot be made unique, or the model
-            could not be loaded from a file again.
+        ArgumentTypeError: The model is none, or ``unique`` is one text.
+        ArgumentError: A number is out of its range, or a column cannot be made unique.
+        ModelFileError: The model could not be loaded from a file again.
     """
-    drawn = secrets.randbits(32) if seed is None else seed
-    plan = Plan(n, drawn, block_rows, unique)
+    check_model(model)
+    plan = Plan(n, given_or_drawn(seed), block_rows, unique)
     parts = partitions(model, plan, npartitions)
-    if seed is None:
-        print(f"vantrel: the seed is {drawn}", file=sys.stderr)
     last = max(n - 1, 0)
     people: dd.DataFrame = dd.from_map(
         _make,
@@ -69,7 +67,7 @@ def sample(
         meta=no_rows(parts[0]),
         divisions=(*(part.rows.start for part in parts), last),
         enforce_metadata=True,
-        label=f"people-of-seed-{drawn}",
+        label=f"people-of-seed-{plan.seed}",
     )
     return people
 

@@ -9,7 +9,6 @@ from __future__ import annotations
 import json
 import math
 import threading
-import warnings
 from collections.abc import Iterator
 from dataclasses import dataclass, replace
 from functools import lru_cache
@@ -18,9 +17,9 @@ from typing import TYPE_CHECKING
 
 import pandas as pd
 
-from vantrel.model_file import dumps, loads
+from vantrel.errors import ArgumentError, PartitionError
 from vantrel.sampling import Plan, check_plan, sample_block
-from vantrel.util.locale.locale import BorrowedNamesWarning
+from vantrel.storage.models import dumps, loads
 from vantrel.versions import differences
 
 if TYPE_CHECKING:
@@ -28,10 +27,6 @@ if TYPE_CHECKING:
 
 # Some 50 MB of a frame of all attributes.
 _USUAL_BLOCKS = 4
-
-
-class PartitionError(ValueError):
-    """Some rows could not be made."""
 
 
 @dataclass(frozen=True)
@@ -68,14 +63,14 @@ def partitions(model: PersonModel, plan: Plan, count: int | None = None) -> list
             blocks if None.
 
     Raises:
-        ValueError: The count is no integer from 1 on, the plan cannot be carried out, or the model
-            could not be loaded from a file again.
+        ArgumentError: The count is no integer from 1 on, or the plan cannot be carried out.
+        ModelFileError: The model could not be loaded from a file again.
     """
     check_plan(model, plan)
     if count is None:
         count = math.ceil(plan.blocks / _USUAL_BLOCKS)
     if isinstance(count, bool) or not isinstance(count, int) or count < 1:
-        raise ValueError(f"The number of partitions is an integer from 1 on, not {count!r}.")
+        raise ArgumentError(f"The number of partitions is an integer from 1 on, not {count!r}.")
     count = min(count, plan.blocks)
     content = dumps(model)
     borders = [number * plan.blocks // count for number in range(count + 1)]
@@ -139,6 +134,4 @@ def _built(content: str) -> PersonModel:
             f"A worker would make other rows: {'; '.join(different)}. Install the same versions"
             " everywhere."
         )
-    with warnings.catch_warnings():
-        warnings.simplefilter("ignore", BorrowedNamesWarning)  # whoever fitted the model was told
-        return loads(content)
+    return loads(content, allow_patterns=True)  # the caller's own model

@@ -9,9 +9,9 @@ from click.testing import CliRunner
 
 from support.command import fail, succeed
 from support.people import fitted_model
-from vantrel.command import main
+from vantrel.cli import main
 from vantrel.config import PersonLabels, PersonModelConfig
-from vantrel.model_file import dumps
+from vantrel.storage.models import dumps
 from vantrel.tables import read_table, write_table
 
 SECONDS = 60
