@@ -4,7 +4,7 @@ from __future__ import annotations
 
 from typing import TYPE_CHECKING, Any
 
-from vantrel.errors import ArgumentError, ArgumentTypeError, TableError
+from vantrel.errors import ArgumentError, ArgumentTypeError, MissingPackageError
 from vantrel.hints import argument, listed
 
 if TYPE_CHECKING:
@@ -24,7 +24,7 @@ def as_frame(table: Any, what: str = "A table") -> pd.DataFrame:
     Raises:
         ArgumentTypeError: It is something else.
         ArgumentError: Two columns share a name.
-        TableError: It is an Arrow stream and pyarrow is not installed.
+        MissingPackageError: It is an Arrow stream and pyarrow is not installed.
     """
     import pandas as pd
 
@@ -46,9 +46,7 @@ def _from_arrow(table: Any, what: str) -> pd.DataFrame:
     try:
         import pyarrow as pa
     except ModuleNotFoundError as error:
-        raise TableError(
-            f"{what} that comes by Arrow needs pyarrow: pip install 'vantrel[parquet]'."
-        ) from error
+        raise MissingPackageError.of(f"{what} that comes by Arrow", "pyarrow", "parquet") from error
     try:
         return _text_frame(pa.table(table))
     except (pa.ArrowException, TypeError, ValueError) as error:  # a stream of one column, perhaps

@@ -30,6 +30,15 @@ class OverwriteError(ArgumentError, FileExistsError):
     """A file would be overwritten that the caller has not given up."""
 
 
+class MissingPackageError(VantrelError, ImportError):
+    """A package is not installed that few calls need."""
+
+    @classmethod
+    def of(cls, what: str, package: str, extra: str) -> MissingPackageError:
+        """The error of what needs a package that comes with an extra of this one."""
+        return cls(f"{what} needs {package}: pip install 'vantrel[{extra}]'.")
+
+
 class TableError(VantrelError, ValueError):
     """A table cannot be read or written, or holds nothing to learn from."""
 

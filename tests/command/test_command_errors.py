@@ -29,7 +29,7 @@ def raising(error: Exception) -> object:
 def test_a_mistake_of_the_program_is_not_blamed_on_the_user(
     error: Exception, monkeypatch: pytest.MonkeyPatch
 ) -> None:
-    monkeypatch.setattr("vantrel.fitting.fit_table", raising(error))
+    monkeypatch.setattr("vantrel.fitting.fit", raising(error))
     assert fail(FIT, 1) == (
         f"This is a mistake in vantrel, not in what you gave it ({type(error).__name__}: {error})."
         " Please report it, with what the same command prints with --debug."
@@ -48,7 +48,7 @@ def test_a_mistake_of_the_program_is_not_blamed_on_the_user(
 def test_errors_of_the_library_are_told_as_they_are(
     error: Exception, status: int, monkeypatch: pytest.MonkeyPatch
 ) -> None:
-    monkeypatch.setattr("vantrel.fitting.fit_table", raising(error))
+    monkeypatch.setattr("vantrel.fitting.fit", raising(error))
     assert fail(FIT, status) == "Told in words."
 
 
@@ -57,7 +57,7 @@ def test_errors_of_the_library_are_told_as_they_are(
 def test_the_traceback_of_any_error_can_be_seen(
     line: str, error: Exception, monkeypatch: pytest.MonkeyPatch
 ) -> None:
-    monkeypatch.setattr("vantrel.fitting.fit_table", raising(error))
+    monkeypatch.setattr("vantrel.fitting.fit", raising(error))
     shown = run(line).stderr
     assert shown.startswith("Traceback (most recent call last):\n")
     assert f"{type(error).__name__}: {error}\n" in shown

@@ -262,7 +262,7 @@ def test_either_a_number_or_conditions(people: pd.DataFrame) -> None:
         with pytest.raises(ValueError) as caught:
             vantrel.sample(model, **arguments)  # type: ignore[arg-type]  # each of another type
         assert str(caught.value) == (
-            "Give either 'n', a number of people, or 'conditions', a table."
+            "Give either n=..., a number of people, or conditions=..., a table."
         )
 
 

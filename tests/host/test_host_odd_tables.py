@@ -176,7 +176,7 @@ def test_csv_is_written_with_as_few_quotes_as_can_be(
     names, rows = table
     path = tmp_path / "t.csv"
     df = pd.DataFrame(rows, columns=names, dtype="object")
-    write_table([df], path, spreadsheet_safe=safe)
+    write_table([df], path, csv_safe=safe)
     read = list(csv.reader(io.StringIO(path.read_bytes().decode(), newline="")))
     if not safe:
         expected = [names, *([cell or "" for cell in row] for row in rows)]

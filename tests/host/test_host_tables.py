@@ -234,9 +234,7 @@ def test_without_pyarrow_it_is_told_how_to_install_it(tmp_path: Path) -> None:
     path = tmp_path / "t.parquet"
     with pytest.raises(TableError) as caught:
         write_table([pd.DataFrame({"a": ["x"]})], path)
-    assert str(caught.value) == (
-        f"To write Parquet tables such as {path} needs pyarrow: pip install 'vantrel[parquet]'."
-    )
+    assert str(caught.value) == (f"To write {path} needs pyarrow: pip install 'vantrel[parquet]'.")
     assert list(tmp_path.iterdir()) == []
 
 

@@ -8,7 +8,9 @@ from support.isolated import answer_of
 from support.standins import CONFIG, write_standins
 from support.versions import needs_own_version
 
-pytestmark = needs_own_version("another version is warned of, and words some errors of an import in another way")
+pytestmark = needs_own_version(
+    "another version is warned of, and words some errors of an import in another way"
+)
 
 STATEMENTS = """
 import random

@@ -232,17 +232,16 @@ def test_nothing_to_resume() -> None:
 
 USAGE = [
     (
-        f"{RUN} --conditions t.csv".replace(f"-n {ROWS} ", ""),
-        "--dask makes a new folder of Parquet files: leave out --conditions, --csv-safe, --force"
-        " and '-o -'.",
+        f"{RUN} --conditions t.csv --separator tab".replace(f"-n {ROWS} ", ""),
+        "--dask makes a new folder of Parquet files: leave --conditions, --separator out.",
     ),
     *(
-        (
-            line,
-            "--dask makes a new folder of Parquet files: leave out --conditions, --csv-safe,"
-            " --force and '-o -'.",
+        (line, f"--dask makes a new folder of Parquet files: leave {option} out.")
+        for line, option in (
+            (f"{RUN} --csv-safe", "--csv-safe"),
+            (f"{RUN} --force", "--force"),
+            (RUN.replace("-o people", "-o -"), "-o -"),
         )
-        for line in (f"{RUN} --csv-safe", f"{RUN} --force", RUN.replace("-o people", "-o -"))
     ),
     (
         f"{RUN} --workers 2 --scheduler tcp://127.0.0.1:9",
@@ -261,7 +260,7 @@ USAGE = [
     *(
         (
             RUN.replace("--partitions 3", option).replace(" --dask", ""),
-            "--scheduler, --workers, --partitions and --resume go with --dask only: add it.",
+            f"Only --dask makes use of {option.split()[0]}: add it.",
         )
         for option in ("--scheduler tcp://127.0.0.1:9", "--workers 2", "--partitions 3", "--resume")
     ),
@@ -299,7 +298,7 @@ def test_without_dask(monkeypatch: pytest.MonkeyPatch) -> None:
     genuine: Callable[..., Any] = builtins.__import__
     monkeypatch.delitem(sys.modules, "vantrel.scale.folder")
     monkeypatch.setattr(builtins, "__import__", without)
-    assert fail(RUN, 1) == "--dask needs distributed: pip install 'dask[dataframe,distributed]'."
+    assert fail(RUN, 1) == "Work on Dask needs distributed: pip install 'vantrel[dask]'."
     assert not Path("people").exists()
 
 
@@ -350,7 +349,7 @@ def test_workers_that_die_again_and_again(cluster: Any, client: Any, on: str) ->
         on_first_file(lambda: os.kill(pid, signal.SIGKILL))
         assert fail(f"{line}{on}", 1) == (
             "Workers died again and again, for want of memory perhaps. What is finished is kept:"
-            " repeat the command with --resume and fewer --workers."
+            " repeat the call with --resume and fewer --workers."
         )
     finally:
         cluster.scheduler.allowed_failures = allowed
@@ -375,7 +374,7 @@ def test_a_scheduler_that_is_lost() -> None:
     try:
         on_first_file(scheduler.kill)
         assert fail(f"{line} --scheduler {address}", 1) == (
-            "The scheduler was lost. What is finished is kept: repeat the command with --resume."
+            "The scheduler was lost. What is finished is kept: repeat the call with --resume."
         )
     finally:
         for process in (scheduler, worker):

@@ -41,7 +41,7 @@ class AddedCompanies(BaseProvider):
 
 
 class ChineseDomains(InternetOfChina):
-    domain_formats = ("{{last_romanized_name}}#", "?x", "##", "{{first_romanized_name}}") * 2
+    domain_formats = ("{{last_romanized_name}}#", "?x", "##", "{{first_romanized_name}}") * 2  # type: ignore[assignment]  # more of them
 
 
 def adding(added: type[BaseProvider]) -> Change:

@@ -84,21 +84,20 @@ def fit(
 
     import vantrel
     from vantrel.cli.console import print_all
-    from vantrel.fitting import fit_table
     from vantrel.reporting.sections import Section
     from vantrel.storage.settings import load_config
     from vantrel.tables import open_table
 
     config = load_config(config_file) if config_file else None
     with open_table(table, **told(separator, encoding)) as opened:
-        model, learnt_from = fit_table(
+        model = vantrel.fit(
             opened,
-            columns,
             generate=generate,
             locales=locales,
             config=config,
             ignore=ignore,
             detect=not no_detect,
+            **columns,
         )
     vantrel.save(model, output, force=True)
     if not no_detect:
@@ -106,6 +105,6 @@ def fit(
         told_by |= dict.fromkeys(columns, "--column")
         rows = [(name, column, told_by[name]) for name, column in model.params.items()]
         print_all([Section("", ("Attribute", "Column", "Told by"), rows)])
-    click.echo(f"Learnt from {learnt_from:,} rows of {table}; wrote {output}.")
+    click.echo(f"Learnt from {model.meta.learnt_from:,} rows of {table}; wrote {output}.")
     for note in model.meta.notes:
         click.echo(f"vantrel: note: {note}", err=True)

@@ -52,7 +52,7 @@ def report(
         )
 
     # These take a second to import; help need not wait for them.
-    from vantrel.reporting.comparison import compare_tables
+    import vantrel
     from vantrel.sampling.record import read_record
     from vantrel.tables import open_table
 
@@ -65,7 +65,7 @@ def report(
         open_table(table, **told(separator, encoding)) as real,
         open_table(sampled, empty_is_missing=True) as people,
     ):
-        comparison = compare_tables(real, people, columns, record)
+        comparison = vantrel.compare(real, people, record=record, **columns)
     names = [click.format_filename(path.absolute().name) for path in (table, sampled)]
     page = comparison.to_html(*names)
     with replacing(output) as file:

@@ -6,16 +6,20 @@ from typing import Any
 import click
 
 from vantrel.cli.group import TerseCommand
-from vantrel.cli.options import force_option, list_option, path_option, patterns_option
+from vantrel.cli.options import as_option, force_option, list_option, path_option, patterns_option
 from vantrel.cli.reading import reading_options
-from vantrel.cli.sample_request import SampleRequest
+from vantrel.storage.files import STANDARD_STREAM
+from vantrel.wording import counted
+
+# The options that go with the one way of making people only.
+_ON_DASK = ("scheduler", "workers", "partitions", "resume")
+_IN_THIS_PROCESS = ("conditions", "separator", "encoding", "csv_safe", "force")
 
 
 @click.command(cls=TerseCommand)
 @click.argument("model_file", metavar="MODEL.json", type=click.Path(path_type=Path))
 @click.option(
     "-n",
-    "rows",
     metavar="N",
     type=click.IntRange(min=0),
     help="The number of people to make; not needed with --conditions.",
@@ -83,7 +87,9 @@ from vantrel.cli.sample_request import SampleRequest
 @click.option("--resume", is_flag=True, help="Go on with a run on Dask that was stopped.")
 @patterns_option
 @force_option
-def sample(**options: Any) -> None:
+def sample(
+    model_file: Path, output: Path, n: int | None, seed: int | None, on_dask: bool, **asked: Any
+) -> None:
     """Make people as a model describes them.
 
     The model file MODEL.json is one that 'vantrel fit' wrote. Beside the table, a small file that
@@ -94,12 +100,31 @@ def sample(**options: Any) -> None:
       vantrel sample model.json -n 1000 --seed 7 -o people.csv
       vantrel sample model.json -n 1000000000 --seed 7 -o people --dask
     """
-    request = SampleRequest(**options)
-    request.check()
+    others = {name: asked.pop(name) for name in (_IN_THIS_PROCESS if on_dask else _ON_DASK)}
+    superfluous = [as_option(name, ...) for name, value in others.items() if value]
+    if on_dask and output == STANDARD_STREAM:
+        superfluous.append("-o -")
+    if superfluous:
+        options = ", ".join(superfluous)
+        raise click.UsageError(
+            f"--dask makes a new folder of Parquet files: leave {options} out."
+            if on_dask
+            else f"Only --dask makes use of {options}: add it."
+        )
 
     # These take a second to import; help and usage errors need not wait for them.
-    if request.on_dask:
-        from vantrel.cli.sample_on_dask import make
+    from vantrel.cli.console import progress
+
+    if on_dask:
+        from vantrel.scale import sample_to_folder
+
+        made = sample_to_folder(model_file, output, n, seed=seed, progress=progress, **asked)
     else:
-        from vantrel.cli.sample_here import make
-    make(request)
+        from vantrel.sampling import sample_to_file
+
+        made = sample_to_file(model_file, output, n, seed=seed, progress=progress, **asked)
+    if output != STANDARD_STREAM:
+        people = counted(made.rows, "person", "people")
+        click.echo(f"Made {people} with the seed {made.seed}; wrote {output}.")
+    elif seed is None:
+        click.echo(f"vantrel: note: the seed is {made.seed}", err=True)

@@ -104,24 +104,21 @@ def compare(
         CompareError: A named column is in neither table, or there is nothing to compare.
     """
     named: dict[str, Any] = dict(columns)
-    table, people = as_frame(real, "A real table"), as_frame(sample, "A sample")
-    return compare_tables(frame_table(table), frame_table(people), named, record)
-
-
-def compare_tables(
-    real: Table, sample: Table, columns: Mapping[str, str], record: SampleRecord | None
-) -> Comparison:
-    """Compares tables that need not be in memory, as :func:`compare` does."""
-    is_guarded = bool(record and record.options.get("csv_safe"))
-    people = sample.unguarded() if is_guarded else sample
+    table, people = _as_table(real, "A real table"), _as_table(sample, "A sample")
+    if record and record.options.get("csv_safe"):
+        people = people.unguarded()
     recorded = record.columns if record else {}
-    _check_named(columns, recorded)
-    _check_there(columns, real, people)
-    labelled = label(real, people, columns, recorded)
-    _check_comparable(labelled, (real, people))
+    _check_named(named, recorded)
+    _check_there(named, table, people)
+    labelled = label(table, people, named, recorded)
+    _check_comparable(labelled, (table, people))
     has_conditions = bool(record and record.options.get("conditions"))
     figures = compare_labelled(*labelled, has_conditions=has_conditions)
     return Comparison(figures, provenance(record, figures.sampled_rows) if record else None)
+
+
+def _as_table(table: Any, what: str) -> Table:
+    return table if isinstance(table, Table) else frame_table(as_frame(table, what))
 
 
 def _check_named(named: Mapping[str, str], recorded: Mapping[str, str]) -> None:

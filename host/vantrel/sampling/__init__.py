@@ -4,6 +4,7 @@ from vantrel.sampling.blocks import BLOCK_ROWS, Plan, check_plan, sample_block, 
 from vantrel.sampling.conditions import prepare_conditions
 from vantrel.sampling.people import sample_people
 from vantrel.sampling.places import refuse_borrowed
+from vantrel.sampling.to_file import sample_to_file
 from vantrel.sampling.whole import sample
 
 __all__ = [
@@ -16,4 +17,5 @@ __all__ = [
     "sample_block",
     "sample_blocks",
     "sample_people",
+    "sample_to_file",
 ]

@@ -5,7 +5,7 @@ from __future__ import annotations
 import json
 from dataclasses import asdict, dataclass, field, fields
 from pathlib import Path
-from typing import Annotated, Any, Literal
+from typing import TYPE_CHECKING, Annotated, Any, Literal
 
 import msgspec
 
@@ -14,6 +14,10 @@ from vantrel.hints import why_unreadable
 from vantrel.storage.files import replacing
 from vantrel.versions import versions
 from vantrel.wording import shown
+
+if TYPE_CHECKING:
+    from vantrel.sampling.blocks import Plan
+    from vantrel.storage.models import LoadedModel
 
 
 class _File(msgspec.Struct, forbid_unknown_fields=True):
@@ -49,6 +53,18 @@ class SampleRecord:
     columns: dict[str, str]
     options: dict[str, Any] = field(default_factory=dict)
     versions: dict[str, str] = field(default_factory=versions)
+
+
+def record_of(loaded: LoadedModel, plan: Plan, **options: Any) -> SampleRecord:
+    """Notes how a sample is made; the options are those beside the plan's own."""
+    return SampleRecord(
+        model=loaded.name,
+        model_sha256=loaded.sha256,
+        rows=plan.rows,
+        seed=plan.seed,
+        columns=dict(loaded.model.params),
+        options={"unique": list(plan.unique), "block_rows": plan.block_rows, **options},
+    )
 
 
 def record_path(output: Path, *, unfinished: bool = False) -> Path:

@@ -9,6 +9,7 @@ import pandas as pd
 
 from vantrel.arguments import check_model
 from vantrel.errors import ArgumentError
+from vantrel.hints import argument
 from vantrel.sampling.blocks import Plan, sample_blocks
 from vantrel.sampling.conditions import prepare_conditions
 from vantrel.sampling.places import refuse_borrowed
@@ -58,16 +59,45 @@ def sample(
     Warns:
         BorrowedNamesWarning: Faker has no names of some countries that are new to the model.
     """
+    plan, given = plan_sample(model, n, conditions, seed=seed, unique=unique, strict=strict)
+    people = pd.concat(list(sample_blocks(model, plan, given)))
+    people.attrs["seed"] = plan.seed
+    return people
+
+
+def plan_sample(
+    model: PersonModel,
+    n: int | None,
+    conditions: Any,
+    *,
+    seed: int | None,
+    unique: Iterable[str],
+    strict: bool,
+) -> tuple[Plan, pd.DataFrame | None]:
+    """Makes sure that a model can make what :func:`sample` is asked for.
+
+    Returns:
+        What to make, and the conditions, checked.
+    """
     check_model(model)
-    if (n is None) == (conditions is None):
-        raise ArgumentError("Give either 'n', a number of people, or 'conditions', a table.")
+    refuse_neither_or_both(n, conditions)
     given = None
     if n is None:
         given = prepare_conditions(model, conditions, strict=strict)
         n = len(given)
     elif strict:
         refuse_borrowed(model)
-    plan = Plan(n, given_or_drawn(seed), unique=unique)
-    people = pd.concat(list(sample_blocks(model, plan, given)))
-    people.attrs["seed"] = plan.seed
-    return people
+    return Plan(n, given_or_drawn(seed), unique=unique), given
+
+
+def refuse_neither_or_both(n: int | None, conditions: object) -> None:
+    """Makes sure that just one of the two tells how many people to make.
+
+    Raises:
+        ArgumentError: It does not.
+    """
+    if (n is None) == (conditions is None):
+        raise ArgumentError(
+            f"Give either {argument('n', ...)}, a number of people, or"
+            f" {argument('conditions', ...)}, a table."
+        )

@@ -7,19 +7,24 @@ on the partitions, the workers, the scheduler or the order in which they run.
 from importlib import import_module
 from typing import TYPE_CHECKING, Any
 
-from vantrel.errors import PartitionError
+from vantrel.errors import MissingPackageError, PartitionError
 
 if TYPE_CHECKING:
     from vantrel.scale.fitting import fit
+    from vantrel.scale.folder import sample_to_folder
     from vantrel.scale.frame import sample
 
-__all__ = ["PartitionError", "fit", "sample"]
+__all__ = ["PartitionError", "fit", "sample", "sample_to_folder"]
 
-_MODULES = {"fit": "vantrel.scale.fitting", "sample": "vantrel.scale.frame"}
+_HOMES = {"fit": "fitting", "sample": "frame", "sample_to_folder": "folder"}
 
 
 def __getattr__(name: str) -> Any:
     # Dask takes a second to import and may not be installed: only what needs it asks for it.
-    if name not in _MODULES:
+    if name not in _HOMES:
         raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
-    return getattr(import_module(_MODULES[name]), name)
+    try:
+        return getattr(import_module(f"{__name__}.{_HOMES[name]}"), name)
+    except ImportError as error:
+        missing = error.name or "dask.dataframe"
+        raise MissingPackageError.of("Work on Dask", missing, "dask") from error

@@ -2,39 +2,24 @@
 
 from __future__ import annotations
 
-from collections.abc import Collection, Iterable, Sequence
 from pathlib import Path
 from typing import TYPE_CHECKING, Any, Unpack
 
+import dask.dataframe as dd
 import pandas as pd
+from dask.base import compute
+from dask.delayed import delayed
 
-from vantrel.attributes import PersonColumns
-from vantrel.config import PersonModelConfig
+from vantrel import fitting as whole
 from vantrel.errors import TableError
-from vantrel.fitting import fit_table
+from vantrel.fitting import FitKeywords
 from vantrel.tables import TableCounts, count_frame, merged, open_table
-
-try:
-    import dask.dataframe as dd
-    from dask.base import compute
-    from dask.delayed import delayed
-except ImportError as error:
-    raise ImportError("vantrel.scale.fit needs Dask: pip install 'dask[dataframe]'.") from error
 
 if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel
 
 
-def fit(
-    table: dd.DataFrame | str | Path,
-    *,
-    generate: Iterable[str] = (),
-    locales: Sequence[str] | None = None,
-    config: PersonModelConfig | None = None,
-    ignore: Collection[str] = (),
-    detect: bool = True,
-    **columns: Unpack[PersonColumns],
-) -> PersonModel:
+def fit(table: dd.DataFrame | str | Path, **asked: Unpack[FitKeywords]) -> PersonModel:
     """Learns from a table of people that need not fit into memory.
 
     The model is that of :func:`vantrel.fit` on the whole table, to the bit, however the table is
@@ -43,29 +28,14 @@ def fit(
 
     Args:
         table: A Dask frame, or a folder of Parquet files.
-        generate: This and what follows is as :func:`vantrel.fit` takes it.
-        locales: Where the people are from if there is no column of countries.
-        config: The settings of the model.
-        ignore: Columns that are not to be found.
-        detect: Whether columns are found beside those that are named.
-        columns: The column of each attribute.
+        asked: What :func:`vantrel.fit` takes by name.
 
     Raises:
         VantrelError: As :func:`vantrel.fit` raises them.
         TableError: The folder cannot be read.
     """
-    named: dict[str, Any] = dict(columns)
     parts = _Folder(Path(table)) if isinstance(table, str | Path) else _Frame(table)
-    model, _ = fit_table(
-        parts,
-        named,
-        generate=generate,
-        locales=locales,
-        config=config,
-        ignore=ignore,
-        detect=detect,
-    )
-    return model
+    return whole.fit(parts, **asked)
 
 
 class _Frame:

@@ -6,33 +6,155 @@ Each file takes its place when it is whole, so what a stopped run has made needs
 from __future__ import annotations
 
 from collections.abc import Iterable, Iterator
+from contextlib import contextmanager
 from dataclasses import asdict
 from pathlib import Path
 from typing import Any
 
-from distributed import Client, as_completed
+from distributed import Client, KilledWorker, as_completed
+from distributed.client import FutureCancelledError
+from distributed.comm.core import CommClosedError
 
-from vantrel.errors import ClusterError
+from vantrel.errors import ArgumentError, ClusterError, OverwriteError, PartitionError
 from vantrel.hints import argument
-from vantrel.sampling.record import SampleRecord, read_record, record_path, write_record
+from vantrel.sampling.record import (
+    SampleRecord,
+    read_record,
+    record_of,
+    record_path,
+    write_record,
+)
+from vantrel.sampling.to_file import Progress, untold
+from vantrel.sampling.whole import plan_sample
+from vantrel.scale.cluster import connected
 from vantrel.scale.partitions import Partition, make_blocks
+from vantrel.scale.partitions import partitions as cut
+from vantrel.storage.files import refuse_missing_folder
+from vantrel.storage.models import read_model
 from vantrel.tables import write_table
 
 
-def begin(folder: Path, record: SampleRecord) -> None:
-    """Makes the folder of a new run and notes in it what the run is to make.
+def sample_to_folder(
+    model_file: Path,
+    folder: Path,
+    n: int | None,
+    *,
+    seed: int | None = None,
+    unique: Iterable[str] = (),
+    strict: bool = False,
+    allow_patterns: bool = False,
+    scheduler: str | None = None,
+    workers: int | None = None,
+    partitions: int | None = None,
+    resume: bool = False,
+    progress: Progress = untold,
+) -> SampleRecord:
+    """Makes the people of :func:`vantrel.sample` on a cluster, or what is missing of them.
+
+    Args:
+        model_file: The model, as :func:`vantrel.load` takes it.
+        folder: The folder to make, which the workers see under the same path.
+        n: The number of rows.
+        seed: An integer from 0 on. If None, that of the run to resume, or one is drawn and logged.
+        unique: The attributes of which no value may come twice: "username", "email" or both.
+        strict: Whether countries and locales are refused of which Faker has no names of their own.
+        allow_patterns: Whether other patterns in the model than the usual ones are taken.
+        scheduler: The address of the cluster's scheduler. None starts a cluster on this machine.
+        workers: The number of processes of that; one for each core if None.
+        partitions: The number of files; if None that of the run to resume, or one for every four
+            blocks.
+        resume: Whether to go on with a run that was stopped.
+        progress: What is told how far the rows are.
+
+    Returns:
+        How it was made; ``seed`` is the seed.
 
     Raises:
-        FileExistsError: There is a file, or a folder that is not empty.
-        OSError: The folder cannot be made.
+        VantrelError: The model or what is asked of it cannot be used, another run is in the folder,
+            or the cluster was lost.
+        OSError: The folder cannot be written, or no scheduler answers.
     """
+    if scheduler and workers:
+        raise ArgumentError(
+            f"A cluster that runs has its own workers: leave {argument('workers', ...)} out."
+        )
+    refuse_missing_folder(folder)  # before machines are started
+    earlier = None
+    if resume:
+        earlier = _earlier_run(folder)
+        seed = earlier.seed if seed is None else seed
+        partitions = partitions or earlier.options.get("partitions")
+    else:
+        _refuse_content(folder)
+    loaded = read_model(model_file, allow_patterns=allow_patterns)
+    plan, _ = plan_sample(loaded.model, n, None, seed=seed, unique=unique, strict=strict)
+    parts = cut(loaded.model, plan, partitions)
+    record = record_of(loaded, plan, partitions=len(parts))
+    if earlier is not None:
+        _refuse_another_run(earlier, record, folder)
+    todo = _missing(parts, folder)
+    if todo or earlier is None:
+        with _telling_of_workers(), connected(scheduler, workers) as client:
+            if earlier is None:
+                _begin(folder, record)
+            _write_all(parts, todo, folder, client, progress)
+    _finish(parts, folder)
+    return record
+
+
+def _write_all(
+    parts: list[Partition], todo: list[Partition], folder: Path, client: Client, progress: Progress
+) -> None:
+    rows, to_make = (sum(len(part.rows) for part in each) for each in (parts, todo))
+    try:
+        with progress(rows) as further:
+            further(rows - to_make)
+            for part in write_partitions(todo, folder, client):
+                further(len(part.rows))
+    finally:
+        for file in folder.glob(".part-*.tmp"):  # what workers that were stopped have left
+            file.unlink(missing_ok=True)
+
+
+@contextmanager
+def _telling_of_workers() -> Iterator[None]:
+    resume = argument("resume")
+    try:
+        yield
+    except KilledWorker as error:
+        raise PartitionError(
+            "Workers died again and again, for want of memory perhaps. What is finished is kept:"
+            f" repeat the call with {resume} and fewer {argument('workers', ...)}."
+        ) from error
+    except (CommClosedError, FutureCancelledError) as error:
+        raise ClusterError(
+            f"The scheduler was lost. What is finished is kept: repeat the call with {resume}."
+        ) from error
+
+
+def _refuse_content(folder: Path) -> None:
+    """Makes sure that there is nothing in the place of the folder, or an empty one.
+
+    Raises:
+        OverwriteError: There is something.
+    """
+    if folder.exists() and not folder.is_dir():
+        raise OverwriteError(f"{folder} is there and no folder: name another one.")
+    if folder.exists() and any(folder.iterdir()):
+        raise OverwriteError(
+            f"Folder {folder} is not empty: add {argument('resume')} to go on with a run that was"
+            " stopped, or name another folder."
+        )
+
+
+def _begin(folder: Path, record: SampleRecord) -> None:
+    """Makes the folder of a new run and notes in it what the run is to make."""
+    _refuse_content(folder)  # it may have got some while machines were started
     folder.mkdir(exist_ok=True)
-    if any(folder.iterdir()):
-        raise FileExistsError(0, "it is there already and not empty", str(folder))
     write_record(record, folder, unfinished=True)
 
 
-def earlier_run(folder: Path) -> SampleRecord:
+def _earlier_run(folder: Path) -> SampleRecord:
     """Reads what the run in a folder was to make, finished or not.
 
     Raises:
@@ -48,7 +170,7 @@ def earlier_run(folder: Path) -> SampleRecord:
     return record
 
 
-def refuse_another_run(earlier: SampleRecord, record: SampleRecord, folder: Path) -> None:
+def _refuse_another_run(earlier: SampleRecord, record: SampleRecord, folder: Path) -> None:
     """Makes sure that a run goes on with what it began.
 
     Raises:
@@ -73,9 +195,9 @@ def _decisive(record: SampleRecord) -> dict[str, Any]:
     return decisive | record.options | record.versions
 
 
-def missing(parts: Iterable[Partition], folder: Path) -> list[Partition]:
+def _missing(parts: Iterable[Partition], folder: Path) -> list[Partition]:
     """Lists the partitions whose files are not there."""
-    there = {file.name for file in folder.iterdir()}
+    there = {file.name for file in folder.iterdir()} if folder.is_dir() else ()
     return [part for part in parts if _name_of(part) not in there]
 
 
@@ -105,14 +227,14 @@ def write_partitions(
         client.cancel(futures)
 
 
-def finish(parts: Iterable[Partition], folder: Path) -> None:
+def _finish(parts: Iterable[Partition], folder: Path) -> None:
     """Notes that the run in a folder is finished.
 
     Raises:
         ClusterError: Files are not there, though workers have written them.
         OSError: The note cannot be written.
     """
-    if lost := missing(parts, folder):
+    if lost := _missing(parts, folder):
         raise ClusterError(
             f"{len(lost):,} files were written where {folder} is another folder, the first of them"
             f" {_name_of(lost[0])}: name a folder that all machines share, under the same path."
@@ -120,12 +242,6 @@ def finish(parts: Iterable[Partition], folder: Path) -> None:
     begun = record_path(folder, unfinished=True)
     if begun.exists():
         begun.replace(record_path(folder))
-
-
-def remove_unfinished(folder: Path) -> None:
-    """Removes what stopped workers have left of files that are not whole."""
-    for file in folder.glob(".part-*.tmp"):
-        file.unlink(missing_ok=True)
 
 
 def _write(partition: Partition, folder: Path) -> None:

@@ -5,17 +5,13 @@ from __future__ import annotations
 from collections.abc import Iterable
 from typing import TYPE_CHECKING
 
+import dask.dataframe as dd
 import pandas as pd
 
 from vantrel.arguments import check_model
 from vantrel.sampling import BLOCK_ROWS, Plan
 from vantrel.sampling.seeding import given_or_drawn
 from vantrel.scale.partitions import Partition, make_blocks, no_rows, partitions
-
-try:
-    import dask.dataframe as dd
-except ImportError as error:
-    raise ImportError("vantrel.scale.sample needs Dask: pip install 'dask[dataframe]'.") from error
 
 if TYPE_CHECKING:
     from vantrel.model.models.person import PersonModel

@@ -49,12 +49,14 @@ class LoadedModel:
 
     Args:
         model: The model.
+        name: The name of the file, without its folder.
         sha256: The SHA-256 of the file, 64 hexadecimal digits.
         size: The size of the file in bytes.
         versions: What it was fitted with, by name.
     """
 
     model: PersonModel
+    name: str
     sha256: str
     size: int
     versions: dict[str, str]
@@ -169,7 +171,8 @@ def read_model(path: str | Path, *, allow_patterns: bool = False) -> LoadedModel
         model = _rebuilt(file)
     except ModelFileError as error:
         raise ModelFileError(f"Model file {path} {error}") from error
-    return LoadedModel(model, hashlib.sha256(content).hexdigest(), len(content), file.versions)
+    sha256 = hashlib.sha256(content).hexdigest()
+    return LoadedModel(model, Path(path).name, sha256, len(content), file.versions)
 
 
 def _refuse_not_fitted(form: dict[str, Any]) -> None:

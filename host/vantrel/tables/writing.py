@@ -18,7 +18,8 @@ from typing import IO
 import duckdb
 import pandas as pd
 
-from vantrel.errors import TableError
+from vantrel.errors import ArgumentError, MissingPackageError
+from vantrel.hints import argument
 from vantrel.storage.files import STANDARD_STREAM, replacing
 from vantrel.tables.csv_rows import header_line
 from vantrel.tables.database import connect, quoted
@@ -36,7 +37,7 @@ def write_table(
     path: Path,
     *,
     separator: str | None = None,
-    spreadsheet_safe: bool = False,
+    csv_safe: bool = False,
 ) -> None:
     """Writes a table that comes in parts, whole or not at all.
 
@@ -47,18 +48,24 @@ def write_table(
         path: The end of its name tells how the table is written; ``-`` is standard output, as CSV.
         separator: What separates the cells of CSV; if None a tab where the name ends in .tsv, else
             a comma.
-        spreadsheet_safe: Whether to put an apostrophe before each cell of CSV that a spreadsheet
+        csv_safe: Whether to put an apostrophe before each cell of CSV that a spreadsheet
             would run as a formula, and quotes around every value, so that none is split where other
             characters than commas separate.
 
     Raises:
         OSError: The file cannot be written.
-        TableError: It is Parquet and pyarrow is not installed, or its name is of a file of another
-            kind.
+        ArgumentError: ``csv_safe`` is asked for what is no CSV.
+        MissingPackageError: It is Parquet and pyarrow is not installed.
+        TableError: Its name is of a file of another kind.
     """
     kind = kind_to_write(path)
-    if kind.format == "parquet":
-        require_pyarrow(path)
+    if csv_safe and kind.format != "csv":
+        written = "Parquet" if kind.format == "parquet" else "JSON Lines"
+        raise ArgumentError(
+            f"{argument('csv_safe')} is for CSV, and {path} is to be {written}: leave it out."
+        )
+    if kind.format == "parquet" and find_spec("pyarrow") is None:
+        raise MissingPackageError.of(f"To write {path}", "pyarrow", "parquet")
     opening = _standard_output() if path == STANDARD_STREAM else replacing(path, binary=True)
     with opening as opened, compressing(opened, kind.compression) as file:
         if kind.format == "parquet":
@@ -66,7 +73,7 @@ def write_table(
         elif kind.format == "jsonl":
             _write_jsonl(frames, file)
         else:
-            write_csv(frames, file, separator or kind.separator or ",", safe=spreadsheet_safe)
+            write_csv(frames, file, separator or kind.separator or ",", safe=csv_safe)
 
 
 @contextmanager
@@ -120,18 +127,6 @@ def _write_jsonl(frames: Iterable[pd.DataFrame], file: IO[bytes]) -> None:
         texts = frame.astype(object).where(frame.notna(), None)
         for row in texts.to_dict("records"):
             file.write((json.dumps(row, ensure_ascii=False) + "\n").encode())
-
-
-def require_pyarrow(path: Path) -> None:
-    """Makes sure that Parquet files can be written.
-
-    Raises:
-        TableError: pyarrow is not installed.
-    """
-    if find_spec("pyarrow") is None:
-        raise TableError(
-            f"To write Parquet tables such as {path} needs pyarrow: pip install 'vantrel[parquet]'."
-        )
 
 
 def _write_parquet(frames: Iterable[pd.DataFrame], file: IO[bytes]) -> None:

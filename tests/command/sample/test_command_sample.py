@@ -99,7 +99,7 @@ def test_csv_parquet_and_standard_output_have_the_same_rows() -> None:
 @pytest.mark.skipif(find_spec("pyarrow") is not None, reason="tells what is said without pyarrow")
 def test_parquet_needs_pyarrow() -> None:
     assert fail("sample m.json -n 5 -o out.parquet", 1) == (
-        "Parquet tables such as out.parquet need pyarrow: pip install 'vantrel[parquet]'."
+        "To write out.parquet needs pyarrow: pip install 'vantrel[parquet]'."
     )
 
 
@@ -213,7 +213,7 @@ def test_no_record_is_left_that_tells_of_another_table(monkeypatch: pytest.Monke
     def fail_to_write(*_: Any) -> None:
         raise OSError(28, "No space left on device", "out.csv.made.json")
 
-    monkeypatch.setattr("vantrel.cli.sample_here.write_record", fail_to_write)
+    monkeypatch.setattr("vantrel.sampling.to_file.write_record", fail_to_write)
     result = run("sample m.json -n 3 --seed 8 -o out.csv --force")
     assert result.exit_code == 1
     assert result.stderr == "vantrel: error: out.csv.made.json: No space left on device.\n"
@@ -285,7 +285,7 @@ def test_an_output_in_a_folder_that_is_not_tcontents_here() -> None:
         *(
             (
                 f"-n 2 -o x {option}",
-                "--scheduler, --workers, --partitions and --resume go with --dask only: add it.",
+                f"Only --dask makes use of {option.split()[0]}: add it.",
             )
             for option in ("--scheduler tcp://x:1", "--workers 2", "--partitions 2", "--resume")
         ),

@@ -31,7 +31,7 @@ def test_an_interrupted_run_leaves_what_was_there(monkeypatch: pytest.MonkeyPatc
         yield pd.DataFrame({"sex": ["f"]})
         raise KeyboardInterrupt
 
-    monkeypatch.setattr("vantrel.cli.sample_here.sample_blocks", interrupted)
+    monkeypatch.setattr("vantrel.sampling.to_file.sample_blocks", interrupted)
     before = contents_here()
     result = run("sample m.json -n 9 -o out.csv --force")
     assert (result.exit_code, result.stdout) == (130, "")
@@ -73,7 +73,7 @@ def test_a_signal_that_is_ignored_stays_so(monkeypatch: pytest.MonkeyPatch) -> N
         signal.raise_signal(signal.SIGHUP)
         yield pd.DataFrame({"sex": ["f"]})
 
-    monkeypatch.setattr("vantrel.cli.sample_here.sample_blocks", hang_up)
+    monkeypatch.setattr("vantrel.sampling.to_file.sample_blocks", hang_up)
     usual = signal.signal(signal.SIGHUP, signal.SIG_IGN)
     try:
         succeed("sample m.json -n 1 -o out.csv")

@@ -37,6 +37,7 @@ class Person(ValueMeta):
         columns: The labelled columns in the order of the table that was extracted; ``None``
             before.
         told_by: What told the column of each attribute, where :func:`vantrel.fit` has fitted.
+        learnt_from: The number of rows of that table.
         notes: What it noted of the table, a sentence or two each.
 
     Raises:
@@ -57,6 +58,7 @@ class Person(ValueMeta):
         self.locales = None if locales is None else list(locales)
         self.columns: list[str] | None = None
         self.told_by: dict[str, str] = {}
+        self.learnt_from = 0
         self.notes: list[str] = []
         self._refuse_repeated_columns()
         self._children: dict[str, Nominal] = {
