@@ -13,18 +13,13 @@ if TYPE_CHECKING:
 
 
 def as_frame(table: Any, what: str = "A table") -> pd.DataFrame:
-    """Gives a table as a frame of pandas.
+    """Gives a table as a frame of pandas, and refuses what is none or has two columns of one name.
 
     Args:
         table: A frame of pandas, which comes back as it is, or anything that offers itself as an
             Arrow stream (a frame of polars, a relation of DuckDB, a table of pyarrow), whose values
             become texts.
         what: What an error calls it.
-
-    Raises:
-        ArgumentTypeError: It is something else.
-        ArgumentError: Two columns share a name.
-        MissingPackageError: It is an Arrow stream and pyarrow is not installed.
     """
     import pandas as pd
 
@@ -83,11 +78,7 @@ def _no_table(table: object, what: str) -> ArgumentTypeError:
 
 
 def check_model(model: object) -> None:
-    """Makes sure that what is given for a model is one.
-
-    Raises:
-        ArgumentTypeError: It is not.
-    """
+    """Refuses what is given for a model and is none."""
     from vantrel.model.models.person import PersonModel
 
     if not isinstance(model, PersonModel):
@@ -103,9 +94,6 @@ def refuse_text(value: object, name: str, items: str) -> None:
         value: The argument of a call.
         name: Its name.
         items: What it should be several of.
-
-    Raises:
-        ArgumentTypeError: It is a text.
     """
     if isinstance(value, str):
         raise ArgumentTypeError(f"{name!r} is a list of {items}: write {argument(name, [value])}.")

@@ -102,12 +102,7 @@ def by_gender(
 
 
 def learnt_by_gender(model: PersonModel, attribute: str) -> dict[str, list[Any]]:
-    """Sorts the genders or titles that a model has learnt, as :func:`by_gender` does.
-
-    Args:
-        model: A fitted model with a column of the attribute.
-        attribute: "gender" or "title".
-    """
+    """Sorts the genders or titles that a model has learnt, as :func:`by_gender` does."""
     categories = model.meta[getattr(model.labels, attribute)].categories
     return by_gender(categories or (), model.config, attribute)
 

@@ -13,10 +13,7 @@ from typing import Any
 def nearest(text: str, known: Mapping[str, Any], most: int = 1) -> str:
     """Names what is written nearly like a text, as in ``'sex' or 'six'``; empty if nothing is.
 
-    Args:
-        text: What was written.
-        known: What is known, by the spelling that is compared.
-        most: How many are named at most.
+    ``known`` maps what is compared to what is named.
     """
     near = get_close_matches(text, known, n=most, cutoff=0.8)
     return " or ".join(repr(str(name)) for name in dict.fromkeys(known[each] for each in near))
@@ -29,12 +26,7 @@ def did_you_mean(text: object, known: Iterable[Any], most: int = 1) -> str:
 
 
 def why_unreadable(path: Path, error: OSError) -> str:
-    """Tells why a file cannot be read; where it is not there, asks for the nearest of its folder.
-
-    Args:
-        path: The file that could not be opened.
-        error: What the system says.
-    """
+    """Tells why a file cannot be read; where there is none, asks for the nearest name."""
     near = ""
     if isinstance(error, FileNotFoundError) and path.parent.is_dir():
         with suppress(OSError):  # a folder that may be entered and not listed

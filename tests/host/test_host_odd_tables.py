@@ -75,11 +75,10 @@ def cells_of(df: pd.DataFrame) -> Rows:
 
 
 def check(path: Path, names: list[str], rows: Rows, **options: Any) -> None:
-    """Reads a table as a whole and in parts."""
+    """Reads a table."""
     with open_table(path, **options) as table:
         assert table.columns == names
         assert cells_of(table.frame()) == rows
-        assert cells_of(pd.concat(list(table.batches(rows=2048)))) == rows
 
 
 @settings_of_all
@@ -225,7 +224,7 @@ def test_rows_that_are_read_otherwise_only_later_are_read_once_each(
     lines = "".join(f"{number},x{end}" for number, end in enumerate(ends))
     (tmp_path / "t.csv").write_bytes(f"a,b\n{lines}".encode())
     with open_table(tmp_path / "t.csv") as table:
-        read = pd.concat(list(table.batches(["a"], rows=2048)))["a"]
+        read = table.frame(["a"])["a"]
     assert read.tolist() == [str(number) for number in range(120_000)]
 
 
@@ -242,7 +241,11 @@ def test_rows_that_are_read_otherwise_only_later_are_read_once_each(
 def test_a_late_fault_is_told_with_its_line(tmp_path: Path, row: bytes, message: str) -> None:
     path = tmp_path / "t.csv"
     path.write_bytes(b"a,b\n" + b"x,y\n" * 100_000 + row + b"\nx,y\n")
-    for read in (lambda t: t.frame(), lambda t: list(t.batches()), lambda t: t.count(["a", "b"])):
+    for read in (
+        lambda t: t.frame(),
+        lambda t: t.excerpt(1_000_000),
+        lambda t: t.count(["a", "b"]),
+    ):
         with pytest.raises(TableError) as caught, open_table(path) as table:
             read(table)
         assert str(caught.value).startswith(f"Table {path} {message}")

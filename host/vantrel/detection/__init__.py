@@ -80,15 +80,7 @@ _BY_VALUES = 4
 
 
 def detect_columns(df: pd.DataFrame) -> dict[str, str]:
-    """Finds the columns of a person in a table.
-
-    Args:
-        df: The table, with values as text; others are judged by their text.
-
-    Returns:
-        The column of each attribute that was found, in the order of ``PersonLabels``. No column
-        is given twice. What each was told by is in the result of :func:`detect`.
-    """
+    """Finds the column of each attribute, in their order, as :func:`detect` does."""
     return detect(df).columns
 
 

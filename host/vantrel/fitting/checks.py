@@ -28,21 +28,10 @@ def check_request(
 ) -> list[str]:
     """Makes sure, before a table is looked at, that what is asked of a fit goes together.
 
-    Args:
-        columns: The column of each attribute that is named.
-        generate: The attributes to generate.
-        ignore: The columns that are not to be found.
-        locales: Where the people are from.
-        detect: Whether columns are found beside those that are named.
+    The arguments are those of :func:`vantrel.fit`.
 
     Returns:
         The attributes to generate.
-
-    Raises:
-        ArgumentTypeError: There is one text in the place of a list.
-        ArgumentError: An attribute is not known or both named and generated, one to generate can
-            only be learnt, two share a column, a column is named and ignored, or nothing tells of
-            any column.
     """
     refuse_text(generate, "generate", "attributes")
     refuse_text(ignore, "ignore", "columns")
@@ -73,11 +62,7 @@ def check_request(
 
 
 def refuse_unknown_attribute(attribute: str) -> None:
-    """Makes sure that a person can have an attribute.
-
-    Raises:
-        ArgumentError: It cannot; the nearest one is named.
-    """
+    """Refuses what no person has; the nearest attribute is named."""
     if attribute not in ATTRIBUTES:
         raise ArgumentError(
             f"{attribute!r} is no attribute of a person.{did_you_mean(attribute, ATTRIBUTES)} Known"
@@ -88,26 +73,13 @@ def refuse_unknown_attribute(attribute: str) -> None:
 def make_person(
     columns: Mapping[str, str], generated: Iterable[str], locales: Sequence[str] | None
 ) -> Person:
-    """Describes a person by the table's columns; what else is generated is named as its attribute.
-
-    Raises:
-        ArgumentError: Two attributes share a column.
-    """
+    """Describes a person by a table's columns; what else is generated is named as its attribute."""
     labels = PersonLabels(**{attribute: attribute for attribute in generated} | {**columns})
     return Person("person", labels, locales=list(locales) if locales else None)
 
 
 def check_columns(df: pd.DataFrame, columns: Mapping[str, str], ignore: Iterable[str]) -> None:
-    """Makes sure that a table has the named columns, with at least one value in each.
-
-    Args:
-        df: The table.
-        columns: The column of each attribute.
-        ignore: Columns that need only be there.
-
-    Raises:
-        FittingError: A column is not there or holds missing values only.
-    """
+    """Refuses columns that a table has not, and named ones without any value."""
     wanted = {column: f"for {attribute!r}" for attribute, column in columns.items()}
     for column, why in {**dict.fromkeys(ignore, "to ignore"), **wanted}.items():
         if column not in df.columns:
@@ -123,11 +95,7 @@ def check_columns(df: pd.DataFrame, columns: Mapping[str, str], ignore: Iterable
 
 
 def refuse_nothing(df: pd.DataFrame, columns: Mapping[str, str], found: Detection) -> None:
-    """Makes sure that there is a column to learn from.
-
-    Raises:
-        FittingError: None was named or found.
-    """
+    """Refuses a table in which no column was named or found."""
     from vantrel.fitting.notes import doubt_note
 
     if not columns:
@@ -139,14 +107,11 @@ def refuse_nothing(df: pd.DataFrame, columns: Mapping[str, str], found: Detectio
 
 
 def check_countries(counts: Mapping[Any, int], column: str) -> None:
-    """Makes sure that every country is known.
+    """Refuses unknown countries: all of them are named, with the number of their rows.
 
     Args:
         counts: How many rows have each country; a missing one is None.
         column: The column of countries.
-
-    Raises:
-        FittingError: Some are not; all of them are named, with the number of their rows.
     """
     from vantrel.util.locale.locale import refuse_unknown, unknown_places
 

@@ -33,9 +33,6 @@ def fit_counts(
         columns: The table's columns.
         meta: What the columns hold.
         config: The settings of the model.
-
-    Raises:
-        FittingError: A column has nothing to learn from.
     """
     one_of_each = _one_of_each(counts, columns)
     model = PersonModel(meta, config)
@@ -70,11 +67,7 @@ def _one_of_each(counts: TableCounts, columns: list[str]) -> pd.DataFrame:
 
 
 def _understood(hidden: Any, counts: TableCounts) -> dict[Any, int]:
-    """Counts what a histogram would have counted itself.
-
-    Raises:
-        FittingError: That is nothing.
-    """
+    """Counts what a histogram would have counted itself, if that is anything."""
     values = counts.values[hidden.name]
     keys: dict[Any, Any] = {value: value for value in values if value is not None}
     if isinstance(hidden, GenderModel):

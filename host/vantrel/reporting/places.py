@@ -33,11 +33,7 @@ def all_countries() -> list[Section]:
 
 
 def one_place(place: str) -> list[Section]:
-    """Shows the locale that is taken for a country and all of Faker's locales of it, or a locale.
-
-    Raises:
-        UnknownPlaceError: It is neither.
-    """
+    """Shows the locale that is taken for a country and all of Faker's of it, or a locale."""
     refuse_unknown([place])
     found = recognise(place)
     assert found is not None

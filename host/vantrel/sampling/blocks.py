@@ -41,12 +41,8 @@ class Plan:
         rows: The number of rows.
         seed: An integer from 0 on.
         block_rows: The number of rows of each block but the last.
-        unique: The attributes whose columns are made unique, of "username" and "email"; kept
-            sorted and once each.
-
-    Raises:
-        ArgumentTypeError: The attributes are one text.
-        ArgumentError: A number is out of its range.
+        unique: The attributes whose columns are made unique, of "username" and "email"; kept sorted
+            and once each.
     """
 
     rows: int
@@ -103,11 +99,7 @@ def sample_block(
 
 
 def check_plan(model: PersonModel, plan: Plan, conditions: pd.DataFrame | None = None) -> None:
-    """Makes sure before the first row that a plan can be carried out.
-
-    Raises:
-        ArgumentError: A column cannot be unique, or there are not as many conditions as rows.
-    """
+    """Refuses, before the first row, a plan that cannot be carried out."""
     refuse_not_unique(model, plan.unique, plan.rows)
     if conditions is not None and len(conditions) != plan.rows:
         raise ArgumentError(
@@ -119,10 +111,6 @@ def check_plan(model: PersonModel, plan: Plan, conditions: pd.DataFrame | None =
 def sample_blocks(
     model: PersonModel, plan: Plan, conditions: pd.DataFrame | None = None
 ) -> Iterator[pd.DataFrame]:
-    """Makes a sample block by block, each as :func:`sample_block` does.
-
-    Raises:
-        ArgumentError: The plan cannot be carried out; raised before the first block.
-    """
+    """Makes a sample block by block, each as :func:`sample_block` does; checks the plan at once."""
     check_plan(model, plan, conditions)
     return (sample_block(model, plan, block, conditions) for block in range(plan.blocks))

@@ -36,7 +36,6 @@ def prepare_conditions(model: PersonModel, table: Any, *, strict: bool = False) 
     Raises:
         ConditionsError: The table has neither column, or values that the model cannot place; these
             are named with their rows, the first of which is row 1.
-        SamplingError: Names would be borrowed though ``strict`` is set.
 
     Warns:
         BorrowedNamesWarning: Faker has no names of some new countries.

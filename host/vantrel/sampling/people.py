@@ -29,13 +29,6 @@ def sample_people(
         n: The number of rows; the number of rows of ``conditions`` where that is given.
         conditions: Genders or countries or both, by the model's columns, one row for each to make,
             with the index 0 to n - 1 and no missing value.
-
-    Returns:
-        A frame of the labelled columns with the index 0 to n - 1.
-
-    Raises:
-        SamplingError: The configuration, or a part of the model that was replaced, does not allow
-            it.
     """
     with told_before(), raised_by_model(SamplingError, "The model cannot make such rows"):
         people = _sample_countries_too(model, n, conditions)

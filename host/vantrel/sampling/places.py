@@ -16,14 +16,7 @@ if TYPE_CHECKING:
 
 
 def take_in(model: PersonModel, countries: Iterable[str]) -> None:
-    """Gives a model names for countries that the fit did not see.
-
-    Raises:
-        UnknownPlaceError: Some are neither a country nor a locale.
-
-    Warns:
-        BorrowedNamesWarning: Faker has no names of some new ones.
-    """
+    """Gives a model names for countries that the fit did not see; warns of borrowed ones."""
     known = model.country_to_provider_map
     new = [country for country in countries if country not in known]
     model.country_to_provider_map = known | get_country_to_provder_map(new, Provider.PERSON)
@@ -32,9 +25,7 @@ def take_in(model: PersonModel, countries: Iterable[str]) -> None:
 def places_of(model: PersonModel, conditions: pd.DataFrame | None = None) -> list[str]:
     """Lists the countries, or else the locales, that a fitted model may sample.
 
-    Args:
-        model: A fitted model.
-        conditions: What ``prepare_conditions`` made; of given countries no others are sampled.
+    Of the countries in ``conditions``, as ``prepare_conditions`` made them, no others are sampled.
     """
     country = model.labels.country
     if country is None:
@@ -45,15 +36,7 @@ def places_of(model: PersonModel, conditions: pd.DataFrame | None = None) -> lis
 
 
 def refuse_borrowed(model: PersonModel, conditions: pd.DataFrame | None = None) -> None:
-    """Makes sure that Faker has names of every country or locale that a model may sample.
-
-    Args:
-        model: A fitted model.
-        conditions: What ``prepare_conditions`` made; of given countries no others are sampled.
-
-    Raises:
-        SamplingError: It has none of some; all of them are named.
-    """
+    """Refuses a model that may sample places of which Faker has no names; all of them are named."""
     if borrowed := borrowed_places(places_of(model, conditions)):
         raise SamplingError(
             f"Faker has no person names of its own for {listed(borrowed)}: leave"

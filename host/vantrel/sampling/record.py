@@ -70,11 +70,8 @@ def record_of(loaded: LoadedModel, plan: Plan, **options: Any) -> SampleRecord:
 def record_path(output: Path, *, unfinished: bool = False) -> Path:
     """Where the record of a sample is kept: beside a file, and inside a folder of files.
 
-    Readers of Parquet folders skip names that begin with an underscore.
-
-    Args:
-        output: The file or folder.
-        unfinished: Whether files of the folder are still to be made.
+    Readers of Parquet folders skip names that begin with an underscore. That of a folder some files
+    of which are still to be made is another one.
     """
     if output.is_dir():
         return output / ("_making.json" if unfinished else "_made.json")
@@ -82,21 +79,14 @@ def record_path(output: Path, *, unfinished: bool = False) -> Path:
 
 
 def write_record(record: SampleRecord, output: Path, *, unfinished: bool = False) -> None:
-    """Writes the record of a sample, whole or not at all, where :func:`record_path` tells.
-
-    Raises:
-        OSError: The file cannot be written.
-    """
+    """Writes the record of a sample, whole or not at all, where :func:`record_path` tells."""
     form = {"format": "vantrel-sample", "schema_version": 1, **asdict(record)}
     with replacing(record_path(output, unfinished=unfinished)) as file:
         file.write(json.dumps(form, ensure_ascii=False, allow_nan=False, indent=2) + "\n")
 
 
 def read_record(output: Path, *, unfinished: bool = False) -> SampleRecord | None:
-    """Reads the record of a sample where :func:`record_path` tells.
-
-    Returns:
-        None if the sample has none.
+    """Reads the record of a sample where :func:`record_path` tells; None if it has none.
 
     Raises:
         RecordError: There is a file in its place that is no record.

@@ -59,13 +59,8 @@ def own_sources(model: PersonModel, seed: int | np.random.SeedSequence) -> Itera
     """Seeds every source for a sample, which has sources of its own as far as there can be any.
 
     The module of the model draws from a module in the place of ``random`` meanwhile, out of reach
-    of other threads. Of numpy's global generator and the one that Faker
-    instances share there is one a process: they are put back as they were. Other threads that want
-    the same wait.
-
-    Args:
-        model: The model to sample from; its random generators are replaced.
-        seed: As :func:`seed_everything` takes it.
+    of other threads. Of numpy's global generator and the one that Faker instances share there is
+    one a process: they are put back as they were. Other threads that want the same wait.
     """
     shared = faker.generator.random
     generator = faker.generator.Generator

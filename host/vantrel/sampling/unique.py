@@ -26,12 +26,7 @@ _STRIDE = 1_345_325_471
 
 
 def refuse_not_unique(model: PersonModel, attributes: Iterable[str], rows: int) -> None:
-    """Makes sure that the columns of some attributes can be made unique.
-
-    Raises:
-        ArgumentError: An attribute cannot be made unique.
-        SamplingError: The model does not have it, or there are more rows than codes.
-    """
+    """Refuses attributes whose columns cannot be made unique in a sample of so many rows."""
     for attribute in attributes:
         if attribute not in UNIQUE:
             raise ArgumentError(

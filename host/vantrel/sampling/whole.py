@@ -31,8 +31,8 @@ def sample(
     """Samples people, the same ones from the same model and seed.
 
     The rows are those of ``vantrel sample`` and of :func:`vantrel.scale.sample`. No random source
-    of the process is left changed. Countries are missing as often as in the
-    fitted table, or as genders where these are missing more often.
+    of the process is left changed. Countries are missing as often as in the fitted table, or as
+    genders where these are missing more often.
 
     Args:
         model: A fitted model; its own random generators are replaced.
@@ -45,15 +45,15 @@ def sample(
         strict: Whether countries and locales are refused of which Faker has no names of their own.
 
     Returns:
-        A frame of the labelled columns, in the order of the fitted table, with the index 0 to
-        n - 1. Its ``attrs["seed"]`` is the seed.
+        A frame of the labelled columns, in the order of the fitted table, with the index 0 to n -
+        1. Its ``attrs["seed"]`` is the seed.
 
     Raises:
         ArgumentTypeError: The model or the conditions are none, or ``unique`` is one text.
         ArgumentError: Not just one of ``n`` and ``conditions`` is given, a number is out of its
             range, or a column cannot be made unique.
-        ConditionsError: One of the conditions cannot be placed.
-        SamplingError: Names would be borrowed though ``strict`` is set.
+        SamplingError: One of the conditions cannot be placed (:class:`vantrel.ConditionsError`), or
+            names would be borrowed though ``strict`` is set.
         ModelNotFittedError: Nothing has been learnt yet.
 
     Warns:
@@ -74,11 +74,7 @@ def plan_sample(
     unique: Iterable[str],
     strict: bool,
 ) -> tuple[Plan, pd.DataFrame | None]:
-    """Makes sure that a model can make what :func:`sample` is asked for.
-
-    Returns:
-        What to make, and the conditions, checked.
-    """
+    """Tells what to make if a model can make it, and gives the conditions, checked."""
     check_model(model)
     refuse_neither_or_both(n, conditions)
     given = None
@@ -91,11 +87,7 @@ def plan_sample(
 
 
 def refuse_neither_or_both(n: int | None, conditions: object) -> None:
-    """Makes sure that just one of the two tells how many people to make.
-
-    Raises:
-        ArgumentError: It does not.
-    """
+    """Refuses what does not tell in just one way how many people to make."""
     if (n is None) == (conditions is None):
         raise ArgumentError(
             f"Give either {argument('n', ...)}, a number of people, or"

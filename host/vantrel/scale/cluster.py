@@ -26,14 +26,9 @@ def connected(address: str | None, workers: int | None) -> Iterator[Client]:
     Distributed logs nothing meanwhile: what goes wrong is raised.
 
     Args:
-        address: The address of a scheduler, such as "tcp://10.0.0.1:8786". None starts a cluster
-            on this machine.
+        address: The address of a scheduler, such as "tcp://10.0.0.1:8786". None starts a cluster on
+            this machine.
         workers: The number of processes on this machine; one for each core if None.
-
-    Raises:
-        ConnectionError: No scheduler answers at the address.
-        ClusterError: The address is none, or a worker lacks vantrel or has other versions of
-            what the rows depend on.
     """
     with silence_logging_cmgr(logging.CRITICAL):
         if address is not None:

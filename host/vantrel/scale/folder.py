@@ -133,11 +133,7 @@ def _telling_of_workers() -> Iterator[None]:
 
 
 def _refuse_content(folder: Path) -> None:
-    """Makes sure that there is nothing in the place of the folder, or an empty one.
-
-    Raises:
-        OverwriteError: There is something.
-    """
+    """Refuses a place where there is something else than an empty folder."""
     if folder.exists() and not folder.is_dir():
         raise OverwriteError(f"{folder} is there and no folder: name another one.")
     if folder.exists() and any(folder.iterdir()):
@@ -155,11 +151,7 @@ def _begin(folder: Path, record: SampleRecord) -> None:
 
 
 def _earlier_run(folder: Path) -> SampleRecord:
-    """Reads what the run in a folder was to make, finished or not.
-
-    Raises:
-        ClusterError: There is no run in the folder.
-    """
+    """Reads what the run in a folder was to make, finished or not."""
     record = None
     if folder.is_dir():
         record = read_record(folder, unfinished=True) or read_record(folder)
@@ -171,11 +163,7 @@ def _earlier_run(folder: Path) -> SampleRecord:
 
 
 def _refuse_another_run(earlier: SampleRecord, record: SampleRecord, folder: Path) -> None:
-    """Makes sure that a run goes on with what it began.
-
-    Raises:
-        ClusterError: The runs differ; it is named in what.
-    """
+    """Refuses to go on with a run that began something else; it is named in what they differ."""
     was, now = _decisive(earlier), _decisive(record)
     differing = [name for name in now if was.get(name) != now[name]]
     if differing:
@@ -204,17 +192,10 @@ def _missing(parts: Iterable[Partition], folder: Path) -> list[Partition]:
 def write_partitions(
     parts: Iterable[Partition], folder: Path, client: Client
 ) -> Iterator[Partition]:
-    """Writes the files of partitions on the workers of a cluster.
+    """Writes the files of partitions on a cluster, and gives each partition when its file is there.
 
     The workers see the folder under the same path. When a worker is lost, others make what it had
     not finished.
-
-    Yields:
-        Each partition when its file is there.
-
-    Raises:
-        PartitionError: Some rows could not be made; their rows are named.
-        OSError: A file cannot be written.
     """
     todo = list(parts)
     futures = client.map(_write, todo, folder=folder.resolve(), pure=False)
@@ -228,12 +209,7 @@ def write_partitions(
 
 
 def _finish(parts: Iterable[Partition], folder: Path) -> None:
-    """Notes that the run in a folder is finished.
-
-    Raises:
-        ClusterError: Files are not there, though workers have written them.
-        OSError: The note cannot be written.
-    """
+    """Notes that the run in a folder is finished, if all files are there."""
     if lost := _missing(parts, folder):
         raise ClusterError(
             f"{len(lost):,} files were written where {folder} is another folder, the first of them"

@@ -28,9 +28,10 @@ def sample(
 ) -> dd.DataFrame:
     """Samples people as a Dask frame, which is computed where and when Dask is told to.
 
-    The same model, ``n``, ``seed``, ``block_rows`` and ``unique`` give the same rows for any
-    number of partitions, on any scheduler, and also when a worker is lost and its partitions are
-    made again. With the usual ``block_rows`` they are the rows of :func:`vantrel.sample`.
+    The same model, ``n``, ``seed``, ``block_rows`` and ``unique`` give the same rows for any number
+    of partitions, on any scheduler, and also when a worker is lost and its partitions are made
+    again. With the usual ``block_rows`` they are the rows of :func:`vantrel.sample`, which raises
+    the same errors.
 
     Args:
         model: A fitted model. It is sent as the text of its file and stays as it is.
@@ -38,20 +39,14 @@ def sample(
         seed: An integer from 0 on. If None, one is drawn now and logged.
         block_rows: The rows that are seeded and made together. Other rows come out for another
             number; a worker needs memory for a few times as many.
-        npartitions: The number of partitions, at most the number of blocks. If None, one for
-            every four blocks.
+        npartitions: The number of partitions, at most the number of blocks. If None, one for every
+            four blocks.
         unique: The attributes of which no value may come twice: "username", "email" or both.
 
     Returns:
         A frame of the labelled columns, all of Dask's dtype of text, whose index is 0 to n - 1 with
         known divisions. Computing it raises :class:`vantrel.scale.PartitionError` where rows cannot
         be made, and names them.
-
-    Raises:
-        ModelNotFittedError: Nothing has been learnt yet.
-        ArgumentTypeError: The model is none, or ``unique`` is one text.
-        ArgumentError: A number is out of its range, or a column cannot be made unique.
-        ModelFileError: The model could not be loaded from a file again.
     """
     check_model(model)
     plan = Plan(n, given_or_drawn(seed), block_rows, unique)

@@ -61,10 +61,6 @@ def partitions(model: PersonModel, plan: Plan, count: int | None = None) -> list
         plan: What to make.
         count: The number of partitions; at most the number of blocks is made. One for every four
             blocks if None.
-
-    Raises:
-        ArgumentError: The count is no integer from 1 on, or the plan cannot be carried out.
-        ModelFileError: The model could not be loaded from a file again.
     """
     check_plan(model, plan)
     if count is None:
@@ -81,10 +77,9 @@ def partitions(model: PersonModel, plan: Plan, count: int | None = None) -> list
 
 
 def make_blocks(partition: Partition) -> Iterator[pd.DataFrame]:
-    """Makes the blocks of a partition, one after the other.
+    """Makes the blocks of a partition, one after the other, as frames of text.
 
-    Yields:
-        Frames of text whose indexes are the numbers of the rows in the sample.
+    Their indexes are the numbers of the rows in the sample.
 
     Raises:
         PartitionError: A block could not be made, and its rows are named, or other versions are
@@ -114,11 +109,7 @@ def _as_text(people: pd.DataFrame) -> pd.DataFrame:
 
 
 def _model(content: str) -> PersonModel:
-    """Gives the model of a content, built once a process for all of its threads.
-
-    Raises:
-        PartitionError: Other versions are installed here than where the sample was planned.
-    """
+    """Gives the model of a content, built once a process for all of its threads."""
     with _building:
         return _built(content)
 

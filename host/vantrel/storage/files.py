@@ -23,9 +23,6 @@ def replacing(path: Path, *, binary: bool = False) -> Iterator[IO[Any]]:
     same folder. If anything fails that file is removed, and what was at ``path`` before is still
     there. A symbolic link stays and the file it leads to is replaced. What is there and no regular
     file, such as a pipe or a device, is written straight into.
-
-    Raises:
-        OSError: The file cannot be written.
     """
     try:
         target = Path(os.path.realpath(path))
@@ -41,11 +38,7 @@ def replacing(path: Path, *, binary: bool = False) -> Iterator[IO[Any]]:
 
 
 def refuse_overwriting(output: Path, *sources: Path, force: bool = False) -> None:
-    """Makes sure that writing the output loses nothing.
-
-    Raises:
-        OverwriteError: It is a file to read or a folder, or it is there and ``force`` is not given.
-    """
+    """Refuses an output that would overwrite a source or, without ``force``, any other file."""
     if any(same_file(source, output) for source in sources):
         raise OverwriteError(f"{output} is the file to read: write to another one.")
     if output.is_dir():
@@ -55,11 +48,7 @@ def refuse_overwriting(output: Path, *sources: Path, force: bool = False) -> Non
 
 
 def refuse_missing_folder(path: Path) -> None:
-    """Makes sure that there is a folder for what is to be written.
-
-    Raises:
-        FileNotFoundError: There is none.
-    """
+    """Refuses a path in a folder that is not there."""
     if not path.parent.is_dir():
         reason = f"folder {str(path.parent)!r} does not exist"
         raise FileNotFoundError(errno.ENOENT, reason, str(path))

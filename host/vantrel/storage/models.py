@@ -63,14 +63,7 @@ class LoadedModel:
 
 
 def dumps(model: PersonModel) -> str:
-    """Gives the content of a fitted model's file, the versions here among it.
-
-    Raises:
-        ArgumentTypeError: What is given is no model.
-        ModelNotFittedError: Nothing has been learnt yet.
-        ModelFileError: The model holds what no file can, as :class:`vantrel.storage.form.ModelFile`
-            tells, or more than 16 MiB.
-    """
+    """Gives the content of a fitted model's file, and raises what :func:`save` raises."""
     check_model(model)
     with raised_by_model(ModelFileError, "The model cannot be kept in a file"):
         learnt = model.to_dict()
@@ -96,20 +89,10 @@ def dumps(model: PersonModel) -> str:
 
 
 def loads(content: str | bytes, *, allow_patterns: bool = False) -> PersonModel:
-    """Rebuilds a model from the content of its file; it can be sampled at once.
+    """Rebuilds a model from the content of its file, in UTF-8, as :func:`load` does.
 
-    Args:
-        content: The content, in UTF-8.
-        allow_patterns: Whether other patterns than the usual ones are taken. They are searched for
-            as they are: allow those of people whom you trust.
-
-    Raises:
-        ModelFileError: It is no model, lacks something, holds something of a wrong type or value,
-            a key twice or a pattern that is not allowed, or was written by a newer version. The
-            message goes on after the name of the file.
-
-    Warns:
-        OtherVersionsWarning: The same seed may give other rows here than where it was fitted.
+    Patterns that are allowed are searched for as they are, without a limit of time, and messages go
+    on after the name of the file.
     """
     return _rebuilt(_decoded(content, allow_patterns=allow_patterns))
 
@@ -126,7 +109,8 @@ def save(model: PersonModel, path: str | Path, *, force: bool = False) -> None:
         ArgumentTypeError: What is given is no model.
         OverwriteError: The file is there and ``force`` is not set.
         ModelNotFittedError: Nothing has been learnt yet.
-        ModelFileError: The model could not be loaded again, as :func:`dumps` tells.
+        ModelFileError: The model holds what no file can, as :class:`vantrel.storage.form.ModelFile`
+            tells, or more than 16 MiB.
         OSError: The file cannot be written.
     """
     refuse_overwriting(Path(path), force=force)
@@ -144,12 +128,14 @@ def load(path: str | Path, *, allow_patterns: bool = False) -> PersonModel:
 
     Args:
         path: The file.
-        allow_patterns: Whether other patterns than the usual ones are taken. Searching for them in
-            the values of the file is tried first, for five seconds at most.
+        allow_patterns: Whether other patterns than the usual ones are taken: allow those of people
+            whom you trust. Searching for them in the values of the file is tried first, for five
+            seconds at most.
 
     Raises:
-        ModelFileError: The file cannot be read, is larger than 16 MiB or is no model that
-            :func:`loads` takes.
+        ModelFileError: The file cannot be read, is larger than 16 MiB, is no model, lacks
+            something, holds something of a wrong type or value, a key twice or a pattern that is
+            not allowed, or was written by a newer version.
 
     Warns:
         OtherVersionsWarning: The same seed may give other rows here than where it was fitted.

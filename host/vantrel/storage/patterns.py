@@ -33,12 +33,7 @@ for pattern in patterns:
 
 
 def try_patterns(patterns: Iterable[str], values: Iterable[str]) -> None:
-    """Makes sure that patterns can be searched for in the values that a model knows.
-
-    Raises:
-        ModelFileError: One is no regular expression, or the searches take too long. The message
-            goes on after the name of the file.
-    """
+    """Refuses patterns that cannot be searched for in the values of a model within a bound."""
     command = [sys.executable, "-I", "-S", "-c", _TRIAL]
     searches = json.dumps([sorted(patterns), list(values)])
     try:

@@ -34,13 +34,7 @@ class TableCounts:
 def count_frame(
     df: pd.DataFrame, columns: Collection[str], labelled: Collection[str] | None = None
 ) -> TableCounts:
-    """Counts the values of a frame.
-
-    Args:
-        df: The frame.
-        columns: Those whose values are counted.
-        labelled: Those in which a row without any value is blank; the same ones if None.
-    """
+    """Counts the values of columns, and the rows without any value in the labelled ones."""
     asked = [column for column in (columns if labelled is None else labelled) if column in df]
     blank = int(df[asked].isna().all(axis="columns").sum()) if asked else 0
     return TableCounts(len(df), blank, {column: _values(df[column]) for column in columns})

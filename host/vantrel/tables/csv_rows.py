@@ -34,11 +34,7 @@ class Header(NamedTuple):
 
 
 def read_header(path: Path, kind: Kind) -> Header:
-    """Reads the first row of a file, and finds what separates its cells if ``kind`` has it not.
-
-    Raises:
-        UnicodeDecodeError: The row, or what was read with it, is not in UTF-8.
-    """
+    """Reads the first row of a file, and finds what separates its cells if ``kind`` has it not."""
     with _lines(path, kind) as text:
         start = text.read(_CHARACTERS)
     separator = kind.separator or _separator(start)

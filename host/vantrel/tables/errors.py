@@ -14,14 +14,11 @@ from vantrel.errors import TableError
 
 @contextmanager
 def telling(path: Path, encoding: str = "UTF-8") -> Iterator[None]:
-    """Turns what may fail where a file is read into an error of the table.
+    """Turns what may fail where a file is read into a ``TableError``.
 
     Args:
         path: What the user calls the file.
         encoding: What its text is read in.
-
-    Raises:
-        TableError: It failed.
     """
     try:
         yield

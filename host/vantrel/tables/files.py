@@ -26,17 +26,14 @@ _UTF_8 = ("utf-8", "utf-8-sig", "ascii")
 def readable(path: Path, encoding: str | None, folder: Path) -> tuple[Path, Kind]:
     """Gives a file in UTF-8 that can be read again and again, and tells what it holds.
 
-    It is the given one where that will do. A pipe is copied to a file of its own, and so is a
-    table in another encoding.
+    It is the given one where that will do. A pipe is copied to a file of its own, and so is a table
+    in another encoding.
 
     Args:
         path: A file, a folder, a pipe, or ``-`` for standard input.
         encoding: The encoding of a text file, as Python names it. If None it is UTF-8, or UTF-16
             where the file begins with its mark.
         folder: Where copies go.
-
-    Raises:
-        TableError: The file cannot be read, is by its name no table or not in the encoding.
     """
     if path.is_dir():
         return path, Kind("parquet")
@@ -113,11 +110,7 @@ def _kind_by_content(file: Path) -> Kind:
 
 
 def _encoding(file: Path, kind: Kind, named: str | None) -> str | None:
-    """The encoding that a file must be decoded from; None where it can be read as it is.
-
-    Raises:
-        TableError: The named encoding is not known.
-    """
+    """The encoding that a file must be decoded from; None where it can be read as it is."""
     with open_bytes(file, kind.compression) as raw:
         start = raw.read(2)
     if named is None:

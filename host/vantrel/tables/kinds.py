@@ -45,11 +45,7 @@ class Kind(NamedTuple):
 
 
 def kind_to_read(path: Path) -> Kind:
-    """Tells the kind of a table that is to be read.
-
-    Raises:
-        TableError: The name is of a file of another kind.
-    """
+    """Tells the kind of a table that is to be read, if its name is of one."""
     end = path.suffix.lower()
     kind = _kind(path)
     if end in _ARCHIVES or (kind.compression and kind.format == "parquet"):
@@ -65,11 +61,7 @@ def kind_to_read(path: Path) -> Kind:
 
 
 def kind_to_write(path: Path) -> Kind:
-    """Tells the kind of a table that is to be written.
-
-    Raises:
-        TableError: The name is of a file of another kind than are written.
-    """
+    """Tells the kind of a table that is to be written, if its name is of one."""
     end = path.suffix.lower()
     kind = _kind(path)
     is_packed_twice = bool(kind.compression and kind.format == "parquet")

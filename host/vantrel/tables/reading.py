@@ -3,10 +3,9 @@
 from __future__ import annotations
 
 import weakref
-from collections.abc import Callable, Collection, Generator, Iterator, Sequence
-from contextlib import ExitStack, closing, contextmanager
+from collections.abc import Callable, Collection, Iterator, Sequence
+from contextlib import ExitStack, contextmanager
 from dataclasses import replace
-from importlib.util import find_spec
 from pathlib import Path
 from tempfile import TemporaryDirectory
 from typing import Any
@@ -21,22 +20,15 @@ from vantrel.tables.files import readable
 from vantrel.tables.guard import unguarded, unguarded_in_sql
 from vantrel.tables.sources import Source, csv_source, jsonl_source, mended, parquet_source
 
-# Rows that are taken into memory together.
-BATCH_ROWS = 50_000
-
 # Rows that are compressed together where columns are kept: fewer take less memory.
 _KEPT_TOGETHER = 30_000
 
-# The engine hands rows on in groups of so many.
-_VECTOR_ROWS = 2048
-
 
 class Table:
-    """A table, every value of it as text.
+    """A table, every value of it as text. Reading it fails with a ``TableError``.
 
     Attributes:
         path: What the user calls it.
-        columns: The names of its columns.
     """
 
     def __init__(
@@ -47,15 +39,7 @@ class Table:
         folder: Path,
         cell: Callable[[str], str] = str,
     ) -> None:
-        """Takes what :func:`open_table` has opened.
-
-        Args:
-            path: See above.
-            source: The rows.
-            connection: What reads them.
-            folder: Where copies go.
-            cell: From a column in SQL to what its values are.
-        """
+        """Takes what :func:`open_table` has opened; ``cell`` makes a value of a column in SQL."""
         self.path = path
         self._source = source
         self._connection = connection
@@ -77,9 +61,6 @@ class Table:
         Args:
             sql: The query.
             other: A table that was kept, for whose rows ``{other}`` stands.
-
-        Raises:
-            TableError: The table cannot be read to its end.
         """
         if other is not None:
             sql = sql.replace("{other}", other._source.rows)
@@ -100,9 +81,6 @@ class Table:
         Args:
             columns: Those to keep, in whatever order.
             beside: A table whose share of memory this one shall use from then on.
-
-        Raises:
-            TableError: The table cannot be read to its end.
         """
         names = [column for column in self.columns if column in columns]
         kept = self._folder / "kept.parquet"
@@ -117,51 +95,16 @@ class Table:
         return Table(self.path, source, connection, self._folder)
 
     def frame(self, columns: Sequence[str] | None = None, rows: int | None = None) -> pd.DataFrame:
-        """Reads columns, all if None, and the first rows, all if None.
-
-        Raises:
-            TableError: The table cannot be read to its end.
-        """
+        """Reads columns, all if None, and the first rows, all if None."""
         limit = "" if rows is None else f" LIMIT {rows}"
         names = self.columns if columns is None else list(columns)
         frame = self._read(lambda: self._execute(self._select(names) + limit).df())
         return frame.iloc[:, : len(names)].set_axis(names, axis="columns")
 
-    def batches(
-        self, columns: Sequence[str] | None = None, rows: int = BATCH_ROWS
-    ) -> Generator[pd.DataFrame]:
-        """Reads columns, all if None, some rows at a time, in their order.
-
-        Without pyarrow the engine holds the columns that are read, all rows of them.
-
-        Raises:
-            TableError: The table cannot be read to its end.
-        """
-        names = self.columns if columns is None else list(columns)
-        given = 0
-        while True:
-            sql = f"{self._select(names)} OFFSET {given}" if given else self._select(names)
-            try:
-                for frame in self._stream(sql, rows):
-                    yield frame.set_axis(names, axis="columns")
-                    given += len(frame)
-            except duckdb.Error as error:
-                self._source = mended(self._source, self.path, error, self._folder)
-            else:
-                return
-
     def count(
         self, columns: Collection[str], labelled: Collection[str] | None = None
     ) -> TableCounts:
-        """Counts the values of columns.
-
-        Args:
-            columns: Those whose values are counted.
-            labelled: Those in which a row without any value is blank; the same ones if None.
-
-        Raises:
-            TableError: The table cannot be read to its end.
-        """
+        """Counts the values of columns, and the rows without any value in the labelled ones."""
         counted = {column: self.named(column) for column in columns}
         asked = [self.named(column) for column in (columns if labelled is None else labelled)]
         blank = " AND ".join(f"{column} IS NULL" for column in asked) or "false"
@@ -179,50 +122,27 @@ class Table:
     def excerpt(self, rows: int) -> pd.DataFrame:
         """Gives the first values that each column has, at most so many of each.
 
-        Returns:
-            A frame in which every column has its values first; what it has too few of is missing.
-
-        Raises:
-            TableError: The table cannot be read.
+        Every column has its values first; what it has too few of is missing.
         """
         first = self.frame(rows=rows)
-        found = {column: [first[column].dropna()] for column in first.columns}
-        short = [column for column in found if len(found[column][0]) < rows == len(first)]
+        short = [each for each in first if first[each].count() < rows == len(first)]
         if short:
-            found |= {column: [] for column in short}
-            with closing(self.batches(short)) as batches:
-                for batch in batches:
-                    for column in short:
-                        found[column].append(batch[column].dropna())
-                    if all(sum(map(len, found[column])) >= rows for column in short):
-                        break
-        values = {
-            column: pd.concat(parts, ignore_index=True)[:rows] for column, parts in found.items()
-        }
-        return pd.DataFrame(values, columns=first.columns).astype(first.dtypes)
+            lists = ", ".join(
+                f"arg_min({cell}, row, {rows}) FILTER ({cell} IS NOT NULL)"
+                for cell in map(self.named, short)
+            )
+            (found,) = self.query(
+                f"SELECT {lists} FROM (SELECT *, row_number() OVER () AS row FROM {{rows}})"
+            )
+            for column, values in zip(short, found, strict=True):
+                first[column] = pd.Series(values or [], dtype=first[column].dtype)
+        return first
 
     def _select(self, names: Sequence[str]) -> str:
         return f"SELECT {', '.join(map(self.named, names)) or 'NULL'} FROM {{rows}}"
 
     def _execute(self, sql: str) -> duckdb.DuckDBPyConnection:
         return self._connection.cursor().execute(sql.replace("{rows}", self._source.rows))
-
-    def _stream(self, sql: str, rows: int) -> Iterator[pd.DataFrame]:
-        if find_spec("pyarrow") is None:
-            result = self._execute(sql)
-            while len(frame := result.fetch_df_chunk(max(1, rows // _VECTOR_ROWS))):
-                yield frame
-            return
-        cursor = self._connection.cursor()
-        with cursor.sql(sql.replace("{rows}", self._source.rows)).to_arrow_reader(rows) as reader:
-            while True:
-                try:
-                    frame = reader.read_next_batch().to_pandas()
-                except StopIteration:
-                    return
-                except OSError as error:  # as pyarrow calls whatever the engine raises
-                    raise duckdb.InvalidInputException(str(error)) from error
-                yield frame
 
     def _read[ResultT](self, read: Callable[[], ResultT]) -> ResultT:
         """Reads, from a sound copy if the table cannot be read as it is."""
@@ -320,10 +240,6 @@ def _closed(connection: duckdb.DuckDBPyConnection, folder: TemporaryDirectory[st
 
 
 def read_table(path: Path, columns: Sequence[str] | None = None, **options: Any) -> pd.DataFrame:
-    """Reads a whole table; the options are those of :func:`open_table`.
-
-    Raises:
-        TableError: The file cannot be read, is no such table or has no rows.
-    """
+    """Reads a whole table; the options are those of :func:`open_table`."""
     with open_table(path, **options) as table:
         return table.frame(columns)

@@ -72,9 +72,6 @@ def csv_source(
         folder: Where a copy may go.
         separator: What separates the cells; found if None, and if the name does not tell.
         empty_is_missing: Whether an empty cell in quotation marks is a missing value, too.
-
-    Raises:
-        TableError: It has no header, or columns of one name.
     """
     told = kind._replace(separator=separator or kind.separator)
     with telling(path):
@@ -105,9 +102,6 @@ def mended(source: Source, path: Path, error: duckdb.Error, folder: Path) -> Sou
     """Says what is wrong with the rows of a table, or makes a sound copy where nothing is.
 
     The engine does not read all that is CSV: not where lines end in different ways, for example.
-
-    Raises:
-        TableError: Something is wrong.
     """
     if isinstance(error, _NOT_OF_THE_FILE):
         raise error
@@ -119,11 +113,7 @@ def mended(source: Source, path: Path, error: duckdb.Error, folder: Path) -> Sou
 
 
 def _sound(source: CsvSource, path: Path, folder: Path) -> Source:
-    """Makes a copy that the engine is sure to read.
-
-    Raises:
-        TableError: The rows are not sound.
-    """
+    """Makes a copy that the engine is sure to read, if the rows are sound."""
     copy = folder / "sound"
     with telling(path):
         if reason := fault(source.file, source.kind, source.header):
@@ -134,11 +124,7 @@ def _sound(source: CsvSource, path: Path, folder: Path) -> Source:
 
 
 def _refuse_doubled(path: Path, names: Sequence[str]) -> None:
-    """Makes sure that no two columns bear one name.
-
-    Raises:
-        TableError: Some do; each such name is told.
-    """
+    """Refuses columns of one name, each of which is told."""
     if doubled := [name for name, columns in Counter(names).items() if columns > 1]:
         raise TableError(
             f"Table {path} has several columns of one name: {', '.join(map(repr, doubled))}. Give"
@@ -147,11 +133,7 @@ def _refuse_doubled(path: Path, names: Sequence[str]) -> None:
 
 
 def jsonl_source(path: Path, file: Path, kind: Kind, con: duckdb.DuckDBPyConnection) -> Source:
-    """Reads the names of all objects of a file of JSON Lines.
-
-    Raises:
-        TableError: A line is no object, or names a value twice.
-    """
+    """Reads the names of all objects of a file of JSON Lines."""
     lines = f"read_ndjson_objects({quoted(str(file))}, compression='{kind.compression or 'none'}')"
     numbered = f"(SELECT json, row_number() OVER () AS line FROM {lines})"
     try:
@@ -187,11 +169,7 @@ def _pointer(name: str) -> str:
 
 
 def parquet_source(path: Path, file: Path, folder: Path, con: duckdb.DuckDBPyConnection) -> Source:
-    """Reads the names of the columns of a Parquet file, or of all in a folder, sorted by name.
-
-    Raises:
-        TableError: A file cannot be read or is none, or the files are no parts of one table.
-    """
+    """Reads the names of the columns of a Parquet file, or of all in a folder, sorted by name."""
     files = sorted(file.glob("*.parquet")) if file.is_dir() else [file]
     if not files:
         raise TableError(f"Folder {path} holds no Parquet files: name a table.")

@@ -48,15 +48,13 @@ def write_table(
         path: The end of its name tells how the table is written; ``-`` is standard output, as CSV.
         separator: What separates the cells of CSV; if None a tab where the name ends in .tsv, else
             a comma.
-        csv_safe: Whether to put an apostrophe before each cell of CSV that a spreadsheet
-            would run as a formula, and quotes around every value, so that none is split where other
+        csv_safe: Whether to put an apostrophe before each cell of CSV that a spreadsheet would run
+            as a formula, and quotes around every value, so that none is split where other
             characters than commas separate.
 
     Raises:
+        VantrelError: The name is of a file of another kind, or a package is missing.
         OSError: The file cannot be written.
-        ArgumentError: ``csv_safe`` is asked for what is no CSV.
-        MissingPackageError: It is Parquet and pyarrow is not installed.
-        TableError: Its name is of a file of another kind.
     """
     kind = kind_to_write(path)
     if csv_safe and kind.format != "csv":

@@ -81,11 +81,7 @@ def told_before() -> Iterator[None]:
 
 
 def warn_of_borrowed(places: Iterable[str]) -> None:
-    """Warns of those known places of which Faker has no names of their own, if there are any.
-
-    Warns:
-        BorrowedNamesWarning: With the locales whose names they get.
-    """
+    """Warns of those known places of which Faker has no names, with the locales whose they get."""
     borrowed = [f"{place} ({locale})" for place, locale in borrowed_places(places).items()]
     if borrowed:
         warnings.warn(
@@ -126,11 +122,7 @@ def _check(provider: Provider) -> None:
 
 
 def refuse_unknown(places: Iterable[str]) -> None:
-    """Makes sure that each place is a country or a locale.
-
-    Raises:
-        UnknownPlaceError: Some are neither; all of them are named.
-    """
+    """Refuses what is neither a country nor a locale; all of it is named."""
     unknown = unknown_places(places)
     if unknown:
         raise UnknownPlaceError(_unknown(unknown))
@@ -148,11 +140,7 @@ def borrowed_places(places: Iterable[str]) -> dict[str, str]:
 
 
 def locale_of(place: str) -> tuple[str, bool]:
-    """Gives the locale whose names a known place gets, and whether they are of that very place.
-
-    Raises:
-        UnknownPlaceError: It is neither a country nor a locale.
-    """
+    """Gives the locale whose names a known place gets, and whether they are of that very place."""
     refuse_unknown([place])
     found = recognise(place)
     assert found is not None
