@@ -9,7 +9,7 @@ import os
 import subprocess
 import sys
 import tempfile
-from collections.abc import Iterator
+from collections.abc import Callable, Iterator
 from dataclasses import dataclass
 from pathlib import Path
 from statistics import median
@@ -22,7 +22,9 @@ from .plain_way import SEED
 from .results import Limits, Result
 from .tables import megabytes
 
-VANTREL = (sys.executable, "-c", "from vantrel.cli import main; main()")
+VANTREL = "from vantrel.cli import main; main()"
+# It fails where pandas or numpy was loaded.
+IMPORT = "import sys, vantrel; sys.exit(len({'numpy', 'pandas'} & set(sys.modules)))"
 ROWS = 1_000_000
 ROWS_LARGE = 8_000_000
 
@@ -32,8 +34,8 @@ OTHERS = ("note", "joined", "points", "street", "shop")
 GROWTH_LIMITS = Limits(bar=1.3, aim=1.1, at_most=True)
 MEMORY_LIMITS = Limits(bar=500, aim=350, at_most=True)
 CSV_LIMITS = Limits(bar=1.3, aim=1.0, at_most=True)
-HELP_LIMITS = Limits(bar=0.15, aim=0.1, at_most=True)
-TIMES_OF_HELP = 5
+START_LIMITS = Limits(bar=0.15, aim=0.1, at_most=True)
+STARTS = 5
 
 
 @dataclass(frozen=True)
@@ -49,18 +51,19 @@ class Process:
     cpu: float
 
 
-def run(*arguments: str | Path) -> Process:
-    """Runs the command and waits for its end."""
-    process = subprocess.Popen([*VANTREL, *map(str, arguments)], stdout=subprocess.DEVNULL)
+def run(*arguments: str | Path, program: str = VANTREL) -> Process:
+    """Runs a program of Python, the command if none is named, and waits for its end."""
+    line = [sys.executable, "-c", program, *map(str, arguments)]
+    process = subprocess.Popen(line, stdout=subprocess.DEVNULL)
     _, status, used = os.wait4(process.pid, 0)
     process.returncode = os.waitstatus_to_exitcode(status)
     if process.returncode:
-        raise SystemExit(f"vantrel {' '.join(map(str, arguments))} ended with {process.returncode}")
+        raise SystemExit(f"{' '.join(line)} ended with {process.returncode}")
     return Process(used.ru_maxrss * 1024, used.ru_utime + used.ru_stime)
 
 
 def large_tables(rounds: int) -> Iterator[Result]:
-    """The memory of fits and reports, the time of samples as CSV, and that of the help."""
+    """The memory of fits and reports, the time of samples as CSV, and that of starts."""
     with tempfile.TemporaryDirectory() as scratch:
         folder = Path(scratch)
         model = folder / "model.json"
@@ -77,7 +80,8 @@ def large_tables(rounds: int) -> Iterator[Result]:
             of_both.append([run(*report, path, sampled)])
         yield from _memory("report", *of_both)
         yield _csv_over_parquet(model, folder, rounds)
-    yield _help()
+    yield _start("vantrel --help", lambda: run("--help"))
+    yield _start("import vantrel, without pandas", lambda: run(program=IMPORT))
 
 
 def _write_people(path: Path, rows: int) -> None:
@@ -126,9 +130,9 @@ def _csv_over_parquet(model: Path, folder: Path, rounds: int) -> Result:
     )
 
 
-def _help() -> Result:
-    """Gives the CPU seconds of the help, once the modules are compiled."""
-    run("--help")
-    seconds = tuple(run("--help").cpu for _ in range(TIMES_OF_HELP))
+def _start(what: str, start: Callable[[], Process]) -> Result:
+    """Gives the CPU seconds of a short process, once the modules are compiled."""
+    start()
+    seconds = tuple(start().cpu for _ in range(STARTS))
     middle = median(seconds)
-    return Result("CPU of vantrel --help, s", "", f"{middle:.2f} s", middle, seconds, HELP_LIMITS)
+    return Result(f"CPU of {what}, s", "", f"{middle:.2f} s", middle, seconds, START_LIMITS)

@@ -12,39 +12,21 @@ used. Every error that the caller can put right is a :class:`VantrelError`.
 from importlib import import_module
 from typing import TYPE_CHECKING, Any
 
-__version__ = "0.1.0"
+from vantrel import errors
+from vantrel.errors import *  # noqa: F403 - errors and warnings alone, as its own __all__ lists them
 
 if TYPE_CHECKING:
-    from vantrel.errors import (
-        ArgumentError,
-        ArgumentTypeError,
-        BorrowedNamesWarning,
-        ClusterError,
-        ColumnNotFoundError,
-        CompareError,
-        ConditionsError,
-        FittingError,
-        MetaNotExtractedError,
-        MissingPackageError,
-        ModelFileError,
-        ModelNotFittedError,
-        OtherVersionsWarning,
-        OverwriteError,
-        PartitionError,
-        RecordError,
-        SamplingError,
-        SettingsError,
-        TableError,
-        UnknownPlaceError,
-        VantrelError,
-        VantrelWarning,
-    )
     from vantrel.fitting import fit
     from vantrel.reporting.comparison import compare
     from vantrel.reporting.description import describe
     from vantrel.sampling import sample
     from vantrel.sampling.seeding import seed_everything
     from vantrel.storage.models import load, save
+
+__version__ = "0.1.0"
+
+__all__ = ["compare", "describe", "fit", "load", "sample", "save", "seed_everything"]
+__all__ += errors.__all__
 
 _HOMES = {
     "compare": "reporting.comparison",
@@ -56,43 +38,11 @@ _HOMES = {
     "seed_everything": "sampling.seeding",
 }
 
-__all__ = [
-    "ArgumentError",
-    "ArgumentTypeError",
-    "BorrowedNamesWarning",
-    "ClusterError",
-    "ColumnNotFoundError",
-    "CompareError",
-    "ConditionsError",
-    "FittingError",
-    "MetaNotExtractedError",
-    "MissingPackageError",
-    "ModelFileError",
-    "ModelNotFittedError",
-    "OtherVersionsWarning",
-    "OverwriteError",
-    "PartitionError",
-    "RecordError",
-    "SamplingError",
-    "SettingsError",
-    "TableError",
-    "UnknownPlaceError",
-    "VantrelError",
-    "VantrelWarning",
-    "compare",
-    "describe",
-    "fit",
-    "load",
-    "sample",
-    "save",
-    "seed_everything",
-]
-
 
 def __getattr__(name: str) -> Any:
-    if name not in __all__:
+    if name not in _HOMES:
         raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
-    return getattr(import_module(f"{__name__}.{_HOMES.get(name, 'errors')}"), name)
+    return getattr(import_module(f"{__name__}.{_HOMES[name]}"), name)
 
 
 def __dir__() -> list[str]:

@@ -4,11 +4,13 @@ from __future__ import annotations
 
 from typing import TYPE_CHECKING, Any
 
+import pandas as pd
+
 from vantrel.errors import ArgumentError, ArgumentTypeError, MissingPackageError
 from vantrel.hints import argument, listed
+from vantrel.model.models.person import PersonModel
 
 if TYPE_CHECKING:
-    import pandas as pd
     import pyarrow as pa
 
 
@@ -21,8 +23,6 @@ def as_frame(table: Any, what: str = "A table") -> pd.DataFrame:
             become texts.
         what: What an error calls it.
     """
-    import pandas as pd
-
     if isinstance(table, pd.DataFrame):
         frame = table
     elif hasattr(table, "__arrow_c_stream__") and not isinstance(table, pd.Series):
@@ -50,8 +50,6 @@ def _from_arrow(table: Any, what: str) -> pd.DataFrame:
 
 def _text_frame(table: pa.Table) -> pd.DataFrame:
     """Gives an Arrow table as a frame in which every value is a text or missing."""
-    import pandas as pd
-
     texts = [_as_text(column) for column in table.columns]
     made = pd.DataFrame(dict(enumerate(texts)), index=pd.RangeIndex(table.num_rows))
     return made.set_axis(table.column_names, axis="columns")
@@ -79,8 +77,6 @@ def _no_table(table: object, what: str) -> ArgumentTypeError:
 
 def check_model(model: object) -> None:
     """Refuses what is given for a model and is none."""
-    from vantrel.model.models.person import PersonModel
-
     if not isinstance(model, PersonModel):
         raise ArgumentTypeError(
             f"A model is what vantrel.fit makes or vantrel.load reads; this is {_kind_of(model)}."

@@ -11,69 +11,45 @@ class Attribute:
     Args:
         words: What a reader knows it as.
         made: How a sample gets it; fields of the configuration stand in braces.
-        by_gender: Whether it depends on the row's gender.
-        by_country: Whether it depends on the row's country.
+        follows: What else of the row it depends on.
         is_learnt: Whether a sample has the values of the fitted column.
         can_be_unique: Whether no value of it need come twice.
     """
 
     words: str
     made: str
-    by_gender: bool = False
-    by_country: bool = False
+    follows: tuple[str, ...] = ()
     is_learnt: bool = False
     can_be_unique: bool = False
+
+
+_BY_SHARES = "learnt: drawn by its shares"
+_BY_TITLES = "learnt: drawn evenly from those of the row's gender"
+_BOTH = ("gender", "country")
+_DIGITS = ", each x a random digit"
 
 
 class PersonColumns(TypedDict, total=False):
     """The column of each attribute that a table has. This is the one table of attributes."""
 
-    gender: Annotated[str, Attribute("Gender", "learnt: drawn by its shares", is_learnt=True)]
-    title: Annotated[
-        str,
-        Attribute("Title", "learnt: drawn evenly from those of the row's gender", is_learnt=True),
-    ]
-    firstname: Annotated[
-        str,
-        Attribute("First name", "made up by gender and country", by_gender=True, by_country=True),
-    ]
-    lastname: Annotated[str, Attribute("Last name", "made up by country", by_country=True)]
-    fullname: Annotated[
-        str, Attribute("Full name", "first name and last name", by_gender=True, by_country=True)
-    ]
+    gender: Annotated[str, Attribute("Gender", _BY_SHARES, is_learnt=True)]
+    title: Annotated[str, Attribute("Title", _BY_TITLES, is_learnt=True)]
+    firstname: Annotated[str, Attribute("First name", "made up by gender and country", _BOTH)]
+    lastname: Annotated[str, Attribute("Last name", "made up by country", ("country",))]
+    fullname: Annotated[str, Attribute("Full name", "first name and last name", _BOTH)]
     email: Annotated[
-        str,
-        Attribute(
-            "E-mail address",
-            "username and a made-up domain",
-            by_gender=True,
-            by_country=True,
-            can_be_unique=True,
-        ),
+        str, Attribute("E-mail address", "username and a made-up domain", _BOTH, can_be_unique=True)
     ]
     username: Annotated[
-        str,
-        Attribute(
-            "Username",
-            "made from the row's name",
-            by_gender=True,
-            by_country=True,
-            can_be_unique=True,
-        ),
+        str, Attribute("Username", "made from the row's name", _BOTH, can_be_unique=True)
     ]
     password: Annotated[
         str, Attribute("Password", "{pwd_length[0]} to {pwd_length[1]} random characters")
     ]
-    mobile_number: Annotated[
-        str, Attribute("Mobile number", "{mobile_number_format}, each x a random digit")
-    ]
-    home_number: Annotated[
-        str, Attribute("Home number", "{home_number_format}, each x a random digit")
-    ]
-    work_number: Annotated[
-        str, Attribute("Work number", "{work_number_format}, each x a random digit")
-    ]
-    country: Annotated[str, Attribute("Country", "learnt: drawn by its shares", is_learnt=True)]
+    mobile_number: Annotated[str, Attribute("Mobile number", "{mobile_number_format}" + _DIGITS)]
+    home_number: Annotated[str, Attribute("Home number", "{home_number_format}" + _DIGITS)]
+    work_number: Annotated[str, Attribute("Work number", "{work_number_format}" + _DIGITS)]
+    country: Annotated[str, Attribute("Country", _BY_SHARES, is_learnt=True)]
 
 
 ATTRIBUTES: dict[str, Attribute] = {

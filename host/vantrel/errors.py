@@ -9,9 +9,31 @@ from __future__ import annotations
 import re
 from collections.abc import Iterator
 from contextlib import contextmanager
-from pathlib import Path
 
-from vantrel.hints import why_unreadable
+__all__ = [
+    "ArgumentError",
+    "ArgumentTypeError",
+    "BorrowedNamesWarning",
+    "ClusterError",
+    "ColumnNotFoundError",
+    "CompareError",
+    "ConditionsError",
+    "FittingError",
+    "MetaNotExtractedError",
+    "MissingPackageError",
+    "ModelFileError",
+    "ModelNotFittedError",
+    "OtherVersionsWarning",
+    "OverwriteError",
+    "PartitionError",
+    "RecordError",
+    "SamplingError",
+    "SettingsError",
+    "TableError",
+    "UnknownPlaceError",
+    "VantrelError",
+    "VantrelWarning",
+]
 
 
 class VantrelError(Exception):
@@ -41,11 +63,6 @@ class MissingPackageError(VantrelError, ImportError):
 
 class TableError(VantrelError, ValueError):
     """A table cannot be read or written, or holds nothing to learn from."""
-
-    @classmethod
-    def unreadable(cls, path: Path, error: OSError) -> TableError:
-        """The error of a table that the system does not let read."""
-        return cls(f"Table {path} {why_unreadable(path, error)}")
 
 
 class ColumnNotFoundError(VantrelError, KeyError):

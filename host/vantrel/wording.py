@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import unicodedata
+from collections.abc import Sequence
 
 MOST_CHARACTERS = 120
 
@@ -62,6 +63,12 @@ def _seen(character: str) -> str:
         return " "
     is_unseen = unicodedata.category(character) in ("Cc", "Cs")
     return _UNSEEN if is_unseen or unicodedata.bidirectional(character) in _TURNS else character
+
+
+def some(texts: Sequence[str], most: int) -> str:
+    """Joins the first of several texts, and tells how many more there are."""
+    more = f" and {len(texts) - most} more" if len(texts) > most else ""
+    return ", ".join(texts[:most]) + more
 
 
 def listed(items: list[str]) -> str:

@@ -8,23 +8,15 @@ import subprocess
 import sys
 from pathlib import Path
 
-import pandas as pd
 import pytest
 
 from support.command import fail, run, succeed
-from vantrel.tables import read_table, write_table
+from vantrel.tables import read_table
 
 ATTRIBUTES = (
     "gender, title, firstname, lastname, fullname, email, username, password, mobile_number,"
     " home_number, work_number, country"
 )
-
-
-@pytest.fixture(autouse=True)
-def folder(tmp_path: Path, people: pd.DataFrame, monkeypatch: pytest.MonkeyPatch) -> Path:
-    monkeypatch.chdir(tmp_path)
-    write_table([people], Path("people.csv"))
-    return tmp_path
 
 
 def names_here() -> set[str]:

@@ -11,13 +11,6 @@ from support.command import fail, run, succeed
 FIT = "fit people.csv -o m.json"
 
 
-@pytest.fixture(autouse=True)
-def folder(tmp_path: Path, people: pd.DataFrame, monkeypatch: pytest.MonkeyPatch) -> Path:
-    monkeypatch.chdir(tmp_path)
-    people.to_csv("people.csv", index=False)
-    return tmp_path
-
-
 def raising(error: Exception) -> object:
     def call(*_: object, **__: object) -> None:
         raise error

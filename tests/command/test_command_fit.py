@@ -4,7 +4,6 @@ import gzip
 import subprocess
 from pathlib import Path
 
-import pandas as pd
 import pytest
 
 from support.command import command_line, fail, shell, succeed
@@ -13,13 +12,6 @@ from vantrel.tables import read_table
 
 FIT = "fit people.csv -o m.json"
 COLUMNS = "'land', 'surname', 'title', 'sex'"
-
-
-@pytest.fixture(autouse=True)
-def folder(tmp_path: Path, people: pd.DataFrame, monkeypatch: pytest.MonkeyPatch) -> Path:
-    monkeypatch.chdir(tmp_path)
-    people.to_csv("people.csv", index=False)
-    return tmp_path
 
 
 def labels() -> dict[str, str]:

@@ -16,12 +16,6 @@ NO_COUNTRIES = (
 )
 
 
-@pytest.fixture(autouse=True)
-def folder(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> Path:
-    monkeypatch.chdir(tmp_path)
-    return tmp_path
-
-
 def test_notes_tell_what_samples_will_not_have() -> None:
     Path("people.csv").write_text("sex,t,class\nm,Mr,1\nf,Dr,2\nzz,Mx,3\nzz,Dr,3\nyy,Qq,3\n,,\n")
     result = succeed(f"{NAMED} --column title=t")

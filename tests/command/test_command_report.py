@@ -16,13 +16,6 @@ REPORT = "report people.csv made-up.csv -o report.html"
 LABELS = "--column gender=sex --column title=title --column lastname=surname --column country=land"
 
 
-@pytest.fixture(autouse=True)
-def folder(tmp_path: Path, people: pd.DataFrame, monkeypatch: pytest.MonkeyPatch) -> Path:
-    monkeypatch.chdir(tmp_path)
-    people.to_csv("people.csv", index=False)
-    return tmp_path
-
-
 @pytest.fixture
 def made_up(people: pd.DataFrame) -> None:
     """A sample without a record."""
@@ -87,8 +80,8 @@ def test_a_named_column_comes_before_the_record() -> None:
 @pytest.mark.usefixtures("recorded")
 def test_a_named_column_that_is_recorded_for_another_attribute_is_refused() -> None:
     assert fail(f"{REPORT} --column fullname=surname", 2) == (
-        "Column 'surname' is given for both 'lastname' and 'fullname': it can hold one of them"
-        " only."
+        "Column 'surname' is labelled 'lastname' and 'fullname': give each attribute a column of its"
+        " own."
     )
 
 
@@ -193,7 +186,7 @@ def test_a_table_that_is_separated_otherwise_is_read() -> None:
 @pytest.mark.usefixtures("made_up")
 def test_two_attributes_do_not_share_a_column() -> None:
     assert fail(f"{REPORT} --column gender=sex --column title=sex", 2) == (
-        "Column 'sex' is given for both 'gender' and 'title': it can hold one of them only."
+        "Column 'sex' is labelled 'gender' and 'title': give each attribute a column of its own."
     )
 
 

@@ -16,10 +16,8 @@ PEOPLE = "land,sex,t,last\nGB,m,Mr,A\nGB,f,Mrs,B\nAU,f,Dr,C\nDE,,Ms,D\n,x,Mx,E\n
 
 
 @pytest.fixture(autouse=True)
-def folder(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> Path:
-    monkeypatch.chdir(tmp_path)
-    Path("people.csv").write_text(PEOPLE)
-    return tmp_path
+def _other_people(folder: Path) -> None:
+    (folder / "people.csv").write_text(PEOPLE)
 
 
 def fit(options: str = "--column title=t --generate password,mobile_number") -> None:

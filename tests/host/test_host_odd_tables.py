@@ -17,7 +17,7 @@ from hypothesis import HealthCheck, given, settings
 from hypothesis import strategies as st
 
 from vantrel.errors import TableError
-from vantrel.tables import open_table, read_table, write_table
+from vantrel.tables import Table, open_table, read_table, write_table
 
 Cell = str | None
 Rows = list[list[Cell]]
@@ -240,12 +240,13 @@ def test_rows_that_are_read_otherwise_only_later_are_read_once_each(
 )
 def test_a_late_fault_is_told_with_its_line(tmp_path: Path, row: bytes, message: str) -> None:
     path = tmp_path / "t.csv"
-    path.write_bytes(b"a,b\n" + b"x,y\n" * 100_000 + row + b"\nx,y\n")
-    for read in (
-        lambda t: t.frame(),
-        lambda t: t.excerpt(1_000_000),
-        lambda t: t.count(["a", "b"]),
-    ):
+    path.write_bytes(b"a,b\n" + b"x,\n" * 100_000 + row + b"\nx,y\n")
+    reads: list[Callable[[Table], object]] = [
+        Table.frame,
+        lambda table: table.excerpt(1_000),  # of which the second column has too few
+        lambda table: table.count(["a", "b"], []),
+    ]
+    for read in reads:
         with pytest.raises(TableError) as caught, open_table(path) as table:
             read(table)
         assert str(caught.value).startswith(f"Table {path} {message}")

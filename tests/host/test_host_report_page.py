@@ -1,12 +1,12 @@
 """What the page of a report says, and that it is safe to open."""
 
 import re
-from dataclasses import replace
 from html import unescape
 from html.parser import HTMLParser
 
 import pandas as pd
 import pytest
+from msgspec.structs import replace
 
 from support.report_tables import ODD_NAMES, both, odd, ordinary, page, record
 from vantrel import wording

@@ -15,7 +15,7 @@ from hypothesis import strategies as st
 
 from vantrel.errors import TableError
 from vantrel.tables import read_table, write_csv, write_table
-from vantrel.tables.parts import regroup
+from vantrel.tables.writing import regroup
 
 HAS_PYARROW = find_spec("pyarrow") is not None
 with_pyarrow = pytest.mark.skipif(not HAS_PYARROW, reason="Parquet needs pyarrow")

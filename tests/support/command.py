@@ -11,9 +11,11 @@ import sys
 from collections.abc import Mapping
 from pathlib import Path
 
+import pandas as pd
 from click.testing import CliRunner, Result
 
 from vantrel.cli import main
+from vantrel.tables import read_table
 
 
 def run(line: str, **environment: str | None) -> Result:
@@ -39,6 +41,11 @@ def fail(line: str, status: int) -> str:
     start = "vantrel: error: "
     assert message.startswith(start)
     return message.removeprefix(start)
+
+
+def made(path: str = "out.csv") -> pd.DataFrame:
+    """The table that a command has written."""
+    return read_table(Path(path))
 
 
 def contents_here() -> dict[str, bytes]:

@@ -8,8 +8,14 @@ from typing import Any
 import click
 
 from vantrel.cli.group import TerseCommand
-from vantrel.cli.options import columns_option, force_option, list_option, path_option
-from vantrel.cli.reading import reading_options, told
+from vantrel.cli.options import (
+    columns_option,
+    encoding_option,
+    force_option,
+    list_option,
+    path_option,
+    separator_option,
+)
 from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
 
 
@@ -46,7 +52,8 @@ from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
     help="Settings: patterns of genders and titles, formats of telephone numbers, lengths of"
     " passwords.",
 )
-@reading_options("TABLE")
+@separator_option("TABLE")
+@encoding_option("TABLE")
 @force_option
 def fit(
     table: Path,
@@ -74,14 +81,11 @@ def fit(
       vantrel fit people.csv -o model.json
       vantrel fit people.csv -o model.json --column gender=sex --ignore notes
     """
-    # These take a second to import; help and mistakes in the options need not wait for them.
-    from vantrel.fitting.checks import check_request
-
     if output == STANDARD_STREAM:
         raise click.UsageError("A model is not written to standard output: name a file for -o.")
     refuse_overwriting(output, *filter(None, (table, config_file)), force=force)
-    check_request(columns, generate, ignore, locales, detect=not no_detect)
 
+    # These take a second to import; help need not wait for them.
     import vantrel
     from vantrel.cli.console import print_all
     from vantrel.reporting.sections import Section
@@ -89,7 +93,7 @@ def fit(
     from vantrel.tables import open_table
 
     config = load_config(config_file) if config_file else None
-    with open_table(table, **told(separator, encoding)) as opened:
+    with open_table(table, separator=separator, encoding=encoding, empty_is_missing=True) as opened:
         model = vantrel.fit(
             opened,
             generate=generate,

@@ -46,12 +46,8 @@ class TerseCommand(click.Command):
         self.params.append(_debug_option())
 
 
-class TerseGroup(click.Group):
+class TerseGroup(TerseCommand, click.Group):
     """A group of commands whose errors are one line on stderr, without the usage."""
-
-    def __init__(self, *args: Any, **kwargs: Any) -> None:
-        super().__init__(*args, **kwargs)
-        self.params.append(_debug_option())
 
     @override
     def main(self, *args: Any, **kwargs: Any) -> NoReturn:

@@ -90,3 +90,25 @@ def list_option(name: str, help: str) -> _Decorator:  # noqa: A002 - click's own
         return [attribute.strip() for attribute in value.split(",")] if value else []
 
     return click.option(name, metavar="ATTRIBUTE,...", default="", callback=split, help=help)
+
+
+_SEPARATORS = {"tab": "\t", "\\t": "\t", "comma": ",", "semicolon": ";", "space": " "}
+
+
+def _separator(_context: click.Context, _option: click.Parameter, value: str | None) -> str | None:
+    separator = None if value is None else _SEPARATORS.get(value, value)
+    if separator is not None and (len(separator) != 1 or separator in '"\r\n'):
+        raise click.BadParameter(f"{value!r} is not one character, such as ; or | or tab.")
+    return separator
+
+
+def separator_option(of: str) -> _Decorator:
+    """The option that tells what separates the cells of a table, where it is not found."""
+    words = f"What separates the cells of {of}, such as ; or tab, if it is not found."
+    return click.option("--separator", metavar="CHARACTER", callback=_separator, help=words)
+
+
+def encoding_option(of: str) -> _Decorator:
+    """The option that tells the encoding of a table, where it is not found."""
+    words = f"The encoding of {of}, such as cp1252, if it is neither UTF-8 nor marked UTF-16."
+    return click.option("--encoding", metavar="NAME", help=words)

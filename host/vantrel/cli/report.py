@@ -8,8 +8,13 @@ from typing import Any
 import click
 
 from vantrel.cli.group import TerseCommand
-from vantrel.cli.options import columns_option, force_option, path_option
-from vantrel.cli.reading import reading_options, told
+from vantrel.cli.options import (
+    columns_option,
+    encoding_option,
+    force_option,
+    path_option,
+    separator_option,
+)
 from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting, replacing, same_file
 
 
@@ -21,7 +26,8 @@ from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting, replacing
     "An attribute of a person and the column that holds it in both tables or in one; may be"
     " repeated. It comes before what is recorded beside SAMPLE or found."
 )
-@reading_options("TABLE")
+@separator_option("TABLE")
+@encoding_option("TABLE")
 @force_option
 def report(
     table: Path,
@@ -62,7 +68,7 @@ def report(
             f"{table} is a sample, as its record says: the real table comes first."
         )
     with (
-        open_table(table, **told(separator, encoding)) as real,
+        open_table(table, separator=separator, encoding=encoding, empty_is_missing=True) as real,
         open_table(sampled, empty_is_missing=True) as people,
     ):
         comparison = vantrel.compare(real, people, record=record, **columns)

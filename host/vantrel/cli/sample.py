@@ -6,8 +6,15 @@ from typing import Any
 import click
 
 from vantrel.cli.group import TerseCommand
-from vantrel.cli.options import as_option, force_option, list_option, path_option, patterns_option
-from vantrel.cli.reading import reading_options
+from vantrel.cli.options import (
+    as_option,
+    encoding_option,
+    force_option,
+    list_option,
+    path_option,
+    patterns_option,
+    separator_option,
+)
 from vantrel.storage.files import STANDARD_STREAM
 from vantrel.wording import counted
 
@@ -45,7 +52,8 @@ _IN_THIS_PROCESS = ("conditions", "separator", "encoding", "csv_safe", "force")
     help="A table that gives genders or countries or both, a row for each person to make, in"
     " columns named as the model's.",
 )
-@reading_options("the conditions")
+@separator_option("the conditions")
+@encoding_option("the conditions")
 @list_option(
     "--unique",
     "Of username and email, those of which no value may come twice. Each value ends in a code"

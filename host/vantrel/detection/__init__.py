@@ -4,15 +4,14 @@ from __future__ import annotations
 
 from collections.abc import Collection, Iterator, Mapping
 from dataclasses import dataclass
-from typing import TYPE_CHECKING, NamedTuple
+from typing import NamedTuple
+
+import pandas as pd
 
 from vantrel.attributes import ATTRIBUTES, LEARNT, PHONES
 from vantrel.config import PersonModelConfig
 from vantrel.detection.names import NAME, PHONE, Match, is_of_others, kinds_of
 from vantrel.detection.values import Values
-
-if TYPE_CHECKING:
-    import pandas as pd
 
 __all__ = ["NOTHING", "Choice", "Detection", "Doubt", "detect", "detect_columns"]
 
@@ -95,20 +94,17 @@ def detect(
 
     A column is taken for what its name says, in common spellings of European languages, if its
     values do not contradict; or for what its values alone tell: genders, titles, e-mail addresses,
-    telephone numbers with a mark such as "+" and names of countries. Where several are found for
-    an attribute, a whole name is better than a part of one, and that better than values alone;
-    then the one more of whose values agree is, then the first one. Each column is judged by its
-    first 10,000 values that are not missing. Columns without any are not taken, nor are those
-    whose names are no text or not unique.
+    telephone numbers with a mark such as "+" and names of countries. Where several are found for an
+    attribute, a whole name is better than a part of one, and that better than values alone; then
+    the one more of whose values agree is, then the first one. Each column is judged by its first
+    10,000 values that are not missing. Columns without any are not taken, nor are those whose names
+    are no text or not unique.
 
     Args:
         df: The table, with values as text; others are judged by their text.
         config: The patterns of genders and titles.
         known: The columns of attributes that need not be found, by attribute.
         ignored: Columns that are not to be found.
-
-    Raises:
-        re.error: A pattern of ``config`` is no regular expression.
     """
     known = known or {}
     candidates: list[_Candidate] = []

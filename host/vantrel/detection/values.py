@@ -5,17 +5,14 @@ from __future__ import annotations
 import re
 from collections import Counter
 from collections.abc import Callable
-from typing import TYPE_CHECKING
 
 import numpy as np
+import pandas as pd
 
 from vantrel.config import PersonModelConfig
 from vantrel.detection.names import NAME, PHONE, words_of
 from vantrel.genders import by_gender, understood
 from vantrel.util.locale.locale import recognise, unknown_places
-
-if TYPE_CHECKING:
-    import pandas as pd
 
 SAMPLE_SIZE = 10_000
 

@@ -5,11 +5,16 @@ from __future__ import annotations
 import logging
 from collections.abc import Collection, Iterable, Sequence
 from dataclasses import dataclass
-from typing import TYPE_CHECKING, Any, Protocol, Unpack, runtime_checkable
+from typing import Any, Protocol, Unpack, runtime_checkable
+
+import pandas as pd
 
 from vantrel.arguments import as_frame
 from vantrel.attributes import PersonColumns
 from vantrel.config import PersonModelConfig
+from vantrel.detection import NOTHING
+from vantrel.detection import detect as find
+from vantrel.detection.values import SAMPLE_SIZE
 from vantrel.errors import FittingError, raised_by_model
 from vantrel.fitting.checks import (
     check_columns,
@@ -18,14 +23,14 @@ from vantrel.fitting.checks import (
     make_person,
     refuse_nothing,
 )
+from vantrel.fitting.counted import fit_counts, learnt_columns
+from vantrel.fitting.notes import notes
+from vantrel.model.models.person import PersonModel
+from vantrel.sampling.places import places_of
+from vantrel.tables import TableCounts, count_frame
+from vantrel.util.locale.locale import refuse_unknown, told_before, warn_of_borrowed
 
-if TYPE_CHECKING:
-    import pandas as pd
-
-    from vantrel.model.models.person import PersonModel
-    from vantrel.tables import TableCounts
-
-__all__ = ["Countable", "FitKeywords", "WholeFrame", "check_request", "fit"]
+__all__ = ["Countable", "FitKeywords", "WholeFrame", "fit"]
 
 _log = logging.getLogger(__name__)
 
@@ -53,8 +58,6 @@ class WholeFrame:
 
     def count(self, columns: list[str], _labelled: list[str]) -> TableCounts:
         """Counts values only: the model sees blank rows itself."""
-        from vantrel.tables.counts import count_frame
-
         return count_frame(self.df, columns, ())
 
 
@@ -114,15 +117,6 @@ def fit(
     Warns:
         BorrowedNamesWarning: Faker has no names of some countries or locales.
     """
-    from vantrel.detection import NOTHING
-    from vantrel.detection import detect as find
-    from vantrel.detection.values import SAMPLE_SIZE
-    from vantrel.fitting.counted import fit_counts, learnt_columns
-    from vantrel.fitting.notes import notes
-    from vantrel.model.models.person import PersonModel
-    from vantrel.sampling.places import places_of
-    from vantrel.util.locale.locale import refuse_unknown, told_before, warn_of_borrowed
-
     named: dict[str, Any] = dict(columns)
     generated = check_request(named, generate, ignore, locales, detect=detect)
     config = config or PersonModelConfig()

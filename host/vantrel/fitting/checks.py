@@ -3,19 +3,19 @@
 from __future__ import annotations
 
 from collections.abc import Collection, Iterable, Mapping, Sequence
-from typing import TYPE_CHECKING, Any
+from typing import Any
+
+import pandas as pd
 
 from vantrel.arguments import refuse_text
 from vantrel.attributes import ATTRIBUTES
 from vantrel.config import PersonLabels
+from vantrel.detection import Detection
 from vantrel.errors import ArgumentError, FittingError, UnknownPlaceError
+from vantrel.fitting.notes import doubt_note
 from vantrel.hints import argument, did_you_mean, listed
 from vantrel.metadata.value import Person
-
-if TYPE_CHECKING:
-    import pandas as pd
-
-    from vantrel.detection import Detection
+from vantrel.util.locale.locale import refuse_unknown, unknown_places
 
 
 def check_request(
@@ -96,8 +96,6 @@ def check_columns(df: pd.DataFrame, columns: Mapping[str, str], ignore: Iterable
 
 def refuse_nothing(df: pd.DataFrame, columns: Mapping[str, str], found: Detection) -> None:
     """Refuses a table in which no column was named or found."""
-    from vantrel.fitting.notes import doubt_note
-
     if not columns:
         doubts = "".join(f" {doubt_note(doubt)}" for doubt in found.doubts)
         raise FittingError(
@@ -113,8 +111,6 @@ def check_countries(counts: Mapping[Any, int], column: str) -> None:
         counts: How many rows have each country; a missing one is None.
         column: The column of countries.
     """
-    from vantrel.util.locale.locale import refuse_unknown, unknown_places
-
     places = [place for place in counts if place is not None]
     try:
         refuse_unknown(places)

@@ -3,18 +3,16 @@
 from __future__ import annotations
 
 from itertools import chain, islice, repeat
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
 import pandas as pd
 
 from vantrel.attributes import LEARNT
+from vantrel.config import PersonModelConfig
+from vantrel.metadata.value import Person
 from vantrel.model.models.histogram import nothing_to_learn
 from vantrel.model.models.person import GenderModel, PersonModel
-
-if TYPE_CHECKING:
-    from vantrel.config import PersonModelConfig
-    from vantrel.metadata.value import Person
-    from vantrel.tables import TableCounts
+from vantrel.tables import TableCounts
 
 
 def learnt_columns(meta: Person) -> list[str]:
@@ -28,8 +26,8 @@ def fit_counts(
     """Fits a model that is equal to the bit to one that has seen the whole table.
 
     Args:
-        counts: What was counted in the table: the values of :func:`learnt_columns`, and the rows
-            without any value in the columns of the person.
+        counts: The values of :func:`learnt_columns`, and the rows without any value in the columns
+            of the person.
         columns: The table's columns.
         meta: What the columns hold.
         config: The settings of the model.

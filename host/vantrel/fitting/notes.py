@@ -3,20 +3,18 @@
 from __future__ import annotations
 
 from collections.abc import Collection, Iterator, Mapping, Sequence
-from typing import TYPE_CHECKING, Any
+from typing import Any
+
+import pandas as pd
 
 from vantrel.attributes import ATTRIBUTES
+from vantrel.detection import Detection, Doubt
 from vantrel.detection.values import Values
 from vantrel.genders import learnt_by_gender, understood
 from vantrel.hints import argument, listed
-from vantrel.wording import percent
-
-if TYPE_CHECKING:
-    import pandas as pd
-
-    from vantrel.detection import Detection, Doubt
-    from vantrel.model.models.person import PersonModel
-    from vantrel.tables import TableCounts
+from vantrel.model.models.person import PersonModel
+from vantrel.tables import TableCounts
+from vantrel.wording import percent, some
 
 _MOST_SHOWN = 5
 
@@ -85,7 +83,9 @@ def _of_genders(model: PersonModel, first: pd.DataFrame, counts: TableCounts) ->
         told = _not_understood(column, "genders", unclear, counts.rows)
         yield f"{told}{_title_advice(model, first[column])}"
 
-    several = [_some(list(map(repr, ways))) for ways in by_gender.values() if len(ways) > 1]
+    several = [
+        some(list(map(repr, ways)), _MOST_SHOWN) for ways in by_gender.values() if len(ways) > 1
+    ]
     if several:
         yield (
             f"Column {column!r} writes one gender in several ways, which samples have equally often"
@@ -140,7 +140,7 @@ def _not_understood(column: str, what: str, unclear: Mapping[Any, int], rows: in
 
 def _of_equal_genders(model: PersonModel) -> Iterator[str]:
     labels = model.labels
-    if not (labels.gender or labels.title) and _makes(model, "by_gender"):
+    if not (labels.gender or labels.title) and _makes_by(model, "gender"):
         yield (
             "There is no column of genders or titles, so people get first names of each gender"
             f" equally often: {', '.join(model.config.genders)}."
@@ -148,7 +148,7 @@ def _of_equal_genders(model: PersonModel) -> Iterator[str]:
 
 
 def _of_places(model: PersonModel) -> Iterator[str]:
-    if not model.labels.country and _makes(model, "by_country"):
+    if not model.labels.country and _makes_by(model, "country"):
         (locale,) = model.locales
         yield (
             f"There is no column of countries, so all people get names of {locale}:"
@@ -156,9 +156,9 @@ def _of_places(model: PersonModel) -> Iterator[str]:
         )
 
 
-def _makes(model: PersonModel, trait: str) -> bool:
-    """Whether a sample has attributes of a trait, "by_gender" or "by_country"."""
-    return any(getattr(ATTRIBUTES[attribute], trait) for attribute in model.params)
+def _makes_by(model: PersonModel, attribute: str) -> bool:
+    """Whether a sample has something that follows the gender or the country."""
+    return any(attribute in ATTRIBUTES[each].follows for each in model.params)
 
 
 def _of_the_rest(model: PersonModel, columns: Sequence[str]) -> Iterator[str]:
@@ -172,10 +172,4 @@ def _of_the_rest(model: PersonModel, columns: Sequence[str]) -> Iterator[str]:
 
 def _counted(values: Mapping[Any, int]) -> str:
     ranked = sorted(values.items(), key=lambda item: -item[1])
-    return _some([f"{value!r} ({n})" for value, n in ranked])
-
-
-def _some(texts: list[str]) -> str:
-    shown = ", ".join(texts[:_MOST_SHOWN])
-    more = len(texts) - _MOST_SHOWN
-    return f"{shown} and {more} more" if more > 0 else shown
+    return some([f"{value!r} ({n})" for value, n in ranked], _MOST_SHOWN)

@@ -3,13 +3,12 @@
 from __future__ import annotations
 
 from abc import ABC, abstractmethod
-from typing import TYPE_CHECKING, Any, ClassVar, Self
+from typing import Any, ClassVar, Self
+
+import pandas as pd
 
 from vantrel.errors import ColumnNotFoundError, FittingError
 from vantrel.hints import listed
-
-if TYPE_CHECKING:
-    import pandas as pd
 
 
 class ValueMeta(ABC):

@@ -3,13 +3,12 @@
 from __future__ import annotations
 
 from collections.abc import Iterable
-from typing import TYPE_CHECKING, Any, Self
+from typing import Any, Self
+
+import pandas as pd
 
 from vantrel.errors import ArgumentTypeError
 from vantrel.metadata.base import ValueMeta, column_of
-
-if TYPE_CHECKING:
-    import pandas as pd
 
 
 class Nominal(ValueMeta):

@@ -4,26 +4,24 @@ from __future__ import annotations
 
 from collections.abc import Mapping
 from dataclasses import dataclass
-from typing import TYPE_CHECKING, Any, Unpack
+from typing import Any, Unpack
 
 from vantrel.arguments import as_frame
 from vantrel.attributes import WORDS, PersonColumns
-from vantrel.errors import ArgumentError, CompareError
-from vantrel.fitting.checks import refuse_unknown_attribute
+from vantrel.errors import CompareError
+from vantrel.fitting.checks import make_person, refuse_unknown_attribute
 from vantrel.hints import argument, did_you_mean, listed
 from vantrel.reporting.column_mapping import label
 from vantrel.reporting.figures import Figures, compare_labelled
+from vantrel.reporting.labelled import LabelledTable
 from vantrel.reporting.overlap import has_whole_names
 from vantrel.reporting.page import Sources, render
 from vantrel.reporting.provenance import Provenance, provenance
 from vantrel.reporting.verdicts import Verdict, verdicts
+from vantrel.sampling.record import SampleRecord
 from vantrel.tables import Table, frame_table
 from vantrel.wording import counted, distance
 from vantrel.wording import listed as joined
-
-if TYPE_CHECKING:
-    from vantrel.reporting.labelled import LabelledTable
-    from vantrel.sampling.record import SampleRecord
 
 
 @dataclass(frozen=True, repr=False)
@@ -108,7 +106,9 @@ def compare(
     if record and record.options.get("csv_safe"):
         people = people.unguarded()
     recorded = record.columns if record else {}
-    _check_named(named, recorded)
+    for attribute in named:
+        refuse_unknown_attribute(attribute)
+    make_person({**recorded, **named}, (), None)  # refuses attributes that share a column
     _check_there(named, table, people)
     labelled = label(table, people, named, recorded)
     _check_comparable(labelled, (table, people))
@@ -119,19 +119,6 @@ def compare(
 
 def _as_table(table: Any, what: str) -> Table:
     return table if isinstance(table, Table) else frame_table(as_frame(table, what))
-
-
-def _check_named(named: Mapping[str, str], recorded: Mapping[str, str]) -> None:
-    attributes: dict[str, str] = {}
-    for attribute in named:
-        refuse_unknown_attribute(attribute)
-    for attribute, column in {**recorded, **named}.items():
-        if column in attributes:
-            raise ArgumentError(
-                f"Column {column!r} is given for both {attributes[column]!r} and {attribute!r}:"
-                " it can hold one of them only."
-            )
-        attributes[column] = attribute
 
 
 def _check_there(named: Mapping[str, str], real: Table, sampled: Table) -> None:

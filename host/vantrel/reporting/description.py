@@ -4,19 +4,16 @@ from __future__ import annotations
 
 import json
 from dataclasses import fields
-from typing import TYPE_CHECKING
 
 from vantrel.arguments import check_model
 from vantrel.attributes import ATTRIBUTES
 from vantrel.config import PersonModelConfig
 from vantrel.genders import KEYS, learnt_by_gender, understood
+from vantrel.model.models.person import PersonModel
 from vantrel.reporting.sections import Section, Sections
 from vantrel.sampling.places import places_of
 from vantrel.util.locale.locale import locale_of
 from vantrel.wording import percent
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
 
 type _Rows = list[tuple[str, ...]]
 

@@ -154,37 +154,23 @@ def _most_frequent_shares(
 
 
 def total_variation(p: Floats, q: Floats) -> float:
-    """The total variation distance of two distributions over the same values.
-
-    It is half the sum of the absolute differences, ``sum(|p - q|) / 2``: the share of rows that
-    would have to take another value for both to be alike. See Levin and Peres, "Markov Chains and
-    Mixing Times", proposition 4.2.
-
-    Args:
-        p: The share of each value, adding up to 1.
-        q: The same of the other distribution.
-
-    Returns:
-        From 0, alike, to 1, no value in common.
-    """
+    """The total variation distance of two distributions: 0 if alike, 1 with no value in common."""
     return min(1.0, float(np.abs(p - q).sum()) / 2)
 
 
 def chance_limit(p: Floats, rows: int) -> float:
     """The distance that a sample of the very distribution stays within, 99 times in 100.
 
-    Rows drawn one by one with the shares ``p`` do not have these very shares. How far they are
-    from them is tried out: the limit is that quantile of the distances of simulated samples,
-    which differ from ``p`` as a sample of so many rows does. They are the same ones in each call.
-    The more values there are, the fewer samples are simulated: their distances spread less.
+    Rows drawn one by one with the shares ``p`` do not have these very shares. How far they are from
+    them is tried out: the limit is that quantile of the distances of simulated samples, which
+    differ from ``p`` as a sample of so many rows does. They are the same ones in each call. The
+    more values there are, the fewer samples are simulated: their distances spread less. How many
+    rows ``p`` was counted in does not matter: they are what a model learns, and a sample is drawn
+    from, as they are.
 
     Args:
         p: The share of each value, adding up to 1.
-        rows: How many rows the sample has, at least 1. How many rows ``p`` was counted in does
-            not matter: they are what a model learns, and a sample is drawn from, as they are.
-
-    Returns:
-        The limit, at most 1.
+        rows: How many rows the sample has, at least 1.
     """
     samples = min(max(_SIMULATED_COUNTS // len(p), _FEWEST_SAMPLES), _MOST_SAMPLES)
     drawn = np.random.default_rng(0).multinomial(rows, p, samples) / rows

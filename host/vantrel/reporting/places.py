@@ -10,7 +10,7 @@ from vantrel.util.locale.faker_locales import (
     locales,
     locales_by_country,
 )
-from vantrel.util.locale.locale import recognise, refuse_unknown
+from vantrel.util.locale.locale import recognise_known
 
 
 def all_countries() -> list[Section]:
@@ -34,9 +34,7 @@ def all_countries() -> list[Section]:
 
 def one_place(place: str) -> list[Section]:
     """Shows the locale that is taken for a country and all of Faker's of it, or a locale."""
-    refuse_unknown([place])
-    found = recognise(place)
-    assert found is not None
+    found = recognise_known(place)
     return _one_country(found.country) if found.country else [_locales("", [found.locale])]
 
 

@@ -9,19 +9,16 @@ from __future__ import annotations
 import math
 from collections.abc import Iterable, Iterator
 from dataclasses import dataclass
-from typing import TYPE_CHECKING
 
 import numpy as np
 import pandas as pd
 
 from vantrel.arguments import refuse_text
 from vantrel.errors import ArgumentError
+from vantrel.model.models.person import PersonModel
 from vantrel.sampling.people import sample_people
 from vantrel.sampling.seeding import own_sources
 from vantrel.sampling.unique import make_unique, refuse_not_unique
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
 
 BLOCK_ROWS = 50_000
 

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Iterable
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
 import pandas as pd
 
@@ -11,11 +11,10 @@ from vantrel.arguments import as_frame
 from vantrel.errors import ConditionsError
 from vantrel.genders import by_gender, learnt_by_gender
 from vantrel.hints import argument
+from vantrel.model.models.person import PersonModel
 from vantrel.sampling.places import refuse_borrowed, take_in
 from vantrel.util.locale.locale import unknown_places
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
+from vantrel.wording import some
 
 _MOST_VALUES = 1_000
 _MOST_ROWS = 10
@@ -31,14 +30,8 @@ def prepare_conditions(model: PersonModel, table: Any, *, strict: bool = False) 
         strict: Whether countries are refused of which Faker has no names of their own.
 
     Returns:
-        A frame of these columns with the index 0 to n - 1.
-
-    Raises:
-        ConditionsError: The table has neither column, or values that the model cannot place; these
-            are named with their rows, the first of which is row 1.
-
-    Warns:
-        BorrowedNamesWarning: Faker has no names of some new countries.
+        A frame of these columns with the index 0 to n - 1. What cannot be placed is refused with
+        its rows, the first of which is row 1.
     """
     given = as_frame(table, "A table of conditions")
     labels = model.labels
@@ -53,10 +46,11 @@ def prepare_conditions(model: PersonModel, table: Any, *, strict: bool = False) 
         unplaced = values[~values.isin(placed(model, values.dropna().unique()))]
         problems += _problems(column, unplaced)
     if problems:
-        more = f"; and {len(problems) - _MOST_VALUES} more" if len(problems) > _MOST_VALUES else ""
+        if len(problems) > _MOST_VALUES:
+            problems[_MOST_VALUES:] = [f"and {len(problems) - _MOST_VALUES} more"]
         raise ConditionsError(
-            f"The conditions have values that the model cannot place: "
-            f"{'; '.join(problems[:_MOST_VALUES])}{more}. Correct them or leave the rows out."
+            f"The conditions have values that the model cannot place: {'; '.join(problems)}."
+            " Correct them or leave the rows out."
         )
     if strict:
         refuse_borrowed(model, conditions)
@@ -89,10 +83,8 @@ def _shown(value: Any) -> str:
 
 
 def _rows(numbers: Iterable[int]) -> str:
-    rows = list(numbers)
-    named = ", ".join(map(str, rows[:_MOST_ROWS]))
-    more = f" and {len(rows) - _MOST_ROWS} more" if len(rows) > _MOST_ROWS else ""
-    return f"row{'s' if len(rows) > 1 else ''} {named}{more}"
+    rows = list(map(str, numbers))
+    return f"row{'s' if len(rows) > 1 else ''} {some(rows, _MOST_ROWS)}"
 
 
 def _placed_genders(model: PersonModel, values: Iterable[str]) -> list[str]:

@@ -2,15 +2,11 @@
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING
-
 import pandas as pd
 
 from vantrel.errors import SamplingError, raised_by_model
+from vantrel.model.models.person import PersonModel
 from vantrel.util.locale.locale import told_before
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
 
 
 def sample_people(

@@ -3,16 +3,13 @@
 from __future__ import annotations
 
 from collections.abc import Iterable
-from typing import TYPE_CHECKING
+
+import pandas as pd
 
 from vantrel.errors import SamplingError
 from vantrel.hints import argument, listed
+from vantrel.model.models.person import PersonModel
 from vantrel.util.locale.locale import Provider, borrowed_places, get_country_to_provder_map
-
-if TYPE_CHECKING:
-    import pandas as pd
-
-    from vantrel.model.models.person import PersonModel
 
 
 def take_in(model: PersonModel, countries: Iterable[str]) -> None:

@@ -3,40 +3,26 @@
 from __future__ import annotations
 
 import json
-from dataclasses import asdict, dataclass, field, fields
 from pathlib import Path
-from typing import TYPE_CHECKING, Annotated, Any, Literal
+from typing import Annotated, Any, Literal
 
 import msgspec
 
 from vantrel.errors import RecordError
 from vantrel.hints import why_unreadable
+from vantrel.sampling.blocks import Plan
 from vantrel.storage.files import replacing
+from vantrel.storage.models import LoadedModel
 from vantrel.versions import versions
 from vantrel.wording import shown
 
-if TYPE_CHECKING:
-    from vantrel.sampling.blocks import Plan
-    from vantrel.storage.models import LoadedModel
 
-
-class _File(msgspec.Struct, forbid_unknown_fields=True):
-    format: Literal["vantrel-sample"]
-    schema_version: Literal[1]
-    model: str
-    model_sha256: str
-    rows: Annotated[int, msgspec.Meta(ge=0)]
-    seed: Annotated[int, msgspec.Meta(ge=0)]
-    columns: dict[str, str]
-    options: dict[str, Any]
-    versions: dict[str, str]
-
-
-@dataclass(frozen=True)
-class SampleRecord:
+class SampleRecord(msgspec.Struct, frozen=True, kw_only=True, forbid_unknown_fields=True):
     """How a sample was made: with it and the model file, the sample can be made again.
 
     Args:
+        format: What the file is.
+        schema_version: The version of its form.
         model: The name of the model file, without its folder.
         model_sha256: The SHA-256 of the model file in hexadecimal digits.
         rows: The number of rows.
@@ -46,13 +32,15 @@ class SampleRecord:
         versions: The versions that the rows depend on, by name.
     """
 
+    format: Literal["vantrel-sample"] = "vantrel-sample"
+    schema_version: Literal[1] = 1
     model: str
     model_sha256: str
-    rows: int
-    seed: int
+    rows: Annotated[int, msgspec.Meta(ge=0)]
+    seed: Annotated[int, msgspec.Meta(ge=0)]
     columns: dict[str, str]
-    options: dict[str, Any] = field(default_factory=dict)
-    versions: dict[str, str] = field(default_factory=versions)
+    options: dict[str, Any]
+    versions: dict[str, str]
 
 
 def record_of(loaded: LoadedModel, plan: Plan, **options: Any) -> SampleRecord:
@@ -64,6 +52,7 @@ def record_of(loaded: LoadedModel, plan: Plan, **options: Any) -> SampleRecord:
         seed=plan.seed,
         columns=dict(loaded.model.params),
         options={"unique": list(plan.unique), "block_rows": plan.block_rows, **options},
+        versions=versions(),
     )
 
 
@@ -80,7 +69,7 @@ def record_path(output: Path, *, unfinished: bool = False) -> Path:
 
 def write_record(record: SampleRecord, output: Path, *, unfinished: bool = False) -> None:
     """Writes the record of a sample, whole or not at all, where :func:`record_path` tells."""
-    form = {"format": "vantrel-sample", "schema_version": 1, **asdict(record)}
+    form = msgspec.to_builtins(record)
     with replacing(record_path(output, unfinished=unfinished)) as file:
         file.write(json.dumps(form, ensure_ascii=False, allow_nan=False, indent=2) + "\n")
 
@@ -93,7 +82,7 @@ def read_record(output: Path, *, unfinished: bool = False) -> SampleRecord | Non
     """
     path = record_path(output, unfinished=unfinished)
     try:
-        form = msgspec.json.decode(path.read_bytes(), type=_File)
+        return msgspec.json.decode(path.read_bytes(), type=SampleRecord)
     except (FileNotFoundError, NotADirectoryError):
         return None
     except OSError as error:
@@ -103,4 +92,3 @@ def read_record(output: Path, *, unfinished: bool = False) -> SampleRecord | Non
             f"{path} is no record of a sample that this version knows ({shown(error)}): move it"
             " away."
         ) from error
-    return SampleRecord(**{each.name: getattr(form, each.name) for each in fields(SampleRecord)})

@@ -9,7 +9,6 @@ import threading
 from collections.abc import Iterator
 from contextlib import contextmanager
 from types import ModuleType
-from typing import TYPE_CHECKING
 
 import faker.generator
 import numpy as np
@@ -17,9 +16,7 @@ from faker import Faker
 
 import vantrel.model.models.person as person
 from vantrel.errors import ArgumentError, ArgumentTypeError, ModelNotFittedError
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
+from vantrel.model.models.person import PersonModel
 
 _log = logging.getLogger(__name__)
 

@@ -6,8 +6,11 @@ import hashlib
 from collections.abc import Callable, Iterable, Iterator
 from contextlib import AbstractContextManager, contextmanager
 from pathlib import Path
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
+import pandas as pd
+
+from vantrel.model.models.person import PersonModel
 from vantrel.sampling.blocks import sample_blocks
 from vantrel.sampling.record import (
     SampleRecord,
@@ -20,11 +23,6 @@ from vantrel.sampling.whole import plan_sample, refuse_neither_or_both
 from vantrel.storage.files import STANDARD_STREAM, is_special, refuse_overwriting
 from vantrel.storage.models import read_model
 from vantrel.tables import open_table, write_table
-
-if TYPE_CHECKING:
-    import pandas as pd
-
-    from vantrel.model.models.person import PersonModel
 
 # From the number of rows to what is to be told of each number of further rows.
 type Progress = Callable[[int], AbstractContextManager[Callable[[int], object]]]
@@ -54,19 +52,17 @@ def sample_to_file(
 ) -> SampleRecord:
     """Makes the people of :func:`vantrel.sample`, and notes beside the table how it was made.
 
+    What is not told here is as that function or :func:`vantrel.load` takes it.
+
     Args:
-        model_file: The model, as :func:`vantrel.load` takes it.
+        model_file: The model.
         output: The table to write, as :func:`vantrel.tables.write_table` takes it. Standard output,
             pipes and devices have no record beside them.
         n: The number of rows; left out where conditions are given.
-        seed: An integer from 0 on. If None, one is drawn and logged.
         conditions: A table of genders or countries or both, a row for each person to make.
         separator: What separates the cells of the conditions; found if None.
         encoding: The encoding of the conditions.
-        unique: The attributes of which no value may come twice: "username", "email" or both.
-        strict: Whether countries and locales are refused of which Faker has no names of their own.
         csv_safe: Whether cells are kept from being run by a spreadsheet.
-        allow_patterns: Whether other patterns in the model than the usual ones are taken.
         force: Whether a file that is there is overwritten.
         progress: What is told how far the rows are.
 

@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 from collections.abc import Iterable
-from typing import TYPE_CHECKING
 
 import numpy as np
 import pandas as pd
@@ -11,9 +10,7 @@ import pandas as pd
 from vantrel.attributes import UNIQUE
 from vantrel.errors import ArgumentError, SamplingError
 from vantrel.hints import argument
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
+from vantrel.model.models.person import PersonModel
 
 _ALPHABET = np.frombuffer(b"0123456789abcdefghijklmnopqrstuvwxyz", dtype="S1")
 _LENGTH = 6

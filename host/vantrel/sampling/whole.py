@@ -3,20 +3,18 @@
 from __future__ import annotations
 
 from collections.abc import Iterable
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
 import pandas as pd
 
 from vantrel.arguments import check_model
 from vantrel.errors import ArgumentError
 from vantrel.hints import argument
+from vantrel.model.models.person import PersonModel
 from vantrel.sampling.blocks import Plan, sample_blocks
 from vantrel.sampling.conditions import prepare_conditions
 from vantrel.sampling.places import refuse_borrowed
 from vantrel.sampling.seeding import given_or_drawn
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
 
 
 def sample(

@@ -23,12 +23,8 @@ _SECONDS_TO_ANSWER = 15
 def connected(address: str | None, workers: int | None) -> Iterator[Client]:
     """Connects to a cluster, or starts one on this machine and stops it in the end.
 
-    Distributed logs nothing meanwhile: what goes wrong is raised.
-
-    Args:
-        address: The address of a scheduler, such as "tcp://10.0.0.1:8786". None starts a cluster on
-            this machine.
-        workers: The number of processes on this machine; one for each core if None.
+    The arguments are those of :func:`vantrel.scale.sample_to_folder`. Distributed logs nothing
+    meanwhile: what goes wrong is raised.
     """
     with silence_logging_cmgr(logging.CRITICAL):
         if address is not None:

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from pathlib import Path
-from typing import TYPE_CHECKING, Any, Unpack
+from typing import Any, Unpack
 
 import dask.dataframe as dd
 import pandas as pd
@@ -13,10 +13,8 @@ from dask.delayed import delayed
 from vantrel import fitting as whole
 from vantrel.errors import TableError
 from vantrel.fitting import FitKeywords
+from vantrel.model.models.person import PersonModel
 from vantrel.tables import TableCounts, count_frame, merged, open_table
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
 
 
 def fit(table: dd.DataFrame | str | Path, **asked: Unpack[FitKeywords]) -> PersonModel:

@@ -7,7 +7,6 @@ from __future__ import annotations
 
 from collections.abc import Iterable, Iterator
 from contextlib import contextmanager
-from dataclasses import asdict
 from pathlib import Path
 from typing import Any
 
@@ -51,14 +50,13 @@ def sample_to_folder(
 ) -> SampleRecord:
     """Makes the people of :func:`vantrel.sample` on a cluster, or what is missing of them.
 
+    What is not told here is as that function or :func:`vantrel.load` takes it.
+
     Args:
-        model_file: The model, as :func:`vantrel.load` takes it.
+        model_file: The model.
         folder: The folder to make, which the workers see under the same path.
         n: The number of rows.
         seed: An integer from 0 on. If None, that of the run to resume, or one is drawn and logged.
-        unique: The attributes of which no value may come twice: "username", "email" or both.
-        strict: Whether countries and locales are refused of which Faker has no names of their own.
-        allow_patterns: Whether other patterns in the model than the usual ones are taken.
         scheduler: The address of the cluster's scheduler. None starts a cluster on this machine.
         workers: The number of processes of that; one for each core if None.
         partitions: The number of files; if None that of the run to resume, or one for every four
@@ -178,8 +176,7 @@ def _refuse_another_run(earlier: SampleRecord, record: SampleRecord, folder: Pat
 
 def _decisive(record: SampleRecord) -> dict[str, Any]:
     """What decides the rows and the files of a run, by its name."""
-    form = asdict(record)
-    decisive = {name: form[name] for name in ("model_sha256", "rows", "seed")}
+    decisive = {name: getattr(record, name) for name in ("model_sha256", "rows", "seed")}
     return decisive | record.options | record.versions
 
 

@@ -3,18 +3,15 @@
 from __future__ import annotations
 
 from collections.abc import Iterable
-from typing import TYPE_CHECKING
 
 import dask.dataframe as dd
 import pandas as pd
 
 from vantrel.arguments import check_model
+from vantrel.model.models.person import PersonModel
 from vantrel.sampling import BLOCK_ROWS, Plan
 from vantrel.sampling.seeding import given_or_drawn
 from vantrel.scale.partitions import Partition, make_blocks, no_rows, partitions
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
 
 
 def sample(
@@ -30,8 +27,8 @@ def sample(
 
     The same model, ``n``, ``seed``, ``block_rows`` and ``unique`` give the same rows for any number
     of partitions, on any scheduler, and also when a worker is lost and its partitions are made
-    again. With the usual ``block_rows`` they are the rows of :func:`vantrel.sample`, which raises
-    the same errors.
+    again. With the usual ``block_rows`` they are the rows of :func:`vantrel.sample`, which takes
+    the same arguments and raises the same errors.
 
     Args:
         model: A fitted model. It is sent as the text of its file and stays as it is.
@@ -41,7 +38,7 @@ def sample(
             number; a worker needs memory for a few times as many.
         npartitions: The number of partitions, at most the number of blocks. If None, one for every
             four blocks.
-        unique: The attributes of which no value may come twice: "username", "email" or both.
+        unique: As there.
 
     Returns:
         A frame of the labelled columns, all of Dask's dtype of text, whose index is 0 to n - 1 with

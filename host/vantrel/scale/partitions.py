@@ -13,17 +13,14 @@ from collections.abc import Iterator
 from dataclasses import dataclass, replace
 from functools import lru_cache
 from itertools import pairwise
-from typing import TYPE_CHECKING
 
 import pandas as pd
 
 from vantrel.errors import ArgumentError, PartitionError
+from vantrel.model.models.person import PersonModel
 from vantrel.sampling import Plan, check_plan, sample_block
 from vantrel.storage.models import dumps, loads
 from vantrel.versions import differences
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
 
 # Some 50 MB of a frame of all attributes.
 _USUAL_BLOCKS = 4

@@ -8,7 +8,7 @@ import warnings
 from collections import Counter
 from dataclasses import dataclass
 from pathlib import Path
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
 import msgspec
 
@@ -21,6 +21,8 @@ from vantrel.errors import (
 )
 from vantrel.genders import DEFAULT_PATTERNS
 from vantrel.hints import argument, why_unreadable
+from vantrel.model.models.histogram import Histogram
+from vantrel.model.models.person import GenderModel, PersonModel
 from vantrel.storage.files import refuse_overwriting, replacing
 from vantrel.storage.form import SCHEMA_VERSION, ModelFile
 from vantrel.storage.patterns import try_patterns
@@ -28,9 +30,6 @@ from vantrel.util.callers import OURS
 from vantrel.util.locale.locale import Provider, get_country_to_provder_map, told_before
 from vantrel.versions import differences, versions
 from vantrel.wording import shown
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
 
 FORMAT = "vantrel-person-model"
 
@@ -235,9 +234,6 @@ def _refuse_doubled_keys(pairs: list[tuple[str, Any]]) -> None:
 
 
 def _rebuilt(file: ModelFile) -> PersonModel:
-    from vantrel.model.models.histogram import Histogram
-    from vantrel.model.models.person import GenderModel, PersonModel
-
     form = msgspec.to_builtins(file.model)
     with told_before(), raised_by_model(ModelFileError, "cannot be used"):
         model = PersonModel.from_dict(form)

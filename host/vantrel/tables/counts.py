@@ -5,10 +5,9 @@ from __future__ import annotations
 from collections import Counter
 from collections.abc import Collection, Iterable
 from dataclasses import dataclass
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
-if TYPE_CHECKING:
-    import pandas as pd
+import pandas as pd
 
 
 @dataclass(frozen=True)
@@ -32,10 +31,10 @@ class TableCounts:
 
 
 def count_frame(
-    df: pd.DataFrame, columns: Collection[str], labelled: Collection[str] | None = None
+    df: pd.DataFrame, columns: Collection[str], labelled: Collection[str]
 ) -> TableCounts:
     """Counts the values of columns, and the rows without any value in the labelled ones."""
-    asked = [column for column in (columns if labelled is None else labelled) if column in df]
+    asked = [column for column in labelled if column in df]
     blank = int(df[asked].isna().all(axis="columns").sum()) if asked else 0
     return TableCounts(len(df), blank, {column: _values(df[column]) for column in columns})
 

@@ -10,6 +10,7 @@ from pathlib import Path
 from backports import zstd
 
 from vantrel.errors import TableError
+from vantrel.hints import why_unreadable
 
 
 @contextmanager
@@ -30,4 +31,4 @@ def telling(path: Path, encoding: str = "UTF-8") -> Iterator[None]:
     except (EOFError, zlib.error, zstd.ZstdError) as error:
         raise TableError(f"Table {path} is cut off or damaged: compress it anew.") from error
     except OSError as error:
-        raise TableError.unreadable(path, error) from error
+        raise TableError(f"Table {path} {why_unreadable(path, error)}") from error

@@ -101,12 +101,10 @@ class Table:
         frame = self._read(lambda: self._execute(self._select(names) + limit).df())
         return frame.iloc[:, : len(names)].set_axis(names, axis="columns")
 
-    def count(
-        self, columns: Collection[str], labelled: Collection[str] | None = None
-    ) -> TableCounts:
+    def count(self, columns: Collection[str], labelled: Collection[str]) -> TableCounts:
         """Counts the values of columns, and the rows without any value in the labelled ones."""
         counted = {column: self.named(column) for column in columns}
-        asked = [self.named(column) for column in (columns if labelled is None else labelled)]
+        asked = map(self.named, labelled)
         blank = " AND ".join(f"{column} IS NULL" for column in asked) or "false"
         sets = ", ".join(["()", *(f"({column})" for column in counted.values())])
         of = ", ".join(["NULL", *counted.values()])
@@ -125,7 +123,7 @@ class Table:
         Every column has its values first; what it has too few of is missing.
         """
         first = self.frame(rows=rows)
-        short = [each for each in first if first[each].count() < rows == len(first)]
+        short = [each for each in self.columns if first[each].count() < rows == len(first)]
         if short:
             lists = ", ".join(
                 f"arg_min({cell}, row, {rows}) FILTER ({cell} IS NOT NULL)"

@@ -26,7 +26,6 @@ from vantrel.tables.database import connect, quoted
 from vantrel.tables.files import compressing
 from vantrel.tables.guard import guarded
 from vantrel.tables.kinds import kind_to_write
-from vantrel.tables.parts import regroup
 
 # The rows of each row group of Parquet: what readers take into memory at a time.
 _GROUP_ROWS = 50_000
@@ -125,6 +124,26 @@ def _write_jsonl(frames: Iterable[pd.DataFrame], file: IO[bytes]) -> None:
         texts = frame.astype(object).where(frame.notna(), None)
         for row in texts.to_dict("records"):
             file.write((json.dumps(row, ensure_ascii=False) + "\n").encode())
+
+
+def regroup(frames: Iterable[pd.DataFrame], rows: int) -> Iterator[pd.DataFrame]:
+    """Joins and cuts frames, so that each but the last has a given number of rows.
+
+    At least one frame comes out, of no rows if there are none.
+    """
+    held: list[pd.DataFrame] = []
+    count = 0
+    for frame in frames:
+        held.append(frame)
+        count += len(frame)
+        if count > rows:
+            joined = pd.concat(held)
+            for start in range(0, count - rows, rows):
+                yield joined.iloc[start : start + rows]
+            held = [joined.iloc[start + rows :]]
+            count = len(held[0])
+    if held:
+        yield pd.concat(held)
 
 
 def _write_parquet(frames: Iterable[pd.DataFrame], file: IO[bytes]) -> None:

@@ -12,20 +12,16 @@ from typing import Any
 import pandas as pd
 import pytest
 
-from support.command import contents_here, fail, run, shell, succeed
+from support.command import contents_here, fail, made, run, shell, succeed
 from vantrel.sampling import BLOCK_ROWS, Plan, sample_blocks
 from vantrel.sampling.record import read_record
 from vantrel.storage.models import loads
-from vantrel.tables import read_table, write_table
+from vantrel.tables import write_table
 from vantrel.versions import versions
 
 SECONDS = 60
 
 with_pyarrow = pytest.mark.skipif(find_spec("pyarrow") is None, reason="Parquet needs pyarrow")
-
-
-def made(path: str = "out.csv") -> pd.DataFrame:
-    return read_table(Path(path))
 
 
 # --- from the shell

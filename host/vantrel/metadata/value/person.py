@@ -6,7 +6,9 @@ from collections import Counter
 from collections.abc import Iterable, Iterator
 from contextlib import contextmanager
 from dataclasses import asdict
-from typing import TYPE_CHECKING, Any, Self
+from typing import Any, Self
+
+import pandas as pd
 
 from vantrel.attributes import LEARNT
 from vantrel.config import PersonLabels
@@ -14,9 +16,6 @@ from vantrel.errors import ArgumentError
 from vantrel.metadata.base import ValueMeta, column_of
 from vantrel.metadata.nominal import Nominal
 from vantrel.metadata.value.string import String
-
-if TYPE_CHECKING:
-    import pandas as pd
 
 
 class Person(ValueMeta):

@@ -29,6 +29,7 @@ from vantrel.util.locale.faker_locales import (
     locales_by_country,
     locales_with_names,
 )
+from vantrel.wording import some
 
 # An error names no more unknown places than a reader can take in.
 _MOST_NAMED = 20
@@ -141,9 +142,7 @@ def borrowed_places(places: Iterable[str]) -> dict[str, str]:
 
 def locale_of(place: str) -> tuple[str, bool]:
     """Gives the locale whose names a known place gets, and whether they are of that very place."""
-    refuse_unknown([place])
-    found = recognise(place)
-    assert found is not None
+    found = recognise_known(place)
     return locale_for_country(found.country) if found.country else locale_for_locale(found.locale)
 
 
@@ -168,6 +167,14 @@ def recognise(place: str) -> Recognised | None:
     return None
 
 
+def recognise_known(place: str) -> Recognised:
+    """Tells what a place is, and refuses what is none."""
+    refuse_unknown([place])
+    found = recognise(place)
+    assert found is not None
+    return found
+
+
 @cache
 def _locales_by_folded() -> dict[str, str]:
     return {folded(locale): locale for locale in locales()}
@@ -186,8 +193,8 @@ def _unknown(places: list[str]) -> str:
         f"{place!r} (did you mean {near}?)" if (near := _nearest(place)) else repr(place)
         for place in places[:_MOST_NAMED]
     ]
-    more = f" and {len(places) - _MOST_NAMED} more" if len(places) > _MOST_NAMED else ""
-    return f"These are neither countries nor locales: {', '.join(named)}{more}. {advice}"
+    listed = some([*named, *places[_MOST_NAMED:]], _MOST_NAMED)
+    return f"These are neither countries nor locales: {listed}. {advice}"
 
 
 def _nearest(place: str) -> str:
