@@ -4,7 +4,6 @@ Nothing here holds more rows than it is asked for. Every value is a text or miss
 """
 
 from vantrel.tables.counts import TableCounts, count_frame, merged
-from vantrel.tables.kinds import kind_to_write
 from vantrel.tables.reading import Table, frame_table, open_table, read_table
 from vantrel.tables.writing import write_csv, write_table
 
@@ -13,7 +12,6 @@ __all__ = [
     "TableCounts",
     "count_frame",
     "frame_table",
-    "kind_to_write",
     "merged",
     "open_table",
     "read_table",
