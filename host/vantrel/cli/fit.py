@@ -33,9 +33,7 @@ from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
     help="A column that is not to be found; may be repeated.",
 )
 @click.option(
-    "--no-detect",
-    is_flag=True,
-    help="Take the columns that --column names, and find no others.",
+    "--no-detect", is_flag=True, help="Take the columns that --column names, and find no others."
 )
 @list_option("--generate", "Attributes that the table does not have but the samples shall.")
 @click.option(

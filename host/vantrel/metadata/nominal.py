@@ -23,10 +23,7 @@ class Nominal(ValueMeta):
     kind = "nominal"
 
     def __init__(
-        self,
-        name: str,
-        categories: Iterable[Any] | None = None,
-        nan_freq: float | None = None,
+        self, name: str, categories: Iterable[Any] | None = None, nan_freq: float | None = None
     ) -> None:
         super().__init__(name, nan_freq)
         self._categories = None if categories is None else list(categories)

@@ -78,11 +78,7 @@ class Comparison:
 
 
 def compare(
-    real: Any,
-    sample: Any,
-    *,
-    record: SampleRecord | None = None,
-    **columns: Unpack[PersonColumns],
+    real: Any, sample: Any, *, record: SampleRecord | None = None, **columns: Unpack[PersonColumns]
 ) -> Comparison:
     """Compares a real table with a sample of it.
 

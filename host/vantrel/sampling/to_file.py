@@ -12,13 +12,7 @@ import pandas as pd
 
 from vantrel.model.models.person import PersonModel
 from vantrel.sampling.blocks import sample_blocks
-from vantrel.sampling.record import (
-    SampleRecord,
-    read_record,
-    record_of,
-    record_path,
-    write_record,
-)
+from vantrel.sampling.record import SampleRecord, read_record, record_of, record_path, write_record
 from vantrel.sampling.whole import plan_sample, refuse_neither_or_both
 from vantrel.storage.files import STANDARD_STREAM, is_special, refuse_overwriting
 from vantrel.storage.models import read_model

@@ -6,7 +6,7 @@ Each file takes its place when it is whole, so what a stopped run has made needs
 from __future__ import annotations
 
 from collections.abc import Iterable, Iterator
-from contextlib import contextmanager
+from contextlib import AbstractContextManager, contextmanager
 from pathlib import Path
 from typing import Any
 
@@ -16,13 +16,7 @@ from distributed.comm.core import CommClosedError
 
 from vantrel.errors import ArgumentError, ClusterError, OverwriteError, PartitionError
 from vantrel.hints import argument
-from vantrel.sampling.record import (
-    SampleRecord,
-    read_record,
-    record_of,
-    record_path,
-    write_record,
-)
+from vantrel.sampling.record import SampleRecord, read_record, record_of, record_path, write_record
 from vantrel.sampling.to_file import Progress, untold
 from vantrel.sampling.whole import plan_sample
 from vantrel.scale.cluster import connected
@@ -92,20 +86,26 @@ def sample_to_folder(
         _refuse_another_run(earlier, record, folder)
     todo = _missing(parts, folder)
     if todo or earlier is None:
-        with _telling_of_workers(), connected(scheduler, workers) as client:
-            if earlier is None:
-                _begin(folder, record)
-            _write_all(parts, todo, folder, client, progress)
+        cluster = connected(scheduler, workers)
+        _write_on(cluster, parts, todo, folder, progress, None if earlier else record)
     _finish(parts, folder)
     return record
 
 
-def _write_all(
-    parts: list[Partition], todo: list[Partition], folder: Path, client: Client, progress: Progress
+def _write_on(
+    cluster: AbstractContextManager[Client],
+    parts: list[Partition],
+    todo: list[Partition],
+    folder: Path,
+    progress: Progress,
+    new: SampleRecord | None,
 ) -> None:
+    """Writes the files of ``todo``; a new run begins when there are machines to write them."""
     rows, to_make = (sum(len(part.rows) for part in each) for each in (parts, todo))
     try:
-        with progress(rows) as further:
+        with _telling_of_workers(), cluster as client, progress(rows) as further:
+            if new is not None:
+                _begin(folder, new)
             further(rows - to_make)
             for part in write_partitions(todo, folder, client):
                 further(len(part.rows))

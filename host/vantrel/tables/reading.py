@@ -199,12 +199,7 @@ def open_table(
             source = jsonl_source(path, file, kind, connection)
         else:
             source = csv_source(
-                path,
-                file,
-                kind,
-                folder,
-                separator=separator,
-                empty_is_missing=empty_is_missing,
+                path, file, kind, folder, separator=separator, empty_is_missing=empty_is_missing
             )
         table = Table(path, source, connection, folder)
         if not may_be_empty and not table.query("SELECT 1 FROM {rows} LIMIT 1"):
