@@ -147,6 +147,15 @@ def test_every_form_of_a_file_is_read(
     check(tmp_path / name, names, rows, separator=",")
 
 
+@pytest.mark.parametrize("packed", [bytes, gzip.compress])
+def test_a_mark_before_a_name_in_quotes_loses_no_rows(
+    tmp_path: Path, packed: Callable[[bytes], bytes]
+) -> None:
+    path = tmp_path / ("t.csv.gz" if packed is gzip.compress else "t.csv")
+    path.write_bytes(packed(b'\xef\xbb\xbf"name,"\n"Roe, Jo"\nDoe\n'))
+    check(path, ["name,"], [["Roe, Jo"], ["Doe"]])
+
+
 @pytest.mark.parametrize("encoding", ["latin-1", "cp1252", "utf-16-le", "mac-roman", "shift-jis"])
 def test_an_encoding_that_is_named(tmp_path: Path, encoding: str) -> None:
     value = "表" if encoding == "shift-jis" else "Müller"
@@ -235,7 +244,7 @@ def test_rows_that_are_read_otherwise_only_later_are_read_once_each(
         (b"1,2,3", "is no CSV table: line 100002 has 3 values, the header 2."),
         (b'1,"', "is no CSV table: the row that begins in line 100002 has a quotation mark that"),
         (b'"1"2,3', "is no CSV table: the row that begins in line 100002 cannot be read: ',' expe"),
-        (b"\xff,2", "is not in UTF-8: name its encoding, cp1252 most likely, or save it as CSV"),
+        (b"2,\xff", "is not in UTF-8: name its encoding, cp1252 most likely, or save it as CSV"),
     ],
 )
 def test_a_late_fault_is_told_with_its_line(tmp_path: Path, row: bytes, message: str) -> None:

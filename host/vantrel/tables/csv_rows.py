@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import codecs
 import csv
 from collections.abc import Iterable, Iterator
 from contextlib import contextmanager, suppress
@@ -24,7 +25,8 @@ class Header(NamedTuple):
         names: The names of the columns; none where all rows are blank.
         blank_lines: How many there are before it.
         separator: What separates the cells.
-        is_plain: Whether it and what is before it is one line each, of one kind of end.
+        is_plain: Whether it and what is before it is one line each, of one kind of end, that the
+            engine reads alike.
     """
 
     names: list[str]
@@ -44,9 +46,16 @@ def read_header(path: Path, kind: Kind) -> Header:
         for above, row in enumerate(rows):
             if not _is_blank(row):
                 ends = {line.removeprefix(line.rstrip("\r\n")) for line in lines}
-                is_plain = len(lines) == above + 1 and len(ends) == 1
+                # Behind the mark of UTF-8 the engine takes a quotation mark for a letter.
+                is_misread = separator in row[0] and _is_marked(path, kind)
+                is_plain = len(lines) == above + 1 and len(ends) == 1 and not is_misread
                 return Header(row, above, separator, is_plain)
     return Header([], 0, separator, is_plain=True)
+
+
+def _is_marked(path: Path, kind: Kind) -> bool:
+    with open_bytes(path, kind.compression) as raw:
+        return raw.read(3) == codecs.BOM_UTF8
 
 
 def _noting(lines: Iterable[str], seen: list[str]) -> Iterator[str]:
