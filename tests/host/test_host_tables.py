@@ -13,7 +13,7 @@ import pytest
 from hypothesis import HealthCheck, given, settings
 from hypothesis import strategies as st
 
-from vantrel.errors import TableError
+from vantrel.errors import MissingPackageError, TableError
 from vantrel.tables import read_table, write_csv, write_table
 from vantrel.tables.writing import regroup
 
@@ -232,7 +232,7 @@ def test_no_table_is_written_under_the_name_of_another_kind(tmp_path: Path, end:
 @pytest.mark.skipif(HAS_PYARROW, reason="tells what is said where pyarrow is missing")
 def test_without_pyarrow_it_is_told_how_to_install_it(tmp_path: Path) -> None:
     path = tmp_path / "t.parquet"
-    with pytest.raises(TableError) as caught:
+    with pytest.raises(MissingPackageError) as caught:
         write_table([pd.DataFrame({"a": ["x"]})], path)
     assert str(caught.value) == (f"To write {path} needs pyarrow: pip install 'vantrel[parquet]'.")
     assert list(tmp_path.iterdir()) == []
