@@ -12,24 +12,28 @@
 .DELETE_ON_ERROR:
 .SECONDEXPANSION:
 .PRECIOUS: %/.dependencies %/.installed
-.PHONY: help venv wheel demo lint test test-pandas2 test-noarrow test-py313 test-all fuzz \
-    leaks asan interrupts bench clean
+.PHONY: help venv wheel demo lint test test-pandas2 test-noarrow test-lowest test-py313 test-all \
+    fuzz leaks asan interrupts bench clean
 
 # What a caller's own Python and pip are told to do is not meant for the environments made here.
 unexport PYTHONHOME PYTHONPATH
 unexport PIP_CONSTRAINT PIP_NO_DEPS PIP_PREFIX PIP_REQUIRE_HASHES PIP_ROOT PIP_TARGET PIP_USER
 
 # Each environment is a folder with the list of packages that makes it what it is.
-environments := .venv .venv-pandas2 .venv-noarrow .venv-py313 .venv-bench .venv-asan .venv-lint
+environments := .venv .venv-pandas2 .venv-noarrow .venv-lowest .venv-py313 .venv-bench .venv-asan .venv-lint
 packages_.venv := requirements/pandas3-pyarrow.txt
 packages_.venv-pandas2 := requirements/pandas2.txt
 packages_.venv-noarrow := requirements/pandas3.txt
+packages_.venv-lowest := requirements/lowest.txt
 packages_.venv-py313 := requirements/py313.txt
 packages_.venv-bench := requirements/bench.txt
 packages_.venv-asan := requirements/pandas3-pyarrow.txt
 packages_.venv-lint := requirements/lint.txt
 # The Python that it is made with, where that is not the one that the module is built for.
 version_.venv-py313 := 3.13
+
+# What fixes the versions of an environment, where the usual list does not.
+constraints_.venv-lowest := requirements/lowest.txt
 
 # What `make lint` runs, the quickest first, and the files that it names to them.
 linters := shellcheck ruff ruff-format clang-format stubtest mypy clang-tidy
@@ -106,12 +110,16 @@ test-noarrow: .venv-noarrow/.installed  ## run the tests with pandas 3 but witho
 	@echo "==> Testing with pandas 3 without pyarrow"
 	@.venv-noarrow/$(pytest)
 
+test-lowest: .venv-lowest/.installed  ## run the tests with the lowest versions that are allowed
+	@echo "==> Testing with the lowest versions"
+	@.venv-lowest/$(pytest)
+
 test-py313: .venv-py313/.installed  ## run the tests of the module with Python 3.13
 	@echo "==> Testing the module with Python 3.13"
 	@.venv-py313/$(pytest) tests/person tests/isolated
 
 py313_if_found = $(if $(shell tools/find-python 3.13),test-py313,$(info ==> Not testing with Python 3.13))
-test-all: test test-pandas2 test-noarrow $$(py313_if_found)  ## run the tests in all environments
+test-all: test test-pandas2 test-noarrow test-lowest $$(py313_if_found)  ## run the tests in all environments
 
 fuzz: .venv/.installed  ## call everything with whatever Hypothesis makes up: a result or a clear refusal?
 	@echo "==> Fuzzing with $(FUZZ_EXAMPLES) examples a test"
@@ -179,6 +187,6 @@ dist/.host: .venv/.dependencies $(host_sources)
 %/.installed: %/.dependencies dist/.extension dist/.host
 	@echo "Installing both distributions into $*"
 	@$*/bin/$(pip) install --no-deps --force-reinstall dist/*.whl
-	@$*/bin/$(pip) install -c requirements/constraints.txt dist/*.whl
+	@$*/bin/$(pip) install -c $(or $(constraints_$*),requirements/constraints.txt) dist/*.whl
 	@$*/bin/$(pip) check
 	@touch $@

@@ -9,7 +9,7 @@ import time
 from collections.abc import Callable, Iterator
 from pathlib import Path
 
-from . import goals, parts, report, results, scale, sizes
+from . import command, goals, parts, report, results, scale, sizes
 from .tables import table
 
 DESCRIPTION = "Measures what sampling costs, prints it and writes it to benchmarks/RESULTS.md."
@@ -30,6 +30,7 @@ SECTIONS: dict[str, Section] = {
     ),
     "growth": ("Cost a row in large tables", goals.growth),
     "memory": ("Peak memory beyond what the process held before", goals.peak_memory),
+    "command": ("The command on large tables, in new processes", command.large_tables),
     "alone": ("Single generators, 100,000 rows, against the plain way", goals.generators_alone),
 }
 PARTS = "parts"

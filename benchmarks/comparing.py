@@ -6,7 +6,7 @@ from collections.abc import Callable
 from functools import partial
 
 from vantrel.model.models.person import PersonModel
-from vantrel.seeding import seed_everything
+from vantrel.sampling.seeding import seed_everything
 
 from .plain_way import SEED, plain_way
 from .timing import Cost, Way, Work, alternate

@@ -28,7 +28,7 @@ EXAMPLE = Path(__file__).resolve().parent.parent / "examples" / "respondents.csv
 GENERATED = (
     "firstname,lastname,fullname,email,username,password,mobile_number,home_number,work_number"
 )
-VANTREL = (sys.executable, "-c", "from vantrel.command import main; main()")
+VANTREL = (sys.executable, "-c", "from vantrel.cli import main; main()")
 SECONDS_BETWEEN = 0.25
 
 # Who has less than this share of the processor time made no people.

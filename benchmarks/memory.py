@@ -12,7 +12,7 @@ import sys
 from dataclasses import asdict, dataclass
 from pathlib import Path
 
-from vantrel.seeding import seed_everything
+from vantrel.sampling.seeding import seed_everything
 
 from .people import fitted_model
 from .plain_way import SEED

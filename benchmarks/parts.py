@@ -10,7 +10,7 @@ from statistics import median
 import pandas as pd
 
 from vantrel.model.models.person import PersonModel
-from vantrel.seeding import seed_everything
+from vantrel.sampling.seeding import seed_everything
 
 from .accounts import PARTS, seconds_of_parts
 from .people import fitted_model, people

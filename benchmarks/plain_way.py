@@ -18,7 +18,7 @@ import pandas as pd
 
 from vantrel.model.models import person
 from vantrel.model.models.person import PersonModel
-from vantrel.seeding import seed_everything
+from vantrel.sampling.seeding import seed_everything
 
 SEED = 1
 

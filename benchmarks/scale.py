@@ -14,11 +14,11 @@ from typing import TYPE_CHECKING
 
 from vantrel.model.models.person import PersonModel
 from vantrel.sampling import Plan, sample_blocks
+from vantrel.sampling.seeding import seed_everything
 from vantrel.scale import sample
 from vantrel.scale.cluster import connected
 from vantrel.scale.folder import write_partitions
 from vantrel.scale.partitions import partitions
-from vantrel.seeding import seed_everything
 from vantrel.tables import write_table
 
 from .people import MIXED, fitted_model

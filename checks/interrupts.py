@@ -25,7 +25,7 @@ import pandas as pd
 from benchmarks.people import MIXED, fitted_model
 from benchmarks.tables import table
 from vantrel.model.models.person import PersonModel
-from vantrel.seeding import seed_everything
+from vantrel.sampling.seeding import seed_everything
 
 ROOT = Path(__file__).resolve().parent.parent
 MOST_SECONDS = 0.25

@@ -12,12 +12,11 @@ from textwrap import fill
 
 import pandas as pd
 
-from vantrel import model_file
-from vantrel.command.report import report as vantrel_report
+import vantrel
 from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.metadata.value import Person
 from vantrel.model.models.person import PersonModel
-from vantrel.seeding import seed_everything
+from vantrel.sampling.seeding import seed_everything
 from vantrel.tables import read_table, write_table
 
 ROOT = Path(__file__).resolve().parent.parent
@@ -118,8 +117,11 @@ def main() -> None:
         for note in dict.fromkeys([example.note, *(str(warning.message) for warning in caught)]):
             print(f"\n{fill(note, WIDTH)}")
         print(f"\nWritten: {model_path.relative_to(ROOT)} and {sampled_path.relative_to(ROOT)}")
-        paths = map(str, (real_path, sampled_path, "-o", page_path))
-        vantrel_report.main([*paths, "--force"], standalone_mode=False)
+        comparison = vantrel.compare(real, sampled)
+        page_path.write_text(
+            comparison.to_html(real_path.name, sampled_path.name), encoding="utf-8"
+        )
+        print(f"{comparison.summary}; wrote {page_path}.")
         print()
 
 
@@ -128,12 +130,12 @@ def learn(example: Example, real: pd.DataFrame, model_path: Path) -> None:
     meta = Person(example.name, labels=example.labels, locales=example.locales)
     model = PersonModel(meta, PersonModelConfig())
     model.fit(real)
-    model_file.save(model, model_path)
+    vantrel.save(model, model_path, force=True)
 
 
 def sample(model_path: Path) -> pd.DataFrame:
     """Samples new rows from nothing but the written model."""
-    model = model_file.load(model_path)
+    model = vantrel.load(model_path)
     seed_everything(model, SEED)
     return model.sample(n=ROWS)
 

@@ -5,6 +5,7 @@ from __future__ import annotations
 from collections.abc import Callable
 from functools import partial
 
+from vantrel.errors import UnknownPlaceError
 from vantrel.metadata import MetaNotExtractedError, Nominal
 from vantrel.metadata.exceptions import ColumnNotFoundError
 from vantrel.metadata.value import String
@@ -203,7 +204,7 @@ COUNTRY_CALLS = [
     good("CountryModel.fit with new Faker instances", _fit_countries, 10),
     good("CountryModel.fit", _given(lambda *_: fakers()), 10),
     bad("CountryModel.fit: no such column", KeyError, _fit_without_column),
-    bad("CountryModel.fit: unknown country", ValueError, _fit_unknown_country, 5),
+    bad("CountryModel.fit: unknown country", UnknownPlaceError, _fit_unknown_country, 5),
     bad("CountryModel.fit: host fails", LookupError, _given(fail_with(LookupError)), 3),
     bad(
         "CountryModel.fit: interrupted", KeyboardInterrupt, _given(fail_with(KeyboardInterrupt)), 3

@@ -10,6 +10,7 @@ import pandas as pd
 from support.people import person_model
 from support.recording import RecordingContext
 from vantrel.config import PersonLabels
+from vantrel.errors import ArgumentError
 from vantrel.metadata.exceptions import ColumnNotFoundError
 from vantrel.metadata.rules.association import Association
 from vantrel.model.exceptions import ModelNotFittedError
@@ -176,7 +177,7 @@ SAMPLING = [
     good("PersonModel.sample of locales", _sampling(_without_countries, n=FEW), 10),
     good("PersonModel.sample without hidden models", _sampling(_without_hidden_models, n=FEW), 10),
     bad("PersonModel.sample: nothing given", ValueError, _sampling()),
-    bad("PersonModel.sample: below 0 rows", ValueError, _sampling(n=-1)),
+    bad("PersonModel.sample: below 0 rows", ArgumentError, _sampling(n=-1)),
     bad("PersonModel.sample: not fitted", ModelNotFittedError, _sampling(person_model, n=FEW)),
     bad("PersonModel.sample: conditions without length", TypeError, _sampling(conditions=3)),
     good(

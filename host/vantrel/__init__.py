@@ -2,39 +2,47 @@
 
     import vantrel
 
-    model = vantrel.fit(df, gender="sex", title="title", generate=["firstname", "email"])
-    vantrel.seed_everything(model, 7)
-    people = model.sample(1000)
+    model = vantrel.fit(df, gender="sex", generate=["firstname", "email"])
+    people = vantrel.sample(model, 1000, seed=7)
 
-Importing this package is cheap: pandas and numpy are loaded when a name that needs them is used.
+Importing this package is cheap: pandas and numpy are loaded when a function that needs them is
+used. Every error that the caller can put right is a :class:`VantrelError`.
 """
 
 from importlib import import_module
 from typing import TYPE_CHECKING, Any
 
-__version__ = "0.1.0"
+from vantrel import errors
+from vantrel.errors import *  # noqa: F403 - errors and warnings alone, as its own __all__ lists them
 
 if TYPE_CHECKING:
     from vantrel.fitting import fit
-    from vantrel.model_file import load, save
+    from vantrel.reporting.comparison import compare
+    from vantrel.reporting.description import describe
     from vantrel.sampling import sample
-    from vantrel.seeding import seed_everything
+    from vantrel.sampling.seeding import seed_everything
+    from vantrel.storage.models import load, save
 
-__all__ = ["fit", "load", "sample", "save", "seed_everything"]
+__version__ = "0.1.0"
+
+__all__ = ["compare", "describe", "fit", "load", "sample", "save", "seed_everything"]
+__all__ += errors.__all__
 
 _HOMES = {
-    "fit": "vantrel.fitting",
-    "load": "vantrel.model_file",
-    "sample": "vantrel.sampling",
-    "save": "vantrel.model_file",
-    "seed_everything": "vantrel.seeding",
+    "compare": "reporting.comparison",
+    "describe": "reporting.description",
+    "fit": "fitting",
+    "load": "storage.models",
+    "sample": "sampling",
+    "save": "storage.models",
+    "seed_everything": "sampling.seeding",
 }
 
 
 def __getattr__(name: str) -> Any:
     if name not in _HOMES:
         raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
-    return getattr(import_module(_HOMES[name]), name)
+    return getattr(import_module(f"{__name__}.{_HOMES[name]}"), name)
 
 
 def __dir__() -> list[str]:

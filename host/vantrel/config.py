@@ -2,7 +2,14 @@
 
 from dataclasses import dataclass, field
 
-from vantrel import patterns
+from vantrel.genders import (
+    GENDER_FEMALE,
+    GENDER_MALE,
+    GENDER_NON_BINARY,
+    TITLE_FEMALE,
+    TITLE_MALE,
+    TITLE_NON_BINARY,
+)
 
 
 @dataclass
@@ -49,12 +56,12 @@ class PersonModelConfig:
         pwd_length: Shortest and longest generated password, in characters.
     """
 
-    gender_female_regex: str = patterns.GENDER_FEMALE
-    gender_male_regex: str = patterns.GENDER_MALE
-    gender_non_binary_regex: str = patterns.GENDER_NON_BINARY
-    title_female_regex: str = patterns.TITLE_FEMALE
-    title_male_regex: str = patterns.TITLE_MALE
-    title_non_binary_regex: str = patterns.TITLE_NON_BINARY
+    gender_female_regex: str = GENDER_FEMALE
+    gender_male_regex: str = GENDER_MALE
+    gender_non_binary_regex: str = GENDER_NON_BINARY
+    title_female_regex: str = TITLE_FEMALE
+    title_male_regex: str = TITLE_MALE
+    title_non_binary_regex: str = TITLE_NON_BINARY
     genders: list[str] = field(default_factory=lambda: ["F", "M"])
     mobile_number_format: str = "07xxxxxxxx"
     home_number_format: str = "01xxxxxxxx"

@@ -18,10 +18,6 @@ _CHANGES = {
 }
 
 
-class OtherVersionsWarning(UserWarning):
-    """The same seed may give other rows here than where the model was fitted."""
-
-
 def versions() -> dict[str, str]:
     """The installed versions of all that decides what rows a seed gives, by name."""
     return {
@@ -36,9 +32,8 @@ def versions() -> dict[str, str]:
 def differences(recorded: Mapping[str, str]) -> list[str]:
     """Tells in words what differs from the installed versions.
 
-    Args:
-        recorded: Versions by name, as :func:`versions` gave them elsewhere. What is not recorded
-            is not compared.
+    ``recorded`` are those that :func:`versions` gave elsewhere; what is not among them is not
+    compared.
     """
     return [
         f"{name} is {here} here and was {recorded[name]}: {_CHANGES[name]}"

@@ -5,7 +5,7 @@ from pathlib import Path
 import pytest
 
 from support.command import succeed
-from vantrel.model_file import load
+from vantrel.storage.models import load
 from vantrel.tables import read_table
 
 NAMED = "fit people.csv -o m.json --no-detect --column gender=sex"
@@ -14,12 +14,6 @@ NO_COUNTRIES = (
     "vantrel: note: There is no column of countries, so all people get names of en_GB: --locale DE,"
     " say, changes that.\n"
 )
-
-
-@pytest.fixture(autouse=True)
-def folder(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> Path:
-    monkeypatch.chdir(tmp_path)
-    return tmp_path
 
 
 def test_notes_tell_what_samples_will_not_have() -> None:
@@ -31,7 +25,7 @@ def test_notes_tell_what_samples_will_not_have() -> None:
         " patterns in --config make them understood.",
         "vantrel: note: Column 't' has titles that will never be sampled, as they tell none of the"
         " learnt genders: 'Dr' (2), 'Mx' (1), 'Qq' (1).",
-        "vantrel: note: These columns are no attribute of a person and are left out of samples: 'class'.",
+        "vantrel: note: These columns are not made by vantrel and are left out of samples: 'class'.",
     ]
 
 
@@ -78,8 +72,8 @@ def test_titles_that_are_named_as_genders_are_told_to_be_titles() -> None:
     assert succeed(f"{line} 'gender=Die Anrede'").stderr == (
         "vantrel: note: Column 'Die Anrede' has values that are not understood as genders and count"
         " as missing: 'Herr' (2). These are 50.0% of the rows, which samples leave blank; patterns"
-        " in --config make them understood. They look like titles: add --column 'title=Die Anrede'"
-        " in place of --column for gender.\n"
+        " in --config make them understood. They look like titles: use --column 'title=Die Anrede'"
+        " in place of the same for gender.\n"
     )
     assert succeed(f"{line} 'title=Die Anrede'").stderr == ""
 
@@ -103,8 +97,7 @@ def test_nothing_is_told_where_there_is_a_column_of_countries() -> None:
 def test_what_is_generated_and_found_is_told_to_be_there_already() -> None:
     Path("people.csv").write_text("sex,E-Mail,land\nm,a@b.co,DE\nf,b@b.co,FR\n")
     assert succeed(f"{FOUND} --generate email,lastname").stderr == (
-        "vantrel: note: 'email' is there already, in column 'E-Mail': --generate is not needed for"
-        " it.\n"
+        "vantrel: note: 'email' is there already, in column 'E-Mail', and need not be generated.\n"
     )
 
 
@@ -117,7 +110,7 @@ def test_equally_frequent_genders_are_told_where_no_column_tells_them() -> None:
         " not look so: to take it, add --column title=Anrede.",
         "vantrel: note: There is no column of genders or titles, so people get first names of each"
         " gender equally often: F, NB.",
-        "vantrel: note: These columns are no attribute of a person and are left out of samples:"
+        "vantrel: note: These columns are not made by vantrel and are left out of samples:"
         " 'Anrede'.",
     ]
     assert "equally often" not in succeed(f"{FOUND} --force --column title=Anrede").stderr

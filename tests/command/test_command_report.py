@@ -10,17 +10,10 @@ from pathlib import Path
 import pandas as pd
 import pytest
 
-from support.command import fail, separator_hint, succeed
+from support.command import fail, succeed
 
 REPORT = "report people.csv made-up.csv -o report.html"
 LABELS = "--column gender=sex --column title=title --column lastname=surname --column country=land"
-
-
-@pytest.fixture(autouse=True)
-def folder(tmp_path: Path, people: pd.DataFrame, monkeypatch: pytest.MonkeyPatch) -> Path:
-    monkeypatch.chdir(tmp_path)
-    people.to_csv("people.csv", index=False)
-    return tmp_path
 
 
 @pytest.fixture
@@ -87,8 +80,8 @@ def test_a_named_column_comes_before_the_record() -> None:
 @pytest.mark.usefixtures("recorded")
 def test_a_named_column_that_is_recorded_for_another_attribute_is_refused() -> None:
     assert fail(f"{REPORT} --column fullname=surname", 2) == (
-        "Column 'surname' is given for both 'lastname' and 'fullname': it can hold one of them"
-        " only."
+        "Column 'surname' is labelled 'lastname' and 'fullname': give each attribute a column of its"
+        " own."
     )
 
 
@@ -105,8 +98,8 @@ def test_where_no_columns_are_found_they_are_asked_for() -> None:
     Path("made-up.csv").write_text("c\n3\n")
     assert fail(REPORT, 1) == (
         "Nothing can be compared: no attribute of a person is known to have a column in both tables."
-        " Name columns, as in --column gender=sex. The columns of people.csv are: 'a', 'b'. The"
-        " columns of made-up.csv are: 'c'."
+        " Name columns, as in --column gender=COLUMN. The columns of the real table are: 'a',"
+        " 'b'. The columns of the sample are: 'c'."
     )
 
 
@@ -155,7 +148,7 @@ def test_names_in_columns_that_are_not_known_are_said_to_be_unchecked() -> None:
     words = names_in_the_sample(Path("report.html").read_text(encoding="utf-8"))
     assert "not checked" in words
     assert "No verdict" in words
-    assert "--column firstname=COLUMN --column lastname=COLUMN" in words
+    assert "--column firstname=COLUMN and --column lastname=COLUMN" in words
 
 
 @pytest.mark.usefixtures("named")
@@ -170,7 +163,7 @@ def test_a_column_may_be_named_that_only_one_table_has() -> None:
 @pytest.mark.usefixtures("made_up")
 def test_a_column_that_is_nowhere_is_refused() -> None:
     assert fail(f"{REPORT} --column gender=sexe", 1) == (
-        "Neither people.csv nor made-up.csv has a column 'sexe' for 'gender'. Did you mean 'sex'?"
+        "Neither the real table nor the sample has a column 'sexe' for 'gender'. Did you mean 'sex'?"
         " Their columns are: 'land', 'surname', 'title', 'sex'."
     )
 
@@ -179,34 +172,27 @@ def test_a_column_that_is_nowhere_is_refused() -> None:
 def test_tables_without_a_column_in_common_are_refused() -> None:
     assert fail(f"{REPORT} --column title=title", 1) == (
         "Nothing can be compared: no attribute of a person is known to have a column in both tables."
-        " Name columns, as in --column gender=sex. The columns of people.csv are: 'land',"
-        " 'surname', 'title', 'sex'. The columns of made-up.csv are: 'land', 'surname', 'sex'."
+        " Name columns, as in --column gender=COLUMN. The columns of the real table are: 'land',"
+        " 'surname', 'title', 'sex'. The columns of the sample are: 'land', 'surname', 'sex'."
     )
 
 
 @pytest.mark.usefixtures("made_up")
-def test_a_table_that_is_separated_otherwise_is_told() -> None:
+def test_a_table_that_is_separated_otherwise_is_read() -> None:
     Path("people.csv").write_text("sex;title\nm;Mr\n")
-    assert fail(f"{REPORT} --column gender=sex", 1) == (
-        "Nothing can be compared: no attribute of a person is known to have a column in both tables."
-        " Name columns, as in --column gender=sex. The columns of people.csv are: 'sex;title'."
-        f"{separator_hint('semicolons', ';')} The columns of made-up.csv are: 'land', 'surname',"
-        " 'sex'."
-    )
+    succeed(f"{REPORT} --column gender=sex")
 
 
 @pytest.mark.usefixtures("made_up")
 def test_two_attributes_do_not_share_a_column() -> None:
     assert fail(f"{REPORT} --column gender=sex --column title=sex", 2) == (
-        "Column 'sex' is given for both 'gender' and 'title': it can hold one of them only."
+        "Column 'sex' is labelled 'gender' and 'title': give each attribute a column of its own."
     )
 
 
 @pytest.mark.usefixtures("made_up")
 def test_an_unknown_attribute_is_refused() -> None:
-    assert fail(f"{REPORT} --column sex=sexe", 2).startswith(
-        "Invalid value for '--column': 'sex' is no attribute of a person."
-    )
+    assert fail(f"{REPORT} --column sex=sexe", 2).startswith("'sex' is no attribute of a person.")
 
 
 @pytest.mark.usefixtures("made_up")
@@ -320,7 +306,7 @@ def test_a_sample_that_is_safe_for_spreadsheets_is_compared_as_it_was_made() -> 
         'gender_non_binary_regex = "^\'x$"\n'
     )
     succeed("fit people.csv -o m.json --config c.toml --no-detect --column gender==sex")
-    succeed("sample m.json -n 600 --seed 7 --csv-safe -o made-up.csv")
+    succeed("sample m.json -n 600 --seed 7 --csv-safe --allow-patterns -o made-up.csv")
     assert Path("made-up.csv").read_text().startswith('"\'=sex"')
     result = succeed(REPORT)
     assert "distance of gender 0.0" in result.stdout

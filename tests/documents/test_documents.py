@@ -41,7 +41,7 @@ def folder(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> Path:
     (tmp_path / "build").mkdir()
     programs = tmp_path / "programs"
     programs.mkdir()
-    script(programs / "vantrel", "from vantrel.command import main; main()")
+    script(programs / "vantrel", "from vantrel.cli import main; main()")
     script(programs / "python", "")
     monkeypatch.setenv("PATH", f"{programs}:/usr/bin:/bin")
     return tmp_path

@@ -11,7 +11,8 @@ from hypothesis import strategies as st
 import vantrel
 from support.fuzzing import any_text, fuzz, json_values, row_numbers
 from support.odd_forms import LABELS, changed, good_form, paths, written
-from vantrel.model_file import ModelFileError, load
+from vantrel.errors import ModelFileError
+from vantrel.storage.models import load
 
 FILE = (
     '{"format": "vantrel-person-model", "schema_version": 1, "versions": {"Faker": "1"},'

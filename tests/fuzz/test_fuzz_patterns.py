@@ -12,7 +12,6 @@ from support.people import people, person_model
 from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.metadata.value import String
 from vantrel.model.models.person import GenderModel
-from vantrel.util.regex.safety import UnsafePatternError, check_pattern
 
 # A pattern is no regular expression, or a repeat in it is too large.
 NO_PATTERN = (re.error, OverflowError)
@@ -72,9 +71,3 @@ def test_gender_keys(values: list[Any], female: str, male: str) -> None:
     if keys is not None:
         assert len(keys) <= len(values)
         assert set(keys) <= {"F", "M", "A"}
-
-
-@fuzz
-@given(patterns)
-def test_a_pattern_from_a_file(pattern: str) -> None:
-    assert outcome(lambda: check_pattern(pattern), UnsafePatternError) is None

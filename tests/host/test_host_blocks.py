@@ -17,9 +17,9 @@ from support.counting import FAKER, calls_of
 from support.people import ALL_LABELS, fitted_model
 from vantrel.config import PersonLabels
 from vantrel.model.models.person import PersonModel
-from vantrel.model_file import dumps, loads, save
 from vantrel.sampling import Plan, check_plan, sample_block, sample_blocks, sample_people
-from vantrel.seeding import own_sources
+from vantrel.sampling.seeding import own_sources
+from vantrel.storage.models import dumps, loads, save
 from vantrel.tables import write_csv, write_table
 
 PLAN = Plan(300, 7, block_rows=100)
@@ -77,7 +77,7 @@ def test_another_process_makes_the_same(whole: PersonModel, tmp_path: Path) -> N
     save(whole, tmp_path / "m.json")
     write_table(sample_blocks(whole, PLAN), tmp_path / "here.csv")
     code = (
-        "from vantrel.model_file import load\n"
+        "from vantrel.storage.models import load\n"
         "from vantrel.sampling import Plan, sample_block\n"
         "from vantrel.tables import write_table\n"
         "model, plan = load('m.json'), Plan(300, 7, block_rows=100)\n"
@@ -237,7 +237,7 @@ def test_a_long_sample_is_not_held_for_row_groups(
     tmp_path: Path, monkeypatch: pytest.MonkeyPatch
 ) -> None:
     pytest.importorskip("pyarrow", reason="Parquet needs pyarrow")
-    monkeypatch.setattr("vantrel.tables.parquet_files._GROUP_ROWS", 20)
+    monkeypatch.setattr("vantrel.tables.writing._GROUP_ROWS", 20)
     model = fitted_model(PersonLabels(gender="gender", fullname="full"))
     few, many = (most_alive(model, count, tmp_path / "t.parquet") for count in (9, 29))
     assert many == few <= 4
@@ -247,7 +247,7 @@ def test_what_is_written_first_is_not_kept_back(tmp_path: Path) -> None:
     """Blocks reach the file before later ones are made."""
     model = fitted_model(PersonLabels(gender="gender"))
     written = []
-    with (tmp_path / "t.csv").open("w", encoding="utf-8", newline="") as file:
+    with (tmp_path / "t.csv").open("wb") as file:
 
         def watched() -> Iterator[pd.DataFrame]:
             for block in sample_blocks(model, Plan(30, 7, block_rows=10)):

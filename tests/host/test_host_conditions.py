@@ -11,15 +11,9 @@ from hypothesis import strategies as st
 
 from support.people import fitted_model
 from vantrel.config import PersonLabels, PersonModelConfig
+from vantrel.errors import BorrowedNamesWarning, ConditionsError
 from vantrel.model.models.person import PersonModel
-from vantrel.sampling import (
-    ConditionsError,
-    Plan,
-    prepare_conditions,
-    refuse_borrowed,
-    sample_blocks,
-)
-from vantrel.util.locale.locale import BorrowedNamesWarning
+from vantrel.sampling import Plan, prepare_conditions, refuse_borrowed, sample_blocks
 
 LABELS = PersonLabels(gender="sex", title="title", firstname="first", country="land")
 
@@ -223,11 +217,11 @@ def test_neither_column_is_there(shared: PersonModel) -> None:
         ({"gender": "sex"}, "The conditions need a column 'sex', as the model has."),
         (
             {"title": "title"},
-            "The model has neither a column of genders nor one of countries: use -n instead.",
+            "The model has neither a column of genders nor one of countries: give a number of people instead, as in n=1000.",
         ),
         (
             {"fullname": "full"},
-            "The model has neither a column of genders nor one of countries: use -n instead.",
+            "The model has neither a column of genders nor one of countries: give a number of people instead, as in n=1000.",
         ),
     ],
 )
@@ -258,7 +252,7 @@ def strict(model: PersonModel, conditions: pd.DataFrame | None = None) -> str:
 def test_borrowed_names_are_refused_where_they_may_be_sampled() -> None:
     model = fitted_model(LABELS, people().assign(land=["GB", "NA", "Fiji", "DE"]))
     assert strict(model) == (
-        "Faker has no person names of its own for 'NA', 'Fiji': leave --strict out to give these"
+        "Faker has no person names of its own for 'NA', 'Fiji': leave strict=True out to give these"
         " people names from elsewhere."
     )
     genders = prepare_conditions(model, pd.DataFrame({"sex": ["m"]}))

@@ -6,7 +6,8 @@ from pathlib import Path
 import pytest
 
 from vantrel.config import PersonModelConfig
-from vantrel.config_file import ConfigFileError, load_config
+from vantrel.errors import SettingsError
+from vantrel.storage.settings import load_config
 
 EVERYTHING = """
 gender_female_regex = "^(f|w)$"
@@ -74,53 +75,47 @@ def test_a_byte_order_mark_is_no_part_of_the_text(tmp_path: Path) -> None:
         ),
         ("[config]\ngenders = ['F']", f"'config' is no setting. Known are: {FIELDS}."),
         ("zzzz = 1", f"'zzzz' is no setting. Known are: {FIELDS}."),
-        ("gender_male_regex = 1", "gender_male_regex is 1, not a text."),
-        ("gender_male_regex = ['a']", "gender_male_regex is a list of 1, not a text."),
+        ("gender_male_regex = 1", "Expected `str`, got `int` - at `$.gender_male_regex`."),
+        ("gender_male_regex = ['a']", "Expected `str`, got `array` - at `$.gender_male_regex`."),
         (
             "title_male_regex = '(a'",
-            "title_male_regex is '(a', which is no regular expression (missing ), unterminated"
-            " subpattern at position 0): correct it.",
+            "title_male_regex is no regular expression (missing ), unterminated subpattern at"
+            " position 0).",
         ),
-        (
-            "title_male_regex = '^(a+)+$'",
-            "title_male_regex is '^(a+)+$', which could make a search endless: begin it with ^ and"
-            " let no two repeats match the same characters, neither one in the other, as in"
-            " (a+)+, nor side by side, as in a*a*.",
-        ),
-        ("genders = 'F'", "genders is 'F', not a list."),
-        ("genders = ['F', 'Q']", "genders[1] is 'Q', not 'F' or 'M' or 'NB' or 'A'."),
-        ("genders = ['F', 1]", "genders[1] is 1, not 'F' or 'M' or 'NB' or 'A'."),
+        ("genders = 'F'", "Expected `array`, got `str` - at `$.genders`."),
+        ("genders = ['F', 'Q']", "Invalid enum value 'Q' - at `$.genders[1]`."),
+        ("genders = ['F', 1]", "Expected `str`, got `int` - at `$.genders[1]`."),
         ("genders = []", "genders is empty: list each of its keys once."),
         ("genders = ['F', 'M', 'F']", "genders has a key twice: list each of its keys once."),
-        ("mobile_number_format = 7", "mobile_number_format is 7, not a text."),
+        ("mobile_number_format = 7", "Expected `str`, got `int` - at `$.mobile_number_format`."),
         (
             f"home_number_format = '{'x' * 1001}'",
-            "home_number_format has 1,001 characters, more than 1,000.",
+            "Expected `str` of length <= 1000 - at `$.home_number_format`.",
         ),
         (
             "dict_cache_size = -1",
-            "dict_cache_size is -1, not an integer from 0 to 1,000,000,000,000,000,000.",
+            "Expected `int` >= 0 - at `$.dict_cache_size`.",
         ),
         (
             "dict_cache_size = true",
-            "dict_cache_size is true, not an integer from 0 to 1,000,000,000,000,000,000.",
+            "Expected `int`, got `bool` - at `$.dict_cache_size`.",
         ),
-        ("pwd_length = 8", "pwd_length is 8, not a list."),
-        ("pwd_length = 1979-05-27", 'pwd_length is "1979-05-27", not a list.'),
+        ("pwd_length = 8", "Expected `array`, got `int` - at `$.pwd_length`."),
+        ("pwd_length = 1979-05-27", "Expected `array`, got `date` - at `$.pwd_length`."),
         (
             "pwd_length = [9, 8]",
-            "pwd_length is [9, 8]: the greatest length comes second.",
+            "The greatest of the lengths [9, 8] comes second.",
         ),
         (
             "pwd_length = [8]",
-            "pwd_length is a list of 1, not a list of the least and the greatest length.",
+            "Expected `array` of length 2, got 1 - at `$.pwd_length`.",
         ),
-        ("pwd_length = [8, 1.5]", "pwd_length[1] is 1.5, not an integer from 0 to 4,096."),
+        ("pwd_length = [8, 1.5]", "Expected `int`, got `float` - at `$.pwd_length[1]`."),
     ],
 )
 def test_a_setting_that_is_none(tmp_path: Path, text: str, message: str) -> None:
     path = write(tmp_path, text)
-    with pytest.raises(ConfigFileError) as caught:
+    with pytest.raises(SettingsError) as caught:
         load_config(path)
     assert str(caught.value) == f"Config file {path}: {message}"
 
@@ -135,7 +130,7 @@ def test_a_setting_that_is_none(tmp_path: Path, text: str, message: str) -> None
 )
 def test_a_file_that_is_no_toml(tmp_path: Path, text: str, message: str) -> None:
     path = write(tmp_path, text)
-    with pytest.raises(ConfigFileError) as caught:
+    with pytest.raises(SettingsError) as caught:
         load_config(path)
     assert str(caught.value).startswith(f"Config file {path}{message}")
     assert "\n" not in str(caught.value)
@@ -143,13 +138,13 @@ def test_a_file_that_is_no_toml(tmp_path: Path, text: str, message: str) -> None
 
 def test_a_file_that_cannot_be_read(tmp_path: Path) -> None:
     missing = tmp_path / "no.toml"
-    with pytest.raises(ConfigFileError) as caught:
+    with pytest.raises(SettingsError) as caught:
         load_config(missing)
     assert str(caught.value) == f"Config file {missing} cannot be read: No such file or directory."
-    with pytest.raises(ConfigFileError, match="cannot be read: Is a directory"):
+    with pytest.raises(SettingsError, match="cannot be read: Is a directory"):
         load_config(tmp_path)
     latin = tmp_path / "latin.toml"
     latin.write_bytes("title_male_regex = '^Señor$'".encode("latin-1"))
-    with pytest.raises(ConfigFileError) as caught:
+    with pytest.raises(SettingsError) as caught:
         load_config(latin)
     assert str(caught.value) == f"Config file {latin} is not in UTF-8: save it in that encoding."

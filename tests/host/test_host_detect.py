@@ -12,7 +12,7 @@ from hypothesis import strategies as st
 
 from support.column_names import ATTRIBUTES, NAMES, NOTHING, VALUES
 from vantrel.config import PersonModelConfig
-from vantrel.detect import Choice, Doubt, detect, detect_columns
+from vantrel.detection import Choice, Doubt, detect, detect_columns
 from vantrel.tables import read_table
 
 EXAMPLES = Path(__file__).resolve().parents[2] / "examples"

@@ -2,7 +2,9 @@
 
 import subprocess
 import sys
+from collections.abc import Callable
 from importlib.metadata import version
+from importlib.util import find_spec
 from pathlib import Path
 from typing import Any
 
@@ -10,16 +12,15 @@ import pandas as pd
 import pytest
 
 import vantrel
+import vantrel.errors
 from vantrel.config import PersonModelConfig
-from vantrel.fitting import FittingError
+from vantrel.errors import BorrowedNamesWarning, FittingError, OtherVersionsWarning
 from vantrel.model.models.person import PersonModel
-from vantrel.util.locale.locale import BorrowedNamesWarning
-from vantrel.versions import OtherVersionsWarning
 
 
 def test_fit_gives_a_model_that_samples(people: pd.DataFrame) -> None:
     before = people.copy()
-    model = vantrel.fit(people, gender="sex", title="title", generate=["email"])
+    model = vantrel.fit(people, gender="sex", title="title", generate=["email"], detect=False)
     assert isinstance(model, PersonModel)
     assert list(model.sample(1000)) == ["title", "sex", "email"]
     pd.testing.assert_frame_equal(people, before)
@@ -67,13 +68,17 @@ def test_conditions_are_rows_to_make(people: pd.DataFrame) -> None:
     assert made["sex"].tolist() == ["f", "m", "m"]
 
 
-def test_a_drawn_seed_is_told(people: pd.DataFrame, capsys: pytest.CaptureFixture[str]) -> None:
+def test_a_drawn_seed_is_logged_and_kept(
+    people: pd.DataFrame, capsys: pytest.CaptureFixture[str], caplog: pytest.LogCaptureFixture
+) -> None:
     model = vantrel.fit(people, gender="sex", generate=["firstname"])
-    made = vantrel.sample(model, 100)
-    out, err = capsys.readouterr()
-    assert out == ""
-    seed = int(err.removeprefix("vantrel: the seed is "))
-    pd.testing.assert_frame_equal(vantrel.sample(model, 100, seed=seed), made)
+    with caplog.at_level("INFO"):
+        made = vantrel.sample(model, 100)
+    assert capsys.readouterr() == ("", "")
+    assert caplog.messages == [f"The seed is {made.attrs['seed']}."]
+    again = vantrel.sample(model, 100, seed=made.attrs["seed"])
+    pd.testing.assert_frame_equal(again, made)
+    assert again.attrs == made.attrs
 
 
 @pytest.mark.parametrize(
@@ -92,11 +97,26 @@ def test_a_drawn_seed_is_told(people: pd.DataFrame, capsys: pytest.CaptureFixtur
         ),
         (
             {"gender": "nothing"},
-            "Column 'nothing' of the table holds missing values only: leave 'gender' out.",
+            "Column 'nothing' holds missing values only: leave 'gender' out.",
         ),
         (
             {"gender": "sex", "generate": ["title"]},
-            "'title' must be learnt: name its column, title=...",
+            "'title' must be learnt from a column: name it, as in title='COLUMN'.",
+        ),
+        (
+            {"gender": "sex", "ignore": ["Land"]},
+            "The table has no column 'Land' to ignore. Did you mean 'land'? Its columns are: 'land',"
+            " 'surname', 'title', 'sex', 'nothing'.",
+        ),
+        ({"detect": False}, "Name a column to learn from, as in gender='COLUMN'."),
+        (
+            {"gender": "sex", "ignore": ["sex"]},
+            "Column 'sex' is both named for 'gender' and ignored: leave one out.",
+        ),
+        (
+            {"fullname": "surname", "generate": ["fullname"]},
+            "'fullname' is both named and to be generated: a column that is named is generated"
+            " anyway.",
         ),
     ],
 )
@@ -104,15 +124,25 @@ def test_what_does_not_fit_the_table_is_named(
     arguments: dict[str, object], message: str, people: pd.DataFrame
 ) -> None:
     people["nothing"] = None
-    with pytest.raises(FittingError) as caught:
+    with pytest.raises((vantrel.FittingError, vantrel.ArgumentError)) as caught:
         vantrel.fit(people, **arguments)  # type: ignore[arg-type]  # each of another type
     assert str(caught.value) == message
+
+
+def test_an_attribute_that_is_none_is_refused_by_mypy_too(people: pd.DataFrame) -> None:
+    with pytest.raises(vantrel.ArgumentError):
+        vantrel.fit(people, gendre="sex")  # type: ignore[call-arg]  # or else mypy would tell
+    with pytest.raises(vantrel.ArgumentError):
+        vantrel.compare(people, people, gendre="sex")  # type: ignore[call-arg]  # likewise
 
 
 def test_a_table_without_people() -> None:
     with pytest.raises(FittingError) as caught:
         vantrel.fit(pd.DataFrame({"price": ["1", "2"]}))
-    assert str(caught.value) == "No columns of people were found among 'price': name them."
+    assert str(caught.value) == (
+        "No column of the table is found to be of a person by its name and values: name one, as in"
+        " gender='COLUMN'. Its columns are: 'price'."
+    )
 
 
 def test_unknown_countries_are_named(people: pd.DataFrame) -> None:
@@ -122,23 +152,82 @@ def test_unknown_countries_are_named(people: pd.DataFrame) -> None:
     assert str(caught.value) == (
         "Column 'land': 'Grmany' is neither a country nor a locale. Did you mean 'Germany'? Write a"
         " country as its ISO code, its English name or its name in its own language, a locale as"
-        " 'en_GB'. Such rows: 1 of 10. Correct or empty these cells, or leave the column out."
+        " 'en_GB'. Such rows: 1 of 10. Correct or empty these cells, or leave the column out:"
+        " ignore=['land']."
     )
 
 
 @pytest.mark.parametrize(
-    ("table", "named"), [("people.csv", "'people.csv'"), ([1, 2], "[1, 2]"), (None, "None")]
+    ("table", "named"),
+    [
+        ("people.csv", "a str. Read a file first, as with pandas.read_csv."),
+        ([1, 2], "a list."),
+        ({"sex": ["m"]}, "a dict."),
+        (pd.Series(["m"], name="sex"), "a Series."),
+        (None, "None."),
+    ],
 )
-def test_what_is_no_frame(table: Any, named: str) -> None:
-    with pytest.raises(TypeError) as caught:
-        vantrel.fit(table, gender="sex")
+def test_what_is_no_table(table: Any, named: str, people: pd.DataFrame) -> None:
+    model = vantrel.fit(people, gender="sex")
+    calls: dict[str, Callable[[], object]] = {
+        "A table": lambda: vantrel.fit(table, gender="sex"),
+        "A table of conditions": lambda: vantrel.sample(model, conditions=table),
+        "A real table": lambda: vantrel.compare(table, people),
+        "A sample": lambda: vantrel.compare(people, table),
+    }
+    if table is None:
+        del calls["A table of conditions"]
+    for what, call in calls.items():
+        with pytest.raises(vantrel.ArgumentTypeError) as caught:
+            call()
+        assert str(caught.value) == (
+            f"{what} is a pandas DataFrame, or of polars, DuckDB or pyarrow; this is {named}"
+        )
+
+
+@pytest.mark.parametrize(
+    "call",
+    [
+        lambda model: vantrel.sample(model, 5),
+        lambda model: vantrel.describe(model),
+        lambda model: vantrel.save(model, "m.json"),
+    ],
+)
+def test_what_is_no_model(call: Callable[[Any], object]) -> None:
+    with pytest.raises(vantrel.ArgumentTypeError) as caught:
+        call("m.json")
     assert str(caught.value) == (
-        f"A table is a pandas DataFrame, not {named}: read a file with pandas.read_csv."
+        "A model is what vantrel.fit makes or vantrel.load reads; this is a str."
+    )
+
+
+@pytest.mark.skipif(find_spec("pyarrow") is None, reason="Arrow tables need pyarrow")
+def test_a_table_that_comes_by_arrow(people: pd.DataFrame) -> None:
+    import pyarrow as pa
+
+    class Stream:
+        """Offers a table as polars and DuckDB do, and nothing else."""
+
+        def __init__(self, table: Any) -> None:
+            self.table = table
+
+        def __arrow_c_stream__(self, requested_schema: object = None) -> object:
+            return self.table.__arrow_c_stream__(requested_schema)
+
+    def shares(table: Any) -> object:
+        return vantrel.fit(table, generate=["email"]).to_dict()
+
+    people["born"] = pd.Timestamp("2000-01-01")
+    assert shares(Stream(pa.table(people))) == shares(people.astype(str))
+    with pytest.raises(vantrel.ArgumentTypeError) as caught:
+        vantrel.fit(Stream(pa.chunked_array([["m", "f"]])))
+    assert str(caught.value) == (
+        "A table is a pandas DataFrame, or of polars, DuckDB or pyarrow; this is a Stream."
     )
 
 
 def test_columns_of_one_name(people: pd.DataFrame) -> None:
-    with pytest.raises(FittingError) as caught:
+    with pytest.raises(vantrel.ArgumentError) as caught:
         vantrel.fit(people.set_axis(["sex", "a", "a", "sex"], axis=1), gender="sex")
     assert str(caught.value) == (
         "Columns are there twice: 'a', 'sex'. Give each one name of its own."
@@ -173,7 +262,7 @@ def test_either_a_number_or_conditions(people: pd.DataFrame) -> None:
         with pytest.raises(ValueError) as caught:
             vantrel.sample(model, **arguments)  # type: ignore[arg-type]  # each of another type
         assert str(caught.value) == (
-            "Give either 'n', a number of people, or 'conditions', a frame."
+            "Give either n=..., a number of people, or conditions=..., a table."
         )
 
 
@@ -182,9 +271,21 @@ def test_importing_the_package_loads_neither_pandas_nor_numpy() -> None:
         "import sys, vantrel; print(sorted({'numpy', 'pandas'} & set(sys.modules)), dir(vantrel))"
     )
     out = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, check=True)
-    assert out.stdout == (
-        "[] ['__version__', 'fit', 'load', 'sample', 'save', 'seed_everything']\n"
-    )
+    functions = ["compare", "describe", "fit", "load", "sample", "save", "seed_everything"]
+    errors = [name for name in vantrel.__all__ if name[0].isupper()]
+    assert out.stdout == f"[] {[*errors, '__version__', *functions]}\n"
+
+
+def test_every_error_and_warning_is_found_in_the_package() -> None:
+    made_here = {
+        name
+        for name, each in vars(vantrel.errors).items()
+        if isinstance(each, type) and each.__module__ == "vantrel.errors"
+    }
+    assert made_here == {name for name in vantrel.__all__ if name[0].isupper()}
+    for name in made_here:
+        roots = (vantrel.VantrelError, vantrel.VantrelWarning)
+        assert issubclass(getattr(vantrel, name), roots)
 
 
 def test_an_unknown_name_of_the_package() -> None:

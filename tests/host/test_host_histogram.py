@@ -12,6 +12,7 @@ from vantrel.metadata import ColumnNotFoundError, Nominal
 from vantrel.metadata.value import String
 from vantrel.model.exceptions import ModelNotFittedError
 from vantrel.model.models.histogram import Histogram
+from vantrel.model.models.person import GenderModel
 
 
 def frame(*values: object) -> pd.DataFrame:
@@ -209,12 +210,36 @@ def test_settings_of_a_subclass_are_part_of_the_form() -> None:
     assert rebuilt.to_dict() == form
 
 
-@pytest.mark.parametrize("key", ["meta", "probabilities", "regex"])
+@pytest.mark.parametrize("key", ["meta", "probabilities"])
 def test_a_form_that_lacks_a_key_is_refused(key: str) -> None:
     form = Patterned(String("c")).fit(frame("a")).to_dict()
     del form[key]
     with pytest.raises(KeyError, match=f"^'{key}'$"):
         Patterned.from_dict(form)
+
+
+def test_a_subclass_that_keeps_no_attribute_of_what_it_takes_has_a_form() -> None:
+    class Loud(Patterned):
+        def __init__(self, meta: Nominal, volume: int = 3, **settings: str) -> None:
+            super().__init__(meta, **settings)
+            self.is_loud = volume > 1
+
+    form = Loud(String("c"), volume=1, regex="^y$").fit(frame("a")).to_dict()
+    assert list(form) == ["meta", "probabilities", "regex"]
+    rebuilt = Loud.from_dict(form)
+    assert (rebuilt.regex, rebuilt.is_loud) == ("^y$", True)
+
+
+def test_a_subclass_of_a_hidden_model_with_another_signature_has_a_form(
+    people: pd.DataFrame,
+) -> None:
+    class Own(GenderModel):
+        def __init__(self, *args: Any, tag: str = "", **settings: Any) -> None:
+            super().__init__(*args, **settings)
+
+    model = Own(String("sex"), regex_female="^f$", regex_male="^m$")
+    assert {"regex_female", "regex_male", "regex_non_binary"} <= set(model.to_dict())
+    assert Own.from_dict(model.to_dict()).regex_female == "^f$"
 
 
 def test_values_that_json_would_turn_into_others_are_not_stored() -> None:

@@ -71,9 +71,13 @@ def test_a_place_may_be_written_in_many_ways(written: str, locale: str) -> None:
     assert locales_for(written) == [locale]
 
 
+# An old Faker has names of one of the two languages only.
+NIGERIAN = "en_NG" if "en_NG" in AVAILABLE_LOCALES else "yo_NG"
+
+
 @pytest.mark.parametrize(
     ("country", "locale"),
-    [("CH", "de_CH"), ("BE", "nl_BE"), ("IN", "hi_IN"), ("TH", "th_TH"), ("NG", "en_NG")],
+    [("CH", "de_CH"), ("BE", "nl_BE"), ("IN", "hi_IN"), ("TH", "th_TH"), ("NG", NIGERIAN)],
 )
 def test_of_several_locales_the_most_spoken_official_language_is_taken(
     country: str, locale: str

@@ -1,6 +1,8 @@
 """Model files that are refused: what the message says, and that it is one line."""
 
 import json
+import re
+import tracemalloc
 from collections.abc import Callable
 from pathlib import Path
 from typing import Any
@@ -9,12 +11,14 @@ import pandas as pd
 import pytest
 
 from vantrel.config import PersonLabels
+from vantrel.errors import ModelFileError
 from vantrel.metadata.value import Person
 from vantrel.model.models.person import PersonModel
-from vantrel.model_file import MOST_BYTES, ModelFileError, load, save
+from vantrel.storage.models import MOST_BYTES, load, save
 
 LABELS = PersonLabels(gender="sex", title="title", fullname="whole", country="land")
-REMEDY = " Correct it or fit it again."
+REMEDY = ". Correct it or fit it again."
+GIVE = "give a file that 'vantrel fit' or vantrel.save wrote."
 
 
 @pytest.fixture
@@ -55,25 +59,25 @@ def test_a_file_that_is_not_there(tmp_path: Path) -> None:
 @pytest.mark.parametrize(
     ("content", "reason"),
     [
-        (b"", "Expecting value: line 1 column 1 (char 0)"),
-        (b"{", "Expecting property name enclosed in double quotes: line 1 column 2 (char 1)"),
-        (b"\xff", "'utf-8' codec can't decode byte 0xff in position 0: invalid start byte"),
-        (b"[" * 100_000, "maximum recursion depth exceeded while decoding a JSON array from a"
-         " unicode string"),
+        (b"", "Input data was truncated"),
+        (b"{", "Input data was truncated"),
+        (b"{'a': 1}", "JSON is malformed: object keys must be strings (byte 1)"),
+        (b"\xff", "JSON is malformed: invalid character (byte 0)"),
+        (
+            b'{"a": ' + b"[" * 100_000,
+            "maximum recursion depth exceeded while deserializing an object",
+        ),
     ],
-)  # fmt: skip
+)
 def test_what_is_not_json(tmp_path: Path, content: bytes, reason: str) -> None:
     (tmp_path / "m").write_bytes(content)
-    assert refusal(tmp_path / "m") == (
-        f"is not JSON ({reason}): give a file that 'vantrel fit' wrote."
-    )
+    assert refusal(tmp_path / "m") == f"is not JSON ({reason}): {GIVE}"
 
 
 def test_a_file_that_is_too_large(tmp_path: Path) -> None:
     (tmp_path / "m").write_bytes(b" " * (MOST_BYTES + 1))
     assert refusal(tmp_path / "m") == (
-        "has 16,777,217 bytes, more than the 16,777,216 that a model may have: give a file that"
-        " 'vantrel fit' wrote."
+        f"has 16,777,217 bytes, more than the 16,777,216 that a model may have: {GIVE}"
     )
 
 
@@ -85,9 +89,7 @@ def test_a_file_of_the_greatest_size(path: Path) -> None:
 @pytest.mark.parametrize("content", ["[]", "{}", "5", '{"format": "other"}'])
 def test_json_that_is_no_model(tmp_path: Path, content: str) -> None:
     (tmp_path / "m").write_text(content)
-    assert refusal(tmp_path / "m") == (
-        "cannot be used: it is no model; give a file that 'vantrel fit' wrote."
-    )
+    assert refusal(tmp_path / "m") == (f"cannot be used: it is no model; {GIVE}")
 
 
 def test_a_newer_schema(path: Path) -> None:
@@ -97,54 +99,56 @@ def test_a_newer_schema(path: Path) -> None:
     )
 
 
-@pytest.mark.parametrize(("number", "shown"), [("NaN", "not a number"),
-    ("Infinity", "infinite or too large"), ("-Infinity", "infinite or too large"),
-    ("1e999", "infinite or too large"), ("-1e999", "infinite or too large"),
-    ("1" * 19, "infinite or too large"), ("9" * 5_000, "infinite or too large")])  # fmt: skip
-def test_a_number_that_is_none(path: Path, number: str, shown: str) -> None:
+def test_a_number_that_is_none(path: Path) -> None:
     text = path.read_text()
     assert '"dict_cache_size": 10000' in text
-    path.write_text(text.replace('"dict_cache_size": 10000', f'"dict_cache_size": {number}'))
-    assert refusal(path) == f"cannot be used: model.config.dict_cache_size is {shown}.{REMEDY}"
+    for number, reason in (
+        ("NaN", "is not JSON (JSON is malformed: invalid character (byte "),
+        ("-Infinity", "is not JSON (JSON is malformed: invalid character (byte "),
+        ("1e999", "cannot be used: Number out of range - at `$.model.config.dict_cache_size`"),
+        ("1" * 19, "cannot be used: Expected `int` <= 1000000000000000000 - at `$.model.config."),
+        ("9" * 5_000, "cannot be used: Integer value out of range - at `$.model.config."),
+    ):
+        path.write_text(text.replace('"dict_cache_size": 10000', f'"dict_cache_size": {number}'))
+        assert refusal(path).startswith(reason)
 
 
-def test_a_key_that_comes_twice(path: Path) -> None:
+@pytest.mark.parametrize(
+    ("old", "new", "key"),
+    [
+        ('"name": "land"', '"name": "town", "name": "land"', "name"),
+        ("{", '{"format": "vantrel-person-model",', "format"),
+        ('"config": {', '"config": {"genders": ["F"], "genders": ["M"]}, "config": {', "genders"),
+        ('"probabilities": {', '"probabilities": {"F": 1, "F": 1,', "F"),
+    ],
+)
+def test_a_key_that_comes_twice(path: Path, old: str, new: str, key: str) -> None:
+    path.write_text(path.read_text().replace(old, new, 1))
+    assert refusal(path) == f"cannot be used: An object has the key {key!r} twice{REMEDY}"
+
+
+def test_many_objects_and_lists_take_no_memory(path: Path) -> None:
     text = path.read_text()
-    path.write_text(text.replace('"name": "land"', '"name": "town", "name": "land"', 1))
-    assert refusal(path) == (
-        f"cannot be used: model.meta.children.land has the key 'name' twice.{REMEDY}"
+    nested = "[" + "[]," * 2_000_000 + "[]]"
+    path.write_text(text.replace('"name": "person"', f'"name": {nested}', 1))
+    tracemalloc.start()
+    try:
+        message = refusal(path)
+        most = tracemalloc.get_traced_memory()[1]
+    finally:
+        tracemalloc.stop()
+    assert (
+        message == f"cannot be used: Expected `str`, got `array` - at `$.model.meta.name`{REMEDY}"
     )
-
-
-def test_a_key_that_comes_twice_at_the_top(path: Path) -> None:
-    path.write_text('{"format": 1,' + path.read_text().lstrip("{"))
-    assert refusal(path) == f"cannot be used: it has the key 'format' twice.{REMEDY}"
-
-
-def test_a_key_that_comes_twice_in_an_object_whose_key_does(path: Path) -> None:
-    text = path.read_text()
-    path.write_text(text.replace('"config": {', '"config": {"a": 1, "a": 2}, "config": {', 1))
-    assert refusal(path) == f"cannot be used: model has the key 'config' twice.{REMEDY}"
-
-
-def test_more_objects_and_lists_than_memory_is_spent_on(path: Path) -> None:
-    text = path.read_text()
-    brackets = "[" * (500_000 - text.count("{") - text.count("["))
-    path.write_text(text.replace('"name": "person"', f'"name": "{brackets}"', 1))
-    assert load(path).name == brackets
-    path.write_text(text.replace('"name": "person"', f'"name": "{brackets}{{"', 1))
-    assert refusal(path) == f"cannot be used: it has more than 500,000 objects and lists.{REMEDY}"
+    assert most < 5 * len(nested)
 
 
 def test_half_a_character(path: Path) -> None:
-    assert edited(path, lambda form: form["model"]["meta"].update(name="\ud800")) == (
-        f"cannot be used: model.meta.name holds half a character, U+D800.{REMEDY}"
-    )
-
-
-def test_half_a_character_in_a_key(path: Path) -> None:
-    assert edited(path, lambda form: form["model"].update({"\udfff": 1})) == (
-        f"cannot be used: a key of model holds half a character, U+DFFF.{REMEDY}"
+    message = edited(path, lambda form: form["model"]["meta"].update(name="\ud800 and more"))
+    assert re.fullmatch(
+        r"is not JSON \(JSON is malformed: unexpected end of hex escape \(byte \d+\)\): "
+        + re.escape(GIVE),
+        message,
     )
 
 
@@ -153,48 +157,44 @@ def test_deep_nesting(path: Path) -> None:
     for _ in range(30):
         deep = [deep]
     assert edited(path, lambda form: form["model"]["meta"].update(name=deep)) == (
-        f"cannot be used: model.meta.name{'[0]' * 17} is nested more than 20 deep.{REMEDY}"
+        f"cannot be used: Expected `str`, got `array` - at `$.model.meta.name`{REMEDY}"
     )
 
 
 @pytest.mark.parametrize(
-    ("where", "name"),
+    "where",
     [
-        (["schema_version"], "it"),
-        (["model"], "it"),
-        (["model", "meta"], "model"),
-        (["model", "config"], "model"),
-        (["model", "hidden_model_gender"], "model"),
-        (["model", "meta", "name"], "model.meta"),
-        (["model", "meta", "labels"], "model.meta"),
-        (["model", "meta", "children"], "model.meta"),
-        (["model", "meta", "children", "sex"], "model.meta.children"),
-        (["model", "meta", "children", "land", "nan_freq"], "model.meta.children.land"),
-        (["model", "hidden_model_gender", "meta"], "model.hidden_model_gender"),
-        (["model", "hidden_model_gender", "probabilities"], "model.hidden_model_gender"),
-        (["model", "hidden_model_country", "probabilities"], "model.hidden_model_country"),
+        ["schema_version"],
+        ["model"],
+        ["model", "meta"],
+        ["model", "config"],
+        ["model", "hidden_model_gender"],
+        ["model", "meta", "name"],
+        ["model", "meta", "labels"],
+        ["model", "meta", "children"],
+        ["model", "hidden_model_gender", "meta"],
+        ["model", "hidden_model_gender", "probabilities"],
+        ["model", "hidden_model_country", "probabilities"],
     ],
 )
-def test_a_missing_key(path: Path, where: list[str | int], name: str) -> None:
+def test_a_missing_key(path: Path, where: list[str | int]) -> None:
+    place = f" - at `{'.'.join(map(str, ['$', *where[:-1]]))}`" if where[:-1] else ""
     assert edited(path, lambda form: parent(form, where).pop(where[-1])) == (
-        f"cannot be used: {name} lacks the key {where[-1]!r}.{REMEDY}"
+        f"cannot be used: Object missing required field `{where[-1]}`{place}{REMEDY}"
+    )
+
+
+def test_a_missing_child(path: Path) -> None:
+    assert edited(path, lambda form: form["model"]["meta"]["children"].pop("sex")) == (
+        "cannot be used: The children are not the learnt columns, 'sex', 'title', 'land' - at"
+        f" `$.model.meta`{REMEDY}"
     )
 
 
 def test_a_missing_model_of_countries(path: Path) -> None:
     assert edited(path, lambda form: form["model"].pop("hidden_model_country")) == (
-        "cannot be used: model lacks 'hidden_model_country' though a label names countries."
-        f"{REMEDY}"
-    )
-
-
-def test_a_model_of_countries_that_no_label_names(path: Path) -> None:
-    def edit(form: Any) -> None:
-        form["model"]["meta"]["labels"]["country"] = None
-        del form["model"]["meta"]["children"]["land"]
-
-    assert edited(path, edit) == (
-        f"cannot be used: model has 'hidden_model_country' though no label names countries.{REMEDY}"
+        "cannot be used: Of 'hidden_model_country' and a label of countries there is but one - at"
+        f" `$.model`{REMEDY}"
     )
 
 
@@ -202,19 +202,18 @@ def test_a_model_of_countries_that_no_label_names(path: Path) -> None:
 @pytest.mark.parametrize(
     "where",
     [
-        [], ["model"], ["model", "meta"], ["model", "meta", "labels"], ["model", "meta", "children"],
+        [], ["model"], ["model", "meta"], ["model", "meta", "labels"],
         ["model", "meta", "children", "sex"], ["model", "config"], ["model", "hidden_model_gender"],
-        ["model", "hidden_model_gender", "probabilities"],
-        ["model", "hidden_model_country", "probabilities"],
     ],
 )  # fmt: skip
 def test_an_unknown_key(path: Path, where: list[str | int], key: str) -> None:
     def add(form: Any) -> None:
         parent(form, [*where, key])[key] = 0.5
 
-    name = ".".join(map(str, where)) or "it"
+    place = ".".join(map(str, ["$", *where])).replace("children.sex", "children[...]")
+    place = f" - at `{place}`" if where else ""
     assert edited(path, add) == (
-        f"cannot be used: {name} has the key {key!r}, which is not known.{REMEDY}"
+        f"cannot be used: Object contains unknown field `{key}`{place}{REMEDY}"
     )
 
 
@@ -226,149 +225,126 @@ COUNTRIES = ["model", "hidden_model_country", "probabilities"]
 @pytest.mark.parametrize(
     ("where", "value", "message"),
     [
-        (["schema_version"], 0, "is 0, not 1."),
-        (["schema_version"], "1", "is '1', not 1."),
-        (["schema_version"], True, "is true, not 1."),
-        (["schema_version"], None, "is null, not 1."),
-        (["model"], [], "is a list of 0, not an object."),
-        (["model", "meta"], 5, "is 5, not an object."),
-        (["model", "config"], "x", "is 'x', not an object."),
-        (["model", "config"], None, "is null, not an object."),
-        (["model", "hidden_model_gender"], None, "is null, not an object."),
-        (["model", "meta", "type"], "string", "is 'string', not 'person'."),
-        (["model", "meta", "type"], [], "is a list of 0, not 'person'."),
-        (["model", "meta", "name"], 5, "is 5, not a text."),
-        (["model", "meta", "name"], {"a": 1}, "is an object of 1, not a text."),
-        (["model", "meta", "labels"], [], "is a list of 0, not an object."),
-        (["model", "meta", "labels", "email"], 5, "is 5, not a text."),
-        (["model", "meta", "labels", "email"], "", "is '', not the name of a column."),
-        (["model", "meta", "labels", "email"], "x" * 1_001, "has 1,001 characters, more than"
-         " 1,000."),
-        (["model", "meta", "nan_freq"], 1.5, "is 1.5, not a number from 0 to 1."),
-        (["model", "meta", "nan_freq"], -0.1, "is -0.1, not a number from 0 to 1."),
-        (["model", "meta", "nan_freq"], True, "is true, not a number from 0 to 1."),
-        (["model", "meta", "columns"], "sex", "is 'sex', not a list."),
-        (["model", "meta", "children"], [], "is a list of 0, not an object."),
-        (["model", "meta", "locales"], [], "is a list of 0, not a list of at least 1."),
-        ([*CHILD, "type"], "string", "is 'string', not 'nominal'."),
-        ([*CHILD, "name"], "town", "is 'town', not 'land'."),
-        ([*CHILD, "categories"], None, "is null, not a list."),
-        (["model", "config", "genders"], "F", "is 'F', not a list."),
-        (["model", "config", "pwd_length"], [8], "is a list of 1, not a list of the least and the"
-         " greatest length."),
-        (["model", "config", "pwd_length"], [8, 7], "is [8, 7]: the greatest length comes second."),
-        (["model", "config", "dict_cache_size"], 1.0, "is 1.0, not an integer from 0 to"
-         " 1,000,000,000,000,000,000."),
-        (["model", "config", "home_number_format"], None, "is null, not a text."),
-        (["model", "config", "home_number_format"], "x" * 1_001, "has 1,001 characters, more than"
-         " 1,000."),
-        (["model", "config", "title_male_regex"], 5, "is 5, not a text."),
-        (GENDERS, None, "is null, not an object."),
-        (GENDERS, {}, "add up to 0, which nothing can be drawn by."),
-        (GENDERS, {"F": 0, "M": 0.0}, "add up to 0.0, which nothing can be drawn by."),
-        (GENDERS, {"F": 1e308, "M": 1e308}, "add up to inf, which nothing can be drawn by."),
-        (GENDERS, {"X": 1}, "has the key 'X', which is not known."),
-        (COUNTRIES, {"FR": 1}, "has the key 'FR', which is not known."),
-        ([*COUNTRIES, "GB"], -1, "is -1, not a number from 0 on."),
-        ([*COUNTRIES, "GB"], "1", "is '1', not a number from 0 on."),
-        ([*COUNTRIES, "GB"], True, "is true, not a number from 0 on."),
-        (["versions"], [], "is a list of 0, not an object."),
+        (["schema_version"], 0, "Invalid enum value 0 - at `$.schema_version`"),
+        (["schema_version"], "1", "Expected `int`, got `str` - at `$.schema_version`"),
+        (["schema_version"], True, "Expected `int`, got `bool` - at `$.schema_version`"),
+        (["schema_version"], None, "Expected `int`, got `null` - at `$.schema_version`"),
+        (["model"], [], "Expected `object`, got `array` - at `$.model`"),
+        (["model", "meta"], 5, "Expected `object`, got `int` - at `$.model.meta`"),
+        (["model", "config"], "x", "Expected `object`, got `str` - at `$.model.config`"),
+        (["model", "config"], None, "Expected `object`, got `null` - at `$.model.config`"),
+        (["model", "hidden_model_gender"], None, "Expected `object`, got `null` - at `$.model.hidden_model_gender`"),
+        (["model", "meta", "type"], "string", "Invalid value 'string' - at `$.model.meta.type`"),
+        (["model", "meta", "type"], [], "Expected `str` - at `$.model.meta.type`"),
+        (["model", "meta", "name"], 5, "Expected `str`, got `int` - at `$.model.meta.name`"),
+        (["model", "meta", "name"], {"a": 1}, "Expected `str`, got `object` - at `$.model.meta.name`"),
+        (["model", "meta", "labels"], [], "Expected `object`, got `array` - at `$.model.meta.labels`"),
+        (["model", "meta", "labels", "email"], 5, "Expected `str | null`, got `int` - at `$.model.meta.labels.email`"),
+        (["model", "meta", "labels", "email"], "", "Expected `str` of length >= 1 - at `$.model.meta.labels.email`"),
+        (["model", "meta", "labels", "email"], "x" * 1_001, "Expected `str` of length <= 1000 - at `$.model.meta.labels.email`"),
+        (["model", "meta", "nan_freq"], 1.5, "Expected `float` <= 1.0 - at `$.model.meta.nan_freq`"),
+        (["model", "meta", "nan_freq"], -0.1, "Expected `float` >= 0.0 - at `$.model.meta.nan_freq`"),
+        (["model", "meta", "nan_freq"], True, "Expected `float | null`, got `bool` - at `$.model.meta.nan_freq`"),
+        (["model", "meta", "columns"], "sex", "Expected `array | null`, got `str` - at `$.model.meta.columns`"),
+        (["model", "meta", "children"], [], "Expected `object`, got `array` - at `$.model.meta.children`"),
+        (["model", "meta", "locales"], [], "Expected `array` of length >= 1 - at `$.model.meta.locales`"),
+        ([*CHILD, "type"], "string", "The child 'land' is that of another column - at `$.model.meta`"),
+        ([*CHILD, "name"], "town", "The child 'land' is that of another column - at `$.model.meta`"),
+        ([*CHILD, "categories"], None, "Expected `array`, got `null` - at `$.model.meta.children[...].categories`"),
+        (["model", "config", "genders"], "F", "Expected `array`, got `str` - at `$.model.config.genders`"),
+        (["model", "config", "pwd_length"], [8], "Expected `array` of length 2 - at `$.model.config.pwd_length`"),
+        (["model", "config", "pwd_length"], [8, 7], "The greatest of the lengths [8, 7] comes second - at `$.model.config`"),
+        (["model", "config", "dict_cache_size"], 1.0, "Expected `int`, got `float` - at `$.model.config.dict_cache_size`"),
+        (["model", "config", "home_number_format"], None, "Expected `str`, got `null` - at `$.model.config.home_number_format`"),
+        (["model", "config", "home_number_format"], "x" * 1_001, "Expected `str` of length <= 1000 - at `$.model.config.home_number_format`"),
+        (["model", "config", "title_male_regex"], 5, "Expected `str`, got `int` - at `$.model.config.title_male_regex`"),
+        (GENDERS, None, "Expected `object`, got `null` - at `$.model.hidden_model_gender.probabilities`"),
+        (GENDERS, {}, "Nothing can be drawn by weights that add up to 0 - at `$.model.hidden_model_gender`"),
+        (GENDERS, {"F": 0, "M": 0.0}, "Nothing can be drawn by weights that add up to 0.0 - at `$.model.hidden_model_gender`"),
+        (GENDERS, {"F": 1e308, "M": 1e308}, "Nothing can be drawn by weights that add up to inf - at `$.model.hidden_model_gender`"),
+        (GENDERS, {"X": 1}, "Invalid enum value 'X' - at `key` in `$.model.hidden_model_gender.probabilities`"),
+        (COUNTRIES, {"FR": 1}, "Countries have probabilities that are none of the categories - at `$.model`"),
+        ([*COUNTRIES, "GB"], -1, "Expected `float` >= 0.0 - at `$.model.hidden_model_country.probabilities[...]`"),
+        ([*COUNTRIES, "GB"], "1", "Expected `float`, got `str` - at `$.model.hidden_model_country.probabilities[...]`"),
+        ([*COUNTRIES, "GB"], True, "Expected `float`, got `bool` - at `$.model.hidden_model_country.probabilities[...]`"),
+        (["versions"], [], "Expected `object`, got `array` - at `$.versions`"),
     ],
 )  # fmt: skip
 def test_a_wrong_value(path: Path, where: list[str | int], value: object, message: str) -> None:
     def put(form: Any) -> None:
         parent(form, where)[where[-1]] = value
 
-    assert edited(path, put) == f"cannot be used: {'.'.join(map(str, where))} {message}{REMEDY}"
+    assert edited(path, put) == f"cannot be used: {message}{REMEDY}"
 
 
 @pytest.mark.parametrize(
     ("where", "value", "message"),
     [
-        ([*CHILD, "categories"], ["GB", 5], "categories[1] is 5, not a text."),
-        ([*CHILD, "categories"], ["G" * 201], "categories[0] has 201 characters, more than 200."),
-        ([*CHILD, "categories"], ["GB"] * 2_001, "categories has 2,001 places, more than 2,000:"
-         " write each country in one way."),
-        (["model", "meta", "children", "title", "categories"], ["Mr", "M" * 1_001], "categories[1]"
-         " has 1,001 characters, more than 1,000."),
-        ([*CHILD, "categories"], ["Narnia"], "categories: 'Narnia' is neither a country nor a"
-         " locale. Write a country as its ISO code, its English name or its name in its own language,"
-         " a locale as 'en_GB'."),
-        (["model", "meta", "locales"], ["xx_YY"], "locales: 'xx_YY' is neither a country nor a"
-         " locale. Write a country as its ISO code, its English name or its name in its own language,"
-         " a locale as 'en_GB'."),
-        (["model", "config", "genders"], ["F", "X"], "genders[1] is 'X', not 'F' or 'M' or 'NB' or"
-         " 'A'."),
-        (["model", "config", "pwd_length"], [8, 4_097], "pwd_length[1] is 4097, not an integer"
-         " from 0 to 4,096."),
-        (["model", "config", "pwd_length"], [-1, 4], "pwd_length[0] is -1, not an integer from 0"
-         " to 4,096."),
-        (["versions"], {"Faker": 40}, "versions.Faker is 40, not a text."),
+        ([*CHILD, "categories"], ["GB", 5], "Expected `str`, got `int` - at `$.model.meta.children[...].categories[1]`"),
+        ([*CHILD, "categories"], ["G" * 201], "Expected `str` of length <= 200 - at `$.model.meta.children[...].categories[0]`"),
+        ([*CHILD, "categories"], ["GB"] * 2_001, "There are 2,001 places, more than 2,000; write each country in one way - at `$.model.meta.children[...]`"),
+        (["model", "meta", "children", "title", "categories"], ["Mr", "M" * 1_001], "Expected `str` of length <= 1000 - at `$.model.meta.children[...].categories[1]`"),
+        ([*CHILD, "categories"], ["Narnia"], "'Narnia' is neither a country nor a locale. Write a country as its ISO code, its English name or its name in its own language, a locale as 'en_GB'. - at `$.model.meta.children[...]`"),
+        (["model", "meta", "locales"], ["xx_YY"], "'xx_YY' is neither a country nor a locale. Write a country as its ISO code, its English name or its name in its own language, a locale as 'en_GB'. - at `$.model.meta`"),
+        (["model", "config", "genders"], ["F", "X"], "Invalid enum value 'X' - at `$.model.config.genders[1]`"),
+        (["model", "config", "pwd_length"], [8, 4_097], "Expected `int` <= 4096 - at `$.model.config.pwd_length[1]`"),
+        (["model", "config", "pwd_length"], [-1, 4], "Expected `int` >= 0 - at `$.model.config.pwd_length[0]`"),
+        (["versions"], {"Faker": 40}, "Expected `str`, got `int` - at `$.versions[...]`"),
     ],
 )  # fmt: skip
 def test_a_wrong_item(path: Path, where: list[str | int], value: object, message: str) -> None:
     def put(form: Any) -> None:
         parent(form, where)[where[-1]] = value
 
-    start = "".join(f"{key}." for key in where[:-1])
-    assert edited(path, put) == f"cannot be used: {start}{message}{REMEDY}"
+    assert edited(path, put) == f"cannot be used: {message}{REMEDY}"
 
 
 def test_two_labels_of_one_column(path: Path) -> None:
     assert edited(path, lambda form: form["model"]["meta"]["labels"].update(email="sex")) == (
-        "cannot be used: Column 'sex' is labelled 'gender' and 'email': give each attribute a"
-        " column of its own."
+        f"cannot be used: Two labels name one column - at `$.model.meta`{REMEDY}"
     )
 
 
-def test_a_long_value_is_shown_by_its_start(path: Path) -> None:
-    assert edited(path, lambda form: form["model"]["meta"].update(nan_freq="a\n" * 5_000)) == (
-        f"cannot be used: model.meta.nan_freq is '{'a\\n' * 18}a ..., not a number from 0 to 1."
-        f"{REMEDY}"
-    )
+def test_a_long_value_is_shown_by_its_start_and_on_one_line(path: Path) -> None:
+    message = edited(path, lambda form: form["model"].update({"a\n\x1b[2J" * 5_000: 1}))
+    assert message.startswith("cannot be used: Object contains unknown field `a \ufffd[2Ja")
+    assert message.endswith(f"\N{HORIZONTAL ELLIPSIS}{REMEDY}")
+    assert len(message) < 600
 
 
-def test_a_long_key_is_shown_by_its_start(path: Path) -> None:
-    assert edited(path, lambda form: form["model"]["meta"]["labels"].update(title="x" * 900)) == (
-        f"cannot be used: model.meta.children lacks the key '{'x' * 55} ....{REMEDY}"
-    )
-
-
-def test_a_key_that_is_no_word_is_quoted_in_the_path(path: Path) -> None:
-    def rename(form: Any) -> None:
-        form["model"]["meta"]["labels"]["gender"] = "the sex"
-        child = form["model"]["meta"]["children"].pop("sex")
-        form["model"]["meta"]["children"]["the sex"] = {**child, "name": "the sex", "categories": 1}
-
-    assert edited(path, rename) == (
-        f"cannot be used: model.meta.children['the sex'].categories is 1, not a list.{REMEDY}"
-    )
-
-
-@pytest.mark.parametrize(
-    ("pattern", "message"),
-    [
-        ("(a+)+$", "could make a search endless: begin it with ^ and let no two repeats match the"
-         " same characters, neither one in the other, as in (a+)+, nor side by side, as in a*a*."),
-        ("(", "is no regular expression (missing ), unterminated subpattern at position 0):"
-         " correct it."),
-        ("^(?!x)", "uses what stands from '(?!x)' on, which is not supported in a file: write it"
-         " with characters, classes, groups, |, repeats, anchors and a leading (?i) only."),
-    ],
-)  # fmt: skip
 @pytest.mark.parametrize(
     "where",
     [["config", "gender_female_regex"], ["config", "title_non_binary_regex"],
      ["hidden_model_gender", "regex_male"]],
 )  # fmt: skip
-def test_a_pattern_that_is_not_safe(
-    path: Path, where: list[str | int], pattern: str, message: str
-) -> None:
+def test_patterns_of_somebody_else_are_refused(path: Path, where: list[str | int]) -> None:
     def put(form: Any) -> None:
-        parent(form["model"], where)[where[-1]] = pattern
-        # What it would be searched in, were it not refused: nobody could wait for the end.
-        form["model"]["meta"]["children"]["sex"]["categories"].append("a" * 100_000 + "!")
+        parent(form["model"], where)[where[-1]] = "^x$"
 
     assert edited(path, put) == (
-        f"cannot be used: model.{where[0]}.{where[1]} is {pattern!r}, which {message}{REMEDY}"
+        "has patterns of its own, such as '^x$': if you trust whoever made it, add"
+        " allow_patterns=True."
     )
+    assert load(path, allow_patterns=True).name == "person"
+
+
+@pytest.mark.parametrize(
+    ("pattern", "message"),
+    [
+        ("(", "cannot be used: pattern '(' is no regular expression (missing ), unterminated"
+         " subpattern at position 0): correct it."),
+        ("(a|a)+$", "cannot be used: to search with its patterns takes more than 1 seconds. Fit it"
+         " again with patterns in which no two repeats match the same characters."),
+    ],
+)  # fmt: skip
+def test_a_search_with_allowed_patterns_is_bounded(
+    path: Path, monkeypatch: pytest.MonkeyPatch, pattern: str, message: str
+) -> None:
+    monkeypatch.setattr("vantrel.storage.patterns.MOST_SECONDS", 1)
+    form = json.loads(path.read_text())
+    form["model"]["config"]["gender_male_regex"] = pattern
+    form["model"]["meta"]["children"]["sex"]["categories"].append("a" * 100 + "!")
+    path.write_text(json.dumps(form))
+    with pytest.raises(ModelFileError) as caught:
+        load(path, allow_patterns=True)
+    assert str(caught.value) == f"Model file {path} {message}"

@@ -14,8 +14,8 @@ from playwright.sync_api import Browser, Page, sync_playwright
 from support.browser import VARIABLE, find_browser
 from support.report_tables import both, odd, ordinary, page, record
 from support.sanitizing import SANITIZED
-from vantrel.report.figures import compare
-from vantrel.report.page import Sources, bars, render
+from vantrel.reporting.figures import compare_labelled
+from vantrel.reporting.page import Sources, bars, render
 
 BROWSER = find_browser()
 
@@ -179,7 +179,7 @@ def test_the_theme_is_followed(shown: Shown, theme: str) -> None:
 def test_bars_are_as_wide_as_the_figures(shown: Shown, name: str, width: int) -> None:
     shown.page.set_viewport_size({"width": width, "height": 800})
     panels = shown.page.eval_on_selector_all("#shares .panel", WIDTHS_OF_BARS)
-    compared = compare(*both(*TABLES[name])).shares
+    compared = compare_labelled(*both(*TABLES[name])).frequencies
     assert len(panels) == len(compared) == 3
     for widths, shares in zip(panels, compared, strict=True):
         wanted = [side or 0 for each in bars(shares) for side in (each.real, each.sampled)]
@@ -189,7 +189,7 @@ def test_bars_are_as_wide_as_the_figures(shown: Shown, name: str, width: int) ->
 @pytest.mark.parametrize("theme", ["light"], indirect=True)
 def test_bars_of_lengths_are_as_high_as_the_figures(shown: Shown, name: str) -> None:
     charts = shown.page.eval_on_selector_all(".histogram", HEIGHTS_OF_BARS)
-    compared = compare(*both(*TABLES[name])).lengths
+    compared = compare_labelled(*both(*TABLES[name])).lengths
     assert len(charts) == len(compared) == 2
     for heights, lengths in zip(charts, compared, strict=True):
         sides = ("real", "sampled") if lengths.sampled else ("real",)
@@ -235,7 +235,7 @@ def test_long_names_of_columns_leave_room_for_what_is_not_there(
     real = pd.DataFrame({columns["gender"]: ["m"], columns["email"]: ["a@b.c"]})
     sampled = pd.DataFrame({columns["gender"]: ["m"], columns["lastname"]: ["Lee"]})
     file = tmp_path / "long.html"
-    figures = compare(*both(real, sampled, columns))
+    figures = compare_labelled(*both(real, sampled, columns))
     file.write_text(render(figures, Sources("r.csv", "s.csv"), None), encoding="utf-8")
     with browser.new_page(viewport={"width": 1200, "height": 800}) as shown:
         shown.goto(file.as_uri())

@@ -8,14 +8,15 @@ import pytest
 
 from support.report_tables import both
 from vantrel.fitting import fit
-from vantrel.report import design
-from vantrel.report.columns import LabelledTable
-from vantrel.report.design import Design
-from vantrel.report.figures import Figures, compare
-from vantrel.report.gaps import compare_gaps
-from vantrel.report.shares import compare_shares
-from vantrel.report.verdicts import FINE, KNOWN, LOOK, OPEN, verdicts
+from vantrel.reporting import design
+from vantrel.reporting.design import Design
+from vantrel.reporting.figures import Figures, compare_labelled
+from vantrel.reporting.frequencies import compare_frequencies
+from vantrel.reporting.labelled import LabelledTable
+from vantrel.reporting.missing import compare_missing_rates
+from vantrel.reporting.verdicts import FINE, KNOWN, LOOK, OPEN, verdicts
 from vantrel.sampling import Plan, sample_blocks
+from vantrel.tables import frame_table
 
 COLUMNS = {"gender": "sex", "title": "title", "lastname": "last", "country": "land"}
 ROWS = 4000
@@ -42,7 +43,7 @@ def states(figures: Figures) -> dict[str, str]:
 
 def gap(real: pd.DataFrame, sampled: pd.DataFrame, attribute: str) -> str | None:
     """Why the missing rate of an attribute is by design; it is never what chance explains."""
-    found = compare_gaps(Design(*both(real, sampled, COLUMNS)), attribute)
+    found = compare_missing_rates(Design(*both(real, sampled, COLUMNS)), attribute)
     assert found.is_beyond_chance
     return found.by_design
 
@@ -61,7 +62,7 @@ def test_a_sample_of_a_model_asks_for_no_look(left_out: tuple[str, ...]) -> None
     real = PEOPLE.drop(columns=list(left_out))
     columns: Any = {attribute: name for attribute, name in COLUMNS.items() if name in real}
     sampled = pd.concat(sample_blocks(fit(real, **columns), Plan(6000, 1)))
-    found = states(compare(*both(real, sampled, columns)))
+    found = states(compare_labelled(*both(real, sampled, columns)))
     assert LOOK not in found.values()
     assert found["Missing values"] == KNOWN
     assert found.get("Gender shares", KNOWN) == KNOWN
@@ -94,7 +95,7 @@ def test_gaps_that_no_model_makes_are_not_by_design(attribute: str) -> None:
     sampled = real.where(real["sex"].notna())
     sampled.loc[: ROWS // 2, COLUMNS[attribute]] = None
     assert gap(real, sampled, attribute) is None
-    found = compare(*both(real, sampled, COLUMNS))
+    found = compare_labelled(*both(real, sampled, COLUMNS))
     assert states(found)["Missing values"] == LOOK
 
 
@@ -105,24 +106,26 @@ def test_a_country_that_was_missing_more_often_than_gender_stays_so() -> None:
 
 
 def test_gaps_are_not_by_design_where_the_real_genders_are_not_known() -> None:
-    real = LabelledTable(PEOPLE.drop(columns="sex"), COLUMNS)
+    real = LabelledTable(frame_table(PEOPLE.drop(columns="sex")), COLUMNS)
     sampled = PEOPLE.assign(last=None)
-    found = compare_gaps(Design(real, LabelledTable(sampled, COLUMNS)), "lastname")
+    found = compare_missing_rates(
+        Design(real, LabelledTable(frame_table(sampled), COLUMNS)), "lastname"
+    )
     assert (found.is_beyond_chance, found.by_design) == (True, None)
 
 
 def test_spellings_of_a_gender_are_drawn_evenly() -> None:
     real = table(sex={"female": 0.45, "male": 0.45, "M": 0.05, "klingon": 0.05})
     drawn = table(sex={"female": 0.474, "male": 0.263, "M": 0.263})
-    found = compare_shares(Design(*both(real, drawn, COLUMNS)), "gender")
+    found = compare_frequencies(Design(*both(real, drawn, COLUMNS)), "gender")
     assert (found.is_by_chance, found.by_design) == (False, design.EVEN_SPELLINGS)
 
 
 def test_shares_of_genders_that_are_not_kept_are_not_by_design() -> None:
     real = table(sex={"female": 0.5, "male": 0.45, "M": 0.05})
     drawn = table(sex={"female": 0.6, "male": 0.2, "M": 0.2})
-    figures = compare(*both(real, drawn, COLUMNS))
-    assert figures.shares[0].by_design is None
+    figures = compare_labelled(*both(real, drawn, COLUMNS))
+    assert figures.frequencies[0].by_design is None
     assert states(figures)["Gender shares"] == LOOK
 
 
@@ -131,7 +134,7 @@ def test_a_gender_that_was_sampled_is_understood() -> None:
     drawn = table(sex={"female": 0.5 / 0.9, "male": 0.3 / 0.9, "klingon": 0.1 / 0.9})
     sides = both(real, drawn, COLUMNS)
     genders = Design(*sides).genders(sides[0], "gender")
-    assert genders.value_counts().to_dict() == {
+    assert genders == {
         "F": 0.5 * ROWS,
         "M": 0.3 * ROWS,
         "klingon": 0.1 * ROWS,
@@ -142,9 +145,9 @@ def test_what_was_given_as_conditions_is_by_design() -> None:
     real = table(sex=SEX, last={"Lee": 1}, land={"Norway": 1})
     given = table(sex={"female": 0.2, "male": 0.4, None: 0.4}, land={"Chad": 0.3, None: 0.7})
     given["last"] = pd.Series("Ray", given.index).where(given["sex"].notna())
-    figures = compare(*both(real, given, COLUMNS), has_conditions=True)
-    assert [each.by_design for each in figures.shares] == [design.CONDITIONS] * 2
-    assert [(each.attribute, each.by_design) for each in figures.gaps] == [
+    figures = compare_labelled(*both(real, given, COLUMNS), has_conditions=True)
+    assert [each.by_design for each in figures.frequencies] == [design.CONDITIONS] * 2
+    assert [(each.attribute, each.by_design) for each in figures.missing_rates] == [
         ("gender", design.CONDITIONS),
         ("lastname", design.UNLEARNT),
         ("country", design.CONDITIONS),
@@ -157,13 +160,13 @@ def test_what_was_given_as_conditions_is_by_design() -> None:
         "Repeated rows": OPEN,
         "How it was made": OPEN,
     }
-    assert states(compare(*both(real, given, COLUMNS)))["Gender shares"] == LOOK
+    assert states(compare_labelled(*both(real, given, COLUMNS)))["Gender shares"] == LOOK
 
 
 def test_names_that_are_missing_more_often_than_given_genders_are_not_by_design() -> None:
     real = table(sex=SEX, last={"Lee": 1})
     given = table(sex={"female": 0.6, "male": 0.4}, last={"Ray": 0.5, None: 0.5})
-    figures = compare(*both(real, given, COLUMNS), has_conditions=True)
+    figures = compare_labelled(*both(real, given, COLUMNS), has_conditions=True)
     assert states(figures)["Missing values"] == LOOK
 
 
@@ -173,7 +176,7 @@ def test_the_figure_of_gaps_is_of_those_that_ask_for_a_look() -> None:
     sampled.loc[: ROWS // 25, "land"] = None
     (card,) = (
         each
-        for each in verdicts(compare(*both(real, sampled, COLUMNS)), None)
+        for each in verdicts(compare_labelled(*both(real, sampled, COLUMNS)), None)
         if each.about == "Missing values"
     )
     assert (card.state, card.words) == (LOOK, "Further apart than chance explains in land.")
@@ -183,11 +186,13 @@ def test_the_figure_of_gaps_is_of_those_that_ask_for_a_look() -> None:
 
 def test_rows_need_no_labels_of_their_own() -> None:
     real = PEOPLE.set_axis([0] * ROWS)
-    assert compare(*both(real, real, COLUMNS)) == compare(*both(PEOPLE, PEOPLE, COLUMNS))
+    assert compare_labelled(*both(real, real, COLUMNS)) == compare_labelled(
+        *both(PEOPLE, PEOPLE, COLUMNS)
+    )
 
 
 def test_equal_tables_need_no_reason() -> None:
-    figures = compare(*both(PEOPLE, PEOPLE, COLUMNS), has_conditions=True)
-    assert {each.by_design for each in figures.shares} == {None}
-    assert {each.by_design for each in figures.gaps} == {None}
+    figures = compare_labelled(*both(PEOPLE, PEOPLE, COLUMNS), has_conditions=True)
+    assert {each.by_design for each in figures.frequencies} == {None}
+    assert {each.by_design for each in figures.missing_rates} == {None}
     assert states(figures)["Missing values"] == FINE

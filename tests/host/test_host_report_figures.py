@@ -8,11 +8,23 @@ import pandas as pd
 import pytest
 
 from support.report_tables import both
-from vantrel.report.figures import compare
-from vantrel.report.lengths import MOST_BINS, LengthBin, LengthSummary, compare_lengths
-from vantrel.report.names import MOST_NAMES, MOST_PLACES, FrequentNames, Name, Place, frequent_names
-from vantrel.report.reappearing import MOST_EXAMPLES, Reappearance, reappearing_names
-from vantrel.report.repeats import RepeatCount, Repeats, compare_repeats, compare_rows
+from vantrel.reporting.duplicates import (
+    DuplicateCount,
+    Duplicates,
+    compare_duplicates,
+    compare_rows,
+)
+from vantrel.reporting.figures import compare_labelled
+from vantrel.reporting.lengths import MOST_BINS, LengthBin, LengthSummary, compare_lengths
+from vantrel.reporting.names import (
+    MOST_NAMES,
+    MOST_PLACES,
+    FrequentNames,
+    Name,
+    Place,
+    frequent_names,
+)
+from vantrel.reporting.overlap import MOST_EXAMPLES, Overlap, name_overlaps
 
 NAMES = {"firstname": "first", "lastname": "last"}
 FULL = {"fullname": "full"}
@@ -139,8 +151,8 @@ def test_bins_lie_side_by_side_and_hold_every_length(span: int) -> None:
 
 
 def test_repeats_of_values() -> None:
-    found = compare_repeats(*both(users("a", "b", "a", "a", None, None), NONE, USER), "username")
-    assert found == Repeats("username", RepeatCount(4, 2), None)
+    found = compare_duplicates(*both(users("a", "b", "a", "a", None, None), NONE, USER), "username")
+    assert found == Duplicates("username", DuplicateCount(4, 2), None)
 
 
 def test_repeats_of_rows_in_the_labelled_columns() -> None:
@@ -148,15 +160,15 @@ def test_repeats_of_rows_in_the_labelled_columns() -> None:
         ("Ann", "Lee"), ("Ann", "Ray"), ("Ann", "Lee"), ("Ann", None), ("Ann", None), (None, None)
     )
     real["age"] = range(6)
-    assert compare_rows(*both(real, real, NAMES)).real == RepeatCount(5, 2)
+    assert compare_rows(*both(real, real, NAMES)).real == DuplicateCount(5, 2)
 
 
 def test_rows_are_compared_in_the_columns_that_both_tables_have() -> None:
     real = people(("Ann", "Lee"), ("Ann", "Ray"))
     sampled = real[["first"]]
-    repeated = RepeatCount(2, 1)
-    assert compare_rows(*both(real, sampled, NAMES)) == Repeats(None, repeated, repeated)
-    assert compare_rows(*both(real, NONE, NAMES)) == Repeats(None, None, None)
+    repeated = DuplicateCount(2, 1)
+    assert compare_rows(*both(real, sampled, NAMES)) == Duplicates(None, repeated, repeated)
+    assert compare_rows(*both(real, NONE, NAMES)) == Duplicates(None, None, None)
 
 
 def test_repeated_rows_are_those_of_pandas() -> None:
@@ -165,40 +177,38 @@ def test_repeated_rows_are_those_of_pandas() -> None:
     columns = {"gender": "sex", **NAMES}
     repeated = int(table.duplicated().sum())
     assert 0 < repeated < 199
-    assert compare_rows(*both(table, table, columns)).sampled == RepeatCount(200, repeated)
+    assert compare_rows(*both(table, table, columns)).sampled == DuplicateCount(200, repeated)
 
 
 def test_whole_names_that_reappear_are_told_apart_from_parts() -> None:
     real = people(("Ann", "Lee"), ("Bob", "Ray"), ("Bob", "Orr"), ("Cy", None))
     sampled = people(("Ann", "Ray"), ("Bob", "Orr"), ("Bob", "Orr"), ("Di", "Orr"))
-    assert reappearing_names(*both(real, sampled, NAMES)) == (
-        Reappearance("First and last name together", True, 3, 1, 4, 2, ("Bob Orr",)),
-        Reappearance("First name", False, 3, 2, 4, 3, ("Bob", "Ann")),
-        Reappearance("Last name", False, 3, 2, 4, 4, ("Orr", "Ray")),
+    assert name_overlaps(*both(real, sampled, NAMES)) == (
+        Overlap("First and last name together", True, 3, 1, 4, 2, ("Bob Orr",)),
+        Overlap("First name", False, 3, 2, 4, 3, ("Bob", "Ann")),
+        Overlap("Last name", False, 3, 2, 4, 4, ("Orr", "Ray")),
     )
 
 
 def test_case_and_white_space_do_not_hide_a_name() -> None:
     real = pd.DataFrame({"full": ["Ann  LEE", "ANN Lee", " ", "Straße Ray"]})
     sampled = pd.DataFrame({"full": ["ann\tlee ", "STRASSE RAY", "\u00a0", "Bob Orr"]})
-    (found,) = reappearing_names(*both(real, sampled, FULL))
-    assert found == Reappearance("Full name", True, 2, 2, 4, 2, ("ANN Lee", "Straße Ray"))
+    (found,) = name_overlaps(*both(real, sampled, FULL))
+    assert found == Overlap("Full name", True, 2, 2, 4, 2, ("ANN Lee", "Straße Ray"))
 
 
 @pytest.mark.parametrize("swapped", [False, True])
 def test_first_and_last_names_are_compared_with_full_names(swapped: bool) -> None:
     parts, full = people(("Ann", "Lee"), ("Bob", "Ray")), pd.DataFrame({"full": ["Ann Lee"]})
     real, sampled = (full, parts) if swapped else (parts, full)
-    (found,) = reappearing_names(*both(real, sampled, {**NAMES, **FULL}))
+    (found,) = name_overlaps(*both(real, sampled, {**NAMES, **FULL}))
     assert (found.kind, found.found, found.examples) == ("Full name", 1, ("Ann Lee",))
 
 
 def test_tables_without_common_names_have_nothing_to_compare() -> None:
-    assert reappearing_names(*both(NONE, people(("Ann", "Lee")), {**NAMES, **FULL})) == ()
+    assert name_overlaps(*both(NONE, people(("Ann", "Lee")), {**NAMES, **FULL})) == ()
     assert (
-        reappearing_names(
-            *both(pd.DataFrame({"first": ["A"]}), pd.DataFrame({"last": ["A"]}), NAMES)
-        )
+        name_overlaps(*both(pd.DataFrame({"first": ["A"]}), pd.DataFrame({"last": ["A"]}), NAMES))
         == ()
     )
 
@@ -206,19 +216,19 @@ def test_tables_without_common_names_have_nothing_to_compare() -> None:
 def test_the_examples_are_those_of_the_most_rows_and_only_so_many() -> None:
     letters = list("abcdefgh")
     sampled = pd.DataFrame({"full": [*letters, "h", "h", "g"]})
-    (found,) = reappearing_names(*both(pd.DataFrame({"full": letters}), sampled, FULL))
+    (found,) = name_overlaps(*both(pd.DataFrame({"full": letters}), sampled, FULL))
     assert found.examples == ("h", "g", "a", "b", "c")
     assert len(found.examples) == MOST_EXAMPLES
 
 
 def test_an_attribute_that_neither_table_holds_is_left_out() -> None:
-    found = compare(
+    found = compare_labelled(
         *both(users("ann"), users("bob"), {**USER, "gender": "sex", "email": "mail", **FULL})
     )
-    assert found.shares == ()
-    assert [each.attribute for each in found.gaps] == ["username"]
+    assert found.frequencies == ()
+    assert [each.attribute for each in found.missing_rates] == ["username"]
     assert [each.attribute for each in found.lengths] == ["username"]
-    assert [each.attribute for each in found.repeats] == [None, "username"]
+    assert [each.attribute for each in found.duplicates] == [None, "username"]
 
 
 @pytest.mark.parametrize("dtype", [object, "string", "category"])
@@ -234,7 +244,7 @@ def test_the_kind_of_column_does_not_matter(dtype: Any) -> None:
         },
         dtype=object,
     )
-    assert compare(*both(table.astype(dtype), table, columns)) == compare(
+    assert compare_labelled(*both(table.astype(dtype), table, columns)) == compare_labelled(
         *both(table, table, columns)
     )
 
@@ -242,5 +252,5 @@ def test_the_kind_of_column_does_not_matter(dtype: Any) -> None:
 def test_tables_are_left_as_they_were() -> None:
     table = people(("Ann", None), ("Ann", "Lee"))
     before = table.copy()
-    compare(*both(table, table, {**NAMES, "country": "none"}))
+    compare_labelled(*both(table, table, {**NAMES, "country": "none"}))
     pd.testing.assert_frame_equal(table, before)

@@ -1,21 +1,21 @@
 """What the page of a report says, and that it is safe to open."""
 
 import re
-from dataclasses import replace
 from html import unescape
 from html.parser import HTMLParser
 
 import pandas as pd
 import pytest
+from msgspec.structs import replace
 
 from support.report_tables import ODD_NAMES, both, odd, ordinary, page, record
-from vantrel.record import SampleRecord
-from vantrel.report import wording
-from vantrel.report.figures import compare
-from vantrel.report.origin import origin
-from vantrel.report.page import MOST_BARS, Sources
-from vantrel.report.shares import MOST_SHARES
-from vantrel.report.verdicts import FINE, KNOWN, LOOK, OPEN, Verdict, verdicts
+from vantrel import wording
+from vantrel.reporting.figures import compare_labelled
+from vantrel.reporting.frequencies import MOST_SHARES
+from vantrel.reporting.page import MOST_BARS, Sources
+from vantrel.reporting.provenance import provenance
+from vantrel.reporting.verdicts import FINE, KNOWN, LOOK, OPEN, Verdict, verdicts
+from vantrel.sampling.record import SampleRecord
 
 REAL, SAMPLED = ordinary(400, 1), ordinary(300, 2)
 EMPTY = REAL.head(0)
@@ -41,7 +41,7 @@ class Elements(HTMLParser):
 
 
 def judged(real: pd.DataFrame, sampled: pd.DataFrame) -> dict[str, Verdict]:
-    return {each.about: each for each in verdicts(compare(*both(real, sampled)), None)}
+    return {each.about: each for each in verdicts(compare_labelled(*both(real, sampled)), None)}
 
 
 def test_the_page_is_named_after_the_real_table() -> None:
@@ -162,7 +162,7 @@ def test_a_table_agrees_with_itself() -> None:
         "Title shares": FINE,
         "Country shares": FINE,
         "Missing values": FINE,
-        "Repeated username and e-mail address": FINE,
+        "Repeated e-mail address and username": FINE,
         "Real full names in the sample": LOOK,
         "How it was made": OPEN,
     }
@@ -218,8 +218,8 @@ def test_missing_rates_further_apart_than_chance_are_named() -> None:
 
 def test_repeated_usernames_ask_for_a_look() -> None:
     found = judged(REAL, SAMPLED.assign(user=["ann", "ann", *SAMPLED["user"][2:]]))
-    assert found["Repeated username and e-mail address"] == Verdict(
-        "Repeated username and e-mail address",
+    assert found["Repeated e-mail address and username"] == Verdict(
+        "Repeated e-mail address and username",
         "1",
         LOOK,
         "So many sampled values repeat an earlier one.",
@@ -288,7 +288,7 @@ def test_other_versions_are_told() -> None:
     made = record(300, Faker="1.2", Other="9")
     words = text_of(page(REAL, SAMPLED, made))
     assert "The seed may give other rows here: versions differ." in words
-    (difference,) = origin(made, 300).differences
+    (difference,) = provenance(made, 300).differences
     assert f"{difference}." in words
     assert difference.endswith("and was 1.2: names and e-mail addresses may differ")
     assert "Other 9 not compared" in words

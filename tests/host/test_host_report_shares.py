@@ -1,6 +1,5 @@
 """How the report compares shares and missing rates."""
 
-import math
 from dataclasses import replace
 
 import numpy as np
@@ -10,17 +9,17 @@ from hypothesis import given
 from hypothesis import strategies as st
 
 from support.report_tables import both
-from vantrel.report.design import Design
-from vantrel.report.gaps import Gaps, chance_of, compare_gaps
-from vantrel.report.shares import (
+from vantrel.reporting.design import Design
+from vantrel.reporting.frequencies import (
     MOST_SHARES,
     RISK,
-    Share,
-    Shares,
+    Frequencies,
+    Frequency,
     chance_limit,
-    compare_shares,
+    compare_frequencies,
     total_variation,
 )
+from vantrel.reporting.missing import MissingRates, compare_missing_rates
 
 COLUMNS = {"gender": "sex"}
 
@@ -29,8 +28,8 @@ def frame(*values: object) -> pd.DataFrame:
     return pd.DataFrame({"sex": pd.Series(values, dtype=object)})
 
 
-def compared(real: pd.DataFrame, sampled: pd.DataFrame) -> Shares:
-    return compare_shares(Design(*both(real, sampled, COLUMNS)), "gender")
+def compared(real: pd.DataFrame, sampled: pd.DataFrame) -> Frequencies:
+    return compare_frequencies(Design(*both(real, sampled, COLUMNS)), "gender")
 
 
 @st.composite
@@ -113,7 +112,7 @@ def test_the_limit_of_chance_of_one_row_is_the_rarest_value() -> None:
 
 def test_a_distance_at_the_limit_is_by_chance() -> None:
     # The same distance, by sums that are rounded otherwise.
-    found = Shares("gender", "sex", 1, 1, 1, (), 0.039000000000000035, 0.03899999999999995)
+    found = Frequencies("gender", "sex", 1, 1, 1, (), 0.039000000000000035, 0.03899999999999995)
     assert found.is_by_chance
     assert not replace(found, distance=0.04).is_by_chance
     assert not replace(found, distance=None, limit=None).is_by_chance
@@ -127,13 +126,13 @@ def test_another_distribution_passes_the_limit_of_chance() -> None:
 
 def test_shares_are_of_the_rows_with_a_value() -> None:
     found = compared(frame("m", "m", "f", None), frame("f", "x", None, None))
-    assert found == Shares(
+    assert found == Frequencies(
         "gender",
         "sex",
         3,
         2,
         3,
-        (Share("m", 2 / 3, 0), Share("f", 1 / 3, 0.5), Share("x", 0, 0.5)),
+        (Frequency("m", 2 / 3, 0), Frequency("f", 1 / 3, 0.5), Frequency("x", 0, 0.5)),
         found.distance,
         found.limit,
     )
@@ -160,7 +159,7 @@ def test_equally_frequent_values_come_in_the_order_of_the_alphabet() -> None:
 def test_a_column_in_one_table_only_is_not_compared() -> None:
     found = compared(frame("m"), pd.DataFrame({"other": ["m"]}))
     assert (found.real_rows, found.sampled_rows) == (1, None)
-    assert found.shares == (Share("m", 1, None),)
+    assert found.shares == (Frequency("m", 1, None),)
     assert found.distance is None
     assert found.limit is None
 
@@ -169,7 +168,7 @@ def test_a_column_in_one_table_only_is_not_compared() -> None:
 def test_a_table_without_values_is_not_compared(other: pd.DataFrame) -> None:
     found = compared(other, frame("m"))
     assert (found.real_rows, found.sampled_rows) == (0, 1)
-    assert found.shares == (Share("m", None, 1),)
+    assert found.shares == (Frequency("m", None, 1),)
     assert found.distance is None
 
 
@@ -188,7 +187,7 @@ def test_only_so_many_values_are_listed_and_all_of_them_count() -> None:
 
 
 def test_missing_rates_are_of_all_rows() -> None:
-    found = compare_gaps(
+    found = compare_missing_rates(
         Design(*both(frame("m", None, None, None), frame("m", "f", None, "f"), COLUMNS)), "gender"
     )
     assert (found.real, found.sampled, found.difference) == (0.75, 0.25, -0.5)
@@ -198,31 +197,37 @@ def test_missing_rates_are_of_all_rows() -> None:
 def test_a_table_without_the_column_or_without_rows_has_no_missing_rate(
     lacking: pd.DataFrame,
 ) -> None:
-    assert compare_gaps(Design(*both(lacking, frame("m"), COLUMNS)), "gender") == Gaps(
-        "gender", "sex", None, 0, None
+    assert compare_missing_rates(
+        Design(*both(lacking, frame("m"), COLUMNS)), "gender"
+    ) == MissingRates("gender", "sex", None, 0, None)
+    assert (
+        compare_missing_rates(Design(*both(frame("m"), lacking, COLUMNS)), "gender").difference
+        is None
     )
-    assert compare_gaps(Design(*both(frame("m"), lacking, COLUMNS)), "gender").difference is None
 
 
-def test_chance_explains_an_equal_rate_and_no_gap_where_there_were_none() -> None:
-    assert chance_of(0.3, 0.3, 1000) == 1
-    assert chance_of(0.0, 0.0, 1000) == 1
-    assert chance_of(1.0, 1.0, 1000) == 1
-    assert chance_of(0.001, 0.0, 1000) == 0
-    assert chance_of(0.999, 1.0, 1000) == 0
+def missing(rate: float, rows: int) -> pd.DataFrame:
+    return pd.DataFrame({"sex": [None if i < rate * rows else "f" for i in range(rows)]})
 
 
-def test_the_chance_of_a_known_rate() -> None:
-    # 0.75 * log(0.75 / 0.5) + 0.25 * log(0.25 / 0.5) = 0.1308..., times 10 rows
-    assert chance_of(0.75, 0.5, 10) == pytest.approx(math.exp(-1.3081203594))
-
-
-@given(st.integers(0, 50), st.floats(0.01, 0.99))
-def test_the_chance_is_a_bound_on_the_binomial_tail(found: int, expected: float) -> None:
-    rows = 50
-    below = sum(
-        math.comb(rows, k) * expected**k * (1 - expected) ** (rows - k) for k in range(found + 1)
-    )
-    point = math.comb(rows, found) * expected**found * (1 - expected) ** (rows - found)
-    tail = below if found <= rows * expected else 1 - below + point
-    assert chance_of(found / rows, expected, rows) >= tail - 1e-9
+@pytest.mark.parametrize(
+    ("real", "sampled", "is_beyond"),
+    [
+        (0.3, 0.3, False),
+        (0.0, 0.0, False),
+        (1.0, 1.0, False),
+        (0.0, 0.001, True),
+        (1.0, 0.999, True),
+        # 99 in 100 samples of 1,000 rows are within 0.037 of 0.3: 2.58 standard deviations.
+        (0.3, 0.335, False),
+        (0.3, 0.341, True),
+        (0.3, 0.26, True),
+    ],
+)
+def test_missing_rates_are_held_against_the_simulated_limit(
+    real: float, sampled: float, is_beyond: bool
+) -> None:
+    tables = both(missing(real, 1000), missing(sampled, 1000), {"gender": "sex"})
+    found = compare_missing_rates(Design(*tables), "gender")
+    assert found.limit == chance_limit(np.array([real, 1 - real]), 1000)
+    assert found.is_beyond_chance == is_beyond

@@ -16,9 +16,9 @@ from support.sources import source_states
 from vantrel.config import PersonLabels
 from vantrel.metadata.value import Person
 from vantrel.model.models.person import PersonModel
-from vantrel.model_file import load, save
 from vantrel.sampling import Plan, prepare_conditions, sample_block, sample_people
-from vantrel.seeding import own_sources, seed_everything
+from vantrel.sampling.seeding import own_sources, seed_everything
+from vantrel.storage.models import load, save
 
 CASES = [
     PersonLabels(gender="sex", title="title", firstname="first", lastname="surname"),

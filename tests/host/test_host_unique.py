@@ -138,13 +138,13 @@ def test_there_is_no_row_too_many_for_the_codes_and_one_more_is(model: PersonMod
 @pytest.mark.parametrize(
     ("attributes", "message"),
     [
-        (["title"], "'title' cannot be made unique: only username and email can."),
-        (["password"], "'password' cannot be made unique: only username and email can."),
-        ([""], "'' cannot be made unique: only username and email can."),
+        (["title"], "'title' cannot be made unique: only email and username can."),
+        (["password"], "'password' cannot be made unique: only email and username can."),
+        ([""], "'' cannot be made unique: only email and username can."),
         (
             ["username"],
-            "'username' cannot be made unique: the model does not make it. Fit it with --generate"
-            " username.",
+            "'username' cannot be made unique: the model does not make it. Fit it with"
+            " generate=['username'].",
         ),
     ],
 )

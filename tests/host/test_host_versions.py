@@ -13,8 +13,9 @@ import pytest
 import vantrel
 from support.people import fitted_model
 from vantrel.config import PersonLabels
-from vantrel.model_file import ModelFileError, load, save
-from vantrel.versions import OtherVersionsWarning, differences, versions
+from vantrel.errors import ModelFileError, OtherVersionsWarning
+from vantrel.storage.models import load, save
+from vantrel.versions import differences, versions
 
 CHANGES = {
     "Faker": "names and e-mail addresses may differ",
@@ -102,15 +103,16 @@ def test_a_model_of_other_versions_is_loaded_with_a_warning(path: Path) -> None:
 @pytest.mark.parametrize(
     ("value", "message"),
     [
-        ("1\n2", r"is '1\n2', not a version."),
-        ("\x1b[2J", r"is '\x1b[2J', not a version."),
-        ("1" * 101, "has 101 characters, more than 100."),
-        (40, "is 40, not a text."),
+        ("1\n2", "Expected `str` matching regex '^[ -~]*$' - at"),
+        ("\x1b[2J", "Expected `str` matching regex '^[ -~]*$' - at"),
+        ("1" * 101, "Expected `str` of length <= 100 - at"),
+        (40, "Expected `str`, got `int` - at"),
     ],
 )
 def test_what_is_no_version_is_refused(path: Path, value: object, message: str) -> None:
     with pytest.raises(ModelFileError) as caught:
         load(with_versions(path, {"Faker": value}))
     assert str(caught.value) == (
-        f"Model file {path} cannot be used: versions.Faker {message} Correct it or fit it again."
+        f"Model file {path} cannot be used: {message} `$.versions[...]`. Correct it or fit it"
+        " again."
     )

@@ -19,7 +19,7 @@ from vantrel.metadata.rules.association import Association
 from vantrel.model.exceptions import ModelNotFittedError
 from vantrel.model.models import person
 from vantrel.model.models.person import GenderModel, PersonModel
-from vantrel.seeding import seed_everything
+from vantrel.sampling.seeding import seed_everything
 from vantrel.tables import read_table
 from vantrel.util.locale.locale import Provider
 

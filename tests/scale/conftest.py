@@ -3,7 +3,9 @@
 from __future__ import annotations
 
 import logging
+import shutil
 from collections.abc import Iterator
+from pathlib import Path
 from typing import TYPE_CHECKING
 
 import pytest
@@ -49,6 +51,14 @@ def client(cluster: LocalCluster) -> Iterator[Client]:
     with Client(cluster, set_as_default=False) as client:
         client.wait_for_workers(2, timeout=SECONDS)
         yield client
+
+
+@pytest.fixture
+def folder(tmp_path: Path, model_file: Path, monkeypatch: pytest.MonkeyPatch) -> Path:
+    """The folder that commands run in, with the model that a module of tests has."""
+    monkeypatch.chdir(tmp_path)
+    shutil.copy(model_file, "m.json")
+    return tmp_path
 
 
 @pytest.fixture

@@ -15,6 +15,7 @@ from support.people import fitted_model
 from support.scaling import contents, rows_of
 from vantrel import __version__
 from vantrel.config import PersonLabels
+from vantrel.errors import ClusterError
 from vantrel.sampling import Plan
 
 distributed = pytest.importorskip("distributed", reason="clusters need distributed")
@@ -91,7 +92,7 @@ def test_an_address_where_nothing_answers(monkeypatch: pytest.MonkeyPatch) -> No
     ],
 )
 def test_an_address_that_is_none(address: str, reason: str) -> None:
-    assert refusal(address, ValueError) == (
+    assert refusal(address, ClusterError) == (
         f"{address!r} is no address of a scheduler ({reason}): write one as tcp://10.0.0.1:8786."
     )
 
@@ -117,7 +118,7 @@ def test_a_cluster_that_runs_is_used(address: str) -> None:
 
 def test_a_worker_of_other_versions(client: Any, address: str) -> None:
     set_in_workers(client, "vantrel.versions", "__version__", "9.9")
-    message = refusal(address, ValueError)
+    message = refusal(address, ClusterError)
     assert re.sub(r"tcp://[\d.:]+\d", "X", message) == (
         f"Worker X would make other rows: vantrel is {__version__} here and was 9.9: anything may"
         " differ. Install the same versions everywhere."
@@ -129,7 +130,7 @@ def test_a_worker_without_the_package(address: str, monkeypatch: pytest.MonkeyPa
         raise ModuleNotFoundError("No module named 'vantrel'", name="vantrel")
 
     monkeypatch.setattr(module, "versions", versions)
-    assert refusal(address, ValueError) == (
+    assert refusal(address, ClusterError) == (
         "A worker lacks vantrel: install the same versions of everything everywhere."
     )
 

@@ -5,7 +5,6 @@ import hashlib
 import importlib
 import json
 import os
-import shutil
 import signal
 import socket
 import subprocess
@@ -18,19 +17,21 @@ from typing import Any
 
 import pandas as pd
 import pytest
-from click.testing import CliRunner, Result
 
+from support import command
+from support.command import fail
 from support.people import fitted_model, people
 from support.scaling import contents
-from vantrel.command import main
 from vantrel.config import PersonLabels
-from vantrel.model_file import save
 from vantrel.sampling import BLOCK_ROWS, sample_people
+from vantrel.storage.models import save
 
 distributed = pytest.importorskip("distributed", reason="clusters need distributed")
 pytest.importorskip("pyarrow", reason="Parquet files need pyarrow")
 
 from vantrel.scale import cluster as module  # noqa: E402 - after the question whether it can be
+
+pytestmark = pytest.mark.usefixtures("folder")
 
 LABELS = PersonLabels(gender="gender", firstname="first", username="user")
 ROWS = 2 * BLOCK_ROWS + 1  # three blocks, the last of one row
@@ -43,13 +44,6 @@ def model_file(tmp_path_factory: pytest.TempPathFactory) -> Path:
     path = tmp_path_factory.mktemp("model") / "m.json"
     save(fitted_model(LABELS), path)
     return path
-
-
-@pytest.fixture(autouse=True)
-def folder(tmp_path: Path, model_file: Path, monkeypatch: pytest.MonkeyPatch) -> Path:
-    monkeypatch.chdir(tmp_path)
-    shutil.copy(model_file, "m.json")
-    return tmp_path
 
 
 @pytest.fixture
@@ -67,24 +61,11 @@ def whole(cluster: Any, model_file: Path) -> dict[str, bytes]:
     return contents(people)
 
 
-def run(line: str) -> Result:
-    return CliRunner().invoke(main, line.split(), prog_name="vantrel")
-
-
-def succeed(line: str) -> Result:
-    result = run(line)
-    assert result.exit_code == 0, result.output
+def succeed(line: str) -> str:
+    """Runs a command that has nothing to warn of, and gives what it prints."""
+    result = command.succeed(line)
     assert result.stderr == ""
-    return result
-
-
-def fail(line: str, status: int) -> str:
-    """Runs a command that must fail in one line, and gives that line."""
-    result = run(line)
-    assert result.exit_code == status, result.output
-    assert result.stdout == ""
-    (message,) = result.stderr.splitlines()
-    return message.removeprefix("vantrel: error: ")
+    return result.stdout
 
 
 def written() -> dict[str, bytes]:
@@ -92,8 +73,7 @@ def written() -> dict[str, bytes]:
 
 
 def test_the_same_rows_as_without_dask(on: str) -> None:
-    result = succeed(f"{RUN}{on}")
-    assert result.stdout == f"Made {ROWS:,} people with the seed 7; wrote people.\n"
+    assert succeed(f"{RUN}{on}") == f"Made {ROWS:,} people with the seed 7; wrote people.\n"
     assert sorted(written()) == ["_made.json", *FILES]
     succeed(f"sample m.json -n {ROWS} --seed 7 -o people.parquet")
     plain = pd.read_parquet("people.parquet")
@@ -128,7 +108,7 @@ def test_the_folder_may_be_there_if_it_is_empty(on: str, whole: dict[str, bytes]
 
 
 def test_a_drawn_seed_is_told_and_kept(on: str) -> None:
-    told = succeed(f"sample m.json -n 10 -o people --dask{on}").stdout
+    told = succeed(f"sample m.json -n 10 -o people --dask{on}")
     seed = json.loads(written()["_made.json"])["seed"]
     assert told == f"Made 10 people with the seed {seed}; wrote people.\n"
     before = written()
@@ -202,7 +182,7 @@ def test_another_run_is_not_resumed(line: str, difference: str, whole: dict[str,
 def test_a_run_of_another_model_is_not_resumed(whole: dict[str, bytes]) -> None:
     stop(FILES[1], whole)
     then = hashlib.sha256(Path("m.json").read_bytes()).hexdigest()
-    save(fitted_model(LABELS, people(13)), "m.json")
+    save(fitted_model(LABELS, people(13)), "m.json", force=True)
     now = hashlib.sha256(Path("m.json").read_bytes()).hexdigest()
     assert fail(f"{RUN} --resume", 1) == (
         f"The run in people cannot be resumed, for this is another one: model_sha256 {then!r} then"
@@ -232,17 +212,16 @@ def test_nothing_to_resume() -> None:
 
 USAGE = [
     (
-        f"{RUN} --conditions t.csv".replace(f"-n {ROWS} ", ""),
-        "--dask makes a new folder of Parquet files: leave out --conditions, --csv-safe, --force"
-        " and '-o -'.",
+        f"{RUN} --conditions t.csv --separator tab".replace(f"-n {ROWS} ", ""),
+        "--dask makes a new folder of Parquet files: leave --conditions, --separator out.",
     ),
     *(
-        (
-            line,
-            "--dask makes a new folder of Parquet files: leave out --conditions, --csv-safe,"
-            " --force and '-o -'.",
+        (line, f"--dask makes a new folder of Parquet files: leave {option} out.")
+        for line, option in (
+            (f"{RUN} --csv-safe", "--csv-safe"),
+            (f"{RUN} --force", "--force"),
+            (RUN.replace("-o people", "-o -"), "-o -"),
         )
-        for line in (f"{RUN} --csv-safe", f"{RUN} --force", RUN.replace("-o people", "-o -"))
     ),
     (
         f"{RUN} --workers 2 --scheduler tcp://127.0.0.1:9",
@@ -261,15 +240,15 @@ USAGE = [
     *(
         (
             RUN.replace("--partitions 3", option).replace(" --dask", ""),
-            "--scheduler, --workers, --partitions and --resume go with --dask only: add it.",
+            f"Only --dask makes use of {option.split()[0]}: add it.",
         )
         for option in ("--scheduler tcp://127.0.0.1:9", "--workers 2", "--partitions 3", "--resume")
     ),
     (
         RUN.replace("--partitions 3", "--partitions 0"),
-        "Invalid value for '--partitions': 0 is below 1.",
+        "Invalid value for '--partitions': 0 is not in the range x>=1.",
     ),
-    (f"{RUN} --workers 0", "Invalid value for '--workers': 0 is below 1."),
+    (f"{RUN} --workers 0", "Invalid value for '--workers': 0 is not in the range x>=1."),
 ]
 
 
@@ -299,7 +278,7 @@ def test_without_dask(monkeypatch: pytest.MonkeyPatch) -> None:
     genuine: Callable[..., Any] = builtins.__import__
     monkeypatch.delitem(sys.modules, "vantrel.scale.folder")
     monkeypatch.setattr(builtins, "__import__", without)
-    assert fail(RUN, 1) == "--dask needs distributed: pip install 'dask[dataframe,distributed]'."
+    assert fail(RUN, 1) == "Work on Dask needs distributed: pip install 'vantrel[dask]'."
     assert not Path("people").exists()
 
 
@@ -350,7 +329,7 @@ def test_workers_that_die_again_and_again(cluster: Any, client: Any, on: str) ->
         on_first_file(lambda: os.kill(pid, signal.SIGKILL))
         assert fail(f"{line}{on}", 1) == (
             "Workers died again and again, for want of memory perhaps. What is finished is kept:"
-            " repeat the command with --resume and fewer --workers."
+            " repeat the call with --resume and fewer --workers."
         )
     finally:
         cluster.scheduler.allowed_failures = allowed
@@ -361,7 +340,7 @@ def test_workers_that_die_again_and_again(cluster: Any, client: Any, on: str) ->
 
 def test_a_scheduler_that_is_lost() -> None:
     line = RUN.replace(str(ROWS), str(20 * BLOCK_ROWS)).replace("--partitions 3", "--partitions 20")
-    command = Path(sys.executable).with_name("dask")
+    dask = Path(sys.executable).with_name("dask")
     with socket.create_server(("127.0.0.1", 0)) as free:
         port = free.getsockname()[1]
     address = f"tcp://127.0.0.1:{port}"
@@ -370,12 +349,12 @@ def test_a_scheduler_that_is_lost() -> None:
         ["worker", address, "--nthreads", "1", "--no-dashboard", "--no-nanny"],
     )
     scheduler, worker = (
-        subprocess.Popen([command, *call], stderr=subprocess.DEVNULL) for call in calls
+        subprocess.Popen([dask, *call], stderr=subprocess.DEVNULL) for call in calls
     )
     try:
         on_first_file(scheduler.kill)
         assert fail(f"{line} --scheduler {address}", 1) == (
-            "The scheduler was lost. What is finished is kept: repeat the command with --resume."
+            "The scheduler was lost. What is finished is kept: repeat the call with --resume."
         )
     finally:
         for process in (scheduler, worker):

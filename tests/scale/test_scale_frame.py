@@ -2,6 +2,7 @@
 
 import pickle
 import random
+import re
 from dataclasses import replace
 from pathlib import Path
 from typing import Any
@@ -15,9 +16,9 @@ from support.scaling import QUICK, model_with_gaps, rows_of
 from support.sources import source_states
 from vantrel.config import PersonLabels
 from vantrel.model.models.person import PersonModel
-from vantrel.model_file import dumps
 from vantrel.sampling import BLOCK_ROWS, Plan, sample_block
 from vantrel.scale import partitions
+from vantrel.storage.models import dumps
 
 dask = pytest.importorskip("dask", reason="sampling on Dask needs Dask")
 pytest.importorskip("pyarrow", reason="Dask's frames need pyarrow")
@@ -152,25 +153,25 @@ def test_partitions_are_held_to_the_columns(
         frame.compute(scheduler="sync")
 
 
-def test_a_seed_is_drawn_and_told_once(
-    model: PersonModel, capsys: pytest.CaptureFixture[str]
+def test_a_seed_is_drawn_and_logged_once(
+    model: PersonModel, caplog: pytest.LogCaptureFixture
 ) -> None:
-    frame = scale.sample(model, 30, block_rows=10)
-    told = capsys.readouterr()
-    assert told.out == ""
-    start, end, seed = told.err.partition("vantrel: the seed is ")
-    assert (start, end) == ("", "vantrel: the seed is ")
-    once, again = frame.compute(scheduler="sync"), frame.compute(scheduler="sync")
-    assert capsys.readouterr().err == ""
+    with caplog.at_level("INFO", logger="vantrel"):
+        frame = scale.sample(model, 30, block_rows=10)
+        once, again = frame.compute(scheduler="sync"), frame.compute(scheduler="sync")
+        scale.sample(model, 30, block_rows=10)
+    first, second = (re.fullmatch(r"The seed is (\d+)\.", each) for each in caplog.messages)
+    assert first
+    assert second
     check_rows(once, again)
-    check_rows(once, rows_of(model, Plan(30, int(seed), 10)))
-    scale.sample(model, 30, block_rows=10)
-    assert capsys.readouterr().err.removeprefix(end) != seed
+    check_rows(once, rows_of(model, Plan(30, int(first[1]), 10)))
+    assert first[1] != second[1]
 
 
-def test_a_given_seed_is_not_told(model: PersonModel, capsys: pytest.CaptureFixture[str]) -> None:
-    scale.sample(model, 30, seed=7)
-    assert capsys.readouterr().err == ""
+def test_a_given_seed_is_not_logged(model: PersonModel, caplog: pytest.LogCaptureFixture) -> None:
+    with caplog.at_level("INFO", logger="vantrel"):
+        scale.sample(model, 30, seed=7)
+    assert caplog.messages == []
 
 
 @pytest.mark.parametrize("scheduler", ["synchronous", "threads"])
@@ -255,12 +256,12 @@ NUMBER = "{} is an integer from {} on, not {!r}."
         ({"npartitions": 2.5}, "The number of partitions is an integer from 1 on, not 2.5."),
         (
             {"unique": ["password"]},
-            "'password' cannot be made unique: only username and email can.",
+            "'password' cannot be made unique: only email and username can.",
         ),
         (
             {"unique": ("email",)},
-            "'email' cannot be made unique: the model does not make it. Fit it with --generate"
-            " email.",
+            "'email' cannot be made unique: the model does not make it. Fit it with"
+            " generate=['email'].",
         ),
     ],
 )

@@ -17,12 +17,13 @@ from support.scaling import QUICK, model_with_gaps
 from support.sources import source_states
 from vantrel import versions
 from vantrel.config import PersonLabels
+from vantrel.errors import PartitionError
 from vantrel.model.exceptions import ModelNotFittedError
 from vantrel.model.models.person import PersonModel
-from vantrel.model_file import dumps, loads
 from vantrel.sampling import Plan, blocks, sample_blocks
 from vantrel.scale import partitions as module
-from vantrel.scale.partitions import Partition, PartitionError, make_blocks, no_rows, partitions
+from vantrel.scale.partitions import Partition, make_blocks, no_rows, partitions
+from vantrel.storage.models import dumps, loads
 
 PLAN = Plan(rows=103, seed=7, block_rows=10)  # ten whole blocks and one of three rows
 TEXT = pd.Series([""]).dtype
@@ -38,10 +39,10 @@ def loaded(monkeypatch: pytest.MonkeyPatch) -> list[str]:
     """The contents that models are built from, each as often as it is."""
     built: list[str] = []
 
-    def slowly(content: str) -> PersonModel:
+    def slowly(content: str, *, allow_patterns: bool) -> PersonModel:
         built.append(content)
         time.sleep(0.05)  # so that threads which do not wait for each other meet here
-        return loads(content)
+        return loads(content, allow_patterns=allow_patterns)
 
     monkeypatch.setattr(module, "loads", slowly)
     return built
@@ -105,7 +106,7 @@ def test_a_model_that_is_not_fitted() -> None:
 def test_a_plan_that_cannot_be_carried_out() -> None:
     with pytest.raises(ValueError) as caught:
         partitions(fitted_model(), replace(PLAN, unique=("password",)))
-    assert str(caught.value) == ("'password' cannot be made unique: only username and email can.")
+    assert str(caught.value) == ("'password' cannot be made unique: only email and username can.")
 
 
 def test_all_that_travels_is_text_and_numbers(model: PersonModel) -> None:

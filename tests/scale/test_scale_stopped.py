@@ -1,7 +1,6 @@
 """A command that is stopped in the middle of a run, and what a second run makes of it."""
 
 import os
-import shutil
 import signal
 import subprocess
 import sys
@@ -15,16 +14,18 @@ from click.testing import CliRunner
 
 from support.people import fitted_model
 from support.scaling import contents
-from vantrel.command import main
+from vantrel.cli import main
 from vantrel.config import PersonLabels
-from vantrel.model_file import save
+from vantrel.storage.models import save
 
 psutil = pytest.importorskip("psutil", reason="clusters need distributed, which brings psutil")
 pytest.importorskip("distributed", reason="clusters need distributed")
 pytest.importorskip("pyarrow", reason="Parquet files need pyarrow")
 
+pytestmark = pytest.mark.usefixtures("folder")
+
 SECONDS = 120
-COMMAND = (sys.executable, "-c", "from vantrel.command import main; main()")
+COMMAND = (sys.executable, "-c", "from vantrel.cli import main; main()")
 PARTITIONS = 20
 RUN = (*"sample m.json -n 1000000 --seed 7 --dask -o".split(), "people")
 OPTIONS = ("--partitions", str(PARTITIONS))
@@ -35,13 +36,6 @@ def model_file(tmp_path_factory: pytest.TempPathFactory) -> Path:
     path = tmp_path_factory.mktemp("model") / "m.json"
     save(fitted_model(PersonLabels(gender="gender", firstname="first")), path)
     return path
-
-
-@pytest.fixture(autouse=True)
-def folder(tmp_path: Path, model_file: Path, monkeypatch: pytest.MonkeyPatch) -> Path:
-    monkeypatch.chdir(tmp_path)
-    shutil.copy(model_file, "m.json")
-    return tmp_path
 
 
 @pytest.fixture(scope="module")

@@ -7,9 +7,10 @@ import pytest
 from click.testing import CliRunner
 
 from support.people import fitted_model
-from vantrel.command import main
+from vantrel.cli import main
 from vantrel.config import PersonLabels
-from vantrel.model_file import save
+from vantrel.errors import MissingPackageError
+from vantrel.storage.models import save
 
 pytestmark = pytest.mark.skipif(find_spec("dask") is not None, reason="Dask is installed here")
 
@@ -20,12 +21,12 @@ def test_the_command(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
     result = CliRunner().invoke(main, "sample m.json -n 3 -o people --dask".split())
     assert result.exit_code == 1
     assert result.stderr == (
-        "vantrel: error: --dask needs distributed: pip install 'dask[dataframe,distributed]'.\n"
+        "vantrel: error: Work on Dask needs distributed: pip install 'vantrel[dask]'.\n"
     )
     assert not Path("people").exists()
 
 
 def test_in_python() -> None:
-    with pytest.raises(ImportError) as caught:
+    with pytest.raises(MissingPackageError) as caught:
         from vantrel.scale import sample  # noqa: F401 - to import it is the test
-    assert str(caught.value) == ("vantrel.scale.sample needs Dask: pip install 'dask[dataframe]'.")
+    assert str(caught.value) == "Work on Dask needs dask: pip install 'vantrel[dask]'."

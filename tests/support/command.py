@@ -11,9 +11,11 @@ import sys
 from collections.abc import Mapping
 from pathlib import Path
 
+import pandas as pd
 from click.testing import CliRunner, Result
 
-from vantrel.command import main
+from vantrel.cli import main
+from vantrel.tables import read_table
 
 
 def run(line: str, **environment: str | None) -> Result:
@@ -41,13 +43,9 @@ def fail(line: str, status: int) -> str:
     return message.removeprefix(start)
 
 
-def separator_hint(name: str, written: str) -> str:
-    """What a message says of a table that is not separated by commas."""
-    return (
-        f" It seems to be separated by {name}: save it as CSV UTF-8 (comma separated), or convert"
-        " it, as in python -c \"import pandas as pd; pd.read_csv('in.csv',"
-        f" sep='{written}', dtype=str, keep_default_na=False).to_csv('out.csv', index=False)\"."
-    )
+def made(path: str = "out.csv") -> pd.DataFrame:
+    """The table that a command has written."""
+    return read_table(Path(path))
 
 
 def contents_here() -> dict[str, bytes]:

@@ -6,10 +6,12 @@ import numpy as np
 import pandas as pd
 import pycountry
 
-from vantrel.record import SampleRecord
-from vantrel.report.columns import LabelledTable
-from vantrel.report.figures import compare
-from vantrel.report.page import Sources, render
+from vantrel.reporting.figures import compare_labelled
+from vantrel.reporting.labelled import LabelledTable
+from vantrel.reporting.page import Sources, render
+from vantrel.reporting.provenance import provenance
+from vantrel.sampling.record import SampleRecord
+from vantrel.tables import frame_table
 from vantrel.versions import versions
 
 COLUMNS = {
@@ -87,7 +89,7 @@ def both(
     real: pd.DataFrame, sampled: pd.DataFrame, columns: Mapping[str, str] = COLUMNS
 ) -> tuple[LabelledTable, LabelledTable]:
     """Labels two tables alike."""
-    return LabelledTable(real, columns), LabelledTable(sampled, columns)
+    return LabelledTable(frame_table(real), columns), LabelledTable(frame_table(sampled), columns)
 
 
 def page(
@@ -97,5 +99,6 @@ def page(
     sources: Sources | None = None,
 ) -> str:
     """The report on two tables."""
-    figures = compare(*both(real, sampled))
-    return render(figures, sources or Sources("real.csv", "sampled.csv"), made)
+    figures = compare_labelled(*both(real, sampled))
+    told = provenance(made, len(sampled)) if made else None
+    return render(figures, sources or Sources("real.csv", "sampled.csv"), told)

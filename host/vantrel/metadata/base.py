@@ -3,12 +3,12 @@
 from __future__ import annotations
 
 from abc import ABC, abstractmethod
-from typing import TYPE_CHECKING, Any, ClassVar, Self
+from typing import Any, ClassVar, Self
 
-from vantrel.metadata.exceptions import ColumnNotFoundError
+import pandas as pd
 
-if TYPE_CHECKING:
-    import pandas as pd
+from vantrel.errors import ColumnNotFoundError, FittingError
+from vantrel.hints import listed
 
 
 class ValueMeta(ABC):
@@ -56,14 +56,14 @@ def column_of(df: pd.DataFrame, name: str) -> pd.Series:
 
     Raises:
         ColumnNotFoundError: There is none; the error names those that are there.
-        ValueError: There are several of that name.
+        FittingError: There are several of that name.
     """
     if name not in df.columns:
-        known = ", ".join(map(repr, df.columns)) or "none"
+        known = listed(df.columns) or "none"
         raise ColumnNotFoundError(f"The table has no column {name!r}; its columns are: {known}.")
     column = df[name]
     if column.ndim > 1:
-        raise ValueError(
+        raise FittingError(
             f"The table has {column.shape[1]} columns {name!r}: rename all but one of them."
         )
     return column

@@ -10,12 +10,7 @@ _TYPES: dict[str, type[ValueMeta]] = {meta.kind: meta for meta in (Nominal, Stri
 
 
 def meta_from_dict(d: dict[str, Any]) -> ValueMeta:
-    """Rebuilds the meta whose type the form names.
-
-    Raises:
-        KeyError: The form lacks a key.
-        ValueError: The form names a type that is not known.
-    """
+    """Rebuilds the meta whose type the form names."""
     kind = d["type"]
     if kind not in _TYPES:
         raise ValueError(f"Unknown type of meta {kind!r}; known are: {', '.join(_TYPES)}.")

@@ -3,12 +3,12 @@
 from __future__ import annotations
 
 from collections.abc import Iterable
-from typing import TYPE_CHECKING, Any, Self
+from typing import Any, Self
 
+import pandas as pd
+
+from vantrel.errors import ArgumentTypeError
 from vantrel.metadata.base import ValueMeta, column_of
-
-if TYPE_CHECKING:
-    import pandas as pd
 
 
 class Nominal(ValueMeta):
@@ -23,10 +23,7 @@ class Nominal(ValueMeta):
     kind = "nominal"
 
     def __init__(
-        self,
-        name: str,
-        categories: Iterable[Any] | None = None,
-        nan_freq: float | None = None,
+        self, name: str, categories: Iterable[Any] | None = None, nan_freq: float | None = None
     ) -> None:
         super().__init__(name, nan_freq)
         self._categories = None if categories is None else list(categories)
@@ -46,14 +43,14 @@ class Nominal(ValueMeta):
 
         Raises:
             ColumnNotFoundError: There is no such column.
-            TypeError: It holds values that cannot be told apart, such as lists.
-            ValueError: There are several of that name.
+            ArgumentTypeError: It holds values that cannot be told apart, such as lists.
+            FittingError: There are several of that name.
         """
         column = column_of(df, self.name)
         try:
             self._categories = self._distinct(column.dropna())
         except (TypeError, NotImplementedError) as error:
-            raise TypeError(
+            raise ArgumentTypeError(
                 f"Column {self.name!r} holds values that cannot be told apart, such as lists: give"
                 " it texts."
             ) from error

@@ -2,15 +2,13 @@
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING, Any, Self, cast
+from typing import Any, Self, cast
 
 import numpy as np
+import pandas as pd
 
 from vantrel.metadata.base import ValueMeta
 from vantrel.metadata.forms import meta_from_dict
-
-if TYPE_CHECKING:
-    import pandas as pd
 
 
 class DiscreteModel[MetaT: ValueMeta, ValueT]:

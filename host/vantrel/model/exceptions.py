@@ -1,5 +1,5 @@
 """What can go wrong with a model."""
 
+from vantrel.errors import ModelNotFittedError
 
-class ModelNotFittedError(Exception):
-    """A model was asked for what it learns from data before it was fitted."""
+__all__ = ["ModelNotFittedError"]

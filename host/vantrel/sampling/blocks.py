@@ -9,18 +9,16 @@ from __future__ import annotations
 import math
 from collections.abc import Iterable, Iterator
 from dataclasses import dataclass
-from typing import TYPE_CHECKING
 
 import numpy as np
 import pandas as pd
 
+from vantrel.arguments import refuse_text
+from vantrel.errors import ArgumentError
+from vantrel.model.models.person import PersonModel
 from vantrel.sampling.people import sample_people
+from vantrel.sampling.seeding import own_sources
 from vantrel.sampling.unique import make_unique, refuse_not_unique
-from vantrel.seeding import own_sources
-from vantrel.util.arguments import refuse_text
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
 
 BLOCK_ROWS = 50_000
 
@@ -40,12 +38,8 @@ class Plan:
         rows: The number of rows.
         seed: An integer from 0 on.
         block_rows: The number of rows of each block but the last.
-        unique: The attributes whose columns are made unique, of "username" and "email"; kept
-            sorted and once each.
-
-    Raises:
-        TypeError: The attributes are one text.
-        ValueError: A number is out of its range.
+        unique: The attributes whose columns are made unique, of "username" and "email"; kept sorted
+            and once each.
     """
 
     rows: int
@@ -57,7 +51,7 @@ class Plan:
         for name, (what, least) in _NUMBERS.items():
             value = getattr(self, name)
             if isinstance(value, bool) or not isinstance(value, int | np.integer) or value < least:
-                raise ValueError(f"{what} is an integer from {least} on, not {value!r}.")
+                raise ArgumentError(f"{what} is an integer from {least} on, not {value!r}.")
             object.__setattr__(self, name, int(value))
         refuse_text(self.unique, "unique", "attributes")
         object.__setattr__(self, "unique", tuple(sorted(set(self.unique))))
@@ -102,14 +96,10 @@ def sample_block(
 
 
 def check_plan(model: PersonModel, plan: Plan, conditions: pd.DataFrame | None = None) -> None:
-    """Makes sure before the first row that a plan can be carried out.
-
-    Raises:
-        ValueError: A column cannot be unique, or there are not as many conditions as rows.
-    """
+    """Refuses, before the first row, a plan that cannot be carried out."""
     refuse_not_unique(model, plan.unique, plan.rows)
     if conditions is not None and len(conditions) != plan.rows:
-        raise ValueError(
+        raise ArgumentError(
             f"There are {len(conditions):,} rows of conditions for {plan.rows:,} rows to make:"
             " leave the number of rows out."
         )
@@ -118,10 +108,6 @@ def check_plan(model: PersonModel, plan: Plan, conditions: pd.DataFrame | None =
 def sample_blocks(
     model: PersonModel, plan: Plan, conditions: pd.DataFrame | None = None
 ) -> Iterator[pd.DataFrame]:
-    """Makes a sample block by block, each as :func:`sample_block` does.
-
-    Raises:
-        ValueError: The plan cannot be carried out; raised before the first block.
-    """
+    """Makes a sample block by block, each as :func:`sample_block` does; checks the plan at once."""
     check_plan(model, plan, conditions)
     return (sample_block(model, plan, block, conditions) for block in range(plan.blocks))

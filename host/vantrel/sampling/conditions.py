@@ -3,42 +3,40 @@
 from __future__ import annotations
 
 from collections.abc import Iterable
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
 import pandas as pd
 
-from vantrel.sampling.places import take_in
+from vantrel.arguments import as_frame
+from vantrel.errors import ConditionsError
+from vantrel.genders import by_gender, learnt_by_gender
+from vantrel.hints import argument
+from vantrel.model.models.person import PersonModel
+from vantrel.sampling.places import refuse_borrowed, take_in
 from vantrel.util.locale.locale import unknown_places
-from vantrel.util.person import collections_from_mapping
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
+from vantrel.wording import some
 
 _MOST_VALUES = 1_000
 _MOST_ROWS = 10
 
 
-class ConditionsError(ValueError):
-    """A model cannot make what the conditions ask for."""
-
-
-def prepare_conditions(model: PersonModel, table: pd.DataFrame) -> pd.DataFrame:
+def prepare_conditions(model: PersonModel, table: Any, *, strict: bool = False) -> pd.DataFrame:
     """Checks genders and countries row by row and takes countries in that the fit did not see.
 
     Args:
         model: A fitted model; its map of countries grows.
-        table: One row for each to make. Only the model's columns of gender and country are used.
+        table: A table, as :func:`vantrel.fit` takes it, with a row for each to make. Only the
+            model's columns of gender and country are used.
+        strict: Whether countries are refused of which Faker has no names of their own.
 
     Returns:
-        A frame of these columns with the index 0 to n - 1.
-
-    Raises:
-        ConditionsError: The table has neither column, or values that the model cannot place; these
-            are named with their rows, the first of which is row 1.
+        A frame of these columns with the index 0 to n - 1. What cannot be placed is refused with
+        its rows, the first of which is row 1.
     """
+    given = as_frame(table, "A table of conditions")
     labels = model.labels
     columns = [column for column in (labels.gender, labels.country) if column is not None]
-    conditions = table[[column for column in columns if column in table]].reset_index(drop=True)
+    conditions = given[[column for column in columns if column in given]].reset_index(drop=True)
     if conditions.columns.empty:
         raise ConditionsError(_without_columns(columns))
     problems = []
@@ -48,11 +46,14 @@ def prepare_conditions(model: PersonModel, table: pd.DataFrame) -> pd.DataFrame:
         unplaced = values[~values.isin(placed(model, values.dropna().unique()))]
         problems += _problems(column, unplaced)
     if problems:
-        more = f"; and {len(problems) - _MOST_VALUES} more" if len(problems) > _MOST_VALUES else ""
+        if len(problems) > _MOST_VALUES:
+            problems[_MOST_VALUES:] = [f"and {len(problems) - _MOST_VALUES} more"]
         raise ConditionsError(
-            f"The conditions have values that the model cannot place: "
-            f"{'; '.join(problems[:_MOST_VALUES])}{more}. Correct them or leave the rows out."
+            f"The conditions have values that the model cannot place: {'; '.join(problems)}."
+            " Correct them or leave the rows out."
         )
+    if strict:
+        refuse_borrowed(model, conditions)
     if labels.country in conditions:
         take_in(model, conditions[labels.country].unique())
     return conditions
@@ -60,7 +61,10 @@ def prepare_conditions(model: PersonModel, table: pd.DataFrame) -> pd.DataFrame:
 
 def _without_columns(columns: list[str]) -> str:
     if not columns:
-        return "The model has neither a column of genders nor one of countries: use -n instead."
+        return (
+            "The model has neither a column of genders nor one of countries: give a number of"
+            f" people instead, as in {argument('n', 1000)}."
+        )
     return f"The conditions need a column {' or '.join(map(repr, columns))}, as the model has."
 
 
@@ -79,28 +83,15 @@ def _shown(value: Any) -> str:
 
 
 def _rows(numbers: Iterable[int]) -> str:
-    rows = list(numbers)
-    named = ", ".join(map(str, rows[:_MOST_ROWS]))
-    more = f" and {len(rows) - _MOST_ROWS} more" if len(rows) > _MOST_ROWS else ""
-    return f"row{'s' if len(rows) > 1 else ''} {named}{more}"
+    rows = list(map(str, numbers))
+    return f"row{'s' if len(rows) > 1 else ''} {some(rows, _MOST_ROWS)}"
 
 
 def _placed_genders(model: PersonModel, values: Iterable[str]) -> list[str]:
     """Those whose gender has at least one value in the fitted table."""
-    from vantrel.model.models.person import GenderModel
-
-    config, labels = model.config, model.labels
-    patterns = {
-        GenderModel.key_female: config.gender_female_regex,
-        GenderModel.key_male: config.gender_male_regex,
-        GenderModel.key_non_binary: config.gender_non_binary_regex,
-    }
-    assert labels.gender is not None
-    genders = model.meta[labels.gender].categories
-    assert genders is not None
-    learnt = collections_from_mapping(genders, patterns, GenderModel.key_ambiguous)
-    given = collections_from_mapping(list(values), patterns, GenderModel.key_ambiguous)
-    return [value for key, those in given.items() if learnt.get(key) for value in those]
+    learnt = learnt_by_gender(model, "gender")
+    given = by_gender(values, model.config, "gender")
+    return [value for key, those in given.items() if learnt[key] for value in those]
 
 
 def _placed_countries(_model: PersonModel, values: Iterable[str]) -> list[str]:

@@ -2,12 +2,11 @@
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING
-
 import pandas as pd
 
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
+from vantrel.errors import SamplingError, raised_by_model
+from vantrel.model.models.person import PersonModel
+from vantrel.util.locale.locale import told_before
 
 
 def sample_people(
@@ -26,11 +25,9 @@ def sample_people(
         n: The number of rows; the number of rows of ``conditions`` where that is given.
         conditions: Genders or countries or both, by the model's columns, one row for each to make,
             with the index 0 to n - 1 and no missing value.
-
-    Returns:
-        A frame of the labelled columns with the index 0 to n - 1.
     """
-    people = _sample_countries_too(model, n, conditions)
+    with told_before(), raised_by_model(SamplingError, "The model cannot make such rows"):
+        people = _sample_countries_too(model, n, conditions)
     _unwrite_missing_titles(people, model)
     return people
 

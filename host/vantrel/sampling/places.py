@@ -3,50 +3,39 @@
 from __future__ import annotations
 
 from collections.abc import Iterable
-from typing import TYPE_CHECKING
 
+import pandas as pd
+
+from vantrel.errors import SamplingError
+from vantrel.hints import argument, listed
+from vantrel.model.models.person import PersonModel
 from vantrel.util.locale.locale import Provider, borrowed_places, get_country_to_provder_map
-
-if TYPE_CHECKING:
-    import pandas as pd
-
-    from vantrel.model.models.person import PersonModel
 
 
 def take_in(model: PersonModel, countries: Iterable[str]) -> None:
-    """Gives a model names for countries that the fit did not see.
-
-    Raises:
-        ValueError: Some are neither a country nor a locale.
-
-    Warns:
-        BorrowedNamesWarning: Faker has no names of some new ones.
-    """
+    """Gives a model names for countries that the fit did not see; warns of borrowed ones."""
     known = model.country_to_provider_map
     new = [country for country in countries if country not in known]
     model.country_to_provider_map = known | get_country_to_provder_map(new, Provider.PERSON)
 
 
-def refuse_borrowed(model: PersonModel, conditions: pd.DataFrame | None = None) -> None:
-    """Makes sure that Faker has names of every country or locale that a model may sample.
+def places_of(model: PersonModel, conditions: pd.DataFrame | None = None) -> list[str]:
+    """Lists the countries, or else the locales, that a fitted model may sample.
 
-    Args:
-        model: A fitted model.
-        conditions: What ``prepare_conditions`` made; of given countries no others are sampled.
-
-    Raises:
-        ValueError: It has none of some; all of them are named.
+    Of the countries in ``conditions``, as ``prepare_conditions`` made them, no others are sampled.
     """
     country = model.labels.country
+    if country is None:
+        return list(model.locales)
     if conditions is not None and country in conditions:
-        places = list(conditions[country].unique())
-    elif country is not None:
-        places = list(model.country_to_provider_map)
-    else:
-        places = list(model.locales or [model.default_locale])
-    borrowed = borrowed_places(places)
-    if borrowed:
-        raise ValueError(
-            f"Faker has no person names of its own for {', '.join(map(repr, borrowed))}: leave"
-            " --strict out to give these people names from elsewhere."
+        return list(conditions[country].unique())
+    return list(model.country_to_provider_map)
+
+
+def refuse_borrowed(model: PersonModel, conditions: pd.DataFrame | None = None) -> None:
+    """Refuses a model that may sample places of which Faker has no names; all of them are named."""
+    if borrowed := borrowed_places(places_of(model, conditions)):
+        raise SamplingError(
+            f"Faker has no person names of its own for {listed(borrowed)}: leave"
+            f" {argument('strict')} out to give these people names from elsewhere."
         )

@@ -3,15 +3,14 @@
 from __future__ import annotations
 
 from collections.abc import Iterable
-from typing import TYPE_CHECKING
 
 import numpy as np
 import pandas as pd
 
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
-
-ATTRIBUTES = ("username", "email")
+from vantrel.attributes import UNIQUE
+from vantrel.errors import ArgumentError, SamplingError
+from vantrel.hints import argument
+from vantrel.model.models.person import PersonModel
 
 _ALPHABET = np.frombuffer(b"0123456789abcdefghijklmnopqrstuvwxyz", dtype="S1")
 _LENGTH = 6
@@ -24,25 +23,20 @@ _STRIDE = 1_345_325_471
 
 
 def refuse_not_unique(model: PersonModel, attributes: Iterable[str], rows: int) -> None:
-    """Makes sure that the columns of some attributes can be made unique.
-
-    Raises:
-        ValueError: An attribute cannot be made unique, the model does not have it, or there are
-            more rows than codes.
-    """
+    """Refuses attributes whose columns cannot be made unique in a sample of so many rows."""
     for attribute in attributes:
-        if attribute not in ATTRIBUTES:
-            raise ValueError(
-                f"{attribute!r} cannot be made unique: only {' and '.join(ATTRIBUTES)} can."
+        if attribute not in UNIQUE:
+            raise ArgumentError(
+                f"{attribute!r} cannot be made unique: only {' and '.join(UNIQUE)} can."
             )
         column = getattr(model.labels, attribute)
         if column is None:
-            raise ValueError(
+            raise SamplingError(
                 f"{attribute!r} cannot be made unique: the model does not make it. Fit it with"
-                f" --generate {attribute}."
+                f" {argument('generate', [attribute])}."
             )
         if rows > MOST_ROWS:
-            raise ValueError(
+            raise SamplingError(
                 f"Column {column!r} runs out of unique values at {MOST_ROWS:,} rows: ask for fewer."
             )
 
@@ -59,7 +53,7 @@ def make_unique(
     Args:
         people: A part of a sample; changed in place.
         model: The model that made it.
-        attributes: Of :data:`ATTRIBUTES`, those that the model makes.
+        attributes: Of "username" and "email", those that the model makes.
         first_row: The number in the whole sample of the part's first row.
     """
     codes = row_codes(first_row, len(people))

@@ -2,18 +2,19 @@
 
 from __future__ import annotations
 
-import secrets
-import sys
 from collections.abc import Iterable
-from typing import TYPE_CHECKING
+from typing import Any
 
 import pandas as pd
 
+from vantrel.arguments import check_model
+from vantrel.errors import ArgumentError
+from vantrel.hints import argument
+from vantrel.model.models.person import PersonModel
 from vantrel.sampling.blocks import Plan, sample_blocks
 from vantrel.sampling.conditions import prepare_conditions
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
+from vantrel.sampling.places import refuse_borrowed
+from vantrel.sampling.seeding import given_or_drawn
 
 
 def sample(
@@ -21,40 +22,72 @@ def sample(
     n: int | None = None,
     *,
     seed: int | None = None,
-    conditions: pd.DataFrame | None = None,
+    conditions: Any = None,
     unique: Iterable[str] = (),
+    strict: bool = False,
 ) -> pd.DataFrame:
     """Samples people, the same ones from the same model and seed.
 
     The rows are those of ``vantrel sample`` and of :func:`vantrel.scale.sample`. No random source
-    of the process is left changed. Countries are missing as often as in the
-    fitted table, or as genders where these are missing more often.
+    of the process is left changed. Countries are missing as often as in the fitted table, or as
+    genders where these are missing more often.
 
     Args:
         model: A fitted model; its own random generators are replaced.
         n: The number of rows; left out where conditions are given.
-        seed: An integer from 0 on. If None, one is drawn and told on stderr.
-        conditions: Genders or countries or both, in columns named as the model's, a row for each
-            person to make. Countries may be new to the model.
+        seed: An integer from 0 on. If None, one is drawn and logged.
+        conditions: A table, as :func:`vantrel.fit` takes it, of genders or countries or both, in
+            columns named as the model's, a row for each person to make. Countries may be new to the
+            model.
         unique: The attributes of which no value may come twice: "username", "email" or both.
+        strict: Whether countries and locales are refused of which Faker has no names of their own.
 
     Returns:
-        A frame of the labelled columns, in the order of the fitted table, with the index 0 to
-        n - 1.
+        A frame of the labelled columns, in the order of the fitted table, with the index 0 to n -
+        1. Its ``attrs["seed"]`` is the seed.
 
     Raises:
-        TypeError: ``unique`` is one text.
-        ValueError: Not just one of ``n`` and ``conditions`` is given, one of the conditions cannot
-            be placed, or a column cannot be made unique.
+        ArgumentTypeError: The model or the conditions are none, or ``unique`` is one text.
+        ArgumentError: Not just one of ``n`` and ``conditions`` is given, a number is out of its
+            range, or a column cannot be made unique.
+        SamplingError: One of the conditions cannot be placed (:class:`vantrel.ConditionsError`), or
+            names would be borrowed though ``strict`` is set.
         ModelNotFittedError: Nothing has been learnt yet.
+
+    Warns:
+        BorrowedNamesWarning: Faker has no names of some countries that are new to the model.
     """
+    plan, given = plan_sample(model, n, conditions, seed=seed, unique=unique, strict=strict)
+    people = pd.concat(list(sample_blocks(model, plan, given)))
+    people.attrs["seed"] = plan.seed
+    return people
+
+
+def plan_sample(
+    model: PersonModel,
+    n: int | None,
+    conditions: Any,
+    *,
+    seed: int | None,
+    unique: Iterable[str],
+    strict: bool,
+) -> tuple[Plan, pd.DataFrame | None]:
+    """Tells what to make if a model can make it, and gives the conditions, checked."""
+    check_model(model)
+    refuse_neither_or_both(n, conditions)
+    given = None
+    if n is None:
+        given = prepare_conditions(model, conditions, strict=strict)
+        n = len(given)
+    elif strict:
+        refuse_borrowed(model)
+    return Plan(n, given_or_drawn(seed), unique=unique), given
+
+
+def refuse_neither_or_both(n: int | None, conditions: object) -> None:
+    """Refuses what does not tell in just one way how many people to make."""
     if (n is None) == (conditions is None):
-        raise ValueError("Give either 'n', a number of people, or 'conditions', a frame.")
-    if seed is None:
-        seed = secrets.randbits(32)
-        print(f"vantrel: the seed is {seed}", file=sys.stderr)
-    given = None if conditions is None else prepare_conditions(model, conditions)
-    rows = len(given) if given is not None else n
-    assert rows is not None
-    plan = Plan(rows, seed, unique=unique)
-    return pd.concat(list(sample_blocks(model, plan, given)))
+        raise ArgumentError(
+            f"Give either {argument('n', ...)}, a number of people, or"
+            f" {argument('conditions', ...)}, a table."
+        )

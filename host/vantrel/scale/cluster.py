@@ -13,6 +13,7 @@ from distributed import Client, LocalCluster, Security
 from distributed.comm.core import connect
 from distributed.utils import silence_logging_cmgr
 
+from vantrel.errors import ClusterError
 from vantrel.versions import differences, versions
 
 _SECONDS_TO_ANSWER = 15
@@ -22,17 +23,8 @@ _SECONDS_TO_ANSWER = 15
 def connected(address: str | None, workers: int | None) -> Iterator[Client]:
     """Connects to a cluster, or starts one on this machine and stops it in the end.
 
-    Distributed logs nothing meanwhile: what goes wrong is raised.
-
-    Args:
-        address: The address of a scheduler, such as "tcp://10.0.0.1:8786". None starts a cluster
-            on this machine.
-        workers: The number of processes on this machine; one for each core if None.
-
-    Raises:
-        ConnectionError: No scheduler answers at the address.
-        ValueError: The address is none, or a worker lacks vantrel or has other versions of what the
-            rows depend on.
+    The arguments are those of :func:`vantrel.scale.sample_to_folder`. Distributed logs nothing
+    meanwhile: what goes wrong is raised.
     """
     with silence_logging_cmgr(logging.CRITICAL):
         if address is not None:
@@ -93,7 +85,7 @@ async def _knock(address: str) -> None:
             " address"
         ) from error
     except ValueError as error:
-        raise ValueError(
+        raise ClusterError(
             f"{address!r} is no address of a scheduler ({error}): write one as tcp://10.0.0.1:8786."
         ) from error
 
@@ -102,12 +94,12 @@ def _refuse_other_versions(client: Client) -> None:
     try:
         installed = client.run(versions)
     except ModuleNotFoundError as error:
-        raise ValueError(
+        raise ClusterError(
             f"A worker lacks {error.name}: install the same versions of everything everywhere."
         ) from error
     for worker, there in installed.items():
         if different := differences(there):
-            raise ValueError(
+            raise ClusterError(
                 f"Worker {worker} would make other rows: {'; '.join(different)}. Install the same"
                 " versions everywhere."
             )

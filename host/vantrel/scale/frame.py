@@ -2,23 +2,16 @@
 
 from __future__ import annotations
 
-import secrets
-import sys
 from collections.abc import Iterable
-from typing import TYPE_CHECKING
 
+import dask.dataframe as dd
 import pandas as pd
 
+from vantrel.arguments import check_model
+from vantrel.model.models.person import PersonModel
 from vantrel.sampling import BLOCK_ROWS, Plan
+from vantrel.sampling.seeding import given_or_drawn
 from vantrel.scale.partitions import Partition, make_blocks, no_rows, partitions
-
-try:
-    import dask.dataframe as dd
-except ImportError as error:
-    raise ImportError("vantrel.scale.sample needs Dask: pip install 'dask[dataframe]'.") from error
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
 
 
 def sample(
@@ -32,36 +25,29 @@ def sample(
 ) -> dd.DataFrame:
     """Samples people as a Dask frame, which is computed where and when Dask is told to.
 
-    The same model, ``n``, ``seed``, ``block_rows`` and ``unique`` give the same rows for any
-    number of partitions, on any scheduler, and also when a worker is lost and its partitions are
-    made again. With the usual ``block_rows`` they are the rows of :func:`vantrel.sample`.
+    The same model, ``n``, ``seed``, ``block_rows`` and ``unique`` give the same rows for any number
+    of partitions, on any scheduler, and also when a worker is lost and its partitions are made
+    again. With the usual ``block_rows`` they are the rows of :func:`vantrel.sample`, which takes
+    the same arguments and raises the same errors.
 
     Args:
         model: A fitted model. It is sent as the text of its file and stays as it is.
         n: The number of rows.
-        seed: An integer from 0 on. If None, one is drawn now and told on stderr.
+        seed: An integer from 0 on. If None, one is drawn now and logged.
         block_rows: The rows that are seeded and made together. Other rows come out for another
             number; a worker needs memory for a few times as many.
-        npartitions: The number of partitions, at most the number of blocks. If None, one for
-            every four blocks.
-        unique: The attributes of which no value may come twice: "username", "email" or both.
+        npartitions: The number of partitions, at most the number of blocks. If None, one for every
+            four blocks.
+        unique: As there.
 
     Returns:
         A frame of the labelled columns, all of Dask's dtype of text, whose index is 0 to n - 1 with
         known divisions. Computing it raises :class:`vantrel.scale.PartitionError` where rows cannot
         be made, and names them.
-
-    Raises:
-        ModelNotFittedError: Nothing has been learnt yet.
-        TypeError: ``unique`` is one text.
-        ValueError: A number is out of its range, a column cannot be made unique, or the model
-            could not be loaded from a file again.
     """
-    drawn = secrets.randbits(32) if seed is None else seed
-    plan = Plan(n, drawn, block_rows, unique)
+    check_model(model)
+    plan = Plan(n, given_or_drawn(seed), block_rows, unique)
     parts = partitions(model, plan, npartitions)
-    if seed is None:
-        print(f"vantrel: the seed is {drawn}", file=sys.stderr)
     last = max(n - 1, 0)
     people: dd.DataFrame = dd.from_map(
         _make,
@@ -69,7 +55,7 @@ def sample(
         meta=no_rows(parts[0]),
         divisions=(*(part.rows.start for part in parts), last),
         enforce_metadata=True,
-        label=f"people-of-seed-{drawn}",
+        label=f"people-of-seed-{plan.seed}",
     )
     return people
 

@@ -9,29 +9,21 @@ from __future__ import annotations
 import json
 import math
 import threading
-import warnings
 from collections.abc import Iterator
 from dataclasses import dataclass, replace
 from functools import lru_cache
 from itertools import pairwise
-from typing import TYPE_CHECKING
 
 import pandas as pd
 
-from vantrel.model_file import dumps, loads
+from vantrel.errors import ArgumentError, PartitionError
+from vantrel.model.models.person import PersonModel
 from vantrel.sampling import Plan, check_plan, sample_block
-from vantrel.util.locale.locale import BorrowedNamesWarning
+from vantrel.storage.models import dumps, loads
 from vantrel.versions import differences
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
 
 # Some 50 MB of a frame of all attributes.
 _USUAL_BLOCKS = 4
-
-
-class PartitionError(ValueError):
-    """Some rows could not be made."""
 
 
 @dataclass(frozen=True)
@@ -66,16 +58,12 @@ def partitions(model: PersonModel, plan: Plan, count: int | None = None) -> list
         plan: What to make.
         count: The number of partitions; at most the number of blocks is made. One for every four
             blocks if None.
-
-    Raises:
-        ValueError: The count is no integer from 1 on, the plan cannot be carried out, or the model
-            could not be loaded from a file again.
     """
     check_plan(model, plan)
     if count is None:
         count = math.ceil(plan.blocks / _USUAL_BLOCKS)
     if isinstance(count, bool) or not isinstance(count, int) or count < 1:
-        raise ValueError(f"The number of partitions is an integer from 1 on, not {count!r}.")
+        raise ArgumentError(f"The number of partitions is an integer from 1 on, not {count!r}.")
     count = min(count, plan.blocks)
     content = dumps(model)
     borders = [number * plan.blocks // count for number in range(count + 1)]
@@ -86,10 +74,9 @@ def partitions(model: PersonModel, plan: Plan, count: int | None = None) -> list
 
 
 def make_blocks(partition: Partition) -> Iterator[pd.DataFrame]:
-    """Makes the blocks of a partition, one after the other.
+    """Makes the blocks of a partition, one after the other, as frames of text.
 
-    Yields:
-        Frames of text whose indexes are the numbers of the rows in the sample.
+    Their indexes are the numbers of the rows in the sample.
 
     Raises:
         PartitionError: A block could not be made, and its rows are named, or other versions are
@@ -119,11 +106,7 @@ def _as_text(people: pd.DataFrame) -> pd.DataFrame:
 
 
 def _model(content: str) -> PersonModel:
-    """Gives the model of a content, built once a process for all of its threads.
-
-    Raises:
-        PartitionError: Other versions are installed here than where the sample was planned.
-    """
+    """Gives the model of a content, built once a process for all of its threads."""
     with _building:
         return _built(content)
 
@@ -139,6 +122,4 @@ def _built(content: str) -> PersonModel:
             f"A worker would make other rows: {'; '.join(different)}. Install the same versions"
             " everywhere."
         )
-    with warnings.catch_warnings():
-        warnings.simplefilter("ignore", BorrowedNamesWarning)  # whoever fitted the model was told
-        return loads(content)
+    return loads(content, allow_patterns=True)  # the caller's own model

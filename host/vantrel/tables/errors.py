@@ -2,16 +2,33 @@
 
 from __future__ import annotations
 
+import zlib
+from collections.abc import Iterator
+from contextlib import contextmanager
 from pathlib import Path
 
-from vantrel.nearby import nearby_file
+from backports import zstd
+
+from vantrel.errors import TableError
+from vantrel.hints import why_unreadable
 
 
-class TableError(ValueError):
-    """A table cannot be read or written, or holds nothing to learn from."""
+@contextmanager
+def telling(path: Path, encoding: str = "UTF-8") -> Iterator[None]:
+    """Turns what may fail where a file is read into a ``TableError``.
 
-    @classmethod
-    def unreadable(cls, path: Path, error: OSError) -> TableError:
-        """The error of a table that the system does not let read."""
-        near = nearby_file(path, error)
-        return cls(f"Table {path} cannot be read: {error.strerror or error}.{near}")
+    Args:
+        path: What the user calls the file.
+        encoding: What its text is read in.
+    """
+    try:
+        yield
+    except UnicodeError as error:
+        raise TableError(
+            f"Table {path} is not in {encoding}: name its encoding, cp1252 most likely, or save it"
+            " as CSV UTF-8."
+        ) from error
+    except (EOFError, zlib.error, zstd.ZstdError) as error:
+        raise TableError(f"Table {path} is cut off or damaged: compress it anew.") from error
+    except OSError as error:
+        raise TableError(f"Table {path} {why_unreadable(path, error)}") from error

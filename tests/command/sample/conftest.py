@@ -8,7 +8,7 @@ import pytest
 
 from support.people import fitted_model
 from vantrel.config import PersonLabels
-from vantrel.model_file import dumps
+from vantrel.storage.models import dumps
 
 LABELS = PersonLabels(gender="sex", fullname="name", username="user", email="mail")
 PLACES = PersonLabels(gender="sex", fullname="name", country="land")

@@ -12,20 +12,16 @@ from typing import Any
 import pandas as pd
 import pytest
 
-from support.command import contents_here, fail, run, shell, succeed
-from vantrel.model_file import loads
-from vantrel.record import read_record
+from support.command import contents_here, fail, made, run, shell, succeed
 from vantrel.sampling import BLOCK_ROWS, Plan, sample_blocks
-from vantrel.tables import read_table, write_table
+from vantrel.sampling.record import read_record
+from vantrel.storage.models import loads
+from vantrel.tables import write_table
 from vantrel.versions import versions
 
 SECONDS = 60
 
 with_pyarrow = pytest.mark.skipif(find_spec("pyarrow") is None, reason="Parquet needs pyarrow")
-
-
-def made(path: str = "out.csv") -> pd.DataFrame:
-    return read_table(Path(path))
 
 
 # --- from the shell
@@ -67,8 +63,7 @@ def test_the_shell_with_standard_output() -> None:
         (
             "sample m.json -n 2 --unique title -o out.csv",
             2,
-            "Invalid value for '--unique': 'title' cannot be made unique: only username and email"
-            " can.",
+            "'title' cannot be made unique: only email and username can.",
         ),
     ],
 )
@@ -100,7 +95,7 @@ def test_csv_parquet_and_standard_output_have_the_same_rows() -> None:
 @pytest.mark.skipif(find_spec("pyarrow") is not None, reason="tells what is said without pyarrow")
 def test_parquet_needs_pyarrow() -> None:
     assert fail("sample m.json -n 5 -o out.parquet", 1) == (
-        "Parquet tables such as out.parquet need pyarrow: pip install 'vantrel[parquet]'."
+        "To write out.parquet needs pyarrow: pip install 'vantrel[parquet]'."
     )
 
 
@@ -195,7 +190,8 @@ def test_a_pipe_is_written_into_and_has_no_record() -> None:
 def test_a_file_in_the_place_of_the_record_is_not_lost(force: str) -> None:
     Path("out.csv.made.json").write_text("a note")
     assert fail(f"sample m.json -n 2 -o out.csv{force}", 1) == (
-        "out.csv.made.json is no record of a sample: no JSON. Move it away."
+        "out.csv.made.json is no record of a sample that this version knows (JSON is malformed:"
+        " invalid character (byte 0)): move it away."
     )
 
 
@@ -213,7 +209,7 @@ def test_no_record_is_left_that_tells_of_another_table(monkeypatch: pytest.Monke
     def fail_to_write(*_: Any) -> None:
         raise OSError(28, "No space left on device", "out.csv.made.json")
 
-    monkeypatch.setattr("vantrel.command.sample_here.write_record", fail_to_write)
+    monkeypatch.setattr("vantrel.sampling.to_file.write_record", fail_to_write)
     result = run("sample m.json -n 3 --seed 8 -o out.csv --force")
     assert result.exit_code == 1
     assert result.stderr == "vantrel: error: out.csv.made.json: No space left on device.\n"
@@ -270,18 +266,22 @@ def test_an_output_in_a_folder_that_is_not_tcontents_here() -> None:
         ),
         (
             "-n 2 --unique ,email -o out.csv",
-            "Invalid value for '--unique': '' cannot be made unique: only username and email can.",
+            "'' cannot be made unique: only email and username can.",
         ),
         (
             "-n 2 --csv-safe -o out.PQ",
             "--csv-safe is for CSV, and out.PQ is to be Parquet: leave it out.",
         ),
-        ("-n 2 --seed 1.5 -o x", "Invalid value for '--seed': '1.5' is no whole number."),
-        ("-n 1e6 -o x", "Invalid value for '-n': '1e6' is no whole number: write 1000000."),
+        (
+            "-n 2 --csv-safe -o out.jsonl.gz",
+            "--csv-safe is for CSV, and out.jsonl.gz is to be JSON Lines: leave it out.",
+        ),
+        ("-n 2 --seed 1.5 -o x", "Invalid value for '--seed': '1.5' is not a valid integer range."),
+        ("-n 1e6 -o x", "Invalid value for '-n': '1e6' is not a valid integer range."),
         *(
             (
                 f"-n 2 -o x {option}",
-                "--scheduler, --workers, --partitions and --resume go with --dask only: add it.",
+                f"Only --dask makes use of {option.split()[0]}: add it.",
             )
             for option in ("--scheduler tcp://x:1", "--workers 2", "--partitions 2", "--resume")
         ),

@@ -7,20 +7,16 @@ import pandas as pd
 import pytest
 from click.testing import CliRunner
 
-from support.command import fail, succeed
+from support.command import fail, made, succeed
 from support.people import fitted_model
-from vantrel.command import main
+from vantrel.cli import main
 from vantrel.config import PersonLabels, PersonModelConfig
-from vantrel.model_file import dumps
-from vantrel.tables import read_table, write_table
+from vantrel.storage.models import dumps
+from vantrel.tables import write_table
 
 SECONDS = 60
 
 with_pyarrow = pytest.mark.skipif(find_spec("pyarrow") is None, reason="Parquet needs pyarrow")
-
-
-def made(path: str = "out.csv") -> pd.DataFrame:
-    return read_table(Path(path))
 
 
 def test_conditions_are_met_row_by_row() -> None:

@@ -6,18 +6,16 @@ from collections import Counter
 from collections.abc import Iterable, Iterator
 from contextlib import contextmanager
 from dataclasses import asdict
-from typing import TYPE_CHECKING, Any, Self
+from typing import Any, Self
 
+import pandas as pd
+
+from vantrel.attributes import LEARNT
 from vantrel.config import PersonLabels
+from vantrel.errors import ArgumentError
 from vantrel.metadata.base import ValueMeta, column_of
 from vantrel.metadata.nominal import Nominal
 from vantrel.metadata.value.string import String
-
-if TYPE_CHECKING:
-    import pandas as pd
-
-# Only these attributes are learnt. The names and numbers of real people stay out of the meta.
-_LEARNT = {"gender": String, "title": String, "country": Nominal}
 
 
 class Person(ValueMeta):
@@ -37,9 +35,12 @@ class Person(ValueMeta):
         locales: See above.
         columns: The labelled columns in the order of the table that was extracted; ``None``
             before.
+        told_by: What told the column of each attribute, where :func:`vantrel.fit` has fitted.
+        learnt_from: The number of rows of that table.
+        notes: What it noted of the table, a sentence or two each.
 
     Raises:
-        ValueError: Two labels name one column.
+        ArgumentError: Two labels name one column.
     """
 
     kind = "person"
@@ -55,10 +56,15 @@ class Person(ValueMeta):
         self.labels = labels
         self.locales = None if locales is None else list(locales)
         self.columns: list[str] | None = None
+        self.told_by: dict[str, str] = {}
+        self.learnt_from = 0
+        self.notes: list[str] = []
         self._refuse_repeated_columns()
         self._children: dict[str, Nominal] = {
-            self.params[attribute]: child(self.params[attribute])
-            for attribute, child in _LEARNT.items()
+            self.params[attribute]: (Nominal if attribute == "country" else String)(
+                self.params[attribute]
+            )
+            for attribute in LEARNT  # names and numbers of real people stay out of the meta
             if attribute in self.params
         }
 
@@ -66,7 +72,7 @@ class Person(ValueMeta):
         for column, count in Counter(self.params.values()).items():
             if count > 1:
                 sharers = [attribute for attribute, c in self.params.items() if c == column]
-                raise ValueError(
+                raise ArgumentError(
                     f"Column {column!r} is labelled {' and '.join(map(repr, sharers))}: "
                     "give each attribute a column of its own."
                 )

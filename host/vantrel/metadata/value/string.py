@@ -2,13 +2,10 @@
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING
+import pandas as pd
 
 from vantrel.metadata.exceptions import MetaNotExtractedError
 from vantrel.metadata.nominal import Nominal
-
-if TYPE_CHECKING:
-    import pandas as pd
 
 
 class String(Nominal):

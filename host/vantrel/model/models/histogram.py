@@ -10,11 +10,15 @@ from typing import Any, Self, cast
 import numpy as np
 import pandas as pd
 
+from vantrel.errors import ArgumentError, ArgumentTypeError, FittingError, ModelNotFittedError
 from vantrel.metadata import Nominal
 from vantrel.metadata.base import column_of
 from vantrel.metadata.forms import meta_from_dict
 from vantrel.model.base import DiscreteModel
-from vantrel.model.exceptions import ModelNotFittedError
+
+_ANY_ARGUMENTS = inspect.Parameter.VAR_POSITIONAL
+_ANY_KEYWORDS = inspect.Parameter.VAR_KEYWORD
+_REQUIRED = inspect.Parameter.empty
 
 
 @dataclass(frozen=True)
@@ -31,7 +35,7 @@ class Drawn:
     positions: np.ndarray[tuple[int], np.dtype[np.int64]]
 
     def series(self, rows: Sequence[int] | None = None) -> pd.Series:
-        """Gives the values of all rows, or of those at some places, with a new index from 0."""
+        """Gives the values, of all rows or of those at some places, with the index 0 to n - 1."""
         positions = self.positions if rows is None else self.positions[list(rows)]
         column = pd.Series(self.values)
         if (positions < 0).any():
@@ -40,12 +44,20 @@ class Drawn:
         return pd.Series(column.array.take(positions), dtype=column.dtype, copy=False)
 
 
+def nothing_to_learn(column: str, rows: int) -> FittingError:
+    """The error of a column without a value that is understood."""
+    return FittingError(
+        f"Column {column!r} has nothing to learn from: each of its {rows} values is missing or not"
+        " understood."
+    )
+
+
 class Histogram[ValueT](DiscreteModel[Nominal, ValueT]):
     """Learns how often each value of a column occurs and draws values as often.
 
     A subclass may learn other values than the column's own (keys of groups of them). What its
-    constructor takes beside ``meta`` are its settings: they are kept in attributes of the same
-    names and are part of the dictionary form.
+    constructor takes beside ``meta`` are its settings: those that are kept in attributes of the
+    same names are part of the dictionary form.
 
     Args:
         meta: What is known of the column. The share of missing values is kept in its
@@ -66,16 +78,13 @@ class Histogram[ValueT](DiscreteModel[Nominal, ValueT]):
 
         Raises:
             ColumnNotFoundError: There is no such column.
-            ValueError: The column has no value to learn from.
+            FittingError: The column has no value to learn from.
         """
         column = column_of(df, self.name)
         shares = column.value_counts(sort=False, normalize=True)
         values = column.dropna().unique().tolist()
         if not values:
-            raise ValueError(
-                f"Column {self.name!r} has nothing to learn from: each of its {len(column)} values"
-                " is missing or not understood."
-            )
+            raise nothing_to_learn(self.name, len(column))
         self._learns_categories |= not self._meta.extracted
         if self._learns_categories:
             self._meta.extract(df)
@@ -103,7 +112,7 @@ class Histogram[ValueT](DiscreteModel[Nominal, ValueT]):
 
         Raises:
             ModelNotFittedError: Nothing has been learnt yet.
-            ValueError: Neither ``n`` nor ``conditions`` is given, or ``n`` is below 0.
+            ArgumentError: Neither ``n`` nor ``conditions`` is given, or ``n`` is below 0.
         """
         if conditions is not None and self.name in conditions.columns:
             return conditions[[self.name]]
@@ -115,10 +124,10 @@ class Histogram[ValueT](DiscreteModel[Nominal, ValueT]):
 
         Raises:
             ModelNotFittedError: Nothing has been learnt yet.
-            ValueError: ``rows`` is missing or below 0.
+            ArgumentError: ``rows`` is missing or below 0.
         """
         if rows is None or rows < 0:
-            raise ValueError("Give 'n', a number of rows that is not below 0, or 'conditions'.")
+            raise ArgumentError("Give 'n', a number of rows that is not below 0, or 'conditions'.")
         if not self._probabilities:
             raise ModelNotFittedError(f"Nothing has been learnt of column {self.name!r} yet.")
         weights = np.fromiter(self._probabilities.values(), dtype=float)
@@ -131,24 +140,32 @@ class Histogram[ValueT](DiscreteModel[Nominal, ValueT]):
     sample.positions = draw  # type: ignore[attr-defined]  # of a function
 
     @classmethod
-    def _setting_names(cls) -> list[str]:
-        return [name for name in inspect.signature(cls).parameters if name != "meta"]
+    def _settings(cls) -> dict[str, inspect.Parameter]:
+        """What the constructors of this class and its bases take by name, beside the meta."""
+        constructors = [vars(each)["__init__"] for each in cls.__mro__ if "__init__" in vars(each)]
+        taken = [inspect.signature(each).parameters for each in constructors[:-1]]  # not object's
+        return {
+            name: parameter
+            for parameters in reversed(taken)
+            for name, parameter in list(parameters.items())[1:]
+            if name != "meta" and parameter.kind not in (_ANY_ARGUMENTS, _ANY_KEYWORDS)
+        }
 
     def to_dict(self) -> dict[str, Any]:
         """Gives the dictionary form: the meta, the probabilities and the settings.
 
         Raises:
-            TypeError: A value is not a string and so cannot be a key in JSON.
+            ArgumentTypeError: A value is not a string and so cannot be a key in JSON.
         """
         for value in self._probabilities or {}:
             if not isinstance(value, str):
-                raise TypeError(
+                raise ArgumentTypeError(
                     f"Value {value!r} of column {self.name!r} cannot be stored: convert the column"
                     " to strings before fitting."
                 )
         d = super().to_dict()
         d["probabilities"] = None if self._probabilities is None else dict(self._probabilities)
-        d.update({name: getattr(self, name) for name in self._setting_names()})
+        d |= {name: getattr(self, name) for name in self._settings() if hasattr(self, name)}
         return d
 
     @classmethod
@@ -156,9 +173,15 @@ class Histogram[ValueT](DiscreteModel[Nominal, ValueT]):
         """Rebuilds a model from its dictionary form.
 
         Raises:
-            KeyError: The form lacks a key.
+            KeyError: The form lacks a key; a setting that has a default may be left out.
         """
-        settings = {name: d[name] for name in cls._setting_names()}
+        taken = inspect.signature(cls).parameters.values()
+        takes_any = any(each.kind is _ANY_KEYWORDS for each in taken)
+        settings = {
+            name: d[name]
+            for name, parameter in cls._settings().items()
+            if (takes_any or parameter in taken) and (name in d or parameter.default is _REQUIRED)
+        }
         model = cls(meta=cast(Nominal, meta_from_dict(d["meta"])), **settings)
         model._probabilities = d["probabilities"]
         return model

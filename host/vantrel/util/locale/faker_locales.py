@@ -81,13 +81,10 @@ def locale_for_language(language: str) -> str | None:
 
 
 def locale_for_country(country: str) -> tuple[str, bool]:
-    """Chooses the locale whose names people of a country get.
+    """Chooses the locale whose names people of a country, a two-letter code, get.
 
-    It is the first of the country's own locales. Without one it is the locale of the first of
-    its official languages in which Faker has names, and without that ``DEFAULT_LOCALE``.
-
-    Args:
-        country: The two-letter code, in capitals.
+    It is the first of the country's own locales. Without one it is the locale of the first of its
+    official languages in which Faker has names, and without that ``DEFAULT_LOCALE``.
 
     Returns:
         The locale, and whether it is the country's own.

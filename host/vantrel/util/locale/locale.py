@@ -8,8 +8,9 @@ locales without regard to case, then names in other languages.
 """
 
 import warnings
-from collections.abc import Iterable
-from difflib import get_close_matches
+from collections.abc import Iterable, Iterator
+from contextlib import contextmanager
+from contextvars import ContextVar
 from enum import Enum
 from functools import cache
 from typing import NamedTuple
@@ -17,6 +18,8 @@ from typing import NamedTuple
 import pandas as pd
 from faker import Faker
 
+from vantrel.errors import BorrowedNamesWarning, UnknownPlaceError
+from vantrel.hints import nearest
 from vantrel.util.callers import OURS
 from vantrel.util.locale.countries import country_codes, country_name, folded, foreign_names
 from vantrel.util.locale.faker_locales import (
@@ -26,13 +29,10 @@ from vantrel.util.locale.faker_locales import (
     locales_by_country,
     locales_with_names,
 )
+from vantrel.wording import some
 
 # An error names no more unknown places than a reader can take in.
 _MOST_NAMED = 20
-
-
-class BorrowedNamesWarning(UserWarning):
-    """Some places get the names of another place's locale."""
 
 
 class Provider(Enum):
@@ -53,7 +53,7 @@ def get_country_to_provder_map(countries: Iterable[str], provider: Provider) -> 
         first appearance.
 
     Raises:
-        ValueError: Some values are neither a country nor a locale; all of them are named.
+        UnknownPlaceError: Some values are neither a country nor a locale; all of them are named.
 
     Warns:
         BorrowedNamesWarning: Once for all values of which Faker has no names of their own, with the
@@ -62,7 +62,28 @@ def get_country_to_provder_map(countries: Iterable[str], provider: Provider) -> 
     _check(provider)
     present = dict.fromkeys(country for country in countries if not pd.isna(country))
     refuse_unknown(present)
-    borrowed = [f"{place} ({locale})" for place, locale in borrowed_places(present).items()]
+    if _warns.get():
+        warn_of_borrowed(present)
+    return {country: Faker(locale_of(country)[0]) for country in present}
+
+
+# Off while it is known that the user was told.
+_warns: ContextVar[bool] = ContextVar("warns", default=True)
+
+
+@contextmanager
+def told_before() -> Iterator[None]:
+    """Has generators of names made without a warning: the user is told once, of all at once."""
+    token = _warns.set(False)
+    try:
+        yield
+    finally:
+        _warns.reset(token)
+
+
+def warn_of_borrowed(places: Iterable[str]) -> None:
+    """Warns of those known places of which Faker has no names, with the locales whose they get."""
+    borrowed = [f"{place} ({locale})" for place, locale in borrowed_places(places).items()]
     if borrowed:
         warnings.warn(
             "Faker has no person names of its own for these; they get those of the locale in"
@@ -70,7 +91,6 @@ def get_country_to_provder_map(countries: Iterable[str], provider: Provider) -> 
             BorrowedNamesWarning,
             skip_file_prefixes=OURS,
         )
-    return {country: Faker(locale_of(country)[0]) for country in present}
 
 
 def get_supported_country_names(provider: Provider) -> dict[str, list[str]]:
@@ -103,14 +123,10 @@ def _check(provider: Provider) -> None:
 
 
 def refuse_unknown(places: Iterable[str]) -> None:
-    """Makes sure that each place is a country or a locale.
-
-    Raises:
-        ValueError: Some are neither; all of them are named.
-    """
+    """Refuses what is neither a country nor a locale; all of it is named."""
     unknown = unknown_places(places)
     if unknown:
-        raise ValueError(_unknown(unknown))
+        raise UnknownPlaceError(_unknown(unknown))
 
 
 def unknown_places(places: Iterable[str]) -> list[str]:
@@ -125,14 +141,8 @@ def borrowed_places(places: Iterable[str]) -> dict[str, str]:
 
 
 def locale_of(place: str) -> tuple[str, bool]:
-    """Gives the locale whose names a known place gets, and whether they are of that very place.
-
-    Raises:
-        ValueError: It is neither a country nor a locale.
-    """
-    refuse_unknown([place])
-    found = recognise(place)
-    assert found is not None
+    """Gives the locale whose names a known place gets, and whether they are of that very place."""
+    found = recognise_known(place)
     return locale_for_country(found.country) if found.country else locale_for_locale(found.locale)
 
 
@@ -157,6 +167,14 @@ def recognise(place: str) -> Recognised | None:
     return None
 
 
+def recognise_known(place: str) -> Recognised:
+    """Tells what a place is, and refuses what is none."""
+    refuse_unknown([place])
+    found = recognise(place)
+    assert found is not None
+    return found
+
+
 @cache
 def _locales_by_folded() -> dict[str, str]:
     return {folded(locale): locale for locale in locales()}
@@ -175,13 +193,12 @@ def _unknown(places: list[str]) -> str:
         f"{place!r} (did you mean {near}?)" if (near := _nearest(place)) else repr(place)
         for place in places[:_MOST_NAMED]
     ]
-    more = f" and {len(places) - _MOST_NAMED} more" if len(places) > _MOST_NAMED else ""
-    return f"These are neither countries nor locales: {', '.join(named)}{more}. {advice}"
+    listed = some([*named, *places[_MOST_NAMED:]], _MOST_NAMED)
+    return f"These are neither countries nor locales: {listed}. {advice}"
 
 
 def _nearest(place: str) -> str:
     codes = foreign_names() | country_codes()
     shown = {spelling: country_name(code) for spelling, code in codes.items()}
     shown |= _locales_by_folded()
-    nearest = get_close_matches(folded(str(place)), shown, n=3, cutoff=0.8)
-    return " or ".join(repr(name) for name in dict.fromkeys(shown[near] for near in nearest))
+    return nearest(folded(str(place)), shown, most=3)

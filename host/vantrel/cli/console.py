@@ -1,0 +1,48 @@
+"""Prints tables and progress: in colour to terminals, plain to files and pipes."""
+
+from __future__ import annotations
+
+import os
+import sys
+from collections.abc import Callable, Iterator, Sequence
+from contextlib import contextmanager
+from typing import TYPE_CHECKING
+
+import click
+
+if TYPE_CHECKING:
+    from vantrel.reporting.sections import Section
+
+
+def print_all(sections: Sequence[Section]) -> None:
+    """Prints tables to standard output, one below the other."""
+    from rich.console import Console
+
+    from vantrel.reporting.sections import WIDTH_OF_FILES, print_sections
+
+    console = Console(highlight=False, markup=False, emoji=False)
+    if not console.is_terminal and "COLUMNS" not in os.environ:
+        console.width = WIDTH_OF_FILES
+    with console.capture() as captured:
+        print_sections(sections, console)
+    lines = (line.rstrip() for line in captured.get().splitlines())
+    click.echo("\n".join(lines), color=console.color_system is not None)
+
+
+@contextmanager
+def progress(rows: int) -> Iterator[Callable[[int], None]]:
+    """Shows on stderr how far the rows are; nothing where that is no terminal.
+
+    Yields:
+        What is to be called with each number of further rows.
+    """
+    if not sys.stderr.isatty():
+        yield lambda _rows: None
+        return
+    from rich.console import Console
+    from rich.progress import BarColumn, MofNCompleteColumn, Progress, TimeRemainingColumn
+
+    columns = (BarColumn(), MofNCompleteColumn(), "people", TimeRemainingColumn())
+    with Progress(*columns, console=Console(stderr=True), transient=True) as bar:
+        task = bar.add_task("people", total=rows)
+        yield lambda further: bar.update(task, advance=further)

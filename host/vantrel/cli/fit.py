@@ -1,0 +1,112 @@
+"""``vantrel fit``: from a table to a model file."""
+
+from __future__ import annotations
+
+from pathlib import Path
+from typing import Any
+
+import click
+
+from vantrel.cli.group import TerseCommand
+from vantrel.cli.options import (
+    columns_option,
+    encoding_option,
+    force_option,
+    list_option,
+    path_option,
+    separator_option,
+)
+from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
+
+
+@click.command(cls=TerseCommand)
+@click.argument("table", type=click.Path(path_type=Path))
+@path_option("-o", "--output", metavar="MODEL.json", required=True, help="The model file to write.")
+@columns_option(
+    "An attribute of a person and the table's column that holds it, whatever would be found;"
+    " may be repeated."
+)
+@click.option(
+    "--ignore",
+    multiple=True,
+    metavar="COLUMN",
+    help="A column that is not to be found; may be repeated.",
+)
+@click.option(
+    "--no-detect", is_flag=True, help="Take the columns that --column names, and find no others."
+)
+@list_option("--generate", "Attributes that the table does not have but the samples shall.")
+@click.option(
+    "--locale",
+    "locales",
+    multiple=True,
+    metavar="LOCALE",
+    help="Where the people are from if no column says so; may be repeated. [default: en_GB]",
+)
+@path_option(
+    "--config",
+    "config_file",
+    metavar="FILE.toml",
+    help="Settings: patterns of genders and titles, formats of telephone numbers, lengths of"
+    " passwords.",
+)
+@separator_option("TABLE")
+@encoding_option("TABLE")
+@force_option
+def fit(
+    table: Path,
+    output: Path,
+    columns: Any,
+    ignore: tuple[str, ...],
+    no_detect: bool,
+    generate: list[str],
+    locales: tuple[str, ...],
+    config_file: Path | None,
+    separator: str | None,
+    encoding: str | None,
+    force: bool,
+) -> None:
+    """Learn from a table and write a model file.
+
+    TABLE is CSV, JSON Lines (.jsonl) or Parquet (.parquet) by the end of its name, compressed if
+    that is .gz or .zst; - is standard input. The columns of a person (gender, title, names, e-mail
+    address, username, password, telephone numbers, country) are found by their names and values,
+    and what was chosen is printed. --column overrides a choice, --ignore leaves a column out; with
+    --no-detect only the columns of --column are taken.
+
+    \b
+    Examples:
+      vantrel fit people.csv -o model.json
+      vantrel fit people.csv -o model.json --column gender=sex --ignore notes
+    """
+    if output == STANDARD_STREAM:
+        raise click.UsageError("A model is not written to standard output: name a file for -o.")
+    refuse_overwriting(output, *filter(None, (table, config_file)), force=force)
+
+    # These take a second to import; help need not wait for them.
+    import vantrel
+    from vantrel.cli.console import print_all
+    from vantrel.reporting.sections import Section
+    from vantrel.storage.settings import load_config
+    from vantrel.tables import open_table
+
+    config = load_config(config_file) if config_file else None
+    with open_table(table, separator=separator, encoding=encoding, empty_is_missing=True) as opened:
+        model = vantrel.fit(
+            opened,
+            generate=generate,
+            locales=locales,
+            config=config,
+            ignore=ignore,
+            detect=not no_detect,
+            **columns,
+        )
+    vantrel.save(model, output, force=True)
+    if not no_detect:
+        told_by = dict.fromkeys(generate, "--generate") | model.meta.told_by
+        told_by |= dict.fromkeys(columns, "--column")
+        rows = [(name, column, told_by[name]) for name, column in model.params.items()]
+        print_all([Section("", ("Attribute", "Column", "Told by"), rows)])
+    click.echo(f"Learnt from {model.meta.learnt_from:,} rows of {table}; wrote {output}.")
+    for note in model.meta.notes:
+        click.echo(f"vantrel: note: {note}", err=True)

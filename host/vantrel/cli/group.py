@@ -1,0 +1,136 @@
+"""Reports errors on one line and sets the exit code."""
+
+from __future__ import annotations
+
+import signal
+import sys
+import threading
+import traceback
+import warnings
+from collections.abc import Iterator
+from contextlib import contextmanager
+from typing import Any, NoReturn, override
+
+import click
+
+from vantrel.cli.options import as_option
+from vantrel.errors import ArgumentError, ArgumentTypeError, VantrelError
+from vantrel.hints import spelling
+
+BAD_DATA = 1
+BAD_USAGE = 2
+INTERRUPTED = 130
+
+_DEBUG = "vantrel.debug"
+
+
+def _debug_option() -> click.Option:
+    def note(context: click.Context, _option: click.Parameter, value: bool) -> None:
+        context.meta[_DEBUG] = value or context.meta.get(_DEBUG, False)
+
+    return click.Option(
+        ["--debug"],
+        is_flag=True,
+        is_eager=True,
+        expose_value=False,
+        callback=note,
+        help="Show where an error came from.",
+    )
+
+
+class TerseCommand(click.Command):
+    """A command that can be asked for the traceback of an error."""
+
+    def __init__(self, *args: Any, **kwargs: Any) -> None:
+        super().__init__(*args, **kwargs)
+        self.params.append(_debug_option())
+
+
+class TerseGroup(TerseCommand, click.Group):
+    """A group of commands whose errors are one line on stderr, without the usage."""
+
+    @override
+    def main(self, *args: Any, **kwargs: Any) -> NoReturn:
+        kwargs["standalone_mode"] = False
+        try:
+            with _unwinding(), _plain_warnings(), spelling(as_option):
+                status = super().main(*args, **kwargs)
+        except click.exceptions.NoArgsIsHelpError as error:
+            click.echo(error.format_message(), err=True)
+            sys.exit(BAD_USAGE)
+        except click.ClickException as error:
+            message = " ".join(error.format_message().split())
+            click.echo(f"vantrel: error: {message}", err=True)
+            sys.exit(error.exit_code)
+        except click.Abort:
+            click.echo("vantrel: interrupted", err=True)
+            sys.exit(INTERRUPTED)
+        sys.exit(status if isinstance(status, int) else 0)
+
+    @override
+    def invoke(self, ctx: click.Context) -> Any:
+        try:
+            return super().invoke(ctx)
+        except (click.exceptions.Exit, click.Abort, BrokenPipeError):
+            raise  # whoever read the output has seen enough: click ends the command quietly
+        except Exception as error:
+            if ctx.meta.get(_DEBUG):
+                traceback.print_exc()
+            raise _reported(error) from error
+
+
+def _reported(error: Exception) -> click.ClickException:
+    """Makes the one line of an error, with the status that tells whose fault it is."""
+    if isinstance(error, click.ClickException):
+        return error
+    if isinstance(error, (ArgumentError, ArgumentTypeError)):
+        return click.UsageError(str(error))
+    if isinstance(error, VantrelError):
+        return click.ClickException(str(error))
+    if isinstance(error, OSError):
+        where = f"{error.filename}: " if error.filename else ""
+        return click.ClickException(f"{where}{error.strerror or error}.")
+    return click.ClickException(
+        f"This is a mistake in vantrel, not in what you gave it ({type(error).__name__}: {error})."
+        " Please report it, with what the same command prints with --debug."
+    )
+
+
+@contextmanager
+def _plain_warnings() -> Iterator[None]:
+    """Prints each warning once, in a plain line."""
+    with warnings.catch_warnings():
+        warnings.simplefilter("once", UserWarning)
+        warnings.showwarning = _show_warning
+        yield
+
+
+def _show_warning(message: Warning | str, *_: Any, **__: Any) -> None:
+    click.echo(f"vantrel: warning: {message}", err=True)
+
+
+@contextmanager
+def _unwinding() -> Iterator[None]:
+    """Lets a signal that ends the process end it in order: what is half-written is removed.
+
+    A signal that is ignored stays so, as `nohup` asks.
+    """
+    if threading.current_thread() is not threading.main_thread():  # only that one gets signals
+        yield
+        return
+    ending = [
+        number
+        for number in (signal.SIGTERM, signal.SIGHUP)
+        if signal.getsignal(number) == signal.SIG_DFL
+    ]
+    for number in ending:
+        signal.signal(number, _leave)
+    try:
+        yield
+    finally:
+        for number in ending:
+            signal.signal(number, signal.SIG_DFL)
+
+
+def _leave(number: int, _frame: object) -> NoReturn:
+    sys.exit(128 + number)  # as a shell gives the status of a process that a signal ended

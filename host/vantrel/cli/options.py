@@ -1,0 +1,114 @@
+"""What the options of several commands have in common."""
+
+from __future__ import annotations
+
+import shlex
+from collections.abc import Callable, Sequence
+from pathlib import Path
+from typing import Any, Protocol
+
+import click
+
+from vantrel.attributes import ATTRIBUTES, WORDS
+
+
+class _Decorator(Protocol):
+    """Adds an option to a command."""
+
+    def __call__[F: Callable[..., Any] | click.Command](self, command: F, /) -> F: ...
+
+
+# The options whose names are not those of the library's keywords.
+_NAMES = {"n": "-n", "locales": "--locale"}
+
+force_option = click.option("--force", is_flag=True, help="Overwrite the output if it is there.")
+
+patterns_option = click.option(
+    "--allow-patterns",
+    is_flag=True,
+    help="Take a model file with patterns of its own. Do so if you trust whoever made it.",
+)
+
+
+def as_option(name: str, value: object) -> str:
+    """Writes an argument of the library as an option of the command."""
+    if name in ATTRIBUTES:
+        return f"--column {shlex.quote(f'{name}={value}')}"
+    option = _NAMES.get(name, f"--{name.replace('_', '-')}")
+    if value in (True, ...):
+        return option
+    values = value if isinstance(value, list) else [value]
+    return f"{option} {shlex.quote(','.join(map(str, values)))}"
+
+
+def path_option(
+    *names: str,
+    metavar: str,
+    help: str,  # noqa: A002 - click's own name
+    required: bool = False,
+) -> _Decorator:
+    """An option that takes the name of a file."""
+    return click.option(
+        *names, metavar=metavar, required=required, help=help, type=click.Path(path_type=Path)
+    )
+
+
+def columns_option(help: str) -> _Decorator:  # noqa: A002 - click's own name
+    """The option that names the columns of attributes."""
+    return click.option(
+        "--column",
+        "columns",
+        multiple=True,
+        metavar="ATTRIBUTE=COLUMN",
+        callback=_columns_by_attribute,
+        help=help,
+    )
+
+
+def _columns_by_attribute(
+    _context: click.Context, _option: click.Parameter, values: Sequence[str]
+) -> dict[str, str]:
+    columns: dict[str, str] = {}
+    for value in values:
+        attribute, equals, column = value.partition("=")
+        if not (equals and column):
+            raise click.BadParameter(f"{value!r} is not of the form ATTRIBUTE=COLUMN.")
+        if attribute not in WORDS and column in WORDS:
+            raise click.BadParameter(
+                f"{value!r} is the wrong way round: write {column}={attribute}."
+            )
+        if attribute in columns:
+            raise click.BadParameter(f"{attribute!r} is given twice.")
+        columns[attribute] = column
+    return columns
+
+
+def list_option(name: str, help: str) -> _Decorator:  # noqa: A002 - click's own name
+    """An option that takes attributes, separated by commas."""
+
+    def split(_context: click.Context, _option: click.Parameter, value: str) -> list[str]:
+        return [attribute.strip() for attribute in value.split(",")] if value else []
+
+    return click.option(name, metavar="ATTRIBUTE,...", default="", callback=split, help=help)
+
+
+_SEPARATORS = {"tab": "\t", "\\t": "\t", "comma": ",", "semicolon": ";", "space": " "}
+
+
+def _separator(_context: click.Context, _option: click.Parameter, value: str | None) -> str | None:
+    separator = None if value is None else _SEPARATORS.get(value, value)
+    if separator is not None and (len(separator) != 1 or separator in '"\r\n'):
+        raise click.BadParameter(f"{value!r} is not one character, such as ; or | or tab.")
+    return separator
+
+
+def separator_option(of: str) -> _Decorator:
+    """The option that tells what separates the cells of a table, where it is not found."""
+    words = f"What separates the cells of {of}, such as ; or tab, if it is not found."
+    return click.option("--separator", metavar="CHARACTER", callback=_separator, help=words)
+
+
+def encoding_option(of: str) -> _Decorator:
+    """The option that tells the encoding of a table, where it is not found."""
+    words = f"The encoding of {of}, such as cp1252, if it is neither UTF-8 nor marked UTF-16."
+    return click.option("--encoding", metavar="NAME", help=words)

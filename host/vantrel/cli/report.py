@@ -1,0 +1,79 @@
+"""``vantrel report``: from a real table and a sample of it to a page that compares them."""
+
+from __future__ import annotations
+
+from pathlib import Path
+from typing import Any
+
+import click
+
+from vantrel.cli.group import TerseCommand
+from vantrel.cli.options import (
+    columns_option,
+    encoding_option,
+    force_option,
+    path_option,
+    separator_option,
+)
+from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting, replacing, same_file
+
+
+@click.command(cls=TerseCommand, short_help="Compare a real table with a sample.")
+@click.argument("table", type=click.Path(path_type=Path))
+@click.argument("sampled", metavar="SAMPLE", type=click.Path(path_type=Path))
+@path_option("-o", "--output", metavar="REPORT.html", required=True, help="The page to write.")
+@columns_option(
+    "An attribute of a person and the column that holds it in both tables or in one; may be"
+    " repeated. It comes before what is recorded beside SAMPLE or found."
+)
+@separator_option("TABLE")
+@encoding_option("TABLE")
+@force_option
+def report(
+    table: Path,
+    sampled: Path,
+    output: Path,
+    columns: Any,
+    separator: str | None,
+    encoding: str | None,
+    force: bool,
+) -> None:
+    """Compare the real table TABLE with a SAMPLE of it on one page.
+
+    Which columns are compared is read from the record that 'vantrel sample' wrote beside SAMPLE;
+    where there is none, and in TABLE where it names them otherwise, the columns of a person are
+    found by their names and values. The page needs no network. It shows some values of the real
+    table: keep it as safe as that.
+
+    \b
+    Example:
+      vantrel report people.csv made-up.csv -o report.html
+    """
+    if output == STANDARD_STREAM:
+        raise click.UsageError("A report is not written to standard output: name a file for -o.")
+    refuse_overwriting(output, table, sampled, force=force)
+    if same_file(table, sampled):
+        raise click.UsageError(
+            f"{table} and {sampled} are the same file: name the real table, then a sample of it."
+        )
+
+    # These take a second to import; help need not wait for them.
+    import vantrel
+    from vantrel.sampling.record import read_record
+    from vantrel.tables import open_table
+
+    record = read_record(sampled)
+    if record is None and read_record(table):
+        raise click.UsageError(
+            f"{table} is a sample, as its record says: the real table comes first."
+        )
+    with (
+        open_table(table, separator=separator, encoding=encoding, empty_is_missing=True) as real,
+        open_table(sampled, empty_is_missing=True) as people,
+    ):
+        comparison = vantrel.compare(real, people, record=record, **columns)
+    names = [click.format_filename(path.absolute().name) for path in (table, sampled)]
+    page = comparison.to_html(*names)
+    with replacing(output) as file:
+        file.write(page)
+    click.echo(f"{comparison.summary}; wrote {output}.")

@@ -1,0 +1,138 @@
+"""``vantrel sample``: from a model file to a table."""
+
+from pathlib import Path
+from typing import Any
+
+import click
+
+from vantrel.cli.group import TerseCommand
+from vantrel.cli.options import (
+    as_option,
+    encoding_option,
+    force_option,
+    list_option,
+    path_option,
+    patterns_option,
+    separator_option,
+)
+from vantrel.storage.files import STANDARD_STREAM
+from vantrel.wording import counted
+
+# The options that go with the one way of making people only.
+_ON_DASK = ("scheduler", "workers", "partitions", "resume")
+_IN_THIS_PROCESS = ("conditions", "separator", "encoding", "csv_safe", "force")
+
+
+@click.command(cls=TerseCommand)
+@click.argument("model_file", metavar="MODEL.json", type=click.Path(path_type=Path))
+@click.option(
+    "-n",
+    metavar="N",
+    type=click.IntRange(min=0),
+    help="The number of people to make; not needed with --conditions.",
+)
+@path_option(
+    "-o",
+    "--output",
+    required=True,
+    metavar="PEOPLE",
+    help="The table to write: CSV, JSON Lines (.jsonl) or Parquet (.parquet) by the end of its"
+    " name, compressed if that is .gz or .zst; - is standard output.",
+)
+@click.option(
+    "--seed",
+    metavar="SEED",
+    type=click.IntRange(min=0),
+    help="Makes the table reproducible: the same model and seed give the same table. Without one,"
+    " a seed is drawn and told.",
+)
+@path_option(
+    "--conditions",
+    metavar="TABLE",
+    help="A table that gives genders or countries or both, a row for each person to make, in"
+    " columns named as the model's.",
+)
+@separator_option("the conditions")
+@encoding_option("the conditions")
+@list_option(
+    "--unique",
+    "Of username and email, those of which no value may come twice. Each value ends in a code"
+    " of six characters then.",
+)
+@click.option(
+    "--strict", is_flag=True, help="Refuse countries of which Faker has no names of their own."
+)
+@click.option(
+    "--csv-safe",
+    is_flag=True,
+    help="Put an apostrophe before each cell that a spreadsheet would run as a formula, and quotes"
+    " around every cell.",
+)
+@click.option(
+    "--dask",
+    "on_dask",
+    is_flag=True,
+    help="Make the people on a Dask cluster and write a folder of Parquet files.",
+)
+@click.option(
+    "--scheduler",
+    metavar="ADDRESS",
+    help="The cluster's scheduler, such as tcp://10.0.0.1:8786. [default: a cluster on this"
+    " machine]",
+)
+@click.option(
+    "--workers",
+    metavar="N",
+    type=click.IntRange(min=1),
+    help="The number of processes of the cluster on this machine. [default: one a core]",
+)
+@click.option(
+    "--partitions",
+    metavar="N",
+    type=click.IntRange(min=1),
+    help="The number of Parquet files. [default: one for every 200,000 people]",
+)
+@click.option("--resume", is_flag=True, help="Go on with a run on Dask that was stopped.")
+@patterns_option
+@force_option
+def sample(
+    model_file: Path, output: Path, n: int | None, seed: int | None, on_dask: bool, **asked: Any
+) -> None:
+    """Make people as a model describes them.
+
+    The model file MODEL.json is one that 'vantrel fit' wrote. Beside the table, a small file that
+    ends in .made.json tells how it was made.
+
+    \b
+    Examples:
+      vantrel sample model.json -n 1000 --seed 7 -o people.csv
+      vantrel sample model.json -n 1000000000 --seed 7 -o people --dask
+    """
+    others = {name: asked.pop(name) for name in (_IN_THIS_PROCESS if on_dask else _ON_DASK)}
+    superfluous = [as_option(name, ...) for name, value in others.items() if value]
+    if on_dask and output == STANDARD_STREAM:
+        superfluous.append("-o -")
+    if superfluous:
+        options = ", ".join(superfluous)
+        raise click.UsageError(
+            f"--dask makes a new folder of Parquet files: leave {options} out."
+            if on_dask
+            else f"Only --dask makes use of {options}: add it."
+        )
+
+    # These take a second to import; help and usage errors need not wait for them.
+    from vantrel.cli.console import progress
+
+    if on_dask:
+        from vantrel.scale import sample_to_folder
+
+        made = sample_to_folder(model_file, output, n, seed=seed, progress=progress, **asked)
+    else:
+        from vantrel.sampling import sample_to_file
+
+        made = sample_to_file(model_file, output, n, seed=seed, progress=progress, **asked)
+    if output != STANDARD_STREAM:
+        people = counted(made.rows, "person", "people")
+        click.echo(f"Made {people} with the seed {made.seed}; wrote {output}.")
+    elif seed is None:
+        click.echo(f"vantrel: note: the seed is {made.seed}", err=True)

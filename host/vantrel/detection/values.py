@@ -1,0 +1,153 @@
+"""Judges by its values whether a column is what its name says, or what it is."""
+
+from __future__ import annotations
+
+import re
+from collections import Counter
+from collections.abc import Callable
+
+import numpy as np
+import pandas as pd
+
+from vantrel.config import PersonModelConfig
+from vantrel.detection.names import NAME, PHONE, words_of
+from vantrel.genders import by_gender, understood
+from vantrel.util.locale.locale import recognise, unknown_places
+
+SAMPLE_SIZE = 10_000
+
+# Shares of a column's rows: what makes the values agree with a name, and what they tell alone.
+_AGREEING = 0.5
+_TELLING = 0.9
+
+# A column of genders, titles or countries has no more distinct values.
+_MOST_CATEGORIES = 300
+
+_EMAIL = re.compile(r"[^@\s]+@[^@\s]+\.[^@\s.]+")
+_NUMBER = re.compile(r"\+?[\d\s()./-]+(?:(?:x|ext\.?)\s*\d+)?", re.IGNORECASE)
+_MARKED_NUMBER = re.compile(r"(?:\+|00|\(\+?\d)[\d\s()./-]+")
+_FEWEST_DIGITS, _MOST_DIGITS = 6, 15
+_LETTER = re.compile(r"[^\W\d_]")
+_LOGIN = re.compile(r"[^\W\d_]\S*")
+_NAME_PART = r"[^\W\d_][^\s\d@;:/,]*"
+_NAME_PARTS = re.compile(rf"{_NAME_PART}(?:,?\s+{_NAME_PART}){{1,5}}")
+
+_FIRMS = frozenset(
+    """
+    ag association bank bv co college company corp corporation foundation gbr gmbh group holding
+    hospital hotel inc institute kg limited llc llp ltd nv oy plc sa sarl school services society
+    solutions spa srl systems technologies university
+    """.split()
+)
+
+
+class Values:
+    """The values that a column has in its first rows without a missing one.
+
+    Args:
+        column: The column. Only its first 10,000 values that are not missing are looked at, each
+            distinct one once, so that judging a long column takes no longer than a short one.
+        config: The patterns of genders and titles.
+    """
+
+    def __init__(self, column: pd.Series, config: PersonModelConfig) -> None:
+        present = np.flatnonzero(column.notna())[:SAMPLE_SIZE]
+        self._rows = Counter(str(value).strip() for value in column.iloc[present].tolist())
+        self._config = config
+
+    @property
+    def is_empty(self) -> bool:
+        """Whether all values are missing or blank."""
+        return not any(self._rows)
+
+    def unlike(self, kind: str) -> str:
+        """The most frequent of the values that are not of a kind."""
+        fits = self._fitting(kind)
+        return max((value for value in self._rows if value not in fits), key=self._rows.__getitem__)
+
+    def agreement(self, kind: str) -> float:
+        """The share of the rows whose value is of a kind, 0 if it is too low to agree with it.
+
+        Genders agree only if women's and men's are understood, or all are: with "M" and "H" (mujer,
+        hombre), "M" would be taken for male.
+        """
+        fitting = self._fitting(kind)
+        share = self._share(fitting)
+        if kind == "gender" and len(fitting) < len(self._rows) and not self._has_both(kind):
+            return 0.0
+        return share if share >= _AGREEING else 0.0
+
+    @property
+    def are_full_names(self) -> bool:
+        """Whether the values look like "First Last" or "Last, First", and not like firms."""
+        return self._share(set(filter(_is_full_name, self._rows))) >= _AGREEING
+
+    def told(self) -> dict[str, float]:
+        """Maps the kinds that the values tell without a name to the share that is of them."""
+        kinds = {
+            "gender": self._has_both("gender"),
+            "title": self._has_both("title"),
+            "email": True,
+            PHONE: all(map(_MARKED_NUMBER.fullmatch, self._fitting(PHONE))),
+            "country": self._are_names_of_countries(),
+        }
+        shares = {kind: self.agreement(kind) for kind, told in kinds.items() if told}
+        return {kind: share for kind, share in shares.items() if share >= _TELLING}
+
+    def _share(self, values: set[str]) -> float:
+        total = sum(self._rows.values())
+        return sum(self._rows[value] for value in values) / total if total else 0.0
+
+    def _fitting(self, kind: str) -> set[str]:
+        if kind in ("gender", "title"):
+            return understood(by_gender(self._rows, self._config, kind))
+        if kind == "country":
+            return set(self._rows).difference(unknown_places(self._rows))
+        fits = _TESTS[kind]
+        return {value for value in self._rows if fits(value)}
+
+    def _has_both(self, kind: str) -> bool:
+        """Whether there are few distinct values, and those of women and of men among them."""
+        if len(self._rows) > _MOST_CATEGORIES:
+            return False
+        sorted_values = by_gender(self._rows, self._config, kind)
+        return bool(sorted_values["F"] and sorted_values["M"])
+
+    def _are_names_of_countries(self) -> bool:
+        """Whether all are countries, half of them more than short codes.
+
+        Short codes alone are also states, languages and much else.
+        """
+        if len(self._rows) > _MOST_CATEGORIES:
+            return False
+        found = {value: recognise(value) for value in self._rows if len(value) > 3}
+        names = sum(1 for place in found.values() if place and place.country)
+        return 1 < len(self._rows) <= 2 * names and not unknown_places(self._rows)
+
+
+def _is_phone(value: str) -> bool:
+    digits = sum(map(str.isdigit, value))
+    return bool(_NUMBER.fullmatch(value)) and _FEWEST_DIGITS <= digits <= _MOST_DIGITS
+
+
+def _is_full_name(value: str) -> bool:
+    return bool(_NAME_PARTS.fullmatch(value)) and _FIRMS.isdisjoint(words_of(value))
+
+
+def _is_name(value: str) -> bool:
+    return bool(_LETTER.search(value)) and "@" not in value
+
+
+_TESTS: dict[str, Callable[[str], object]] = {
+    "firstname": _is_name,
+    "lastname": _is_name,
+    "fullname": _is_name,
+    NAME: _is_name,
+    "email": _EMAIL.fullmatch,
+    "username": _LOGIN.fullmatch,
+    "password": re.compile(r"\S{4,}").fullmatch,
+    PHONE: _is_phone,
+    "mobile_number": _is_phone,
+    "home_number": _is_phone,
+    "work_number": _is_phone,
+}

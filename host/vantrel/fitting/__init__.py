@@ -1,0 +1,146 @@
+"""From a table to a fitted model."""
+
+from __future__ import annotations
+
+import logging
+from collections.abc import Collection, Iterable, Sequence
+from dataclasses import dataclass
+from typing import Any, Protocol, Unpack, runtime_checkable
+
+import pandas as pd
+
+from vantrel.arguments import as_frame
+from vantrel.attributes import PersonColumns
+from vantrel.config import PersonModelConfig
+from vantrel.detection import NOTHING
+from vantrel.detection import detect as find
+from vantrel.detection.values import SAMPLE_SIZE
+from vantrel.errors import FittingError, raised_by_model
+from vantrel.fitting.checks import (
+    check_columns,
+    check_countries,
+    check_request,
+    make_person,
+    refuse_nothing,
+)
+from vantrel.fitting.counted import fit_counts, learnt_columns
+from vantrel.fitting.notes import notes
+from vantrel.model.models.person import PersonModel
+from vantrel.sampling.places import places_of
+from vantrel.tables import TableCounts, count_frame
+from vantrel.util.locale.locale import refuse_unknown, told_before, warn_of_borrowed
+
+__all__ = ["Countable", "FitKeywords", "WholeFrame", "fit"]
+
+_log = logging.getLogger(__name__)
+
+
+@runtime_checkable
+class Countable(Protocol):
+    """A table that tells what a model learns of it, and need not be in memory."""
+
+    def excerpt(self, rows: int, /) -> pd.DataFrame:
+        """Gives all columns, with at least so many of the first values of each, if it has them."""
+
+    def count(self, columns: list[str], labelled: list[str], /) -> TableCounts:
+        """Counts the values of columns, and the rows that are blank in the labelled ones."""
+
+
+@dataclass(frozen=True)
+class WholeFrame:
+    """A table that is in memory."""
+
+    df: pd.DataFrame
+
+    def excerpt(self, _rows: int) -> pd.DataFrame:
+        """Gives the whole table."""
+        return self.df
+
+    def count(self, columns: list[str], _labelled: list[str]) -> TableCounts:
+        """Counts values only: the model sees blank rows itself."""
+        return count_frame(self.df, columns, ())
+
+
+class FitKeywords(PersonColumns, total=False):
+    """What :func:`fit` takes by name."""
+
+    generate: Iterable[str]
+    locales: Sequence[str] | None
+    config: PersonModelConfig | None
+    ignore: Collection[str]
+    detect: bool
+
+
+def fit(
+    df: Any,
+    *,
+    generate: Iterable[str] = (),
+    locales: Sequence[str] | None = None,
+    config: PersonModelConfig | None = None,
+    ignore: Collection[str] = (),
+    detect: bool = True,
+    **columns: Unpack[PersonColumns],
+) -> PersonModel:
+    """Learns from a table of people.
+
+    The columns of attributes that are not named are found by their names and values, as
+    :func:`vantrel.detection.detect` tells.
+
+    Args:
+        df: A table with a row for each person: a frame of pandas, or of polars, DuckDB or pyarrow,
+            whose values are taken as texts, or a table of :func:`vantrel.tables.open_table`, which
+            is counted and not held. Columns of no attribute are left out of samples. Not changed.
+        generate: Attributes that the table does not have but samples shall, in columns of the
+            attributes' names.
+        locales: Where the people are from if there is no column of countries, as locales of Faker
+            or as countries; one is drawn for each person. British if None.
+        config: Patterns of genders and titles, formats of phone numbers, lengths of passwords.
+        ignore: Columns that are not to be found.
+        detect: Whether columns are found beside those that are named.
+        columns: The column of each attribute, as in ``gender="sex"``. The attributes are gender,
+            title, firstname, lastname, fullname, email, username, password, mobile_number,
+            home_number, work_number and country.
+
+    Returns:
+        A fitted model: ``vantrel.sample(model, 1000)`` gives a frame of 1,000 made-up people.
+        ``model.params`` has the column of each attribute, ``model.meta.told_by`` what told it,
+        ``model.meta.learnt_from`` the number of rows, and ``model.meta.notes`` what samples will
+        not have, and what was assumed; the notes are also logged.
+
+    Raises:
+        ArgumentTypeError: The table is none, or there is one text in the place of a list.
+        ArgumentError: An attribute is not known, or what is named does not go together.
+        FittingError: A column is not there, holds missing values only, unknown countries or nothing
+            to learn from, or no column was found.
+        UnknownPlaceError: A locale is not known.
+
+    Warns:
+        BorrowedNamesWarning: Faker has no names of some countries or locales.
+    """
+    named: dict[str, Any] = dict(columns)
+    generated = check_request(named, generate, ignore, locales, detect=detect)
+    config = config or PersonModelConfig()
+    refuse_unknown(locales or ())
+    table = df if isinstance(df, Countable) else WholeFrame(as_frame(df))
+    first = table.excerpt(SAMPLE_SIZE)
+    check_columns(first, named, ignore)
+    found = find(first, config, known=named, ignored=ignore) if detect else NOTHING
+    labels = {**found.columns, **named}
+    refuse_nothing(first, labels, found)
+    meta = make_person(labels, generated, locales)
+    labelled = [column for column in first.columns if column in meta.params.values()]
+    counts = table.count(learnt_columns(meta), labelled)
+    if "country" in labels:
+        check_countries(counts.values[labels["country"]], labels["country"])
+    with told_before(), raised_by_model(FittingError, "The model cannot be fitted"):
+        if isinstance(table, WholeFrame):
+            model = PersonModel(meta, config).fit(table.df)
+        else:
+            model = fit_counts(counts, list(first.columns), meta, config)
+    warn_of_borrowed(places_of(model))
+    meta.learnt_from = counts.rows
+    meta.told_by = {choice.attribute: choice.reason for choice in found.choices}
+    meta.notes = notes(model, first, counts, found, generated, located=bool(locales))
+    for note in meta.notes:
+        _log.info(note)
+    return model

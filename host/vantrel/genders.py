@@ -1,0 +1,112 @@
+"""The genders of the model: their keys, and the patterns that tell them by genders and titles.
+
+Each pattern is anchored at both ends and made of plain words, so that matching takes time linear
+in the value. Blanks and full stops around a word do not count ("Mr", " mr. ").
+"""
+
+from __future__ import annotations
+
+from collections.abc import Iterable
+from typing import TYPE_CHECKING, Any
+
+if TYPE_CHECKING:
+    from vantrel.config import PersonModelConfig
+    from vantrel.model.models.person import PersonModel
+
+AMBIGUOUS = "A"
+
+# The keys by which the model knows genders, each with its name in the configuration.
+KEYS = {"F": "female", "M": "male", "NB": "non_binary", AMBIGUOUS: "ambiguous"}
+
+_BLANKS = r"[\s.]"
+
+
+def _one_of(words: str) -> str:
+    """Makes an alternation of words; an underscore stands for an optional blank or hyphen."""
+    return "|".join(word.replace("_", r"[\s-]?") for word in words.split())
+
+
+def _whole_value(body: str) -> str:
+    return f"^{_BLANKS}*(?:{body}){_BLANKS}*$"
+
+
+_FEMALE = _one_of(
+    "f fem female females feminine w woman women girl lady she she/her v vrouw frau weiblich"
+    " femme féminin mujer femenino feminino femminile donna kvinna kvinne kvinde kobieta"
+)
+_MALE = _one_of(
+    "m male males masculine man men boy gentleman he he/him mann männlich maennlich homme"
+    " masculin hombre masculino uomo maschile maschio mężczyzna"
+)
+_NON_BINARY = _one_of(
+    "nb enby non_binary x d diverse divers other gender_queer gender_fluid agender bigender"
+    " two_spirit third_gender neutral they they/them"
+)
+_CIS_OR_TRANS = r"(?:(?:cis|trans)(?:gender)?[\s-]?)?"
+
+GENDER_FEMALE = _whole_value(f"{_CIS_OR_TRANS}(?:{_FEMALE})")
+GENDER_MALE = _whole_value(f"{_CIS_OR_TRANS}(?:{_MALE})")
+GENDER_NON_BINARY = _whole_value(_NON_BINARY)
+
+_WOMENS_TITLES = _one_of(
+    "mrs miss ms mistress madam madame mme mademoiselle mlle lady dame queen empress princess"
+    " duchess marchioness countess viscountess baroness abbess sister frau fräulein fraulein"
+    " señora senora sra señorita senorita srta doña dona signora signorina mevrouw mevr"
+)
+_MENS_TITLES = _one_of(
+    "mr mister master mstr sir lord king emperor prince duke marquess marquis earl count viscount"
+    " baron jonkheer jhr esq esquire father fr brother abbot herr monsieur m señor senor sr don"
+    " signor signore dhr meneer"
+)
+_EITHERS_TITLES = _one_of(
+    "dr doctor prof professor rev revd reverend canon dean pastor bishop archbishop rabbi imam"
+    " chaplain hon honourable honorable judge justice chancellor president pres minister"
+    " ambassador amb senator sen governor gov mayor col colonel maj major capt captain lt"
+    " lieutenant gen general brig brigadier adm admiral commodore cdr cmdr commander sgt sergeant"
+    " cpl corporal pvt private officer"
+)
+_ARTICLE = r"(?:the\s)?"
+_EITHERS = rf"(?:{_EITHERS_TITLES})(?:{_BLANKS}+(?:{_EITHERS_TITLES}))*"
+
+TITLE_FEMALE = _whole_value(f"{_ARTICLE}(?:{_WOMENS_TITLES}|{_EITHERS})")
+TITLE_MALE = _whole_value(f"{_ARTICLE}(?:{_MENS_TITLES}|{_EITHERS})")
+TITLE_NON_BINARY = _whole_value(_one_of("mx ind per misc mre"))
+
+DEFAULT_PATTERNS = frozenset(
+    (GENDER_FEMALE, GENDER_MALE, GENDER_NON_BINARY, TITLE_FEMALE, TITLE_MALE, TITLE_NON_BINARY)
+)
+
+
+def by_gender(
+    values: Iterable[Any], config: PersonModelConfig, attribute: str
+) -> dict[str, list[Any]]:
+    """Sorts genders or titles by the patterns of a configuration.
+
+    Args:
+        values: The values; those that no pattern matches are left out.
+        config: The patterns.
+        attribute: "gender" or "title".
+
+    Returns:
+        From each of the :data:`KEYS` to its distinct values. Those of several genders are under the
+        ambiguous key.
+    """
+    from vantrel.util.person import collections_from_mapping
+
+    patterns = {
+        key: getattr(config, f"{attribute}_{name}_regex")
+        for key, name in KEYS.items()
+        if key != AMBIGUOUS
+    }
+    return collections_from_mapping(values, patterns, AMBIGUOUS)
+
+
+def learnt_by_gender(model: PersonModel, attribute: str) -> dict[str, list[Any]]:
+    """Sorts the genders or titles that a model has learnt, as :func:`by_gender` does."""
+    categories = model.meta[getattr(model.labels, attribute)].categories
+    return by_gender(categories or (), model.config, attribute)
+
+
+def understood(collections: dict[str, list[Any]]) -> set[Any]:
+    """Collects the values of all genders."""
+    return {value for values in collections.values() for value in values}

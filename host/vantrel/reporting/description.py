@@ -1,0 +1,125 @@
+"""What a model has learnt, as tables."""
+
+from __future__ import annotations
+
+import json
+from dataclasses import fields
+
+from vantrel.arguments import check_model
+from vantrel.attributes import ATTRIBUTES
+from vantrel.config import PersonModelConfig
+from vantrel.genders import KEYS, learnt_by_gender, understood
+from vantrel.model.models.person import PersonModel
+from vantrel.reporting.sections import Section, Sections
+from vantrel.sampling.places import places_of
+from vantrel.util.locale.locale import locale_of
+from vantrel.wording import percent
+
+type _Rows = list[tuple[str, ...]]
+
+_NONE = "-"
+
+
+def describe(model: PersonModel) -> Sections:
+    """Tells all that a fitted model has learnt, and all that it keeps of the real table.
+
+    Returns:
+        Tables of missing values, columns, genders, places and settings: ``print`` shows them as
+        text, a notebook as HTML. Shares are in per cent of the rows with a value.
+
+    Raises:
+        ArgumentTypeError: What is given is no model.
+        ModelNotFittedError: Nothing has been learnt yet.
+    """
+    check_model(model)
+    places = "Countries" if model.labels.country else "Locales"
+    sections = [
+        Section("", ("", ""), _missing(model)),
+        Section("Columns", ("Attribute", "Column", "In samples"), _columns(model)),
+        Section("Genders", ("Key", "Share", *_sources(model)), _genders(model)),
+        Section(places, ("Value", "Share", "Names of"), _places(model)),
+    ]
+    if changed := _changed_settings(model.config):
+        sections.append(Section("Settings that are not the default", ("", ""), changed))
+    if model.meta.notes:
+        sections.append(Section("Notes", ("",), [(note,) for note in model.meta.notes]))
+    return Sections(sections)
+
+
+def _missing(model: PersonModel) -> _Rows:
+    blank = model.hidden_model_gender.meta.nan_freq or 0.0
+    rows: _Rows = [("Without gender", f"{percent(blank)} of the rows, which are blank")]
+    if country := model.labels.country:
+        unknown = model.meta[country].nan_freq or 0.0
+        rows.append(("Without country", f"{percent(unknown)} of the rows"))
+    return rows
+
+
+def _columns(model: PersonModel) -> _Rows:
+    settings = vars(model.config)
+    rows: _Rows = []
+    for attribute, column in model.params.items():
+        made = ATTRIBUTES[attribute].made.format_map(settings)
+        if attribute == "gender" and any(
+            len(ways) > 1 for ways in learnt_by_gender(model, "gender").values()
+        ):
+            made += ", the spellings of one gender evenly"
+        rows.append((attribute, column, made))
+    return rows
+
+
+def _sources(model: PersonModel) -> list[str]:
+    """The headings of the learnt columns that tell of genders."""
+    labels = model.labels
+    named = {"Values": labels.gender, "Titles": labels.title}
+    return [f"{what} of {column!r}" for what, column in named.items() if column]
+
+
+def _genders(model: PersonModel) -> _Rows:
+    shares = model.hidden_model_gender._probabilities or {}
+    learnt = {
+        attribute: learnt_by_gender(model, attribute)
+        for attribute in ("gender", "title")
+        if attribute in model.params
+    }
+    rows: _Rows = []
+    for key, name in KEYS.items():
+        values = [", ".join(by_gender[key]) for by_gender in learnt.values()]
+        if key in shares or any(values):
+            share = percent(shares[key]) if key in shares else _NONE
+            words = f"{key} ({name.replace('_', '-')})"
+            rows.append((words, share, *(each or _NONE for each in values)))
+    unclear = [
+        ", ".join(
+            value
+            for value in model.meta[model.params[attribute]].categories or ()
+            if value not in understood(by_gender)
+        )
+        for attribute, by_gender in learnt.items()
+    ]
+    if any(unclear):
+        rows.append(("not understood", _NONE, *(each or _NONE for each in unclear)))
+    return rows
+
+
+def _places(model: PersonModel) -> _Rows:
+    if model.hidden_model_country is None:
+        places = places_of(model)
+        shares = dict.fromkeys(places, 1 / len(places))
+    else:
+        shares = model.hidden_model_country._probabilities or {}
+    rows: _Rows = []
+    for place, share in sorted(shares.items(), key=lambda item: -item[1]):
+        locale, own = locale_of(place)
+        rows.append((place, percent(share), locale if own else f"{locale} (borrowed)"))
+    return rows
+
+
+def _changed_settings(config: PersonModelConfig) -> _Rows:
+    usual = PersonModelConfig()
+    settings = {field.name: getattr(config, field.name) for field in fields(PersonModelConfig)}
+    return [
+        (name, json.dumps(value, ensure_ascii=False))
+        for name, value in settings.items()
+        if value != getattr(usual, name)
+    ]

@@ -1,0 +1,93 @@
+"""Shows a comparison as one HTML page."""
+
+from __future__ import annotations
+
+from collections.abc import Sequence
+from dataclasses import dataclass
+
+from jinja2 import Environment, PackageLoader, StrictUndefined
+
+from vantrel import wording
+from vantrel.attributes import WORDS
+from vantrel.reporting.figures import Figures
+from vantrel.reporting.frequencies import MOST_SHARES, Frequencies, Frequency
+from vantrel.reporting.lengths import LengthBin, Lengths
+from vantrel.reporting.names import MOST_NAMES, MOST_PLACES
+from vantrel.reporting.overlap import MOST_EXAMPLES
+from vantrel.reporting.provenance import Provenance
+from vantrel.reporting.verdicts import unchecked_names, verdicts, why_not_compared
+
+# More bars than these hide what they show; further values stand in a list that can be opened.
+MOST_BARS = 12
+
+# As many figures fit under the bars of lengths on a telephone.
+_MOST_TICKS = 8
+
+
+@dataclass(frozen=True)
+class Sources:
+    """The names of the two tables, as the reader shall see them."""
+
+    real: str
+    sampled: str
+
+
+def render(figures: Figures, sources: Sources, made: Provenance | None) -> str:
+    """Makes one HTML page that needs nothing else: no script, no network, no other file.
+
+    The same arguments give the same text. Values of the tables are escaped.
+
+    Args:
+        figures: What is shown.
+        sources: Which tables were compared.
+        made: How the sample was made, if that is known.
+    """
+    environment = Environment(
+        loader=PackageLoader("vantrel.reporting", "template"),
+        autoescape=True,
+        undefined=StrictUndefined,
+        trim_blocks=True,
+        lstrip_blocks=True,
+    )
+    environment.filters |= {
+        name: getattr(wording, name)
+        for name in ("number", "counted", "percent", "distance", "points", "shown", "listed")
+    }
+    return environment.get_template("report.html").render(
+        figures=figures,
+        sources=sources,
+        origin=made,
+        conditions=made and made.conditions,
+        verdicts=verdicts(figures, made),
+        words=WORDS,
+        bars=bars,
+        scale=scale,
+        ticks=ticks,
+        why_not_compared=why_not_compared,
+        unchecked_names=unchecked_names(),
+        most_shares=MOST_SHARES,
+        most_names=MOST_NAMES,
+        most_places=MOST_PLACES,
+        most_examples=MOST_EXAMPLES,
+    )
+
+
+def bars(shares: Frequencies) -> tuple[Frequency, ...]:
+    """The values that get bars; a value is not left out if it would be the only one."""
+    fits = shares.values <= MOST_BARS + 1
+    return shares.shares if fits else shares.shares[:MOST_BARS]
+
+
+def scale(items: Sequence[Frequency | LengthBin]) -> float:
+    """The share that is as long as the chart: the greatest, or 1 where there is none."""
+    shares = [share for each in items for share in (each.real, each.sampled) if share]
+    return max(shares, default=1.0)
+
+
+def ticks(lengths: Lengths) -> list[str]:
+    """What stands under each bar of lengths, often nothing, so that there is room for it."""
+    step = -(-len(lengths.bins) // _MOST_TICKS)
+    return [
+        (f"{each.low}" if each.high is not None else f"{each.low}+") if place % step == 0 else ""
+        for place, each in enumerate(lengths.bins)
+    ]

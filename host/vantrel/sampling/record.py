@@ -1,0 +1,94 @@
+"""Keeps beside a sample how it was made."""
+
+from __future__ import annotations
+
+import json
+from pathlib import Path
+from typing import Annotated, Any, Literal
+
+import msgspec
+
+from vantrel.errors import RecordError
+from vantrel.hints import why_unreadable
+from vantrel.sampling.blocks import Plan
+from vantrel.storage.files import replacing
+from vantrel.storage.models import LoadedModel
+from vantrel.versions import versions
+from vantrel.wording import shown
+
+
+class SampleRecord(msgspec.Struct, frozen=True, kw_only=True, forbid_unknown_fields=True):
+    """How a sample was made: with it and the model file, the sample can be made again.
+
+    Args:
+        format: What the file is.
+        schema_version: The version of its form.
+        model: The name of the model file, without its folder.
+        model_sha256: The SHA-256 of the model file in hexadecimal digits.
+        rows: The number of rows.
+        seed: The seed, drawn or given.
+        columns: The sample's columns by the attribute that each holds.
+        options: What else was asked for, by the option's name.
+        versions: The versions that the rows depend on, by name.
+    """
+
+    format: Literal["vantrel-sample"] = "vantrel-sample"
+    schema_version: Literal[1] = 1
+    model: str
+    model_sha256: str
+    rows: Annotated[int, msgspec.Meta(ge=0)]
+    seed: Annotated[int, msgspec.Meta(ge=0)]
+    columns: dict[str, str]
+    options: dict[str, Any]
+    versions: dict[str, str]
+
+
+def record_of(loaded: LoadedModel, plan: Plan, **options: Any) -> SampleRecord:
+    """Notes how a sample is made; the options are those beside the plan's own."""
+    return SampleRecord(
+        model=loaded.name,
+        model_sha256=loaded.sha256,
+        rows=plan.rows,
+        seed=plan.seed,
+        columns=dict(loaded.model.params),
+        options={"unique": list(plan.unique), "block_rows": plan.block_rows, **options},
+        versions=versions(),
+    )
+
+
+def record_path(output: Path, *, unfinished: bool = False) -> Path:
+    """Where the record of a sample is kept: beside a file, and inside a folder of files.
+
+    Readers of Parquet folders skip names that begin with an underscore. That of a folder some files
+    of which are still to be made is another one.
+    """
+    if output.is_dir():
+        return output / ("_making.json" if unfinished else "_made.json")
+    return output.with_name(f"{output.name}.made.json")
+
+
+def write_record(record: SampleRecord, output: Path, *, unfinished: bool = False) -> None:
+    """Writes the record of a sample, whole or not at all, where :func:`record_path` tells."""
+    form = msgspec.to_builtins(record)
+    with replacing(record_path(output, unfinished=unfinished)) as file:
+        file.write(json.dumps(form, ensure_ascii=False, allow_nan=False, indent=2) + "\n")
+
+
+def read_record(output: Path, *, unfinished: bool = False) -> SampleRecord | None:
+    """Reads the record of a sample where :func:`record_path` tells; None if it has none.
+
+    Raises:
+        RecordError: There is a file in its place that is no record.
+    """
+    path = record_path(output, unfinished=unfinished)
+    try:
+        return msgspec.json.decode(path.read_bytes(), type=SampleRecord)
+    except (FileNotFoundError, NotADirectoryError):
+        return None
+    except OSError as error:
+        raise RecordError(f"{path} {why_unreadable(path, error)}") from error
+    except (msgspec.DecodeError, RecursionError) as error:
+        raise RecordError(
+            f"{path} is no record of a sample that this version knows ({shown(error)}): move it"
+            " away."
+        ) from error

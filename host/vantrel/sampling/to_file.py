@@ -1,0 +1,109 @@
+"""Samples into a file, in memory that does not grow with the rows."""
+
+from __future__ import annotations
+
+import hashlib
+from collections.abc import Callable, Iterable, Iterator
+from contextlib import AbstractContextManager, contextmanager
+from pathlib import Path
+from typing import Any
+
+import pandas as pd
+
+from vantrel.model.models.person import PersonModel
+from vantrel.sampling.blocks import sample_blocks
+from vantrel.sampling.record import SampleRecord, read_record, record_of, record_path, write_record
+from vantrel.sampling.whole import plan_sample, refuse_neither_or_both
+from vantrel.storage.files import STANDARD_STREAM, is_special, refuse_overwriting
+from vantrel.storage.models import read_model
+from vantrel.tables import open_table, write_table
+
+# From the number of rows to what is to be told of each number of further rows.
+type Progress = Callable[[int], AbstractContextManager[Callable[[int], object]]]
+
+
+@contextmanager
+def untold(_rows: int) -> Iterator[Callable[[int], object]]:
+    """Tells nobody how far the rows are."""
+    yield lambda _further: None
+
+
+def sample_to_file(
+    model_file: Path,
+    output: Path,
+    n: int | None = None,
+    *,
+    seed: int | None = None,
+    conditions: Path | None = None,
+    separator: str | None = None,
+    encoding: str | None = None,
+    unique: Iterable[str] = (),
+    strict: bool = False,
+    csv_safe: bool = False,
+    allow_patterns: bool = False,
+    force: bool = False,
+    progress: Progress = untold,
+) -> SampleRecord:
+    """Makes the people of :func:`vantrel.sample`, and notes beside the table how it was made.
+
+    What is not told here is as that function or :func:`vantrel.load` takes it.
+
+    Args:
+        model_file: The model.
+        output: The table to write, as :func:`vantrel.tables.write_table` takes it. Standard output,
+            pipes and devices have no record beside them.
+        n: The number of rows; left out where conditions are given.
+        conditions: A table of genders or countries or both, a row for each person to make.
+        separator: What separates the cells of the conditions; found if None.
+        encoding: The encoding of the conditions.
+        csv_safe: Whether cells are kept from being run by a spreadsheet.
+        force: Whether a file that is there is overwritten.
+        progress: What is told how far the rows are.
+
+    Returns:
+        How it was made; ``seed`` is the seed.
+
+    Raises:
+        VantrelError: The model, the conditions or what is asked of them cannot be used.
+        OSError: The output cannot be written.
+    """
+    refuse_overwriting(output, *filter(None, (model_file, conditions)), force=force)
+    refuse_neither_or_both(n, conditions)
+    is_recorded = output != STANDARD_STREAM and not is_special(output)
+    if is_recorded:
+        read_record(output)  # what is there and no record is not overwritten by one
+    loaded = read_model(model_file, allow_patterns=allow_patterns)
+    wanted = conditions and _read_conditions(loaded.model, conditions, separator, encoding)
+    plan, given = plan_sample(loaded.model, n, wanted, seed=seed, unique=unique, strict=strict)
+    with progress(plan.rows) as further:
+        people = _told(sample_blocks(loaded.model, plan, given), further)
+        write_table(people, output, csv_safe=csv_safe)
+    told = {"csv_safe": csv_safe} | (_told_of(conditions) if conditions else {})
+    record = record_of(loaded, plan, **told)
+    if is_recorded:
+        record_path(output).unlink(missing_ok=True)  # it tells of the table that was there before
+        write_record(record, output)
+    return record
+
+
+def _read_conditions(
+    model: PersonModel, path: Path, separator: str | None, encoding: str | None
+) -> pd.DataFrame:
+    with open_table(path, separator=separator, encoding=encoding, empty_is_missing=True) as table:
+        return table.frame([each for each in table.columns if each in model.params.values()])
+
+
+def _told_of(conditions: Path) -> dict[str, Any]:
+    sha256 = None
+    if conditions.is_file():  # a pipe has been read to its end
+        with conditions.open("rb") as file:
+            sha256 = hashlib.file_digest(file, "sha256").hexdigest()
+    return {"conditions": conditions.name, "conditions_sha256": sha256}
+
+
+def _told(
+    frames: Iterable[pd.DataFrame], further: Callable[[int], object]
+) -> Iterator[pd.DataFrame]:
+    for frame in frames:
+        yield frame
+        further(len(frame))

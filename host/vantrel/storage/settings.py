@@ -1,0 +1,63 @@
+"""Reads the configuration of a model of people from a TOML file."""
+
+from __future__ import annotations
+
+import re
+import tomllib
+from pathlib import Path
+from typing import Any
+
+import msgspec
+
+from vantrel.config import PersonModelConfig
+from vantrel.errors import SettingsError
+from vantrel.hints import did_you_mean, why_unreadable
+from vantrel.storage.form import Settings
+
+
+def load_config(path: Path) -> PersonModelConfig:
+    """Reads a configuration.
+
+    Args:
+        path: A TOML file. Its keys are fields of ``PersonModelConfig``, all on the top level; what
+            it does not set is the default. Lengths are in characters.
+
+    Raises:
+        SettingsError: The file cannot be read, is no TOML, or has a key that is no field or a value
+            that the field cannot have.
+    """
+    try:
+        return _config(tomllib.loads(path.read_text(encoding="utf-8-sig")))
+    except OSError as error:
+        raise SettingsError(f"Config file {path} {why_unreadable(path, error)}") from error
+    except UnicodeDecodeError as error:
+        raise SettingsError(
+            f"Config file {path} is not in UTF-8: save it in that encoding."
+        ) from error
+    except (tomllib.TOMLDecodeError, RecursionError) as error:
+        raise SettingsError(f"Config file {path} is not TOML: {error}.") from error
+    except (msgspec.ValidationError, ValueError) as error:
+        raise SettingsError(f"Config file {path}: {error}.") from error
+
+
+def _config(settings: dict[str, Any]) -> PersonModelConfig:
+    known = Settings.__struct_fields__
+    for name, value in settings.items():
+        if name not in known:
+            hint = did_you_mean(name, known, most=3)
+            raise ValueError(f"{name!r} is no setting.{hint} Known are: {', '.join(known)}")
+        if name.endswith("_regex") and isinstance(value, str):
+            _check_pattern(name, value)
+    found = msgspec.to_builtins(msgspec.convert(settings, Settings))
+    genders = found.get("genders", ["F"])
+    if not genders or len(set(genders)) < len(genders):  # each key is as likely as any other
+        wrong = "has a key twice" if genders else "is empty"
+        raise ValueError(f"genders {wrong}: list each of its keys once")
+    return PersonModelConfig(**found)
+
+
+def _check_pattern(name: str, pattern: str) -> None:
+    try:
+        re.compile(pattern)
+    except (re.error, OverflowError, RecursionError) as error:
+        raise ValueError(f"{name} is no regular expression ({error})") from error

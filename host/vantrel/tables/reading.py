@@ -1,0 +1,238 @@
+"""Tables in files, of which no more is in memory than is asked for."""
+
+from __future__ import annotations
+
+import weakref
+from collections.abc import Callable, Collection, Iterator, Sequence
+from contextlib import ExitStack, contextmanager
+from dataclasses import replace
+from pathlib import Path
+from tempfile import TemporaryDirectory
+from typing import Any
+
+import duckdb
+import pandas as pd
+
+from vantrel.errors import TableError
+from vantrel.tables.counts import TableCounts
+from vantrel.tables.database import connect, quoted
+from vantrel.tables.files import readable
+from vantrel.tables.guard import unguarded, unguarded_in_sql
+from vantrel.tables.sources import Source, csv_source, jsonl_source, mended, parquet_source
+
+# Rows that are compressed together where columns are kept: fewer take less memory.
+_KEPT_TOGETHER = 30_000
+
+
+class Table:
+    """A table, every value of it as text. Reading it fails with a ``TableError``.
+
+    Attributes:
+        path: What the user calls it.
+    """
+
+    def __init__(
+        self,
+        path: Path,
+        source: Source,
+        connection: duckdb.DuckDBPyConnection,
+        folder: Path,
+        cell: Callable[[str], str] = str,
+    ) -> None:
+        """Takes what :func:`open_table` has opened; ``cell`` makes a value of a column in SQL."""
+        self.path = path
+        self._source = source
+        self._connection = connection
+        self._folder = folder
+        self._cell = cell
+
+    @property
+    def columns(self) -> list[str]:
+        """The names of the columns, in their order."""
+        return list(self._source.names)
+
+    def named(self, column: str) -> str:
+        """What a column is in SQL."""
+        return self._cell(f"c{self._source.names.index(column)}")
+
+    def query(self, sql: str, other: Table | None = None) -> list[tuple[Any, ...]]:
+        """Runs a query, in which ``{rows}`` stands for the rows and the columns are as `named`.
+
+        Args:
+            sql: The query.
+            other: A table that was kept, for whose rows ``{other}`` stands.
+        """
+        if other is not None:
+            sql = sql.replace("{other}", other._source.rows)
+        return self._read(lambda: self._execute(sql).fetchall())
+
+    def function(self, name: str, function: Callable[[str], str]) -> None:
+        """Gives queries a function of texts; a missing one stays so."""
+        self._connection.create_function(name, function, ["VARCHAR"], "VARCHAR")
+
+    def unguarded(self) -> Table:
+        """The same table without the apostrophes that keep spreadsheets from running cells."""
+        source = replace(self._source, names=list(map(unguarded, self._source.names)))
+        return Table(self.path, source, self._connection, self._folder, unguarded_in_sql)
+
+    def kept(self, columns: Collection[str], beside: Table | None = None) -> Table:
+        """Reads columns once and keeps them where they are read quickly again and again.
+
+        Args:
+            columns: Those to keep, in whatever order.
+            beside: A table whose share of memory this one shall use from then on.
+        """
+        names = [column for column in self.columns if column in columns]
+        kept = self._folder / "kept.parquet"
+        cells = [f"{self.named(name)} AS c{place}" for place, name in enumerate(names)]
+        listed = ", ".join(cells) or "NULL AS nothing"
+        self.query(
+            f"COPY (SELECT {listed} FROM {{rows}}) TO {quoted(str(kept))}"
+            f" (FORMAT parquet, ROW_GROUP_SIZE {_KEPT_TOGETHER})"
+        )
+        source = Source(names, f"read_parquet({quoted(str(kept))})")
+        connection = (beside or self)._connection
+        return Table(self.path, source, connection, self._folder)
+
+    def frame(self, columns: Sequence[str] | None = None, rows: int | None = None) -> pd.DataFrame:
+        """Reads columns, all if None, and the first rows, all if None."""
+        limit = "" if rows is None else f" LIMIT {rows}"
+        names = self.columns if columns is None else list(columns)
+        frame = self._read(lambda: self._execute(self._select(names) + limit).df())
+        return frame.iloc[:, : len(names)].set_axis(names, axis="columns")
+
+    def count(self, columns: Collection[str], labelled: Collection[str]) -> TableCounts:
+        """Counts the values of columns, and the rows without any value in the labelled ones."""
+        counted = {column: self.named(column) for column in columns}
+        asked = map(self.named, labelled)
+        blank = " AND ".join(f"{column} IS NULL" for column in asked) or "false"
+        sets = ", ".join(["()", *(f"({column})" for column in counted.values())])
+        of = ", ".join(["NULL", *counted.values()])
+        found = self.query(
+            f"SELECT {of}, GROUPING_ID({', '.join(counted.values())}) , count(*),"
+            f" count(*) FILTER ({blank}) FROM (SELECT *, row_number() OVER () AS row FROM {{rows}})"
+            f" GROUP BY GROUPING SETS ({sets}) ORDER BY min(row)"
+            if counted
+            else f"SELECT 0, count(*), count(*) FILTER ({blank}) FROM {{rows}}"
+        )
+        return _as_counts(list(counted), found)
+
+    def excerpt(self, rows: int) -> pd.DataFrame:
+        """Gives the first values that each column has, at most so many of each.
+
+        Every column has its values first; what it has too few of is missing.
+        """
+        first = self.frame(rows=rows)
+        short = [each for each in self.columns if first[each].count() < rows == len(first)]
+        if short:
+            lists = ", ".join(
+                f"arg_min({cell}, row, {rows}) FILTER ({cell} IS NOT NULL)"
+                for cell in map(self.named, short)
+            )
+            (found,) = self.query(
+                f"SELECT {lists} FROM (SELECT *, row_number() OVER () AS row FROM {{rows}})"
+            )
+            for column, values in zip(short, found, strict=True):
+                first[column] = pd.Series(values or [], dtype=first[column].dtype)
+        return first
+
+    def _select(self, names: Sequence[str]) -> str:
+        return f"SELECT {', '.join(map(self.named, names)) or 'NULL'} FROM {{rows}}"
+
+    def _execute(self, sql: str) -> duckdb.DuckDBPyConnection:
+        return self._connection.cursor().execute(sql.replace("{rows}", self._source.rows))
+
+    def _read[ResultT](self, read: Callable[[], ResultT]) -> ResultT:
+        """Reads, from a sound copy if the table cannot be read as it is."""
+        try:
+            return read()
+        except duckdb.Error as error:
+            self._source = mended(self._source, self.path, error, self._folder)
+            return read()
+
+
+def _as_counts(columns: Sequence[str], found: Sequence[tuple[Any, ...]]) -> TableCounts:
+    """Takes apart what was counted by one column at a time, and over all rows."""
+    values: dict[str, dict[Any, int]] = {column: {} for column in columns}
+    rows = blank = 0
+    everything = (1 << len(columns)) - 1
+    for *cells, grouping, count, blank_count in found:
+        if grouping == everything:
+            rows, blank = count, blank_count
+        else:
+            place = len(columns) - (everything ^ grouping).bit_length()
+            values[columns[place]][cells[1 + place]] = count
+    return TableCounts(rows, blank, values)
+
+
+@contextmanager
+def open_table(
+    path: Path,
+    *,
+    separator: str | None = None,
+    encoding: str | None = None,
+    empty_is_missing: bool = False,
+    may_be_empty: bool = False,
+) -> Iterator[Table]:
+    """Opens a table: CSV, JSON Lines or Parquet by the end of its name.
+
+    Args:
+        path: The file; a folder is one of Parquet files, and ``-`` is standard input. The name may
+            end in .gz or .zst. What has no name, such as a pipe, is told by how it begins.
+        separator: What separates the cells of CSV; found if None.
+        encoding: The encoding of CSV or JSON Lines, as Python names it. If None it is UTF-8, or
+            UTF-16 where the file begins with its mark.
+        empty_is_missing: Whether an empty text in quotation marks is a missing value of CSV, too,
+            as an empty cell without them always is.
+        may_be_empty: Whether a table without rows will do.
+
+    Raises:
+        TableError: The file cannot be read, is no such table or has no rows.
+    """
+    with ExitStack() as stack:
+        folder = Path(stack.enter_context(TemporaryDirectory(prefix="vantrel-")))
+        connection = stack.enter_context(connect(folder))
+        file, kind = readable(path, encoding, folder)
+        if kind.format == "parquet":
+            source = parquet_source(path, file, folder, connection)
+        elif kind.format == "jsonl":
+            source = jsonl_source(path, file, kind, connection)
+        else:
+            source = csv_source(
+                path, file, kind, folder, separator=separator, empty_is_missing=empty_is_missing
+            )
+        table = Table(path, source, connection, folder)
+        if not may_be_empty and not table.query("SELECT 1 FROM {rows} LIMIT 1"):
+            raise TableError(f"Table {path} has a header but no rows: give it at least one.")
+        yield table
+
+
+def frame_table(df: pd.DataFrame) -> Table:
+    """Makes a table of a frame, whose values become texts. It lasts as long as it is held."""
+    folder = TemporaryDirectory(prefix="vantrel-")
+    connection = connect(Path(folder.name))
+    texts = {
+        f"c{place}": df.iloc[:, place].map(str, na_action="ignore").astype(object)
+        for place in range(df.shape[1])
+    }
+    connection.register("frame", pd.DataFrame(texts, index=df.index).assign(row=0))
+    cells = [f"CAST({column} AS VARCHAR) AS {column}" for column in texts]
+    kept = quoted(f"{folder.name}/frame.parquet")
+    listed = ", ".join([*cells, "row"])
+    connection.execute(f"COPY (SELECT {listed} FROM frame) TO {kept} (FORMAT parquet)")
+    connection.unregister("frame")
+    source = Source(list(df.columns), f"read_parquet({kept})")
+    table = Table(Path("frame"), source, connection, Path(folder.name))
+    weakref.finalize(table, _closed, connection, folder)
+    return table
+
+
+def _closed(connection: duckdb.DuckDBPyConnection, folder: TemporaryDirectory[str]) -> None:
+    connection.close()
+    folder.cleanup()
+
+
+def read_table(path: Path, columns: Sequence[str] | None = None, **options: Any) -> pd.DataFrame:
+    """Reads a whole table; the options are those of :func:`open_table`."""
+    with open_table(path, **options) as table:
+        return table.frame(columns)
