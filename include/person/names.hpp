@@ -10,7 +10,7 @@
     X(CountryModel) X(Dict) X(DiscreteModel) X(GenderModel) X(Histogram)                       \
     X(MetaNotExtractedError) X(ModelNotFittedError) X(NA) X(PERSON) X(Person) X(PersonModelConfig) X(RangeIndex)      \
     X(Provider) X(Series) X(DataFrame) X(String) X(Any)                                                                \
-    X(_country_to_provider_map) X(_meta) X(_probabilities) X(_rng) X(_sample_conditional)                              \
+    X(_country_to_provider_map) X(_meta) X(_probabilities) X(_rng) X(_sample_conditional) X(_sources)                  \
                                 \
     X(ambiguous_key) X(apply) X(args) X(asdict) X(associations) X(astype) X(cast) X(cat) X(categories)                 \
     X(check_email) X(choice) X(cls) X(collections) X(collections_from_mapping) X(columns) X(conditions) X(config)      \

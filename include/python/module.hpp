@@ -20,7 +20,7 @@ Module& module();
 /// Looks a name up in the module's namespace, then among the builtins, anew each time.
 Ref global(PyObject* name);
 
-/// While it lives, names of the module mean something else to this thread, as a dict of them says.
+/// While it lives, names of the module mean something else to this thread, as a dict of them says; none do by null.
 class Overlay {
   public:
     explicit Overlay(PyObject* names);

@@ -12,13 +12,14 @@ from pathlib import Path
 import numpy as np
 import pandas as pd
 import pytest
+from faker import Faker
 
 from support.counting import FAKER, calls_of
 from support.people import ALL_LABELS, fitted_model
 from vantrel.config import PersonLabels
 from vantrel.model.models.person import PersonModel
 from vantrel.sampling import Plan, check_plan, sample_block, sample_blocks, sample_people
-from vantrel.sampling.seeding import own_sources
+from vantrel.sampling.seeding import OwnSources
 from vantrel.storage.models import dumps, loads, save
 from vantrel.tables import write_csv, write_table
 
@@ -106,25 +107,30 @@ def test_any_seed_has_rows_of_its_own(whole: PersonModel) -> None:
 def test_a_thread_that_draws_all_the_time_changes_nothing(model: PersonModel) -> None:
     expected = blocks(model, [0, 1, 2])
     stop = threading.Event()
+    faker, other = Faker(), loads(dumps(model))
+    drawn: list[object] = []
 
     def draw() -> None:
         while not stop.is_set():
-            random.random()
-            random.choice("ab")
+            drawn.extend([random.random(), np.random.random(), faker.uuid4()])
+            other.sample(3)
+            model.sample(3)
 
     thread = threading.Thread(target=draw)
     usual = sys.getswitchinterval()
     sys.setswitchinterval(1e-6)
     thread.start()
     try:
-        assert_same(blocks(model, [0, 1, 2]), expected)
+        for _ in range(20):
+            assert_same(blocks(model, [0, 1, 2]), expected)
     finally:
         stop.set()
         sys.setswitchinterval(usual)
         thread.join()
+    assert len(set(drawn)) == len(drawn) > 10
 
 
-def test_threads_that_make_blocks_wait_for_each_other(whole: PersonModel) -> None:
+def test_threads_make_the_blocks_that_one_makes(whole: PersonModel) -> None:
     expected = blocks(whole, [0, 1, 2])
     models = [loads(dumps(whole)) for _ in range(3)]
     made: dict[int, pd.DataFrame] = {}
@@ -142,8 +148,7 @@ def test_threads_that_make_blocks_wait_for_each_other(whole: PersonModel) -> Non
 
 def test_whole_columns_are_made_at_once(whole: PersonModel) -> None:
     def make(rows: int) -> None:
-        with own_sources(whole, 7):
-            sample_people(whole, rows)
+        sample_people(OwnSources(whole).seeded(7), rows)
 
     assert calls_of(lambda: make(2_000), FAKER) < 2_000
     few, many = (calls_of(partial(make, rows)) for rows in (2_000, 4_000))

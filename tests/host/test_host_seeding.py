@@ -1,7 +1,7 @@
 """Seeds: the same seed gives the same table."""
 
 import random
-from collections.abc import Iterator
+from collections.abc import Callable, Iterator
 from pathlib import Path
 from typing import Any
 
@@ -16,8 +16,14 @@ from support.sources import source_states
 from vantrel.config import PersonLabels
 from vantrel.metadata.value import Person
 from vantrel.model.models.person import PersonModel
-from vantrel.sampling import Plan, prepare_conditions, sample_block, sample_people
-from vantrel.sampling.seeding import own_sources, seed_everything
+from vantrel.sampling import (
+    Plan,
+    prepare_conditions,
+    sample_block,
+    sample_blocks,
+    sample_people,
+)
+from vantrel.sampling.seeding import OwnSources, given_or_drawn, seed_everything
 from vantrel.storage.models import load, save
 
 CASES = [
@@ -144,7 +150,12 @@ def test_a_negative_seed_is_refused(people: pd.DataFrame) -> None:
 def states() -> dict[str, Any]:
     """All of the process that sampling could leave changed."""
     seeded = (Generator._global_seed, Generator._is_seeded)
-    return {**source_states(), "own random": vars(person)["random"] is random, "seeded": seeded}
+    return {**source_states(), "module": dict(vars(person)), "seeded": seeded}
+
+
+def of_model(model: PersonModel) -> dict[str, Any]:
+    """What sampling could change in a model."""
+    return {**source_states(model), **vars(model)}
 
 
 @pytest.fixture(params=["fresh", "seeded"])
@@ -157,45 +168,81 @@ def before(request: pytest.FixtureRequest) -> Iterator[dict[str, Any]]:
     Generator._global_seed, Generator._is_seeded = kept
 
 
-def test_the_sources_of_the_process_are_as_before(
-    before: dict[str, Any], people: pd.DataFrame
-) -> None:
-    for labels in CASES:
-        sample_block(fitted(labels, people), Plan(100, 7), 0)
-        assert states() == before
-    assert before["own random"]
+@pytest.fixture
+def amid(monkeypatch: pytest.MonkeyPatch) -> Callable[[Callable[[], None]], None]:
+    """Has something done whenever last names have been made."""
+    generate = PersonModel.generate_last_names
+
+    def done_amid(act: Callable[[], None]) -> None:
+        def generate_and_act(self: PersonModel, *arguments: Any, **named: Any) -> Any:
+            made = generate(self, *arguments, **named)
+            monkeypatch.setattr(PersonModel, "generate_last_names", generate)
+            act()
+            monkeypatch.setattr(PersonModel, "generate_last_names", generate_and_act)
+            return made
+
+        monkeypatch.setattr(PersonModel, "generate_last_names", generate_and_act)
+
+    return done_amid
 
 
-@pytest.mark.parametrize("error", [ValueError, KeyboardInterrupt, SystemExit])
-def test_they_are_also_after_a_failure(
-    before: dict[str, Any], people: pd.DataFrame, error: type[BaseException]
+@pytest.mark.parametrize("labels", CASES)
+def test_no_other_source_is_touched(
+    labels: PersonLabels, before: dict[str, Any], people: pd.DataFrame, amid: Any
 ) -> None:
-    model = fitted(CASES[1], people)
-    with pytest.raises(error), own_sources(model, 7):
-        sample_people(model, 50)
-        random.getstate()
-        assert states() != before
-        raise error
+    model = fitted(labels, people)
+    model_before = of_model(model)
+    sample_block(model, Plan(100, 7), 0)
+    assert (states(), of_model(model)) == (before, model_before)
+
+    seen = []
+    amid(lambda: seen.append((states(), of_model(model)) == (before, model_before)))
+    sample_block(model, Plan(100, 7), 0)
+    assert seen in ([True], [])  # not every model makes last names
     assert states() == before
 
 
+@pytest.mark.parametrize("labels", CASES)
+def test_what_is_drawn_amid_a_sample_changes_no_row(
+    labels: PersonLabels, before: dict[str, Any], people: pd.DataFrame, amid: Any
+) -> None:
+    assert before
+    model, other = fitted(labels, people), fitted(labels, people)
+    expected = list(sample_blocks(model, Plan(90, 7, block_rows=30)))
+
+    nested = Plan(30, 7, block_rows=30)
+
+    def draw() -> None:
+        np.random.random()
+        random.random()
+        Faker("de_DE").name()
+        Faker.seed(1)
+        for provider in model._country_to_provider_map.values():
+            provider.name()
+        model.sample(20)
+        other.sample(20)
+        pd.testing.assert_frame_equal(sample_block(model, nested, 0), expected[0])
+
+    amid(draw)
+    for made, block in zip(sample_blocks(model, Plan(90, 7, block_rows=30)), expected, strict=True):
+        pd.testing.assert_frame_equal(made, block)
+
+
 @pytest.mark.parametrize("error", [ValueError, KeyboardInterrupt])
-def test_they_are_also_where_a_block_fails_amid_its_draws(
-    people: pd.DataFrame, monkeypatch: pytest.MonkeyPatch, error: type[BaseException]
+def test_a_block_that_fails_amid_its_draws_leaves_the_next_one_alone(
+    people: pd.DataFrame, monkeypatch: pytest.MonkeyPatch, amid: Any, error: type[BaseException]
 ) -> None:
     model = fitted(CASES[1], people)
     expected = sample_block(model, Plan(50, 7), 0)
     before = states()
-    generate = PersonModel.generate_last_names
 
-    def fail(self: PersonModel, *arguments: Any, **named: Any) -> Any:
-        generate(self, *arguments, **named)
+    def fail() -> None:
         raise error
 
-    with monkeypatch.context() as patch:
-        patch.setattr(PersonModel, "generate_last_names", fail)
-        with pytest.raises(error):
-            sample_block(model, Plan(50, 7), 0)
+    amid(fail)
+    with pytest.raises(error):
+        sample_block(model, Plan(50, 7), 0)
+    monkeypatch.undo()
     assert states() == before
     pd.testing.assert_frame_equal(sample_block(model, Plan(50, 7), 0), expected)
 
@@ -205,16 +252,15 @@ def test_a_seed_that_is_refused_leaves_the_sources_too(
     before: dict[str, Any], people: pd.DataFrame, seed: Any
 ) -> None:
     model = fitted(CASES[0], people)
-    with pytest.raises((TypeError, ValueError)), own_sources(model, seed):
-        pass
+    with pytest.raises((TypeError, ValueError)):
+        OwnSources(model).seeded(seed)
     assert states() == before
 
 
 @pytest.mark.parametrize("labels", CASES)
 def test_own_sources_give_what_seeded_ones_give(labels: PersonLabels, people: pd.DataFrame) -> None:
     model = fitted(labels, people)
-    with own_sources(model, 7):
-        own = sample_people(model, 200)
+    own = sample_people(OwnSources(model).seeded(7), 200)
     pd.testing.assert_frame_equal(own, sample(model, 7))
 
 
@@ -222,7 +268,13 @@ def test_a_sequence_is_as_good_a_seed_also_after_it_was_used(people: pd.DataFram
     model = fitted(CASES[1], people)
     sequence = np.random.SeedSequence(7)
     sequence.spawn(3)
+    sources = OwnSources(model)
     for _ in range(2):
-        with own_sources(model, sequence):
-            own = sample_people(model, 200)
+        own = sample_people(sources.seeded(sequence), 200)
         pd.testing.assert_frame_equal(own, sample(model, 7))
+
+
+def test_seeds_that_are_drawn_cannot_be_tried_out() -> None:
+    drawn = [given_or_drawn(None) for _ in range(20)]
+    assert 2**120 < max(drawn) < 2**128
+    assert len(set(drawn)) == 20

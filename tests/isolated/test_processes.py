@@ -31,18 +31,88 @@ def test_child_of_a_parent_that_has_not_sampled_yet_samples() -> None:
     assert output_of(PRELUDE + "    print(processes.forked_sample_ends())") == "True"
 
 
-def test_child_of_a_parent_whose_other_thread_is_sampling_samples() -> None:
-    code = """
+@pytest.mark.parametrize("function", ["processes.MODEL.sample", "sample"])
+def test_child_of_a_parent_whose_other_thread_is_sampling_samples(function: str) -> None:
+    code = f"""
+    from functools import partial
+    import vantrel
+    sample = partial(vantrel.sample, processes.MODEL)
     over = threading.Event()
 
     def sample_until_over():
         while not over.is_set():
-            processes.MODEL.sample(200_000)
+            {function}(200_000)
 
     thread = threading.Thread(target=sample_until_over)
     thread.start()
-    print({processes.forked_sample_ends() for _ in range(5)})
+    print({{processes.forked_ends(partial({function}, 100)) for _ in range(20)}})
     over.set()
     thread.join()
     """
     assert output_of(PRELUDE + code) == "{True}"
+
+
+@pytest.mark.parametrize(
+    "bits",
+    ["processes.MODEL.hidden_model_gender._rng.bit_generator", "numpy.random.get_bit_generator()"],
+)
+def test_child_of_a_parent_whose_other_thread_is_drawing_draws(bits: str) -> None:
+    code = f"""
+    import numpy
+    bits = {bits}
+    taken, over = threading.Event(), threading.Event()
+
+    def hold():
+        with bits.lock:
+            taken.set()
+            over.wait()
+
+    thread = threading.Thread(target=hold)
+    thread.start()
+    taken.wait()
+    print(processes.forked_ends(lambda: processes.MODEL.sample(3)))
+    over.set()
+    thread.join()
+    """
+    assert output_of(PRELUDE + code) == "True"
+
+
+def test_child_of_a_parent_that_reads_a_model_reads_it() -> None:
+    code = """
+    from vantrel import scale
+    from vantrel.scale import partitions
+    from vantrel.sampling import Plan
+    part, = partitions.partitions(processes.MODEL, Plan(3, 7))
+    taken, over = threading.Event(), threading.Event()
+
+    def hold():
+        with partitions._building:
+            taken.set()
+            over.wait()
+
+    thread = threading.Thread(target=hold)
+    thread.start()
+    taken.wait()
+    print(processes.forked_ends(lambda: list(partitions.make_blocks(part))))
+    over.set()
+    thread.join()
+    """
+    assert output_of(PRELUDE + code) == "True"
+
+
+def test_a_signal_handler_samples_amid_a_sample() -> None:
+    code = """
+    import signal, vantrel
+    expected = [vantrel.sample(processes.MODEL, rows, seed=7) for rows in (5, 150_000)]
+    handled = []
+
+    def handle(*_):
+        handled.append(vantrel.sample(processes.MODEL, 5, seed=7).equals(expected[0]))
+
+    signal.signal(signal.SIGALRM, handle)
+    signal.setitimer(signal.ITIMER_REAL, 0.01, 0.01)
+    same = vantrel.sample(processes.MODEL, 150_000, seed=7).equals(expected[1])
+    signal.setitimer(signal.ITIMER_REAL, 0)
+    print(same, all(handled), len(handled) > 1)
+    """
+    assert output_of(PRELUDE + code) == "True True True"

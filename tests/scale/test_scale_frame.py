@@ -3,6 +3,7 @@
 import pickle
 import random
 import re
+from collections.abc import Iterator
 from dataclasses import replace
 from pathlib import Path
 from typing import Any
@@ -16,7 +17,7 @@ from support.scaling import QUICK, model_with_gaps, rows_of
 from support.sources import source_states
 from vantrel.config import PersonLabels
 from vantrel.model.models.person import PersonModel
-from vantrel.sampling import BLOCK_ROWS, Plan, sample_block
+from vantrel.sampling import BLOCK_ROWS, Plan, sample_blocks
 from vantrel.scale import partitions
 from vantrel.storage.models import dumps
 
@@ -144,11 +145,11 @@ def test_columns_of_missing_values_only_are_of_text() -> None:
 def test_partitions_are_held_to_the_columns(
     model: PersonModel, monkeypatch: pytest.MonkeyPatch
 ) -> None:
-    def with_one_more(model: PersonModel, plan: Plan, block: int) -> pd.DataFrame:
-        return sample_block(model, plan, block).assign(more="x")
+    def with_one_more(*arguments: Any, **named: Any) -> Iterator[pd.DataFrame]:
+        return (block.assign(more="x") for block in sample_blocks(*arguments, **named))
 
     frame = frame_of(model, PLAN, 3)
-    monkeypatch.setattr(partitions, "sample_block", with_one_more)
+    monkeypatch.setattr(partitions, "sample_blocks", with_one_more)
     with pytest.raises(ValueError, match=r"^The columns in the computed data do not match"):
         frame.compute(scheduler="sync")
 

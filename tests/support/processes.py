@@ -2,6 +2,8 @@
 
 import os
 import signal
+from collections.abc import Callable
+from functools import partial
 from typing import Any
 
 from support.people import fitted_model
@@ -19,11 +21,16 @@ def sample(seed: int, rows: int = ROWS) -> list[Any]:
     return rows_of_values
 
 
-def forked_sample_ends() -> bool:
-    """Forks; whether the child makes its first sample and ends. One that hangs is ended by a signal."""
+def forked_ends(act: Callable[[], Any]) -> bool:
+    """Forks; whether the child does something and ends. One that hangs is ended by a signal."""
     child = os.fork()
     if child == 0:
         signal.alarm(SECONDS)
-        sample(1)
+        act()
         os._exit(0)
     return os.waitpid(child, 0)[1] == 0
+
+
+def forked_sample_ends() -> bool:
+    """Whether a forked process makes its first sample and ends."""
+    return forked_ends(partial(sample, 1))

@@ -2,13 +2,30 @@
 
 from __future__ import annotations
 
-from typing import Any, Self, cast
+import os
+from typing import TYPE_CHECKING, Any, Self, cast
+from weakref import WeakValueDictionary
 
 import numpy as np
 import pandas as pd
 
 from vantrel.metadata.base import ValueMeta
 from vantrel.metadata.forms import meta_from_dict
+
+
+# By their identity: a subclass may compare models in whatever way, and so have no hash.
+_models: WeakValueDictionary[int, DiscreteModel[Any, Any]] = WeakValueDictionary()
+
+
+def _free_generators() -> None:
+    """Frees the generators in a forked process: the thread that was drawing from one is not there."""
+    bits = [getattr(model._rng, "bit_generator", None) for model in _models.values()]
+    for each in (*bits, np.random.get_bit_generator()):
+        if each is not None:
+            each.lock._at_fork_reinit()
+
+
+os.register_at_fork(after_in_child=_free_generators)
 
 
 class DiscreteModel[MetaT: ValueMeta, ValueT]:
@@ -24,6 +41,7 @@ class DiscreteModel[MetaT: ValueMeta, ValueT]:
     def __init__(self, meta: MetaT) -> None:
         self._meta = meta
         self._rng = np.random.default_rng()
+        _models[id(self)] = self
 
     @property
     def meta(self) -> MetaT:

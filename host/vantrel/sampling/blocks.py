@@ -17,7 +17,7 @@ from vantrel.arguments import refuse_text
 from vantrel.errors import ArgumentError
 from vantrel.model.models.person import PersonModel
 from vantrel.sampling.people import sample_people
-from vantrel.sampling.seeding import own_sources
+from vantrel.sampling.seeding import OwnSources
 from vantrel.sampling.unique import make_unique, refuse_not_unique
 
 BLOCK_ROWS = 50_000
@@ -70,13 +70,10 @@ class Plan:
 def sample_block(
     model: PersonModel, plan: Plan, block: int, conditions: pd.DataFrame | None = None
 ) -> pd.DataFrame:
-    """Makes one block of a sample.
-
-    The random sources of the process are put back as they were, also when sampling fails. Blocks
-    made by several threads wait for each other, for these sources are the whole process's.
+    """Makes one block of a sample, from random sources of its own.
 
     Args:
-        model: A fitted model; its own random generators are replaced.
+        model: A fitted model; not changed.
         plan: What to make; checked by :func:`check_plan`.
         block: The number of the block, from 0 to ``plan.blocks - 1``.
         conditions: What ``prepare_conditions`` made, with a row for each of the whole sample.
@@ -84,12 +81,18 @@ def sample_block(
     Returns:
         A frame of the labelled columns; its index are the numbers of its rows in the sample.
     """
+    return _block(OwnSources(model), plan, block, conditions)
+
+
+def _block(
+    sources: OwnSources, plan: Plan, block: int, conditions: pd.DataFrame | None
+) -> pd.DataFrame:
     rows = plan.rows_of(block)
     given = None
     if conditions is not None:
         given = conditions.iloc[rows.start : rows.stop].reset_index(drop=True)
-    with own_sources(model, np.random.SeedSequence(plan.seed, spawn_key=(block,))):
-        people = sample_people(model, len(rows), given)
+    model = sources.seeded(np.random.SeedSequence(plan.seed, spawn_key=(block,)))
+    people = sample_people(model, len(rows), given)
     if plan.unique:
         make_unique(people, model, plan.unique, rows.start)
     return people.set_index(pd.RangeIndex(rows.start, rows.stop))
@@ -106,8 +109,16 @@ def check_plan(model: PersonModel, plan: Plan, conditions: pd.DataFrame | None =
 
 
 def sample_blocks(
-    model: PersonModel, plan: Plan, conditions: pd.DataFrame | None = None
+    model: PersonModel,
+    plan: Plan,
+    conditions: pd.DataFrame | None = None,
+    blocks: range | None = None,
 ) -> Iterator[pd.DataFrame]:
-    """Makes a sample block by block, each as :func:`sample_block` does; checks the plan at once."""
+    """Makes a sample block by block, each as :func:`sample_block` does; all blocks if None.
+
+    Raises:
+        ArgumentError: The plan cannot be carried out; raised before the first block.
+    """
     check_plan(model, plan, conditions)
-    return (sample_block(model, plan, block, conditions) for block in range(plan.blocks))
+    sources = OwnSources(model)
+    return (_block(sources, plan, block, conditions) for block in blocks or range(plan.blocks))

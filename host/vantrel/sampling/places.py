@@ -16,7 +16,8 @@ def take_in(model: PersonModel, countries: Iterable[str]) -> None:
     """Gives a model names for countries that the fit did not see; warns of borrowed ones."""
     known = model.country_to_provider_map
     new = [country for country in countries if country not in known]
-    model.country_to_provider_map = known | get_country_to_provder_map(new, Provider.PERSON)
+    made = get_country_to_provder_map(new, Provider.PERSON)
+    model.country_to_provider_map = model.country_to_provider_map | made  # as it is by now
 
 
 def places_of(model: PersonModel, conditions: pd.DataFrame | None = None) -> list[str]:

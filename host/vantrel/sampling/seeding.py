@@ -2,26 +2,26 @@
 
 from __future__ import annotations
 
+import copy
 import logging
 import random
 import secrets
-import threading
-from collections.abc import Iterator
-from contextlib import contextmanager
-from types import ModuleType
+from collections.abc import Iterable
+from types import SimpleNamespace
+from typing import TYPE_CHECKING, Any, Protocol
 
 import faker.generator
 import numpy as np
 from faker import Faker
 
-import vantrel.model.models.person as person
 from vantrel.errors import ArgumentError, ArgumentTypeError, ModelNotFittedError
-from vantrel.model.models.person import PersonModel
+from vantrel.util.locale.copies import copied
+from vantrel.util.locale.locale import Provider, get_country_to_provder_map
+
+if TYPE_CHECKING:
+    from vantrel.model.models.person import PersonModel
 
 _log = logging.getLogger(__name__)
-
-# The sources that belong to the process can serve one sample at a time.
-_in_use = threading.Lock()
 
 
 def seed_everything(model: PersonModel, seed: int | np.random.SeedSequence) -> None:
@@ -40,69 +40,81 @@ def seed_everything(model: PersonModel, seed: int | np.random.SeedSequence) -> N
         ArgumentTypeError: The seed is neither.
         ArgumentError: The seed is negative.
     """
-    _seed(model, seed, random)
+    _seed(model, seed, np.random, random, Faker)
 
 
 def given_or_drawn(seed: int | None) -> int:
     """Gives the seed, or draws one and logs it, so that the same sample can be made again."""
     if seed is None:
-        seed = secrets.randbits(32)
+        seed = secrets.randbits(128)  # as many as nobody can try
         _log.info("The seed is %d.", seed)
     return seed
 
 
-@contextmanager
-def own_sources(model: PersonModel, seed: int | np.random.SeedSequence) -> Iterator[None]:
-    """Seeds every source for a sample, which has sources of its own as far as there can be any.
+class OwnSources:
+    """Has a model sample from sources that nothing else in the process draws from.
 
-    The module of the model draws from a module in the place of ``random`` meanwhile, out of reach
-    of other threads. Of numpy's global generator and the one that Faker instances share there is
-    one a process: they are put back as they were. Other threads that want the same wait.
+    The model is a copy with generators and instances of Faker of its own. ``random``, ``np.random``
+    and what Faker instances without a seed share are sources of its own, too, while it samples: the
+    thread alone sees them that samples. So samples need not wait for each other, not even where one
+    is made amid another, and leave nothing to be put back, whatever ends them.
+
+    Args:
+        model: The model to sample from; not changed.
     """
-    shared = faker.generator.random
-    generator = faker.generator.Generator
-    names = vars(person)
-    with _in_use:
-        numpy_state, shared_state = np.random.get_state(), shared.getstate()
-        seeded = generator._global_seed, generator._is_seeded
-        module_random = names["random"]
-        try:
-            names["random"] = _second_random
-            _seed(model, seed, _second_random)
-            yield
-        finally:
-            names["random"] = module_random
-            np.random.set_state(numpy_state)
-            shared.setstate(shared_state)
-            generator._global_seed, generator._is_seeded = seeded
+
+    def __init__(self, model: PersonModel) -> None:
+        self._numpy = np.random.RandomState(0)
+        self._random, self._shared = random.Random(0), random.Random(0)
+        self._model = copy.copy(model)
+        for name in ("hidden_model_gender", "hidden_model_country"):
+            setattr(self._model, name, copy.copy(getattr(model, name)))
+        # From the shared source each turns to one of its own when it is seeded.
+        self._model._country_to_provider_map = {
+            place: copied(provider, faker.generator.random)
+            for place, provider in list(_providers(model).items())
+        }
+        self._model._sources = {
+            "random": self._random,
+            "np": SimpleNamespace(**{**vars(np), "random": self._numpy}),
+            "get_country_to_provder_map": self._provider_map,
+        }
+
+    def seeded(self, seed: int | np.random.SeedSequence) -> PersonModel:
+        """Gives the model, which samples as after :func:`seed_everything`."""
+        _seed(self._model, seed, self._numpy, self._random, self._shared)
+        return self._model
+
+    def _provider_map(self, countries: Iterable[str], provider: Provider) -> dict[str, Faker]:
+        made = get_country_to_provder_map(countries, provider)
+        return {place: copied(each, self._shared) for place, each in made.items()}
 
 
-def _seed(model: PersonModel, seed: int | np.random.SeedSequence, module: ModuleType) -> None:
-    streams = iter(_checked(seed).spawn(7))
+class _Seedable(Protocol):
+    """A source, or the module or class whose functions draw from it."""
+
+    def seed(self, seed: Any, /) -> None:
+        """Starts it anew."""
+
+
+def _seed(
+    model: PersonModel,
+    seed: int | np.random.SeedSequence,
+    numpy: _Seedable,
+    module: _Seedable,
+    shared: _Seedable,
+) -> None:
+    *parts, of_numpy, of_module, of_shared, of_places = _checked(seed).spawn(7)
     # A stream is set aside for a model that is not there: the others keep theirs.
-    for part in (model, model.hidden_model_gender, model.hidden_model_country):
-        stream = next(streams)
+    models = (model, model.hidden_model_gender, model.hidden_model_country)
+    for part, stream in zip(models, parts, strict=True):
         if part is not None:
             part._rng = np.random.default_rng(stream)
-    np.random.seed(next(streams).generate_state(8))
-    module.seed(_integer(next(streams)))
-    Faker.seed(_integer(next(streams)))
-    stream = next(streams)
+    numpy.seed(of_numpy.generate_state(8))
+    module.seed(_integer(of_module))
     for place, provider in _providers(model).items():
-        provider.seed_instance(_integer(_stream_of(place, stream)))
-
-
-def _another_random() -> ModuleType:
-    """Makes a module with the functions of ``random`` that draw from a generator of its own."""
-    module = ModuleType(random.__name__, "The functions of random on another generator.")
-    source = random.Random()
-    for name in random.__all__:
-        if hasattr(source, name):
-            setattr(module, name, getattr(source, name))
-    return module
-
-
-_second_random = _another_random()
+        provider.seed_instance(_integer(_stream_of(place, of_places)))
+    shared.seed(_integer(of_shared))  # after those, some of which may draw from it
 
 
 def _providers(model: PersonModel) -> dict[str, Faker]:

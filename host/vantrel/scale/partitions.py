@@ -8,6 +8,7 @@ from __future__ import annotations
 
 import json
 import math
+import os
 import threading
 from collections.abc import Iterator
 from dataclasses import dataclass, replace
@@ -17,8 +18,7 @@ from itertools import pairwise
 import pandas as pd
 
 from vantrel.errors import ArgumentError, PartitionError
-from vantrel.model.models.person import PersonModel
-from vantrel.sampling import Plan, check_plan, sample_block
+from vantrel.sampling import Plan, check_plan, sample_blocks
 from vantrel.storage.models import dumps, loads
 from vantrel.versions import differences
 
@@ -82,10 +82,11 @@ def make_blocks(partition: Partition) -> Iterator[pd.DataFrame]:
         PartitionError: A block could not be made, and its rows are named, or other versions are
             installed here than where the sample was planned.
     """
-    model = _model(partition.model)
-    for block in range(partition.start, partition.stop):
+    numbers = range(partition.start, partition.stop)
+    blocks = sample_blocks(_model(partition.model), partition.plan, blocks=numbers)
+    for block in numbers:
         try:
-            yield _as_text(sample_block(model, partition.plan, block))
+            yield _as_text(next(blocks))
         except Exception as error:
             rows = partition.plan.rows_of(block)
             raise PartitionError(
@@ -111,10 +112,12 @@ def _model(content: str) -> PersonModel:
         return _built(content)
 
 
-_building = threading.Lock()
+_building = threading.RLock()
+# A forked process lacks the thread that was building.
+os.register_at_fork(after_in_child=_building._at_fork_reinit)  # type: ignore[attr-defined]  # not told
 
 
-# Most workers see one model; a few more do no harm. Blocks of one model wait for each other.
+# Most workers see one model; a few more do no harm.
 @lru_cache(maxsize=4)
 def _built(content: str) -> PersonModel:
     if different := differences(json.loads(content)["versions"]):

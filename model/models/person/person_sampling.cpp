@@ -143,8 +143,24 @@ Ref settle_locales(PyObject* self, const Request& request) {
     return call(make_series, {drawn}, {{names::dtype, str_type()}});
 }
 
+/// What the host has names of the module mean while this model samples, `random` and `np` for example; empty where it
+/// has no say. Looked for in the instance alone, without a call of anybody's code.
+Ref own_sources(PyObject* self) {
+    Ref own = Ref::steal(PyObject_GenericGetDict(self, nullptr));
+    if (!own) {
+        if (PyErr_ExceptionMatches(PyExc_AttributeError) == 0) throw PythonError{};
+        PyErr_Clear();
+        return {};
+    }
+    PyObject* sources = find(own, names::_sources);
+    return sources && PyDict_CheckExact(sources) ? Ref::share(sources) : Ref();
+}
+
 Ref sample_body(Arguments arguments) {
     auto [self, n, produce_nans, conditions, associations] = arguments.take<5>();
+    // A model without sources of its own draws from the process's, also amid a sample of one that has them.
+    const Ref sources = own_sources(self);
+    const Overlay overlay(sources);
     if (conditions == Py_None && n == Py_None) raise_value_error(messages::no_number_of_rows);
     const auto count = [n = n, conditions = conditions] {
         return conditions == Py_None ? Ref::share(n) : integer(length(conditions));

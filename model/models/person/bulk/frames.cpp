@@ -2,6 +2,7 @@
 
 #include <array>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -170,7 +171,7 @@ class Frame {
     std::optional<DomainDraws> domains_;
     std::optional<Passwords> passwords_;
     std::vector<std::pair<Attribute, PhoneNumbers>> numbers_;
-    const FrameForm* form_ = nullptr;
+    std::shared_ptr<const FrameForm> form_;  ///< shared: another thread may drop the kept ones meanwhile
     std::array<Ref, kAttributes> columns_;
 };
 
@@ -259,7 +260,7 @@ std::string Frame::form_key(bool produce_nans) const {
 
 bool Frame::find_form(bool produce_nans) {
     // Kept as long as nothing of pandas has changed, its options included.
-    static auto* const forms = new std::map<std::string, FrameForm, std::less<>>;
+    static auto* const forms = new std::map<std::string, std::shared_ptr<const FrameForm>, std::less<>>;
     static std::uint64_t made_after = 0;
     if (made_after != pandas_code().changes()) {
         forms->clear();
@@ -270,9 +271,9 @@ bool Frame::find_form(bool produce_nans) {
     if (found == forms->end()) {
         auto rehearsed = rehearse(produce_nans);
         if (!rehearsed) return false;
-        found = forms->insert_or_assign(key, std::move(*rehearsed)).first;
+        found = forms->insert_or_assign(key, std::make_shared<const FrameForm>(std::move(*rehearsed))).first;
     }
-    form_ = &found->second;
+    form_ = found->second;
     return true;
 }
 
