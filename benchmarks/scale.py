@@ -17,7 +17,7 @@ from vantrel.sampling import Plan, sample_blocks
 from vantrel.sampling.seeding import seed_everything
 from vantrel.scale import sample
 from vantrel.scale.cluster import connected
-from vantrel.scale.folder import write_partitions
+from vantrel.scale.folder import PartFile, write_partitions
 from vantrel.scale.partitions import partitions
 from vantrel.tables import write_table
 
@@ -118,7 +118,8 @@ def _on_dask(model: PersonModel, client: Client) -> None:
 
 
 def _on_dask_to_parquet(model: PersonModel, client: Client, folder: Path) -> None:
-    for _ in write_partitions(partitions(model, PLAN), folder, client):
+    files = [PartFile(part, folder, "run") for part in partitions(model, PLAN)]
+    for _ in write_partitions(files, client):
         pass
 
 

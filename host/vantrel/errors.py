@@ -129,6 +129,10 @@ class BorrowedNamesWarning(VantrelWarning):
     """People of some places get the names of another place's locale."""
 
 
+class LeftoverWarning(VantrelWarning):
+    """A killed run had left a part of a file, which was removed."""
+
+
 class OtherVersionsWarning(VantrelWarning):
     """The same seed may give other rows here than where the model was fitted."""
 

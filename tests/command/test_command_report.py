@@ -10,7 +10,7 @@ from pathlib import Path
 import pandas as pd
 import pytest
 
-from support.command import fail, succeed
+from support.command import fail, run, succeed
 
 REPORT = "report people.csv made-up.csv -o report.html"
 LABELS = "--column gender=sex --column title=title --column lastname=surname --column country=land"
@@ -325,3 +325,24 @@ def test_a_sample_of_given_people_has_their_shares_by_design() -> None:
     card = html.split("<h3>Gender shares</h3>")[1].split("</li>", maxsplit=1)[0]
     assert "By design" in card
     assert "made for given genders or countries" in card
+
+
+@pytest.mark.usefixtures("made_up")
+def test_a_report_is_no_more_public_than_its_table() -> None:
+    Path("people.csv").chmod(0o600)
+    succeed(REPORT)
+    assert Path("report.html").stat().st_mode & 0o777 == 0o600
+
+
+@pytest.mark.usefixtures("made_up")
+def test_a_report_that_came_meanwhile_is_not_lost(monkeypatch: pytest.MonkeyPatch) -> None:
+    def another_run(*_: object, **__: object) -> None:
+        Path("report.html").write_text("of another run")
+
+    monkeypatch.setattr("vantrel.sampling.record.read_record", another_run)
+    result = run(REPORT)
+    assert (result.exit_code, result.stdout) == (2, "")
+    assert result.stderr == (
+        "vantrel: error: report.html is there already: add --force to overwrite it.\n"
+    )
+    assert Path("report.html").read_text() == "of another run"

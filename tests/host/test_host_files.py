@@ -1,13 +1,18 @@
 """Files and tables, written whole or not at all."""
 
+import errno
 import os
+import re
+import stat
+import subprocess
+import sys
 import threading
 from pathlib import Path
 
 import pytest
 
-from vantrel.errors import TableError
-from vantrel.storage.files import replacing, same_file
+from vantrel.errors import LeftoverWarning, OverwriteError, TableError
+from vantrel.storage.files import owned, refuse_overwriting, replacing, same_file
 from vantrel.tables import read_table, write_table
 
 
@@ -73,6 +78,125 @@ def test_a_link_into_a_missing_folder_names_that_folder(tmp_path: Path) -> None:
     with pytest.raises(FileNotFoundError) as caught, replacing(link):
         pass
     assert caught.value.strerror == f"folder {str(tmp_path / 'missing')!r} does not exist"
+
+
+IS_THERE = "{} is there already: add force=True to overwrite it."
+
+
+@pytest.mark.parametrize("links", [True, False], ids=["links", "no links"])
+def test_what_comes_meanwhile_is_not_lost(
+    links: bool, tmp_path: Path, monkeypatch: pytest.MonkeyPatch
+) -> None:
+    def no_link(*_: object) -> None:
+        raise PermissionError(errno.EPERM, "Operation not permitted")
+
+    if not links:
+        monkeypatch.setattr(os, "link", no_link)
+    path = tmp_path / "f"
+    with pytest.raises(OverwriteError) as caught, replacing(path, force=False) as file:
+        file.write("late")
+        path.write_text("early")
+    assert str(caught.value) == IS_THERE.format(path)
+    assert path.read_text() == "early"
+    assert list(tmp_path.iterdir()) == [path]
+    path.unlink()
+    with replacing(path, force=False) as file:
+        file.write("alone")
+    assert path.read_text() == "alone"
+    assert list(tmp_path.iterdir()) == [path]
+
+
+@pytest.mark.parametrize("leads_to", ["nowhere", "link"])
+def test_a_link_that_leads_to_no_file_is_no_free_name(leads_to: str, tmp_path: Path) -> None:
+    link = tmp_path / "link"
+    link.symlink_to(tmp_path / leads_to)
+    with pytest.raises(OverwriteError) as caught:
+        refuse_overwriting(link)
+    assert str(caught.value) == IS_THERE.format(link)
+    refuse_overwriting(link, force=True)
+
+
+def test_a_link_to_itself_is_not_written(tmp_path: Path) -> None:
+    link = tmp_path / "link"
+    link.symlink_to(link)
+    with pytest.raises(OSError, match="Too many levels of symbolic links") as caught, replacing(link):
+        pass
+    assert caught.value.filename == str(link)
+    assert link.is_symlink()
+
+
+def mode_of(path: Path) -> int:
+    return stat.S_IMODE(path.stat().st_mode)
+
+
+@pytest.mark.parametrize("mode", [0o600, 0o640, 0o666, 0o400])
+def test_what_is_replaced_keeps_its_permissions(mode: int, tmp_path: Path) -> None:
+    path = tmp_path / "f"
+    path.touch()
+    path.chmod(mode)
+    with replacing(path) as file:
+        (temporary,) = set(tmp_path.iterdir()) - {path}
+        assert mode_of(temporary) == mode
+        file.write("new")
+    assert (mode_of(path), path.read_text()) == (mode, "new")
+
+
+def test_nobody_may_do_more_than_with_the_file_that_it_is_made_of(tmp_path: Path) -> None:
+    table, made, public = tmp_path / "table", tmp_path / "made", tmp_path / "public"
+    table.touch(0o600)
+    public.touch()
+    public.chmod(0o644)
+    for path in (made, public):
+        with replacing(path, private_as=table):
+            pass
+        assert mode_of(path) == 0o600
+    with replacing(tmp_path / "free", private_as=tmp_path / "no file"):
+        pass
+    (tmp_path / "usual").touch()
+    assert mode_of(tmp_path / "free") == mode_of(tmp_path / "usual")
+
+
+def test_what_a_killed_process_has_left_is_removed(tmp_path: Path) -> None:
+    code = (
+        "import os, pathlib; from vantrel.storage.files import replacing\n"
+        "with replacing(pathlib.Path('f')) as file:\n"
+        "    file.write('x' * 1_000_000); file.flush(); os.kill(os.getpid(), 9)"
+    )
+    subprocess.run([sys.executable, "-c", code], cwd=tmp_path, check=False)
+    path = tmp_path / "f"
+    assert len(list(tmp_path.iterdir())) == 1
+    told = f"Removed 1,000,000 bytes that a killed run had left beside {path}."
+    with pytest.warns(LeftoverWarning, match=re.escape(told)), replacing(path) as file:
+        file.write("new")
+    assert list(tmp_path.iterdir()) == [path]
+
+
+def test_what_is_being_written_is_no_leftover(tmp_path: Path) -> None:
+    path = tmp_path / "f"
+    with replacing(path) as one:
+        one.write("one")
+        with replacing(path) as other:
+            other.write("other")
+        assert path.read_text() == "other"
+    assert path.read_text() == "one"
+    assert list(tmp_path.iterdir()) == [path]
+
+
+@pytest.mark.parametrize("name", ["f" * 255, "é" * 127, "f" * 240])
+def test_names_as_long_as_the_file_system_takes_them(name: str, tmp_path: Path) -> None:
+    path = tmp_path / name
+    for force in (False, True):
+        with replacing(path, force=force) as file:
+            file.write("new")
+    assert list(tmp_path.iterdir()) == [path]
+
+
+def test_a_folder_has_one_owner(tmp_path: Path) -> None:
+    with owned(tmp_path) as first, owned(tmp_path) as second:
+        assert (first, second) == (True, False)
+    with owned(tmp_path) as third:
+        assert third
+    assert not list(tmp_path.iterdir())
 
 
 def test_a_pipe_is_written_into_and_stays(tmp_path: Path) -> None:

@@ -15,7 +15,7 @@ from support.people import fitted_model
 from support.scaling import contents, rows_of
 from vantrel import __version__
 from vantrel.config import PersonLabels
-from vantrel.errors import ClusterError
+from vantrel.errors import ClusterError, VantrelWarning
 from vantrel.sampling import Plan
 
 distributed = pytest.importorskip("distributed", reason="clusters need distributed")
@@ -23,8 +23,11 @@ pytest.importorskip("pyarrow", reason="Dask's frames need pyarrow")
 
 from vantrel import scale  # noqa: E402 - after the question whether it can be
 from vantrel.scale import cluster as module  # noqa: E402 - after the question whether it can be
-from vantrel.scale.cluster import connected  # noqa: E402 - after the question whether it can be
-from vantrel.scale.folder import write_partitions  # noqa: E402 - after the question whether it can be
+from vantrel.scale.cluster import (  # noqa: E402 - after the question whether it can be
+    connected,
+    warn_of_no_workers,
+)
+from vantrel.scale.folder import PartFile, write_partitions  # noqa: E402 - after the question whether it can be
 from vantrel.scale.partitions import partitions  # noqa: E402 - after the question whether it can be
 
 PLAN = Plan(400_000, seed=7, block_rows=10_000)  # 40 blocks that take a moment each
@@ -59,12 +62,12 @@ def test_files_of_a_lost_worker_are_made_again(client: Any, tmp_path: Path) -> N
     whole, broken = tmp_path / "whole", tmp_path / "broken"
     whole.mkdir()
     broken.mkdir()
-    list(write_partitions(parts, whole, client))
-    run = write_partitions(parts, broken, client)
+    list(write_partitions([PartFile(part, whole, "run") for part in parts], client))
+    run = write_partitions([PartFile(part, broken, "run") for part in parts], client)
     done = [next(run)]
     kill_one(client)
     done += run
-    assert sorted(part.number for part in done) == list(range(20))
+    assert sorted(file.part.number for file in done) == list(range(20))
     tables = {name: data for name, data in contents(broken).items() if not name.endswith(".tmp")}
     assert tables == contents(whole)
 
@@ -95,6 +98,21 @@ def test_an_address_that_is_none(address: str, reason: str) -> None:
     assert refusal(address, ClusterError) == (
         f"{address!r} is no address of a scheduler ({reason}): write one as tcp://10.0.0.1:8786."
     )
+
+
+def test_a_scheduler_without_workers(monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.setattr(module, "_SECONDS_TO_ANSWER", 0.5)
+    with (
+        distributed.LocalCluster(n_workers=0, dashboard_address=":0") as idle,
+        distributed.Client(idle) as client,
+        pytest.warns(VantrelWarning) as told,
+    ):
+        warn_of_no_workers(client)
+    address = idle.scheduler_address
+    assert [str(each.message) for each in told] == [
+        f"The scheduler at {address} has no workers: start some with 'dask worker {address}'. The"
+        " run goes on when they come."
+    ]
 
 
 def set_in_workers(client: Any, module_name: str, name: str, value: Any) -> None:

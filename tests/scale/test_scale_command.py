@@ -24,6 +24,7 @@ from support.people import fitted_model, people
 from support.scaling import contents
 from vantrel.config import PersonLabels
 from vantrel.sampling import BLOCK_ROWS, sample_people
+from vantrel.storage.files import owned
 from vantrel.storage.models import save
 
 distributed = pytest.importorskip("distributed", reason="clusters need distributed")
@@ -199,6 +200,38 @@ def test_a_run_of_other_versions_is_not_resumed(whole: dict[str, bytes]) -> None
         f"The run in people cannot be resumed, for this is another one: Faker '1.0' then and"
         f" {installed!r} now. Repeat what it was begun with, or name another folder."
     )
+
+
+def test_a_folder_has_one_run_at_a_time(whole: dict[str, bytes]) -> None:
+    stop(FILES[1], whole)
+    Path("people", ".part-000001.parquet.0.tmp").write_text("of the first run")
+    before = written()
+    with owned(Path("people")):
+        assert fail(f"{RUN} --resume", 1) == (
+            "Another run is at work in people: wait until it has ended, or name another folder."
+        )
+    assert written() == before
+
+
+@pytest.mark.parametrize("file", ["empty", "of another seed", "of another place", "cut off"])
+def test_what_is_no_part_of_the_run_is_made_again(
+    file: str, on: str, whole: dict[str, bytes]
+) -> None:
+    contents = {"empty": b"", "of another place": whole[FILES[0]], "cut off": whole[FILES[1]][:-9]}
+    if file == "of another seed":
+        succeed(f"{RUN.replace('--seed 7', '--seed 8').replace('-o people', '-o other')}{on}")
+        contents[file] = Path("other", FILES[1]).read_bytes()
+    stop(FILES[1], whole)
+    Path("people", FILES[1]).write_bytes(contents[file])
+    succeed(f"{RUN}{on} --resume")
+    assert written() == whole
+
+
+def test_a_folder_in_the_place_of_a_part(on: str, whole: dict[str, bytes]) -> None:
+    stop(FILES[1], whole)
+    Path("people", FILES[0]).mkdir()
+    path = Path("people", FILES[0]).resolve()
+    assert fail(f"{RUN}{on} --resume", 1) == f"{path}: Is a directory."
 
 
 def test_nothing_to_resume() -> None:

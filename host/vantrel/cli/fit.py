@@ -101,7 +101,7 @@ def fit(
             detect=not no_detect,
             **columns,
         )
-    vantrel.save(model, output, force=True)
+    vantrel.save(model, output, force=force)
     if not no_detect:
         told_by = dict.fromkeys(generate, "--generate") | model.meta.told_by
         told_by |= dict.fromkeys(columns, "--column")

@@ -74,6 +74,6 @@ def report(
         comparison = vantrel.compare(real, people, record=record, **columns)
     names = [click.format_filename(path.absolute().name) for path in (table, sampled)]
     page = comparison.to_html(*names)
-    with replacing(output) as file:
+    with replacing(output, force=force, private_as=table) as file:
         file.write(page)
     click.echo(f"{comparison.summary}; wrote {output}.")

@@ -77,7 +77,7 @@ def sample_to_file(
     plan, given = plan_sample(loaded.model, n, wanted, seed=seed, unique=unique, strict=strict)
     with progress(plan.rows) as further:
         people = _told(sample_blocks(loaded.model, plan, given), further)
-        write_table(people, output, csv_safe=csv_safe)
+        write_table(people, output, csv_safe=csv_safe, force=force)
     told = {"csv_safe": csv_safe} | (_told_of(conditions) if conditions else {})
     record = record_of(loaded, plan, **told)
     if is_recorded:

@@ -5,6 +5,7 @@ from __future__ import annotations
 import asyncio
 import logging
 import signal
+import warnings
 from collections.abc import Iterator
 from contextlib import ExitStack, contextmanager
 from multiprocessing import resource_tracker
@@ -13,7 +14,8 @@ from distributed import Client, LocalCluster, Security
 from distributed.comm.core import connect
 from distributed.utils import silence_logging_cmgr
 
-from vantrel.errors import ClusterError
+from vantrel.errors import ClusterError, VantrelWarning
+from vantrel.util.callers import OURS
 from vantrel.versions import differences, versions
 
 _SECONDS_TO_ANSWER = 15
@@ -70,6 +72,24 @@ def _signals_held() -> Iterator[None]:
             signal.signal(number, handler)
         if came:
             signal.raise_signal(came[0])
+
+
+def warn_of_no_workers(client: Client) -> None:
+    """Waits for a worker for some seconds, and warns where none comes: nothing is made so far.
+
+    Warns:
+        VantrelWarning: None has come.
+    """
+    try:
+        client.wait_for_workers(1, timeout=_SECONDS_TO_ANSWER)
+    except TimeoutError:
+        address = client.scheduler.address
+        warnings.warn(
+            f"The scheduler at {address} has no workers: start some with 'dask worker {address}'."
+            " The run goes on when they come.",
+            VantrelWarning,
+            skip_file_prefixes=OURS,
+        )
 
 
 async def _knock(address: str) -> None:

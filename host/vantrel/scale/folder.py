@@ -5,24 +5,29 @@ Each file takes its place when it is whole, so what a stopped run has made needs
 
 from __future__ import annotations
 
+import hashlib
+import json
 from collections.abc import Iterable, Iterator
-from contextlib import AbstractContextManager, contextmanager
+from contextlib import ExitStack, contextmanager
+from dataclasses import asdict, dataclass, replace
 from pathlib import Path
 from typing import Any
 
 from distributed import Client, KilledWorker, as_completed
 from distributed.client import FutureCancelledError
 from distributed.comm.core import CommClosedError
+from pyarrow import ArrowException
+from pyarrow.parquet import read_metadata
 
 from vantrel.errors import ArgumentError, ClusterError, OverwriteError, PartitionError
 from vantrel.hints import argument
 from vantrel.sampling.record import SampleRecord, read_record, record_of, record_path, write_record
 from vantrel.sampling.to_file import Progress, untold
 from vantrel.sampling.whole import plan_sample
-from vantrel.scale.cluster import connected
+from vantrel.scale.cluster import connected, warn_of_no_workers
 from vantrel.scale.partitions import Partition, make_blocks
 from vantrel.scale.partitions import partitions as cut
-from vantrel.storage.files import refuse_missing_folder
+from vantrel.storage.files import owned, refuse_missing_folder
 from vantrel.storage.models import read_model
 from vantrel.tables import write_table
 
@@ -72,46 +77,96 @@ def sample_to_folder(
         )
     refuse_missing_folder(folder)  # before machines are started
     earlier = None
-    if resume:
-        earlier = _earlier_run(folder)
-        seed = earlier.seed if seed is None else seed
-        partitions = partitions or earlier.options.get("partitions")
-    else:
-        _refuse_content(folder)
-    loaded = read_model(model_file, allow_patterns=allow_patterns)
-    plan, _ = plan_sample(loaded.model, n, None, seed=seed, unique=unique, strict=strict)
-    parts = cut(loaded.model, plan, partitions)
-    record = record_of(loaded, plan, partitions=len(parts))
-    if earlier is not None:
-        _refuse_another_run(earlier, record, folder)
-    todo = _missing(parts, folder)
-    if todo or earlier is None:
-        cluster = connected(scheduler, workers)
-        _write_on(cluster, parts, todo, folder, progress, None if earlier else record)
-    _finish(parts, folder)
+    with ExitStack() as stack:
+        if resume:
+            earlier = _earlier_run(folder)
+            stack.enter_context(_sole_run(folder))
+            seed = earlier.seed if seed is None else seed
+            partitions = partitions or earlier.options.get("partitions")
+        else:
+            _refuse_content(folder)
+        loaded = read_model(model_file, allow_patterns=allow_patterns)
+        plan, _ = plan_sample(loaded.model, n, None, seed=seed, unique=unique, strict=strict)
+        parts = cut(loaded.model, plan, partitions)
+        record = record_of(loaded, plan, partitions=len(parts))
+        if earlier is not None:
+            _refuse_another_run(earlier, record, folder)
+        files = [PartFile(part, folder, _run(record)) for part in parts]
+        todo = [file for file in files if not file.is_made()]
+        if todo or earlier is None:
+            with _telling_of_workers(), connected(scheduler, workers) as client:
+                if earlier is None:
+                    folder.mkdir(exist_ok=True)
+                    stack.enter_context(_sole_run(folder))
+                    _refuse_content(folder)  # it may have got some while machines were started
+                    write_record(record, folder, unfinished=True)
+                _write_all(files, todo, folder, client, progress)
+        _finish(files, folder)
     return record
 
 
-def _write_on(
-    cluster: AbstractContextManager[Client],
-    parts: list[Partition],
-    todo: list[Partition],
-    folder: Path,
-    progress: Progress,
-    new: SampleRecord | None,
+@contextmanager
+def _sole_run(folder: Path) -> Iterator[None]:
+    with owned(folder) as is_ours:
+        if not is_ours:
+            raise ClusterError(
+                f"Another run is at work in {folder}: wait until it has ended, or name another"
+                " folder."
+            )
+        yield
+
+
+@dataclass(frozen=True)
+class PartFile:
+    """The file of a partition. The names sort as the rows do."""
+
+    part: Partition
+    folder: Path
+    run: str
+
+    @property
+    def path(self) -> Path:
+        return self.folder / f"part-{self.part.number:06}.parquet"
+
+    @property
+    def note(self) -> dict[str, str]:
+        """What the file keeps of where it belongs."""
+        return {"vantrel.part": f"{self.run}/{self.part.number}"}
+
+    @property
+    def rows(self) -> int:
+        return len(self.part.rows)
+
+    def is_made(self) -> bool:
+        """Tells whether the file is there, whole, and of this run."""
+        try:
+            found = read_metadata(self.path)
+        except (OSError, ArrowException):
+            return False
+        kept = found.metadata or {}
+        noted = all(kept.get(name.encode()) == told.encode() for name, told in self.note.items())
+        return noted and found.num_rows == self.rows
+
+
+def _run(record: SampleRecord) -> str:
+    """Tells a run from all others."""
+    return hashlib.sha256(json.dumps(_decisive(record), sort_keys=True).encode()).hexdigest()
+
+
+def _write_all(
+    files: list[PartFile], todo: list[PartFile], folder: Path, client: Client, progress: Progress
 ) -> None:
-    """Writes the files of ``todo``; a new run begins when there are machines to write them."""
-    rows, to_make = (sum(len(part.rows) for part in each) for each in (parts, todo))
+    rows, to_make = (sum(file.rows for file in each) for each in (files, todo))
     try:
         with _telling_of_workers(), cluster as client, progress(rows) as further:
             if new is not None:
                 _begin(folder, new)
             further(rows - to_make)
-            for part in write_partitions(todo, folder, client):
-                further(len(part.rows))
+            for file in write_partitions(todo, client):
+                further(file.rows)
     finally:
-        for file in folder.glob(".part-*.tmp"):  # what workers that were stopped have left
-            file.unlink(missing_ok=True)
+        for leftover in folder.glob(".part-*.tmp"):  # of workers that were stopped
+            leftover.unlink(missing_ok=True)
 
 
 @contextmanager
@@ -139,13 +194,6 @@ def _refuse_content(folder: Path) -> None:
             f"Folder {folder} is not empty: add {argument('resume')} to go on with a run that was"
             " stopped, or name another folder."
         )
-
-
-def _begin(folder: Path, record: SampleRecord) -> None:
-    """Makes the folder of a new run and notes in it what the run is to make."""
-    _refuse_content(folder)  # it may have got some while machines were started
-    folder.mkdir(exist_ok=True)
-    write_record(record, folder, unfinished=True)
 
 
 def _earlier_run(folder: Path) -> SampleRecord:
@@ -180,24 +228,24 @@ def _decisive(record: SampleRecord) -> dict[str, Any]:
     return decisive | record.options | record.versions
 
 
-def _missing(parts: Iterable[Partition], folder: Path) -> list[Partition]:
-    """Lists the partitions whose files are not there."""
-    there = {file.name for file in folder.iterdir()} if folder.is_dir() else ()
-    return [part for part in parts if _name_of(part) not in there]
-
-
-def write_partitions(
-    parts: Iterable[Partition], folder: Path, client: Client
-) -> Iterator[Partition]:
-    """Writes the files of partitions on a cluster, and gives each partition when its file is there.
+def write_partitions(files: list[PartFile], client: Client) -> Iterator[PartFile]:
+    """Writes the files of partitions on the workers of a cluster.
 
     The workers see the folder under the same path. When a worker is lost, others make what it had
     not finished.
+
+    Yields:
+        Each when it is there.
+
+    Raises:
+        PartitionError: Some rows could not be made; their rows are named.
+        OSError: A file cannot be written.
     """
-    todo = list(parts)
-    futures = client.map(_write, todo, folder=folder.resolve(), pure=False)
-    by_key = dict(zip((future.key for future in futures), todo, strict=True))
+    everywhere = [replace(file, folder=file.folder.resolve()) for file in files]
+    futures = client.map(_write, everywhere, pure=False)
+    by_key = dict(zip((future.key for future in futures), files, strict=True))
     try:
+        warn_of_no_workers(client)
         for future in as_completed(futures, loop=client.loop):
             future.result()
             yield by_key[future.key]
@@ -205,22 +253,22 @@ def write_partitions(
         client.cancel(futures)
 
 
-def _finish(parts: Iterable[Partition], folder: Path) -> None:
-    """Notes that the run in a folder is finished, if all files are there."""
-    if lost := _missing(parts, folder):
+def _finish(files: list[PartFile], folder: Path) -> None:
+    """Notes that the run in a folder is finished.
+
+    Raises:
+        ClusterError: Files are not there, though workers have written them.
+        OSError: The note cannot be written.
+    """
+    if lost := [file for file in files if not file.is_made()]:
         raise ClusterError(
             f"{len(lost):,} files were written where {folder} is another folder, the first of them"
-            f" {_name_of(lost[0])}: name a folder that all machines share, under the same path."
+            f" {lost[0].path.name}: name a folder that all machines share, under the same path."
         )
     begun = record_path(folder, unfinished=True)
     if begun.exists():
         begun.replace(record_path(folder))
 
 
-def _write(partition: Partition, folder: Path) -> None:
-    write_table(make_blocks(partition), folder / _name_of(partition))
-
-
-def _name_of(partition: Partition) -> str:
-    """The name of a partition's file. The names sort as the rows do."""
-    return f"part-{partition.number:06}.parquet"
+def _write(file: PartFile) -> None:
+    write_table(make_blocks(file.part), file.path, notes=file.note)

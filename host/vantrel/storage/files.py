@@ -1,35 +1,75 @@
-"""Writes files whole or not at all."""
+"""Writes files whole or not at all, and nothing over what nobody has given up."""
 
 import errno
+import fcntl
+import hashlib
 import os
-import secrets
+import stat
+import warnings
 from collections.abc import Iterator
-from contextlib import contextmanager
+from contextlib import contextmanager, suppress
+from itertools import count
 from pathlib import Path
 from typing import IO, Any
 
-from vantrel.errors import OverwriteError
+from vantrel.errors import LeftoverWarning, OverwriteError
 from vantrel.hints import argument
+from vantrel.util.callers import OURS
 
 # What stands for standard input or output in the place of a file.
 STANDARD_STREAM = Path("-")
 
+_LONGEST_NAME = 255
+
 
 @contextmanager
-def replacing(path: Path, *, binary: bool = False) -> Iterator[IO[Any]]:
+def replacing(
+    path: Path, *, binary: bool = False, force: bool = True, private_as: Path | None = None
+) -> Iterator[IO[Any]]:
     """Opens a file that takes its place only when it was written to the end.
 
     It takes text, in UTF-8, or bytes. Until the end they go to a file of a temporary name in the
     same folder. If anything fails that file is removed, and what was at ``path`` before is still
-    there. A symbolic link stays and the file it leads to is replaced. What is there and no regular
-    file, such as a pipe or a device, is written straight into.
+    there; what a process has left that was killed is removed by the next one. A file that is
+    replaced keeps its permissions. A symbolic link stays and the file it leads to is replaced. What
+    is there and no regular file, such as a pipe or a device, is written straight into.
+
+    Args:
+        path: The file.
+        binary: Whether it takes bytes.
+        force: Whether a file is replaced that is there in the end.
+        private_as: Nobody may do more with the file than with this one.
+
+    Raises:
+        OverwriteError: A file has come to its place and ``force`` is not set.
+        OSError: The file cannot be written.
+
+    Warns:
+        LeftoverWarning: What a killed process had left was removed.
     """
     try:
         target = Path(os.path.realpath(path))
         refuse_missing_folder(target if path.is_symlink() else path)
-        opening = _in_place if is_special(target) else _beside
-        with opening(target, binary) as file:
-            yield file
+        if target.is_symlink():
+            raise OSError(errno.ELOOP, os.strerror(errno.ELOOP))
+        if is_special(target):
+            with _opened(os.open(target, os.O_WRONLY | os.O_TRUNC), binary) as file:
+                yield file
+            return
+        mode, is_replaced = _permissions(target, private_as)
+        temporary, descriptor = _made_beside(target, mode, path)
+        try:
+            with _opened(descriptor, binary) as file:
+                if is_replaced:
+                    os.fchmod(descriptor, mode)  # whatever the process's mask is
+                yield file
+                file.flush()
+                os.fsync(descriptor)
+                _name(temporary, target, path, force=force)
+        finally:
+            temporary.unlink(missing_ok=True)
+    except OverwriteError:
+        raise
     except OSError as error:
         # Whoever reads the error has never heard of the temporary name.
         error.filename = str(path)
@@ -38,13 +78,25 @@ def replacing(path: Path, *, binary: bool = False) -> Iterator[IO[Any]]:
 
 
 def refuse_overwriting(output: Path, *sources: Path, force: bool = False) -> None:
-    """Refuses an output that would overwrite a source or, without ``force``, any other file."""
+    """Makes sure that writing the output loses nothing.
+
+    A link that leads nowhere is there, too: whoever made it has plans with the name.
+
+    Raises:
+        OverwriteError: It is a file to read or a folder, or it is there and ``force`` is not given.
+    """
     if any(same_file(source, output) for source in sources):
         raise OverwriteError(f"{output} is the file to read: write to another one.")
     if output.is_dir():
         raise OverwriteError(f"{output} is a folder: name a file in it.")
-    if output.exists() and not is_special(output) and not force:
-        raise OverwriteError(f"{output} is there already: add {argument('force')} to overwrite it.")
+    if os.path.lexists(output) and not is_special(output) and not force:
+        raise _is_there(output)
+
+
+def _is_there(output: Path) -> OverwriteError:
+    return OverwriteError(
+        f"{output} is there already: add {argument('force')} to overwrite it."
+    )
 
 
 def refuse_missing_folder(path: Path) -> None:
@@ -64,22 +116,100 @@ def is_special(path: Path) -> bool:
     return path.exists() and not path.is_file()
 
 
-def _in_place(target: Path, binary: bool) -> IO[Any]:
-    return _open(target, "w", binary)
-
-
 @contextmanager
-def _beside(target: Path, binary: bool) -> Iterator[IO[Any]]:
-    temporary = target.with_name(f".{target.name}.{secrets.token_hex(4)}.tmp")
+def owned(folder: Path) -> Iterator[bool]:
+    """Tells whether this process alone has the folder from now on; the lock ends with it.
+
+    Where the file system knows no locks there is nobody to ask.
+    """
+    descriptor = os.open(folder, os.O_RDONLY | os.O_DIRECTORY)
     try:
-        with _open(temporary, "x", binary) as file:
-            yield file
-            file.flush()
-            os.fsync(file.fileno())
-        temporary.replace(target)
+        yield _lock(descriptor) is not False
     finally:
-        temporary.unlink(missing_ok=True)
+        os.close(descriptor)
 
 
-def _open(path: Path, mode: str, binary: bool) -> IO[Any]:
-    return path.open(f"{mode}b") if binary else path.open(mode, encoding="utf-8", newline="")
+def _lock(descriptor: int) -> bool | None:
+    """Locks a file for this process unless another one has it; None where nothing can be locked."""
+    try:
+        fcntl.flock(descriptor, fcntl.LOCK_EX | fcntl.LOCK_NB)
+    except BlockingIOError:
+        return False
+    except OSError:
+        return None
+    return True
+
+
+def _permissions(target: Path, private_as: Path | None) -> tuple[int, bool]:
+    """The permissions of a file that is to be written, and whether it replaces one."""
+    is_replaced = target.is_file()
+    mode = stat.S_IMODE(target.stat().st_mode) if is_replaced else 0o666
+    if private_as is not None and private_as.is_file():
+        mode &= stat.S_IMODE(private_as.stat().st_mode)
+    return mode, is_replaced
+
+
+def _made_beside(target: Path, mode: int, told: Path) -> tuple[Path, int]:
+    """Makes a temporary file beside another one, locked for as long as it is open.
+
+    The first name that no living process has is taken, so what a killed one has left is found.
+    """
+    for number in count():
+        temporary = target.with_name(_temporary_name(target.name, number))
+        _remove_leftover(temporary, told)
+        try:
+            descriptor = os.open(temporary, os.O_WRONLY | os.O_CREAT | os.O_EXCL, mode)
+        except FileExistsError:
+            continue
+        with suppress(OSError):  # no locks here
+            fcntl.flock(descriptor, fcntl.LOCK_EX)
+        if os.fstat(descriptor).st_nlink:
+            break
+        os.close(descriptor)  # taken for a leftover before it was locked
+    return temporary, descriptor
+
+
+def _temporary_name(name: str, number: int) -> str:
+    end = f".{number}.tmp"
+    if len(os.fsencode(name)) + len(end) >= _LONGEST_NAME:
+        name = hashlib.sha256(os.fsencode(name)).hexdigest()
+    return f".{name}{end}"
+
+
+def _remove_leftover(temporary: Path, told: Path) -> None:
+    try:
+        descriptor = os.open(temporary, os.O_WRONLY | os.O_NOFOLLOW | os.O_NONBLOCK)
+    except OSError:  # none, as a rule
+        return
+    try:
+        there = os.fstat(descriptor)
+        if _lock(descriptor) and there.st_nlink == 1 and temporary.exists():
+            temporary.unlink()
+            warnings.warn(
+                f"Removed {there.st_size:,} bytes that a killed run had left beside {told}.",
+                LeftoverWarning,
+                skip_file_prefixes=OURS,
+            )
+    finally:
+        os.close(descriptor)
+
+
+def _name(temporary: Path, target: Path, told: Path, *, force: bool) -> None:
+    """Gives a file its name, which nothing bears that must not be lost."""
+    if not force:
+        try:
+            try:
+                os.link(temporary, target)
+            except PermissionError:  # no links in this file system: take the name first
+                os.close(os.open(target, os.O_CREAT | os.O_EXCL))
+            else:
+                return
+        except FileExistsError:
+            raise _is_there(told) from None
+    temporary.replace(target)
+
+
+def _opened(descriptor: int, binary: bool) -> IO[Any]:
+    if binary:
+        return os.fdopen(descriptor, "wb")
+    return os.fdopen(descriptor, "w", encoding="utf-8", newline="")

@@ -114,7 +114,7 @@ def save(model: PersonModel, path: str | Path, *, force: bool = False) -> None:
     """
     refuse_overwriting(Path(path), force=force)
     content = dumps(model)
-    with replacing(Path(path)) as file:
+    with replacing(Path(path), force=force) as file:
         file.write(content)
 
 

@@ -8,7 +8,7 @@ import re
 import shutil
 import sys
 import tempfile
-from collections.abc import Iterable, Iterator
+from collections.abc import Iterable, Iterator, Mapping
 from contextlib import contextmanager
 from importlib.util import find_spec
 from itertools import chain
@@ -37,6 +37,8 @@ def write_table(
     *,
     separator: str | None = None,
     csv_safe: bool = False,
+    force: bool = True,
+    notes: Mapping[str, str] | None = None,
 ) -> None:
     """Writes a table that comes in parts, whole or not at all.
 
@@ -50,9 +52,11 @@ def write_table(
         csv_safe: Whether to put an apostrophe before each cell of CSV that a spreadsheet would run
             as a formula, and quotes around every value, so that none is split where other
             characters than commas separate.
+        force: Whether a file is replaced that is there in the end.
+        notes: What a Parquet file keeps beside the rows.
 
     Raises:
-        VantrelError: The name is of a file of another kind, or a package is missing.
+        OverwriteError: A file is there in the end and ``force`` is not set.
         OSError: The file cannot be written.
     """
     kind = kind_to_write(path)
@@ -63,10 +67,11 @@ def write_table(
         )
     if kind.format == "parquet" and find_spec("pyarrow") is None:
         raise MissingPackageError.of(f"To write {path}", "pyarrow", "parquet")
-    opening = _standard_output() if path == STANDARD_STREAM else replacing(path, binary=True)
+    is_standard = path == STANDARD_STREAM
+    opening = _standard_output() if is_standard else replacing(path, binary=True, force=force)
     with opening as opened, compressing(opened, kind.compression) as file:
         if kind.format == "parquet":
-            _write_parquet(frames, file)
+            _write_parquet(frames, file, notes or {})
         elif kind.format == "jsonl":
             _write_jsonl(frames, file)
         else:
@@ -126,33 +131,16 @@ def _write_jsonl(frames: Iterable[pd.DataFrame], file: IO[bytes]) -> None:
             file.write((json.dumps(row, ensure_ascii=False) + "\n").encode())
 
 
-def regroup(frames: Iterable[pd.DataFrame], rows: int) -> Iterator[pd.DataFrame]:
-    """Joins and cuts frames, so that each but the last has a given number of rows.
-
-    At least one frame comes out, of no rows if there are none.
-    """
-    held: list[pd.DataFrame] = []
-    count = 0
-    for frame in frames:
-        held.append(frame)
-        count += len(frame)
-        if count > rows:
-            joined = pd.concat(held)
-            for start in range(0, count - rows, rows):
-                yield joined.iloc[start : start + rows]
-            held = [joined.iloc[start + rows :]]
-            count = len(held[0])
-    if held:
-        yield pd.concat(held)
-
-
-def _write_parquet(frames: Iterable[pd.DataFrame], file: IO[bytes]) -> None:
+def _write_parquet(
+    frames: Iterable[pd.DataFrame], file: IO[bytes], notes: Mapping[str, str]
+) -> None:
     import pyarrow as pa
     import pyarrow.parquet as pq
 
     groups = regroup(frames, _GROUP_ROWS)
     first = next(groups)
     schema = pa.schema([(str(column), pa.string()) for column in first.columns])
+    schema = schema.with_metadata(dict(notes)) if notes else schema
     with pq.ParquetWriter(file, schema) as writer:
         for group in chain([first], groups):
             writer.write_table(pa.Table.from_pandas(group, schema, preserve_index=False))

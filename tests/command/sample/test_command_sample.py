@@ -312,3 +312,36 @@ def test_a_model_file_without_versions_is_sampled_quietly(contents: dict[str, st
     del form["versions"]
     Path("m.json").write_text(json.dumps(form))
     assert succeed("sample m.json -n 2 -o out.csv").stderr == ""
+
+
+def test_a_file_that_came_meanwhile_is_not_lost(monkeypatch: pytest.MonkeyPatch) -> None:
+    def another_run(*arguments: Any, **named: Any) -> Any:
+        Path("out.csv").write_text("of another run")
+        return sample_blocks(*arguments, **named)
+
+    monkeypatch.setattr("vantrel.sampling.to_file.sample_blocks", another_run)
+    result = run("sample m.json -n 3 --seed 7 -o out.csv")
+    assert (result.exit_code, result.stdout) == (2, "")
+    assert result.stderr == (
+        "vantrel: error: out.csv is there already: add --force to overwrite it.\n"
+    )
+    assert Path("out.csv").read_text() == "of another run"
+    assert not {".out.csv.0.tmp", "out.csv.made.json"} & contents_here().keys()
+
+
+def test_what_a_killed_run_has_left_is_removed_and_told() -> None:
+    Path(".out.csv.0.tmp").write_bytes(b"x" * 1000)
+    result = succeed("sample m.json -n 3 --seed 7 -o out.csv")
+    assert result.stderr.splitlines()[0] == (
+        "vantrel: warning: Removed 1,000 bytes that a killed run had left beside out.csv."
+    )
+    assert not Path(".out.csv.0.tmp").exists()
+
+
+def test_long_names() -> None:
+    name = f"{'n' * 236}.csv"
+    succeed(f"sample m.json -n 3 --seed 7 -o {name}")
+    assert contents_here().keys() >= {name, f"{name}.made.json"}
+    assert fail(f"sample m.json -n 3 -o {'n' * 251}", 1) == (
+        f"{'n' * 251}.made.json cannot be read: File name too long."
+    )
