@@ -29,6 +29,11 @@ def as_frame(table: Any, what: str = "A table") -> pd.DataFrame:
         frame = _from_arrow(table, what)
     else:
         raise _no_table(table, what)
+    if frame.columns.nlevels > 1:
+        raise ArgumentError(
+            f"{what} has columns of {frame.columns.nlevels} levels: give each one name, as in"
+            " df.columns = df.columns.map('_'.join)."
+        )
     doubled = frame.columns[frame.columns.duplicated()].unique()
     if len(doubled):
         raise ArgumentError(

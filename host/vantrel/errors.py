@@ -10,30 +10,7 @@ import re
 from collections.abc import Iterator
 from contextlib import contextmanager
 
-__all__ = [
-    "ArgumentError",
-    "ArgumentTypeError",
-    "BorrowedNamesWarning",
-    "ClusterError",
-    "ColumnNotFoundError",
-    "CompareError",
-    "ConditionsError",
-    "FittingError",
-    "MetaNotExtractedError",
-    "MissingPackageError",
-    "ModelFileError",
-    "ModelNotFittedError",
-    "OtherVersionsWarning",
-    "OverwriteError",
-    "PartitionError",
-    "RecordError",
-    "SamplingError",
-    "SettingsError",
-    "TableError",
-    "UnknownPlaceError",
-    "VantrelError",
-    "VantrelWarning",
-]
+from vantrel.hints import named, why_unreadable
 
 
 class VantrelError(Exception):
@@ -63,6 +40,11 @@ class MissingPackageError(VantrelError, ImportError):
 
 class TableError(VantrelError, ValueError):
     """A table cannot be read or written, or holds nothing to learn from."""
+
+    @classmethod
+    def unreadable(cls, path: Path, error: OSError) -> TableError:
+        """The error of a table that the system does not let read."""
+        return cls(f"Table {named(path)} {why_unreadable(path, error)}")
 
 
 class ColumnNotFoundError(VantrelError, KeyError):

@@ -231,7 +231,7 @@ def test_a_wrong_column_names_the_nearest() -> None:
 
 def test_unknown_countries_name_the_nearest_and_their_rows() -> None:
     Path("people.csv").write_text("sex,land\nm,Germny\nm,FR\nf,\nf,Germny\nf,Narnia\n")
-    assert fail(f"{FIT} --column country=land", 1) == (
+    assert fail(f"{FIT} --show-values --column country=land", 1) == (
         "Column 'land': These are neither countries nor locales: 'Germny' (did you mean 'Germany'?),"
         " 'Narnia'. Write a country as its ISO code, its English name or its name in its own"
         " language, a locale as 'en_GB'. Such rows: 3 of 5. Correct or empty these cells, or leave"

@@ -141,7 +141,7 @@ def test_the_table_comes_from_standard_input() -> None:
 
 def test_a_column_whose_values_contradict_its_name_is_told() -> None:
     Path("people.csv").write_text("Job's title,title,sex\nx,Manager,m\ny,Clerk,f\n")
-    assert succeed(FIT).stderr.splitlines()[0] == (
+    assert succeed(f"{FIT} --show-values").stderr.splitlines()[0] == (
         "vantrel: note: Column 'title' is not taken for title, as its values, such as 'Manager', do"
         " not look so: to take it, add --column title=title."
     )
@@ -149,7 +149,7 @@ def test_a_column_whose_values_contradict_its_name_is_told() -> None:
 
 def test_a_gender_that_is_not_understood_needs_patterns() -> None:
     Path("people.csv").write_text("sexo,pais\nM,ES\nH,MX\nH,ES\n")
-    assert succeed(FIT).stderr.splitlines()[0] == (
+    assert succeed(f"{FIT} --show-values").stderr.splitlines()[0] == (
         "vantrel: note: Column 'sexo' is not taken for gender, as its values, such as 'H', do not"
         " look so: to take it, add --column gender=sexo, and patterns of its values with --config."
     )
@@ -157,7 +157,7 @@ def test_a_gender_that_is_not_understood_needs_patterns() -> None:
 
 def test_a_country_that_is_not_understood_needs_other_values_or_a_locale() -> None:
     Path("people.csv").write_text("sex,land\nm,Bayern\nf,Sachsen\nf,Bayern\n")
-    assert succeed(FIT).stderr.splitlines()[0] == (
+    assert succeed(f"{FIT} --show-values").stderr.splitlines()[0] == (
         "vantrel: note: Column 'land' is not taken for country, as its values, such as 'Bayern', do"
         " not look so: to take it, write each as an ISO code, an English name or a name in the"
         " country's own language; or add --locale DE, say, in its place."
@@ -176,7 +176,7 @@ def test_such_columns_are_told_where_nothing_is_found() -> None:
 
 def test_an_unknown_country_in_a_column_that_was_found() -> None:
     Path("people.csv").write_text("sex,land\nm,Germny\nf,FR\n")
-    assert fail(FIT, 1) == (
+    assert fail(f"{FIT} --show-values", 1) == (
         "Column 'land': 'Germny' is neither a country nor a locale. Did you mean 'Germany'? Write a"
         " country as its ISO code, its English name or its name in its own language, a locale as"
         " 'en_GB'. Such rows: 1 of 2. Correct or empty these cells, or leave the column out: --ignore"

@@ -4,7 +4,7 @@ from pathlib import Path
 
 import pytest
 
-from support.command import succeed
+from support.command import fail, succeed
 from vantrel.storage.models import load
 from vantrel.tables import read_table
 
@@ -18,7 +18,7 @@ NO_COUNTRIES = (
 
 def test_notes_tell_what_samples_will_not_have() -> None:
     Path("people.csv").write_text("sex,t,class\nm,Mr,1\nf,Dr,2\nzz,Mx,3\nzz,Dr,3\nyy,Qq,3\n,,\n")
-    result = succeed(f"{NAMED} --column title=t")
+    result = succeed(f"{NAMED} --show-values --column title=t")
     assert result.stderr.splitlines() == [
         "vantrel: note: Column 'sex' has values that are not understood as genders and count as"
         " missing: 'zz' (2), 'yy' (1). These are 50.0% of the rows, which samples leave blank;"
@@ -41,12 +41,14 @@ def test_titles_that_tell_the_gender_are_all_sampled() -> None:
 
 def test_notes_show_a_few_values() -> None:
     Path("people.csv").write_text("sex\nm\n" + "".join(f"z{i}\n" for i in range(7)))
-    assert " (1) and 2 more. These are 87.5% of the rows," in succeed(NAMED).stderr
+    assert (
+        " (1) and 2 more. These are 87.5% of the rows," in succeed(f"{NAMED} --show-values").stderr
+    )
 
 
 def test_spellings_of_one_gender_are_told_to_be_equally_frequent() -> None:
     Path("people.csv").write_text("sex\n" + "male\n" * 8 + "M\nf\nF\nx\n")
-    assert succeed(NAMED).stderr == (
+    assert succeed(f"{NAMED} --show-values").stderr == (
         "vantrel: note: Column 'sex' writes one gender in several ways, which samples have equally"
         " often among that gender: 'f', 'F'; 'male', 'M'. Write each gender in one way to have only"
         " that.\n"
@@ -58,7 +60,7 @@ def test_spellings_of_one_gender_are_told_to_be_equally_frequent() -> None:
 
 def test_titles_that_are_not_understood_are_told_with_their_share() -> None:
     Path("people.csv").write_text("t\nMr\nMrs\nFirma\nFamilie\nFirma\nDr\n\n\n")
-    assert succeed("fit people.csv -o m.json --column title=t").stderr == (
+    assert succeed("fit people.csv --show-values -o m.json --column title=t").stderr == (
         "vantrel: note: Column 't' has values that are not understood as titles and count as"
         " missing: 'Firma' (2), 'Familie' (1). These are 37.5% of the rows, which samples leave"
         " blank; patterns in --config make them understood.\n"
@@ -68,7 +70,7 @@ def test_titles_that_are_not_understood_are_told_with_their_share() -> None:
 
 def test_titles_that_are_named_as_genders_are_told_to_be_titles() -> None:
     Path("people.csv").write_text("Die Anrede\nHerr\nFrau\nFrau\nHerr\n")
-    line = "fit people.csv -o m.json --force --column"
+    line = "fit people.csv --show-values -o m.json --force --column"
     assert succeed(f"{line} 'gender=Die Anrede'").stderr == (
         "vantrel: note: Column 'Die Anrede' has values that are not understood as genders and count"
         " as missing: 'Herr' (2). These are 50.0% of the rows, which samples leave blank; patterns"
@@ -104,7 +106,7 @@ def test_what_is_generated_and_found_is_told_to_be_there_already() -> None:
 def test_equally_frequent_genders_are_told_where_no_column_tells_them() -> None:
     Path("people.csv").write_text("Anrede,land\nFirma,DE\nFirma,DE\nHerr,FR\n")
     Path("c.toml").write_text('genders = ["F", "NB"]\n')
-    result = succeed(f"{FOUND} --generate firstname --config c.toml")
+    result = succeed(f"{FOUND} --show-values --generate firstname --config c.toml")
     assert result.stderr.splitlines() == [
         "vantrel: note: Column 'Anrede' is not taken for title, as its values, such as 'Firma', do"
         " not look so: to take it, add --column title=Anrede.",
@@ -115,3 +117,34 @@ def test_equally_frequent_genders_are_told_where_no_column_tells_them() -> None:
     ]
     assert "equally often" not in succeed(f"{FOUND} --force --column title=Anrede").stderr
     assert succeed(f"{FOUND} --force --ignore Anrede --generate lastname").stderr.count("note") == 1
+
+
+def test_notes_name_no_values_unasked() -> None:
+    Path("people.csv").write_text("sex,t\nm,Mr\nsecret,Dr\nf,Mrs\nM,Mr\nsecret,Qq\nhidden,Mx\n")
+    assert succeed(f"{NAMED} --column title=t").stderr.splitlines() == [
+        "vantrel: note: Column 'sex' has values that are not understood as genders and count as"
+        " missing: 2 values in 3 rows, first in rows 2, 6 (--show-values names them). These are 50.0%"
+        " of the rows, which samples leave blank; patterns in --config make them understood.",
+        "vantrel: note: Column 'sex' writes one gender in several ways, which samples have equally"
+        " often among that gender: M in 2 ways. Write each gender in one way to have only that.",
+        "vantrel: note: Column 't' has titles that will never be sampled, as they tell none of the"
+        " learnt genders: 3 values in rows 2, 5, 6 (--show-values names them).",
+    ]
+
+
+def test_errors_name_no_values_unasked() -> None:
+    Path("people.csv").write_text("sex,land\nm,a@b.org\nf,GB\nf,a@b.org\nf,c@d.org\n")
+    assert fail(f"{NAMED} --column country=land", 1) == (
+        "Column 'land': 2 values in 3 rows, first in rows 1, 4 (--show-values names them): no"
+        " countries or locales. Write a country as its ISO code, its English name or its name in its"
+        " own language, a locale as 'en_GB'. Correct or empty these cells, or leave the column out:"
+        " --ignore land."
+    )
+
+
+def test_notes_are_no_longer_than_anybody_reads() -> None:
+    names = [f"{'long' * 100}{number}" for number in range(1_000)]
+    Path("people.csv").write_text(f"sex,{','.join(names)}\nm{',1' * 1_000}\n")
+    (note,) = succeed(NAMED).stderr.splitlines()
+    assert len(note) < 3_000
+    assert note.endswith(" and 980 more.")

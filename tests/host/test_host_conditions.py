@@ -12,10 +12,17 @@ from hypothesis import strategies as st
 from support.people import fitted_model
 from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.errors import BorrowedNamesWarning, ConditionsError
+from vantrel.hints import showing_values
 from vantrel.model.models.person import PersonModel
 from vantrel.sampling import Plan, prepare_conditions, refuse_borrowed, sample_blocks
 
 LABELS = PersonLabels(gender="sex", title="title", firstname="first", country="land")
+
+
+@pytest.fixture(autouse=True)
+def values_are_shown() -> Iterator[None]:
+    with showing_values(True):
+        yield
 
 
 def people() -> pd.DataFrame:

@@ -29,6 +29,19 @@ def print_all(sections: Sequence[Section]) -> None:
     click.echo("\n".join(lines), color=console.color_system is not None)
 
 
+def say(what: str, message: str) -> None:
+    """Prints a line to stderr, in which no sign does what it was not printed for.
+
+    Args:
+        what: "error", "warning" or "note".
+        message: What is told. Names of others' are shown in it so that they can be used; what has
+            come through all the same, by a message of another package perhaps, is replaced.
+    """
+    line = " ".join(message.split())
+    seen = "".join(sign if sign.isprintable() else "\N{REPLACEMENT CHARACTER}" for sign in line)
+    click.echo(f"vantrel: {what}: {seen}", err=True)
+
+
 @contextmanager
 def progress(rows: int) -> Iterator[Callable[[int], None]]:
     """Shows on stderr how far the rows are; nothing where that is no terminal.

@@ -15,7 +15,9 @@ from vantrel.cli.options import (
     list_option,
     path_option,
     separator_option,
+    values_option,
 )
+from vantrel.hints import named
 from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
 
 
@@ -52,6 +54,7 @@ from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
 )
 @separator_option("TABLE")
 @encoding_option("TABLE")
+@values_option
 @force_option
 def fit(
     table: Path,
@@ -64,6 +67,7 @@ def fit(
     config_file: Path | None,
     separator: str | None,
     encoding: str | None,
+    show_values: bool,
     force: bool,
 ) -> None:
     """Learn from a table and write a model file.
@@ -99,6 +103,7 @@ def fit(
             config=config,
             ignore=ignore,
             detect=not no_detect,
+            show_values=show_values,
             **columns,
         )
     vantrel.save(model, output, force=force)
@@ -107,6 +112,8 @@ def fit(
         told_by |= dict.fromkeys(columns, "--column")
         rows = [(name, column, told_by[name]) for name, column in model.params.items()]
         print_all([Section("", ("Attribute", "Column", "Told by"), rows)])
-    click.echo(f"Learnt from {model.meta.learnt_from:,} rows of {table}; wrote {output}.")
+    click.echo(
+        f"Learnt from {model.meta.learnt_from:,} rows of {named(table)}; wrote {named(output)}."
+    )
     for note in model.meta.notes:
         click.echo(f"vantrel: note: {note}", err=True)

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import os
 import signal
 import sys
 import threading
@@ -13,13 +14,16 @@ from typing import Any, NoReturn, override
 
 import click
 
+from vantrel.cli.console import say
 from vantrel.cli.options import as_option
 from vantrel.errors import ArgumentError, ArgumentTypeError, VantrelError
-from vantrel.hints import spelling
+from vantrel.hints import named, spelling
 
 BAD_DATA = 1
 BAD_USAGE = 2
 INTERRUPTED = 130
+
+_STDERR = 2
 
 _DEBUG = "vantrel.debug"
 
@@ -52,6 +56,7 @@ class TerseGroup(TerseCommand, click.Group):
     @override
     def main(self, *args: Any, **kwargs: Any) -> NoReturn:
         kwargs["standalone_mode"] = False
+        _open_closed_streams()
         try:
             with _unwinding(), _plain_warnings(), spelling(as_option):
                 status = super().main(*args, **kwargs)
@@ -59,8 +64,7 @@ class TerseGroup(TerseCommand, click.Group):
             click.echo(error.format_message(), err=True)
             sys.exit(BAD_USAGE)
         except click.ClickException as error:
-            message = " ".join(error.format_message().split())
-            click.echo(f"vantrel: error: {message}", err=True)
+            say("error", error.format_message())
             sys.exit(error.exit_code)
         except click.Abort:
             click.echo("vantrel: interrupted", err=True)
@@ -88,7 +92,7 @@ def _reported(error: Exception) -> click.ClickException:
     if isinstance(error, VantrelError):
         return click.ClickException(str(error))
     if isinstance(error, OSError):
-        where = f"{error.filename}: " if error.filename else ""
+        where = f"{named(error.filename)}: " if error.filename else ""
         return click.ClickException(f"{where}{error.strerror or error}.")
     return click.ClickException(
         f"This is a mistake in vantrel, not in what you gave it ({type(error).__name__}: {error})."
@@ -106,7 +110,23 @@ def _plain_warnings() -> Iterator[None]:
 
 
 def _show_warning(message: Warning | str, *_: Any, **__: Any) -> None:
-    click.echo(f"vantrel: warning: {message}", err=True)
+    say("warning", str(message))
+
+
+def _open_closed_streams() -> None:
+    """Lets nothing that is opened take the place of a standard stream that is closed.
+
+    What is told is told to nobody then; what is asked for must have somewhere to go.
+    """
+    has_output = sys.stdout is not None
+    while (descriptor := os.open(os.devnull, os.O_RDWR)) <= _STDERR:
+        pass
+    os.close(descriptor)
+    if sys.stderr is None:
+        sys.stderr = open(_STDERR, "w", encoding="utf-8", closefd=False)  # noqa: SIM115 - to the end
+    if not has_output:
+        say("error", "Standard output is closed: send it somewhere, as in > /dev/null.")
+        sys.exit(BAD_DATA)
 
 
 @contextmanager

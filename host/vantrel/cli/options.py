@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import shlex
 from collections.abc import Callable, Sequence
 from pathlib import Path
 from typing import Any, Protocol
@@ -10,6 +9,7 @@ from typing import Any, Protocol
 import click
 
 from vantrel.attributes import ATTRIBUTES, WORDS
+from vantrel.hints import quoted
 
 
 class _Decorator(Protocol):
@@ -23,6 +23,12 @@ _NAMES = {"n": "-n", "locales": "--locale"}
 
 force_option = click.option("--force", is_flag=True, help="Overwrite the output if it is there.")
 
+values_option = click.option(
+    "--show-values",
+    is_flag=True,
+    help="Name values of the table in notes and errors, not only their number and rows.",
+)
+
 patterns_option = click.option(
     "--allow-patterns",
     is_flag=True,
@@ -33,12 +39,12 @@ patterns_option = click.option(
 def as_option(name: str, value: object) -> str:
     """Writes an argument of the library as an option of the command."""
     if name in ATTRIBUTES:
-        return f"--column {shlex.quote(f'{name}={value}')}"
+        return f"--column {quoted(f'{name}={value}')}"
     option = _NAMES.get(name, f"--{name.replace('_', '-')}")
     if value in (True, ...):
         return option
     values = value if isinstance(value, list) else [value]
-    return f"{option} {shlex.quote(','.join(map(str, values)))}"
+    return f"{option} {quoted(','.join(map(str, values)))}"
 
 
 def path_option(

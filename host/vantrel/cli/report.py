@@ -8,13 +8,9 @@ from typing import Any
 import click
 
 from vantrel.cli.group import TerseCommand
-from vantrel.cli.options import (
-    columns_option,
-    encoding_option,
-    force_option,
-    path_option,
-    separator_option,
-)
+from vantrel.cli.options import columns_option, force_option, path_option
+from vantrel.cli.reading import reading_options, told
+from vantrel.hints import named
 from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting, replacing, same_file
 
 
@@ -54,7 +50,8 @@ def report(
     refuse_overwriting(output, table, sampled, force=force)
     if same_file(table, sampled):
         raise click.UsageError(
-            f"{table} and {sampled} are the same file: name the real table, then a sample of it."
+            f"{named(table)} and {named(sampled)} are the same file: name the real table, then a"
+            " sample of it."
         )
 
     # These take a second to import; help need not wait for them.
@@ -65,7 +62,7 @@ def report(
     record = read_record(sampled)
     if record is None and read_record(table):
         raise click.UsageError(
-            f"{table} is a sample, as its record says: the real table comes first."
+            f"{named(table)} is a sample, as its record says: the real table comes first."
         )
     with (
         open_table(table, separator=separator, encoding=encoding, empty_is_missing=True) as real,
@@ -76,4 +73,4 @@ def report(
     page = comparison.to_html(*names)
     with replacing(output, force=force, private_as=table) as file:
         file.write(page)
-    click.echo(f"{comparison.summary}; wrote {output}.")
+    click.echo(f"{comparison.summary}; wrote {named(output)}.")

@@ -14,13 +14,15 @@ from vantrel.cli.options import (
     path_option,
     patterns_option,
     separator_option,
+    values_option,
 )
+from vantrel.hints import named
 from vantrel.storage.files import STANDARD_STREAM
 from vantrel.wording import counted
 
 # The options that go with the one way of making people only.
 _ON_DASK = ("scheduler", "workers", "partitions", "resume")
-_IN_THIS_PROCESS = ("conditions", "separator", "encoding", "csv_safe", "force")
+_IN_THIS_PROCESS = ("conditions", "separator", "encoding", "csv_safe", "show_values", "force")
 
 
 @click.command(cls=TerseCommand)
@@ -93,6 +95,7 @@ _IN_THIS_PROCESS = ("conditions", "separator", "encoding", "csv_safe", "force")
     help="The number of Parquet files. [default: one for every 200,000 people]",
 )
 @click.option("--resume", is_flag=True, help="Go on with a run on Dask that was stopped.")
+@values_option
 @patterns_option
 @force_option
 def sample(
@@ -133,6 +136,6 @@ def sample(
         made = sample_to_file(model_file, output, n, seed=seed, progress=progress, **asked)
     if output != STANDARD_STREAM:
         people = counted(made.rows, "person", "people")
-        click.echo(f"Made {people} with the seed {made.seed}; wrote {output}.")
+        click.echo(f"Made {people} with the seed {made.seed}; wrote {named(output)}.")
     elif seed is None:
         click.echo(f"vantrel: note: the seed is {made.seed}", err=True)

@@ -6,6 +6,7 @@ import click
 
 from vantrel.cli.group import TerseCommand
 from vantrel.cli.options import patterns_option
+from vantrel.hints import named
 
 
 @click.command(cls=TerseCommand)
@@ -27,7 +28,7 @@ def show(model_file: Path, allow_patterns: bool) -> None:
     from vantrel.storage.models import read_model
 
     loaded = read_model(model_file, allow_patterns=allow_patterns)
-    facts = [("Model", f"{model_file} ({loaded.size:,} bytes)")]
+    facts = [("Model", f"{named(model_file)} ({loaded.size:,} bytes)")]
     if loaded.versions:
         facts.append(("Fitted with", ", ".join(map(" ".join, loaded.versions.items()))))
     missing, *others = vantrel.describe(loaded.model)

@@ -23,6 +23,9 @@ _TELLING = 0.9
 # A column of genders, titles or countries has no more distinct values.
 _MOST_CATEGORIES = 300
 
+# Of a value no more is looked at: nothing of a person is longer.
+_LONGEST = 1_000
+
 _EMAIL = re.compile(r"[^@\s]+@[^@\s]+\.[^@\s.]+")
 _NUMBER = re.compile(r"\+?[\d\s()./-]+(?:(?:x|ext\.?)\s*\d+)?", re.IGNORECASE)
 _MARKED_NUMBER = re.compile(r"(?:\+|00|\(\+?\d)[\d\s()./-]+")
@@ -52,7 +55,9 @@ class Values:
 
     def __init__(self, column: pd.Series, config: PersonModelConfig) -> None:
         present = np.flatnonzero(column.notna())[:SAMPLE_SIZE]
-        self._rows = Counter(str(value).strip() for value in column.iloc[present].tolist())
+        self._rows = Counter(
+            str(value)[:_LONGEST].strip() for value in column.iloc[present].tolist()
+        )
         self._config = config
 
     @property

@@ -18,6 +18,7 @@ from vantrel.detection.values import SAMPLE_SIZE
 from vantrel.errors import FittingError, raised_by_model
 from vantrel.fitting.checks import (
     check_columns,
+    check_config,
     check_countries,
     check_request,
     make_person,
@@ -25,6 +26,7 @@ from vantrel.fitting.checks import (
 )
 from vantrel.fitting.counted import fit_counts, learnt_columns
 from vantrel.fitting.notes import notes
+from vantrel.hints import showing_values
 from vantrel.model.models.person import PersonModel
 from vantrel.sampling.places import places_of
 from vantrel.tables import TableCounts, count_frame
@@ -69,6 +71,7 @@ class FitKeywords(PersonColumns, total=False):
     config: PersonModelConfig | None
     ignore: Collection[str]
     detect: bool
+    show_values: bool
 
 
 def fit(
@@ -79,6 +82,7 @@ def fit(
     config: PersonModelConfig | None = None,
     ignore: Collection[str] = (),
     detect: bool = True,
+    show_values: bool = False,
     **columns: Unpack[PersonColumns],
 ) -> PersonModel:
     """Learns from a table of people.
@@ -97,6 +101,8 @@ def fit(
         config: Patterns of genders and titles, formats of phone numbers, lengths of passwords.
         ignore: Columns that are not to be found.
         detect: Whether columns are found beside those that are named.
+        show_values: Whether notes and errors name values of the table, and do not only tell how
+            many there are and in which rows: they may go to a log.
         columns: The column of each attribute, as in ``gender="sex"``. The attributes are gender,
             title, firstname, lastname, fullname, email, username, password, mobile_number,
             home_number, work_number and country.
@@ -119,8 +125,21 @@ def fit(
     """
     named: dict[str, Any] = dict(columns)
     generated = check_request(named, generate, ignore, locales, detect=detect)
-    config = config or PersonModelConfig()
     refuse_unknown(locales or ())
+    with showing_values(show_values):
+        return _fitted(df, named, generated, locales, config or PersonModelConfig(), ignore, detect)
+
+
+def _fitted(
+    df: Any,
+    named: dict[str, Any],
+    generated: list[str],
+    locales: Sequence[str] | None,
+    config: PersonModelConfig,
+    ignore: Collection[str],
+    detect: bool,
+) -> PersonModel:
+    check_config(config)
     table = df if isinstance(df, Countable) else WholeFrame(as_frame(df))
     first = table.excerpt(SAMPLE_SIZE)
     check_columns(first, named, ignore)
@@ -131,7 +150,7 @@ def fit(
     labelled = [column for column in first.columns if column in meta.params.values()]
     counts = table.count(learnt_columns(meta), labelled)
     if "country" in labels:
-        check_countries(counts.values[labels["country"]], labels["country"])
+        check_countries(counts, labels["country"])
     with told_before(), raised_by_model(FittingError, "The model cannot be fitted"):
         if isinstance(table, WholeFrame):
             model = PersonModel(meta, config).fit(table.df)

@@ -3,19 +3,23 @@
 from __future__ import annotations
 
 from collections.abc import Collection, Iterable, Mapping, Sequence
-from typing import Any
 
 import pandas as pd
 
 from vantrel.arguments import refuse_text
 from vantrel.attributes import ATTRIBUTES
-from vantrel.config import PersonLabels
+from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.detection import Detection
-from vantrel.errors import ArgumentError, FittingError, UnknownPlaceError
+from vantrel.errors import ArgumentError, FittingError
 from vantrel.fitting.notes import doubt_note
-from vantrel.hints import argument, did_you_mean, listed
+from vantrel.hints import argument, did_you_mean, listed, shows_values, unnamed
 from vantrel.metadata.value import Person
-from vantrel.util.locale.locale import refuse_unknown, unknown_places
+from vantrel.tables import TableCounts
+from vantrel.util.locale.locale import HOW_TO_WRITE, told_unknown, unknown_places
+
+# Of settings: a sample takes as long as they are.
+_FORMATS = ("mobile_number_format", "home_number_format", "work_number_format")
+_LONGEST = 1_000
 
 
 def check_request(
@@ -104,19 +108,32 @@ def refuse_nothing(df: pd.DataFrame, columns: Mapping[str, str], found: Detectio
         )
 
 
-def check_countries(counts: Mapping[Any, int], column: str) -> None:
-    """Refuses unknown countries: all of them are named, with the number of their rows.
+def check_countries(counts: TableCounts, column: str) -> None:
+    """Refuses unknown countries, with the number of their rows; names them where that is asked for.
 
     Args:
-        counts: How many rows have each country; a missing one is None.
+        counts: How many rows have each country.
         column: The column of countries.
     """
-    places = [place for place in counts if place is not None]
-    try:
-        refuse_unknown(places)
-    except UnknownPlaceError as error:
-        rows = sum(counts[place] for place in unknown_places(places))
+    values = counts.values[column]
+    if unknown := unknown_places(place for place in values if place is not None):
+        rows = sum(values[place] for place in unknown)
+        told = f"{told_unknown(unknown)} Such rows: {rows:,} of {counts.rows:,}."
+        if not shows_values():
+            no_places = "no country or locale" if len(unknown) == 1 else "no countries or locales"
+            where = unnamed(len(unknown), counts.where(column, unknown))
+            told = f"{where}: {no_places}. {HOW_TO_WRITE}"
         raise FittingError(
-            f"Column {column!r}: {error} Such rows: {rows:,} of {sum(counts.values()):,}. Correct"
-            f" or empty these cells, or leave the column out: {argument('ignore', [column])}."
-        ) from error
+            f"Column {column!r}: {told} Correct or empty these cells, or leave the column out:"
+            f" {argument('ignore', [column])}."
+        )
+
+
+def check_config(config: PersonModelConfig) -> None:
+    """Refuses settings that are not to be carried out in anybody's time, as files of them are."""
+    for name in _FORMATS:
+        length = len(getattr(config, name))
+        if length > _LONGEST:
+            raise ArgumentError(
+                f"{name!r} has {length:,} characters, more than {_LONGEST:,}: shorten it."
+            )

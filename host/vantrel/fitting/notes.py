@@ -11,10 +11,10 @@ from vantrel.attributes import ATTRIBUTES
 from vantrel.detection import Detection, Doubt
 from vantrel.detection.values import Values
 from vantrel.genders import learnt_by_gender, understood
-from vantrel.hints import argument, listed
+from vantrel.hints import argument, listed, shows_values, unnamed
 from vantrel.model.models.person import PersonModel
 from vantrel.tables import TableCounts
-from vantrel.wording import percent, some
+from vantrel.wording import percent, shown, some
 
 _MOST_SHOWN = 5
 
@@ -51,7 +51,7 @@ def notes(
 
 def doubt_note(doubt: Doubt) -> str:
     """Tells of a column that was not taken, and how to take it."""
-    value = "" if doubt.value is None else f", such as {doubt.value!r},"
+    value = f", such as {shown(repr(doubt.value))}," if doubt.value and shows_values() else ""
     way_out = f"to take it, add {argument(doubt.attribute, doubt.column)}"
     if doubt.attribute == "gender":
         way_out += f", and patterns of its values with {argument('config', ...)}"
@@ -80,11 +80,15 @@ def _of_genders(model: PersonModel, first: pd.DataFrame, counts: TableCounts) ->
         return
     by_gender = learnt_by_gender(model, "gender")
     if unclear := _others(counts.values[column], understood(by_gender)):
-        told = _not_understood(column, "genders", unclear, counts.rows)
+        told = _not_understood(column, "genders", unclear, counts)
         yield f"{told}{_title_advice(model, first[column])}"
 
     several = [
-        some(list(map(repr, ways)), _MOST_SHOWN) for ways in by_gender.values() if len(ways) > 1
+        some([shown(repr(way)) for way in ways], _MOST_SHOWN)
+        if shows_values()
+        else f"{key} in {len(ways)} ways"
+        for key, ways in by_gender.items()
+        if len(ways) > 1
     ]
     if several:
         yield (
@@ -114,10 +118,10 @@ def _of_titles(model: PersonModel, counts: TableCounts) -> Iterator[str]:
         if never := _others(titles, drawn):
             yield (
                 f"Column {column!r} has titles that will never be sampled, as they tell none of the"
-                f" learnt genders: {_counted(never)}."
+                f" learnt genders: {_named(never, column, counts)}."
             )
     elif unclear := _others(titles, understood(by_gender)):
-        yield _not_understood(column, "titles", unclear, counts.rows)
+        yield _not_understood(column, "titles", unclear, counts)
 
 
 def _others(counts: Mapping[Any, int], known: Collection[str]) -> dict[Any, int]:
@@ -129,11 +133,11 @@ def _others(counts: Mapping[Any, int], known: Collection[str]) -> dict[Any, int]
     }
 
 
-def _not_understood(column: str, what: str, unclear: Mapping[Any, int], rows: int) -> str:
-    share = percent(sum(unclear.values()) / rows)
+def _not_understood(column: str, what: str, unclear: Mapping[Any, int], counts: TableCounts) -> str:
+    share = percent(sum(unclear.values()) / counts.rows)
     return (
         f"Column {column!r} has values that are not understood as {what} and count as missing:"
-        f" {_counted(unclear)}. These are {share} of the rows, which"
+        f" {_named(unclear, column, counts)}. These are {share} of the rows, which"
         f" samples leave blank; patterns in {argument('config', ...)} make them understood."
     )
 
@@ -170,6 +174,8 @@ def _of_the_rest(model: PersonModel, columns: Sequence[str]) -> Iterator[str]:
         )
 
 
-def _counted(values: Mapping[Any, int]) -> str:
+def _named(values: Mapping[Any, int], column: str, counts: TableCounts) -> str:
+    if not shows_values():
+        return unnamed(len(values), counts.where(column, values))
     ranked = sorted(values.items(), key=lambda item: -item[1])
-    return some([f"{value!r} ({n})" for value, n in ranked], _MOST_SHOWN)
+    return some([f"{shown(repr(value))} ({n})" for value, n in ranked], _MOST_SHOWN)

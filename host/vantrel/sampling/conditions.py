@@ -10,14 +10,13 @@ import pandas as pd
 from vantrel.arguments import as_frame
 from vantrel.errors import ConditionsError
 from vantrel.genders import by_gender, learnt_by_gender
-from vantrel.hints import argument
+from vantrel.hints import argument, in_rows, shows_values, unnamed
 from vantrel.model.models.person import PersonModel
 from vantrel.sampling.places import refuse_borrowed, take_in
 from vantrel.util.locale.locale import unknown_places
-from vantrel.wording import some
+from vantrel.wording import shown
 
 _MOST_VALUES = 1_000
-_MOST_ROWS = 10
 
 
 def prepare_conditions(model: PersonModel, table: Any, *, strict: bool = False) -> pd.DataFrame:
@@ -44,7 +43,7 @@ def prepare_conditions(model: PersonModel, table: Any, *, strict: bool = False) 
         values = conditions[column]
         placed = _placed_genders if column == labels.gender else _placed_countries
         unplaced = values[~values.isin(placed(model, values.dropna().unique()))]
-        problems += _problems(column, unplaced)
+        problems += (_problems if shows_values() else _unnamed)(column, unplaced)
     if problems:
         if len(problems) > _MOST_VALUES:
             problems[_MOST_VALUES:] = [f"and {len(problems) - _MOST_VALUES} more"]
@@ -71,20 +70,25 @@ def _without_columns(columns: list[str]) -> str:
 def _problems(column: object, unplaced: pd.Series) -> list[str]:
     """Names each value with the rows that have it."""
     return [
-        f"column {column!r} has {_shown(value)} in {_rows(rows.index + 1)}"
+        f"column {column!r} has {_shown(value)} in {in_rows(rows.index + 1)}"
         for value, rows in unplaced.groupby(unplaced, sort=False, dropna=False)
     ]
 
 
+def _unnamed(column: object, unplaced: pd.Series) -> list[str]:
+    """Tells the rows without a value, and those of the values."""
+    missing, there = unplaced[unplaced.isna()], unplaced.dropna()
+    told = (
+        [f"column {column!r} has no value in {in_rows(missing.index + 1)}"] if len(missing) else []
+    )
+    if not there.empty:
+        what = unnamed(there.nunique(), in_rows(there.index + 1))
+        told.append(f"column {column!r} has {what}")
+    return told
+
+
 def _shown(value: Any) -> str:
-    if pd.isna(value):
-        return "no value"
-    return repr(value) if isinstance(value, str) else str(value)
-
-
-def _rows(numbers: Iterable[int]) -> str:
-    rows = list(map(str, numbers))
-    return f"row{'s' if len(rows) > 1 else ''} {some(rows, _MOST_ROWS)}"
+    return "no value" if pd.isna(value) else shown(repr(value))
 
 
 def _placed_genders(model: PersonModel, values: Iterable[str]) -> list[str]:

@@ -9,15 +9,30 @@ from typing import Annotated, Any, Literal
 import msgspec
 
 from vantrel.errors import RecordError
-from vantrel.hints import why_unreadable
-from vantrel.sampling.blocks import Plan
-from vantrel.storage.files import replacing
-from vantrel.storage.models import LoadedModel
+from vantrel.hints import named, why_unreadable
+from vantrel.storage.files import read_whole, replacing
 from vantrel.versions import versions
 from vantrel.wording import shown
 
 
-class SampleRecord(msgspec.Struct, frozen=True, kw_only=True, forbid_unknown_fields=True):
+
+_MOST_BYTES = 2**20
+
+
+class _File(msgspec.Struct, forbid_unknown_fields=True):
+    format: Literal["vantrel-sample"]
+    schema_version: Literal[1]
+    model: str
+    model_sha256: str
+    rows: Annotated[int, msgspec.Meta(ge=0)]
+    seed: Annotated[int, msgspec.Meta(ge=0)]
+    columns: dict[str, str]
+    options: dict[str, Any]
+    versions: dict[str, str]
+
+
+@dataclass(frozen=True)
+class SampleRecord:
     """How a sample was made: with it and the model file, the sample can be made again.
 
     Args:
@@ -46,7 +61,7 @@ class SampleRecord(msgspec.Struct, frozen=True, kw_only=True, forbid_unknown_fie
 def record_of(loaded: LoadedModel, plan: Plan, **options: Any) -> SampleRecord:
     """Notes how a sample is made; the options are those beside the plan's own."""
     return SampleRecord(
-        model=loaded.name,
+        model=shown(loaded.name, 255),
         model_sha256=loaded.sha256,
         rows=plan.rows,
         seed=plan.seed,
@@ -82,13 +97,13 @@ def read_record(output: Path, *, unfinished: bool = False) -> SampleRecord | Non
     """
     path = record_path(output, unfinished=unfinished)
     try:
-        return msgspec.json.decode(path.read_bytes(), type=SampleRecord)
+        form = msgspec.json.decode(read_whole(path, _MOST_BYTES), type=_File)
     except (FileNotFoundError, NotADirectoryError):
         return None
     except OSError as error:
-        raise RecordError(f"{path} {why_unreadable(path, error)}") from error
+        raise RecordError(f"{named(path)} {why_unreadable(path, error)}") from error
     except (msgspec.DecodeError, RecursionError) as error:
         raise RecordError(
-            f"{path} is no record of a sample that this version knows ({shown(error)}): move it"
-            " away."
+            f"{named(path)} is no record of a sample that this version knows ({shown(error)}):"
+            " move it away."
         ) from error

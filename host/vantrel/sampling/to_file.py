@@ -40,6 +40,7 @@ def sample_to_file(
     unique: Iterable[str] = (),
     strict: bool = False,
     csv_safe: bool = False,
+    show_values: bool = False,
     allow_patterns: bool = False,
     force: bool = False,
     progress: Progress = untold,
@@ -74,7 +75,15 @@ def sample_to_file(
         read_record(output)  # what is there and no record is not overwritten by one
     loaded = read_model(model_file, allow_patterns=allow_patterns)
     wanted = conditions and _read_conditions(loaded.model, conditions, separator, encoding)
-    plan, given = plan_sample(loaded.model, n, wanted, seed=seed, unique=unique, strict=strict)
+    plan, given = plan_sample(
+        loaded.model,
+        n,
+        wanted,
+        seed=seed,
+        unique=unique,
+        strict=strict,
+        show_values=show_values,
+    )
     with progress(plan.rows) as further:
         people = _told(sample_blocks(loaded.model, plan, given), further)
         write_table(people, output, csv_safe=csv_safe, force=force)

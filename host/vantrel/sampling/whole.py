@@ -9,7 +9,7 @@ import pandas as pd
 
 from vantrel.arguments import check_model
 from vantrel.errors import ArgumentError
-from vantrel.hints import argument
+from vantrel.hints import argument, showing_values
 from vantrel.model.models.person import PersonModel
 from vantrel.sampling.blocks import Plan, sample_blocks
 from vantrel.sampling.conditions import prepare_conditions
@@ -25,6 +25,7 @@ def sample(
     conditions: Any = None,
     unique: Iterable[str] = (),
     strict: bool = False,
+    show_values: bool = False,
 ) -> pd.DataFrame:
     """Samples people, the same ones from the same model and seed.
 
@@ -41,6 +42,8 @@ def sample(
             model.
         unique: The attributes of which no value may come twice: "username", "email" or both.
         strict: Whether countries and locales are refused of which Faker has no names of their own.
+        show_values: Whether an error names values of the conditions, and does not only tell how
+            many cannot be placed and in which rows: it may go to a log.
 
     Returns:
         A frame of the labelled columns, in the order of the fitted table, with the index 0 to n -
@@ -57,7 +60,9 @@ def sample(
     Warns:
         BorrowedNamesWarning: Faker has no names of some countries that are new to the model.
     """
-    plan, given = plan_sample(model, n, conditions, seed=seed, unique=unique, strict=strict)
+    plan, given = plan_sample(
+        model, n, conditions, seed=seed, unique=unique, strict=strict, show_values=show_values
+    )
     people = pd.concat(list(sample_blocks(model, plan, given)))
     people.attrs["seed"] = plan.seed
     return people
@@ -71,13 +76,15 @@ def plan_sample(
     seed: int | None,
     unique: Iterable[str],
     strict: bool,
+    show_values: bool = False,
 ) -> tuple[Plan, pd.DataFrame | None]:
     """Tells what to make if a model can make it, and gives the conditions, checked."""
     check_model(model)
     refuse_neither_or_both(n, conditions)
     given = None
     if n is None:
-        given = prepare_conditions(model, conditions, strict=strict)
+        with showing_values(show_values):
+            given = prepare_conditions(model, conditions, strict=strict)
         n = len(given)
     elif strict:
         refuse_borrowed(model)

@@ -13,7 +13,7 @@ from dask.delayed import delayed
 from vantrel import fitting as whole
 from vantrel.errors import TableError
 from vantrel.fitting import FitKeywords
-from vantrel.model.models.person import PersonModel
+from vantrel.hints import named
 from vantrel.tables import TableCounts, count_frame, merged, open_table
 
 
@@ -66,7 +66,9 @@ class _Folder:
         self._folder = folder
         self._files = sorted(folder.glob("*.parquet"))
         if not self._files:
-            raise TableError(f"Folder {folder} holds no Parquet files: name a folder of them.")
+            raise TableError(
+                f"Folder {named(folder)} holds no Parquet files: name a folder of them."
+            )
 
     def excerpt(self, rows: int) -> pd.DataFrame:
         """The first values of each column."""

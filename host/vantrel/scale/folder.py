@@ -20,8 +20,14 @@ from pyarrow import ArrowException
 from pyarrow.parquet import read_metadata
 
 from vantrel.errors import ArgumentError, ClusterError, OverwriteError, PartitionError
-from vantrel.hints import argument
-from vantrel.sampling.record import SampleRecord, read_record, record_of, record_path, write_record
+from vantrel.hints import argument, named
+from vantrel.sampling.record import (
+    SampleRecord,
+    read_record,
+    record_of,
+    record_path,
+    write_record,
+)
 from vantrel.sampling.to_file import Progress, untold
 from vantrel.sampling.whole import plan_sample
 from vantrel.scale.cluster import connected, warn_of_no_workers
@@ -110,8 +116,8 @@ def _sole_run(folder: Path) -> Iterator[None]:
     with owned(folder) as is_ours:
         if not is_ours:
             raise ClusterError(
-                f"Another run is at work in {folder}: wait until it has ended, or name another"
-                " folder."
+                f"Another run is at work in {named(folder)}: wait until it has ended, or name"
+                " another folder."
             )
         yield
 
@@ -188,11 +194,11 @@ def _telling_of_workers() -> Iterator[None]:
 def _refuse_content(folder: Path) -> None:
     """Refuses a place where there is something else than an empty folder."""
     if folder.exists() and not folder.is_dir():
-        raise OverwriteError(f"{folder} is there and no folder: name another one.")
+        raise OverwriteError(f"{named(folder)} is there and no folder: name another one.")
     if folder.exists() and any(folder.iterdir()):
         raise OverwriteError(
-            f"Folder {folder} is not empty: add {argument('resume')} to go on with a run that was"
-            " stopped, or name another folder."
+            f"Folder {named(folder)} is not empty: add {argument('resume')} to go on with a run"
+            " that was stopped, or name another folder."
         )
 
 
@@ -203,7 +209,7 @@ def _earlier_run(folder: Path) -> SampleRecord:
         record = read_record(folder, unfinished=True) or read_record(folder)
     if record is None:
         raise ClusterError(
-            f"{folder} holds no run to resume: leave {argument('resume')} out to begin one."
+            f"{named(folder)} holds no run to resume: leave {argument('resume')} out to begin one."
         )
     return record
 
@@ -217,8 +223,8 @@ def _refuse_another_run(earlier: SampleRecord, record: SampleRecord, folder: Pat
             f"{name} {was.get(name)!r} then and {now[name]!r} now" for name in differing
         )
         raise ClusterError(
-            f"The run in {folder} cannot be resumed, for this is another one: {pairs}. Repeat what"
-            " it was begun with, or name another folder."
+            f"The run in {named(folder)} cannot be resumed, for this is another one: {pairs}."
+            " Repeat what it was begun with, or name another folder."
         )
 
 
@@ -262,8 +268,10 @@ def _finish(files: list[PartFile], folder: Path) -> None:
     """
     if lost := [file for file in files if not file.is_made()]:
         raise ClusterError(
-            f"{len(lost):,} files were written where {folder} is another folder, the first of them"
-            f" {lost[0].path.name}: name a folder that all machines share, under the same path."
+            f"{len(lost):,} files were written where {named(folder)} is another folder, the first"
+            " of them"
+            f" {named(lost[0].path.name)}: name a folder that all machines share, under the same"
+            " path."
         )
     begun = record_path(folder, unfinished=True)
     if begun.exists():

@@ -13,7 +13,7 @@ from pathlib import Path
 from typing import IO, Any
 
 from vantrel.errors import LeftoverWarning, OverwriteError
-from vantrel.hints import argument
+from vantrel.hints import argument, named
 from vantrel.util.callers import OURS
 
 # What stands for standard input or output in the place of a file.
@@ -86,17 +86,33 @@ def refuse_overwriting(output: Path, *sources: Path, force: bool = False) -> Non
         OverwriteError: It is a file to read or a folder, or it is there and ``force`` is not given.
     """
     if any(same_file(source, output) for source in sources):
-        raise OverwriteError(f"{output} is the file to read: write to another one.")
+        raise OverwriteError(f"{named(output)} is the file to read: write to another one.")
     if output.is_dir():
-        raise OverwriteError(f"{output} is a folder: name a file in it.")
+        raise OverwriteError(f"{named(output)} is a folder: name a file in it.")
     if os.path.lexists(output) and not is_special(output) and not force:
         raise _is_there(output)
 
 
 def _is_there(output: Path) -> OverwriteError:
     return OverwriteError(
-        f"{output} is there already: add {argument('force')} to overwrite it."
+        f"{named(output)} is there already: add {argument('force')} to overwrite it."
     )
+
+
+def read_whole(path: Path, most: int) -> bytes:
+    """Reads a regular file of so many bytes at most; no other one, which might never end.
+
+    Raises:
+        OSError: It cannot be read, is no regular file or has more.
+    """
+    descriptor = os.open(path, os.O_RDONLY | os.O_NONBLOCK)
+    with os.fdopen(descriptor, "rb") as file:
+        if not stat.S_ISREG(os.fstat(descriptor).st_mode):
+            raise OSError(errno.EINVAL, "It is no regular file")
+        content = file.read(most + 1)
+    if len(content) > most:
+        raise OSError(errno.EFBIG, f"It has more than {most:,} bytes")
+    return content
 
 
 def refuse_missing_folder(path: Path) -> None:

@@ -5,6 +5,7 @@ from __future__ import annotations
 import hashlib
 import json
 import warnings
+from codecs import BOM_UTF8
 from collections import Counter
 from dataclasses import dataclass
 from pathlib import Path
@@ -20,9 +21,7 @@ from vantrel.errors import (
     raised_by_model,
 )
 from vantrel.genders import DEFAULT_PATTERNS
-from vantrel.hints import argument, why_unreadable
-from vantrel.model.models.histogram import Histogram
-from vantrel.model.models.person import GenderModel, PersonModel
+from vantrel.hints import argument, named, why_unreadable
 from vantrel.storage.files import refuse_overwriting, replacing
 from vantrel.storage.form import SCHEMA_VERSION, ModelFile
 from vantrel.storage.patterns import try_patterns
@@ -155,7 +154,7 @@ def read_model(path: str | Path, *, allow_patterns: bool = False) -> LoadedModel
             try_patterns(unusual, [value for child in children for value in child.categories])
         model = _rebuilt(file)
     except ModelFileError as error:
-        raise ModelFileError(f"Model file {path} {error}") from error
+        raise ModelFileError(f"Model file {named(path)} {error}") from error
     sha256 = hashlib.sha256(content).hexdigest()
     return LoadedModel(model, Path(path).name, sha256, len(content), file.versions)
 
@@ -191,6 +190,11 @@ class _Head(msgspec.Struct):
 
 
 def _decoded(content: str | bytes, *, allow_patterns: bool) -> ModelFile:
+    content = (
+        content.removeprefix("\ufeff")
+        if isinstance(content, str)
+        else content.removeprefix(BOM_UTF8)
+    )
     try:
         _check_head(content)
         file = msgspec.json.decode(content, type=ModelFile)

@@ -11,8 +11,14 @@ import msgspec
 
 from vantrel.config import PersonModelConfig
 from vantrel.errors import SettingsError
-from vantrel.hints import did_you_mean, why_unreadable
+from vantrel.hints import did_you_mean, named, why_unreadable
+from vantrel.storage.files import read_whole
 from vantrel.storage.form import Settings
+from vantrel.wording import shown
+
+_MOST_BYTES = 2**18
+_MOST_CHARACTERS = 1_000
+_MOST_PARTS = 1_000
 
 
 def load_config(path: Path) -> PersonModelConfig:
@@ -27,17 +33,32 @@ def load_config(path: Path) -> PersonModelConfig:
             that the field cannot have.
     """
     try:
-        return _config(tomllib.loads(path.read_text(encoding="utf-8-sig")))
+        text = read_whole(path, _MOST_BYTES).decode("utf-8-sig")
+        return _config(_parsed(text))
     except OSError as error:
-        raise SettingsError(f"Config file {path} {why_unreadable(path, error)}") from error
+        raise SettingsError(f"Config file {named(path)} {why_unreadable(path, error)}") from error
     except UnicodeDecodeError as error:
         raise SettingsError(
-            f"Config file {path} is not in UTF-8: save it in that encoding."
+            f"Config file {named(path)} is not in UTF-8: save it in that encoding."
         ) from error
     except (tomllib.TOMLDecodeError, RecursionError) as error:
-        raise SettingsError(f"Config file {path} is not TOML: {error}.") from error
+        raise SettingsError(f"Config file {named(path)} is not TOML: {shown(error)}.") from error
     except (msgspec.ValidationError, ValueError) as error:
-        raise SettingsError(f"Config file {path}: {error}.") from error
+        raise SettingsError(
+            f"Config file {named(path)}: {shown(error, _MOST_CHARACTERS)}."
+        ) from error
+
+
+def _parsed(text: str) -> dict[str, Any]:
+    # The time of a key grows with the square of its parts.
+    if any(part.count(".") > _MOST_PARTS for part in text.split("=")):
+        raise tomllib.TOMLDecodeError(f"A key has more than {_MOST_PARTS:,} parts")
+    try:
+        return tomllib.loads(text)
+    except tomllib.TOMLDecodeError:
+        raise
+    except ValueError:  # Python tells how to have it read all the same
+        raise tomllib.TOMLDecodeError("A number has too many digits") from None
 
 
 def _config(settings: dict[str, Any]) -> PersonModelConfig:
@@ -45,7 +66,9 @@ def _config(settings: dict[str, Any]) -> PersonModelConfig:
     for name, value in settings.items():
         if name not in known:
             hint = did_you_mean(name, known, most=3)
-            raise ValueError(f"{name!r} is no setting.{hint} Known are: {', '.join(known)}")
+            raise ValueError(
+                f"{shown(repr(name))} is no setting.{hint} Known are: {', '.join(known)}"
+            )
         if name.endswith("_regex") and isinstance(value, str):
             _check_pattern(name, value)
     found = msgspec.to_builtins(msgspec.convert(settings, Settings))

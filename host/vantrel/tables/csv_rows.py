@@ -5,7 +5,7 @@ from __future__ import annotations
 import codecs
 import csv
 from collections.abc import Iterable, Iterator
-from contextlib import contextmanager, suppress
+from contextlib import contextmanager
 from io import StringIO, TextIOWrapper
 from pathlib import Path
 from typing import Any, NamedTuple, cast
@@ -41,7 +41,7 @@ def read_header(path: Path, kind: Kind) -> Header:
         start = text.read(_CHARACTERS)
     separator = kind.separator or _separator(start)
     lines: list[str] = []
-    with _lines(path, kind) as text, suppress(csv.Error):
+    with _lines(path, kind) as text:
         rows = csv.reader(_noting(text, lines), delimiter=separator)
         for above, row in enumerate(rows):
             if not _is_blank(row):

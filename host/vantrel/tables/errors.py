@@ -10,7 +10,7 @@ from pathlib import Path
 from backports import zstd
 
 from vantrel.errors import TableError
-from vantrel.hints import why_unreadable
+from vantrel.hints import named
 
 
 @contextmanager
@@ -25,10 +25,10 @@ def telling(path: Path, encoding: str = "UTF-8") -> Iterator[None]:
         yield
     except UnicodeError as error:
         raise TableError(
-            f"Table {path} is not in {encoding}: name its encoding, cp1252 most likely, or save it"
-            " as CSV UTF-8."
+            f"Table {named(path)} is not in {encoding}: name its encoding, cp1252 most likely, or"
+            " save it as CSV UTF-8."
         ) from error
     except (EOFError, zlib.error, zstd.ZstdError) as error:
-        raise TableError(f"Table {path} is cut off or damaged: compress it anew.") from error
+        raise TableError(f"Table {named(path)} is cut off or damaged: compress it anew.") from error
     except OSError as error:
         raise TableError(f"Table {path} {why_unreadable(path, error)}") from error

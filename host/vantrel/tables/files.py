@@ -112,9 +112,12 @@ def _kind_by_content(file: Path) -> Kind:
 def _encoding(file: Path, kind: Kind, named: str | None) -> str | None:
     """The encoding that a file must be decoded from; None where it can be read as it is."""
     with open_bytes(file, kind.compression) as raw:
-        start = raw.read(2)
+        start = raw.read(4)
     if named is None:
-        return "utf-16" if start in _MARKS_OF_UTF_16 else None
+        if start.startswith(_MARKS_OF_UTF_16):
+            return "utf-16"
+        ends = {start[1::2]: "utf-16-le", start[::2]: "utf-16-be"}
+        return ends.get(b"\0\0")  # every other byte of what is written in Latin letters
     try:
         known = codecs.lookup(named).name
         "".encode(known)  # some of Python's codecs are of other things than texts

@@ -6,6 +6,7 @@ from pathlib import Path
 from typing import Literal, NamedTuple
 
 from vantrel.errors import TableError
+from vantrel.hints import named
 
 Format = Literal["csv", "jsonl", "parquet"]
 Compression = Literal["gzip", "zstd"]
@@ -49,13 +50,13 @@ def kind_to_read(path: Path) -> Kind:
     end = path.suffix.lower()
     kind = _kind(path)
     if end in _ARCHIVES or (kind.compression and kind.format == "parquet"):
-        raise TableError(f"Table {path} is compressed: unpack it first.")
+        raise TableError(f"Table {named(path)} is compressed: unpack it first.")
     if end in _SPREADSHEETS:
-        raise TableError(f"Table {path} is a spreadsheet's file: save it as CSV UTF-8.")
+        raise TableError(f"Table {named(path)} is a spreadsheet's file: save it as CSV UTF-8.")
     if end in _OTHERS:
         raise TableError(
-            f"Table {path} is by its name no table: give a .csv, .tsv, .jsonl or .parquet file, or"
-            " rename it if it is one."
+            f"Table {named(path)} is by its name no table: give a .csv, .tsv, .jsonl or .parquet"
+            " file, or rename it if it is one."
         )
     return kind
 
@@ -67,8 +68,8 @@ def kind_to_write(path: Path) -> Kind:
     is_packed_twice = bool(kind.compression and kind.format == "parquet")
     if is_packed_twice or end in _ARCHIVES | _SPREADSHEETS | _OTHERS:
         raise TableError(
-            f"Tables are not written as {end} files such as {path}: name a .csv, .tsv, .jsonl or"
-            " .parquet file."
+            f"Tables are not written as {end} files such as {named(path)}: name a .csv, .tsv,"
+            " .jsonl or .parquet file."
         )
     return kind
 

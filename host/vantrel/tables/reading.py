@@ -14,6 +14,7 @@ import duckdb
 import pandas as pd
 
 from vantrel.errors import TableError
+from vantrel.hints import named
 from vantrel.tables.counts import TableCounts
 from vantrel.tables.database import connect, quoted
 from vantrel.tables.files import readable
@@ -110,10 +111,11 @@ class Table:
         of = ", ".join(["NULL", *counted.values()])
         found = self.query(
             f"SELECT {of}, GROUPING_ID({', '.join(counted.values())}) , count(*),"
-            f" count(*) FILTER ({blank}) FROM (SELECT *, row_number() OVER () AS row FROM {{rows}})"
+            f" count(*) FILTER ({blank}), min(row)"
+            f" FROM (SELECT *, row_number() OVER () AS row FROM {{rows}})"
             f" GROUP BY GROUPING SETS ({sets}) ORDER BY min(row)"
             if counted
-            else f"SELECT 0, count(*), count(*) FILTER ({blank}) FROM {{rows}}"
+            else f"SELECT 0, count(*), count(*) FILTER ({blank}), 1 FROM {{rows}}"
         )
         return _as_counts(list(counted), found)
 
@@ -154,15 +156,17 @@ class Table:
 def _as_counts(columns: Sequence[str], found: Sequence[tuple[Any, ...]]) -> TableCounts:
     """Takes apart what was counted by one column at a time, and over all rows."""
     values: dict[str, dict[Any, int]] = {column: {} for column in columns}
+    firsts: dict[str, dict[Any, int]] = {column: {} for column in columns}
     rows = blank = 0
     everything = (1 << len(columns)) - 1
-    for *cells, grouping, count, blank_count in found:
+    for *cells, grouping, count, blank_count, first in found:
         if grouping == everything:
             rows, blank = count, blank_count
         else:
             place = len(columns) - (everything ^ grouping).bit_length()
             values[columns[place]][cells[1 + place]] = count
-    return TableCounts(rows, blank, values)
+            firsts[columns[place]][cells[1 + place]] = first
+    return TableCounts(rows, blank, values, firsts)
 
 
 @contextmanager
@@ -203,7 +207,7 @@ def open_table(
             )
         table = Table(path, source, connection, folder)
         if not may_be_empty and not table.query("SELECT 1 FROM {rows} LIMIT 1"):
-            raise TableError(f"Table {path} has a header but no rows: give it at least one.")
+            raise TableError(f"Table {named(path)} has a header but no rows: give it at least one.")
         yield table
 
 

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import csv
 import re
 from collections import Counter
 from collections.abc import Sequence
@@ -11,6 +12,7 @@ from pathlib import Path
 import duckdb
 
 from vantrel.errors import TableError
+from vantrel.hints import listed, named
 from vantrel.tables.csv_rows import Header, fault, read_header, write_sound_rows
 from vantrel.tables.database import quoted
 from vantrel.tables.errors import telling
@@ -74,10 +76,16 @@ def csv_source(
         empty_is_missing: Whether an empty cell in quotation marks is a missing value, too.
     """
     told = kind._replace(separator=separator or kind.separator)
-    with telling(path):
-        header = read_header(file, told)
+    try:
+        with telling(path):
+            header = read_header(file, told)
+    except csv.Error as error:
+        raise TableError(
+            f"Table {named(path)} has no header: a name in it has more than"
+            f" {csv.field_size_limit():,} characters, or a quotation mark is never closed."
+        ) from error
     if not header.names:
-        raise TableError(f"Table {path} is empty: give it a header and at least one row.")
+        raise TableError(f"Table {named(path)} is empty: give it a header and at least one row.")
     _refuse_doubled(path, [name for name in header.names if name])
     names = [name or f"Unnamed: {place}" for place, name in enumerate(header.names)]
     rows = _csv_rows(file, told, header, empty_is_missing, header.blank_lines)
@@ -108,7 +116,7 @@ def mended(source: Source, path: Path, error: duckdb.Error, folder: Path) -> Sou
     if not isinstance(source, CsvSource):
         raise _broken(path, error) from error
     if source.is_copy:
-        raise TableError(f"Table {path} is no CSV table: {_told(error)}") from error
+        raise TableError(f"Table {named(path)} is no CSV table: {_told(error)}") from error
     return _sound(source, path, folder)
 
 
@@ -117,7 +125,7 @@ def _sound(source: CsvSource, path: Path, folder: Path) -> Source:
     copy = folder / "sound"
     with telling(path):
         if reason := fault(source.file, source.kind, source.header):
-            raise TableError(f"Table {path} is no CSV table: {reason}")
+            raise TableError(f"Table {named(path)} is no CSV table: {reason}")
         write_sound_rows(source.file, source.kind, source.header, copy)
     rows = _csv_rows(copy, Kind("csv"), source.header, source.quoted_nulls, 0)
     return replace(source, rows=rows, is_copy=True)
@@ -127,8 +135,8 @@ def _refuse_doubled(path: Path, names: Sequence[str]) -> None:
     """Refuses columns of one name, each of which is told."""
     if doubled := [name for name, columns in Counter(names).items() if columns > 1]:
         raise TableError(
-            f"Table {path} has several columns of one name: {', '.join(map(repr, doubled))}. Give"
-            " each a name of its own."
+            f"Table {named(path)} has several columns of one name:"
+            f" {listed(doubled)}. Give each a name of its own."
         )
 
 
@@ -149,14 +157,15 @@ def jsonl_source(path: Path, file: Path, kind: Kind, con: duckdb.DuckDBPyConnect
     except duckdb.Error as error:
         line = re.search(r"in line (\d+)", str(error))
         where = f": line {line[1]} holds no JSON object." if line else f": {_told(error)}"
-        raise TableError(f"Table {path} is no table of JSON Lines{where}") from error
+        raise TableError(f"Table {named(path)} is no table of JSON Lines{where}") from error
     if odd is not None:
         raise TableError(
-            f"Table {path} is no table of JSON Lines: object {odd} is none, or names a value twice."
+            f"Table {named(path)} is no table of JSON Lines: object {odd} is none, or names a"
+            " value twice."
         )
     names = [name for (name,) in keys]
     if not names:
-        raise TableError(f"Table {path} is empty: give it at least one row.")
+        raise TableError(f"Table {named(path)} is empty: give it at least one row.")
     values = ", ".join(
         f"json_extract_string(json, {quoted(_pointer(name))}) AS c{place}"
         for place, name in enumerate(names)
@@ -172,7 +181,7 @@ def parquet_source(path: Path, file: Path, folder: Path, con: duckdb.DuckDBPyCon
     """Reads the names of the columns of a Parquet file, or of all in a folder, sorted by name."""
     files = sorted(file.glob("*.parquet")) if file.is_dir() else [file]
     if not files:
-        raise TableError(f"Folder {path} holds no Parquet files: name a table.")
+        raise TableError(f"Folder {named(path)} holds no Parquet files: name a table.")
     try:
         with telling(path):
             for part in files:
@@ -185,20 +194,20 @@ def parquet_source(path: Path, file: Path, folder: Path, con: duckdb.DuckDBPyCon
     for part, others in zip(files, of_files, strict=True):
         if other := set(names) ^ set(others):
             raise TableError(
-                f"Folder {path} holds more than one table: {part.name} differs from the first"
-                f" file in {', '.join(map(repr, sorted(other)))}. Give each a folder."
+                f"Folder {named(path)} holds more than one table: {named(part.name)} differs from"
+                f" the first file in {listed(sorted(other))}. Give each a folder."
             )
     _refuse_doubled(path, names)
-    listed = ", ".join(quoted(str(link)) for link in links)
+    read_from = ", ".join(quoted(str(link)) for link in links)
     columns = [f"c{place}" for place in range(len(names))]
     texts = ", ".join(f"CAST({column} AS VARCHAR) AS {column}" for column in columns)
-    read = f"read_parquet([{listed}], union_by_name={str(len(files) > 1).lower()})"
+    read = f"read_parquet([{read_from}], union_by_name={str(len(files) > 1).lower()})"
     return Source(names, f"(SELECT {texts} FROM {read} AS t({', '.join(columns)}))")
 
 
 def _broken(path: Path, error: duckdb.Error) -> TableError:
     return TableError(
-        f"Table {path} is no Parquet table or a broken one: write it anew. ({_told(error)})"
+        f"Table {named(path)} is no Parquet table or a broken one: write it anew. ({_told(error)})"
     )
 
 

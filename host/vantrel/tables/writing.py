@@ -19,7 +19,7 @@ import duckdb
 import pandas as pd
 
 from vantrel.errors import ArgumentError, MissingPackageError
-from vantrel.hints import argument
+from vantrel.hints import argument, named
 from vantrel.storage.files import STANDARD_STREAM, replacing
 from vantrel.tables.csv_rows import header_line
 from vantrel.tables.database import connect, quoted
@@ -63,10 +63,11 @@ def write_table(
     if csv_safe and kind.format != "csv":
         written = "Parquet" if kind.format == "parquet" else "JSON Lines"
         raise ArgumentError(
-            f"{argument('csv_safe')} is for CSV, and {path} is to be {written}: leave it out."
+            f"{argument('csv_safe')} is for CSV, and {named(path)} is to be {written}: leave it"
+            " out."
         )
     if kind.format == "parquet" and find_spec("pyarrow") is None:
-        raise MissingPackageError.of(f"To write {path}", "pyarrow", "parquet")
+        raise MissingPackageError.of(f"To write {named(path)}", "pyarrow", "parquet")
     is_standard = path == STANDARD_STREAM
     opening = _standard_output() if is_standard else replacing(path, binary=True, force=force)
     with opening as opened, compressing(opened, kind.compression) as file:

@@ -70,7 +70,7 @@ def test_strict_refuses_them_in_one_line() -> None:
 def test_conditions_that_cannot_be_met(content: str | None, message: str) -> None:
     if content is not None:
         Path("c.csv").write_text(content)
-    assert fail("sample places.json --conditions c.csv -o out.csv", 1) == message
+    assert fail("sample places.json --conditions c.csv --show-values -o out.csv", 1) == message
 
 
 def test_unique_columns() -> None:
@@ -125,3 +125,12 @@ def test_cells_that_a_spreadsheet_would_run_are_guarded(fitted_people: pd.DataFr
     assert all(line.count('"') == 6 for line in Path("out.csv").read_text().splitlines())
     printed = succeed("sample plus.json -n 5 --seed 7 --csv-safe -o -").stdout
     assert printed == Path("out.csv").read_text()
+
+
+def test_errors_name_no_values_of_conditions_unasked() -> None:
+    Path("c.csv").write_text("sex,land\nq,GB\nm,Narnia\nq,Oz\n,GB\n")
+    assert fail("sample places.json --conditions c.csv -o out.csv", 1) == (
+        "The conditions have values that the model cannot place: column 'sex' has no value in row 4;"
+        " column 'sex' has 1 value in rows 1, 3 (--show-values names it); column 'land' has 2 values"
+        " in rows 2, 3 (--show-values names them). Correct them or leave the rows out."
+    )

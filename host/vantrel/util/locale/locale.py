@@ -21,6 +21,7 @@ from faker import Faker
 from vantrel.errors import BorrowedNamesWarning, UnknownPlaceError
 from vantrel.hints import nearest
 from vantrel.util.callers import OURS
+from vantrel.util.locale.copies import copied
 from vantrel.util.locale.countries import country_codes, country_name, folded, foreign_names
 from vantrel.util.locale.faker_locales import (
     locale_for_country,
@@ -29,10 +30,12 @@ from vantrel.util.locale.faker_locales import (
     locales_by_country,
     locales_with_names,
 )
-from vantrel.wording import some
+from vantrel.wording import shown, some
 
 # An error names no more unknown places than a reader can take in.
 _MOST_NAMED = 20
+
+_LONGEST_PLACE = 200
 
 
 class Provider(Enum):
@@ -64,7 +67,14 @@ def get_country_to_provder_map(countries: Iterable[str], provider: Provider) -> 
     refuse_unknown(present)
     if _warns.get():
         warn_of_borrowed(present)
-    return {country: Faker(locale_of(country)[0]) for country in present}
+    chosen = {country: locale_of(country)[0] for country in present}
+    first: dict[str, Faker] = {}
+    return {
+        country: copied(first[locale])
+        if locale in first
+        else first.setdefault(locale, Faker(locale))
+        for country, locale in chosen.items()
+    }
 
 
 # Off while it is known that the user was told.
@@ -126,7 +136,7 @@ def refuse_unknown(places: Iterable[str]) -> None:
     """Refuses what is neither a country nor a locale; all of it is named."""
     unknown = unknown_places(places)
     if unknown:
-        raise UnknownPlaceError(_unknown(unknown))
+        raise UnknownPlaceError(told_unknown(unknown))
 
 
 def unknown_places(places: Iterable[str]) -> list[str]:
@@ -156,6 +166,8 @@ class Recognised(NamedTuple):
 def recognise(place: str) -> Recognised | None:
     """Tells whether a place is a country or a locale, and which; ``None`` if it is neither."""
     text = str(place).strip()
+    if len(text) > _LONGEST_PLACE:
+        return None
     if text.replace("-", "_") in locales():
         return Recognised(locale=text.replace("-", "_"))
     if country := country_codes().get(folded(text)):
@@ -180,21 +192,24 @@ def _locales_by_folded() -> dict[str, str]:
     return {folded(locale): locale for locale in locales()}
 
 
-def _unknown(places: list[str]) -> str:
-    advice = (
-        "Write a country as its ISO code, its English name or its name in its own language, a"
-        " locale as 'en_GB'."
-    )
+HOW_TO_WRITE = (
+    "Write a country as its ISO code, its English name or its name in its own language, a locale as"
+    " 'en_GB'."
+)
+
+
+def told_unknown(places: list[str]) -> str:
+    """Names what is neither a country nor a locale, with the nearest ones that are."""
     if len(places) == 1:
         (place,) = places
         hint = f" Did you mean {_nearest(place)}?" if _nearest(place) else ""
-        return f"{place!r} is neither a country nor a locale.{hint} {advice}"
+        return f"{shown(repr(place))} is neither a country nor a locale.{hint} {HOW_TO_WRITE}"
     named = [
-        f"{place!r} (did you mean {near}?)" if (near := _nearest(place)) else repr(place)
+        shown(repr(place)) + (f" (did you mean {near}?)" if (near := _nearest(place)) else "")
         for place in places[:_MOST_NAMED]
     ]
     listed = some([*named, *places[_MOST_NAMED:]], _MOST_NAMED)
-    return f"These are neither countries nor locales: {listed}. {advice}"
+    return f"These are neither countries nor locales: {listed}. {HOW_TO_WRITE}"
 
 
 def _nearest(place: str) -> str:
