@@ -39,7 +39,22 @@ def as_frame(table: Any, what: str = "A table") -> pd.DataFrame:
         raise ArgumentError(
             f"Columns are there twice: {listed(doubled)}. Give each one name of its own."
         )
-    return frame
+    return _without_views(frame)
+
+
+def _without_views(frame: pd.DataFrame) -> pd.DataFrame:
+    """Gives a frame without Arrow's views of texts, with which pandas can do little."""
+    is_view = (frame.dtypes.astype(str) == "string_view[pyarrow]").to_numpy()
+    if not is_view.any():
+        return frame
+    import pyarrow as pa
+
+    texts = {
+        name: _as_text(pa.chunked_array([pa.array(frame[name].array)])).set_axis(frame.index)
+        for name in frame.columns[is_view]
+    }
+    kept = {name: texts.get(name, frame[name]) for name in frame}
+    return pd.DataFrame(kept, index=frame.index, columns=frame.columns)
 
 
 def _from_arrow(table: Any, what: str) -> pd.DataFrame:

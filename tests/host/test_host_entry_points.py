@@ -305,3 +305,34 @@ def test_warnings_point_to_the_users_line(people: pd.DataFrame, tmp_path: Path) 
         vantrel.load(tmp_path / "m.json")
     assert {warning.filename for warning in caught} == {__file__}
     assert OtherVersionsWarning in {warning.category for warning in caught}
+
+
+def test_columns_of_several_levels(people: pd.DataFrame) -> None:
+    people.columns = pd.MultiIndex.from_product([["a"], people.columns])
+    with pytest.raises(vantrel.ArgumentError) as caught:
+        vantrel.fit(people)
+    assert str(caught.value) == (
+        "A table has columns of 2 levels: give each one name, as in"
+        " df.columns = df.columns.map('_'.join)."
+    )
+
+
+def test_a_format_of_a_number_is_not_endless(people: pd.DataFrame) -> None:
+    config = PersonModelConfig(mobile_number_format="a" * 1_001)
+    with pytest.raises(vantrel.ArgumentError) as caught:
+        vantrel.fit(people, config=config)
+    assert str(caught.value) == (
+        "'mobile_number_format' has 1,001 characters, more than 1,000: shorten it."
+    )
+
+
+@pytest.mark.parametrize("type_name", ["string_view", "large_string"])
+def test_texts_of_arrow(type_name: str, people: pd.DataFrame) -> None:
+    pa = pytest.importorskip("pyarrow", reason="Arrow's types need pyarrow")
+    texts = pd.ArrowDtype(getattr(pa, type_name)())
+    model = vantrel.fit(people.astype(texts))
+    assert (
+        vantrel.sample(model, 20, seed=7)
+        .astype(object)
+        .equals(vantrel.sample(vantrel.fit(people), 20, seed=7).astype(object))
+    )

@@ -77,7 +77,7 @@ def test_what_cannot_be_learnt_from_is_refused(tmp_path: Path, table: pd.DataFra
     assert str(caught.value) == f"Folder {tmp_path} holds no Parquet files: name a folder of them."
     parts = dd.from_pandas(table.assign(country="Narnia"), npartitions=2)
     with pytest.raises(FittingError) as refused:
-        scale.fit(parts, country="country")
+        scale.fit(parts, country="country", show_values=True)
     assert str(refused.value).endswith(
         " Such rows: 500 of 500. Correct or empty these cells, or leave the column out:"
         " ignore=['country']."

@@ -17,6 +17,7 @@ from vantrel.sampling.whole import plan_sample, refuse_neither_or_both
 from vantrel.storage.files import STANDARD_STREAM, is_special, refuse_overwriting
 from vantrel.storage.models import read_model
 from vantrel.tables import open_table, write_table
+from vantrel.wording import shown
 
 # From the number of rows to what is to be told of each number of further rows.
 type Progress = Callable[[int], AbstractContextManager[Callable[[int], object]]]
@@ -107,7 +108,7 @@ def _told_of(conditions: Path) -> dict[str, Any]:
     if conditions.is_file():  # a pipe has been read to its end
         with conditions.open("rb") as file:
             sha256 = hashlib.file_digest(file, "sha256").hexdigest()
-    return {"conditions": conditions.name, "conditions_sha256": sha256}
+    return {"conditions": shown(conditions.name, 255), "conditions_sha256": sha256}
 
 
 def _told(

@@ -44,7 +44,7 @@ def connected(address: str | None, workers: int | None) -> Iterator[Client]:
 def _start(workers: int | None, stack: ExitStack) -> Client:
     cluster = LocalCluster(
         n_workers=workers,
-        threads_per_worker=1,  # rows are made under locks of the process: another would only wait
+        threads_per_worker=1,  # rows are made under the interpreter's lock: another would only wait
         dashboard_address="127.0.0.1:0",  # any free port; None would be port 8787
         silence_logs=logging.CRITICAL,  # of the workers, noisy when they are stopped
     )

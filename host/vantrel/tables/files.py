@@ -86,7 +86,8 @@ def compressing(file: IO[bytes], compression: Compression | None) -> Iterator[IO
 def _spooled(path: Path, copy: Path) -> Path:
     with copy.open("xb") as file:
         if path == STANDARD_STREAM:
-            shutil.copyfileobj(sys.stdin.buffer, file)
+            if sys.stdin is not None:  # as it is where it is closed
+                shutil.copyfileobj(sys.stdin.buffer, file)
         else:
             with path.open("rb") as pipe:
                 shutil.copyfileobj(pipe, file)

@@ -34,6 +34,7 @@ from vantrel.wording import shown, some
 
 # An error names no more unknown places than a reader can take in.
 _MOST_NAMED = 20
+_MOST_BORROWED = 100
 
 _LONGEST_PLACE = 200
 
@@ -97,7 +98,7 @@ def warn_of_borrowed(places: Iterable[str]) -> None:
     if borrowed:
         warnings.warn(
             "Faker has no person names of its own for these; they get those of the locale in"
-            f" brackets: {', '.join(borrowed)}.",
+            f" brackets: {some(borrowed, _MOST_BORROWED)}.",
             BorrowedNamesWarning,
             skip_file_prefixes=OURS,
         )
