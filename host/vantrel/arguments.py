@@ -49,7 +49,7 @@ def _without_views(frame: pd.DataFrame) -> pd.DataFrame:
         return frame
     import pyarrow as pa
 
-    texts = {
+    texts: dict[Any, Any] = {
         name: _as_text(pa.chunked_array([pa.array(frame[name].array)])).set_axis(frame.index)
         for name in frame.columns[is_view]
     }

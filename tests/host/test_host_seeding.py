@@ -217,7 +217,7 @@ def test_what_is_drawn_amid_a_sample_changes_no_row(
         random.random()
         Faker("de_DE").name()
         Faker.seed(1)
-        for provider in model._country_to_provider_map.values():
+        for provider in vars(model)["_country_to_provider_map"].values():
             provider.name()
         model.sample(20)
         other.sample(20)

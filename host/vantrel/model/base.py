@@ -18,8 +18,8 @@ _models: WeakValueDictionary[int, DiscreteModel[Any, Any]] = WeakValueDictionary
 
 
 def _free_generators() -> None:
-    """Frees the generators in a forked process: the thread that was drawing from one is not there."""
-    bits = [getattr(model._rng, "bit_generator", None) for model in _models.values()]
+    """Frees the generators in a forked process, where no other thread draws."""
+    bits: list[Any] = [getattr(model._rng, "bit_generator", None) for model in _models.values()]
     for each in (*bits, np.random.get_bit_generator()):
         if each is not None:
             each.lock._at_fork_reinit()

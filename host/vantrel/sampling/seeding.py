@@ -67,14 +67,15 @@ class OwnSources:
         self._numpy = np.random.RandomState(0)
         self._random, self._shared = random.Random(0), random.Random(0)
         self._model = copy.copy(model)
+        names: dict[str, Any] = vars(self._model)
         for name in ("hidden_model_gender", "hidden_model_country"):
             setattr(self._model, name, copy.copy(getattr(model, name)))
         # From the shared source each turns to one of its own when it is seeded.
-        self._model._country_to_provider_map = {
+        names["_country_to_provider_map"] = {
             place: copied(provider, faker.generator.random)
             for place, provider in list(_providers(model).items())
         }
-        self._model._sources = {
+        names["_sources"] = {
             "random": self._random,
             "np": SimpleNamespace(**{**vars(np), "random": self._numpy}),
             "get_country_to_provder_map": self._provider_map,

@@ -83,7 +83,7 @@ def warn_of_no_workers(client: Client) -> None:
     try:
         client.wait_for_workers(1, timeout=_SECONDS_TO_ANSWER)
     except TimeoutError:
-        address = client.scheduler.address
+        address = client.scheduler_info()["address"]
         warnings.warn(
             f"The scheduler at {address} has no workers: start some with 'dask worker {address}'."
             " The run goes on when they come.",

@@ -17,16 +17,17 @@ def copied(faker: Faker, source: Random | None = None) -> Faker:
         faker: The instance, with providers of its own and replaced methods, if it has any.
         source: What the copy draws from; the source of the instance if None.
     """
-    twin = copy.copy(faker)
-    factories: Any = faker._factory_map
+    twin: Any = copy.copy(faker)
+    factories = twin._factory_map
     twin._factory_map = type(factories)(
         (name, (copied if isinstance(each, Faker) else _copied_generator)(each, source))
         for name, each in factories.items()
     )
     twin._factories = list(twin._factory_map.values())
-    twin._unique_proxy = type(faker._unique_proxy)(twin)
-    twin._optional_proxy = type(faker._optional_proxy)(twin)
-    return twin
+    twin._unique_proxy = type(twin._unique_proxy)(twin)
+    twin._optional_proxy = type(twin._optional_proxy)(twin)
+    made: Faker = twin
+    return made
 
 
 def _copied_generator(generator: Any, source: Random | None) -> Any:
