@@ -16,31 +16,6 @@ from vantrel import errors
 from vantrel.errors import *  # noqa: F403 - errors and warnings alone, as its own __all__ lists them
 
 if TYPE_CHECKING:
-    from vantrel.errors import (
-        ArgumentError,
-        ArgumentTypeError,
-        BorrowedNamesWarning,
-        ClusterError,
-        ColumnNotFoundError,
-        CompareError,
-        ConditionsError,
-        FittingError,
-        LeftoverWarning,
-        MetaNotExtractedError,
-        MissingPackageError,
-        ModelFileError,
-        ModelNotFittedError,
-        OtherVersionsWarning,
-        OverwriteError,
-        PartitionError,
-        RecordError,
-        SamplingError,
-        SettingsError,
-        TableError,
-        UnknownPlaceError,
-        VantrelError,
-        VantrelWarning,
-    )
     from vantrel.fitting import fit
     from vantrel.reporting.comparison import compare
     from vantrel.reporting.description import describe
@@ -62,39 +37,6 @@ _HOMES = {
     "save": "storage.models",
     "seed_everything": "sampling.seeding",
 }
-
-__all__ = [
-    "ArgumentError",
-    "ArgumentTypeError",
-    "BorrowedNamesWarning",
-    "ClusterError",
-    "ColumnNotFoundError",
-    "CompareError",
-    "ConditionsError",
-    "FittingError",
-    "LeftoverWarning",
-    "MetaNotExtractedError",
-    "MissingPackageError",
-    "ModelFileError",
-    "ModelNotFittedError",
-    "OtherVersionsWarning",
-    "OverwriteError",
-    "PartitionError",
-    "RecordError",
-    "SamplingError",
-    "SettingsError",
-    "TableError",
-    "UnknownPlaceError",
-    "VantrelError",
-    "VantrelWarning",
-    "compare",
-    "describe",
-    "fit",
-    "load",
-    "sample",
-    "save",
-    "seed_everything",
-]
 
 
 def __getattr__(name: str) -> Any:

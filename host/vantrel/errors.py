@@ -10,7 +10,31 @@ import re
 from collections.abc import Iterator
 from contextlib import contextmanager
 
-from vantrel.hints import named, why_unreadable
+__all__ = [
+    "ArgumentError",
+    "ArgumentTypeError",
+    "BorrowedNamesWarning",
+    "ClusterError",
+    "ColumnNotFoundError",
+    "CompareError",
+    "ConditionsError",
+    "FittingError",
+    "LeftoverWarning",
+    "MetaNotExtractedError",
+    "MissingPackageError",
+    "ModelFileError",
+    "ModelNotFittedError",
+    "OtherVersionsWarning",
+    "OverwriteError",
+    "PartitionError",
+    "RecordError",
+    "SamplingError",
+    "SettingsError",
+    "TableError",
+    "UnknownPlaceError",
+    "VantrelError",
+    "VantrelWarning",
+]
 
 
 class VantrelError(Exception):
@@ -40,11 +64,6 @@ class MissingPackageError(VantrelError, ImportError):
 
 class TableError(VantrelError, ValueError):
     """A table cannot be read or written, or holds nothing to learn from."""
-
-    @classmethod
-    def unreadable(cls, path: Path, error: OSError) -> TableError:
-        """The error of a table that the system does not let read."""
-        return cls(f"Table {named(path)} {why_unreadable(path, error)}")
 
 
 class ColumnNotFoundError(VantrelError, KeyError):

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import os
 import shlex
-from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
+from collections.abc import Callable, Iterable, Iterator, Mapping
 from contextlib import contextmanager, suppress
 from contextvars import ContextVar
 from difflib import get_close_matches

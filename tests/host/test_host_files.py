@@ -119,7 +119,10 @@ def test_a_link_that_leads_to_no_file_is_no_free_name(leads_to: str, tmp_path: P
 def test_a_link_to_itself_is_not_written(tmp_path: Path) -> None:
     link = tmp_path / "link"
     link.symlink_to(link)
-    with pytest.raises(OSError, match="Too many levels of symbolic links") as caught, replacing(link):
+    with (
+        pytest.raises(OSError, match="Too many levels of symbolic links") as caught,
+        replacing(link),
+    ):
         pass
     assert caught.value.filename == str(link)
     assert link.is_symlink()

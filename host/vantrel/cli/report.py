@@ -8,8 +8,13 @@ from typing import Any
 import click
 
 from vantrel.cli.group import TerseCommand
-from vantrel.cli.options import columns_option, force_option, path_option
-from vantrel.cli.reading import reading_options, told
+from vantrel.cli.options import (
+    columns_option,
+    encoding_option,
+    force_option,
+    path_option,
+    separator_option,
+)
 from vantrel.hints import named
 from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting, replacing, same_file
 

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import os
-from typing import TYPE_CHECKING, Any, Self, cast
+from typing import Any, Self, cast
 from weakref import WeakValueDictionary
 
 import numpy as np
@@ -11,7 +11,6 @@ import pandas as pd
 
 from vantrel.metadata.base import ValueMeta
 from vantrel.metadata.forms import meta_from_dict
-
 
 # By their identity: a subclass may compare models in whatever way, and so have no hash.
 _models: WeakValueDictionary[int, DiscreteModel[Any, Any]] = WeakValueDictionary()

@@ -114,11 +114,7 @@ def sample_blocks(
     conditions: pd.DataFrame | None = None,
     blocks: range | None = None,
 ) -> Iterator[pd.DataFrame]:
-    """Makes a sample block by block, each as :func:`sample_block` does; all blocks if None.
-
-    Raises:
-        ArgumentError: The plan cannot be carried out; raised before the first block.
-    """
+    """Makes blocks of a sample, all if None, as :func:`sample_block` does; checks it at once."""
     check_plan(model, plan, conditions)
     sources = OwnSources(model)
     return (_block(sources, plan, block, conditions) for block in blocks or range(plan.blocks))

@@ -10,29 +10,16 @@ import msgspec
 
 from vantrel.errors import RecordError
 from vantrel.hints import named, why_unreadable
+from vantrel.sampling.blocks import Plan
 from vantrel.storage.files import read_whole, replacing
+from vantrel.storage.models import LoadedModel
 from vantrel.versions import versions
 from vantrel.wording import shown
-
-
 
 _MOST_BYTES = 2**20
 
 
-class _File(msgspec.Struct, forbid_unknown_fields=True):
-    format: Literal["vantrel-sample"]
-    schema_version: Literal[1]
-    model: str
-    model_sha256: str
-    rows: Annotated[int, msgspec.Meta(ge=0)]
-    seed: Annotated[int, msgspec.Meta(ge=0)]
-    columns: dict[str, str]
-    options: dict[str, Any]
-    versions: dict[str, str]
-
-
-@dataclass(frozen=True)
-class SampleRecord:
+class SampleRecord(msgspec.Struct, frozen=True, kw_only=True, forbid_unknown_fields=True):
     """How a sample was made: with it and the model file, the sample can be made again.
 
     Args:
@@ -97,7 +84,7 @@ def read_record(output: Path, *, unfinished: bool = False) -> SampleRecord | Non
     """
     path = record_path(output, unfinished=unfinished)
     try:
-        form = msgspec.json.decode(read_whole(path, _MOST_BYTES), type=_File)
+        return msgspec.json.decode(read_whole(path, _MOST_BYTES), type=SampleRecord)
     except (FileNotFoundError, NotADirectoryError):
         return None
     except OSError as error:

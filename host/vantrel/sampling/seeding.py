@@ -8,18 +8,16 @@ import random
 import secrets
 from collections.abc import Iterable
 from types import SimpleNamespace
-from typing import TYPE_CHECKING, Any, Protocol
+from typing import Any, Protocol
 
 import faker.generator
 import numpy as np
 from faker import Faker
 
 from vantrel.errors import ArgumentError, ArgumentTypeError, ModelNotFittedError
+from vantrel.model.models.person import PersonModel
 from vantrel.util.locale.copies import copied
 from vantrel.util.locale.locale import Provider, get_country_to_provder_map
-
-if TYPE_CHECKING:
-    from vantrel.model.models.person import PersonModel
 
 _log = logging.getLogger(__name__)
 

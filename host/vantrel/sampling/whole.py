@@ -29,9 +29,9 @@ def sample(
 ) -> pd.DataFrame:
     """Samples people, the same ones from the same model and seed.
 
-    The rows are those of ``vantrel sample`` and of :func:`vantrel.scale.sample`. They come
-    from sources of their own: no other random source of the process is touched. Countries are missing as often as in the
-    fitted table, or as genders where these are missing more often.
+    The rows are those of ``vantrel sample`` and of :func:`vantrel.scale.sample`. They come from
+    sources of their own: no other random source of the process is touched. Countries are missing as
+    often as in the fitted table, or as genders where these are missing more often.
 
     Args:
         model: A fitted model; new countries of ``conditions`` are all that changes in it.

@@ -14,6 +14,7 @@ from vantrel import fitting as whole
 from vantrel.errors import TableError
 from vantrel.fitting import FitKeywords
 from vantrel.hints import named
+from vantrel.model.models.person import PersonModel
 from vantrel.tables import TableCounts, count_frame, merged, open_table
 
 

@@ -9,7 +9,7 @@ import hashlib
 import json
 from collections.abc import Iterable, Iterator
 from contextlib import ExitStack, contextmanager
-from dataclasses import asdict, dataclass, replace
+from dataclasses import dataclass, replace
 from pathlib import Path
 from typing import Any
 
@@ -21,13 +21,7 @@ from pyarrow.parquet import read_metadata
 
 from vantrel.errors import ArgumentError, ClusterError, OverwriteError, PartitionError
 from vantrel.hints import argument, named
-from vantrel.sampling.record import (
-    SampleRecord,
-    read_record,
-    record_of,
-    record_path,
-    write_record,
-)
+from vantrel.sampling.record import SampleRecord, read_record, record_of, record_path, write_record
 from vantrel.sampling.to_file import Progress, untold
 from vantrel.sampling.whole import plan_sample
 from vantrel.scale.cluster import connected, warn_of_no_workers
@@ -164,9 +158,7 @@ def _write_all(
 ) -> None:
     rows, to_make = (sum(file.rows for file in each) for each in (files, todo))
     try:
-        with _telling_of_workers(), cluster as client, progress(rows) as further:
-            if new is not None:
-                _begin(folder, new)
+        with progress(rows) as further:
             further(rows - to_make)
             for file in write_partitions(todo, client):
                 further(file.rows)
@@ -235,17 +227,10 @@ def _decisive(record: SampleRecord) -> dict[str, Any]:
 
 
 def write_partitions(files: list[PartFile], client: Client) -> Iterator[PartFile]:
-    """Writes the files of partitions on the workers of a cluster.
+    """Writes the files of partitions on a cluster, and gives each when it is there.
 
     The workers see the folder under the same path. When a worker is lost, others make what it had
     not finished.
-
-    Yields:
-        Each when it is there.
-
-    Raises:
-        PartitionError: Some rows could not be made; their rows are named.
-        OSError: A file cannot be written.
     """
     everywhere = [replace(file, folder=file.folder.resolve()) for file in files]
     futures = client.map(_write, everywhere, pure=False)
@@ -260,12 +245,7 @@ def write_partitions(files: list[PartFile], client: Client) -> Iterator[PartFile
 
 
 def _finish(files: list[PartFile], folder: Path) -> None:
-    """Notes that the run in a folder is finished.
-
-    Raises:
-        ClusterError: Files are not there, though workers have written them.
-        OSError: The note cannot be written.
-    """
+    """Notes that the run in a folder is finished, if all files are there."""
     if lost := [file for file in files if not file.is_made()]:
         raise ClusterError(
             f"{len(lost):,} files were written where {named(folder)} is another folder, the first"

@@ -18,6 +18,7 @@ from itertools import pairwise
 import pandas as pd
 
 from vantrel.errors import ArgumentError, PartitionError
+from vantrel.model.models.person import PersonModel
 from vantrel.sampling import Plan, check_plan, sample_blocks
 from vantrel.storage.models import dumps, loads
 from vantrel.versions import differences

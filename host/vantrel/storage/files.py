@@ -39,13 +39,6 @@ def replacing(
         binary: Whether it takes bytes.
         force: Whether a file is replaced that is there in the end.
         private_as: Nobody may do more with the file than with this one.
-
-    Raises:
-        OverwriteError: A file has come to its place and ``force`` is not set.
-        OSError: The file cannot be written.
-
-    Warns:
-        LeftoverWarning: What a killed process had left was removed.
     """
     try:
         target = Path(os.path.realpath(path))
@@ -78,12 +71,9 @@ def replacing(
 
 
 def refuse_overwriting(output: Path, *sources: Path, force: bool = False) -> None:
-    """Makes sure that writing the output loses nothing.
+    """Refuses an output that would overwrite a source or, without ``force``, any other file.
 
     A link that leads nowhere is there, too: whoever made it has plans with the name.
-
-    Raises:
-        OverwriteError: It is a file to read or a folder, or it is there and ``force`` is not given.
     """
     if any(same_file(source, output) for source in sources):
         raise OverwriteError(f"{named(output)} is the file to read: write to another one.")
@@ -216,7 +206,10 @@ def _name(temporary: Path, target: Path, told: Path, *, force: bool) -> None:
         try:
             try:
                 os.link(temporary, target)
-            except PermissionError:  # no links in this file system: take the name first
+            except OSError as error:
+                if isinstance(error, FileExistsError):
+                    raise
+                # No links in this file system: the name is taken first.
                 os.close(os.open(target, os.O_CREAT | os.O_EXCL))
             else:
                 return

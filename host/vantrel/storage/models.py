@@ -22,6 +22,8 @@ from vantrel.errors import (
 )
 from vantrel.genders import DEFAULT_PATTERNS
 from vantrel.hints import argument, named, why_unreadable
+from vantrel.model.models.histogram import Histogram
+from vantrel.model.models.person import GenderModel, PersonModel
 from vantrel.storage.files import refuse_overwriting, replacing
 from vantrel.storage.form import SCHEMA_VERSION, ModelFile
 from vantrel.storage.patterns import try_patterns

@@ -10,7 +10,7 @@ from pathlib import Path
 from backports import zstd
 
 from vantrel.errors import TableError
-from vantrel.hints import named
+from vantrel.hints import named, why_unreadable
 
 
 @contextmanager
@@ -31,4 +31,4 @@ def telling(path: Path, encoding: str = "UTF-8") -> Iterator[None]:
     except (EOFError, zlib.error, zstd.ZstdError) as error:
         raise TableError(f"Table {named(path)} is cut off or damaged: compress it anew.") from error
     except OSError as error:
-        raise TableError(f"Table {path} {why_unreadable(path, error)}") from error
+        raise TableError(f"Table {named(path)} {why_unreadable(path, error)}") from error

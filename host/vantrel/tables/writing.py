@@ -56,7 +56,7 @@ def write_table(
         notes: What a Parquet file keeps beside the rows.
 
     Raises:
-        OverwriteError: A file is there in the end and ``force`` is not set.
+        VantrelError: The name is of a file of another kind, or a package is missing.
         OSError: The file cannot be written.
     """
     kind = kind_to_write(path)
@@ -130,6 +130,26 @@ def _write_jsonl(frames: Iterable[pd.DataFrame], file: IO[bytes]) -> None:
         texts = frame.astype(object).where(frame.notna(), None)
         for row in texts.to_dict("records"):
             file.write((json.dumps(row, ensure_ascii=False) + "\n").encode())
+
+
+def regroup(frames: Iterable[pd.DataFrame], rows: int) -> Iterator[pd.DataFrame]:
+    """Joins and cuts frames, so that each but the last has a given number of rows.
+
+    At least one frame comes out, of no rows if there are none.
+    """
+    held: list[pd.DataFrame] = []
+    count = 0
+    for frame in frames:
+        held.append(frame)
+        count += len(frame)
+        if count > rows:
+            joined = pd.concat(held)
+            for start in range(0, count - rows, rows):
+                yield joined.iloc[start : start + rows]
+            held = [joined.iloc[start + rows :]]
+            count = len(held[0])
+    if held:
+        yield pd.concat(held)
 
 
 def _write_parquet(
