@@ -165,14 +165,17 @@ def _made_beside(target: Path, mode: int, told: Path) -> tuple[Path, int]:
         _remove_leftover(temporary, told)
         try:
             descriptor = os.open(temporary, os.O_WRONLY | os.O_CREAT | os.O_EXCL, mode)
+            with suppress(OSError):  # no locks here
+                fcntl.flock(descriptor, fcntl.LOCK_EX)
+            if os.fstat(descriptor).st_nlink:
+                return temporary, descriptor
+            os.close(descriptor)  # taken for a leftover before it was locked
         except FileExistsError:
             continue
-        with suppress(OSError):  # no locks here
-            fcntl.flock(descriptor, fcntl.LOCK_EX)
-        if os.fstat(descriptor).st_nlink:
-            break
-        os.close(descriptor)  # taken for a leftover before it was locked
-    return temporary, descriptor
+        except BaseException:  # of a signal's handler
+            temporary.unlink(missing_ok=True)
+            raise
+    raise AssertionError("numbers have no end")
 
 
 def _temporary_name(name: str, number: int) -> str:

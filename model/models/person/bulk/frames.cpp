@@ -287,10 +287,12 @@ std::optional<FrameForm> Frame::rehearse(bool produce_nans) const {
     Ref few = person::plain_frame(model, count, genders, countries, produce_nans ? Py_True : Py_False);
 
     FrameForm form;
+    Ref columns = dict();
     for (std::size_t i = 0; i < kAttributes; ++i) {
         const auto attribute = static_cast<Attribute>(i);
         if (!has(attribute)) continue;
         Ref series = item(few, labels_->column(attribute));
+        set_item(columns, labels_->column(attribute), series);
         auto layout = Layout::of(series);
         if (!layout) return std::nullopt;
         const auto& values = attribute == Attribute::gender ? gender_values_ : title_values_;
@@ -298,6 +300,9 @@ std::optional<FrameForm> Frame::rehearse(bool produce_nans) const {
         form.columns[i].emplace(
             ColumnForm{std::move(*layout), drawn ? value_cells(series, *values) : cells_of(series)});
     }
+    Ref in_one_piece = call(attr(global(names::pd), names::DataFrame), {columns});
+    if (!equal(attr(attr(in_one_piece, names::columns), "dtype"), attr(attr(few, names::columns), "dtype")))
+        return std::nullopt;
     form.keeps_objects = keeps_objects();
     return form;
 }
