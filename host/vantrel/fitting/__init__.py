@@ -114,7 +114,8 @@ def fit(
         not have, and what was assumed; the notes are also logged.
 
     Raises:
-        ArgumentTypeError: The table is none, or there is one text in the place of a list.
+        ArgumentTypeError: The table or the settings are none, or there is one text in the place of
+            a list.
         ArgumentError: An attribute is not known, or what is named does not go together.
         FittingError: A column is not there, holds missing values only, unknown countries or nothing
             to learn from, or no column was found.
@@ -126,8 +127,9 @@ def fit(
     named: dict[str, Any] = dict(columns)
     generated = check_request(named, generate, ignore, locales, detect=detect)
     refuse_unknown(locales or ())
+    config = PersonModelConfig() if config is None else config
     with showing_values(show_values):
-        return _fitted(df, named, generated, locales, config or PersonModelConfig(), ignore, detect)
+        return _fitted(df, named, generated, locales, config, ignore, detect)
 
 
 def _fitted(

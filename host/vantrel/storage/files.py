@@ -132,6 +132,9 @@ def owned(folder: Path) -> Iterator[bool]:
     try:
         yield _lock(descriptor) is not False
     finally:
+        with suppress(OSError):  # no locks here
+            # Closing alone would leave it locked by the processes that were forked meanwhile.
+            fcntl.flock(descriptor, fcntl.LOCK_UN)
         os.close(descriptor)
 
 
@@ -160,8 +163,9 @@ def _made_beside(target: Path, mode: int, told: Path) -> tuple[Path, int]:
 
     The first name that no living process has is taken, so what a killed one has left is found.
     """
-    for number in count():
-        temporary = target.with_name(_temporary_name(target.name, number))
+    numbers = count()
+    while True:
+        temporary = target.with_name(_temporary_name(target.name, next(numbers)))
         _remove_leftover(temporary, told)
         try:
             descriptor = os.open(temporary, os.O_WRONLY | os.O_CREAT | os.O_EXCL, mode)
@@ -175,7 +179,6 @@ def _made_beside(target: Path, mode: int, told: Path) -> tuple[Path, int]:
         except BaseException:  # of a signal's handler
             temporary.unlink(missing_ok=True)
             raise
-    raise AssertionError("numbers have no end")
 
 
 def _temporary_name(name: str, number: int) -> str:

@@ -344,7 +344,8 @@ void Frame::draw_values() {
     if (title_values_) {
         title_values_->draw(choice_);
         if (title_source_) {
-            Source source(title_source_);
+            Sources alone;
+            Source& source = alone.of(title_source_);
             title_values_->draw_again(names::ambiguous.text, {names::female, names::male, names::non_binary}, source);
         }
         write_values(Attribute::title, *title_values_);
@@ -402,7 +403,8 @@ void Frame::write_numbers() {
     if (passwords_) columns.emplace_back(Attribute::password, column(Attribute::password));
     for (const auto& [attribute, drawn_from] : numbers_) columns.emplace_back(attribute, column(attribute));
     if (columns.empty()) return;
-    Source source(passwords_ ? passwords_->random() : numbers_.front().second.random());
+    Sources alone;
+    Source& source = alone.of(passwords_ ? passwords_->random() : numbers_.front().second.random());
     auto next = columns.begin();
     if (passwords_) passwords_->draw(source, rows(), next++->second);
     for (const auto& [attribute, drawn_from] : numbers_)
