@@ -119,7 +119,8 @@ def refuse_text(value: object, name: str, items: str) -> None:
         items: What it should be several of.
     """
     if isinstance(value, str):
-        raise ArgumentTypeError(f"{name!r} is a list of {items}: write {argument(name, [value])}.")
+        several = [each.strip() for each in value.split(",")]
+        raise ArgumentTypeError(f"{name!r} is a list of {items}: write {argument(name, several)}.")
 
 
 def kind_of(value: object) -> str:

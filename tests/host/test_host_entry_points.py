@@ -270,6 +270,10 @@ def test_columns_of_one_name(people: pd.DataFrame) -> None:
     ("given", "message"),
     [
         ({"generate": "email"}, "'generate' is a list of attributes: write generate=['email']."),
+        (
+            {"generate": "email, username"},
+            "'generate' is a list of attributes: write generate=['email', 'username'].",
+        ),
         ({"locales": "fr_FR"}, "'locales' is a list of locales: write locales=['fr_FR']."),
     ],
 )

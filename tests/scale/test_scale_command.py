@@ -207,9 +207,10 @@ def test_a_folder_has_one_run_at_a_time(whole: dict[str, bytes]) -> None:
     Path("people", ".part-000001.parquet.0.tmp").write_text("of the first run")
     before = written()
     with owned(Path("people")):
-        assert fail(f"{RUN} --resume", 1) == (
-            "Another run is at work in people: wait until it has ended, or name another folder."
-        )
+        for line in (f"{RUN} --resume", RUN):
+            assert fail(line, 1) == (
+                "Another run is at work in people: wait until it has ended, or name another folder."
+            )
     assert written() == before
 
 
@@ -259,6 +260,13 @@ USAGE = [
     (
         f"{RUN} --workers 2 --scheduler tcp://127.0.0.1:9",
         "A cluster that runs has its own workers: leave --workers out.",
+    ),
+    *(
+        (
+            RUN.replace("-o people", f"-o people{end}"),
+            f"people{end} is to be a folder of Parquet files: leave out the {end}.",
+        )
+        for end in (".csv", ".parquet", ".TSV")
     ),
     (RUN.replace("-o people", "-o m.json"), "m.json is there and no folder: name another one."),
     (

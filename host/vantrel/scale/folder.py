@@ -8,7 +8,7 @@ from __future__ import annotations
 import hashlib
 import json
 from collections.abc import Iterable, Iterator
-from contextlib import ExitStack, contextmanager
+from contextlib import ExitStack, contextmanager, nullcontext
 from dataclasses import dataclass, replace
 from pathlib import Path
 from typing import Any
@@ -30,6 +30,7 @@ from vantrel.scale.partitions import partitions as cut
 from vantrel.storage.files import owned, refuse_missing_folder
 from vantrel.storage.models import read_model
 from vantrel.tables import write_table
+from vantrel.tables.kinds import is_named_as_table
 
 
 def sample_to_folder(
@@ -84,7 +85,8 @@ def sample_to_folder(
             seed = earlier.seed if seed is None else seed
             partitions = partitions or earlier.options.get("partitions")
         else:
-            _refuse_content(folder)
+            with _sole_run(folder) if folder.is_dir() else nullcontext():
+                _refuse_content(folder)
         loaded = read_model(model_file, allow_patterns=allow_patterns)
         plan, _ = plan_sample(loaded.model, n, None, seed=seed, unique=unique, strict=strict)
         parts = cut(loaded.model, plan, partitions)
@@ -184,7 +186,11 @@ def _telling_of_workers() -> Iterator[None]:
 
 
 def _refuse_content(folder: Path) -> None:
-    """Refuses a place where there is something else than an empty folder."""
+    """Refuses a place where there is something else than an empty folder, and a file's name."""
+    if is_named_as_table(folder):
+        raise ArgumentError(
+            f"{named(folder)} is to be a folder of Parquet files: leave out the {folder.suffix}."
+        )
     if folder.exists() and not folder.is_dir():
         raise OverwriteError(f"{named(folder)} is there and no folder: name another one.")
     if folder.exists() and any(folder.iterdir()):

@@ -74,6 +74,11 @@ def kind_to_write(path: Path) -> Kind:
     return kind
 
 
+def is_named_as_table(path: Path) -> bool:
+    """Tells whether a name ends as those of the tables that are read or written."""
+    return path.suffix.lower() in {".csv", *_FORMATS, *_SEPARATORS, *_COMPRESSIONS}
+
+
 def _kind(path: Path) -> Kind:
     compression = _COMPRESSIONS.get(path.suffix.lower())
     end = (path.with_suffix("") if compression else path).suffix.lower()
