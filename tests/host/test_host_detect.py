@@ -2,8 +2,6 @@
 
 from __future__ import annotations
 
-from pathlib import Path
-
 import numpy as np
 import pandas as pd
 import pytest
@@ -11,11 +9,10 @@ from hypothesis import given, settings
 from hypothesis import strategies as st
 
 from support.column_names import ATTRIBUTES, NAMES, NOTHING, VALUES
+from support.examples import EXAMPLES
 from vantrel.config import PersonModelConfig
 from vantrel.detection import Choice, Doubt, detect, detect_columns
 from vantrel.tables import read_table
-
-EXAMPLES = Path(__file__).resolve().parents[2] / "examples"
 
 
 def frame(**columns: list[str]) -> pd.DataFrame:

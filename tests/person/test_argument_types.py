@@ -10,17 +10,13 @@ import numpy as np
 import pandas as pd
 import pytest
 
-from support.calls import Text, fitting, refuses
+from support.calls import Number, Text, fitting, refuses
 from support.members import MEMBER_IDS, MEMBERS, Member, Parameter
 from support.people import person_model
 from vantrel.metadata import Nominal
 from vantrel.metadata.value import String
 from vantrel.model.models import person
 from vantrel.model.models.person import CountryModel, GenderModel, PersonModel
-
-
-class Number(int):
-    pass
 
 
 class Row(list[Any]):

@@ -2,20 +2,18 @@
 
 from collections.abc import Callable
 from functools import cache
-from pathlib import Path
 from typing import Any
 
 import numpy as np
 import pandas as pd
 import pytest
 
+from support.examples import EXAMPLES
 from support.people import ALL_LABELS, fitted_model, people
 from support.twins import TEXT_DTYPES, made_both_ways, same_both_ways
 from support.whole_columns import COUNTRIES, usual_model
 from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.model.models.person import PersonModel
-
-EXAMPLES = Path(__file__).parents[2] / "examples"
 
 
 @pytest.mark.parametrize("produce_nans", [True, False])

@@ -13,6 +13,10 @@ class Text(str):
     """A string that is not exactly one."""
 
 
+class Number(int):
+    """An int that is not exactly one."""
+
+
 def refuses(message: str) -> AbstractContextManager[pytest.ExceptionInfo[TypeError]]:
     """Expects a TypeError with exactly this message."""
     return pytest.raises(TypeError, match=rf"\A{re.escape(message)}\Z")

@@ -23,6 +23,10 @@ class Calls(list[tuple[Any, ...]]):
         return [call[0] for call in self]
 
 
+class Stop(BaseException):
+    """No ordinary error; unlike an interrupt it does not end the test run where it escapes."""
+
+
 def raising(error: BaseException) -> Callable[..., Any]:
     """Gives a function that raises the very object."""
 
