@@ -45,7 +45,7 @@ class Countable(Protocol):
         """Gives all columns, with at least so many of the first values of each, if it has them."""
 
     def count(self, columns: list[str], labelled: list[str], /) -> TableCounts:
-        """Counts the values of columns, and the rows that are blank in the labelled ones."""
+        """Counts the combinations of the values of columns and the gaps of the labelled ones."""
 
 
 @dataclass(frozen=True)
@@ -58,9 +58,9 @@ class WholeFrame:
         """Gives the whole table."""
         return self.df
 
-    def count(self, columns: list[str], _labelled: list[str]) -> TableCounts:
-        """Counts values only: the model sees blank rows itself."""
-        return count_frame(self.df, columns, ())
+    def count(self, columns: list[str], labelled: list[str]) -> TableCounts:
+        """Counts all rows."""
+        return count_frame(self.df, columns, labelled)
 
 
 class FitKeywords(PersonColumns, total=False):
