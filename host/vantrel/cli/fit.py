@@ -52,6 +52,15 @@ from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
     help="Settings: patterns of genders and titles, formats of telephone numbers, lengths of"
     " passwords.",
 )
+@click.option(
+    "--min-count",
+    metavar="ROWS",
+    type=click.IntRange(min=1),
+    default=5,
+    show_default=True,
+    help="The fewest rows that a gender, title or country must be in to be kept, and a combination"
+    " of them to be kept as such. 1 keeps all.",
+)
 @separator_option("TABLE")
 @encoding_option("TABLE")
 @values_option
@@ -68,6 +77,7 @@ def fit(
     separator: str | None,
     encoding: str | None,
     show_values: bool,
+    min_count: int,
     force: bool,
 ) -> None:
     """Learn from a table and write a model file.
@@ -104,6 +114,7 @@ def fit(
             ignore=ignore,
             detect=not no_detect,
             show_values=show_values,
+            min_count=min_count,
             **columns,
         )
     vantrel.save(model, output, force=force)

@@ -19,8 +19,10 @@ from vantrel.errors import FittingError, raised_by_model
 from vantrel.fitting.checks import (
     check_columns,
     check_config,
-    check_countries,
+    check_kept,
+    check_min_count,
     check_request,
+    hidden_values,
     make_person,
     refuse_nothing,
 )
@@ -28,6 +30,7 @@ from vantrel.fitting.counted import fit_counts, learnt_columns
 from vantrel.fitting.notes import notes
 from vantrel.hints import showing_values
 from vantrel.model.models.person import PersonModel
+from vantrel.rows import DEFAULT_MIN_COUNT, learn_rows
 from vantrel.sampling.places import places_of
 from vantrel.tables import TableCounts, count_frame
 from vantrel.util.locale.locale import refuse_unknown, told_before, warn_of_borrowed
@@ -58,6 +61,15 @@ class WholeFrame:
         """Gives the whole table."""
         return self.df
 
+    def without(self, hidden: dict[str, set[str]]) -> pd.DataFrame:
+        """Gives the table as if some values, by their texts, were missing from their columns."""
+        left = {
+            column: self.df[column].mask(self.df[column].astype(str).isin(values))
+            for column, values in hidden.items()
+            if values
+        }
+        return self.df.assign(**left) if left else self.df
+
     def count(self, columns: list[str], labelled: list[str]) -> TableCounts:
         """Counts all rows."""
         return count_frame(self.df, columns, labelled)
@@ -72,6 +84,7 @@ class FitKeywords(PersonColumns, total=False):
     ignore: Collection[str]
     detect: bool
     show_values: bool
+    min_count: int
 
 
 def fit(
@@ -83,6 +96,7 @@ def fit(
     ignore: Collection[str] = (),
     detect: bool = True,
     show_values: bool = False,
+    min_count: int = DEFAULT_MIN_COUNT,
     **columns: Unpack[PersonColumns],
 ) -> PersonModel:
     """Learns from a table of people.
@@ -103,6 +117,8 @@ def fit(
         detect: Whether columns are found beside those that are named.
         show_values: Whether notes and errors name values of the table, and do not only tell how
             many there are and in which rows: they may go to a log.
+        min_count: The fewest rows that a value of gender, title or country must be in to be kept,
+            and a combination of these with the gaps beside them to be kept as such. 1 keeps all.
         columns: The column of each attribute, as in ``gender="sex"``. The attributes are gender,
             title, firstname, lastname, fullname, email, username, password, mobile_number,
             home_number, work_number and country.
@@ -125,9 +141,12 @@ def fit(
     """
     named: dict[str, Any] = dict(columns)
     generated = check_request(named, generate, ignore, locales, detect=detect)
+    check_min_count(min_count)
     refuse_unknown(locales or ())
     with showing_values(show_values):
-        return _fitted(df, named, generated, locales, config or PersonModelConfig(), ignore, detect)
+        return _fitted(
+            df, named, generated, locales, config or PersonModelConfig(), ignore, detect, min_count
+        )
 
 
 def _fitted(
@@ -138,6 +157,7 @@ def _fitted(
     config: PersonModelConfig,
     ignore: Collection[str],
     detect: bool,
+    min_count: int,
 ) -> PersonModel:
     check_config(config)
     table = df if isinstance(df, Countable) else WholeFrame(as_frame(df))
@@ -149,13 +169,15 @@ def _fitted(
     meta = make_person(labels, generated, locales)
     labelled = [column for column in first.columns if column in meta.params.values()]
     counts = table.count(learnt_columns(meta), labelled)
-    if "country" in labels:
-        check_countries(counts, labels["country"])
+    learnt = learn_rows(counts, meta, config, min_count)
+    hidden = hidden_values(learnt, counts, meta)
+    check_kept(counts, hidden, min_count)
     with told_before(), raised_by_model(FittingError, "The model cannot be fitted"):
         if isinstance(table, WholeFrame):
-            model = PersonModel(meta, config).fit(table.df)
+            model = PersonModel(meta, config).fit(table.without(hidden))
         else:
-            model = fit_counts(counts, list(first.columns), meta, config)
+            model = fit_counts(counts.without(hidden), list(first.columns), meta, config)
+    meta.rows = learnt.rows
     warn_of_borrowed(places_of(model))
     meta.learnt_from = counts.rows
     meta.told_by = {choice.attribute: choice.reason for choice in found.choices}

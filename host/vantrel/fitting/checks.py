@@ -14,6 +14,7 @@ from vantrel.errors import ArgumentError, FittingError
 from vantrel.fitting.notes import doubt_note
 from vantrel.hints import argument, did_you_mean, listed, shows_values, unnamed
 from vantrel.metadata.value import Person
+from vantrel.rows.learning import LearntRows
 from vantrel.tables import TableCounts
 from vantrel.util.locale.locale import HOW_TO_WRITE, told_unknown, unknown_places
 
@@ -108,25 +109,61 @@ def refuse_nothing(df: pd.DataFrame, columns: Mapping[str, str], found: Detectio
         )
 
 
-def check_countries(counts: TableCounts, column: str) -> None:
+def check_min_count(min_count: int) -> None:
+    """Refuses what is no number of rows."""
+    if isinstance(min_count, bool) or not isinstance(min_count, int) or min_count < 1:
+        raise ArgumentError(f"'min_count' is an integer from 1 on, not {min_count!r}.")
+
+
+def hidden_values(learnt: LearntRows, counts: TableCounts, meta: Person) -> dict[str, set[str]]:
+    """Collects by column what the bare model is not to see.
+
+    These are values that are too rare, what is no country, and titles that tell none of the
+    genders: it could make nothing of them.
+    """
+    hidden = {column: set(values) for column, values in learnt.hidden.items()}
+    if country := meta.labels.country:
+        known = (value for value in counts.values[country] if value is not None)
+        hidden[country] |= set(map(str, unknown_places(known)))
+    return hidden
+
+
+def check_kept(
+    counts: TableCounts, hidden: Mapping[str, Collection[str]], min_count: int
+) -> None:
+    """Refuses columns of which nothing would be kept."""
+    for column, values in hidden.items():
+        texts = [value for value in counts.values[column] if value is not None]
+        if not texts or any(str(value) not in values for value in texts):
+            continue
+        unknown = [text for text in texts if counts.values[column][text] >= min_count]
+        if unknown:  # of countries alone
+            _refuse_countries(counts, column, unknown)
+        raise FittingError(
+            f"Column {column!r} has no value in {min_count:,} rows or more, and rarer ones are not"
+            f" kept: leave it out, {argument('ignore', [column])}, or keep what is rare, with"
+            f" {argument('min_count', 1)}."
+        )
+
+
+def _refuse_countries(counts: TableCounts, column: str, unknown: list[str]) -> None:
     """Refuses unknown countries, with the number of their rows; names them where that is asked for.
 
     Args:
         counts: How many rows have each country.
         column: The column of countries.
+        unknown: Those that are not known.
     """
-    values = counts.values[column]
-    if unknown := unknown_places(place for place in values if place is not None):
-        rows = sum(values[place] for place in unknown)
-        told = f"{told_unknown(unknown)} Such rows: {rows:,} of {counts.rows:,}."
-        if not shows_values():
-            no_places = "no country or locale" if len(unknown) == 1 else "no countries or locales"
-            where = unnamed(len(unknown), counts.where(column, unknown))
-            told = f"{where}: {no_places}. {HOW_TO_WRITE}"
-        raise FittingError(
-            f"Column {column!r}: {told} Correct or empty these cells, or leave the column out:"
-            f" {argument('ignore', [column])}."
-        )
+    rows = sum(counts.values[column][place] for place in unknown)
+    told = f"{told_unknown(unknown)} Such rows: {rows:,} of {counts.rows:,}."
+    if not shows_values():
+        no_places = "no country or locale" if len(unknown) == 1 else "no countries or locales"
+        where = unnamed(len(unknown), counts.where(column, unknown))
+        told = f"{where}: {no_places}. {HOW_TO_WRITE}"
+    raise FittingError(
+        f"Column {column!r}: {told} Correct or empty these cells, or leave the column out:"
+        f" {argument('ignore', [column])}."
+    )
 
 
 def check_config(config: PersonModelConfig) -> None:

@@ -9,6 +9,7 @@ from __future__ import annotations
 import math
 from collections.abc import Iterable, Iterator
 from dataclasses import dataclass
+from typing import Protocol
 
 import numpy as np
 import pandas as pd
@@ -17,6 +18,7 @@ from vantrel.arguments import refuse_text
 from vantrel.errors import ArgumentError
 from vantrel.model.models.person import PersonModel
 from vantrel.sampling.people import sample_people
+from vantrel.sampling.real import RealRows
 from vantrel.sampling.seeding import OwnSources
 from vantrel.sampling.unique import make_unique, refuse_not_unique
 
@@ -40,12 +42,14 @@ class Plan:
         block_rows: The number of rows of each block but the last.
         unique: The attributes whose columns are made unique, of "username" and "email"; kept sorted
             and once each.
+        exact: Whether the rows are the bare model's, whatever combinations were learnt.
     """
 
     rows: int
     seed: int
     block_rows: int = BLOCK_ROWS
     unique: Iterable[str] = ()
+    exact: bool = False
 
     def __post_init__(self) -> None:
         for name, (what, least) in _NUMBERS.items():
@@ -81,21 +85,41 @@ def sample_block(
     Returns:
         A frame of the labelled columns; its index are the numbers of its rows in the sample.
     """
-    return _block(OwnSources(model), plan, block, conditions)
+    return _block(_maker(model, plan, conditions), model, plan, block)
 
 
-def _block(
-    sources: OwnSources, plan: Plan, block: int, conditions: pd.DataFrame | None
-) -> pd.DataFrame:
-    rows = plan.rows_of(block)
-    given = None
-    if conditions is not None:
-        given = conditions.iloc[rows.start : rows.stop].reset_index(drop=True)
-    model = sources.seeded(np.random.SeedSequence(plan.seed, spawn_key=(block,)))
-    people = sample_people(model, len(rows), given)
+class _Maker(Protocol):
+    """Makes blocks."""
+
+    def block(self, seed: np.random.SeedSequence, numbers: range) -> pd.DataFrame:
+        """Makes the rows of some numbers in the whole sample, from a seed of their own."""
+
+
+class _BareRows:
+    """Makes rows as the bare model does."""
+
+    def __init__(self, model: PersonModel, conditions: pd.DataFrame | None) -> None:
+        self._sources = OwnSources(model)
+        self._conditions = conditions
+
+    def block(self, seed: np.random.SeedSequence, numbers: range) -> pd.DataFrame:
+        given = self._conditions
+        if given is not None:
+            given = given.iloc[numbers.start : numbers.stop].reset_index(drop=True)
+        return sample_people(self._sources.seeded(seed), len(numbers), given)
+
+
+def _maker(model: PersonModel, plan: Plan, conditions: pd.DataFrame | None) -> _Maker:
+    is_bare = plan.exact or model.meta.rows is None
+    return (_BareRows if is_bare else RealRows)(model, conditions)
+
+
+def _block(maker: _Maker, model: PersonModel, plan: Plan, block: int) -> pd.DataFrame:
+    numbers = plan.rows_of(block)
+    people = maker.block(np.random.SeedSequence(plan.seed, spawn_key=(block,)), numbers)
     if plan.unique:
-        make_unique(people, model, plan.unique, rows.start)
-    return people.set_index(pd.RangeIndex(rows.start, rows.stop))
+        make_unique(people, model, plan.unique, numbers.start)
+    return people.set_index(pd.RangeIndex(numbers.start, numbers.stop))
 
 
 def check_plan(model: PersonModel, plan: Plan, conditions: pd.DataFrame | None = None) -> None:
@@ -116,5 +140,5 @@ def sample_blocks(
 ) -> Iterator[pd.DataFrame]:
     """Makes blocks of a sample, all if None, as :func:`sample_block` does; checks it at once."""
     check_plan(model, plan, conditions)
-    sources = OwnSources(model)
-    return (_block(sources, plan, block, conditions) for block in blocks or range(plan.blocks))
+    maker = _maker(model, plan, conditions)
+    return (_block(maker, model, plan, block) for block in blocks or range(plan.blocks))

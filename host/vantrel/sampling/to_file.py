@@ -42,6 +42,7 @@ def sample_to_file(
     strict: bool = False,
     csv_safe: bool = False,
     show_values: bool = False,
+    exact: bool = False,
     allow_patterns: bool = False,
     force: bool = False,
     progress: Progress = untold,
@@ -84,6 +85,7 @@ def sample_to_file(
         unique=unique,
         strict=strict,
         show_values=show_values,
+        exact=exact,
     )
     with progress(plan.rows) as further:
         people = _told(sample_blocks(loaded.model, plan, given), further)

@@ -40,6 +40,7 @@ def sample_to_folder(
     seed: int | None = None,
     unique: Iterable[str] = (),
     strict: bool = False,
+    exact: bool = False,
     allow_patterns: bool = False,
     scheduler: str | None = None,
     workers: int | None = None,
@@ -86,7 +87,9 @@ def sample_to_folder(
         else:
             _refuse_content(folder)
         loaded = read_model(model_file, allow_patterns=allow_patterns)
-        plan, _ = plan_sample(loaded.model, n, None, seed=seed, unique=unique, strict=strict)
+        plan, _ = plan_sample(
+            loaded.model, n, None, seed=seed, unique=unique, strict=strict, exact=exact
+        )
         parts = cut(loaded.model, plan, partitions)
         record = record_of(loaded, plan, partitions=len(parts))
         if earlier is not None:

@@ -22,10 +22,11 @@ def sample(
     block_rows: int = BLOCK_ROWS,
     npartitions: int | None = None,
     unique: Iterable[str] = (),
+    exact: bool = False,
 ) -> dd.DataFrame:
     """Samples people as a Dask frame, which is computed where and when Dask is told to.
 
-    The same model, ``n``, ``seed``, ``block_rows`` and ``unique`` give the same rows for any number
+    The same model, ``n``, ``seed``, ``block_rows``, ``unique`` and ``exact`` give the same rows for any number
     of partitions, on any scheduler, and also when a worker is lost and its partitions are made
     again. With the usual ``block_rows`` they are the rows of :func:`vantrel.sample`, which takes
     the same arguments and raises the same errors.
@@ -39,6 +40,7 @@ def sample(
         npartitions: The number of partitions, at most the number of blocks. If None, one for every
             four blocks.
         unique: As there.
+        exact: As there.
 
     Returns:
         A frame of the labelled columns, all of Dask's dtype of text, whose index is 0 to n - 1 with
@@ -46,7 +48,7 @@ def sample(
         be made, and names them.
     """
     check_model(model)
-    plan = Plan(n, given_or_drawn(seed), block_rows, unique)
+    plan = Plan(n, given_or_drawn(seed), block_rows, unique, exact)
     parts = partitions(model, plan, npartitions)
     last = max(n - 1, 0)
     people: dd.DataFrame = dd.from_map(

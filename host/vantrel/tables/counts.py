@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from collections import defaultdict
-from collections.abc import Collection, Iterable
+from collections.abc import Collection, Iterable, Mapping
 from dataclasses import dataclass
 from functools import cached_property
 from typing import Any, NamedTuple
@@ -73,6 +73,21 @@ class TableCounts:
         rows = sum(self.values[column][value] for value in values)
         first = in_rows(sorted(self.first[column][value] for value in values))
         return first if rows == len(values) else f"{rows:,} rows, first in {first}"
+
+    def without(self, hidden: Mapping[str, Collection[str]]) -> TableCounts:
+        """Counts as if some values, by their texts, were missing from their columns."""
+        sets = [hidden.get(column, ()) for column in self.columns]
+        combinations: dict[tuple[Any, ...], Found] = {}
+        for (*cells, gaps), found in self.combinations.items():
+            left = tuple(
+                None if str(cell) in each else cell for cell, each in zip(cells, sets, strict=True)
+            )
+            for bit, column in enumerate(self.labelled):
+                if column in self.columns and left[self.columns.index(column)] is None:
+                    gaps |= 1 << bit
+            earlier = combinations.get((*left, gaps), Found(0, found.first))
+            combinations[*left, gaps] = Found(earlier.rows + found.rows, earlier.first)
+        return TableCounts(self.columns, self.labelled, combinations)
 
     def missing(self, column: str) -> int:
         """How many rows have no value in a column whose values were counted."""

@@ -1,0 +1,129 @@
+"""Draws combinations as often as a table has them."""
+
+from __future__ import annotations
+
+from collections.abc import Mapping, Sequence
+from dataclasses import dataclass
+from typing import Any
+
+import numpy as np
+
+from vantrel.rows.form import ANY, PARTS, Rows
+
+type Places = np.ndarray[tuple[int], np.dtype[np.int64]]
+
+
+@dataclass(frozen=True)
+class DrawnRows:
+    """Combinations that were drawn.
+
+    Attributes:
+        gender: The place of each row's value in ``Rows.gender``.
+        title: The same for titles; -1 where a gender has none that is kept.
+        country: The same for countries.
+        missing: For each column that has gaps the rows where it is missing.
+    """
+
+    gender: Places
+    title: Places
+    country: Places
+    missing: dict[str, np.ndarray[tuple[int], np.dtype[np.bool_]]]
+
+
+def draw_rows(
+    rows: Rows,
+    n: int,
+    rng: np.random.Generator,
+    gender_keys: Sequence[str],
+    given: Mapping[str, Places] | None = None,
+) -> DrawnRows:
+    """Draws combinations.
+
+    Args:
+        rows: What to draw from.
+        n: The number of rows.
+        rng: What to draw with.
+        gender_keys: The key of each of the genders, "" where it has none.
+        given: The places of genders and countries that each row shall have, as far as its
+            combination can tell.
+    """
+    table = np.array(rows.combinations, dtype=np.int64)
+    cells = table[_drawn_combinations(rows, table, n, rng, given or {})]
+    gender, title, country, gaps = (cells[:, place].copy() for place in range(len(PARTS)))
+    for part, places in (("gender", gender), ("country", country)):
+        if given is not None and part in given:
+            if part == "gender":  # the titles of other genders are none of theirs
+                title[(gender != ANY) & (gender != given[part])] = ANY
+            np.copyto(places, given[part])
+    _fill(gender, gender == ANY, rows.any_gender, rng)
+    keys = np.array(gender_keys)[gender]
+    for key in sorted(set(gender_keys)):
+        counts = rows.any_title.get(key) or ([] if key else _all_titles(rows))
+        if counts:
+            _fill(title, (title == ANY) & (keys == key), counts, rng)
+    _fill(country, country == ANY, rows.any_country, rng)
+    _fill(gaps, gaps == ANY, rows.any_gaps, rng)
+    return DrawnRows(gender, title, country, _gaps(rows, gaps, rng))
+
+
+def _all_titles(rows: Rows) -> list[int]:
+    """Titles of any gender; evenly where none is frequent enough with a gender to be counted."""
+    counted = np.array(list(rows.any_title.values()) or [[1] * len(rows.title)])
+    total: list[int] = counted.sum(axis=0).tolist()
+    return total
+
+
+def _drawn_combinations(
+    rows: Rows,
+    table: np.ndarray[Any, np.dtype[np.int64]],
+    n: int,
+    rng: np.random.Generator,
+    given: Mapping[str, Places],
+) -> Places:
+    """Draws combinations that have what is given, group by group of rows of which the same is."""
+    weights = table[:, -1].astype(float)
+    if not given:
+        return _choice(weights, n, rng)
+    asked = np.stack(list(given.values()), axis=1)
+    groups, group_of = np.unique(asked, axis=0, return_inverse=True)
+    drawn = np.zeros(n, dtype=np.int64)
+    for number, places in enumerate(groups):
+        likely = weights
+        for part, place in zip(given, places.tolist(), strict=True):
+            narrowed = likely * _agreement(rows, table, part, place)
+            likely = narrowed if narrowed.any() else likely
+        members = np.flatnonzero(group_of.ravel() == number)
+        drawn[members] = _choice(likely, len(members), rng)
+    return drawn
+
+
+def _agreement(
+    rows: Rows, table: np.ndarray[Any, np.dtype[np.int64]], part: str, place: int
+) -> np.ndarray[Any, np.dtype[np.float64]]:
+    """How likely each combination has a value at a place of one of its parts."""
+    own = table[:, PARTS.index(part)]
+    counts = getattr(rows, f"any_{part}")
+    return np.where(own == ANY, counts[place] / sum(counts), own == place)
+
+
+def _choice(weights: Any, n: int, rng: np.random.Generator) -> Places:
+    weights = np.asarray(weights, dtype=float)
+    return rng.choice(len(weights), size=n, p=weights / weights.sum())
+
+
+def _fill(places: Places, where: Any, counts: Sequence[int], rng: np.random.Generator) -> None:
+    if number := int(where.sum()):
+        places[where] = _choice(counts, number, rng)
+
+
+def _gaps(rows: Rows, gaps: Places, rng: np.random.Generator) -> dict[str, Any]:
+    names = dict.fromkeys(name for together in rows.gaps for name in together or ())
+    missing = {
+        name: np.array([name in (together or ()) for together in rows.gaps])[gaps]
+        for name in [*names, *(name for name in rows.gaps_apart if name not in names)]
+    }
+    if None in rows.gaps:
+        apart = np.flatnonzero(gaps == rows.gaps.index(None))
+        for name, share in rows.gaps_apart.items():
+            missing[name][apart] = rng.random(len(apart)) < share
+    return missing
