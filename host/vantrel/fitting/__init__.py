@@ -171,7 +171,7 @@ def _fitted(
     counts = table.count(learnt_columns(meta), labelled)
     learnt = learn_rows(counts, meta, config, min_count)
     hidden = hidden_values(learnt, counts, meta)
-    check_kept(counts, hidden, min_count)
+    check_kept(counts, hidden, min_count, meta.labels.country)
     with told_before(), raised_by_model(FittingError, "The model cannot be fitted"):
         if isinstance(table, WholeFrame):
             model = PersonModel(meta, config).fit(table.without(hidden))
@@ -181,7 +181,15 @@ def _fitted(
     warn_of_borrowed(places_of(model))
     meta.learnt_from = counts.rows
     meta.told_by = {choice.attribute: choice.reason for choice in found.choices}
-    meta.notes = notes(model, first, counts, found, generated, located=bool(locales))
+    meta.notes = notes(
+        model,
+        first,
+        counts,
+        found,
+        generated,
+        located=bool(locales),
+        has_too_many=learnt.has_too_many,
+    )
     for note in meta.notes:
         _log.info(note)
     return model

@@ -129,16 +129,18 @@ def hidden_values(learnt: LearntRows, counts: TableCounts, meta: Person) -> dict
 
 
 def check_kept(
-    counts: TableCounts, hidden: Mapping[str, Collection[str]], min_count: int
+    counts: TableCounts,
+    hidden: Mapping[str, Collection[str]],
+    min_count: int,
+    country: str | None,
 ) -> None:
-    """Refuses columns of which nothing would be kept."""
+    """Refuses columns of which nothing would be kept; ``country`` is that of countries."""
     for column, values in hidden.items():
         texts = [value for value in counts.values[column] if value is not None]
         if not texts or any(str(value) not in values for value in texts):
             continue
-        unknown = [text for text in texts if counts.values[column][text] >= min_count]
-        if unknown:  # of countries alone
-            _refuse_countries(counts, column, unknown)
+        if column == country and len(unknown_places(texts)) == len(texts):
+            _refuse_countries(counts, column, texts)
         raise FittingError(
             f"Column {column!r} has no value in {min_count:,} rows or more, and rarer ones are not"
             f" kept: leave it out, {argument('ignore', [column])}, or keep what is rare, with"

@@ -107,9 +107,14 @@ def _totals(counts: _Counts, place: int) -> dict[Any, int]:
 def _rare(
     attribute: str, totals: Mapping[Any, int], config: PersonModelConfig, min_count: int
 ) -> dict[Any, int]:
-    """The values that are not kept. What tells no gender as a title may be anything, so even where
-    single rows are kept it must be in some."""
+    """The values that are not kept.
+
+    The usual words for a gender tell nothing of anybody, and are kept however rare. A title that
+    tells no gender may be anything: even where single rows are kept it must be in some.
+    """
     least = dict.fromkeys(totals, min_count)
+    if attribute == "gender":
+        least |= dict.fromkeys(keys_of(totals, PersonModelConfig(), "gender"), 1)
     if attribute == "title":
         claimed = keys_of(totals, config, "title")
         least |= {
