@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import math
-from typing import Annotated
+from typing import Annotated, Literal
 
 from msgspec import Meta, Struct
 
@@ -23,6 +23,29 @@ Share = Annotated[float, Meta(ge=0, le=1)]
 Place = Annotated[int, Meta(ge=ANY, le=10**9)]
 Value = Annotated[str, Meta(max_length=1_000)] | None
 Column = Annotated[str, Meta(min_length=1, max_length=1_000)]
+
+
+RESERVED, AS_MADE = "reserved", "as-made"
+"""Domains that belong to nobody, and those that Faker makes."""
+
+_HTML_LABEL = "[a-zA-Z0-9]([a-zA-Z0-9-]{0,61}[a-zA-Z0-9])?"
+
+
+class Ways(Struct, forbid_unknown_fields=True, frozen=True):
+    """How people are reached.
+
+    Args:
+        email_domain: The domain of all e-mail addresses; "reserved" for as many as there are under
+            a name that is kept for examples, "as-made" for those that Faker makes.
+        phone_numbers: "fiction" for numbers that regulators keep for it, and valid ones in
+            countries without such; "valid" for valid ones everywhere.
+    """
+
+    email_domain: Annotated[
+        str,
+        Meta(max_length=253, pattern=rf"^(reserved|as-made|{_HTML_LABEL}(\.{_HTML_LABEL})+)$"),
+    ] = RESERVED
+    phone_numbers: Literal["fiction", "valid"] = "fiction"
 
 
 class LeftOut(Struct, forbid_unknown_fields=True, frozen=True):

@@ -3,8 +3,10 @@
 from __future__ import annotations
 
 import copy
+import re
+from collections import Counter
 from dataclasses import asdict
-from typing import Any
+from typing import Any, NamedTuple
 
 import numpy as np
 import pandas as pd
@@ -91,3 +93,26 @@ def _is_own(method: Any) -> bool:
     """Whether a locale has a method of its own in the place of the usual one."""
     usual: Any = getattr(Provider, method.__name__)
     return method.__func__ is not usual
+
+
+class Order(NamedTuple):
+    """How a language joins names."""
+
+    is_last_first: bool = False
+    separator: str = " "
+
+
+_TWO_NAMES = re.compile(r"\{\{(first|last)_name\w*\}\}([^{}]*)\{\{(first|last)_name\w*\}\}")
+
+
+def order_of_names(faker: Faker) -> Order:
+    """Tells the order and the separator of names by Faker's own formats, the likeliest of them."""
+    (generator,) = faker.factories
+    formats = getattr(generator.first_name.__self__, "formats", ())
+    weights = formats if isinstance(formats, dict) else dict.fromkeys(formats, 1)
+    found: Counter[Order] = Counter()
+    for text, weight in weights.items():
+        match = _TWO_NAMES.fullmatch(text)
+        if match and match[1] != match[3]:
+            found[Order(match[1] == "last", match[2])] += weight
+    return found.most_common(1)[0][0] if found else Order()

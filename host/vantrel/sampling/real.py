@@ -13,13 +13,24 @@ from vantrel.errors import SamplingError, raised_by_model
 from vantrel.genders import AMBIGUOUS, KEYS, keys_of
 from vantrel.model.models.histogram import Drawn
 from vantrel.model.models.person import PersonModel
-from vantrel.rows import ANY, DrawnRows, Rows, draw_rows
+from vantrel.config import PersonModelConfig
+from vantrel.rows import ANY, DrawnRows, Rows, Ways, draw_rows
 from vantrel.rows.drawing import Places
-from vantrel.sampling.names import gendered, give, has_gendered_last_names, names_model
+from vantrel.sampling.addresses import Names
+from vantrel.sampling.names import (
+    gendered,
+    give,
+    has_gendered_last_names,
+    names_model,
+    order_of_names,
+)
+from vantrel.sampling.phones import KIND, Numbers
 from vantrel.sampling.seeding import OwnSources
 from vantrel.util.locale.locale import (
     Provider,
     get_country_to_provder_map,
+    locale_of,
+    recognise_known,
     told_before,
     unknown_places,
 )
@@ -50,6 +61,15 @@ class RealRows:
         self._keys = _keys(rows.gender, model, "gender")
         self._title_keys = _keys(rows.title, model, "title")
         self._places = _Places(model, rows)
+        self._ways: Ways = model.meta.ways or Ways()
+        self._accounts = Names(self._places.languages, self._places.plain)
+        self._numbers = {
+            attribute: Numbers(
+                self._places.regions, kind, is_valid=self._ways.phone_numbers == "valid"
+            )
+            for attribute, kind in KIND.items()
+            if attribute in model.params and _has_usual_format(model, attribute)
+        }
         self._sources = OwnSources(names_model(model, self._places.fakers))
 
     def block(self, seed: np.random.SeedSequence, numbers: range) -> pd.DataFrame:
@@ -64,6 +84,7 @@ class RealRows:
         give(names, *self._places.settled(keys, places, rng))
         with told_before(), raised_by_model(SamplingError, "The model cannot make such rows"):
             people = names.sample(n)
+        self._finish(people, places, rng)
         return self._with_gaps(self._framed(drawn, people), drawn)
 
     def _name_keys(self, drawn: DrawnRows, rng: np.random.Generator) -> Places:
@@ -80,14 +101,21 @@ class RealRows:
         keys = np.where(keys == ANY, by_title[drawn.title], keys)
         return np.where(keys == ANY, _KEYS.index(AMBIGUOUS), keys)
 
+    def _finish(self, people: pd.DataFrame, places: Places, rng: np.random.Generator) -> None:
+        """Rewrites what must suit the place of each row."""
+        people["fullname"] = self._places.full_names(people["firstname"], people["lastname"], places)
+        for attribute, domain in (("username", None), ("email", self._ways.email_domain)):
+            if attribute in self._model.params:
+                people[attribute] = self._accounts.accounts(people[attribute], places, domain)
+        for attribute, numbers in self._numbers.items():
+            people[attribute] = numbers.made(places, rng, people[attribute])
+
     def _framed(self, drawn: DrawnRows, people: pd.DataFrame) -> pd.DataFrame:
         columns = {}
         for attribute, column in self._model.params.items():
             if attribute in ("gender", "title", "country"):
                 values = getattr(self._rows, attribute)
                 columns[column] = Drawn(values, getattr(drawn, attribute)).series()
-            elif attribute == "fullname":
-                columns[column] = people["firstname"] + " " + people["lastname"]
             else:
                 columns[column] = people[attribute]
         frame = pd.DataFrame(columns)
@@ -112,6 +140,9 @@ class _Places:
 
     Attributes:
         fakers: What makes the names, of each gender where Faker tells last names by it.
+        plain: What makes the names of each place by its number, of whatever gender.
+        languages: The language of each place.
+        regions: The two-letter code of each place's country.
     """
 
     def __init__(self, model: PersonModel, rows: Rows) -> None:
@@ -129,6 +160,10 @@ class _Places:
         self._weights = np.array(weights) / sum(weights)
         with told_before():
             plain = get_country_to_provder_map(known, Provider.PERSON)
+        self.plain = [plain[place] for place in known]
+        self.languages = [locale_of(place)[0].partition("_")[0] for place in known]
+        self.regions = [_region(place) for place in known]
+        self._orders = [order_of_names(faker) for faker in self.plain]
         self.fakers = {}
         # By place and key the number of what makes the names.
         self._variants = np.zeros((len(known), len(_KEYS)), dtype=np.int64)
@@ -148,6 +183,16 @@ class _Places:
         places[unknown] = rng.choice(len(self._weights), size=int(unknown.sum()), p=self._weights)
         return places
 
+    def full_names(self, first: pd.Series, last: pd.Series, places: Places) -> pd.Series:
+        """Joins names in the order and with the separator of each row's place."""
+        is_last_first = np.array([each.is_last_first for each in self._orders])[places]
+        separators = pd.Series([each.separator for each in self._orders]).array.take(places)
+        start, end = first, last
+        if is_last_first.any():
+            start, end = last.where(is_last_first, first), first.where(is_last_first, last)
+        between = separators if len(set(self._orders)) > 1 else self._orders[0].separator
+        return start + between + end
+
     def settled(
         self, keys: Places, places: Places, rng: np.random.Generator
     ) -> tuple[Drawn, Drawn]:
@@ -160,6 +205,17 @@ class _Places:
         keys = keys.copy()
         keys[others] = rng.integers(0, 2, size=int(others.sum()))
         return Drawn(_KEYS, keys), Drawn(list(self.fakers), self._variants[places, keys])
+
+
+def _region(place: str) -> str:
+    found = recognise_known(place)
+    return found.country or found.locale.partition("_")[2]
+
+
+def _has_usual_format(model: PersonModel, attribute: str) -> bool:
+    """Whether nobody has set a format, which is that of all countries then."""
+    name = f"{attribute}_format"
+    return getattr(model.config, name) == getattr(PersonModelConfig(), name)
 
 
 def _rows_of(rows: Rows, place: int) -> float:

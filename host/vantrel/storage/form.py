@@ -14,7 +14,7 @@ from msgspec import UNSET, Meta, Struct, UnsetType, defstruct, structs
 
 from vantrel.attributes import ATTRIBUTES, LEARNT
 from vantrel.hints import listed
-from vantrel.rows.form import Rows
+from vantrel.rows.form import Rows, Ways
 from vantrel.util.locale.locale import refuse_unknown
 
 SCHEMA_VERSION = 2
@@ -161,6 +161,7 @@ class ModelFile(_Form):
     schema_version: Literal[1, 2]
     model: Model
     rows: Rows | None = None
+    ways: Ways | None = None
     versions: dict[str, Version] = {}
 
     def __post_init__(self) -> None:

@@ -74,6 +74,7 @@ def dumps(model: PersonModel) -> str:
             "versions": versions(),
             "model": learnt,
             "rows": msgspec.to_builtins(model.meta.rows),
+            "ways": msgspec.to_builtins(model.meta.ways),
         }
         content = json.dumps(form, ensure_ascii=False, allow_nan=False, indent=2) + "\n"
         size = len(content.encode())
@@ -259,7 +260,7 @@ def _rebuilt(file: ModelFile) -> PersonModel:
             model.hidden_model_country._meta = meta[labels.country]
             countries = model.hidden_model_country.categories
             model.country_to_provider_map = get_country_to_provder_map(countries, Provider.PERSON)
-    model.meta.rows = file.rows
+    model.meta.rows, model.meta.ways = file.rows, file.ways
     if different := differences(file.versions):
         warnings.warn(
             "The same seed may give other rows than where the model was fitted:"

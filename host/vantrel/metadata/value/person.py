@@ -39,6 +39,7 @@ class Person(ValueMeta):
         learnt_from: The number of rows of that table.
         notes: What it noted of the table, a sentence or two each.
         rows: The combinations of its rows; None where the model has seen no more than columns.
+        ways: How people are reached; None where the bare model decides.
 
     Raises:
         ArgumentError: Two labels name one column.
@@ -61,6 +62,7 @@ class Person(ValueMeta):
         self.learnt_from = 0
         self.notes: list[str] = []
         self.rows: Any = None
+        self.ways: Any = None
         self._refuse_repeated_columns()
         self._children: dict[str, Nominal] = {
             self.params[attribute]: (Nominal if attribute == "country" else String)(
