@@ -20,9 +20,15 @@ _DANISH = {"æ": "ae", "ø": "oe", "å": "aa"}
 _LETTERS = {"de": _GERMAN, "da": _DANISH, "no": _DANISH, "nb": _DANISH, "nn": _DANISH}
 
 _KEPT = frozenset("abcdefghijklmnopqrstuvwxyz0123456789._-@\n")
-_LABEL = re.compile(r"@[^a-z0-9\n]*([a-z0-9-]{0,60}[a-z0-9])?[^\n]*")
-# Dots that begin or end a name, or stand beside each other.
-_ODD_DOTS = re.compile(r"(?m)^\.+|\.+(?=[.@]|$)")
+_DELETED = bytes(sorted(set(range(256)) - set(map(ord, _KEPT))))
+# Beyond so many letters it is quicker to look each of a text up than to look for each.
+_FEW_LETTERS = 60
+
+# What no account may have, and what takes its place: "Hans-J." has a dot of his own.
+_MENDED = ((b"..", b"."), (b".@", b"@"), (b"\n.", b"\n"), (b".\n", b"\n"), (b"\n@", b"\nnobody@"))
+# Labels of domains that begin or end with a hyphen, or have nothing between.
+_ODD_LABELS = (b"@-", b"@.", b"-.example\n")
+_LABEL = re.compile(rb"@-*([a-z0-9-]*[a-z0-9])?-*\.example\n")
 
 
 class Names:
@@ -51,17 +57,23 @@ class Names:
             if len(members):
                 joined = "\n".join(whole[members].tolist())
                 plain = _plain(joined, language, self._readings[language])
-                made[members] = _with_domain(plain, domain).split("\n")
+                made[members] = _with_domain(plain, domain).decode("ascii").split("\n")
         return pd.Series(made, index=texts.index, dtype=texts.dtype)
 
 
-def _plain(text: str, language: str, readings: Mapping[str, str]) -> str:
+def _plain(text: str, language: str, readings: Mapping[str, str]) -> bytes:
     """Writes a text in ASCII, without signs that an account cannot have."""
     if not text.isascii():
         for name, reading in readings.items():
             text = text.replace(name, reading)
-        text = text.lower()
-    return text.translate(_Letters.of(language))
+        codes = np.frombuffer(text.encode("utf-32-le"), dtype=np.uint32)
+        letters, found = _Letters.of(language), np.unique(codes[codes > 127]).tolist()
+        if len(found) > _FEW_LETTERS:
+            text = text.translate(letters)
+        else:
+            for code in found:
+                text = text.replace(chr(code), letters[code])
+    return text.encode("ascii").translate(None, _DELETED)
 
 
 class _Letters(dict[int, str]):
@@ -74,7 +86,7 @@ class _Letters(dict[int, str]):
     def __missing__(self, code: int) -> str:
         letter = chr(code)
         plain = self._own.get(letter) or anyascii(letter).lower()
-        self[code] = "".join(each for each in plain if each in _KEPT)
+        self[code] = "".join(each for each in plain if each in _KEPT) if code > 127 else letter
         return self[code]
 
     @staticmethod
@@ -83,16 +95,33 @@ class _Letters(dict[int, str]):
         return _Letters(language)
 
 
-def _with_domain(text: str, domain: str | None) -> str:
-    text = _ODD_DOTS.sub("", text)
-    if domain is None:
-        return text
-    text = re.sub(r"(?m)^@", "nobody@", text)
-    if domain == AS_MADE:
-        return text
-    if domain != RESERVED:
-        return re.sub(r"@[^\n]*", f"@{domain}", text)
-    return _LABEL.sub(r"@\1.example", text).replace("@.", "@mail.")
+def _with_domain(text: bytes, domain: str | None) -> bytes:
+    """Gives the addresses of lines their domain; user names have none."""
+    lines = text + b"\n"
+    if domain == RESERVED:
+        lines = _without_domains(lines, keep_label=True).replace(b"\n", b".example\n")
+    elif domain not in (None, AS_MADE):
+        lines = _without_domains(lines, keep_label=False).replace(b"\n", f"{domain}\n".encode())
+    lines = b"\n" + lines
+    for odd, mended in _MENDED:
+        while odd in lines:
+            lines = lines.replace(odd, mended)
+    if any(odd in lines for odd in _ODD_LABELS):
+        lines = _LABEL.sub(rb"@\1.example\n", lines).replace(b"@.", b"@mail.")
+    return lines[1:-1]
+
+
+def _without_domains(lines: bytes, *, keep_label: bool) -> bytes:
+    """Cuts the domain out of each line, from its first dot on where its first label is kept."""
+    signs = np.frombuffer(lines, dtype=np.uint8)
+    ends, starts = np.flatnonzero(signs == ord("\n")), np.flatnonzero(signs == ord("@")) + 1
+    if keep_label:
+        dots = np.append(np.flatnonzero(signs == ord(".")), len(signs))
+        starts = np.minimum(dots[np.searchsorted(dots, starts)], ends)
+    change = np.zeros(len(signs) + 1, dtype=np.int8)
+    change[starts] += 1
+    change[ends] -= 1  # where both are one place, nothing changes
+    return signs[np.cumsum(change[:-1], dtype=np.int8) == 0].tobytes()
 
 
 def _readings(faker: Faker) -> dict[str, str]:

@@ -87,13 +87,10 @@ class Numbers:
         of_places = [_formats(region, kind, is_valid) for region in regions]
         self._count = np.array([len(formats) for formats in of_places])
         self._start = np.cumsum(self._count) - self._count
-        width = max(map(len, chain.from_iterable(of_places)), default=1)
-        texts = b"".join(each.encode().ljust(width, b"\0") for each in chain(*of_places))
+        # Each ends with a line break, behind what is filled up.
+        width = max(map(len, chain.from_iterable(of_places)), default=0) + 1
+        texts = b"".join(each.encode().ljust(width - 1, b"\0") + b"\n" for each in chain(*of_places))
         self._formats = np.frombuffer(texts, dtype=np.uint8).reshape(-1, width)
-
-    def has_all(self) -> bool:
-        """Whether there are numbers of all places."""
-        return bool((self._count > 0).all())
 
     def made(self, places: Any, rng: np.random.Generator, like: pd.Series) -> pd.Series:
         """Gives each row a number, and keeps that of ``like`` where its place has none."""
@@ -102,9 +99,9 @@ class Numbers:
         rows = self._formats[self._start[of_place] + rng.integers(self._count[of_place])]
         is_open = rows == ord("x")
         rows[is_open] = rng.integers(ord("0"), ord("9") + 1, size=is_open.sum(), dtype=np.uint8)
-        texts = rows.view(f"S{rows.shape[1]}").ravel().astype(str)
+        texts = rows.tobytes().translate(None, b"\0").decode("ascii").split("\n")[:-1]
         if len(members) == len(like):
-            return pd.Series(texts.astype(object), index=like.index, dtype=like.dtype)
+            return pd.Series(texts, index=like.index, dtype=like.dtype)
         made = like.to_numpy(dtype=object, copy=True)
         made[members] = texts
         return pd.Series(made, index=like.index, dtype=like.dtype)
