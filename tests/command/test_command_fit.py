@@ -7,6 +7,7 @@ from pathlib import Path
 import pytest
 
 from support.command import command_line, fail, shell, succeed
+from vantrel.rows import Ways
 from vantrel.storage.models import load
 from vantrel.tables import read_table
 
@@ -268,3 +269,13 @@ def test_the_map_fits_the_width(width: str) -> None:
     table = result.stdout.partition("Learnt")[0].splitlines()
     assert max(map(len, table)) <= int(width)
     assert (len(table) > 3) == (width == "60")
+
+
+def test_how_people_are_reached_is_set_by_options_or_by_a_file() -> None:
+    Path("c.toml").write_text('email_domain = "example.net"\nphone_numbers = "valid"\n')
+    succeed(f"{FIT} --force --config c.toml")
+    assert load(Path("m.json")).meta.ways == Ways("example.net", "valid")
+    succeed(f"{FIT} --force --config c.toml --email-domain as-made")
+    assert load(Path("m.json")).meta.ways == Ways("as-made", "valid")
+    Path("c.toml").write_text('email_domain = "no domain"\n')
+    assert fail(f"{FIT} --force --config c.toml", 1).startswith("Config file c.toml: ")

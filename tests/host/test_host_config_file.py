@@ -24,7 +24,7 @@ dict_cache_size = 5
 pwd_length = [12, 20]
 """
 
-FIELDS = ", ".join(asdict(PersonModelConfig()))
+FIELDS = ", ".join([*asdict(PersonModelConfig()), "email_domain", "phone_numbers"])
 
 
 def write(folder: Path, text: str) -> Path:

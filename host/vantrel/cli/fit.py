@@ -49,8 +49,20 @@ from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
     "--config",
     "config_file",
     metavar="FILE.toml",
-    help="Settings: patterns of genders and titles, formats of telephone numbers, lengths of"
-    " passwords.",
+    help="Settings: patterns of genders and titles, telephone numbers, e-mail addresses, lengths"
+    " of passwords.",
+)
+@click.option(
+    "--email-domain",
+    metavar="DOMAIN",
+    help="The domain of e-mail addresses, such as example.org; as-made for those that Faker makes,"
+    " which may belong to somebody. [default: many, under .example]",
+)
+@click.option(
+    "--phone-numbers",
+    type=click.Choice(["fiction", "valid"]),
+    help="Numbers that are kept for fiction, where a country has such, or valid ones everywhere."
+    " [default: fiction]",
 )
 @click.option(
     "--min-count",
@@ -78,6 +90,8 @@ def fit(
     encoding: str | None,
     show_values: bool,
     min_count: int,
+    email_domain: str | None,
+    phone_numbers: str | None,
     force: bool,
 ) -> None:
     """Learn from a table and write a model file.
@@ -101,20 +115,24 @@ def fit(
     import vantrel
     from vantrel.cli.console import print_all
     from vantrel.reporting.sections import Section
-    from vantrel.storage.settings import load_config
+    from vantrel.storage.settings import load_settings
     from vantrel.tables import open_table
 
-    config = load_config(config_file) if config_file else None
+    loaded = load_settings(config_file) if config_file else None
+    ways = loaded.ways if loaded else {}
+    named_ways = {"email_domain": email_domain, "phone_numbers": phone_numbers}
+    ways |= {name: value for name, value in named_ways.items() if value is not None}
     with open_table(table, separator=separator, encoding=encoding, empty_is_missing=True) as opened:
         model = vantrel.fit(
             opened,
             generate=generate,
             locales=locales,
-            config=config,
+            config=loaded and loaded.config,
             ignore=ignore,
             detect=not no_detect,
             show_values=show_values,
             min_count=min_count,
+            **ways,  # type: ignore[arg-type]  # texts, by name
             **columns,
         )
     vantrel.save(model, output, force=force)

@@ -21,6 +21,7 @@ from vantrel.fitting.checks import (
     check_config,
     check_kept,
     check_min_count,
+    check_ways,
     check_request,
     hidden_values,
     make_person,
@@ -30,7 +31,7 @@ from vantrel.fitting.counted import fit_counts, learnt_columns
 from vantrel.fitting.notes import notes
 from vantrel.hints import showing_values
 from vantrel.model.models.person import PersonModel
-from vantrel.rows import DEFAULT_MIN_COUNT, learn_rows
+from vantrel.rows import DEFAULT_MIN_COUNT, RESERVED, learn_rows
 from vantrel.sampling.places import places_of
 from vantrel.tables import TableCounts, count_frame
 from vantrel.util.locale.locale import refuse_unknown, told_before, warn_of_borrowed
@@ -85,6 +86,8 @@ class FitKeywords(PersonColumns, total=False):
     detect: bool
     show_values: bool
     min_count: int
+    email_domain: str
+    phone_numbers: str
 
 
 def fit(
@@ -97,6 +100,8 @@ def fit(
     detect: bool = True,
     show_values: bool = False,
     min_count: int = DEFAULT_MIN_COUNT,
+    email_domain: str = RESERVED,
+    phone_numbers: str = "fiction",
     **columns: Unpack[PersonColumns],
 ) -> PersonModel:
     """Learns from a table of people.
@@ -119,6 +124,11 @@ def fit(
             many there are and in which rows: they may go to a log.
         min_count: The fewest rows that a value of gender, title or country must be in to be kept,
             and a combination of these with the gaps beside them to be kept as such. 1 keeps all.
+        email_domain: The domain of e-mail addresses. "reserved" is many, under a name that belongs
+            to nobody; "as-made" are those that Faker makes, which may belong to somebody.
+        phone_numbers: "fiction" are numbers that regulators keep for it, in countries that have
+            such, and valid ones elsewhere; "valid" are valid ones everywhere. A format of
+            ``config`` comes first.
         columns: The column of each attribute, as in ``gender="sex"``. The attributes are gender,
             title, firstname, lastname, fullname, email, username, password, mobile_number,
             home_number, work_number and country.
@@ -142,11 +152,14 @@ def fit(
     named: dict[str, Any] = dict(columns)
     generated = check_request(named, generate, ignore, locales, detect=detect)
     check_min_count(min_count)
+    ways = check_ways(email_domain, phone_numbers)
     refuse_unknown(locales or ())
     with showing_values(show_values):
-        return _fitted(
+        model = _fitted(
             df, named, generated, locales, config or PersonModelConfig(), ignore, detect, min_count
         )
+    model.meta.ways = ways
+    return model
 
 
 def _fitted(

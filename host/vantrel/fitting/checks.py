@@ -4,6 +4,7 @@ from __future__ import annotations
 
 from collections.abc import Collection, Iterable, Mapping, Sequence
 
+import msgspec
 import pandas as pd
 
 from vantrel.arguments import refuse_text
@@ -14,9 +15,11 @@ from vantrel.errors import ArgumentError, FittingError
 from vantrel.fitting.notes import doubt_note
 from vantrel.hints import argument, did_you_mean, listed, shows_values, unnamed
 from vantrel.metadata.value import Person
+from vantrel.rows.form import Ways
 from vantrel.rows.learning import LearntRows
 from vantrel.tables import TableCounts
 from vantrel.util.locale.locale import HOW_TO_WRITE, told_unknown, unknown_places
+from vantrel.wording import shown
 
 # Of settings: a sample takes as long as they are.
 _FORMATS = ("mobile_number_format", "home_number_format", "work_number_format")
@@ -113,6 +116,20 @@ def check_min_count(min_count: int) -> None:
     """Refuses what is no number of rows."""
     if isinstance(min_count, bool) or not isinstance(min_count, int) or min_count < 1:
         raise ArgumentError(f"'min_count' is an integer from 1 on, not {min_count!r}.")
+
+
+def check_ways(email_domain: object, phone_numbers: object) -> Ways:
+    """Gives how people are reached, and refuses what is no domain and no kind of numbers."""
+    try:
+        return msgspec.convert({"email_domain": email_domain, "phone_numbers": phone_numbers}, Ways)
+    except msgspec.ValidationError:
+        pass
+    if phone_numbers not in ("fiction", "valid"):
+        raise ArgumentError(f"'phone_numbers' are 'fiction' or 'valid', not {phone_numbers!r}.")
+    raise ArgumentError(
+        f"'email_domain' is a domain such as 'example.org', or 'reserved' or 'as-made', not"
+        f" {shown(repr(email_domain))}."
+    )
 
 
 def hidden_values(learnt: LearntRows, counts: TableCounts, meta: Person) -> dict[str, set[str]]:
