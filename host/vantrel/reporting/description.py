@@ -39,6 +39,8 @@ def describe(model: PersonModel) -> Sections:
         Section("Genders", ("Key", "Share", *_sources(model)), _genders(model)),
         Section(places, ("Value", "Share", "Names of"), _places(model)),
     ]
+    if model.meta.rows is not None:
+        sections.append(Section("Left out as too rare", ("Column", "Values", "Rows"), _rare(model)))
     if changed := _changed_settings(model.config):
         sections.append(Section("Settings that are not the default", ("", ""), changed))
     if model.meta.notes:
@@ -113,6 +115,13 @@ def _places(model: PersonModel) -> _Rows:
         locale, own = locale_of(place)
         rows.append((place, percent(share), locale if own else f"{locale} (borrowed)"))
     return rows
+
+
+def _rare(model: PersonModel) -> _Rows:
+    return [
+        (model.params[attribute], f"{each.values:,}", f"{each.rows:,}")
+        for attribute, each in model.meta.rows.left_out.items()
+    ] or [(_NONE, "0", "0")]
 
 
 def _changed_settings(config: PersonModelConfig) -> _Rows:
