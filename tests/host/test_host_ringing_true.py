@@ -155,3 +155,15 @@ def test_ways_are_kept_in_the_file(tmp_path: Path) -> None:
     loaded = vantrel.load(tmp_path / "m.json")
     assert loaded.meta.ways == Ways("example.org", "valid")
     assert vantrel.sample(loaded, 5, seed=1)["email"].str.endswith("@example.org").all()
+
+
+def test_a_country_gets_the_names_of_the_locale_that_was_named() -> None:
+    df = table(["India", "GB"])
+    asked = {"gender": "sex", "country": "land", "detect": False, "generate": ["firstname"]}
+    usual = vantrel.sample(vantrel.fit(df, locales={"IN": "hi_IN"}, **asked), 200, seed=1)
+    indian = usual["land"] == "India"
+    assert not usual.loc[indian, "firstname"].map(str.isascii).any()
+    english = vantrel.sample(vantrel.fit(df, locales={"IN": "en_IN"}, **asked), 200, seed=1)
+    assert english["firstname"].map(str.isascii).all()
+    with pytest.raises(vantrel.UnknownPlaceError):
+        vantrel.fit(df, locales={"Indja": "en_IN"}, **asked)

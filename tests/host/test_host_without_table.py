@@ -90,7 +90,7 @@ TESTS = """
 def test_the_fixture_gives_a_test_the_same_people_in_each_run(pytester: pytest.Pytester) -> None:
     pytester.makepyfile(TESTS)
     runs = [
-        pytester.runpytest_subprocess("-p", "vantrel.pytest_plugin", "-rP", "-n0")
+        pytester.runpytest_subprocess("-rP")
         for _ in range(2)
     ]
     for run in runs:

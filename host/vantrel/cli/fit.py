@@ -21,6 +21,16 @@ from vantrel.hints import named
 from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
 
 
+def _by_country(
+    _context: click.Context, _option: click.Parameter, values: tuple[str, ...]
+) -> tuple[str, ...] | dict[str, str]:
+    """Gives locales as they are, or by country where they are written so."""
+    pairs = [value.partition("=") for value in values if "=" in value]
+    if pairs and len(pairs) < len(values):
+        raise click.BadParameter("Some are locales and some of a country: write COUNTRY=LOCALE.")
+    return {country: locale for country, _, locale in pairs} if pairs else values
+
+
 @click.command(cls=TerseCommand)
 @click.argument("table", type=click.Path(path_type=Path))
 @path_option("-o", "--output", metavar="MODEL.json", required=True, help="The model file to write.")
@@ -43,7 +53,9 @@ from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
     "locales",
     multiple=True,
     metavar="LOCALE",
-    help="Where the people are from if no column says so; may be repeated. [default: en_GB]",
+    callback=_by_country,
+    help="Where the people are from if no column says so; may be repeated. [default: en_GB] Or the"
+    " locale of a country of the column, as in India=en_IN.",
 )
 @path_option(
     "--config",
@@ -84,7 +96,7 @@ def fit(
     ignore: tuple[str, ...],
     no_detect: bool,
     generate: list[str],
-    locales: tuple[str, ...],
+    locales: tuple[str, ...] | dict[str, str],
     config_file: Path | None,
     separator: str | None,
     encoding: str | None,

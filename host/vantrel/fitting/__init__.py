@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import logging
-from collections.abc import Collection, Iterable, Sequence
+from collections.abc import Collection, Iterable, Mapping, Sequence
 from dataclasses import dataclass
 from typing import Any, Protocol, Unpack, runtime_checkable
 
@@ -80,7 +80,7 @@ class FitKeywords(PersonColumns, total=False):
     """What :func:`fit` takes by name."""
 
     generate: Iterable[str]
-    locales: Sequence[str] | None
+    locales: Sequence[str] | Mapping[str, str] | None
     config: PersonModelConfig | None
     ignore: Collection[str]
     detect: bool
@@ -94,7 +94,7 @@ def fit(
     df: Any,
     *,
     generate: Iterable[str] = (),
-    locales: Sequence[str] | None = None,
+    locales: Sequence[str] | Mapping[str, str] | None = None,
     config: PersonModelConfig | None = None,
     ignore: Collection[str] = (),
     detect: bool = True,
@@ -116,7 +116,8 @@ def fit(
         generate: Attributes that the table does not have but samples shall, in columns of the
             attributes' names.
         locales: Where the people are from if there is no column of countries, as locales of Faker
-            or as countries; one is drawn for each person. British if None.
+            or as countries; one is drawn for each person. British if None. Or, where there is such a
+            column, the locales whose names people of some countries get: ``{"India": "en_IN"}``.
         config: Patterns of genders and titles, formats of phone numbers, lengths of passwords.
         ignore: Columns that are not to be found.
         detect: Whether columns are found beside those that are named.
@@ -150,9 +151,12 @@ def fit(
         BorrowedNamesWarning: Faker has no names of some countries or locales.
     """
     named: dict[str, Any] = dict(columns)
+    of_countries = locales if isinstance(locales, Mapping) else {}
+    locales = None if isinstance(locales, Mapping) else locales
     generated = check_request(named, generate, ignore, locales, detect=detect)
     check_min_count(min_count)
-    ways = check_ways(email_domain, phone_numbers)
+    refuse_unknown([*of_countries, *of_countries.values()])
+    ways = check_ways(email_domain, phone_numbers, of_countries)
     refuse_unknown(locales or ())
     with showing_values(show_values):
         model = _fitted(

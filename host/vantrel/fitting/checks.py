@@ -118,10 +118,13 @@ def check_min_count(min_count: int) -> None:
         raise ArgumentError(f"'min_count' is an integer from 1 on, not {min_count!r}.")
 
 
-def check_ways(email_domain: object, phone_numbers: object) -> Ways:
+def check_ways(
+    email_domain: object, phone_numbers: object, locales: Mapping[str, str]
+) -> Ways:
     """Gives how people are reached, and refuses what is no domain and no kind of numbers."""
     try:
-        return msgspec.convert({"email_domain": email_domain, "phone_numbers": phone_numbers}, Ways)
+        form = {"email_domain": email_domain, "phone_numbers": phone_numbers}
+        return msgspec.convert(form | {"locales": dict(locales)}, Ways)
     except msgspec.ValidationError:
         pass
     if phone_numbers not in ("fiction", "valid"):

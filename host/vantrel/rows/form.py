@@ -7,6 +7,8 @@ from typing import Annotated, Literal
 
 from msgspec import Meta, Struct
 
+from vantrel.util.locale.locale import refuse_unknown
+
 DEFAULT_MIN_COUNT = 5
 
 # So that a file stays within the size that a model may have.
@@ -39,6 +41,7 @@ class Ways(Struct, forbid_unknown_fields=True, frozen=True):
             a name that is kept for examples, "as-made" for those that Faker makes.
         phone_numbers: "fiction" for numbers that regulators keep for it, and valid ones in
             countries without such; "valid" for valid ones everywhere.
+        locales: The locales of Faker whose names the people of some countries get.
     """
 
     email_domain: Annotated[
@@ -46,6 +49,10 @@ class Ways(Struct, forbid_unknown_fields=True, frozen=True):
         Meta(max_length=253, pattern=rf"^(reserved|as-made|{_HTML_LABEL}(\.{_HTML_LABEL})+)$"),
     ] = RESERVED
     phone_numbers: Literal["fiction", "valid"] = "fiction"
+    locales: dict[str, str] = {}
+
+    def __post_init__(self) -> None:
+        refuse_unknown([*self.locales, *self.locales.values()])
 
 
 class LeftOut(Struct, forbid_unknown_fields=True, frozen=True):

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Sequence
+from collections.abc import Mapping, Sequence
 from typing import Any
 
 import msgspec
@@ -60,8 +60,8 @@ class RealRows:
         self._rows = rows
         self._keys = _keys(rows.gender, model, "gender")
         self._title_keys = _keys(rows.title, model, "title")
-        self._places = _Places(model, rows)
         self._ways: Ways = model.meta.ways or Ways()
+        self._places = _Places(model, rows, self._ways.locales)
         self._accounts = Names(self._places.languages, self._places.plain)
         self._numbers = {
             attribute: Numbers(
@@ -145,7 +145,7 @@ class _Places:
         regions: The two-letter code of each place's country.
     """
 
-    def __init__(self, model: PersonModel, rows: Rows) -> None:
+    def __init__(self, model: PersonModel, rows: Rows, locales: Mapping[str, str]) -> None:
         known = list(model.locales or ())
         weights = [1.0] * len(known)
         self._of_country = np.full(len(rows.country), ANY)
@@ -158,10 +158,13 @@ class _Places:
         if not sum(weights):  # of given countries no row was seen
             known, weights = known or [model.default_locale], [1.0] * (len(known) or 1)
         self._weights = np.array(weights) / sum(weights)
+        own = {recognise_known(place): locale for place, locale in locales.items()}
+        named = [own.get(recognise_known(place), place) for place in known]
         with told_before():
-            plain = get_country_to_provder_map(known, Provider.PERSON)
-        self.plain = [plain[place] for place in known]
-        self.languages = [locale_of(place)[0].partition("_")[0] for place in known]
+            made = get_country_to_provder_map(named, Provider.PERSON)
+        plain = {place: made[name] for place, name in zip(known, named, strict=True)}
+        self.plain = list(plain.values())
+        self.languages = [locale_of(name)[0].partition("_")[0] for name in named]
         self.regions = [_region(place) for place in known]
         self._orders = [order_of_names(faker) for faker in self.plain]
         self.fakers = {}

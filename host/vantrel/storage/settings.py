@@ -21,6 +21,8 @@ _MOST_BYTES = 2**18
 _MOST_CHARACTERS = 1_000
 _MOST_PARTS = 1_000
 
+_WAYS = ("email_domain", "phone_numbers")
+
 
 class Loaded(NamedTuple):
     """What a file of settings sets."""
@@ -76,7 +78,7 @@ def _parsed(text: str) -> dict[str, Any]:
 
 
 def _config(settings: dict[str, Any]) -> Loaded:
-    known = (*Settings.__struct_fields__, *Ways.__struct_fields__)
+    known = (*Settings.__struct_fields__, *_WAYS)
     for name, value in settings.items():
         if name not in known:
             hint = did_you_mean(name, known, most=3)
@@ -85,7 +87,7 @@ def _config(settings: dict[str, Any]) -> Loaded:
             )
         if name.endswith("_regex") and isinstance(value, str):
             _check_pattern(name, value)
-    ways = {name: settings.pop(name) for name in Ways.__struct_fields__ if name in settings}
+    ways = {name: settings.pop(name) for name in _WAYS if name in settings}
     msgspec.convert(ways, Ways)
     found = msgspec.to_builtins(msgspec.convert(settings, Settings))
     genders = found.get("genders", ["F"])
