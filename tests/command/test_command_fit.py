@@ -136,7 +136,12 @@ def test_an_encoding_is_named() -> None:
 
 def test_the_table_comes_from_standard_input() -> None:
     content = gzip.compress(b"sex;land\nm;GB\n;\n")
-    subprocess.run(command_line("fit - -o m.json --min-count 1"), input=content, check=True, capture_output=True)
+    subprocess.run(
+        command_line("fit - -o m.json --min-count 1"),
+        input=content,
+        check=True,
+        capture_output=True,
+    )
     assert load(Path("m.json")).hidden_model_gender.meta.nan_freq == 0.5
 
 

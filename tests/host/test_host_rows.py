@@ -23,7 +23,9 @@ BOUND = 4.9
 def real_table(rows: int = ROWS) -> pd.DataFrame:
     """A table in which titles, genders, spellings, countries and gaps depend on each other."""
     rng = np.random.default_rng(5)
-    land = rng.choice(["DE", "FR", "GB", "Scotland or Wales", None], rows, p=[0.4, 0.3, 0.1, 0.1, 0.1])
+    land = rng.choice(
+        ["DE", "FR", "GB", "Scotland or Wales", None], rows, p=[0.4, 0.3, 0.1, 0.1, 0.1]
+    )
     is_woman = rng.random(rows) < np.where(land == "DE", 0.8, 0.3)
     short = land == "FR"
     sex = np.where(is_woman, np.where(short, "F", "female"), np.where(short, "M", "male"))
@@ -31,14 +33,22 @@ def real_table(rows: int = ROWS) -> pd.DataFrame:
     sex = np.where(rng.random(rows) < 0.1, None, sex)
     title = np.where(is_woman, np.where(short, "Mme", "Mrs"), np.where(short, "M.", "Mr"))
     title = np.where(rng.random(rows) < 0.02, "Dr", title)
-    df = pd.DataFrame({"sex": sex, "title": title, "land": land, "surname": "x", "mail": "a@b.example"})
+    df = pd.DataFrame(
+        {"sex": sex, "title": title, "land": land, "surname": "x", "mail": "a@b.example"}
+    )
     df.loc[rng.random(rows) < 0.2, ["surname", "mail"]] = None
     df.loc[rng.random(rows) < 0.05] = None
     return df
 
 
 def fitted(df: pd.DataFrame, **asked: object) -> vantrel.model.models.person.PersonModel:
-    columns = {"gender": "sex", "title": "title", "country": "land", "lastname": "surname", "email": "mail"}
+    columns = {
+        "gender": "sex",
+        "title": "title",
+        "country": "land",
+        "lastname": "surname",
+        "email": "mail",
+    }
     there = {attribute: column for attribute, column in columns.items() if column in df}
     return vantrel.fit(df, detect=False, **there, **asked)
 
@@ -55,9 +65,7 @@ def sampled(real: pd.DataFrame) -> pd.DataFrame:
 
 def excess(real: pd.DataFrame, sampled: pd.DataFrame, columns: list[str]) -> float:
     """By how many standard deviations the chi-squared distance of joint counts is beyond its mean."""
-    one, other = (
-        df[columns].fillna("-").value_counts() for df in (real, sampled)
-    )
+    one, other = (df[columns].fillna("-").value_counts() for df in (real, sampled))
     one, other = one.align(other, fill_value=0)
     chi = float(((one - other) ** 2 / (one + other)).sum())
     free = len(one) - 1
@@ -72,7 +80,9 @@ def test_what_stands_together_does_so_as_often(
     real: pd.DataFrame, sampled: pd.DataFrame, columns: list[str]
 ) -> None:
     assert excess(real, sampled, columns) < BOUND
-    shuffled = sampled.assign(**{columns[0]: sampled[columns[0]].sample(frac=1, random_state=1).array})
+    shuffled = sampled.assign(
+        **{columns[0]: sampled[columns[0]].sample(frac=1, random_state=1).array}
+    )
     assert excess(real, shuffled, columns) > 10 * BOUND
 
 
@@ -159,14 +169,20 @@ def test_too_many_combinations_become_coarser(
     monkeypatch.setattr(learning, "MOST_COMBINATIONS", 10)
     model = fitted(real)
     assert len(model.meta.rows.combinations) == 11
-    assert any(note.startswith("There are more than 20,000 combinations") for note in model.meta.notes)
+    assert any(
+        note.startswith("There are more than 20,000 combinations") for note in model.meta.notes
+    )
     people = vantrel.sample(model, ROWS, seed=1)
     assert excess(real, people, ["land"]) < BOUND
 
 
 def test_conditions_that_are_missing_or_unknown_stand_for_themselves(real: pd.DataFrame) -> None:
     given = pd.DataFrame(
-        {"sex": ["F", None, "zz", "Female"], "land": ["FR", "SE", None, "Atlantis"], "id": [7, 8, 9, 10]},
+        {
+            "sex": ["F", None, "zz", "Female"],
+            "land": ["FR", "SE", None, "Atlantis"],
+            "id": [7, 8, 9, 10],
+        },
         index=list("abcd"),
     )
     people = vantrel.sample(fitted(real), conditions=given, seed=1)
@@ -203,7 +219,9 @@ def test_min_count_is_a_number_of_rows(real: pd.DataFrame, min_count: object) ->
     assert str(caught.value) == f"'min_count' is an integer from 1 on, not {min_count!r}."
 
 
-def test_counts_of_a_file_and_of_a_frame_give_the_same_model(real: pd.DataFrame, tmp_path: Path) -> None:
+def test_counts_of_a_file_and_of_a_frame_give_the_same_model(
+    real: pd.DataFrame, tmp_path: Path
+) -> None:
     real.to_csv(tmp_path / "t.csv", index=False)
     from vantrel.tables import open_table
 

@@ -17,9 +17,7 @@ pytest_plugins = ["pytester"]
 
 
 def test_shares_are_those_that_were_given() -> None:
-    people = vantrel.people(
-        20_000, countries={"DE": 3, "GB": 1}, genders={"F": 1, "M": 3}, seed=1
-    )
+    people = vantrel.people(20_000, countries={"DE": 3, "GB": 1}, genders={"F": 1, "M": 3}, seed=1)
     assert list(people) == list(ATTRIBUTES)
     assert people["country"].value_counts(normalize=True)["DE"] == pytest.approx(0.75, abs=0.02)
     assert people["gender"].value_counts(normalize=True)["F"] == pytest.approx(0.25, abs=0.02)
@@ -45,7 +43,11 @@ def test_columns_come_in_their_order() -> None:
     [
         ({"countries": {"Grmany": 1}}, UnknownPlaceError, "'Grmany' is neither a country nor"),
         ({"countries": "DE"}, ArgumentTypeError, "'countries' is a list of countries: write"),
-        ({"countries": {"DE": -1}}, ArgumentError, "The share of 'DE' is a number from 0 on, not -1."),
+        (
+            {"countries": {"DE": -1}},
+            ArgumentError,
+            "The share of 'DE' is a number from 0 on, not -1.",
+        ),
         (
             {"countries": {"DE": 0}},
             ArgumentError,
@@ -89,10 +91,7 @@ TESTS = """
 
 def test_the_fixture_gives_a_test_the_same_people_in_each_run(pytester: pytest.Pytester) -> None:
     pytester.makepyfile(TESTS)
-    runs = [
-        pytester.runpytest_subprocess("-rP")
-        for _ in range(2)
-    ]
+    runs = [pytester.runpytest_subprocess("-rP") for _ in range(2)]
     for run in runs:
         run.assert_outcomes(passed=2, failed=1)
     shown = [[line for line in run.outlines if ",DE" in line] for run in runs]

@@ -2,8 +2,9 @@
 
 from __future__ import annotations
 
-from collections.abc import Sequence
+from collections.abc import Iterator, Sequence
 from pathlib import Path
+from typing import TYPE_CHECKING
 
 import click
 
@@ -12,6 +13,9 @@ from vantrel.cli.options import force_option, list_option, path_option
 from vantrel.hints import named
 from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
 from vantrel.wording import counted
+
+if TYPE_CHECKING:
+    import pandas as pd
 
 
 def _by_share(
@@ -55,7 +59,10 @@ def _by_share(
     help="Makes the people reproducible. Without one, a seed is drawn and told.",
 )
 @path_option(
-    "-o", "--output", metavar="PEOPLE", help="The table to write. [default: standard output, as CSV]"
+    "-o",
+    "--output",
+    metavar="PEOPLE",
+    help="The table to write. [default: standard output, as CSV]",
 )
 @force_option
 def people(
@@ -88,7 +95,7 @@ def people(
     plan, _ = plan_sample(model, n, None, seed=seed, unique=(), strict=False)
     with progress(n) as further:
 
-        def told():  # type: ignore[no-untyped-def]  # frames, one after the other
+        def told() -> Iterator[pd.DataFrame]:
             for frame in sample_blocks(model, plan):
                 yield frame[wanted]
                 further(len(frame))

@@ -69,8 +69,8 @@ _IN_THIS_PROCESS = ("conditions", "separator", "encoding", "csv_safe", "show_val
 @click.option(
     "--exact",
     is_flag=True,
-    help="Make the rows of the bare model: titles and spellings drawn evenly, and blank rows where a"
-    " gender is missing.",
+    help="Make the rows of the bare model: titles and spellings drawn evenly, and blank rows where"
+    " a gender is missing.",
 )
 @click.option(
     "--csv-safe",

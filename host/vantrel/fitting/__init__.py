@@ -21,8 +21,8 @@ from vantrel.fitting.checks import (
     check_config,
     check_kept,
     check_min_count,
-    check_ways,
     check_request,
+    check_ways,
     hidden_values,
     make_person,
     refuse_nothing,
@@ -116,8 +116,8 @@ def fit(
         generate: Attributes that the table does not have but samples shall, in columns of the
             attributes' names.
         locales: Where the people are from if there is no column of countries, as locales of Faker
-            or as countries; one is drawn for each person. British if None. Or, where there is such a
-            column, the locales whose names people of some countries get: ``{"India": "en_IN"}``.
+            or as countries; one is drawn for each person. British if None. Or, where there is such
+            a column, the locales whose names people of some countries get: ``{"India": "en_IN"}``.
         config: Patterns of genders and titles, formats of phone numbers, lengths of passwords.
         ignore: Columns that are not to be found.
         detect: Whether columns are found beside those that are named.

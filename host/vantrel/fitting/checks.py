@@ -118,9 +118,7 @@ def check_min_count(min_count: int) -> None:
         raise ArgumentError(f"'min_count' is an integer from 1 on, not {min_count!r}.")
 
 
-def check_ways(
-    email_domain: object, phone_numbers: object, locales: Mapping[str, str]
-) -> Ways:
+def check_ways(email_domain: object, phone_numbers: object, locales: Mapping[str, str]) -> Ways:
     """Gives how people are reached, and refuses what is no domain and no kind of numbers."""
     try:
         form = {"email_domain": email_domain, "phone_numbers": phone_numbers}

@@ -143,7 +143,9 @@ def _unclear(model: PersonModel, counts: TableCounts, attribute: str) -> dict[An
     known = understood(learnt_by_gender(model, attribute))
     kept = set(getattr(model.meta.rows, attribute)) - known
     values = counts.values[model.params[attribute]]
-    return {value: rows for value, rows in values.items() if value is not None and str(value) in kept}
+    return {
+        value: rows for value, rows in values.items() if value is not None and str(value) in kept
+    }
 
 
 def _not_understood(column: str, what: str, unclear: Mapping[Any, int], counts: TableCounts) -> str:

@@ -38,7 +38,11 @@ class Figures:
 
 
 def compare_labelled(
-    real: LabelledTable, sampled: LabelledTable, *, has_conditions: bool = False, is_bare: bool = True
+    real: LabelledTable,
+    sampled: LabelledTable,
+    *,
+    has_conditions: bool = False,
+    is_bare: bool = True,
 ) -> Figures:
     """Compares a real table with a sample of it.
 

@@ -1,7 +1,17 @@
-"""The rows that a table has: which genders, titles, countries and gaps stand together, and how often."""
+"""The rows of a table: which genders, titles, countries and gaps stand together, and how often."""
 
 from vantrel.rows.drawing import DrawnRows, draw_rows
 from vantrel.rows.form import ANY, DEFAULT_MIN_COUNT, PARTS, RESERVED, Rows, Ways
 from vantrel.rows.learning import learn_rows
 
-__all__ = ["ANY", "DEFAULT_MIN_COUNT", "PARTS", "RESERVED", "DrawnRows", "Rows", "Ways", "draw_rows", "learn_rows"]
+__all__ = [
+    "ANY",
+    "DEFAULT_MIN_COUNT",
+    "PARTS",
+    "RESERVED",
+    "DrawnRows",
+    "Rows",
+    "Ways",
+    "draw_rows",
+    "learn_rows",
+]

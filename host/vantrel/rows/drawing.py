@@ -103,7 +103,10 @@ def _agreement(
     """How likely each combination has a value at a place of one of its parts."""
     own = table[:, PARTS.index(part)]
     counts = getattr(rows, f"any_{part}")
-    return np.where(own == ANY, counts[place] / sum(counts), own == place)
+    agreement: np.ndarray[Any, np.dtype[np.float64]] = np.where(
+        own == ANY, counts[place] / sum(counts), own == place
+    )
+    return agreement
 
 
 def _choice(weights: Any, n: int, rng: np.random.Generator) -> Places:

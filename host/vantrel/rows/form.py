@@ -108,7 +108,7 @@ class Rows(Struct, forbid_unknown_fields=True, frozen=True, kw_only=True):
     def __post_init__(self) -> None:
         for attribute, counts in self._counts():
             values = getattr(self, attribute)
-            if len(counts) != len(values) or not 0 < sum(counts):
+            if len(counts) != len(values) or sum(counts) <= 0:
                 raise ValueError(
                     f"Of {len(values)} values of {attribute!r} there are {len(counts)} counts, or"
                     " none of them is above 0"

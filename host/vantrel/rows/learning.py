@@ -64,7 +64,9 @@ def learn_rows(
         min_count: The fewest rows of what is kept.
     """
     whole = _by_parts(counts, meta)
-    common, hidden, left_out = {}, {}, {}
+    common: dict[str, dict[Any, int]] = {}
+    hidden: dict[str, set[Any]] = {}
+    left_out: dict[str, LeftOut] = {}
     for place, attribute in enumerate(LEARNT):
         common[attribute] = totals = _totals(whole, place)
         rare = _rare(attribute, totals, config, min_count)
@@ -84,7 +86,7 @@ def learn_rows(
 def _by_parts(counts: TableCounts, meta: Person) -> dict[_Cells, int]:
     """Sorts what was counted by the parts of a combination; values become texts."""
     places = {column: place for place, column in enumerate(counts.columns)}
-    of_parts = [places.get(meta.params.get(attribute, ""), None) for attribute in LEARNT]
+    of_parts = [places.get(meta.params.get(attribute, "")) for attribute in LEARNT]
     others = [
         (1 << bit, column)
         for bit, column in enumerate(counts.labelled)
@@ -134,9 +136,7 @@ def _common_spellings(
     for value in sorted(set(common) & set(keys), key=lambda value: common[value]):
         usual[keys[value]] = value
     return {
-        value: usual[key]
-        for value, key in keys.items()
-        if value not in common and key in usual
+        value: usual[key] for value, key in keys.items() if value not in common and key in usual
     }
 
 

@@ -1,4 +1,4 @@
-"""Turns e-mail addresses and user names into such as every system takes, and that belong to nobody."""
+"""Makes e-mail addresses and user names such as every system takes, and that belong to nobody."""
 
 from __future__ import annotations
 
@@ -121,7 +121,8 @@ def _without_domains(lines: bytes, *, keep_label: bool) -> bytes:
     change = np.zeros(len(signs) + 1, dtype=np.int8)
     change[starts] += 1
     change[ends] -= 1  # where both are one place, nothing changes
-    return signs[np.cumsum(change[:-1], dtype=np.int8) == 0].tobytes()
+    left: bytes = signs[np.cumsum(change[:-1], dtype=np.int8) == 0].tobytes()
+    return left
 
 
 def _readings(faker: Faker) -> dict[str, str]:

@@ -42,7 +42,8 @@ _FICTION: dict[str, dict[str, list[str]]] = {
     "FR": {
         "mobile": ["06 39 98 xx xx"],
         "fixed": [
-            f"{start} xx xx" for start in ("01 99 00", "02 61 91", "03 53 01", "04 65 71", "05 36 49")
+            f"{start} xx xx"
+            for start in ("01 99 00", "02 61 91", "03 53 01", "04 65 71", "05 36 49")
         ],
     },
     # Bundesnetzagentur, "Rufnummern für Medienproduktionen"
@@ -89,7 +90,9 @@ class Numbers:
         self._start = np.cumsum(self._count) - self._count
         # Each ends with a line break, behind what is filled up.
         width = max(map(len, chain.from_iterable(of_places)), default=0) + 1
-        texts = b"".join(each.encode().ljust(width - 1, b"\0") + b"\n" for each in chain(*of_places))
+        texts = b"".join(
+            each.encode().ljust(width - 1, b"\0") + b"\n" for each in chain(*of_places)
+        )
         self._formats = np.frombuffer(texts, dtype=np.uint8).reshape(-1, width)
 
     def made(self, places: Any, rng: np.random.Generator, like: pd.Series) -> pd.Series:

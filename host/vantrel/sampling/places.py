@@ -43,8 +43,9 @@ def refuse_unknown_countries(model: PersonModel) -> None:
     """Refuses a model that has learnt countries that are none; they are told of by their number."""
     countries = [] if model.meta.rows is None else filter(None, model.meta.rows.country)
     if unknown := unknown_places(countries):
+        values = counted(len(unknown), "value")
         raise SamplingError(
-            f"Column {model.labels.country!r} of the fitted table has {counted(len(unknown), 'value')}"
+            f"Column {model.labels.country!r} of the fitted table has {values}"
             f" that {'is' if len(unknown) == 1 else 'are'} neither a country nor a locale: leave"
             f" {argument('strict')} out to give these people names from the other countries."
         )

@@ -1,4 +1,4 @@
-"""Makes rows as real rows are: combinations as frequent as learnt ones, and people who agree with them."""
+"""Makes rows as real rows are: combinations as frequent, and people who agree with them."""
 
 from __future__ import annotations
 
@@ -8,12 +8,13 @@ from typing import Any
 import msgspec
 import numpy as np
 import pandas as pd
+from faker import Faker
 
+from vantrel.config import PersonModelConfig
 from vantrel.errors import SamplingError, raised_by_model
 from vantrel.genders import AMBIGUOUS, KEYS, keys_of
 from vantrel.model.models.histogram import Drawn
 from vantrel.model.models.person import PersonModel
-from vantrel.config import PersonModelConfig
 from vantrel.rows import ANY, DrawnRows, Rows, Ways, draw_rows
 from vantrel.rows.drawing import Places
 from vantrel.sampling.addresses import Names
@@ -54,8 +55,9 @@ class RealRows:
         rows: Rows = model.meta.rows
         labels = model.labels
         self._given: dict[str, Places] = {}
-        for part in ("gender", "country") if conditions is not None else ():
-            if (column := getattr(labels, part)) in conditions:
+        for part in ("gender", "country"):
+            column = getattr(labels, part)
+            if conditions is not None and column in conditions:
                 rows, self._given[part] = _with_values(rows, part, conditions[column], model)
         self._rows = rows
         self._keys = _keys(rows.gender, model, "gender")
@@ -103,7 +105,9 @@ class RealRows:
 
     def _finish(self, people: pd.DataFrame, places: Places, rng: np.random.Generator) -> None:
         """Rewrites what must suit the place of each row."""
-        people["fullname"] = self._places.full_names(people["firstname"], people["lastname"], places)
+        people["fullname"] = self._places.full_names(
+            people["firstname"], people["lastname"], places
+        )
         for attribute, domain in (("username", None), ("email", self._ways.email_domain)):
             if attribute in self._model.params:
                 people[attribute] = self._accounts.accounts(people[attribute], places, domain)
@@ -151,7 +155,7 @@ class _Places:
         self._of_country = np.full(len(rows.country), ANY)
         if model.labels.country:
             unknown = {None, *unknown_places(each for each in rows.country if each is not None)}
-            known = [country for country in rows.country if country not in unknown]
+            known = [each for each in rows.country if each is not None and each not in unknown]
             for place, country in enumerate(known):
                 self._of_country[rows.country.index(country)] = place
             weights = [_rows_of(rows, rows.country.index(country)) for country in known]
@@ -167,12 +171,14 @@ class _Places:
         self.languages = [locale_of(name)[0].partition("_")[0] for name in named]
         self.regions = [_region(place) for place in known]
         self._orders = [order_of_names(faker) for faker in self.plain]
-        self.fakers = {}
+        self.fakers: dict[str, Faker] = {}
         # By place and key the number of what makes the names.
         self._variants = np.zeros((len(known), len(_KEYS)), dtype=np.int64)
         self._is_gendered = np.array([has_gendered_last_names(plain[each]) for each in known])
         for place, country in enumerate(known):
-            ways = [gendered(plain[country], key) for key in "FM"] if self._is_gendered[place] else []
+            ways = (
+                [gendered(plain[country], key) for key in "FM"] if self._is_gendered[place] else []
+            )
             self._variants[place] = len(self.fakers)
             self.fakers[country] = plain[country]
             for key, way in zip("FM", ways, strict=False):
@@ -218,7 +224,7 @@ def _region(place: str) -> str:
 def _has_usual_format(model: PersonModel, attribute: str) -> bool:
     """Whether nobody has set a format, which is that of all countries then."""
     name = f"{attribute}_format"
-    return getattr(model.config, name) == getattr(PersonModelConfig(), name)
+    return bool(getattr(model.config, name) == getattr(PersonModelConfig(), name))
 
 
 def _rows_of(rows: Rows, place: int) -> float:

@@ -85,7 +85,9 @@ def sample(
 def _beside(conditions: pd.DataFrame, people: pd.DataFrame) -> pd.DataFrame:
     """Gives people the index of their conditions, and the columns that these have more."""
     people = people.set_index(conditions.index)
-    return pd.concat([people, conditions[[name for name in conditions if name not in people]]], axis="columns")
+    return pd.concat(
+        [people, conditions[[name for name in conditions if name not in people]]], axis="columns"
+    )
 
 
 def plan_sample(

@@ -26,10 +26,10 @@ def sample(
 ) -> dd.DataFrame:
     """Samples people as a Dask frame, which is computed where and when Dask is told to.
 
-    The same model, ``n``, ``seed``, ``block_rows``, ``unique`` and ``exact`` give the same rows for any number
-    of partitions, on any scheduler, and also when a worker is lost and its partitions are made
-    again. With the usual ``block_rows`` they are the rows of :func:`vantrel.sample`, which takes
-    the same arguments and raises the same errors.
+    The same model, ``n``, ``seed``, ``block_rows``, ``unique`` and ``exact`` give the same rows for
+    any number of partitions, on any scheduler, and also when a worker is lost and its partitions
+    are made again. With the usual ``block_rows`` they are the rows of :func:`vantrel.sample`, which
+    takes the same arguments and raises the same errors.
 
     Args:
         model: A fitted model. It is sent as the text of its file and stays as it is.

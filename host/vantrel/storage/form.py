@@ -168,10 +168,15 @@ class ModelFile(_Form):
         if self.rows is None:
             return
         if len(self.rows.country) > MOST_PLACES:
-            raise ValueError(f"There are {len(self.rows.country):,} places, more than {MOST_PLACES:,}")
+            raise ValueError(
+                f"There are {len(self.rows.country):,} places, more than {MOST_PLACES:,}"
+            )
         labels = self.model.meta.labels
         made_up = {getattr(labels, name) for name in ATTRIBUTES if name not in LEARNT}
-        with_gaps = {*self.rows.gaps_apart, *(name for each in self.rows.gaps for name in each or ())}
+        with_gaps = {
+            *self.rows.gaps_apart,
+            *(name for each in self.rows.gaps for name in each or ()),
+        }
         if not with_gaps <= made_up:
             raise ValueError("There are gaps in columns that are not labelled")
         for attribute in LEARNT:

@@ -48,7 +48,9 @@ class TableCounts:
         if not self.labelled:
             return 0
         all_gaps = (1 << len(self.labelled)) - 1
-        return sum(found.rows for (*_, gaps), found in self.combinations.items() if gaps == all_gaps)
+        return sum(
+            found.rows for (*_, gaps), found in self.combinations.items() if gaps == all_gaps
+        )
 
     @cached_property
     def values(self) -> dict[str, dict[Any, int]]:
