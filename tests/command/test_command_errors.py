@@ -8,7 +8,7 @@ import pytest
 import vantrel
 from support.command import fail, run, succeed
 
-FIT = "fit people.csv -o m.json"
+FIT = "fit people.csv --min-count 1 -o m.json"
 
 
 def raising(error: Exception) -> object:
@@ -76,7 +76,7 @@ def test_patterns_of_somebody_else_are_taken_if_they_are_allowed() -> None:
 def test_the_library_does_not_speak_of_options_nor_the_command_of_keywords(
     people: pd.DataFrame,
 ) -> None:
-    told = {fail("fit people.csv -o n.json --column gender=Sex", 1)}
+    told = {fail("fit people.csv --min-count 1 -o n.json --column gender=Sex", 1)}
     people.loc[0, "land"] = "Grmany"
     people.to_csv("people.csv", index=False)
     told.add(fail(f"{FIT} --show-values", 1))

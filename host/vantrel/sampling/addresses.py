@@ -26,6 +26,8 @@ _FEW_LETTERS = 60
 
 # What no account may have, and what takes its place: "Hans-J." has a dot of his own.
 _MENDED = ((b"..", b"."), (b".@", b"@"), (b"\n.", b"\n"), (b".\n", b"\n"), (b"\n@", b"\nnobody@"))
+# The signs that stand beside each other in all of these.
+_ENDS = np.isin(np.arange(256), [ord(sign) for sign in ".@\n"])
 # Labels of domains that begin or end with a hyphen, or have nothing between.
 _ODD_LABELS = (b"@-", b"@.", b"-.example\n")
 _LABEL = re.compile(rb"@-*([a-z0-9-]*[a-z0-9])?-*\.example\n")
@@ -103,10 +105,12 @@ def _with_domain(text: bytes, domain: str | None) -> bytes:
     elif domain not in (None, AS_MADE):
         lines = _without_domains(lines, keep_label=False).replace(b"\n", f"{domain}\n".encode())
     lines = b"\n" + lines
-    for odd, mended in _MENDED:
-        while odd in lines:
-            lines = lines.replace(odd, mended)
-    if any(odd in lines for odd in _ODD_LABELS):
+    is_end = _ENDS[np.frombuffer(lines, dtype=np.uint8)]
+    if (is_end[:-1] & is_end[1:]).any():  # quicker than to look for each of them
+        for odd, mended in _MENDED:
+            while odd in lines:
+                lines = lines.replace(odd, mended)
+    if domain == RESERVED and any(odd in lines for odd in _ODD_LABELS):
         lines = _LABEL.sub(rb"@\1.example\n", lines).replace(b"@.", b"@mail.")
     return lines[1:-1]
 
