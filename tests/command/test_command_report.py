@@ -305,7 +305,9 @@ def test_a_sample_that_is_safe_for_spreadsheets_is_compared_as_it_was_made() -> 
         'gender_male_regex = "^-m$"\ngender_female_regex = "^-f$"\n'
         'gender_non_binary_regex = "^\'x$"\n'
     )
-    succeed("fit people.csv --min-count 1 -o m.json --config c.toml --no-detect --column gender==sex")
+    succeed(
+        "fit people.csv --min-count 1 -o m.json --config c.toml --no-detect --column gender==sex"
+    )
     succeed("sample m.json -n 600 --seed 7 --csv-safe --allow-patterns -o made-up.csv")
     assert Path("made-up.csv").read_text().startswith('"\'=sex"')
     result = succeed(REPORT)

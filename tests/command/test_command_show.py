@@ -39,17 +39,17 @@ def test_all_that_is_learnt_is_shown() -> None:
     assert lines[1].startswith("Fitted with      ")
     assert all(f"{name} {number}" in lines[1] for name, number in versions.items())
     assert lines[2:] == [
-        "Without gender   20.0% of the rows, which are blank",
+        "Without gender   20.0% of the rows",
         "Without country  20.0% of the rows",
         "",
         "Columns",
         "Attribute      Column         In samples",
-        "gender         sex            learnt: drawn by its shares",
-        "title          t              learnt: drawn evenly from those of the row's gender",
+        "gender         sex            learnt: drawn with the other columns, as real rows have them",
+        "title          t              learnt: drawn with the other columns, as real rows have them",
         "lastname       last           made up by country",
         "password       password       8 to 16 random characters",
-        "mobile_number  mobile_number  07xxxxxxxx, each x a random digit",
-        "country        land           learnt: drawn by its shares",
+        "mobile_number  mobile_number  a number of the row's country",
+        "country        land           learnt: drawn with the other columns, as real rows have them",
         "",
         "Genders",
         "Key              Share  Values of 'sex'  Titles of 't'",
@@ -86,7 +86,7 @@ def test_settings_that_are_not_the_default() -> None:
 
 
 def test_values_that_are_not_understood_are_shown() -> None:
-    Path("people.csv").write_text("sex,t\nm,Mr\nf,X-files\nf,Firma\nnone,Mrs\n")
+    Path("people.csv").write_text("sex,t\n" + "m,Mr\nf,X-files\nf,Firma\nnone,Mrs\n" * 5)
     fit("--column title=t")
     lines = succeed("show m.json").stdout.partition("\nGenders\n")[2].splitlines()
     assert lines[:4] == [
@@ -101,7 +101,9 @@ def test_values_that_are_not_understood_are_shown() -> None:
 
 
 def test_all_that_a_model_file_keeps_of_columns_is_shown() -> None:
-    Path("people.csv").write_text("sex,t,land\nm,Mr,DE\nf,X-files,FR\nQuark,Dr,GB\n,Mx,AT\n")
+    Path("people.csv").write_text(
+        "sex,t,land\n" + "m,Mr,DE\nf,X-files,FR\nQuark,Dr,GB\n,Mx,AT\n" * 5
+    )
     fit("--column title=t")
     shown = succeed("show m.json").stdout
     children = json.loads(Path("m.json").read_text())["model"]["meta"]["children"]

@@ -6,11 +6,12 @@ import json
 from dataclasses import fields
 
 from vantrel.arguments import check_model
-from vantrel.attributes import ATTRIBUTES
+from vantrel.attributes import ATTRIBUTES, PHONES
 from vantrel.config import PersonModelConfig
 from vantrel.genders import KEYS, learnt_by_gender, understood
 from vantrel.model.models.person import PersonModel
 from vantrel.reporting.sections import Section, Sections
+from vantrel.sampling.phones import has_usual_format
 from vantrel.sampling.places import places_of
 from vantrel.util.locale.locale import locale_of
 from vantrel.wording import percent
@@ -39,7 +40,7 @@ def describe(model: PersonModel) -> Sections:
         Section("Genders", ("Key", "Share", *_sources(model)), _genders(model)),
         Section(places, ("Value", "Share", "Names of"), _places(model)),
     ]
-    if model.meta.rows is not None:
+    if model.meta.rows is not None and model.meta.rows.left_out:
         sections.append(Section("Left out as too rare", ("Column", "Values", "Rows"), _rare(model)))
     if changed := _changed_settings(model.config):
         sections.append(Section("Settings that are not the default", ("", ""), changed))
@@ -50,7 +51,8 @@ def describe(model: PersonModel) -> Sections:
 
 def _missing(model: PersonModel) -> _Rows:
     blank = model.hidden_model_gender.meta.nan_freq or 0.0
-    rows: _Rows = [("Without gender", f"{percent(blank)} of the rows, which are blank")]
+    are_blank = ", which are blank" if model.meta.rows is None else ""
+    rows: _Rows = [("Without gender", f"{percent(blank)} of the rows{are_blank}")]
     if country := model.labels.country:
         unknown = model.meta[country].nan_freq or 0.0
         rows.append(("Without country", f"{percent(unknown)} of the rows"))
@@ -62,12 +64,25 @@ def _columns(model: PersonModel) -> _Rows:
     rows: _Rows = []
     for attribute, column in model.params.items():
         made = ATTRIBUTES[attribute].made.format_map(settings)
-        if attribute == "gender" and any(
+        if model.meta.rows is not None:
+            made = _made_in_rows(model, attribute) or made
+        elif attribute == "gender" and any(
             len(ways) > 1 for ways in learnt_by_gender(model, "gender").values()
         ):
             made += ", the spellings of one gender evenly"
         rows.append((attribute, column, made))
     return rows
+
+
+def _made_in_rows(model: PersonModel, attribute: str) -> str:
+    """How a sample gets an attribute where that differs from what the bare model does."""
+    if ATTRIBUTES[attribute].is_learnt:
+        return "learnt: drawn with the other columns, as real rows have them"
+    if attribute in PHONES and has_usual_format(model, attribute):
+        return "a number of the row's country"
+    if attribute == "email":
+        return f"username and a domain ({model.meta.ways.email_domain})"
+    return ""
 
 
 def _sources(model: PersonModel) -> list[str]:
@@ -121,7 +136,7 @@ def _rare(model: PersonModel) -> _Rows:
     return [
         (model.params[attribute], f"{each.values:,}", f"{each.rows:,}")
         for attribute, each in model.meta.rows.left_out.items()
-    ] or [(_NONE, "0", "0")]
+    ]
 
 
 def _changed_settings(config: PersonModelConfig) -> _Rows:

@@ -17,6 +17,9 @@ import pandas as pd
 import phonenumbers
 from phonenumbers import PhoneMetadata, PhoneNumberFormat
 
+from vantrel.config import PersonModelConfig
+from vantrel.model.models.person import PersonModel
+
 # What regulators keep for plays and books, so that nobody is ever called.
 _NORTH_AMERICA = [  # of each area code, ten numbers times ten, by the North American Numbering Plan
     f"({area}) 555-01xx" for area in (202, 212, 213, 305, 312, 404, 415, 512, 602, 617, 702, 713)
@@ -108,6 +111,12 @@ class Numbers:
         made = like.to_numpy(dtype=object, copy=True)
         made[members] = texts
         return pd.Series(made, index=like.index, dtype=like.dtype)
+
+
+def has_usual_format(model: PersonModel, attribute: str) -> bool:
+    """Whether nobody has set a format, which is that of all countries then."""
+    name = f"{attribute}_format"
+    return bool(getattr(model.config, name) == getattr(PersonModelConfig(), name))
 
 
 @cache

@@ -10,7 +10,6 @@ import numpy as np
 import pandas as pd
 from faker import Faker
 
-from vantrel.config import PersonModelConfig
 from vantrel.errors import SamplingError, raised_by_model
 from vantrel.genders import AMBIGUOUS, KEYS, keys_of
 from vantrel.model.models.histogram import Drawn
@@ -25,7 +24,7 @@ from vantrel.sampling.names import (
     names_model,
     order_of_names,
 )
-from vantrel.sampling.phones import KIND, Numbers
+from vantrel.sampling.phones import KIND, Numbers, has_usual_format
 from vantrel.sampling.seeding import OwnSources
 from vantrel.util.locale.locale import (
     Provider,
@@ -70,7 +69,7 @@ class RealRows:
                 self._places.regions, kind, is_valid=self._ways.phone_numbers == "valid"
             )
             for attribute, kind in KIND.items()
-            if attribute in model.params and _has_usual_format(model, attribute)
+            if attribute in model.params and has_usual_format(model, attribute)
         }
         self._sources = OwnSources(names_model(model, self._places.fakers))
 
@@ -219,12 +218,6 @@ class _Places:
 def _region(place: str) -> str:
     found = recognise_known(place)
     return found.country or found.locale.partition("_")[2]
-
-
-def _has_usual_format(model: PersonModel, attribute: str) -> bool:
-    """Whether nobody has set a format, which is that of all countries then."""
-    name = f"{attribute}_format"
-    return bool(getattr(model.config, name) == getattr(PersonModelConfig(), name))
 
 
 def _rows_of(rows: Rows, place: int) -> float:
