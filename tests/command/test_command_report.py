@@ -128,11 +128,13 @@ def test_real_names_are_found_in_columns_that_are_named_otherwise() -> None:
 @pytest.mark.usefixtures("named")
 def test_real_names_are_found_beside_the_columns_of_a_record() -> None:
     succeed(
-        "fit people.csv --min-count 1 -o m.json --no-detect --column gender=sex --generate firstname,lastname"
+        "fit people.csv --min-count 1 -o m.json --no-detect --column gender=sex"
+        " --generate firstname,lastname"
     )
     succeed("sample m.json -n 20 --seed 7 -o made-up.csv --force")
     made = pd.read_csv("made-up.csv")
-    first, last = made.loc[0, ["firstname", "lastname"]]
+    plain = made[made["lastname"].str.isalpha()]  # a page writes an apostrophe in its own way
+    first, last = plain.iloc[0][["firstname", "lastname"]]
     Path("people.csv").write_text(f"sex,first_name,last_name\nm,{first},{last}\n")
     succeed(REPORT)
     html = Path("report.html").read_text(encoding="utf-8")

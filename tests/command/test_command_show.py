@@ -112,11 +112,11 @@ def test_all_that_a_model_file_keeps_of_columns_is_shown() -> None:
     assert all(re.search(rf"(?<!\w){value}(?!\w)", shown) for value in kept)
 
 
-def test_spellings_of_one_gender_are_told_to_be_drawn_evenly() -> None:
-    Path("people.csv").write_text("sex\nm\nM\nf\n")
-    fit("")
-    assert "learnt: drawn by its shares, the spellings of one gender evenly\n" in (
-        succeed("show m.json").stdout
+def test_what_is_too_rare_is_shown_by_its_number() -> None:
+    Path("people.csv").write_text("sex,t\n" + "m,Mr\nf,Ms\n" * 9 + "m,Sir\nm,Lord\nm,Sir\n")
+    succeed("fit people.csv -o m.json --force --column title=t")
+    assert succeed("show m.json").stdout.partition("\nLeft out as too rare\n")[2] == (
+        "Column  Values  Rows\nt       2       3\n"
     )
 
 
@@ -192,7 +192,7 @@ def test_in_a_terminal(width: int) -> None:
     if width == 200:
         assert re.sub(" +\n", "\n", plain) == succeed("show m.json").stdout
     else:
-        assert "learnt: drawn evenly from" in plain
+        assert "learnt: drawn with the" in plain
 
 
 def test_in_a_terminal_without_colours() -> None:
