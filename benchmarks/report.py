@@ -38,7 +38,8 @@ PARTS_HEADING = "What each generator costs"
 PARTS_NOTE = (
     "Measured while one sample of {rows:,} rows with given genders and countries is made; the"
     " countries are {countries}. The title's ambiguous draw is measured together with setting the"
-    " title's and the country's column. Timing the parts costs a little itself."
+    " title's and the country's column. A generator that is timed is not the class's own any more,"
+    " so that the frame is made column by column; only the last line has it in one piece."
 )
 
 

@@ -169,7 +169,7 @@ ASSOCIATED = [Association(["country", "gender"])]
 
 SAMPLING = [
     *[good(f"PersonModel.sample {how}", _sampling(n=rows), 10) for how, rows in LENGTHS.items()],
-    good("PersonModel.sample with options of its own", _sampling_with_new_options, 100),
+    good("PersonModel.sample with options of its own", _sampling_with_new_options, 10),
     good("PersonModel.sample of no rows", _sampling(n=0), 10),
     good("PersonModel.sample without blanks", _sampling(n=MANY, produce_nans=False), 10),
     good("PersonModel.sample with associations", _sampling(n=FEW, associations=ASSOCIATED), 10),

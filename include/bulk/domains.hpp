@@ -41,6 +41,9 @@ class Domains {
 
     Drawn draw(Source& source);
 
+    /// Whether drawing calls methods of Faker's.
+    [[nodiscard]] bool calls_methods() const;
+
     /// Leaves the tables as Faker would.
     void leave_as_drawn();
 
@@ -65,7 +68,7 @@ class Domains {
         std::vector<std::uint32_t> words;  ///< by the first piece's element, where that alone decides; else empty
     };
 
-    std::uint32_t draw_first_words(Mersenne& engine);
+    std::uint32_t draw_first_words(Source& source);
     std::uint32_t draw_whole_word(Source& source);
     std::uint32_t words_of_element(WordFormat& format, Table::Drawn element);
 

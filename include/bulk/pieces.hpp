@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "bulk/mersenne.hpp"
+#include "bulk/streams.hpp"
 #include "bulk/tables.hpp"
 
 namespace bulk {
@@ -24,14 +24,18 @@ struct Piece {
         acronym,  ///< two to four letters, in upper case
         digit,
         letter,
+        called,  ///< what a method of Faker's gives
     };
 
     Kind kind;
     std::string text;        ///< of a literal
     Table* table = nullptr;  ///< of an element
+    python::Ref method{};    ///< to be called
 
-    /// What the piece comes to this time; the view holds until the next draw into the same buffer.
-    std::string_view draw(Mersenne& source, std::string& buffer) const;
+    /// What the piece comes to this time; the view holds until the next draw into the same buffer. The source is taken
+    /// over, but not while a method is called, which may let signals and other threads in. Throws NoText where that
+    /// gives none.
+    std::string_view draw(Source& source, std::string& buffer) const;
 };
 
 using Format = std::vector<Piece>;

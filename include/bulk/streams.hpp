@@ -45,6 +45,9 @@ class Source {
         if (taken_over_) write();
     }
 
+    /// Hands back this source and all of its group.
+    void let_go();
+
     /// Lets pending signals be handled now and then, with the source handed back meanwhile. Call it once a row; a
     /// row's work is counted in draws.
     void breathe(std::size_t draws = 1);
@@ -88,6 +91,14 @@ class Sources {
     std::deque<Source> all_;
     std::size_t work_since_breath_ = 0;
 };
+
+inline void Source::let_go() {
+    if (group_ == nullptr) {
+        hand_back();
+    } else {
+        group_->hand_back();
+    }
+}
 
 inline void Source::breathe(std::size_t draws) {
     std::size_t& work = group_ == nullptr ? work_since_breath_ : group_->work_since_breath_;

@@ -30,6 +30,8 @@ class Table {
     Drawn draw(Mersenne& engine);
     Drawn draw(Source& source) { return draw(source.engine()); }
 
+    static bool calls_methods() { return false; }
+
     /// Keeps the keys with a weighted table that was drawn from, as Faker does at the first draw: it goes by them for
     /// as long as the table lives. A table that nothing was drawn from stays untouched.
     void leave_as_drawn();

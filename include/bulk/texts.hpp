@@ -86,6 +86,12 @@ bool is_visible_ascii(std::string_view text);
 /// `text.lower()`
 std::string lower_case(std::string_view text);
 
+/// A method that was to give a text did not.
+struct NoText {};
+
+/// The text that the method gives. Throws NoText where it fails, or gives no str of valid text without a NUL.
+python::Ref text_of_call(PyObject* method);
+
 /// The UTF-8 of exactly a str, owned by it; empty for anything else and for lone surrogates.
 std::optional<std::string_view> utf8(PyObject* text);
 

@@ -16,12 +16,14 @@
 #include "bulk/codes.hpp"
 #include "bulk/signals.hpp"
 #include "bulk/streams.hpp"
+#include "bulk/texts.hpp"
 #include "python/ref.hpp"
 
 namespace bulk {
 
 /// One provider's way to the values of a column. `Known` is what is drawn from: it has a type `Drawn` that can be made
-/// of a number, `draw(Source&)` that gives one, and `leave_as_drawn()` for when all is drawn.
+/// of a number, `draw(Source&)` that gives one, `calls_methods()` that tells whether that may throw NoText, and
+/// `leave_as_drawn()` for when all is drawn.
 template <class Known>
 struct Way {
     Source* source = nullptr;
@@ -32,8 +34,10 @@ struct Way {
 /// What the calls gave.
 class CalledTexts {
   public:
-    /// Calls the method. False where it fails or gives no str of valid text without a NUL.
-    bool add(PyObject* method);
+    void add(python::Ref text) {
+        texts_.push_back(*utf8(text));
+        objects_.push_back(std::move(text));
+    }
 
     [[nodiscard]] std::size_t size() const { return objects_.size(); }
     [[nodiscard]] PyObject* object(std::size_t number) const { return objects_[number]; }
@@ -66,11 +70,13 @@ class Draws {
 
     /// Whether a method is called for a row, which may fail.
     [[nodiscard]] bool calls_methods() const {
-        return std::ranges::any_of(ways_, [](const Way<Known>* way) { return way != nullptr && !way->known; });
+        return std::ranges::any_of(ways_, [](const Way<Known>* way) {
+            return way != nullptr && (!way->known || way->known->calls_methods());
+        });
     }
 
-    /// Draws all rows, whose sources may stay taken over; false where a call did not give a text.
-    bool draw(Sources& sources) {
+    /// Draws all rows, whose sources may stay taken over. Throws NoText where a call did not give one.
+    void draw(Sources& sources) {
         drawn_.resize(rows_);
         for (std::size_t row = 0; row < rows_; ++row) {
             Way<Known>& way = *ways_[combination(row)];
@@ -82,10 +88,9 @@ class Draws {
                 // What is called may let signals and other threads in.
                 sources.hand_back();
                 drawn_[row] = typename Known::Drawn(static_cast<std::uint32_t>(called_.size()));
-                if (!called_.add(way.method)) return false;
+                called_.add(text_of_call(way.method));
             }
         }
-        return true;
     }
 
     [[nodiscard]] std::size_t rows() const { return rows_; }
@@ -137,12 +142,14 @@ bool draw_or_go_back(Sources& sources, Columns&... columns) {
     if ((columns.calls_methods() || ...)) {
         for (const Source& source : sources.all()) marks.emplace_back(source);
     }
-    const bool drawn = (columns.draw(sources) && ...);
-    sources.hand_back();
-    if (!drawn) {
+    try {
+        (columns.draw(sources), ...);
+    } catch (const NoText&) {
+        sources.hand_back();
         for (const Mark& mark : marks) mark.go_back();
         return false;
     }
+    sources.hand_back();
     (columns.for_each_known([](auto& known) { known.leave_as_drawn(); }), ...);
     return true;
 }

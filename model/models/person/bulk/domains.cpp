@@ -155,7 +155,9 @@ bool Domains::read_single_format(const KnownFaker& faker, const char* token) {
     auto table = faker.table(token);
     if (!table) return false;
     tables_.emplace_back(token, std::move(*table));
-    add_format({Piece{Piece::Kind::element, {}, &tables_.back().second}});
+    Format format;
+    format.push_back({.kind = Piece::Kind::element, .text = {}, .table = &tables_.back().second});
+    add_format(std::move(format));
     return true;
 }
 
@@ -208,8 +210,14 @@ void Domains::add_format(Format pieces) {
 // ----------------------------------------------------------------------------------------------------------------
 
 Domains::Drawn Domains::draw(Source& source) {
-    const std::uint32_t word = finisher_ != nullptr ? draw_first_words(source.engine()) : draw_whole_word(source);
+    const std::uint32_t word = finisher_ != nullptr ? draw_first_words(source) : draw_whole_word(source);
     return Drawn(word, top_levels_->draw(source));
+}
+
+bool Domains::calls_methods() const {
+    return std::ranges::any_of(formats_, [](const WordFormat& format) {
+        return std::ranges::any_of(format.pieces, [](const Piece& piece) { return piece.kind == Piece::Kind::called; });
+    });
 }
 
 void Domains::leave_as_drawn() {
@@ -218,16 +226,16 @@ void Domains::leave_as_drawn() {
     for (auto& [token, table] : tables_) table.leave_as_drawn();
 }
 
-std::uint32_t Domains::draw_first_words(Mersenne& engine) {
-    WordFormat& format = formats_[format_texts_ ? format_texts_->draw(engine) : 0];
+std::uint32_t Domains::draw_first_words(Source& source) {
+    WordFormat& format = formats_[format_texts_ ? format_texts_->draw(source) : 0];
     if (!format.words.empty()) {
-        const Table::Drawn element = format.pieces[0].table->draw(engine);
-        for (std::size_t i = 1; i < format.pieces.size(); ++i) format.pieces[i].draw(engine, buffer_);
+        const Table::Drawn element = format.pieces[0].table->draw(source);
+        for (std::size_t i = 1; i < format.pieces.size(); ++i) format.pieces[i].draw(source, buffer_);
         return words_of_element(format, element);
     }
     word_.clear();
     std::size_t missing = words_in_domain_;
-    for (const Piece& piece : format.pieces) add_words(piece.draw(engine, buffer_), missing, word_);
+    for (const Piece& piece : format.pieces) add_words(piece.draw(source, buffer_), missing, word_);
     return words_.add(word_);
 }
 
@@ -246,8 +254,7 @@ std::uint32_t Domains::words_of_element(WordFormat& format, Table::Drawn element
 std::uint32_t Domains::draw_whole_word(Source& source) {
     while (true) {
         word_.clear();
-        for (const Piece& piece : formats_[format_texts_->draw(source)].pieces)
-            word_ += piece.draw(source.engine(), buffer_);
+        for (const Piece& piece : formats_[format_texts_->draw(source)].pieces) word_ += piece.draw(source, buffer_);
         word_ = ascii_slug(word_);
         if (!refused_.contains(word_)) return words_.add(word_);
         source.breathe();  // for all that is known, every word is refused

@@ -76,8 +76,9 @@ const std::optional<std::vector<Part>>& kept_parts_of(PyObject* text) {
 
 }  // namespace
 
-std::string_view Piece::draw(Mersenne& source, std::string& buffer) const {
+std::string_view Piece::draw(Source& taken_over, std::string& buffer) const {
     const auto size = static_cast<std::uint32_t>(kLetters.size());
+    Mersenne& source = taken_over.engine();
     switch (kind) {
         case Kind::literal:
             return text;
@@ -97,6 +98,11 @@ std::string_view Piece::draw(Mersenne& source, std::string& buffer) const {
             }
             break;
         }
+        case Kind::called:
+            taken_over.let_go();
+            buffer = *utf8(text_of_call(method));
+            taken_over.take_over();
+            break;
     }
     return buffer;
 }
@@ -135,7 +141,9 @@ std::optional<Piece> FormatReader::token(const std::string& name) {
         return Piece{Piece::Kind::element, {}, &tables_.emplace_back(name, std::move(*table)).second};
     }
     if (is_acronym(name)) return Piece{Piece::Kind::acronym, {}};
-    return std::nullopt;
+    Ref method = faker_.own_method(name.c_str());
+    if (!method) return std::nullopt;
+    return Piece{.kind = Piece::Kind::called, .text = {}, .method = std::move(method)};
 }
 
 bool FormatReader::is_acronym(const std::string& name) const {

@@ -160,13 +160,8 @@ void Source::write() {
 }
 
 void Source::take_breath() {
-    if (group_ == nullptr) {
-        work_since_breath_ = 0;
-        hand_back();
-    } else {
-        group_->work_since_breath_ = 0;
-        group_->hand_back();
-    }
+    (group_ == nullptr ? work_since_breath_ : group_->work_since_breath_) = 0;
+    let_go();
     let_others_in();
     take_over();
 }

@@ -86,6 +86,13 @@ std::optional<std::string_view> utf8(PyObject* text) {
     return std::nullopt;
 }
 
+Ref text_of_call(PyObject* method) {
+    Ref made = quiet_call(method);
+    const auto text = made ? utf8(made) : std::nullopt;
+    if (!text || text->find('\0') != std::string_view::npos) throw NoText{};
+    return made;
+}
+
 Ref rows_at(PyObject* series, const std::vector<std::size_t>& positions) {
     Ref wanted = list();
     for (const std::size_t position : positions) append(wanted, integer(static_cast<Py_ssize_t>(position)));
