@@ -178,7 +178,6 @@ dist/.host: .venv/.dependencies $(host_sources)
 .venv-py313/.installed: .venv-py313/.dependencies dist/.extension dist/.host
 	@echo "Installing both distributions into .venv-py313"
 	@.venv-py313/bin/$(pip) install --no-deps --force-reinstall dist/vantrel-*.whl
-	@.venv-py313/bin/$(pip) install -c requirements/constraints.txt dist/vantrel-*.whl
 	@.venv-py313/bin/python -m zipfile -e dist/vantrel_person-*.whl $(py313_packages)
 	@cd $(py313_packages)/vantrel/model/models && mv person.cpython-*.so person.so
 	@touch $@

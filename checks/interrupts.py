@@ -119,10 +119,11 @@ def _call_until_interrupted(call: Call) -> tuple[bool, float]:
     try:
         signal.signal(signal.SIGINT, signal.default_int_handler)
         call()
-    except KeyboardInterrupt:
-        return True, time.monotonic()
-    finally:
         signal.signal(signal.SIGINT, signal.SIG_IGN)
+    except KeyboardInterrupt:  # at the very end of the call, too
+        at = time.monotonic()
+        signal.signal(signal.SIGINT, signal.SIG_IGN)
+        return True, at
     return False, time.monotonic()
 
 

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import os
 from typing import TYPE_CHECKING, Any
 
 import pandas as pd
@@ -91,7 +92,7 @@ def _no_table(table: object, what: str) -> ArgumentTypeError:
     remedy = " Read a file first, as with pandas.read_csv." if isinstance(table, str) else ""
     return ArgumentTypeError(
         f"{what} is a pandas DataFrame, or of polars, DuckDB or pyarrow; this is"
-        f" {_kind_of(table)}.{remedy}"
+        f" {kind_of(table)}.{remedy}"
     )
 
 
@@ -99,8 +100,14 @@ def check_model(model: object) -> None:
     """Refuses what is given for a model and is none."""
     if not isinstance(model, PersonModel):
         raise ArgumentTypeError(
-            f"A model is what vantrel.fit makes or vantrel.load reads; this is {_kind_of(model)}."
+            f"A model is what vantrel.fit makes or vantrel.load reads; this is {kind_of(model)}."
         )
+
+
+def check_path(path: object) -> None:
+    """Refuses what is given for a path and is none."""
+    if not isinstance(path, (str, os.PathLike)):
+        raise ArgumentTypeError(f"A path is a str or a pathlib.Path; this is {kind_of(path)}.")
 
 
 def refuse_text(value: object, name: str, items: str) -> None:
@@ -115,7 +122,7 @@ def refuse_text(value: object, name: str, items: str) -> None:
         raise ArgumentTypeError(f"{name!r} is a list of {items}: write {argument(name, [value])}.")
 
 
-def _kind_of(value: object) -> str:
+def kind_of(value: object) -> str:
     """Names the type of a value, and nothing of what it holds."""
     if value is None:
         return "None"

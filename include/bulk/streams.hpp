@@ -23,11 +23,10 @@ python::Ref module_random(PyObject* random_module, std::initializer_list<const c
 
 class Sources;
 
-/// A `random.Random`.
+/// A `random.Random` that is drawn from with others.
 class Source {
   public:
-    /// Of a group, none is taken over while others are let in.
-    explicit Source(PyObject* random, Sources* group = nullptr) : random_(python::Ref::share(random)), group_(group) {}
+    Source(PyObject* random, Sources& together) : random_(python::Ref::share(random)), together_(together) {}
     Source(const Source&) = delete;
     Source& operator=(const Source&) = delete;
     ~Source();
@@ -45,30 +44,25 @@ class Source {
         if (taken_over_) write();
     }
 
-    /// Hands back this source and all of its group.
-    void let_go();
-
-    /// Lets pending signals be handled now and then, with the source handed back meanwhile. Call it once a row; a
+    /// Lets pending signals be handled now and then, with all sources handed back meanwhile. Call it once a row; a
     /// row's work is counted in draws.
     void breathe(std::size_t draws = 1);
 
-  private:
-    // A draw costs a few nanoseconds and a row as much as some tens of draws, so this is a few milliseconds.
-    static constexpr std::size_t kRowWork = 32;
-    static constexpr std::size_t kWorkBetweenBreaths = 1U << 20U;
+    /// Hands back all sources, for a call that may let signals and other threads in.
+    void let_go();
 
+  private:
     void read();
     void write();
     void take_breath();
 
     python::Ref random_;
-    Sources* group_;
+    Sources& together_;
     Mersenne engine_;
-    std::size_t work_since_breath_ = 0;
     bool taken_over_ = false;
 };
 
-/// Sources that are drawn from by turns.
+/// Sources that are drawn from by turns: none is taken over while others are let in.
 class Sources {
   public:
     Sources() = default;
@@ -85,25 +79,25 @@ class Sources {
 
     [[nodiscard]] const std::deque<Source>& all() const { return all_; }
 
+    /// Whether so much has been done since the last time that it is time to breathe.
+    bool is_out_of_breath(std::size_t draws) {
+        work_ += kRowWork + draws;
+        if (work_ < kWorkBetweenBreaths) return false;
+        work_ = 0;
+        return true;
+    }
+
   private:
-    friend class Source;
+    // A draw costs a few nanoseconds and a row as much as some tens of draws, so this is a few milliseconds.
+    static constexpr std::size_t kRowWork = 32;
+    static constexpr std::size_t kWorkBetweenBreaths = 1U << 20U;
 
     std::deque<Source> all_;
-    std::size_t work_since_breath_ = 0;
+    std::size_t work_ = 0;
 };
 
-inline void Source::let_go() {
-    if (group_ == nullptr) {
-        hand_back();
-    } else {
-        group_->hand_back();
-    }
-}
-
 inline void Source::breathe(std::size_t draws) {
-    std::size_t& work = group_ == nullptr ? work_since_breath_ : group_->work_since_breath_;
-    work += kRowWork + draws;
-    if (work >= kWorkBetweenBreaths) take_breath();
+    if (together_.is_out_of_breath(draws)) take_breath();
 }
 
 /// Where a source stood, to go back to.

@@ -34,7 +34,8 @@ struct UsernameSources {
 
 class Usernames {
   public:
-    explicit Usernames(UsernameSources& drawn_from) : separators_(drawn_from.separators), source_(drawn_from.random) {}
+    explicit Usernames(UsernameSources& drawn_from)
+        : separators_(drawn_from.separators), source_(alone_.of(drawn_from.random)) {}
 
     /// Draws a username for each row: the names have a `size()`, and a `first` and a `last` of each row. A NUL in one
     /// would end a text early for some of pandas' hash tables.
@@ -102,7 +103,8 @@ class Usernames {
     }
 
     NumpyChoice& separators_;
-    Source source_;
+    Sources alone_;
+    Source& source_;
     std::vector<std::uint8_t> drawn_;
     std::string data_;                         ///< one after the other
     std::size_t used_ = 0;                     ///< of it

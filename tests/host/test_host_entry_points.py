@@ -201,6 +201,38 @@ def test_what_is_no_model(call: Callable[[Any], object]) -> None:
     )
 
 
+@pytest.mark.parametrize(
+    "call",
+    [
+        lambda model, path: vantrel.save(model, path),
+        lambda model, path: vantrel.load(path),
+    ],
+)
+@pytest.mark.parametrize(("path", "named"), [(None, "None"), (5, "an int"), (b"m.json", "a bytes")])
+def test_what_is_no_path(
+    call: Callable[[Any, Any], object], path: object, named: str, people: pd.DataFrame
+) -> None:
+    with pytest.raises(vantrel.ArgumentTypeError) as caught:
+        call(vantrel.fit(people, gender="sex"), path)
+    assert str(caught.value) == f"A path is a str or a pathlib.Path; this is {named}."
+
+
+def test_a_model_and_its_path_the_wrong_way_round(people: pd.DataFrame) -> None:
+    model: Any = vantrel.fit(people, gender="sex")
+    path: Any = "m.json"
+    with pytest.raises(vantrel.ArgumentTypeError, match="A model is what"):
+        vantrel.save(path, model)
+
+
+@pytest.mark.parametrize(
+    ("config", "named"), [("large", "a str"), ({}, "a dict"), (PersonModelConfig, "a type")]
+)
+def test_what_is_no_configuration(config: Any, named: str, people: pd.DataFrame) -> None:
+    with pytest.raises(vantrel.ArgumentTypeError) as caught:
+        vantrel.fit(people, gender="sex", config=config)
+    assert str(caught.value) == f"'config' is a vantrel.config.PersonModelConfig; this is {named}."
+
+
 @pytest.mark.skipif(find_spec("pyarrow") is None, reason="Arrow tables need pyarrow")
 def test_a_table_that_comes_by_arrow(people: pd.DataFrame) -> None:
     import pyarrow as pa

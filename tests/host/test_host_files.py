@@ -185,6 +185,18 @@ def test_what_is_being_written_is_no_leftover(tmp_path: Path) -> None:
     assert list(tmp_path.iterdir()) == [path]
 
 
+def test_a_signal_before_the_first_byte_leaves_nothing(
+    tmp_path: Path, monkeypatch: pytest.MonkeyPatch
+) -> None:
+    def interrupt(*_: object) -> None:
+        raise KeyboardInterrupt
+
+    monkeypatch.setattr("fcntl.flock", interrupt)
+    with pytest.raises(KeyboardInterrupt), replacing(tmp_path / "f"):
+        pass
+    assert not list(tmp_path.iterdir())
+
+
 @pytest.mark.parametrize("name", ["f" * 255, "é" * 127, "f" * 240])
 def test_names_as_long_as_the_file_system_takes_them(name: str, tmp_path: Path) -> None:
     path = tmp_path / name

@@ -59,20 +59,8 @@ def test_child_of_a_parent_whose_other_thread_is_sampling_samples(function: str)
 def test_child_of_a_parent_whose_other_thread_is_drawing_draws(bits: str) -> None:
     code = f"""
     import numpy
-    bits = {bits}
-    taken, over = threading.Event(), threading.Event()
-
-    def hold():
-        with bits.lock:
-            taken.set()
-            over.wait()
-
-    thread = threading.Thread(target=hold)
-    thread.start()
-    taken.wait()
-    print(processes.forked_ends(lambda: processes.MODEL.sample(3)))
-    over.set()
-    thread.join()
+    with processes.held_by_another_thread({bits}.lock):
+        print(processes.forked_ends(lambda: processes.MODEL.sample(3)))
     """
     assert output_of(PRELUDE + code) == "True"
 
@@ -83,19 +71,25 @@ def test_child_of_a_parent_that_reads_a_model_reads_it() -> None:
     from vantrel.scale import partitions
     from vantrel.sampling import Plan
     part, = partitions.partitions(processes.MODEL, Plan(3, 7))
-    taken, over = threading.Event(), threading.Event()
+    with processes.held_by_another_thread(partitions._building):
+        print(processes.forked_ends(lambda: list(partitions.make_blocks(part))))
+    """
+    assert output_of(PRELUDE + code) == "True"
 
-    def hold():
-        with partitions._building:
-            taken.set()
-            over.wait()
 
-    thread = threading.Thread(target=hold)
-    thread.start()
-    taken.wait()
-    print(processes.forked_ends(lambda: list(partitions.make_blocks(part))))
-    over.set()
-    thread.join()
+def test_folder_is_free_though_a_child_of_its_owner_lives() -> None:
+    code = """
+    import os, pathlib, signal
+    from vantrel.storage.files import owned
+    folder = pathlib.Path()
+    with owned(folder):
+        child = os.fork()
+        if child == 0:
+            signal.pause()
+    with owned(folder) as free:
+        print(free)
+    os.kill(child, signal.SIGKILL)
+    os.waitpid(child, 0)
     """
     assert output_of(PRELUDE + code) == "True"
 

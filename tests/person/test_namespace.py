@@ -190,7 +190,9 @@ def test_class_has_no_members_but_these(class_name: str) -> None:
         expected |= {"key_female", "key_male", "key_non_binary", "key_ambiguous"}
     made_by_python = {"__module__", "__doc__", "__orig_bases__", "__parameters__"}
     abstract = {"__abstractmethods__", "_abc_impl"}
-    assert set(vars(getattr(person, class_name))) - made_by_python - abstract == expected
+    kept_by_copy = {"__slotnames__"}  # where an object was copied before
+    others = made_by_python | abstract | kept_by_copy
+    assert set(vars(getattr(person, class_name))) - others == expected
 
 
 @pytest.mark.parametrize(

@@ -76,6 +76,15 @@ def test_letters(letters: str) -> None:
     usernames(in_turn(values, 60), in_turn([*values, "Lee"], 60))
 
 
+@pytest.mark.parametrize("without", ["", "İ"], ids=["all", "without the dotted capital I"])
+@pytest.mark.parametrize("dtype", TEXT_DTYPES)
+def test_every_letter_of_latin_1_and_extended_a(dtype: str, without: str) -> None:
+    # Their small letters are found in a table, unless that dotted one is among them.
+    codes = [code for code in range(0x80, 0x180) if chr(code) != without]
+    letters = TEXT_DTYPES[dtype]([f"x{chr(code)}{code}" for code in codes])
+    usernames(letters, TEXT_DTYPES[dtype](["Lee"] * len(codes)))
+
+
 def test_names_that_end_in_nul() -> None:
     # Older versions of pandas take texts that are equal up to a NUL for one text, and then no
     # number makes them distinct: no two of these are.

@@ -2,7 +2,9 @@
 
 import os
 import signal
-from collections.abc import Callable
+import threading
+from collections.abc import Callable, Iterator
+from contextlib import AbstractContextManager, contextmanager
 from functools import partial
 from typing import Any
 
@@ -29,6 +31,26 @@ def forked_ends(act: Callable[[], Any]) -> bool:
         act()
         os._exit(0)
     return os.waitpid(child, 0)[1] == 0
+
+
+@contextmanager
+def held_by_another_thread(lock: AbstractContextManager[Any]) -> Iterator[None]:
+    """Lets another thread hold a lock."""
+    taken, over = threading.Event(), threading.Event()
+
+    def hold() -> None:
+        with lock:
+            taken.set()
+            over.wait()
+
+    thread = threading.Thread(target=hold)
+    thread.start()
+    taken.wait()
+    try:
+        yield
+    finally:
+        over.set()
+        thread.join()
 
 
 def forked_sample_ends() -> bool:

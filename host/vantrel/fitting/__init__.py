@@ -141,7 +141,8 @@ def fit(
         not have, and what was assumed; the notes are also logged.
 
     Raises:
-        ArgumentTypeError: The table is none, or there is one text in the place of a list.
+        ArgumentTypeError: The table or the settings are none, or there is one text in the place of
+            a list.
         ArgumentError: An attribute is not known, or what is named does not go together.
         FittingError: A column is not there, holds missing values only, unknown countries or nothing
             to learn from, or no column was found.
@@ -158,9 +159,10 @@ def fit(
     refuse_unknown([*of_countries, *of_countries.values()])
     ways = check_ways(email_domain, phone_numbers, of_countries)
     refuse_unknown(locales or ())
+    config = PersonModelConfig() if config is None else config
     with showing_values(show_values):
         model = _fitted(
-            df, named, generated, locales, config or PersonModelConfig(), ignore, detect, min_count
+            df, named, generated, locales, config, ignore, detect, min_count
         )
     model.meta.ways = ways
     return model

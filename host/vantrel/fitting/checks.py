@@ -7,11 +7,11 @@ from collections.abc import Collection, Iterable, Mapping, Sequence
 import msgspec
 import pandas as pd
 
-from vantrel.arguments import refuse_text
+from vantrel.arguments import kind_of, refuse_text
 from vantrel.attributes import ATTRIBUTES
 from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.detection import Detection
-from vantrel.errors import ArgumentError, FittingError
+from vantrel.errors import ArgumentError, ArgumentTypeError, FittingError
 from vantrel.fitting.notes import doubt_note
 from vantrel.hints import argument, did_you_mean, listed, shows_values, unnamed
 from vantrel.metadata.value import Person
@@ -187,7 +187,11 @@ def _refuse_countries(counts: TableCounts, column: str, unknown: list[str]) -> N
 
 
 def check_config(config: PersonModelConfig) -> None:
-    """Refuses settings that are not to be carried out in anybody's time, as files of them are."""
+    """Refuses what is no settings, and those that are not to be carried out in anybody's time."""
+    if not isinstance(config, PersonModelConfig):
+        raise ArgumentTypeError(
+            f"'config' is a vantrel.config.PersonModelConfig; this is {kind_of(config)}."
+        )
     for name in _FORMATS:
         length = len(getattr(config, name))
         if length > _LONGEST:

@@ -132,6 +132,9 @@ def owned(folder: Path) -> Iterator[bool]:
     try:
         yield _lock(descriptor) is not False
     finally:
+        with suppress(OSError):  # no locks here
+            # Closing alone would leave it locked by the processes that were forked meanwhile.
+            fcntl.flock(descriptor, fcntl.LOCK_UN)
         os.close(descriptor)
 
 
@@ -160,19 +163,22 @@ def _made_beside(target: Path, mode: int, told: Path) -> tuple[Path, int]:
 
     The first name that no living process has is taken, so what a killed one has left is found.
     """
-    for number in count():
-        temporary = target.with_name(_temporary_name(target.name, number))
+    numbers = count()
+    while True:
+        temporary = target.with_name(_temporary_name(target.name, next(numbers)))
         _remove_leftover(temporary, told)
         try:
             descriptor = os.open(temporary, os.O_WRONLY | os.O_CREAT | os.O_EXCL, mode)
+            with suppress(OSError):  # no locks here
+                fcntl.flock(descriptor, fcntl.LOCK_EX)
+            if os.fstat(descriptor).st_nlink:
+                return temporary, descriptor
+            os.close(descriptor)  # taken for a leftover before it was locked
         except FileExistsError:
             continue
-        with suppress(OSError):  # no locks here
-            fcntl.flock(descriptor, fcntl.LOCK_EX)
-        if os.fstat(descriptor).st_nlink:
-            break
-        os.close(descriptor)  # taken for a leftover before it was locked
-    return temporary, descriptor
+        except BaseException:  # of a signal's handler
+            temporary.unlink(missing_ok=True)
+            raise
 
 
 def _temporary_name(name: str, number: int) -> str:

@@ -13,7 +13,7 @@ from typing import Any
 
 import msgspec
 
-from vantrel.arguments import check_model
+from vantrel.arguments import check_model, check_path
 from vantrel.errors import (
     ModelFileError,
     ModelNotFittedError,
@@ -108,13 +108,15 @@ def save(model: PersonModel, path: str | Path, *, force: bool = False) -> None:
         force: Whether a file that is there is overwritten.
 
     Raises:
-        ArgumentTypeError: What is given is no model.
+        ArgumentTypeError: What is given is no model or no path.
         OverwriteError: The file is there and ``force`` is not set.
         ModelNotFittedError: Nothing has been learnt yet.
         ModelFileError: The model holds what no file can, as :class:`vantrel.storage.form.ModelFile`
             tells, or more than 16 MiB.
         OSError: The file cannot be written.
     """
+    check_model(model)
+    check_path(path)
     refuse_overwriting(Path(path), force=force)
     content = dumps(model)
     with replacing(Path(path), force=force) as file:
@@ -135,6 +137,7 @@ def load(path: str | Path, *, allow_patterns: bool = False) -> PersonModel:
             seconds at most.
 
     Raises:
+        ArgumentTypeError: What is given is no path.
         ModelFileError: The file cannot be read, is larger than 16 MiB, is no model, lacks
             something, holds something of a wrong type or value, a key twice or a pattern that is
             not allowed, or was written by a newer version.
@@ -150,6 +153,7 @@ def read_model(path: str | Path, *, allow_patterns: bool = False) -> LoadedModel
 
     So they belong together also where the file is a pipe or is replaced meanwhile.
     """
+    check_path(path)
     try:
         content = _read(Path(path))
         file = _decoded(content, allow_patterns=allow_patterns)

@@ -2,9 +2,13 @@
 
 from __future__ import annotations
 
+from collections.abc import Callable
+from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
+from typing import Any
 
 import duckdb
+import pandas as pd
 
 # The engine asks for some memory a thread to read CSV; what does not fit goes to the disk.
 _MEGABYTES = 64
@@ -23,10 +27,36 @@ def connect(folder: Path) -> duckdb.DuckDBPyConnection:
         "temp_directory": str(folder),
     }
     connection = duckdb.connect(":memory:", config=settings)
-    (threads,) = connection.execute("SELECT current_setting('threads')").fetchall()[0]
+    (threads,) = rows_of(connection, "SELECT current_setting('threads')")[0]
     megabytes = _MEGABYTES + _MEGABYTES_A_THREAD * threads
     connection.execute(f"SET memory_limit = '{megabytes}MB'")
     return connection
+
+
+def rows_of(connection: duckdb.DuckDBPyConnection, sql: str) -> list[tuple[Any, ...]]:
+    """Runs a statement and gives its rows."""
+    return _beside(connection, lambda: connection.execute(sql).fetchall())
+
+
+def frame_of(connection: duckdb.DuckDBPyConnection, sql: str) -> pd.DataFrame:
+    """Runs a statement and gives its rows as a frame."""
+    return _beside(connection, lambda: connection.execute(sql).df())
+
+
+def _beside[ResultT](connection: duckdb.DuckDBPyConnection, work: Callable[[], ResultT]) -> ResultT:
+    """Does what takes long in a thread of its own and keeps this one free for signals.
+
+    In the main thread the engine would turn whatever a signal's handler raises, such as
+    KeyboardInterrupt, into an error of its own.
+    """
+    with ThreadPoolExecutor(1) as pool:
+        running = pool.submit(work)
+        try:
+            return running.result()
+        except BaseException:
+            if not running.done():
+                connection.interrupt()
+            raise
 
 
 def quoted(text: str) -> str:

@@ -16,7 +16,7 @@ import pandas as pd
 from vantrel.errors import TableError
 from vantrel.hints import named
 from vantrel.tables.counts import Found, TableCounts
-from vantrel.tables.database import connect, quoted
+from vantrel.tables.database import connect, frame_of, quoted, rows_of
 from vantrel.tables.files import readable
 from vantrel.tables.guard import unguarded, unguarded_in_sql
 from vantrel.tables.sources import Source, csv_source, jsonl_source, mended, parquet_source
@@ -65,7 +65,7 @@ class Table:
         """
         if other is not None:
             sql = sql.replace("{other}", other._source.rows)
-        return self._read(lambda: self._execute(sql).fetchall())
+        return self._read(lambda: rows_of(self._cursor(), self._of_rows(sql)))
 
     def function(self, name: str, function: Callable[[str], str]) -> None:
         """Gives queries a function of texts; a missing one stays so."""
@@ -99,7 +99,9 @@ class Table:
         """Reads columns, all if None, and the first rows, all if None."""
         limit = "" if rows is None else f" LIMIT {rows}"
         names = self.columns if columns is None else list(columns)
-        frame = self._read(lambda: self._execute(self._select(names) + limit).df())
+        frame = self._read(
+            lambda: frame_of(self._cursor(), self._of_rows(self._select(names) + limit))
+        )
         return frame.iloc[:, : len(names)].set_axis(names, axis="columns")
 
     def count(self, columns: Collection[str], labelled: Collection[str]) -> TableCounts:
@@ -140,8 +142,11 @@ class Table:
     def _select(self, names: Sequence[str]) -> str:
         return f"SELECT {', '.join(map(self.named, names)) or 'NULL'} FROM {{rows}}"
 
-    def _execute(self, sql: str) -> duckdb.DuckDBPyConnection:
-        return self._connection.cursor().execute(sql.replace("{rows}", self._source.rows))
+    def _cursor(self) -> duckdb.DuckDBPyConnection:
+        return self._connection.cursor()
+
+    def _of_rows(self, sql: str) -> str:
+        return sql.replace("{rows}", self._source.rows)
 
     def _read[ResultT](self, read: Callable[[], ResultT]) -> ResultT:
         """Reads, from a sound copy if the table cannot be read as it is."""
@@ -206,7 +211,7 @@ def frame_table(df: pd.DataFrame) -> Table:
     cells = [f"CAST({column} AS VARCHAR) AS {column}" for column in texts]
     kept = quoted(f"{folder.name}/frame.parquet")
     listed = ", ".join([*cells, "row"])
-    connection.execute(f"COPY (SELECT {listed} FROM frame) TO {kept} (FORMAT parquet)")
+    rows_of(connection, f"COPY (SELECT {listed} FROM frame) TO {kept} (FORMAT parquet)")
     connection.unregister("frame")
     source = Source(list(df.columns), f"read_parquet({kept})")
     table = Table(Path("frame"), source, connection, Path(folder.name))

@@ -14,7 +14,7 @@ import duckdb
 from vantrel.errors import TableError
 from vantrel.hints import listed, named
 from vantrel.tables.csv_rows import Header, fault, read_header, write_sound_rows
-from vantrel.tables.database import quoted
+from vantrel.tables.database import quoted, rows_of
 from vantrel.tables.errors import telling
 from vantrel.tables.files import linked
 from vantrel.tables.kinds import Kind
@@ -145,15 +145,17 @@ def jsonl_source(path: Path, file: Path, kind: Kind, con: duckdb.DuckDBPyConnect
     lines = f"read_ndjson_objects({quoted(str(file))}, compression='{kind.compression or 'none'}')"
     numbered = f"(SELECT json, row_number() OVER () AS line FROM {lines})"
     try:
-        odd = con.execute(
+        odd = rows_of(
+            con,
             f"SELECT min(line) FROM {numbered} WHERE json_type(json) <> 'OBJECT'"
-            " OR len(json_keys(json)) > len(list_distinct(json_keys(json)))"
-        ).fetchall()[0][0]
-        keys = con.execute(
+            " OR len(json_keys(json)) > len(list_distinct(json_keys(json)))",
+        )[0][0]
+        keys = rows_of(
+            con,
             "SELECT name FROM (SELECT unnest(json_keys(json)) AS name,"
             f" generate_subscripts(json_keys(json), 1) AS place, line FROM {numbered})"
-            " GROUP BY name ORDER BY min(line), min(place)"
-        ).fetchall()
+            " GROUP BY name ORDER BY min(line), min(place)",
+        )
     except duckdb.Error as error:
         line = re.search(r"in line (\d+)", str(error))
         where = f": line {line[1]} holds no JSON object." if line else f": {_told(error)}"
@@ -213,9 +215,7 @@ def _broken(path: Path, error: duckdb.Error) -> TableError:
 
 def _parquet_names(file: Path, con: duckdb.DuckDBPyConnection) -> list[str]:
     """The names of the outermost columns, to the letter: the engine changes some that are alike."""
-    found = con.execute(
-        f"SELECT name, num_children FROM parquet_schema({quoted(str(file))})"
-    ).fetchall()
+    found = rows_of(con, f"SELECT name, num_children FROM parquet_schema({quoted(str(file))})")
     names, inner = [], 0
     for name, children in found[1:]:
         if inner == 0:

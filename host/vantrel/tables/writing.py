@@ -22,7 +22,7 @@ from vantrel.errors import ArgumentError, MissingPackageError
 from vantrel.hints import argument, named
 from vantrel.storage.files import STANDARD_STREAM, replacing
 from vantrel.tables.csv_rows import header_line
-from vantrel.tables.database import connect, quoted
+from vantrel.tables.database import connect, quoted, rows_of
 from vantrel.tables.files import compressing
 from vantrel.tables.guard import guarded
 from vantrel.tables.kinds import kind_to_write
@@ -108,7 +108,7 @@ def write_csv(
             texts = ", ".join(f"CAST({column} AS VARCHAR)" for column in columns)
             copying = f"COPY (SELECT {texts} FROM part) TO {quoted(str(written))} ({options})"
             with _telling_what_the_system_says():
-                connection.execute(copying)
+                rows_of(connection, copying)
             with written.open("rb") as lines:
                 shutil.copyfileobj(lines, file)
 

@@ -287,10 +287,12 @@ std::optional<FrameForm> Frame::rehearse(bool produce_nans) const {
     Ref few = person::plain_frame(model, count, genders, countries, produce_nans ? Py_True : Py_False);
 
     FrameForm form;
+    Ref columns = dict();
     for (std::size_t i = 0; i < kAttributes; ++i) {
         const auto attribute = static_cast<Attribute>(i);
         if (!has(attribute)) continue;
         Ref series = item(few, labels_->column(attribute));
+        set_item(columns, labels_->column(attribute), series);
         auto layout = Layout::of(series);
         if (!layout) return std::nullopt;
         const auto& values = attribute == Attribute::gender ? gender_values_ : title_values_;
@@ -298,6 +300,9 @@ std::optional<FrameForm> Frame::rehearse(bool produce_nans) const {
         form.columns[i].emplace(
             ColumnForm{std::move(*layout), drawn ? value_cells(series, *values) : cells_of(series)});
     }
+    Ref in_one_piece = call(attr(global(names::pd), names::DataFrame), {columns});
+    if (!equal(attr(attr(in_one_piece, names::columns), "dtype"), attr(attr(few, names::columns), "dtype")))
+        return std::nullopt;
     form.keeps_objects = keeps_objects();
     return form;
 }
@@ -339,7 +344,8 @@ void Frame::draw_values() {
     if (title_values_) {
         title_values_->draw(choice_);
         if (title_source_) {
-            Source source(title_source_);
+            Sources alone;
+            Source& source = alone.of(title_source_);
             title_values_->draw_again(names::ambiguous.text, {names::female, names::male, names::non_binary}, source);
         }
         write_values(Attribute::title, *title_values_);
@@ -397,7 +403,8 @@ void Frame::write_numbers() {
     if (passwords_) columns.emplace_back(Attribute::password, column(Attribute::password));
     for (const auto& [attribute, drawn_from] : numbers_) columns.emplace_back(attribute, column(attribute));
     if (columns.empty()) return;
-    Source source(passwords_ ? passwords_->random() : numbers_.front().second.random());
+    Sources alone;
+    Source& source = alone.of(passwords_ ? passwords_->random() : numbers_.front().second.random());
     auto next = columns.begin();
     if (passwords_) passwords_->draw(source, rows(), next++->second);
     for (const auto& [attribute, drawn_from] : numbers_)

@@ -105,7 +105,8 @@ Ref passwords(PyObject* self, std::size_t rows) {
         Layout::of(call(attr(global(names::pd), names::Series), {list({names::x})}, {{names::dtype, names::string}}));
     if (!layout) return {};
     TextColumn column(*layout, rows);
-    Source source(drawn_from->random());
+    Sources alone;
+    Source& source = alone.of(drawn_from->random());
     drawn_from->draw(source, rows, column);
     source.hand_back();
     return column.series();
@@ -153,7 +154,8 @@ Ref phone_numbers(PyObject* isna, PyObject* number_format) {
     const auto layout = Layout::of(call(attr(global(names::pd), names::Series), {kinds}));
     if (!layout) return {};
     TextColumn column(*layout, missing->size());
-    Source source(drawn_from->random());
+    Sources alone;
+    Source& source = alone.of(drawn_from->random());
     drawn_from->draw(source, missing->size(), &*missing, no_number, column);
     source.hand_back();
     return column.series();

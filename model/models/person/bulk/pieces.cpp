@@ -1,6 +1,7 @@
 #include "bulk/pieces.hpp"
 
 #include <algorithm>
+#include <memory>
 #include <unordered_map>
 
 #include "bulk/known_code.hpp"
@@ -39,9 +40,11 @@ struct Part {
     std::string text;
 };
 
+using Parts = std::vector<Part>;
+
 /// The parts of a format as Faker's own pattern finds them; empty where a token has an argument.
-std::optional<std::vector<Part>> parts_of(PyObject* text) {
-    std::vector<Part> parts;
+std::optional<Parts> parts_of(PyObject* text) {
+    Parts parts;
     const std::string whole = text_of(text);
     Ref pattern = attr(owned(PyImport_ImportModule("faker.generator")), "_re_token");
     Ref matches = owned(PyObject_CallMethod(pattern, "finditer", "O", text));
@@ -59,19 +62,21 @@ std::optional<std::vector<Part>> parts_of(PyObject* text) {
     return parts;
 }
 
-/// The same, found once for each text as long as nothing of Faker changes, its pattern included.
-const std::optional<std::vector<Part>>& kept_parts_of(PyObject* text) {
+/// The same, found once for each text as long as nothing of Faker changes, its pattern included. They are shared, for
+/// another thread may drop the kept ones meanwhile.
+std::shared_ptr<const std::optional<Parts>> kept_parts_of(PyObject* text) {
     constexpr std::size_t kMost = 4096;
-    static auto* const kept = new std::unordered_map<std::string, std::optional<std::vector<Part>>>;
+    static auto* const kept = new std::unordered_map<std::string, std::shared_ptr<const std::optional<Parts>>>;
     static std::uint64_t found_after = 0;
     if (found_after != faker_code().changes() || kept->size() > kMost) {
         kept->clear();
         found_after = faker_code().changes();
     }
     std::string key = text_of(text);
-    auto found = kept->find(key);
-    if (found == kept->end()) found = kept->emplace(std::move(key), parts_of(text)).first;
-    return found->second;
+    if (const auto found = kept->find(key); found != kept->end()) return found->second;
+    auto parts = std::make_shared<const std::optional<Parts>>(parts_of(text));
+    kept->insert_or_assign(std::move(key), parts);
+    return parts;
 }
 
 }  // namespace
@@ -122,10 +127,10 @@ bool formats_plainly(PyObject* generator) {
 }
 
 std::optional<Format> FormatReader::tokens(PyObject* text) {
-    const auto& parts = kept_parts_of(text);
-    if (!parts) return std::nullopt;
+    const auto parts = kept_parts_of(text);
+    if (!*parts) return std::nullopt;
     Format format;
-    for (const Part& part : *parts) {
+    for (const Part& part : **parts) {
         auto piece = part.is_token ? token(part.text) : std::optional(literal(part.text));
         if (!piece) return std::nullopt;
         format.push_back(std::move(*piece));

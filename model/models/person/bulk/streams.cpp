@@ -159,8 +159,9 @@ void Source::write() {
     taken_over_ = false;
 }
 
+void Source::let_go() { together_.hand_back(); }
+
 void Source::take_breath() {
-    (group_ == nullptr ? work_since_breath_ : group_->work_since_breath_) = 0;
     let_go();
     let_others_in();
     take_over();
@@ -180,7 +181,7 @@ Source::~Source() {
 
 Source& Sources::of(PyObject* random) {
     const auto known = std::ranges::find(all_, random, &Source::random);
-    return known != all_.end() ? *known : all_.emplace_back(random, this);
+    return known != all_.end() ? *known : all_.emplace_back(random, *this);
 }
 
 Mark::Mark(const Source& source)
