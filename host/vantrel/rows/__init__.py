@@ -1,6 +1,6 @@
 """The rows of a table: which genders, titles, countries and gaps stand together, and how often."""
 
-from vantrel.rows.drawing import DrawnRows, draw_rows
+from vantrel.rows.drawing import Combinations, DrawnRows
 from vantrel.rows.form import ANY, DEFAULT_MIN_COUNT, PARTS, RESERVED, Rows, Ways
 from vantrel.rows.learning import learn_rows
 
@@ -9,9 +9,9 @@ __all__ = [
     "DEFAULT_MIN_COUNT",
     "PARTS",
     "RESERVED",
+    "Combinations",
     "DrawnRows",
     "Rows",
     "Ways",
-    "draw_rows",
     "learn_rows",
 ]

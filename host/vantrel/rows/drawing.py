@@ -30,40 +30,79 @@ class DrawnRows:
     missing: dict[str, np.ndarray[tuple[int], np.dtype[np.bool_]]]
 
 
-def draw_rows(
-    rows: Rows,
-    n: int,
-    rng: np.random.Generator,
-    gender_keys: Sequence[str],
-    given: Mapping[str, Places] | None = None,
-) -> DrawnRows:
-    """Draws combinations.
+class Combinations:
+    """Draws the combinations of a table.
 
     Args:
         rows: What to draw from.
-        n: The number of rows.
-        rng: What to draw with.
         gender_keys: The key of each of the genders, "" where it has none.
-        given: The places of genders and countries that each row shall have, as far as its
-            combination can tell.
     """
-    table = np.array(rows.combinations, dtype=np.int64)
-    cells = table[_drawn_combinations(rows, table, n, rng, given or {})]
-    gender, title, country, gaps = (cells[:, place].copy() for place in range(len(PARTS)))
-    for part, places in (("gender", gender), ("country", country)):
-        if given is not None and part in given:
-            if part == "gender":  # the titles of other genders are none of theirs
-                title[(gender != ANY) & (gender != given[part])] = ANY
-            np.copyto(places, given[part])
-    _fill(gender, gender == ANY, rows.any_gender, rng)
-    keys = np.array(gender_keys)[gender]
-    for key in sorted(set(gender_keys)):
-        counts = rows.any_title.get(key) or ([] if key else _all_titles(rows))
-        if counts:
-            _fill(title, (title == ANY) & (keys == key), counts, rng)
-    _fill(country, country == ANY, rows.any_country, rng)
-    _fill(gaps, gaps == ANY, rows.any_gaps, rng)
-    return DrawnRows(gender, title, country, _gaps(rows, gaps, rng))
+
+    def __init__(self, rows: Rows, gender_keys: Sequence[str]) -> None:
+        self._rows = rows
+        table = np.array(rows.combinations, dtype=np.int64)
+        self._parts = dict(zip(PARTS, table.T.copy(), strict=False))  # the last are the numbers
+        self._weights = table[:, -1].astype(float)
+        self._keys, self._key_of = np.unique(np.array(gender_keys), return_inverse=True)
+
+    def draw(
+        self, n: int, rng: np.random.Generator, given: Mapping[str, Places] | None = None
+    ) -> DrawnRows:
+        """Draws combinations.
+
+        Args:
+            n: The number of rows.
+            rng: What to draw with.
+            given: The places of genders and countries that each row shall have, as far as its
+                combination can tell.
+        """
+        given, rows = given or {}, self._rows
+        drawn = self._drawn(n, rng, given)
+        gender, title, country, gaps = (self._parts[part][drawn] for part in PARTS)
+        if "gender" in given:  # the titles of other genders are none of theirs
+            title[(gender != ANY) & (gender != given["gender"])] = ANY
+            gender = given["gender"].copy()
+        country = given["country"].copy() if "country" in given else country
+        _fill(gender, gender == ANY, rows.any_gender, rng)
+        self._fill_titles(title, gender, rng)
+        _fill(country, country == ANY, rows.any_country, rng)
+        _fill(gaps, gaps == ANY, rows.any_gaps, rng)
+        return DrawnRows(gender, title, country, _gaps(rows, gaps, rng))
+
+    def _drawn(self, n: int, rng: np.random.Generator, given: Mapping[str, Places]) -> Places:
+        """Draws combinations that have what is given, group by group of rows of which the same is."""
+        if not given:
+            return _choice(self._weights, n, rng)
+        asked = np.stack(list(given.values()), axis=1)
+        groups, group_of = np.unique(asked, axis=0, return_inverse=True)
+        drawn = np.zeros(n, dtype=np.int64)
+        for number, places in enumerate(groups):
+            likely = self._weights
+            for part, place in zip(given, places.tolist(), strict=True):
+                narrowed = likely * self._agreement(part, place)
+                likely = narrowed if narrowed.any() else likely
+            members = np.flatnonzero(group_of.ravel() == number)
+            drawn[members] = _choice(likely, len(members), rng)
+        return drawn
+
+    def _agreement(self, part: str, place: int) -> np.ndarray[Any, np.dtype[np.float64]]:
+        """How likely each combination has a value at a place of one of its parts."""
+        own, counts = self._parts[part], getattr(self._rows, f"any_{part}")
+        agreement: np.ndarray[Any, np.dtype[np.float64]] = np.where(
+            own == ANY, counts[place] / sum(counts), own == place
+        )
+        return agreement
+
+    def _fill_titles(self, title: Places, gender: Places, rng: np.random.Generator) -> None:
+        """Draws the titles that are left open, each by the key of its row's gender."""
+        is_open = title == ANY
+        if not is_open.any():
+            return
+        keys = self._key_of[gender]
+        for number, key in enumerate(self._keys.tolist()):
+            counts = self._rows.any_title.get(key) or ([] if key else _all_titles(self._rows))
+            if counts:
+                _fill(title, is_open & (keys == number), counts, rng)
 
 
 def _all_titles(rows: Rows) -> list[int]:
@@ -71,42 +110,6 @@ def _all_titles(rows: Rows) -> list[int]:
     counted = np.array(list(rows.any_title.values()) or [[1] * len(rows.title)])
     total: list[int] = counted.sum(axis=0).tolist()
     return total
-
-
-def _drawn_combinations(
-    rows: Rows,
-    table: np.ndarray[Any, np.dtype[np.int64]],
-    n: int,
-    rng: np.random.Generator,
-    given: Mapping[str, Places],
-) -> Places:
-    """Draws combinations that have what is given, group by group of rows of which the same is."""
-    weights = table[:, -1].astype(float)
-    if not given:
-        return _choice(weights, n, rng)
-    asked = np.stack(list(given.values()), axis=1)
-    groups, group_of = np.unique(asked, axis=0, return_inverse=True)
-    drawn = np.zeros(n, dtype=np.int64)
-    for number, places in enumerate(groups):
-        likely = weights
-        for part, place in zip(given, places.tolist(), strict=True):
-            narrowed = likely * _agreement(rows, table, part, place)
-            likely = narrowed if narrowed.any() else likely
-        members = np.flatnonzero(group_of.ravel() == number)
-        drawn[members] = _choice(likely, len(members), rng)
-    return drawn
-
-
-def _agreement(
-    rows: Rows, table: np.ndarray[Any, np.dtype[np.int64]], part: str, place: int
-) -> np.ndarray[Any, np.dtype[np.float64]]:
-    """How likely each combination has a value at a place of one of its parts."""
-    own = table[:, PARTS.index(part)]
-    counts = getattr(rows, f"any_{part}")
-    agreement: np.ndarray[Any, np.dtype[np.float64]] = np.where(
-        own == ANY, counts[place] / sum(counts), own == place
-    )
-    return agreement
 
 
 def _choice(weights: Any, n: int, rng: np.random.Generator) -> Places:

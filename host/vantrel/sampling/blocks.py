@@ -119,7 +119,8 @@ def _block(maker: _Maker, model: PersonModel, plan: Plan, block: int) -> pd.Data
     people = maker.block(np.random.SeedSequence(plan.seed, spawn_key=(block,)), numbers)
     if plan.unique:
         make_unique(people, model, plan.unique, numbers.start)
-    return people.set_index(pd.RangeIndex(numbers.start, numbers.stop))
+    people.index = pd.RangeIndex(numbers.start, numbers.stop)
+    return people
 
 
 def check_plan(model: PersonModel, plan: Plan, conditions: pd.DataFrame | None = None) -> None:

@@ -5,6 +5,7 @@ from __future__ import annotations
 import copy
 import re
 from collections import Counter
+from collections.abc import Iterable
 from dataclasses import asdict
 from typing import Any, NamedTuple
 
@@ -13,7 +14,6 @@ import pandas as pd
 from faker import Faker
 from faker.providers.person import Provider
 
-from vantrel.attributes import LEARNT
 from vantrel.config import PersonLabels
 from vantrel.metadata import Nominal
 from vantrel.metadata.value import Person
@@ -42,17 +42,17 @@ class Given(Histogram[str]):
     sample.positions = positions  # type: ignore[attr-defined]  # of a function
 
 
-def names_model(model: PersonModel, fakers: dict[str, Faker]) -> PersonModel:
-    """Makes a model of all that is made up, in columns named as its attributes.
+def names_model(model: PersonModel, fakers: dict[str, Faker], made: Iterable[str]) -> PersonModel:
+    """Makes a model of what is made up, in columns named as its attributes.
 
     First and last names are always there, whatever else is made.
 
     Args:
         model: A fitted model.
         fakers: What makes the names of each place.
+        made: The attributes, none of which is learnt.
     """
-    made = {name: name for name in model.params if name not in (*LEARNT, "fullname")}
-    labels = PersonLabels(**asdict(PersonLabels()) | made)
+    labels = PersonLabels(**asdict(PersonLabels()) | {name: name for name in made})
     labels.firstname, labels.lastname, labels.country = "firstname", "lastname", _PLACE
     names = copy.copy(model)
     names._meta = Person("names", labels)

@@ -13,12 +13,13 @@ from itertools import chain
 from typing import Any
 
 import numpy as np
-import pandas as pd
 import phonenumbers
+from pandas.api.extensions import ExtensionArray
 from phonenumbers import PhoneMetadata, PhoneNumberFormat
 
 from vantrel.config import PersonModelConfig
 from vantrel.model.models.person import PersonModel
+from vantrel.sampling.texts import Places, parted
 
 # What regulators keep for plays and books, so that nobody is ever called.
 _NORTH_AMERICA = [  # of each area code, ten numbers times ten, by the North American Numbering Plan
@@ -84,33 +85,32 @@ class Numbers:
     Args:
         regions: The two-letter code of each place's country, "" where it has none.
         kind: ``mobile`` or ``fixed``.
+        otherwise: The format of places of whose numbers nothing is known.
         is_valid: Whether all shall be valid, also where some are kept for fiction.
     """
 
-    def __init__(self, regions: Iterable[str], kind: str, *, is_valid: bool) -> None:
-        of_places = [_formats(region, kind, is_valid) for region in regions]
+    def __init__(
+        self, regions: Iterable[str], kind: str, otherwise: str, *, is_valid: bool
+    ) -> None:
+        of_places = [_formats(region, kind, is_valid) or [otherwise] for region in regions]
         self._count = np.array([len(formats) for formats in of_places])
         self._start = np.cumsum(self._count) - self._count
         # Each ends with a line break, behind what is filled up.
-        width = max(map(len, chain.from_iterable(of_places)), default=0) + 1
+        width = max(map(len, chain.from_iterable(of_places))) + 1
         texts = b"".join(
             each.encode().ljust(width - 1, b"\0") + b"\n" for each in chain(*of_places)
         )
         self._formats = np.frombuffer(texts, dtype=np.uint8).reshape(-1, width)
 
-    def made(self, places: Any, rng: np.random.Generator, like: pd.Series) -> pd.Series:
-        """Gives each row a number, and keeps that of ``like`` where its place has none."""
-        members = np.flatnonzero(self._count[places] > 0)
-        of_place = places[members]
-        rows = self._formats[self._start[of_place] + rng.integers(self._count[of_place])]
+    def made(self, places: Places, rng: np.random.Generator, dtype: Any) -> ExtensionArray:
+        """Gives each row a number, of its place."""
+        rows = self._formats[self._start[places] + rng.integers(self._count[places])]
         is_open = rows == ord("x")
-        rows[is_open] = rng.integers(ord("0"), ord("9") + 1, size=is_open.sum(), dtype=np.uint8)
-        texts = rows.tobytes().translate(None, b"\0").decode("ascii").split("\n")[:-1]
-        if len(members) == len(like):
-            return pd.Series(texts, index=like.index, dtype=like.dtype)
-        made = like.to_numpy(dtype=object, copy=True)
-        made[members] = texts
-        return pd.Series(made, index=like.index, dtype=like.dtype)
+        digits = rng.integers(
+            ord("0"), ord("9") + 1, size=np.count_nonzero(is_open), dtype=np.uint8
+        )
+        rows[is_open] = digits
+        return parted(rows.tobytes().translate(None, b"\0"), dtype)
 
 
 def has_usual_format(model: PersonModel, attribute: str) -> bool:

@@ -9,15 +9,18 @@ import msgspec
 import numpy as np
 import pandas as pd
 from faker import Faker
+from pandas.api.extensions import ExtensionArray
 
+from vantrel.attributes import LEARNT
 from vantrel.errors import SamplingError, raised_by_model
 from vantrel.genders import AMBIGUOUS, KEYS, keys_of
 from vantrel.model.models.histogram import Drawn
 from vantrel.model.models.person import PersonModel
-from vantrel.rows import ANY, DrawnRows, Rows, Ways, draw_rows
+from vantrel.rows import ANY, RESERVED, Combinations, DrawnRows, Rows, Ways
 from vantrel.rows.drawing import Places
-from vantrel.sampling.addresses import Names
+from vantrel.sampling.addresses import Accounts, name_nobody
 from vantrel.sampling.names import (
+    Order,
     gendered,
     give,
     has_gendered_last_names,
@@ -26,6 +29,7 @@ from vantrel.sampling.names import (
 )
 from vantrel.sampling.phones import KIND, Numbers, has_usual_format
 from vantrel.sampling.seeding import OwnSources
+from vantrel.sampling.texts import replaced
 from vantrel.util.locale.locale import (
     Provider,
     get_country_to_provder_map,
@@ -45,12 +49,11 @@ class RealRows:
     places. So the module makes whole frames at once, from sources of the sample's own.
 
     Args:
-        model: A fitted model that has learnt rows.
+        model: A fitted model that has learnt rows; is not held, so that it may be freed before.
         conditions: What is given for any of the rows, as ``prepare_conditions`` made it.
     """
 
     def __init__(self, model: PersonModel, conditions: pd.DataFrame | None) -> None:
-        self._model = model
         rows: Rows = model.meta.rows
         labels = model.labels
         self._given: dict[str, Places] = {}
@@ -59,19 +62,21 @@ class RealRows:
             if conditions is not None and column in conditions:
                 rows, self._given[part] = _with_values(rows, part, conditions[column], model)
         self._rows = rows
-        self._keys = _keys(rows.gender, model, "gender")
-        self._title_keys = _keys(rows.title, model, "title")
-        self._ways: Ways = model.meta.ways or Ways()
-        self._places = _Places(model, rows, self._ways.locales)
-        self._accounts = Names(self._places.languages, self._places.plain)
-        self._numbers = {
-            attribute: Numbers(
-                self._places.regions, kind, is_valid=self._ways.phone_numbers == "valid"
-            )
-            for attribute, kind in KIND.items()
-            if attribute in model.params and has_usual_format(model, attribute)
-        }
-        self._sources = OwnSources(names_model(model, self._places.fakers))
+        keys, title_keys = (_keys(getattr(rows, part), model, part) for part in ("gender", "title"))
+        self._combinations = Combinations(rows, keys)
+        # The last one is of rows without a title.
+        self._by_gender, self._by_title = _numbers_of(keys), _numbers_of([*title_keys, ""])
+        self._any_keys: list[int] = []
+        if not (labels.gender or labels.title):
+            self._any_keys = [_KEYS.index(key) for key in model.config.genders]
+        ways: Ways = model.meta.ways or Ways()
+        self._places = _Places(model, rows, ways)
+        self._accounts = Accounts(self._places.languages, self._places.plain, ways.email_domain)
+        self._numbers = _numbers(model, self._places.regions, ways)
+        made = [each for each in model.params if each not in (*LEARNT, *self._numbers)]
+        self._sources = OwnSources(names_model(model, self._places.fakers, made))
+        self._params, self._learnt = model.params, model.meta.columns or []
+        self._columns = model.meta.ordered_columns(list(model.params.values()))
 
     def block(self, seed: np.random.SeedSequence, numbers: range) -> pd.DataFrame:
         """Makes the rows of some numbers in the whole sample, from a seed of their own."""
@@ -79,61 +84,95 @@ class RealRows:
         rng = names._rng
         n = len(numbers)
         given = {part: own[numbers.start : numbers.stop] for part, own in self._given.items()}
-        drawn = draw_rows(self._rows, n, rng, self._keys, given)
-        keys = self._name_keys(drawn, rng)
+        drawn = self._combinations.draw(n, rng, given)
         places = self._places.of(drawn.country, rng)
-        give(names, *self._places.settled(keys, places, rng))
+        give(names, *self._places.settled(self._name_keys(drawn, rng), places, rng))
         with told_before(), raised_by_model(SamplingError, "The model cannot make such rows"):
             people = names.sample(n)
-        self._finish(people, places, rng)
-        return self._with_gaps(self._framed(drawn, people), drawn)
+        made = {attribute: column.array for attribute, column in people.items()}
+        self._suit(made, places, rng)
+        return self._framed(self._with_gaps(self._by_column(made, drawn), drawn))
 
     def _name_keys(self, drawn: DrawnRows, rng: np.random.Generator) -> Places:
         """The gender of each name: that of the gender, or else of the title, or else any."""
-        labels = self._model.labels
-        if not (labels.gender or labels.title):
-            genders = [_KEYS.index(key) for key in self._model.config.genders]
-            return rng.choice(genders, size=len(drawn.gender))
-        by_gender, by_title = (
-            np.array([_KEYS.index(key) if key else ANY for key in keys])
-            for keys in (self._keys, [*self._title_keys, ""])
-        )
-        keys = by_gender[drawn.gender]
-        keys = np.where(keys == ANY, by_title[drawn.title], keys)
+        if self._any_keys:
+            return rng.choice(self._any_keys, size=len(drawn.gender))
+        keys = self._by_gender[drawn.gender]
+        keys = np.where(keys == ANY, self._by_title[drawn.title], keys)
         return np.where(keys == ANY, _KEYS.index(AMBIGUOUS), keys)
 
-    def _finish(self, people: pd.DataFrame, places: Places, rng: np.random.Generator) -> None:
-        """Rewrites what must suit the place of each row."""
-        people["fullname"] = self._places.full_names(
-            people["firstname"], people["lastname"], places
-        )
-        for attribute, domain in (("username", None), ("email", self._ways.email_domain)):
-            if attribute in self._model.params:
-                people[attribute] = self._accounts.accounts(people[attribute], places, domain)
+    def _suit(
+        self, made: dict[str, ExtensionArray], places: Places, rng: np.random.Generator
+    ) -> None:
+        """Rewrites or makes what must suit the place of each row."""
+        if "fullname" in made:
+            made["fullname"] = self._places.in_order(made, places)
+        if "username" in made:
+            made["username"] = self._accounts.usernames(made["username"], places)
+        if "email" in made:
+            made["email"] = self._accounts.addresses(made["email"], places)
         for attribute, numbers in self._numbers.items():
-            people[attribute] = numbers.made(places, rng, people[attribute])
+            made[attribute] = numbers.made(places, rng, made["firstname"].dtype)
 
-    def _framed(self, drawn: DrawnRows, people: pd.DataFrame) -> pd.DataFrame:
-        columns = {}
-        for attribute, column in self._model.params.items():
-            if attribute in ("gender", "title", "country"):
-                values = getattr(self._rows, attribute)
-                columns[column] = Drawn(values, getattr(drawn, attribute)).series()
-            else:
-                columns[column] = people[attribute]
-        frame = pd.DataFrame(columns)
-        return frame[self._model.meta.ordered_columns(list(frame.columns))]
+    def _by_column(
+        self, made: dict[str, ExtensionArray], drawn: DrawnRows
+    ) -> dict[str, ExtensionArray]:
+        return {
+            column: Drawn(getattr(self._rows, attribute), getattr(drawn, attribute)).series().array
+            if attribute in LEARNT
+            else made[attribute]
+            for attribute, column in self._params.items()
+        }
 
-    def _with_gaps(self, people: pd.DataFrame, drawn: DrawnRows) -> pd.DataFrame:
+    def _with_gaps(
+        self, columns: dict[str, ExtensionArray], drawn: DrawnRows
+    ) -> dict[str, ExtensionArray]:
         """Takes out what is missing; what the table did not have, where all the rest is missing."""
-        for column, missing in drawn.missing.items():
-            people[column] = people[column].mask(missing)
-        learnt = self._model.meta.columns or []
-        if made := [column for column in people if column not in learnt]:
-            blank = people[learnt].isna().all(axis="columns")
-            if learnt and blank.any():
-                people[made] = people[made].mask(blank)
-        return people
+        gaps = dict(drawn.missing)
+        if self._learnt:
+            blank = self._blank(drawn)
+            gaps |= {column: blank for column in columns if column not in self._learnt}
+        return {
+            column: pd.Series(texts).mask(gaps[column]).array
+            if column in gaps and gaps[column].any()
+            else texts
+            for column, texts in columns.items()
+        }
+
+    def _blank(self, drawn: DrawnRows) -> np.ndarray[Any, np.dtype[np.bool_]]:
+        """Tells the rows in which all columns of the table are missing."""
+        blank = np.ones(len(drawn.gender), dtype=bool)
+        for attribute, column in self._params.items():
+            if column not in self._learnt:
+                continue
+            if attribute in LEARNT:  # the last one is of rows without a title
+                is_missing = [value is None for value in (*getattr(self._rows, attribute), None)]
+                blank &= np.array(is_missing)[getattr(drawn, attribute)]
+            else:
+                blank &= drawn.missing.get(column, False)
+        return blank
+
+    def _framed(self, columns: dict[str, ExtensionArray]) -> pd.DataFrame:
+        return pd.DataFrame({column: columns[column] for column in self._columns}, copy=False)
+
+
+def _numbers(model: PersonModel, regions: Sequence[str], ways: Ways) -> dict[str, Numbers]:
+    """What makes numbers of the people's countries, where nobody has set a format."""
+    return {
+        attribute: Numbers(
+            regions,
+            kind,
+            getattr(model.config, f"{attribute}_format"),
+            is_valid=ways.phone_numbers == "valid",
+        )
+        for attribute, kind in KIND.items()
+        if attribute in model.params and has_usual_format(model, attribute)
+    }
+
+
+def _numbers_of(keys: Sequence[str]) -> Places:
+    """The numbers of keys, :data:`ANY` for an empty one."""
+    return np.array([_KEYS.index(key) if key else ANY for key in keys])
 
 
 class _Places:
@@ -148,7 +187,7 @@ class _Places:
         regions: The two-letter code of each place's country.
     """
 
-    def __init__(self, model: PersonModel, rows: Rows, locales: Mapping[str, str]) -> None:
+    def __init__(self, model: PersonModel, rows: Rows, ways: Ways) -> None:
         known = list(model.locales or ())
         weights = [1.0] * len(known)
         self._of_country = np.full(len(rows.country), ANY)
@@ -161,15 +200,20 @@ class _Places:
         if not sum(weights):  # of given countries no row was seen
             known, weights = known or [model.default_locale], [1.0] * (len(known) or 1)
         self._weights = np.array(weights) / sum(weights)
-        own = {recognise_known(place): locale for place, locale in locales.items()}
+        own = {recognise_known(place): locale for place, locale in ways.locales.items()}
         named = [own.get(recognise_known(place), place) for place in known]
         with told_before():
             made = get_country_to_provder_map(named, Provider.PERSON)
         plain = {place: made[name] for place, name in zip(known, named, strict=True)}
         self.plain = list(plain.values())
+        if ways.email_domain == RESERVED:
+            for faker in self.plain:
+                name_nobody(faker)
         self.languages = [locale_of(name)[0].partition("_")[0] for name in named]
         self.regions = [_region(place) for place in known]
-        self._orders = [order_of_names(faker) for faker in self.plain]
+        orders = [order_of_names(faker) for faker in self.plain]
+        self._orders = list(dict.fromkeys([Order(), *orders]))
+        self._order_of = np.array([self._orders.index(order) for order in orders])
         self.fakers: dict[str, Faker] = {}
         # By place and key the number of what makes the names.
         self._variants = np.zeros((len(known), len(_KEYS)), dtype=np.int64)
@@ -191,15 +235,24 @@ class _Places:
         places[unknown] = rng.choice(len(self._weights), size=int(unknown.sum()), p=self._weights)
         return places
 
-    def full_names(self, first: pd.Series, last: pd.Series, places: Places) -> pd.Series:
-        """Joins names in the order and with the separator of each row's place."""
-        is_last_first = np.array([each.is_last_first for each in self._orders])[places]
-        separators = pd.Series([each.separator for each in self._orders]).array.take(places)
-        start, end = first, last
-        if is_last_first.any():
-            start, end = last.where(is_last_first, first), first.where(is_last_first, last)
-        between = separators if len(set(self._orders)) > 1 else self._orders[0].separator
-        return start + between + end
+    def in_order(self, names: Mapping[str, ExtensionArray], places: Places) -> ExtensionArray:
+        """Gives full names, joined as in each row's place.
+
+        Args:
+            names: First and last names, and full names as the module joins them.
+            places: The place of each row.
+        """
+        full_names = names["fullname"]
+        order_of = self._order_of[places]
+        for number, order in enumerate(self._orders[1:], start=1):
+            members = np.flatnonzero(order_of == number)
+            if not len(members):
+                continue
+            parts = [names[part].take(members) for part in ("firstname", "lastname")]
+            start, end = reversed(parts) if order.is_last_first else parts
+            joined = pd.Series(start) + order.separator + pd.Series(end)
+            full_names = replaced(full_names, members, joined.astype(full_names.dtype).array)
+        return full_names
 
     def settled(
         self, keys: Places, places: Places, rng: np.random.Generator

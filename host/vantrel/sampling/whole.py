@@ -75,7 +75,8 @@ def sample(
         show_values=show_values,
         exact=exact,
     )
-    people = pd.concat(list(sample_blocks(model, plan, given)))
+    blocks = list(sample_blocks(model, plan, given))
+    people = blocks[0] if len(blocks) == 1 else pd.concat(blocks)
     if conditions is not None:
         people = _beside(as_frame(conditions), people)
     people.attrs["seed"] = plan.seed
