@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Mapping, Sequence
+from collections.abc import Sequence
 from typing import Any
 
 import msgspec
@@ -17,20 +17,22 @@ from vantrel.model.models.person import PersonModel
 from vantrel.rows import ANY, DrawnRows, Rows, Ways, draw_rows
 from vantrel.rows.drawing import Places
 from vantrel.sampling.addresses import Names
+from vantrel.sampling.latin import LatinNames
 from vantrel.sampling.names import (
     gendered,
     give,
     has_gendered_last_names,
     names_model,
     order_of_names,
+    order_of_table,
 )
-from vantrel.sampling.phones import KIND, Numbers, has_usual_format
+from vantrel.sampling.phones import Numbers, number_formats, region_of
+from vantrel.sampling.places import with_names_of
 from vantrel.sampling.seeding import OwnSources
 from vantrel.util.locale.locale import (
     Provider,
     get_country_to_provder_map,
     locale_of,
-    recognise_known,
     told_before,
     unknown_places,
 )
@@ -62,14 +64,13 @@ class RealRows:
         self._keys = _keys(rows.gender, model, "gender")
         self._title_keys = _keys(rows.title, model, "title")
         self._ways: Ways = model.meta.ways or Ways()
-        self._places = _Places(model, rows, self._ways.locales)
+        self._places = _Places(model, rows, self._ways)
         self._accounts = Names(self._places.languages, self._places.plain)
+        self._latin = LatinNames(self._places.plain) if self._ways.latin else None
         self._numbers = {
-            attribute: Numbers(
-                self._places.regions, kind, is_valid=self._ways.phone_numbers == "valid"
-            )
-            for attribute, kind in KIND.items()
-            if attribute in model.params and has_usual_format(model, attribute)
+            attribute: Numbers(formats)
+            for attribute, formats in number_formats(model, self._places.regions).items()
+            if any(formats)
         }
         self._sources = OwnSources(names_model(model, self._places.fakers))
 
@@ -104,6 +105,9 @@ class RealRows:
 
     def _finish(self, people: pd.DataFrame, places: Places, rng: np.random.Generator) -> None:
         """Rewrites what must suit the place of each row."""
+        if self._latin:
+            for name in ("firstname", "lastname"):
+                people[name] = self._latin.written(people[name], places)
         people["fullname"] = self._places.full_names(
             people["firstname"], people["lastname"], places
         )
@@ -148,7 +152,7 @@ class _Places:
         regions: The two-letter code of each place's country.
     """
 
-    def __init__(self, model: PersonModel, rows: Rows, locales: Mapping[str, str]) -> None:
+    def __init__(self, model: PersonModel, rows: Rows, ways: Ways) -> None:
         known = list(model.locales or ())
         weights = [1.0] * len(known)
         self._of_country = np.full(len(rows.country), ANY)
@@ -161,28 +165,33 @@ class _Places:
         if not sum(weights):  # of given countries no row was seen
             known, weights = known or [model.default_locale], [1.0] * (len(known) or 1)
         self._weights = np.array(weights) / sum(weights)
-        own = {recognise_known(place): locale for place, locale in locales.items()}
-        named = [own.get(recognise_known(place), place) for place in known]
+        named = with_names_of(known, ways.locales)
         with told_before():
             made = get_country_to_provder_map(named, Provider.PERSON)
         plain = {place: made[name] for place, name in zip(known, named, strict=True)}
         self.plain = list(plain.values())
         self.languages = [locale_of(name)[0].partition("_")[0] for name in named]
-        self.regions = [_region(place) for place in known]
-        self._orders = [order_of_names(faker) for faker in self.plain]
+        self.regions = [region_of(place) for place in known]
+        self._orders = [
+            order_of_table(ways.full_names)
+            if ways.full_names
+            else order_of_names(faker, in_latin=ways.latin)
+            for faker in self.plain
+        ]
+        self._has_capitals = "LAST" in (ways.full_names or "")
         self.fakers: dict[str, Faker] = {}
         # By place and key the number of what makes the names.
         self._variants = np.zeros((len(known), len(_KEYS)), dtype=np.int64)
         self._is_gendered = np.array([has_gendered_last_names(plain[each]) for each in known])
         for place, country in enumerate(known):
-            ways = (
+            twins = (
                 [gendered(plain[country], key) for key in "FM"] if self._is_gendered[place] else []
             )
             self._variants[place] = len(self.fakers)
             self.fakers[country] = plain[country]
-            for key, way in zip("FM", ways, strict=False):
+            for key, twin in zip("FM", twins, strict=False):
                 self._variants[place, _KEYS.index(key)] = len(self.fakers)
-                self.fakers[f"{country}\n{key}"] = way
+                self.fakers[f"{country}\n{key}"] = twin
 
     def of(self, countries: Places, rng: np.random.Generator) -> Places:
         """Gives each row's place, and draws one where its country is not known."""
@@ -195,6 +204,7 @@ class _Places:
         """Joins names in the order and with the separator of each row's place."""
         is_last_first = np.array([each.is_last_first for each in self._orders])[places]
         separators = pd.Series([each.separator for each in self._orders]).array.take(places)
+        last = last.str.upper() if self._has_capitals else last
         start, end = first, last
         if is_last_first.any():
             start, end = last.where(is_last_first, first), first.where(is_last_first, last)
@@ -213,11 +223,6 @@ class _Places:
         keys = keys.copy()
         keys[others] = rng.integers(0, 2, size=int(others.sum()))
         return Drawn(_KEYS, keys), Drawn(list(self.fakers), self._variants[places, keys])
-
-
-def _region(place: str) -> str:
-    found = recognise_known(place)
-    return found.country or found.locale.partition("_")[2]
 
 
 def _rows_of(rows: Rows, place: int) -> float:
