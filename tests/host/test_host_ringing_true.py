@@ -24,13 +24,15 @@ LOCALES = [each for each in valid_locales(Provider.PERSON) if each != "fr_QC"]  
 
 
 def table(places: list[str], rows: int = 100) -> pd.DataFrame:
-    return pd.DataFrame({"sex": ["f", "m"] * (rows // 2 * len(places)), "land": places * rows})
+    """As many women as men of each place."""
+    land = [place for place in places for _ in range(rows)]
+    return pd.DataFrame({"sex": ["f", "m"] * (len(land) // 2), "land": land})
 
 
 def sampled(places: list[str], rows: int = 100, ways: Ways | None = None) -> pd.DataFrame:
     generated = ["firstname", "lastname", "fullname", "email", "username"]
     generated += ["mobile_number", "home_number", "work_number"]
-    df = table(places, rows).sort_values("land", ignore_index=True)
+    df = table(places, rows)
     model = vantrel.fit(df, gender="sex", country="land", detect=False, generate=generated)
     model.meta.ways = ways or model.meta.ways
     return vantrel.sample(model, conditions=df, seed=3)

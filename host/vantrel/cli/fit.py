@@ -76,9 +76,7 @@ def _by_country(
     help="Numbers that are kept for fiction, where a country has such, or valid ones everywhere."
     " [default: fiction]",
 )
-@click.option(
-    "--latin", is_flag=True, help="Write names in Latin letters, whatever a country has."
-)
+@click.option("--latin", is_flag=True, help="Write names in Latin letters, whatever a country has.")
 @click.option(
     "--min-count",
     metavar="ROWS",

@@ -13,8 +13,8 @@ from faker import Faker
 
 from vantrel.sampling.names import readings_of
 
-# The blocks of Unicode that have Latin letters with marks, up to the last letter of each.
-_LATIN = re.compile("[\0-\u024f\u1e00-\u1eff\u2010-\u201f]*")
+# The blocks of Unicode that have Latin letters, and the marks that stand between these.
+_LATIN = re.compile("[\0-\u02ff\u1e00-\u1eff\u2010-\u201f]*")
 # A soft sign and the like is no letter here.
 _NO_LETTERS = re.compile("[^A-Za-z. -]")
 _WORD = re.compile("[^ -]+")

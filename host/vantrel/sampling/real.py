@@ -204,7 +204,7 @@ class _Places:
         """Joins names in the order and with the separator of each row's place."""
         is_last_first = np.array([each.is_last_first for each in self._orders])[places]
         separators = pd.Series([each.separator for each in self._orders]).array.take(places)
-        last = last.str.upper() if self._has_capitals else last
+        last = _in_capitals(last) if self._has_capitals else last
         start, end = first, last
         if is_last_first.any():
             start, end = last.where(is_last_first, first), first.where(is_last_first, last)
@@ -223,6 +223,13 @@ class _Places:
         keys = keys.copy()
         keys[others] = rng.integers(0, 2, size=int(others.sum()))
         return Drawn(_KEYS, keys), Drawn(list(self.fakers), self._variants[places, keys])
+
+
+def _in_capitals(names: pd.Series) -> pd.Series:
+    """Writes names in capitals as Python does; pyarrow would leave "ß" one letter."""
+    codes, distinct = names.factorize()
+    capitals = np.array([name.upper() for name in distinct.tolist()], dtype=object)
+    return pd.Series(capitals[codes], index=names.index, dtype=names.dtype)
 
 
 def _rows_of(rows: Rows, place: int) -> float:

@@ -44,9 +44,7 @@ def _lithuanian(provider: Any, gender: str) -> Lists:
 def _formed(names: Sequence[str], endings: Sequence[tuple[str, str]]) -> list[str]:
     """Gives names their other endings."""
     return [
-        next(
-            (name.removesuffix(end) + other for end, other in endings if name.endswith(end)), name
-        )
+        next((name.removesuffix(end) + other for end, other in endings if name.endswith(end)), name)
         for name in names
     ]
 
