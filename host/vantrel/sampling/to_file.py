@@ -89,9 +89,10 @@ def sample_to_file(
         exact=exact,
     )
     with progress(plan.rows) as further:
-        blocks = sample_blocks(loaded.model, plan, given)
-        people = _told(map(partial(beside, wanted), blocks), further)
-        write_table(people, output, csv_safe=csv_safe, force=force)
+        people = sample_blocks(loaded.model, plan, given)
+        if wanted is not None:
+            people = map(partial(beside, wanted), people)
+        write_table(_told(people, further), output, csv_safe=csv_safe, force=force)
     told = {"csv_safe": csv_safe} | (_told_of(conditions) if conditions else {})
     record = record_of(loaded, plan, **told)
     if is_recorded:

@@ -84,11 +84,9 @@ def sample(
     return people
 
 
-def beside(conditions: pd.DataFrame | None, people: pd.DataFrame) -> pd.DataFrame:
-    """Puts the columns that conditions have more beside people; the index is the number of a row."""
-    further = [name for name in conditions if name not in people] if conditions is not None else []
-    if conditions is None or not further:
-        return people
+def beside(conditions: pd.DataFrame, people: pd.DataFrame) -> pd.DataFrame:
+    """Puts the further columns of conditions beside people, whose index are the numbers of rows."""
+    further = [name for name in conditions if name not in people]
     rows = conditions[further].iloc[people.index].set_axis(people.index)
     return pd.concat([people, rows], axis="columns")
 

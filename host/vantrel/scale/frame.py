@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Iterable
+from typing import Any
 
 import dask.dataframe as dd
 import pandas as pd
@@ -25,7 +26,7 @@ def sample(
     npartitions: int | None = None,
     unique: Iterable[str] = (),
     exact: bool = False,
-    conditions: None = None,
+    conditions: Any = None,
 ) -> dd.DataFrame:
     """Samples people as a Dask frame, which is computed where and when Dask is told to.
 
