@@ -76,6 +76,7 @@ def _by_country(
     help="Numbers that are kept for fiction, where a country has such, or valid ones everywhere."
     " [default: fiction]",
 )
+@click.option("--latin", is_flag=True, help="Write names in Latin letters, whatever a country has.")
 @click.option(
     "--min-count",
     metavar="ROWS",
@@ -104,6 +105,7 @@ def fit(
     min_count: int,
     email_domain: str | None,
     phone_numbers: str | None,
+    latin: bool,
     force: bool,
 ) -> None:
     """Learn from a table and write a model file.
@@ -132,8 +134,8 @@ def fit(
 
     loaded = load_settings(config_file) if config_file else None
     ways = loaded.ways if loaded else {}
-    named_ways = {"email_domain": email_domain, "phone_numbers": phone_numbers}
-    ways |= {name: value for name, value in named_ways.items() if value is not None}
+    named_ways = {"email_domain": email_domain, "phone_numbers": phone_numbers, "latin": latin}
+    ways |= {name: value for name, value in named_ways.items() if value}
     with open_table(table, separator=separator, encoding=encoding, empty_is_missing=True) as opened:
         model = vantrel.fit(
             opened,
@@ -144,7 +146,7 @@ def fit(
             detect=not no_detect,
             show_values=show_values,
             min_count=min_count,
-            **ways,  # type: ignore[arg-type]  # texts, by name
+            **ways,
             **columns,
         )
     vantrel.save(model, output, force=force)

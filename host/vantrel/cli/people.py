@@ -24,6 +24,8 @@ def _by_share(
     shares: dict[str, float] = {}
     for value in values:
         name, _, share = value.partition("=")
+        if name in shares:
+            raise click.BadParameter(f"{name!r} is given twice.")
         try:
             shares[name] = float(share or 1)
         except ValueError:

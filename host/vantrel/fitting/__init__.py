@@ -7,6 +7,7 @@ from collections.abc import Collection, Iterable, Mapping, Sequence
 from dataclasses import dataclass
 from typing import Any, Protocol, Unpack, runtime_checkable
 
+import msgspec
 import pandas as pd
 
 from vantrel.arguments import as_frame
@@ -14,6 +15,7 @@ from vantrel.attributes import PersonColumns
 from vantrel.config import PersonModelConfig
 from vantrel.detection import NOTHING
 from vantrel.detection import detect as find
+from vantrel.detection.full_names import full_names_of
 from vantrel.detection.values import SAMPLE_SIZE
 from vantrel.errors import FittingError, raised_by_model
 from vantrel.fitting.checks import (
@@ -30,8 +32,9 @@ from vantrel.fitting.checks import (
 from vantrel.fitting.counted import fit_counts, learnt_columns
 from vantrel.fitting.notes import notes
 from vantrel.hints import showing_values
+from vantrel.metadata.value import Person
 from vantrel.model.models.person import PersonModel
-from vantrel.rows import DEFAULT_MIN_COUNT, RESERVED, learn_rows
+from vantrel.rows import DEFAULT_MIN_COUNT, RESERVED, Ways, learn_rows
 from vantrel.sampling.places import places_of
 from vantrel.tables import TableCounts, count_frame
 from vantrel.util.locale.locale import refuse_unknown, told_before, warn_of_borrowed
@@ -88,6 +91,8 @@ class FitKeywords(PersonColumns, total=False):
     min_count: int
     email_domain: str
     phone_numbers: str
+    phone_formats: Mapping[str, Mapping[str, str]] | None
+    latin: bool
 
 
 def fit(
@@ -102,6 +107,8 @@ def fit(
     min_count: int = DEFAULT_MIN_COUNT,
     email_domain: str = RESERVED,
     phone_numbers: str = "fiction",
+    phone_formats: Mapping[str, Mapping[str, str]] | None = None,
+    latin: bool = False,
     **columns: Unpack[PersonColumns],
 ) -> PersonModel:
     """Learns from a table of people.
@@ -130,6 +137,9 @@ def fit(
         phone_numbers: "fiction" are numbers that regulators keep for it, in countries that have
             such, and valid ones elsewhere; "valid" are valid ones everywhere. A format of
             ``config`` comes first.
+        phone_formats: The formats of some countries, which come before all else: ``{"DE":
+            {"mobile_number": "0151 xxxxxxx"}}``. Each "x" becomes a digit.
+        latin: Whether names are written in Latin letters, also in countries that have others.
         columns: The column of each attribute, as in ``gender="sex"``. The attributes are gender,
             title, firstname, lastname, fullname, email, username, password, mobile_number,
             home_number, work_number and country.
@@ -157,13 +167,17 @@ def fit(
     generated = check_request(named, generate, ignore, locales, detect=detect)
     check_min_count(min_count)
     refuse_unknown([*of_countries, *of_countries.values()])
-    ways = check_ways(email_domain, phone_numbers, of_countries)
+    ways = check_ways(
+        email_domain=email_domain,
+        phone_numbers=phone_numbers,
+        locales=of_countries,
+        latin=latin,
+        phone_formats={} if phone_formats is None else phone_formats,
+    )
     refuse_unknown(locales or ())
     config = PersonModelConfig() if config is None else config
     with showing_values(show_values):
-        model = _fitted(df, named, generated, locales, config, ignore, detect, min_count)
-    model.meta.ways = ways
-    return model
+        return _fitted(df, named, generated, locales, config, ways, ignore, detect, min_count)
 
 
 def _fitted(
@@ -172,6 +186,7 @@ def _fitted(
     generated: list[str],
     locales: Sequence[str] | None,
     config: PersonModelConfig,
+    ways: Ways,
     ignore: Collection[str],
     detect: bool,
     min_count: int,
@@ -195,6 +210,7 @@ def _fitted(
         else:
             model = fit_counts(counts.without(hidden), list(first.columns), meta, config)
     meta.rows = learnt.rows
+    meta.ways = msgspec.structs.replace(ways, full_names=_full_names(first, meta))
     warn_of_borrowed(places_of(model))
     meta.learnt_from = counts.rows
     meta.told_by = {choice.attribute: choice.reason for choice in found.choices}
@@ -210,3 +226,9 @@ def _fitted(
     for note in meta.notes:
         _log.info(note)
     return model
+
+
+def _full_names(first: pd.DataFrame, meta: Person) -> str | None:
+    """How the table writes full names, if it has such in a way of its own."""
+    column = meta.labels.fullname
+    return full_names_of(first[column]) if column in first else None

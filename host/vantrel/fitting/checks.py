@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Collection, Iterable, Mapping, Sequence
+from typing import Any
 
 import msgspec
 import pandas as pd
@@ -11,7 +12,7 @@ from vantrel.arguments import kind_of, refuse_text
 from vantrel.attributes import ATTRIBUTES
 from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.detection import Detection
-from vantrel.errors import ArgumentError, ArgumentTypeError, FittingError
+from vantrel.errors import ArgumentError, ArgumentTypeError, FittingError, UnknownPlaceError
 from vantrel.fitting.notes import doubt_note
 from vantrel.hints import argument, did_you_mean, listed, shows_values, unnamed
 from vantrel.metadata.value import Person
@@ -118,19 +119,28 @@ def check_min_count(min_count: int) -> None:
         raise ArgumentError(f"'min_count' is an integer from 1 on, not {min_count!r}.")
 
 
-def check_ways(email_domain: object, phone_numbers: object, locales: Mapping[str, str]) -> Ways:
-    """Gives how people are reached, and refuses what is no domain and no kind of numbers."""
-    try:
-        form = {"email_domain": email_domain, "phone_numbers": phone_numbers}
-        return msgspec.convert(form | {"locales": dict(locales)}, Ways)
-    except msgspec.ValidationError:
-        pass
-    if phone_numbers not in ("fiction", "valid"):
-        raise ArgumentError(f"'phone_numbers' are 'fiction' or 'valid', not {phone_numbers!r}.")
-    raise ArgumentError(
-        f"'email_domain' is a domain such as 'example.org', or 'reserved' or 'as-made', not"
-        f" {shown(repr(email_domain))}."
-    )
+# What is wanted of each argument that tells how people are reached.
+_WANTED = {
+    "email_domain": "is a domain such as 'example.org', or 'reserved' or 'as-made'",
+    "phone_numbers": "are 'fiction' or 'valid'",
+    "latin": "is True or False",
+    "phone_formats": "are formats by country, as in {'DE': {'mobile_number': '0151 xxxxxxx'}}",
+}
+
+
+def check_ways(**asked: Any) -> Ways:
+    """Gives how people are reached, and refuses what cannot be done so.
+
+    The arguments are fields of :class:`vantrel.rows.Ways`.
+    """
+    for name, value in asked.items():
+        try:
+            msgspec.convert({name: value}, Ways)
+        except msgspec.ValidationError as error:
+            if isinstance(error.__cause__, UnknownPlaceError):
+                raise error.__cause__ from None
+            raise ArgumentError(f"{name!r} {_WANTED[name]}, not {shown(repr(value))}.") from None
+    return Ways(**asked)
 
 
 def hidden_values(learnt: LearntRows, counts: TableCounts, meta: Person) -> dict[str, set[str]]:

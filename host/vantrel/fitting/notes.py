@@ -14,8 +14,15 @@ from vantrel.genders import learnt_by_gender, understood
 from vantrel.hints import argument, listed, shows_values, unnamed
 from vantrel.model.models.person import PersonModel
 from vantrel.rows.form import MOST_COMBINATIONS
+from vantrel.sampling.names import has_gendered_first_names
+from vantrel.sampling.places import places_of, with_names_of
 from vantrel.tables import TableCounts
-from vantrel.util.locale.locale import unknown_places
+from vantrel.util.locale.locale import (
+    Provider,
+    get_country_to_provder_map,
+    told_before,
+    unknown_places,
+)
 from vantrel.wording import counted, percent, shown, some
 
 _MOST_SHOWN = 5
@@ -52,6 +59,8 @@ def notes(
         *_of_too_many(has_too_many),
         *_of_equal_genders(model),
         *([] if located else _of_places(model)),
+        *_of_first_names(model),
+        *_of_full_names(model),
         *_of_the_rest(model, first.columns.tolist()),
     ]
 
@@ -173,6 +182,27 @@ def _of_places(model: PersonModel) -> Iterator[str]:
         yield (
             f"There is no column of countries, so all people get names of {locale}:"
             f" {argument('locales', ['DE'])}, say, changes that."
+        )
+
+
+def _of_first_names(model: PersonModel) -> Iterator[str]:
+    if not _makes_by(model, "gender"):
+        return
+    places = with_names_of(places_of(model), model.meta.ways.locales)
+    with told_before():
+        fakers = get_country_to_provder_map(places, Provider.PERSON)
+    if mixed := [place for place in fakers if not has_gendered_first_names(fakers[place])]:
+        yield (
+            "Faker does not tell first names of women and men apart in these countries and locales,"
+            f" so there they do not follow the gender: {listed(mixed)}."
+        )
+
+
+def _of_full_names(model: PersonModel) -> Iterator[str]:
+    if way := model.meta.ways.full_names:
+        yield (
+            f"Column {model.labels.fullname!r} has names that are written {way!r}, so samples have"
+            " them written so, in all countries."
         )
 
 

@@ -3,7 +3,8 @@
 from __future__ import annotations
 
 import json
-from dataclasses import fields
+
+from msgspec import structs
 
 from vantrel.arguments import check_model
 from vantrel.attributes import ATTRIBUTES, PHONES
@@ -11,6 +12,7 @@ from vantrel.config import PersonModelConfig
 from vantrel.genders import KEYS, learnt_by_gender, understood
 from vantrel.model.models.person import PersonModel
 from vantrel.reporting.sections import Section, Sections
+from vantrel.rows import Ways
 from vantrel.sampling.phones import has_usual_format
 from vantrel.sampling.places import places_of
 from vantrel.util.locale.locale import locale_of
@@ -42,7 +44,7 @@ def describe(model: PersonModel) -> Sections:
     ]
     if model.meta.rows is not None and model.meta.rows.left_out:
         sections.append(Section("Left out as too rare", ("Column", "Values", "Rows"), _rare(model)))
-    if changed := _changed_settings(model.config):
+    if changed := _changed_settings(model):
         sections.append(Section("Settings that are not the default", ("", ""), changed))
     if model.meta.notes:
         sections.append(Section("Notes", ("",), [(note,) for note in model.meta.notes]))
@@ -81,8 +83,12 @@ def _made_in_rows(model: PersonModel, attribute: str) -> str:
     if attribute in PHONES and has_usual_format(model, attribute):
         return "a number of the row's country"
     if attribute == "email":
-        return f"username and a domain ({model.meta.ways.email_domain})"
+        return f"username and a domain ({_ways(model).email_domain})"
     return ""
+
+
+def _ways(model: PersonModel) -> Ways:
+    return model.meta.ways or Ways()
 
 
 def _sources(model: PersonModel) -> list[str]:
@@ -139,11 +145,11 @@ def _rare(model: PersonModel) -> _Rows:
     ]
 
 
-def _changed_settings(config: PersonModelConfig) -> _Rows:
-    usual = PersonModelConfig()
-    settings = {field.name: getattr(config, field.name) for field in fields(PersonModelConfig)}
+def _changed_settings(model: PersonModel) -> _Rows:
+    usual = {**vars(PersonModelConfig()), **structs.asdict(Ways())}
+    settings = {**vars(model.config), **structs.asdict(_ways(model))}
     return [
-        (name, json.dumps(value, ensure_ascii=False))
-        for name, value in settings.items()
-        if value != getattr(usual, name)
+        (name, json.dumps(settings[name], ensure_ascii=False))
+        for name, value in usual.items()
+        if settings[name] != value
     ]

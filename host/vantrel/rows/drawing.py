@@ -70,7 +70,7 @@ class Combinations:
         return DrawnRows(gender, title, country, _gaps(rows, gaps, rng))
 
     def _drawn(self, n: int, rng: np.random.Generator, given: Mapping[str, Places]) -> Places:
-        """Draws combinations that have what is given, group by group of rows of which the same is."""
+        """Draws combinations that have what is given, by groups of rows of which the same is."""
         if not given:
             return _choice(self._weights, n, rng)
         asked = np.stack(list(given.values()), axis=1)

@@ -30,6 +30,12 @@ Column = Annotated[str, Meta(min_length=1, max_length=1_000)]
 RESERVED, AS_MADE = "reserved", "as-made"
 """Domains that belong to nobody, and those that Faker makes."""
 
+type PhoneFormat = Annotated[str, Meta(min_length=1, max_length=100, pattern=r"^[ -~]*\Z")]
+"""A number in which each "x" stands for any digit."""
+
+FULL_NAMES = ("Last, First", "LAST, First", "LAST First", "First LAST")
+"""How a table may write full names, if not as each language does."""
+
 _HTML_LABEL = "[a-zA-Z0-9]([a-zA-Z0-9-]{0,61}[a-zA-Z0-9])?"
 
 
@@ -42,17 +48,27 @@ class Ways(Struct, forbid_unknown_fields=True, frozen=True):
         phone_numbers: "fiction" for numbers that regulators keep for it, and valid ones in
             countries without such; "valid" for valid ones everywhere.
         locales: The locales of Faker whose names the people of some countries get.
+        latin: Whether names are written in Latin letters, whatever the language's own are.
+        phone_formats: The formats of some attributes' numbers in some countries. They come before
+            all else that tells how numbers are made.
+        full_names: How full names are written, one of :data:`FULL_NAMES`; None for the way of each
+            language.
     """
 
     email_domain: Annotated[
         str,
-        Meta(max_length=253, pattern=rf"^(reserved|as-made|{_HTML_LABEL}(\.{_HTML_LABEL})+)$"),
+        Meta(max_length=253, pattern=rf"^(reserved|as-made|{_HTML_LABEL}(\.{_HTML_LABEL})+)\Z"),
     ] = RESERVED
     phone_numbers: Literal["fiction", "valid"] = "fiction"
     locales: dict[str, str] = {}
+    latin: bool = False
+    phone_formats: dict[
+        str, dict[Literal["mobile_number", "home_number", "work_number"], PhoneFormat]
+    ] = {}
+    full_names: Literal[FULL_NAMES] | None = None
 
     def __post_init__(self) -> None:
-        refuse_unknown([*self.locales, *self.locales.values()])
+        refuse_unknown([*self.locales, *self.locales.values(), *self.phone_formats])
 
 
 class LeftOut(Struct, forbid_unknown_fields=True, frozen=True):

@@ -14,6 +14,7 @@ from faker import Faker
 from pandas.api.extensions import ExtensionArray
 
 from vantrel.rows.form import AS_MADE, RESERVED
+from vantrel.sampling.names import readings_of
 from vantrel.sampling.texts import Places, joined, lines_of, parted, replaced
 
 # What a language makes of its letters where they cannot be written, if not just the plain letter.
@@ -177,8 +178,5 @@ def _without_domains(lines: bytes, *, keep_label: bool) -> bytes:
 
 def _readings(faker: Faker) -> dict[str, str]:
     """How names that are written in signs are read, where Faker tells, the longest first."""
-    (generator,) = faker.factories
-    provider = generator.first_name.__self__
-    pairs = [*getattr(provider, "first_name_pairs", ()), *getattr(provider, "last_name_pairs", ())]
-    found = {written: read.lower() for written, _, read in pairs}
+    found = {written: read.lower() for written, read in readings_of(faker).items()}
     return dict(sorted(found.items(), key=lambda item: -len(item[0])))

@@ -7,6 +7,7 @@ import re
 from collections import Counter
 from collections.abc import Iterable
 from dataclasses import asdict
+from types import MethodType
 from typing import Any, NamedTuple
 
 import numpy as np
@@ -19,6 +20,7 @@ from vantrel.metadata import Nominal
 from vantrel.metadata.value import Person
 from vantrel.model.models.histogram import Drawn, Histogram
 from vantrel.model.models.person import PersonModel
+from vantrel.sampling.surnames import lists_of_one_gender
 from vantrel.util.locale.copies import copied
 
 _PLACE = "place"
@@ -70,23 +72,44 @@ def give(model: PersonModel, keys: Drawn, places: Drawn) -> None:
 
 
 def gendered(faker: Faker, key: str) -> Faker:
-    """Copies an instance so that its last names are those of one gender."""
+    """Copies an instance so that its names are those of one gender."""
     twin = copied(faker)
     (generator,) = twin.factories
     gender = "female" if key == "F" else "male"
     own = getattr(generator, f"last_name_{gender}")
-    if hasattr(own.__self__, f"last_names_{gender}") and not _is_own(own):
-        own.__self__.last_names = getattr(own.__self__, f"last_names_{gender}")
+    provider = own.__self__
+    if lists := _lists_of(provider, gender, own):
+        vars(provider).update(lists)
+        generator.last_name = MethodType(Provider.last_name, provider)
     else:
         generator.last_name = own
     return twin
 
 
+def _lists_of(provider: Any, gender: str, own: Any) -> dict[str, Any]:
+    """The lists that make a provider draw names of one gender, where lists do."""
+    has_list = hasattr(provider, f"last_names_{gender}") and not _is_own(own)
+    if has_list:
+        return {"last_names": getattr(provider, f"last_names_{gender}")}
+    return dict(lists_of_one_gender(provider, gender))
+
+
 def has_gendered_last_names(faker: Faker) -> bool:
-    """Whether Faker knows different last names of women and men for a place."""
+    """Whether last names of women and men are known to differ in a place."""
     (generator,) = faker.factories
-    provider = generator.last_name_female.__self__
-    return _is_own(generator.last_name_female) or hasattr(provider, "last_names_female")
+    own = generator.last_name_female
+    return _is_own(own) or bool(_lists_of(own.__self__, "female", own))
+
+
+def has_gendered_first_names(faker: Faker) -> bool:
+    """Whether first names of women and men are told apart in a place."""
+    (generator,) = faker.factories
+    own = generator.first_name_female
+    return (
+        _is_own(own)
+        or hasattr(own.__self__, "first_names_female")
+        or "first_names_female" in lists_of_one_gender(own.__self__, "female")
+    )
 
 
 def _is_own(method: Any) -> bool:
@@ -102,17 +125,37 @@ class Order(NamedTuple):
     separator: str = " "
 
 
-_TWO_NAMES = re.compile(r"\{\{(first|last)_name\w*\}\}([^{}]*)\{\{(first|last)_name\w*\}\}")
+_TWO_NAMES = re.compile(r"\{\{(first|last)_\w*name\w*\}\}([^{}]*)\{\{(first|last)_\w*name\w*\}\}")
 
 
-def order_of_names(faker: Faker) -> Order:
-    """Tells the order and the separator of names by Faker's own formats, the likeliest of them."""
+def order_of_names(faker: Faker, *, in_latin: bool = False) -> Order:
+    """Tells the order and the separator of names by Faker's own formats, the likeliest of them.
+
+    In Latin letters they are separate words, and have an order of their own where Faker tells it.
+    """
     (generator,) = faker.factories
-    formats = getattr(generator.first_name.__self__, "formats", ())
+    provider = generator.first_name.__self__
+    formats = getattr(provider, "formats", ())
+    if in_latin:
+        formats = getattr(provider, "romanized_formats", formats)
     weights = formats if isinstance(formats, dict) else dict.fromkeys(formats, 1)
     found: Counter[Order] = Counter()
     for text, weight in weights.items():
         match = _TWO_NAMES.fullmatch(text)
         if match and match[1] != match[3]:
-            found[Order(match[1] == "last", match[2])] += weight
+            found[Order(match[1] == "last", match[2] or (" " if in_latin else ""))] += weight
     return found.most_common(1)[0][0] if found else Order()
+
+
+def order_of_table(full_names: str) -> Order:
+    """Tells the order and the separator of names in a table, by one of its ``FULL_NAMES``."""
+    separator = ", " if "," in full_names else " "
+    return Order(full_names.lower().startswith("last"), separator)
+
+
+def readings_of(faker: Faker) -> dict[str, str]:
+    """How names that are written in signs are read, where Faker tells."""
+    (generator,) = faker.factories
+    provider = generator.first_name.__self__
+    pairs = [*getattr(provider, "first_name_pairs", ()), *getattr(provider, "last_name_pairs", ())]
+    return {written: read for written, _, read in pairs}

@@ -7,25 +7,23 @@ from __future__ import annotations
 
 import random
 import re
-from collections.abc import Iterable
+from collections.abc import Iterable, Sequence
 from functools import cache
 from itertools import chain
 from typing import Any
 
 import numpy as np
 import phonenumbers
-from pandas.api.extensions import ExtensionArray
-from phonenumbers import PhoneMetadata, PhoneNumberFormat
+from pandas.api.extensions import ExtensionArray, ExtensionDtype
+from phonenumbers import PhoneMetadata, PhoneNumberDesc, PhoneNumberFormat
 
 from vantrel.config import PersonModelConfig
 from vantrel.model.models.person import PersonModel
-from vantrel.sampling.texts import Places, parted
+from vantrel.rows import Ways
+from vantrel.sampling.texts import Places, parted, replaced
+from vantrel.util.locale.locale import recognise_known
 
 # What regulators keep for plays and books, so that nobody is ever called.
-_NORTH_AMERICA = [  # of each area code, ten numbers times ten, by the North American Numbering Plan
-    f"({area}) 555-01xx" for area in (202, 212, 213, 305, 312, 404, 415, 512, 602, 617, 702, 713)
-]
-_CANADA = [f"({area}) 555-01xx" for area in (204, 403, 416, 418, 506, 514, 604, 613, 709, 902)]
 _BRITISH_CITIES = (113, 114, 115, 116, 117, 118, 121, 131, 141, 151, 161)
 _FICTION: dict[str, dict[str, list[str]]] = {
     # Ofcom, "Telephone numbers for use in TV and radio drama programmes"
@@ -40,8 +38,6 @@ _FICTION: dict[str, dict[str, list[str]]] = {
             "01632 960xxx",
         ],
     },
-    "US": {"mobile": _NORTH_AMERICA, "fixed": _NORTH_AMERICA},
-    "CA": {"mobile": _CANADA, "fixed": _CANADA},
     # ARCEP, decision 2018-0881, numbers for audiovisual works
     "FR": {
         "mobile": ["06 39 98 xx xx"],
@@ -69,6 +65,9 @@ _FICTION: dict[str, dict[str, list[str]]] = {
         "fixed": [f"(0{area}) {start} xxxx" for area in (2, 3, 7, 8) for start in (5550, 7010)],
     },
 }
+# There the North American Numbering Plan keeps a hundred numbers of each area code.
+_NORTH_AMERICA = ("CA", "US")
+_AREA_CODES = range(200, 1_000)
 
 KIND = {"mobile_number": "mobile", "home_number": "fixed", "work_number": "fixed"}
 
@@ -83,16 +82,11 @@ class Numbers:
     """Makes numbers of one kind for the people of places.
 
     Args:
-        regions: The two-letter code of each place's country, "" where it has none.
-        kind: ``mobile`` or ``fixed``.
-        otherwise: The format of places of whose numbers nothing is known.
-        is_valid: Whether all shall be valid, also where some are kept for fiction.
+        of_places: The formats of each place, as :func:`formats_of` gives them; none where a number
+            stays as it is.
     """
 
-    def __init__(
-        self, regions: Iterable[str], kind: str, otherwise: str, *, is_valid: bool
-    ) -> None:
-        of_places = [_formats(region, kind, is_valid) or [otherwise] for region in regions]
+    def __init__(self, of_places: Sequence[Sequence[str]]) -> None:
         self._count = np.array([len(formats) for formats in of_places])
         self._start = np.cumsum(self._count) - self._count
         # Each ends with a line break, behind what is filled up.
@@ -101,16 +95,31 @@ class Numbers:
             each.encode().ljust(width - 1, b"\0") + b"\n" for each in chain(*of_places)
         )
         self._formats = np.frombuffer(texts, dtype=np.uint8).reshape(-1, width)
+        self.is_for_all = bool(self._count.all())
 
-    def made(self, places: Places, rng: np.random.Generator, dtype: Any) -> ExtensionArray:
-        """Gives each row a number, of its place."""
-        rows = self._formats[self._start[places] + rng.integers(self._count[places])]
+    def made(
+        self,
+        places: Places,
+        rng: np.random.Generator,
+        texts: ExtensionArray | None,
+        dtype: ExtensionDtype,
+    ) -> ExtensionArray:
+        """Makes numbers.
+
+        Args:
+            places: The place of each row.
+            rng: What to draw with.
+            texts: What stays where a place has no formats; None if all have.
+            dtype: The type of the column.
+        """
+        members = np.flatnonzero(self._count[places])
+        of_place = places[members]
+        rows = self._formats[self._start[of_place] + rng.integers(self._count[of_place])]
         is_open = rows == ord("x")
-        digits = rng.integers(
-            ord("0"), ord("9") + 1, size=np.count_nonzero(is_open), dtype=np.uint8
-        )
-        rows[is_open] = digits
-        return parted(rows.tobytes().translate(None, b"\0"), dtype)
+        opened = np.count_nonzero(is_open)
+        rows[is_open] = rng.integers(ord("0"), ord("9") + 1, size=opened, dtype=np.uint8)
+        numbers = parted(rows.tobytes().translate(None, b"\0"), dtype)
+        return numbers if texts is None else replaced(texts, members, numbers)
 
 
 def has_usual_format(model: PersonModel, attribute: str) -> bool:
@@ -119,17 +128,79 @@ def has_usual_format(model: PersonModel, attribute: str) -> bool:
     return bool(getattr(model.config, name) == getattr(PersonModelConfig(), name))
 
 
+def number_formats(model: PersonModel, regions: Sequence[str]) -> dict[str, list[list[str]]]:
+    """Gives the formats of the numbers that a model makes.
+
+    What is set for a country comes first, then what is set for all. That is not here, for it is the
+    bare model that makes such numbers.
+
+    Args:
+        model: The model.
+        regions: The two-letter code of each place's country, "" where it has none.
+
+    Returns:
+        For each attribute the formats of each place.
+    """
+    ways: Ways = model.meta.ways or Ways()
+    own = {region_of(country): formats for country, formats in ways.phone_formats.items()}
+    is_valid = ways.phone_numbers == "valid"
+
+    def of(attribute: str, region: str) -> list[str]:
+        if set_for_country := own.get(region, {}).get(attribute):
+            return [set_for_country]
+        has_usual = has_usual_format(model, attribute)
+        return formats_of(region, KIND[attribute], is_valid=is_valid) if has_usual else []
+
+    return {
+        attribute: [of(attribute, region) for region in regions]
+        for attribute in KIND
+        if attribute in model.params
+    }
+
+
+def region_of(place: str) -> str:
+    """Gives the two-letter code of a place's country, "" if it has none."""
+    found = recognise_known(place)
+    return found.country or found.locale.partition("_")[2]
+
+
 @cache
-def _formats(region: str, kind: str, is_valid: bool) -> list[str]:
-    kept = {} if is_valid else _FICTION.get(region, {})
-    return kept.get(kind) or _valid_formats(region, kind)
+def formats_of(region: str, kind: str, *, is_valid: bool) -> list[str]:
+    """Gives the formats of the numbers of a country.
+
+    Args:
+        region: Its two-letter code; "" has none.
+        kind: ``mobile`` or ``fixed``.
+        is_valid: Whether all shall be valid, also where some are kept for fiction.
+    """
+    kept = [] if is_valid else _kept_for_fiction(region, kind)
+    return kept or _valid_formats(region, kind)
+
+
+def numbers_in(formats: Iterable[str]) -> int:
+    """Counts the numbers of formats; those of two count twice."""
+    return sum(10 ** each.count("x") for each in formats)
+
+
+def _kept_for_fiction(region: str, kind: str) -> list[str]:
+    if region not in _NORTH_AMERICA:
+        return _FICTION.get(region, {}).get(kind, [])
+    described = _described(region, kind)
+    pattern = re.compile(described.national_number_pattern if described else "")
+    return [f"({area}) 555-01xx" for area in _AREA_CODES if pattern.fullmatch(f"{area}5550100")]
+
+
+def _described(region: str, kind: str) -> PhoneNumberDesc | None:
+    """What is known of the numbers of one kind in a country, if there are such."""
+    metadata = PhoneMetadata.metadata_for_region(region, None)
+    found = metadata and getattr(metadata, "mobile" if kind == "mobile" else "fixed_line")
+    return found if found and found.national_number_pattern else None
 
 
 def _valid_formats(region: str, kind: str) -> list[str]:
     """Makes formats of which every number is valid, by the pattern of the region's numbers."""
-    metadata = PhoneMetadata.metadata_for_region(region, None)
-    described = metadata and getattr(metadata, "mobile" if kind == "mobile" else "fixed_line")
-    if not described or not described.national_number_pattern:
+    described = _described(region, kind)
+    if not described:
         return []
     parsed = re._parser.parse(described.national_number_pattern)  # type: ignore[attr-defined]  # not told
     source = random.Random(f"{region} {kind}")  # the same in every process

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable
+from collections.abc import Iterable, Mapping
 
 import pandas as pd
 
@@ -13,6 +13,7 @@ from vantrel.util.locale.locale import (
     Provider,
     borrowed_places,
     get_country_to_provder_map,
+    recognise_known,
     unknown_places,
 )
 from vantrel.wording import counted
@@ -37,6 +38,12 @@ def places_of(model: PersonModel, conditions: pd.DataFrame | None = None) -> lis
     if conditions is not None and country in conditions:
         return list(conditions[country].unique())
     return list(model.country_to_provider_map)
+
+
+def with_names_of(places: Iterable[str], locales: Mapping[str, str]) -> list[str]:
+    """Gives for each place the locale that is named for its country, or else the place itself."""
+    named = {recognise_known(place): locale for place, locale in locales.items()}
+    return [named.get(recognise_known(place), place) for place in places]
 
 
 def refuse_unknown_countries(model: PersonModel) -> None:

@@ -19,6 +19,7 @@ from vantrel.model.models.person import PersonModel
 from vantrel.rows import ANY, RESERVED, Combinations, DrawnRows, Rows, Ways
 from vantrel.rows.drawing import Places
 from vantrel.sampling.addresses import Accounts, name_nobody
+from vantrel.sampling.latin import LatinNames
 from vantrel.sampling.names import (
     Order,
     gendered,
@@ -26,15 +27,16 @@ from vantrel.sampling.names import (
     has_gendered_last_names,
     names_model,
     order_of_names,
+    order_of_table,
 )
-from vantrel.sampling.phones import KIND, Numbers, has_usual_format
+from vantrel.sampling.phones import Numbers, number_formats, region_of
+from vantrel.sampling.places import with_names_of
 from vantrel.sampling.seeding import OwnSources
 from vantrel.sampling.texts import replaced
 from vantrel.util.locale.locale import (
     Provider,
     get_country_to_provder_map,
     locale_of,
-    recognise_known,
     told_before,
     unknown_places,
 )
@@ -72,8 +74,14 @@ class RealRows:
         ways: Ways = model.meta.ways or Ways()
         self._places = _Places(model, rows, ways)
         self._accounts = Accounts(self._places.languages, self._places.plain, ways.email_domain)
-        self._numbers = _numbers(model, self._places.regions, ways)
-        made = [each for each in model.params if each not in (*LEARNT, *self._numbers)]
+        self._latin = LatinNames(self._places.plain) if ways.latin else None
+        self._numbers = {
+            attribute: Numbers(formats)
+            for attribute, formats in number_formats(model, self._places.regions).items()
+            if any(formats)
+        }
+        others = [each for each, numbers in self._numbers.items() if numbers.is_for_all]
+        made = [each for each in model.params if each not in (*LEARNT, *others)]
         self._sources = OwnSources(names_model(model, self._places.fakers, made))
         self._params, self._learnt = model.params, model.meta.columns or []
         self._columns = model.meta.ordered_columns(list(model.params.values()))
@@ -105,14 +113,18 @@ class RealRows:
         self, made: dict[str, ExtensionArray], places: Places, rng: np.random.Generator
     ) -> None:
         """Rewrites or makes what must suit the place of each row."""
+        if self._latin:
+            for name in ("firstname", "lastname"):
+                made[name] = self._latin.written(made[name], places)
         if "fullname" in made:
-            made["fullname"] = self._places.in_order(made, places)
+            made["fullname"] = self._places.full_names(made, places)
         if "username" in made:
             made["username"] = self._accounts.usernames(made["username"], places)
         if "email" in made:
             made["email"] = self._accounts.addresses(made["email"], places)
         for attribute, numbers in self._numbers.items():
-            made[attribute] = numbers.made(places, rng, made["firstname"].dtype)
+            texts, dtype = made.get(attribute), made["firstname"].dtype
+            made[attribute] = numbers.made(places, rng, texts, dtype)
 
     def _by_column(
         self, made: dict[str, ExtensionArray], drawn: DrawnRows
@@ -156,20 +168,6 @@ class RealRows:
         return pd.DataFrame({column: columns[column] for column in self._columns}, copy=False)
 
 
-def _numbers(model: PersonModel, regions: Sequence[str], ways: Ways) -> dict[str, Numbers]:
-    """What makes numbers of the people's countries, where nobody has set a format."""
-    return {
-        attribute: Numbers(
-            regions,
-            kind,
-            getattr(model.config, f"{attribute}_format"),
-            is_valid=ways.phone_numbers == "valid",
-        )
-        for attribute, kind in KIND.items()
-        if attribute in model.params and has_usual_format(model, attribute)
-    }
-
-
 def _numbers_of(keys: Sequence[str]) -> Places:
     """The numbers of keys, :data:`ANY` for an empty one."""
     return np.array([_KEYS.index(key) if key else ANY for key in keys])
@@ -200,8 +198,7 @@ class _Places:
         if not sum(weights):  # of given countries no row was seen
             known, weights = known or [model.default_locale], [1.0] * (len(known) or 1)
         self._weights = np.array(weights) / sum(weights)
-        own = {recognise_known(place): locale for place, locale in ways.locales.items()}
-        named = [own.get(recognise_known(place), place) for place in known]
+        named = with_names_of(known, ways.locales)
         with told_before():
             made = get_country_to_provder_map(named, Provider.PERSON)
         plain = {place: made[name] for place, name in zip(known, named, strict=True)}
@@ -210,23 +207,31 @@ class _Places:
             for faker in self.plain:
                 name_nobody(faker)
         self.languages = [locale_of(name)[0].partition("_")[0] for name in named]
-        self.regions = [_region(place) for place in known]
-        orders = [order_of_names(faker) for faker in self.plain]
-        self._orders = list(dict.fromkeys([Order(), *orders]))
+        self.regions = [region_of(place) for place in known]
+        orders = [
+            order_of_table(ways.full_names)
+            if ways.full_names
+            else order_of_names(faker, in_latin=ways.latin)
+            for faker in self.plain
+        ]
+        self._orders = list(dict.fromkeys(orders))
         self._order_of = np.array([self._orders.index(order) for order in orders])
+        self._has_capitals = "LAST" in (ways.full_names or "")
+        # The module joins names in the usual order, as it makes them.
+        self._joined = None if ways.latin or self._has_capitals else Order()
         self.fakers: dict[str, Faker] = {}
         # By place and key the number of what makes the names.
         self._variants = np.zeros((len(known), len(_KEYS)), dtype=np.int64)
         self._is_gendered = np.array([has_gendered_last_names(plain[each]) for each in known])
         for place, country in enumerate(known):
-            ways = (
+            twins = (
                 [gendered(plain[country], key) for key in "FM"] if self._is_gendered[place] else []
             )
             self._variants[place] = len(self.fakers)
             self.fakers[country] = plain[country]
-            for key, way in zip("FM", ways, strict=False):
+            for key, twin in zip("FM", twins, strict=False):
                 self._variants[place, _KEYS.index(key)] = len(self.fakers)
-                self.fakers[f"{country}\n{key}"] = way
+                self.fakers[f"{country}\n{key}"] = twin
 
     def of(self, countries: Places, rng: np.random.Generator) -> Places:
         """Gives each row's place, and draws one where its country is not known."""
@@ -235,23 +240,24 @@ class _Places:
         places[unknown] = rng.choice(len(self._weights), size=int(unknown.sum()), p=self._weights)
         return places
 
-    def in_order(self, names: Mapping[str, ExtensionArray], places: Places) -> ExtensionArray:
-        """Gives full names, joined as in each row's place.
+    def full_names(self, names: Mapping[str, ExtensionArray], places: Places) -> ExtensionArray:
+        """Joins names in the order and with the separator of each row's place.
 
         Args:
             names: First and last names, and full names as the module joins them.
             places: The place of each row.
         """
-        full_names = names["fullname"]
+        full_names, last = names["fullname"], names["lastname"]
+        last = _in_capitals(last) if self._has_capitals else last
         order_of = self._order_of[places]
-        for number, order in enumerate(self._orders[1:], start=1):
+        for number, order in enumerate(self._orders):
             members = np.flatnonzero(order_of == number)
-            if not len(members):
+            if order == self._joined or not len(members):
                 continue
-            parts = [names[part].take(members) for part in ("firstname", "lastname")]
-            start, end = reversed(parts) if order.is_last_first else parts
-            joined = pd.Series(start) + order.separator + pd.Series(end)
-            full_names = replaced(full_names, members, joined.astype(full_names.dtype).array)
+            parts = (pd.Series(each.take(members)) for each in (names["firstname"], last))
+            start, end = reversed(list(parts)) if order.is_last_first else parts
+            own = (start + order.separator + end).astype(full_names.dtype)
+            full_names = replaced(full_names, members, own.array)
         return full_names
 
     def settled(
@@ -268,9 +274,11 @@ class _Places:
         return Drawn(_KEYS, keys), Drawn(list(self.fakers), self._variants[places, keys])
 
 
-def _region(place: str) -> str:
-    found = recognise_known(place)
-    return found.country or found.locale.partition("_")[2]
+def _in_capitals(names: ExtensionArray) -> ExtensionArray:
+    """Writes names in capitals as Python does; pyarrow would leave "ß" one letter."""
+    codes, distinct = names.factorize()
+    capitals = [name.upper() for name in distinct.tolist()]
+    return pd.array(capitals, dtype=names.dtype).take(codes)
 
 
 def _rows_of(rows: Rows, place: int) -> float:

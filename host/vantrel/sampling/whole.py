@@ -14,6 +14,7 @@ from vantrel.model.models.person import PersonModel
 from vantrel.sampling.blocks import Plan, sample_blocks
 from vantrel.sampling.conditions import prepare_conditions
 from vantrel.sampling.places import refuse_borrowed, refuse_unknown_countries
+from vantrel.sampling.scarcity import tell_of_scarce_numbers
 from vantrel.sampling.seeding import given_or_drawn
 
 
@@ -78,17 +79,17 @@ def sample(
     blocks = list(sample_blocks(model, plan, given))
     people = blocks[0] if len(blocks) == 1 else pd.concat(blocks)
     if conditions is not None:
-        people = _beside(as_frame(conditions), people)
+        table = as_frame(conditions)
+        people = beside(table, people).set_index(table.index)
     people.attrs["seed"] = plan.seed
     return people
 
 
-def _beside(conditions: pd.DataFrame, people: pd.DataFrame) -> pd.DataFrame:
-    """Gives people the index of their conditions, and the columns that these have more."""
-    people = people.set_index(conditions.index)
-    return pd.concat(
-        [people, conditions[[name for name in conditions if name not in people]]], axis="columns"
-    )
+def beside(conditions: pd.DataFrame, people: pd.DataFrame) -> pd.DataFrame:
+    """Puts the further columns of conditions beside people, whose index are the numbers of rows."""
+    further = [name for name in conditions if name not in people]
+    rows = conditions[further].iloc[people.index].set_axis(people.index)
+    return pd.concat([people, rows], axis="columns")
 
 
 def plan_sample(
@@ -113,7 +114,9 @@ def plan_sample(
     elif strict:
         refuse_unknown_countries(model)
         refuse_borrowed(model)
-    return Plan(n, given_or_drawn(seed), unique=unique, exact=exact), given
+    plan = Plan(n, given_or_drawn(seed), unique=unique, exact=exact)
+    tell_of_scarce_numbers(model, plan, given)
+    return plan, given
 
 
 def refuse_neither_or_both(n: int | None, conditions: object) -> None:

@@ -21,14 +21,14 @@ _MOST_BYTES = 2**18
 _MOST_CHARACTERS = 1_000
 _MOST_PARTS = 1_000
 
-_WAYS = ("email_domain", "phone_numbers")
+_WAYS = ("email_domain", "phone_numbers", "phone_formats", "latin")
 
 
 class Loaded(NamedTuple):
     """What a file of settings sets."""
 
     config: PersonModelConfig
-    ways: dict[str, str]
+    ways: dict[str, Any]
 
 
 def load_config(path: Path) -> PersonModelConfig:
@@ -41,7 +41,8 @@ def load_settings(path: Path) -> Loaded:
 
     Args:
         path: A TOML file. Its keys are fields of ``PersonModelConfig`` and of
-            :class:`vantrel.rows.Ways`, all on the top level; what it does not set is the default.
+            :class:`vantrel.rows.Ways`, all on the top level but for the tables of phone_formats;
+            what it does not set is the default.
             Lengths are in characters.
 
     Raises:
