@@ -133,7 +133,7 @@ class RealRows:
         for column, missing in drawn.missing.items():
             people[column] = people[column].mask(missing)
         learnt = self._model.meta.columns or []
-        if made := [column for column in people if column not in learnt]:
+        if made := [column for column in people.columns.tolist() if column not in learnt]:
             blank = people[learnt].isna().all(axis="columns")
             if learnt and blank.any():
                 people[made] = people[made].mask(blank)
@@ -228,7 +228,7 @@ class _Places:
 def _in_capitals(names: pd.Series) -> pd.Series:
     """Writes names in capitals as Python does; pyarrow would leave "ß" one letter."""
     codes, distinct = names.factorize()
-    capitals = np.array([name.upper() for name in distinct.tolist()], dtype=object)
+    capitals = np.array([str(name).upper() for name in distinct], dtype=object)
     return pd.Series(capitals[codes], index=names.index, dtype=names.dtype)
 
 
