@@ -26,8 +26,9 @@ def fitted(places: list[str], **asked: Any) -> Any:
 def by_land(people: pd.DataFrame, column: str, pattern: str) -> dict[str, float]:
     """The share of each country's numbers that are of a form."""
     matching = people[column].str.fullmatch(pattern)
-    shares: dict[str, float] = matching.groupby(people["land"]).mean().to_dict()
-    return shares
+    return {
+        str(land): float(share) for land, share in matching.groupby(people["land"]).mean().items()
+    }
 
 
 def test_a_format_of_a_country_is_that_of_its_people_alone() -> None:
@@ -126,7 +127,8 @@ def test_more_people_than_numbers_are_told_of(caplog: pytest.LogCaptureFixture) 
 
 def test_given_countries_are_counted_and_so_are_locales(caplog: pytest.LogCaptureFixture) -> None:
     model = fitted(["GB", "FR"])
-    given = pd.DataFrame({"land": ["GB"] * 1_001 + ["zz", None] * 500})
+    lands = pd.Series(["GB"] * 1_001 + ["zz", None] * 500, dtype=object)
+    given = lands.to_frame("land")
     assert told(caplog, model, conditions=given) == [NOTE]
     assert told(caplog, model, conditions=given[1:]) == []
     df = pd.DataFrame({"sex": ["f", "m"] * 10})

@@ -29,7 +29,12 @@ ROW = st.fixed_dictionaries(
     {column: st.sampled_from(values) for column, values in VALUES.items()}
     | {"surname": st.sampled_from(["SECRET-5", None])}
 )
-COLUMNS = {"gender": "sex", "title": "title", "country": "land", "lastname": "surname"}
+COLUMNS: dict[str, Any] = {
+    "gender": "sex",
+    "title": "title",
+    "country": "land",
+    "lastname": "surname",
+}
 
 
 def texts_of(part: Any) -> Counter[str]:

@@ -5,6 +5,7 @@ from __future__ import annotations
 import json
 from itertools import combinations
 from pathlib import Path
+from typing import Any
 
 import numpy as np
 import pandas as pd
@@ -13,6 +14,7 @@ import pytest
 import vantrel
 from vantrel.errors import ArgumentError, FittingError, SamplingError
 from vantrel.rows import form, learning
+from vantrel.sampling import Plan, sample_blocks
 from vantrel.storage.models import dumps, loads
 
 ROWS = 20_000
@@ -28,9 +30,9 @@ def real_table(rows: int = ROWS) -> pd.DataFrame:
     )
     is_woman = rng.random(rows) < np.where(land == "DE", 0.8, 0.3)
     short = land == "FR"
-    sex = np.where(is_woman, np.where(short, "F", "female"), np.where(short, "M", "male"))
-    sex = np.where(rng.random(rows) < 0.1, "unknown", sex)
-    sex = np.where(rng.random(rows) < 0.1, None, sex)
+    sex: Any = np.where(is_woman, np.where(short, "F", "female"), np.where(short, "M", "male"))
+    sex = np.where(rng.random(rows) < 0.1, "unknown", sex).astype(object)
+    sex[rng.random(rows) < 0.1] = None
     title = np.where(is_woman, np.where(short, "Mme", "Mrs"), np.where(short, "M.", "Mr"))
     title = np.where(rng.random(rows) < 0.02, "Dr", title)
     df = pd.DataFrame(
@@ -41,8 +43,8 @@ def real_table(rows: int = ROWS) -> pd.DataFrame:
     return df
 
 
-def fitted(df: pd.DataFrame, **asked: object) -> vantrel.model.models.person.PersonModel:
-    columns = {
+def fitted(df: pd.DataFrame, **asked: Any) -> vantrel.model.models.person.PersonModel:
+    columns: dict[str, Any] = {
         "gender": "sex",
         "title": "title",
         "country": "land",
@@ -67,9 +69,9 @@ def excess(real: pd.DataFrame, sampled: pd.DataFrame, columns: list[str]) -> flo
     """By how many standard deviations the chi-squared distance of joint counts is beyond its mean."""
     one, other = (df[columns].fillna("-").value_counts() for df in (real, sampled))
     one, other = one.align(other, fill_value=0)
-    chi = float(((one - other) ** 2 / (one + other)).sum())
+    chi: float = ((one - other) ** 2 / (one + other)).sum()
     free = len(one) - 1
-    return (chi - free) / (2 * free) ** 0.5
+    return float((chi - free) / (2 * free) ** 0.5)
 
 
 PAIRS = list(combinations(["sex", "title", "land"], 2))
@@ -88,7 +90,7 @@ def test_what_stands_together_does_so_as_often(
 
 def test_gaps_come_together_as_often(real: pd.DataFrame, sampled: pd.DataFrame) -> None:
     gaps, sampled_gaps = (df.isna().astype(str) for df in (real, sampled))
-    assert excess(gaps, sampled_gaps, list(gaps)) < BOUND
+    assert excess(gaps, sampled_gaps, gaps.columns.tolist()) < BOUND
     assert sampled["mail"].isna().equals(sampled["surname"].isna())
 
 
@@ -111,14 +113,8 @@ def test_a_seed_gives_the_same_rows_from_a_file_and_in_parts(real: pd.DataFrame)
     people = vantrel.sample(model, 60_000, seed=3)
     again = vantrel.sample(loads(dumps(model)), 60_000, seed=3)
     pd.testing.assert_frame_equal(people, again)
-    last = next(iter(_blocks(model, 60_000, 3, range(1, 2))))
+    last = next(sample_blocks(model, Plan(60_000, 3), blocks=range(1, 2)))
     pd.testing.assert_frame_equal(people.iloc[50_000:], last)
-
-
-def _blocks(model: object, rows: int, seed: int, blocks: range) -> object:
-    from vantrel.sampling import Plan, sample_blocks
-
-    return sample_blocks(model, Plan(rows, seed), blocks=blocks)  # type: ignore[arg-type]  # one
 
 
 def test_exact_gives_the_rows_of_the_bare_model(real: pd.DataFrame) -> None:
@@ -226,6 +222,6 @@ def test_counts_of_a_file_and_of_a_frame_give_the_same_model(
     from vantrel.tables import open_table
 
     with open_table(tmp_path / "t.csv") as table:
-        columns = {"gender": "sex", "title": "title", "country": "land", "lastname": "surname"}
-        counted = vantrel.fit(table, detect=False, email="mail", **columns)
+        columns: dict[str, Any] = {"gender": "sex", "title": "title", "lastname": "surname"}
+        counted = vantrel.fit(table, detect=False, country="land", email="mail", **columns)
     assert dumps(counted) == dumps(fitted(real))

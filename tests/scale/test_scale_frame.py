@@ -295,7 +295,7 @@ def test_rows_as_real_ones_are_the_same_here_in_parts_and_on_dask(
     npartitions: int, latin: bool
 ) -> None:
     made_up = ["firstname", "lastname", "fullname", "email", "mobile_number", "password"]
-    columns = {"gender": "sex", "title": "title", "country": "land"}
+    columns: dict[str, Any] = {"gender": "sex", "title": "title", "country": "land"}
     model = vantrel.fit(table_of_rows(), generate=made_up, latin=latin, **columns)
     here = vantrel.sample(model, 120_000, seed=5).astype("string[pyarrow]")
     assert here.isna().all(axis="columns").any()

@@ -13,11 +13,11 @@ _BY_FAR = 0.9
 
 
 def full_names_of(column: pd.Series) -> str | None:
-    """Tells in which of ``FULL_NAMES`` a column is written, by its first 10,000 values.
+    """Tells in which way of its own a column is written, by its first 10,000 values.
 
     Returns:
-        None where by far most are in none of them: in the usual order of a language, say, or all in
-        capitals.
+        One of ``vantrel.rows.form.FullNames``, or None where by far most are in none of these: in
+        the usual order of a language, say, or all in capitals.
     """
     values = column.dropna().head(SAMPLE_SIZE)
     ways = Counter(_way_of(str(value)) for value in values.tolist())

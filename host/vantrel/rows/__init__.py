@@ -1,6 +1,6 @@
 """The rows of a table: which genders, titles, countries and gaps stand together, and how often."""
 
-from vantrel.rows.drawing import Combinations, DrawnRows
+from vantrel.rows.drawing import Combinations, DrawnRows, shares_of_countries
 from vantrel.rows.form import ANY, DEFAULT_MIN_COUNT, PARTS, RESERVED, Rows, Ways
 from vantrel.rows.learning import learn_rows
 
@@ -14,4 +14,5 @@ __all__ = [
     "Rows",
     "Ways",
     "learn_rows",
+    "shares_of_countries",
 ]

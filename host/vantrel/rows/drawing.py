@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from collections import Counter
 from collections.abc import Mapping, Sequence
 from dataclasses import dataclass
 from typing import Any
@@ -133,3 +134,16 @@ def _gaps(rows: Rows, gaps: Places, rng: np.random.Generator) -> dict[str, Any]:
         for name, share in rows.gaps_apart.items():
             missing[name][apart] = rng.random(len(apart)) < share
     return missing
+
+
+def shares_of_countries(rows: Rows) -> dict[str, float]:
+    """Gives the share of rows that have each country."""
+    kept: Counter[int] = Counter()
+    for _, _, place, _, count in rows.combinations:
+        kept[place] += count
+    total, apart = kept.total(), kept.pop(ANY, 0) / sum(rows.any_country)
+    return {
+        country: (kept[place] + apart * rows.any_country[place]) / total
+        for place, country in enumerate(rows.country)
+        if country is not None
+    }

@@ -30,10 +30,11 @@ Column = Annotated[str, Meta(min_length=1, max_length=1_000)]
 RESERVED, AS_MADE = "reserved", "as-made"
 """Domains that belong to nobody, and those that Faker makes."""
 
+type PhoneAttribute = Literal["mobile_number", "home_number", "work_number"]
 type PhoneFormat = Annotated[str, Meta(min_length=1, max_length=100, pattern=r"^[ -~]*\Z")]
 """A number in which each "x" stands for any digit."""
 
-FULL_NAMES = ("Last, First", "LAST, First", "LAST First", "First LAST")
+type FullNames = Literal["Last, First", "LAST, First", "LAST First", "First LAST"]
 """How a table may write full names, if not as each language does."""
 
 _HTML_LABEL = "[a-zA-Z0-9]([a-zA-Z0-9-]{0,61}[a-zA-Z0-9])?"
@@ -51,8 +52,7 @@ class Ways(Struct, forbid_unknown_fields=True, frozen=True):
         latin: Whether names are written in Latin letters, whatever the language's own are.
         phone_formats: The formats of some attributes' numbers in some countries. They come before
             all else that tells how numbers are made.
-        full_names: How full names are written, one of :data:`FULL_NAMES`; None for the way of each
-            language.
+        full_names: How full names are written, if not as each language does.
     """
 
     email_domain: Annotated[
@@ -62,10 +62,8 @@ class Ways(Struct, forbid_unknown_fields=True, frozen=True):
     phone_numbers: Literal["fiction", "valid"] = "fiction"
     locales: dict[str, str] = {}
     latin: bool = False
-    phone_formats: dict[
-        str, dict[Literal["mobile_number", "home_number", "work_number"], PhoneFormat]
-    ] = {}
-    full_names: Literal[FULL_NAMES] | None = None
+    phone_formats: dict[str, dict[PhoneAttribute, PhoneFormat]] = {}
+    full_names: FullNames | None = None
 
     def __post_init__(self) -> None:
         refuse_unknown([*self.locales, *self.locales.values(), *self.phone_formats])

@@ -148,7 +148,7 @@ def order_of_names(faker: Faker, *, in_latin: bool = False) -> Order:
 
 
 def order_of_table(full_names: str) -> Order:
-    """Tells the order and the separator of names in a table, by one of its ``FULL_NAMES``."""
+    """Tells the order and the separator of names in a table, which has a way of its own."""
     separator = ", " if "," in full_names else " "
     return Order(full_names.lower().startswith("last"), separator)
 

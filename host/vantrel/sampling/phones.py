@@ -20,6 +20,7 @@ from phonenumbers import PhoneMetadata, PhoneNumberDesc, PhoneNumberFormat
 from vantrel.config import PersonModelConfig
 from vantrel.model.models.person import PersonModel
 from vantrel.rows import Ways
+from vantrel.rows.form import PhoneAttribute
 from vantrel.sampling.texts import Places, parted, replaced
 from vantrel.util.locale.locale import recognise_known
 
@@ -69,7 +70,11 @@ _FICTION: dict[str, dict[str, list[str]]] = {
 _NORTH_AMERICA = ("CA", "US")
 _AREA_CODES = range(200, 1_000)
 
-KIND = {"mobile_number": "mobile", "home_number": "fixed", "work_number": "fixed"}
+KIND: dict[PhoneAttribute, str] = {
+    "mobile_number": "mobile",
+    "home_number": "fixed",
+    "work_number": "fixed",
+}
 
 # As many beginnings of numbers as make two people of a country seldom alike.
 _MOST_FORMATS = 48
@@ -145,7 +150,7 @@ def number_formats(model: PersonModel, regions: Sequence[str]) -> dict[str, list
     own = {region_of(country): formats for country, formats in ways.phone_formats.items()}
     is_valid = ways.phone_numbers == "valid"
 
-    def of(attribute: str, region: str) -> list[str]:
+    def of(attribute: PhoneAttribute, region: str) -> list[str]:
         if set_for_country := own.get(region, {}).get(attribute):
             return [set_for_country]
         has_usual = has_usual_format(model, attribute)
@@ -186,7 +191,7 @@ def _kept_for_fiction(region: str, kind: str) -> list[str]:
     if region not in _NORTH_AMERICA:
         return _FICTION.get(region, {}).get(kind, [])
     described = _described(region, kind)
-    pattern = re.compile(described.national_number_pattern if described else "")
+    pattern = re.compile((described and described.national_number_pattern) or "")
     return [f"({area}) 555-01xx" for area in _AREA_CODES if pattern.fullmatch(f"{area}5550100")]
 
 

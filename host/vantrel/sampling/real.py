@@ -16,7 +16,7 @@ from vantrel.errors import SamplingError, raised_by_model
 from vantrel.genders import AMBIGUOUS, KEYS, keys_of
 from vantrel.model.models.histogram import Drawn
 from vantrel.model.models.person import PersonModel
-from vantrel.rows import ANY, RESERVED, Combinations, DrawnRows, Rows, Ways
+from vantrel.rows import ANY, RESERVED, Combinations, DrawnRows, Rows, Ways, shares_of_countries
 from vantrel.rows.drawing import Places
 from vantrel.sampling.addresses import Accounts, name_nobody
 from vantrel.sampling.latin import LatinNames
@@ -190,11 +190,12 @@ class _Places:
         weights = [1.0] * len(known)
         self._of_country = np.full(len(rows.country), ANY)
         if model.labels.country:
-            unknown = {None, *unknown_places(each for each in rows.country if each is not None)}
-            known = [each for each in rows.country if each is not None and each not in unknown]
-            for place, country in enumerate(known):
-                self._of_country[rows.country.index(country)] = place
-            weights = [_rows_of(rows, rows.country.index(country)) for country in known]
+            shares = shares_of_countries(rows)
+            unknown = set(unknown_places(shares))
+            known = [country for country in shares if country not in unknown]
+            places = {country: place for place, country in enumerate(known)}
+            self._of_country = np.array([places.get(each, ANY) for each in rows.country])
+            weights = [shares[country] for country in known]
         if not sum(weights):  # of given countries no row was seen
             known, weights = known or [model.default_locale], [1.0] * (len(known) or 1)
         self._weights = np.array(weights) / sum(weights)
@@ -279,13 +280,6 @@ def _in_capitals(names: ExtensionArray) -> ExtensionArray:
     codes, distinct = names.factorize()
     capitals = [name.upper() for name in distinct.tolist()]
     return pd.array(capitals, dtype=names.dtype).take(codes)
-
-
-def _rows_of(rows: Rows, place: int) -> float:
-    """How many rows have a country."""
-    known = sum(count for *_, at, _, count in rows.combinations if at == place)
-    apart = sum(count for *_, at, _, count in rows.combinations if at == ANY)
-    return known + apart * rows.any_country[place] / sum(rows.any_country)
 
 
 def _keys(values: Sequence[Any], model: PersonModel, attribute: str) -> list[str]:

@@ -10,7 +10,7 @@ import pandas as pd
 
 from vantrel.hints import NOTES_LOGGER, argument
 from vantrel.model.models.person import PersonModel
-from vantrel.rows import ANY, Rows
+from vantrel.rows import shares_of_countries
 from vantrel.sampling.blocks import Plan
 from vantrel.sampling.phones import number_formats, numbers_in, region_of
 from vantrel.util.locale.locale import unknown_places
@@ -31,6 +31,8 @@ def tell_of_scarce_numbers(
         plan: What to make.
         conditions: What is given for any of them, as ``prepare_conditions`` made it.
     """
+    if not _log.isEnabledFor(logging.INFO):
+        return  # nobody listens, and to count takes longer than to make a few people
     if plan.exact or model.meta.rows is None:
         return  # all numbers are of one format
     by_region: Counter[str] = Counter()
@@ -59,19 +61,6 @@ def _shares(model: PersonModel, conditions: pd.DataFrame | None) -> Mapping[str,
         shares = conditions[column].value_counts(normalize=True, dropna=False)
         counts = {place: share for place, share in shares.items() if isinstance(place, str)}
     else:
-        counts = _rows_of_countries(model.meta.rows)
+        counts = shares_of_countries(model.meta.rows)
     unknown = set(unknown_places(counts))
     return {place: share for place, share in counts.items() if place not in unknown}
-
-
-def _rows_of_countries(rows: Rows) -> dict[str, float]:
-    """The share of rows that have each country."""
-    kept: Counter[int] = Counter()
-    for _, _, place, _, count in rows.combinations:
-        kept[place] += count
-    total, apart = kept.total(), kept.pop(ANY, 0) / sum(rows.any_country)
-    return {
-        country: (kept[place] + apart * rows.any_country[place]) / total
-        for place, country in enumerate(rows.country)
-        if country is not None
-    }
