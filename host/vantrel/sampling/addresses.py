@@ -149,9 +149,9 @@ class _Letters(dict[int, str]):
 
 def _with_domain(lines: bytes, domain: str | None) -> bytes:
     """Gives the addresses of lines their domain; user names have none."""
-    if domain == RESERVED:
+    if domain == RESERVED and lines.count(b".example\n") < lines.count(b"\n"):
         lines = _without_domains(lines, keep_label=True).replace(b"\n", b".example\n")
-    elif domain not in (None, AS_MADE):
+    elif domain not in (None, RESERVED, AS_MADE):
         lines = _without_domains(lines, keep_label=False).replace(b"\n", f"{domain}\n".encode())
     lines = b"\n" + lines
     for odd, mended in _MENDED:

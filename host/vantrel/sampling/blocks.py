@@ -9,7 +9,6 @@ from __future__ import annotations
 import math
 from collections.abc import Iterable, Iterator
 from dataclasses import dataclass
-from typing import Protocol
 
 import numpy as np
 import pandas as pd
@@ -17,9 +16,7 @@ import pandas as pd
 from vantrel.arguments import refuse_text
 from vantrel.errors import ArgumentError
 from vantrel.model.models.person import PersonModel
-from vantrel.sampling.people import sample_people
-from vantrel.sampling.real import RealRows
-from vantrel.sampling.seeding import OwnSources
+from vantrel.sampling.makers import Maker, maker_of
 from vantrel.sampling.unique import make_unique, refuse_not_unique
 
 BLOCK_ROWS = 50_000
@@ -85,36 +82,19 @@ def sample_block(
     Returns:
         A frame of the labelled columns; its index are the numbers of its rows in the sample.
     """
-    return _block(_maker(model, plan, conditions), model, plan, block)
+    (people,) = _blocks(model, plan, conditions, range(block, block + 1))
+    return people
 
 
-class _Maker(Protocol):
-    """Makes blocks."""
-
-    def block(self, seed: np.random.SeedSequence, numbers: range) -> pd.DataFrame:
-        """Makes the rows of some numbers in the whole sample, from a seed of their own."""
-
-
-class _BareRows:
-    """Makes rows as the bare model does."""
-
-    def __init__(self, model: PersonModel, conditions: pd.DataFrame | None) -> None:
-        self._sources = OwnSources(model)
-        self._conditions = conditions
-
-    def block(self, seed: np.random.SeedSequence, numbers: range) -> pd.DataFrame:
-        given = self._conditions
-        if given is not None:
-            given = given.iloc[numbers.start : numbers.stop].reset_index(drop=True)
-        return sample_people(self._sources.seeded(seed), len(numbers), given)
+def _blocks(
+    model: PersonModel, plan: Plan, conditions: pd.DataFrame | None, blocks: range
+) -> Iterator[pd.DataFrame]:
+    with maker_of(model, conditions, is_exact=plan.exact) as maker:
+        for block in blocks:
+            yield _block(maker, model, plan, block)
 
 
-def _maker(model: PersonModel, plan: Plan, conditions: pd.DataFrame | None) -> _Maker:
-    is_bare = plan.exact or model.meta.rows is None
-    return (_BareRows if is_bare else RealRows)(model, conditions)
-
-
-def _block(maker: _Maker, model: PersonModel, plan: Plan, block: int) -> pd.DataFrame:
+def _block(maker: Maker, model: PersonModel, plan: Plan, block: int) -> pd.DataFrame:
     numbers = plan.rows_of(block)
     people = maker.block(np.random.SeedSequence(plan.seed, spawn_key=(block,)), numbers)
     if plan.unique:
@@ -141,5 +121,4 @@ def sample_blocks(
 ) -> Iterator[pd.DataFrame]:
     """Makes blocks of a sample, all if None, as :func:`sample_block` does; checks it at once."""
     check_plan(model, plan, conditions)
-    maker = _maker(model, plan, conditions)
-    return (_block(maker, model, plan, block) for block in blocks or range(plan.blocks))
+    return _blocks(model, plan, conditions, blocks or range(plan.blocks))

@@ -63,7 +63,6 @@ class RealRows:
             column = getattr(labels, part)
             if conditions is not None and column in conditions:
                 rows, self._given[part] = _with_values(rows, part, conditions[column], model)
-        self._rows = rows
         keys, title_keys = (_keys(getattr(rows, part), model, part) for part in ("gender", "title"))
         self._combinations = Combinations(rows, keys)
         # The last one is of rows without a title.
@@ -83,6 +82,7 @@ class RealRows:
         others = [each for each, numbers in self._numbers.items() if numbers.is_for_all]
         made = [each for each in model.params if each not in (*LEARNT, *others)]
         self._sources = OwnSources(names_model(model, self._places.fakers, made))
+        self._values = {part: pd.Series(getattr(rows, part)).array for part in LEARNT}
         self._params, self._learnt = model.params, model.meta.columns or []
         self._columns = model.meta.ordered_columns(list(model.params.values()))
 
@@ -129,12 +129,13 @@ class RealRows:
     def _by_column(
         self, made: dict[str, ExtensionArray], drawn: DrawnRows
     ) -> dict[str, ExtensionArray]:
-        return {
-            column: Drawn(getattr(self._rows, attribute), getattr(drawn, attribute)).series().array
-            if attribute in LEARNT
-            else made[attribute]
-            for attribute, column in self._params.items()
+        # A title that there is none of is missing.
+        parts = {
+            part: values.take(getattr(drawn, part), allow_fill=True)
+            for part, values in self._values.items()
+            if part in self._params
         }
+        return {column: (made | parts)[attribute] for attribute, column in self._params.items()}
 
     def _with_gaps(
         self, columns: dict[str, ExtensionArray], drawn: DrawnRows
@@ -158,8 +159,8 @@ class RealRows:
             if column not in self._learnt:
                 continue
             if attribute in LEARNT:  # the last one is of rows without a title
-                is_missing = [value is None for value in (*getattr(self._rows, attribute), None)]
-                blank &= np.array(is_missing)[getattr(drawn, attribute)]
+                is_missing = np.append(self._values[attribute].isna(), True)
+                blank &= is_missing[getattr(drawn, attribute)]
             else:
                 blank &= drawn.missing.get(column, False)
         return blank
