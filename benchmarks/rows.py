@@ -1,4 +1,4 @@
-"""Measures what rows as real ones are cost: to sample them, and to learn them from a large table."""
+"""Measures what rows as real ones are cost, to sample them and to learn them."""
 
 from __future__ import annotations
 

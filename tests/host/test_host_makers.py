@@ -142,6 +142,6 @@ def test_a_sample_that_fails_leaves_no_maker_behind(
 ) -> None:
     vantrel.sample(model, 5, seed=1)
     monkeypatch.setattr(type(model), "generate_passwords", 1)
-    with pytest.raises(Exception, match="generate_passwords|not callable"):
+    with pytest.raises(Exception, match="not callable"):
         vantrel.sample(model, 5, seed=1)
     assert id(model) not in makers._kept

@@ -58,12 +58,11 @@ def maker_of(
     elif conditions is not None:
         yield RealRows(model, conditions)
     else:
-        state = _state(model)
-        kept = _kept.pop(id(model), None)
+        key, state = id(model), _state(model)
+        kept = _kept.pop(key, None)
         maker = kept.maker if kept and _is_same(kept.state, state) else RealRows(model, None)
         yield maker
-        forget = weakref.ref(model, lambda _, key=id(model): _kept.pop(key, None))
-        _kept[id(model)] = _Kept(maker, state, forget)
+        _kept[key] = _Kept(maker, state, weakref.ref(model, lambda _: _kept.pop(key, None)))
 
 
 class _Kept(NamedTuple):
