@@ -9,7 +9,7 @@ import time
 from collections.abc import Callable, Iterator
 from pathlib import Path
 
-from . import command, goals, parts, report, results, scale, sizes
+from . import command, goals, parts, report, results, rows, scale, sizes
 from .tables import table
 
 DESCRIPTION = "Measures what sampling costs, prints it and writes it to benchmarks/RESULTS.md."
@@ -28,6 +28,7 @@ SECTIONS: dict[str, Section] = {
         "Tables of every size, with each pandas, against the plain way if nothing else is named",
         sizes.in_all_environments,
     ),
+    "rows": ("Rows as real ones are, of twelve columns", rows.real_rows),
     "growth": ("Cost a row in large tables", goals.growth),
     "memory": ("Peak memory beyond what the process held before", goals.peak_memory),
     "command": ("The command on large tables, in new processes", command.large_tables),

@@ -28,6 +28,9 @@ PARAGRAPHS = (
     " their methods (`benchmarks/rivals.py`). Memory is that of a new process"
     " (`benchmarks/memory.py`): the most that was resident at one time less what was before"
     " sampling, against the finished frame's `memory_usage(deep=True)`.",
+    "Rows as real ones are come from `vantrel.sample`, which is held against `model.sample` of as"
+    " many; a fit, of gender, title and country in a CSV, against reading these into a frame"
+    " (`benchmarks/rows.py`).",
     "The command is measured on CSV of 17 columns, the twelve and five more, in processes of its"
     " own (`benchmarks/command.py`): the most that was resident at one time, all of Python and its"
     " libraries with it, and CPU seconds. A report compares the table with a sample of as many"

@@ -13,10 +13,7 @@ from textwrap import fill
 import pandas as pd
 
 import vantrel
-from vantrel.config import PersonLabels, PersonModelConfig
-from vantrel.metadata.value import Person
-from vantrel.model.models.person import PersonModel
-from vantrel.sampling.seeding import seed_everything
+from vantrel.attributes import PersonColumns
 from vantrel.tables import read_table, write_table
 
 ROOT = Path(__file__).resolve().parent.parent
@@ -27,19 +24,16 @@ WIDTH = 80
 SHOWN_ROWS = 2
 MISSING = "(missing)"
 
-# The attributes that neither table has, each in a column of its own name.
-MADE_UP = {
-    name: name
-    for name in (
-        "fullname",
-        "email",
-        "username",
-        "password",
-        "mobile_number",
-        "home_number",
-        "work_number",
-    )
-}
+# The attributes that neither table has.
+MADE_UP = (
+    "fullname",
+    "email",
+    "username",
+    "password",
+    "mobile_number",
+    "home_number",
+    "work_number",
+)
 
 
 @dataclass(frozen=True)
@@ -49,7 +43,8 @@ class Example:
     Attributes:
         name: The table's file name without its ending; the written files are called after it.
         about: Who the people are.
-        labels: The column of each attribute; a column that the table lacks is made up.
+        columns: The column of each attribute that the table has.
+        made_up: The attributes that it does not have.
         compared: The columns whose shares are shown.
         note: What a reader should know when looking at the shares.
         locales: Where the people are from if no column tells.
@@ -57,7 +52,8 @@ class Example:
 
     name: str
     about: str
-    labels: PersonLabels
+    columns: PersonColumns
+    made_up: tuple[str, ...]
     compared: tuple[str, ...]
     note: str
     locales: tuple[str, ...] | None = None
@@ -67,34 +63,29 @@ EXAMPLES = (
     Example(
         name="passengers",
         about="People aboard the Titanic, 1912",
-        labels=PersonLabels(
-            gender="sex",
-            title="title",
-            firstname="first_name",
-            lastname="last_name",
-            **MADE_UP,
-        ),
+        columns={
+            "gender": "sex",
+            "title": "title",
+            "firstname": "first_name",
+            "lastname": "last_name",
+        },
+        made_up=MADE_UP,
         compared=("sex", "title"),
         note=(
-            "Genders are drawn by their real shares. A title is drawn evenly from those that only"
-            " the row's gender bears: titles agree with genders but do not keep their shares."
+            "Genders and titles are drawn together, as often as real rows have them. Titles of a"
+            " few rows are not kept, for they might tell whose they are."
         ),
         locales=("en_GB",),
     ),
     Example(
         name="respondents",
         about="People asked by the World Values Survey, 1995-1997",
-        labels=PersonLabels(
-            gender="gender",
-            firstname="first_name",
-            lastname="last_name",
-            country="country",
-            **MADE_UP,
-        ),
+        columns={"gender": "gender", "country": "country"},
+        made_up=("firstname", "lastname", *MADE_UP),
         compared=("country", "gender"),
         note=(
-            "Countries and genders are drawn by their real shares. The table has no names: they"
-            " are made up to agree with each row's gender and country."
+            "Countries and genders are drawn together, as often as real rows have them. The table"
+            " has no names: they are made up to agree with each row's gender and country."
         ),
     ),
 )
@@ -127,17 +118,19 @@ def main() -> None:
 
 def learn(example: Example, real: pd.DataFrame, model_path: Path) -> None:
     """Fits a model on the real table and writes it."""
-    meta = Person(example.name, labels=example.labels, locales=example.locales)
-    model = PersonModel(meta, PersonModelConfig())
-    model.fit(real)
+    model = vantrel.fit(
+        real,
+        detect=False,
+        locales=example.locales,
+        generate=example.made_up,
+        **example.columns,
+    )
     vantrel.save(model, model_path, force=True)
 
 
 def sample(model_path: Path) -> pd.DataFrame:
     """Samples new rows from nothing but the written model."""
-    model = vantrel.load(model_path)
-    seed_everything(model, SEED)
-    return model.sample(n=ROWS)
+    return vantrel.sample(vantrel.load(model_path), ROWS, seed=SEED)
 
 
 def report(real: pd.DataFrame, sampled: pd.DataFrame, example: Example) -> None:

@@ -27,8 +27,11 @@ def _width_of_no_terminal(monkeypatch: pytest.MonkeyPatch) -> None:
 
 @pytest.fixture
 def people() -> pd.DataFrame:
-    """Ten people with everything that is learnt, in an order of columns that no label order is."""
-    return pd.DataFrame(
+    """Fifty people, of whom five each are alike, with everything that is learnt.
+
+    The order of the columns is no order of labels.
+    """
+    ten = pd.DataFrame(
         {
             "land": ["GB", "US", "GB", "DE", "GB", "US", "GB", "DE", "GB", "GB"],
             "surname": list("ABCDEFGHIJ"),
@@ -36,3 +39,4 @@ def people() -> pd.DataFrame:
             "sex": ["m", "f", "m", "m", "f", "m", "f", "f", "m", "f"],
         }
     )
+    return pd.concat([ten] * 5, ignore_index=True)

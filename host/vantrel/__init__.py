@@ -22,10 +22,11 @@ if TYPE_CHECKING:
     from vantrel.sampling import sample
     from vantrel.sampling.seeding import seed_everything
     from vantrel.storage.models import load, save
+    from vantrel.without_table import people
 
 __version__ = "0.1.0"
 
-__all__ = ["compare", "describe", "fit", "load", "sample", "save", "seed_everything"]
+__all__ = ["compare", "describe", "fit", "load", "people", "sample", "save", "seed_everything"]
 __all__ += errors.__all__
 
 _HOMES = {
@@ -33,6 +34,7 @@ _HOMES = {
     "describe": "reporting.description",
     "fit": "fitting",
     "load": "storage.models",
+    "people": "without_table",
     "sample": "sampling",
     "save": "storage.models",
     "seed_everything": "sampling.seeding",

@@ -101,6 +101,13 @@ def by_gender(
     return collections_from_mapping(values, patterns, AMBIGUOUS)
 
 
+def keys_of(values: Iterable[Any], config: PersonModelConfig, attribute: str) -> dict[Any, str]:
+    """Maps genders or titles to their keys; those that no pattern matches are left out."""
+    texts = (value for value in values if isinstance(value, str))
+    sorted_values = by_gender(texts, config, attribute)
+    return {value: key for key, those in sorted_values.items() for value in those}
+
+
 def learnt_by_gender(model: PersonModel, attribute: str) -> dict[str, list[Any]]:
     """Sorts the genders or titles that a model has learnt, as :func:`by_gender` does."""
     categories = model.meta[getattr(model.labels, attribute)].categories

@@ -13,6 +13,9 @@ from typing import Any
 
 from vantrel.wording import counted, shown, some
 
+NOTES_LOGGER = "vantrel.notes"
+"""Where that is logged which the command prints as a note."""
+
 _MOST_NAMES = 20
 _MOST_ROWS = 10
 

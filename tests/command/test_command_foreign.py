@@ -16,7 +16,7 @@ ESCAPES = "a\x1b[2Jb\nvantrel: error: forged"
 def folder(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> Path:
     monkeypatch.chdir(tmp_path)
     Path("people.csv").write_text("sex,land\nm,GB\nf,DE\n")
-    succeed("fit people.csv -o m.json --generate firstname")
+    succeed("fit people.csv --min-count 1 -o m.json --generate firstname")
     return tmp_path
 
 
@@ -51,7 +51,7 @@ def test_no_sign_of_a_message_is_obeyed() -> None:
 
 def test_an_advice_with_odd_names_can_be_copied() -> None:
     Path("people.csv").write_text('"title\x1b[0m",sex\nManager,m\nClerk,f\n')
-    told = succeed("fit people.csv -o n.json").stderr
+    told = succeed("fit people.csv --min-count 1 -o n.json").stderr
     assert all(line.isprintable() for line in told.splitlines())
 
 
@@ -90,7 +90,7 @@ def test_without_standard_input() -> None:
 
 def test_settings_are_a_regular_file_of_some_size() -> None:
     os.mkfifo("pipe")
-    line = "fit people.csv -o n.json --config"
+    line = "fit people.csv --min-count 1 -o n.json --config"
     for path in ("pipe", "/dev/zero"):
         assert fail(f"{line} {path}", 1) == (
             f"Config file {path} cannot be read: It is no regular file."
@@ -120,7 +120,7 @@ def test_a_record_is_a_regular_file() -> None:
 
 def test_a_name_of_a_column_is_not_endless() -> None:
     Path("people.csv").write_text(f"sex,sex,{'h' * 140_000}\nm,f,x\n")
-    assert fail("fit people.csv -o n.json", 1) == (
+    assert fail("fit people.csv --min-count 1 -o n.json", 1) == (
         "Table people.csv has no header: a name in it has more than 131,072 characters, or a"
         " quotation mark is never closed."
     )
@@ -129,7 +129,7 @@ def test_a_name_of_a_column_is_not_endless() -> None:
 @pytest.mark.parametrize("encoding", ["utf-16-le", "utf-16-be", "utf-16"])
 def test_utf_16_needs_no_mark(encoding: str) -> None:
     Path("people.csv").write_bytes("sex,land\nm,GB\nf,DE\n".encode(encoding))
-    succeed("fit people.csv -o n.json --generate firstname")
+    succeed("fit people.csv --min-count 1 -o n.json --generate firstname")
     assert Path("n.json").read_bytes() == Path("m.json").read_bytes()
 
 

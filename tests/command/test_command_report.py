@@ -25,7 +25,7 @@ def made_up(people: pd.DataFrame) -> None:
 @pytest.fixture
 def recorded() -> None:
     """A sample that the command made, with its record."""
-    succeed(f"fit people.csv -o m.json {LABELS} --generate firstname,email")
+    succeed(f"fit people.csv --min-count 1 -o m.json {LABELS} --generate firstname,email")
     succeed("sample m.json -n 1500 --seed 7 -o made-up.csv")
 
 
@@ -34,7 +34,7 @@ def test_from_table_and_sample_to_report() -> None:
     result = succeed(REPORT)
     assert result.stderr == ""
     (line,) = result.stdout.splitlines()
-    assert line.startswith("Compared 10 real rows with 1,500 sampled rows: distance of gender 0.0")
+    assert line.startswith("Compared 50 real rows with 1,500 sampled rows: distance of gender 0.0")
     assert line.endswith("; wrote report.html.")
     html = Path("report.html").read_text(encoding="utf-8")
     assert "<title>People report: people.csv</title>" in html
@@ -62,7 +62,7 @@ def test_the_same_tables_give_the_same_bytes() -> None:
 def test_without_a_record_the_columns_are_named() -> None:
     result = succeed(f"{REPORT} --column gender=sex --column title=title --column lastname=surname")
     assert result.stdout == (
-        "Compared 10 real rows with 4 sampled rows: distance of gender 0.250; wrote report.html.\n"
+        "Compared 50 real rows with 4 sampled rows: distance of gender 0.250; wrote report.html.\n"
     )
     html = Path("report.html").read_text(encoding="utf-8")
     assert "There is no record beside the sample of how it was made." in html
@@ -128,11 +128,13 @@ def test_real_names_are_found_in_columns_that_are_named_otherwise() -> None:
 @pytest.mark.usefixtures("named")
 def test_real_names_are_found_beside_the_columns_of_a_record() -> None:
     succeed(
-        "fit people.csv -o m.json --no-detect --column gender=sex --generate firstname,lastname"
+        "fit people.csv --min-count 1 -o m.json --no-detect --column gender=sex"
+        " --generate firstname,lastname"
     )
     succeed("sample m.json -n 20 --seed 7 -o made-up.csv --force")
     made = pd.read_csv("made-up.csv")
-    first, last = made.loc[0, ["firstname", "lastname"]]
+    plain = made[made["lastname"].str.isalpha()]  # a page writes an apostrophe in its own way
+    first, last = plain.iloc[0][["firstname", "lastname"]]
     Path("people.csv").write_text(f"sex,first_name,last_name\nm,{first},{last}\n")
     succeed(REPORT)
     html = Path("report.html").read_text(encoding="utf-8")
@@ -305,7 +307,9 @@ def test_a_sample_that_is_safe_for_spreadsheets_is_compared_as_it_was_made() -> 
         'gender_male_regex = "^-m$"\ngender_female_regex = "^-f$"\n'
         'gender_non_binary_regex = "^\'x$"\n'
     )
-    succeed("fit people.csv -o m.json --config c.toml --no-detect --column gender==sex")
+    succeed(
+        "fit people.csv --min-count 1 -o m.json --config c.toml --no-detect --column gender==sex"
+    )
     succeed("sample m.json -n 600 --seed 7 --csv-safe --allow-patterns -o made-up.csv")
     assert Path("made-up.csv").read_text().startswith('"\'=sex"')
     result = succeed(REPORT)
@@ -317,7 +321,7 @@ def test_a_sample_that_is_safe_for_spreadsheets_is_compared_as_it_was_made() -> 
 
 
 def test_a_sample_of_given_people_has_their_shares_by_design() -> None:
-    succeed(f"fit people.csv -o m.json {LABELS}")
+    succeed(f"fit people.csv --min-count 1 -o m.json {LABELS}")
     Path("given.csv").write_text("sex\n" + "f\n" * 200)
     succeed("sample m.json --conditions given.csv --seed 7 -o made-up.csv")
     succeed(REPORT)

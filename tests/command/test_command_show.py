@@ -21,7 +21,7 @@ def _other_people(folder: Path) -> None:
 
 
 def fit(options: str = "--column title=t --generate password,mobile_number") -> None:
-    succeed(f"fit people.csv -o m.json {options}")
+    succeed(f"fit people.csv --min-count 1 -o m.json {options}")
 
 
 def test_all_that_is_learnt_is_shown() -> None:
@@ -39,17 +39,17 @@ def test_all_that_is_learnt_is_shown() -> None:
     assert lines[1].startswith("Fitted with      ")
     assert all(f"{name} {number}" in lines[1] for name, number in versions.items())
     assert lines[2:] == [
-        "Without gender   20.0% of the rows, which are blank",
+        "Without gender   20.0% of the rows",
         "Without country  20.0% of the rows",
         "",
         "Columns",
         "Attribute      Column         In samples",
-        "gender         sex            learnt: drawn by its shares",
-        "title          t              learnt: drawn evenly from those of the row's gender",
+        "gender         sex            learnt: drawn with the other columns, as real rows have them",
+        "title          t              learnt: drawn with the other columns, as real rows have them",
         "lastname       last           made up by country",
         "password       password       8 to 16 random characters",
-        "mobile_number  mobile_number  07xxxxxxxx, each x a random digit",
-        "country        land           learnt: drawn by its shares",
+        "mobile_number  mobile_number  a number of the row's country",
+        "country        land           learnt: drawn with the other columns, as real rows have them",
         "",
         "Genders",
         "Key              Share  Values of 'sex'  Titles of 't'",
@@ -86,7 +86,7 @@ def test_settings_that_are_not_the_default() -> None:
 
 
 def test_values_that_are_not_understood_are_shown() -> None:
-    Path("people.csv").write_text("sex,t\nm,Mr\nf,X-files\nf,Firma\nnone,Mrs\n")
+    Path("people.csv").write_text("sex,t\n" + "m,Mr\nf,X-files\nf,Firma\nnone,Mrs\n" * 5)
     fit("--column title=t")
     lines = succeed("show m.json").stdout.partition("\nGenders\n")[2].splitlines()
     assert lines[:4] == [
@@ -101,7 +101,9 @@ def test_values_that_are_not_understood_are_shown() -> None:
 
 
 def test_all_that_a_model_file_keeps_of_columns_is_shown() -> None:
-    Path("people.csv").write_text("sex,t,land\nm,Mr,DE\nf,X-files,FR\nQuark,Dr,GB\n,Mx,AT\n")
+    Path("people.csv").write_text(
+        "sex,t,land\n" + "m,Mr,DE\nf,X-files,FR\nQuark,Dr,GB\n,Mx,AT\n" * 5
+    )
     fit("--column title=t")
     shown = succeed("show m.json").stdout
     children = json.loads(Path("m.json").read_text())["model"]["meta"]["children"]
@@ -110,11 +112,11 @@ def test_all_that_a_model_file_keeps_of_columns_is_shown() -> None:
     assert all(re.search(rf"(?<!\w){value}(?!\w)", shown) for value in kept)
 
 
-def test_spellings_of_one_gender_are_told_to_be_drawn_evenly() -> None:
-    Path("people.csv").write_text("sex\nm\nM\nf\n")
-    fit("")
-    assert "learnt: drawn by its shares, the spellings of one gender evenly\n" in (
-        succeed("show m.json").stdout
+def test_what_is_too_rare_is_shown_by_its_number() -> None:
+    Path("people.csv").write_text("sex,t\n" + "m,Mr\nf,Ms\n" * 9 + "m,Sir\nm,Lord\nm,Sir\n")
+    succeed("fit people.csv -o m.json --force --column title=t")
+    assert succeed("show m.json").stdout.partition("\nLeft out as too rare\n")[2] == (
+        "Column  Values  Rows\nt       2       3\n"
     )
 
 
@@ -190,7 +192,7 @@ def test_in_a_terminal(width: int) -> None:
     if width == 200:
         assert re.sub(" +\n", "\n", plain) == succeed("show m.json").stdout
     else:
-        assert "learnt: drawn evenly from" in plain
+        assert "learnt: drawn with the" in plain
 
 
 def test_in_a_terminal_without_colours() -> None:

@@ -7,7 +7,7 @@ import pytest
 
 from vantrel.config import PersonModelConfig
 from vantrel.errors import SettingsError
-from vantrel.storage.settings import load_config
+from vantrel.storage.settings import load_config, load_settings
 
 EVERYTHING = """
 gender_female_regex = "^(f|w)$"
@@ -24,7 +24,8 @@ dict_cache_size = 5
 pwd_length = [12, 20]
 """
 
-FIELDS = ", ".join(asdict(PersonModelConfig()))
+WAYS = ("email_domain", "phone_numbers", "phone_formats", "latin")
+FIELDS = ", ".join([*asdict(PersonModelConfig()), *WAYS])
 
 
 def write(folder: Path, text: str) -> Path:
@@ -51,6 +52,27 @@ def test_every_field_can_be_set(tmp_path: Path) -> None:
     )
     usual = asdict(PersonModelConfig())
     assert all(value != usual[name] for name, value in asdict(config).items())
+
+
+def test_how_people_are_reached_can_be_set(tmp_path: Path) -> None:
+    text = """
+    email_domain = "example.org"
+    phone_numbers = "valid"
+    latin = true
+    [phone_formats.Germany]
+    mobile_number = "0151 xxxxxxx"
+    [phone_formats.FR]
+    work_number = "01 xx xx xx xx"
+    """
+    assert load_settings(write(tmp_path, text)).ways == {
+        "email_domain": "example.org",
+        "phone_numbers": "valid",
+        "latin": True,
+        "phone_formats": {
+            "Germany": {"mobile_number": "0151 xxxxxxx"},
+            "FR": {"work_number": "01 xx xx xx xx"},
+        },
+    }
 
 
 def test_what_is_not_set_is_the_default(tmp_path: Path) -> None:
@@ -111,6 +133,21 @@ def test_a_byte_order_mark_is_no_part_of_the_text(tmp_path: Path) -> None:
             "Expected `array` of length 2, got 1 - at `$.pwd_length`.",
         ),
         ("pwd_length = [8, 1.5]", "Expected `int`, got `float` - at `$.pwd_length[1]`."),
+        ("latin = 1", "Expected `bool`, got `int` - at `$.latin`."),
+        ("phone_formats = 'x'", "Expected `object`, got `str` - at `$.phone_formats`."),
+        (
+            "[phone_formats.DE]\nmobile = 'x'",
+            "Invalid enum value 'mobile' - at `key` in `$.phone_formats[...]`.",
+        ),
+        (
+            "[phone_formats.DE]\nhome_number = '1\\n'".replace("'", '"'),
+            "Expected `str` matching regex '^[ -~]*\\\\Z' - at `$.phone_formats[...][...]`.",
+        ),
+        (
+            "[phone_formats.Grmany]\nhome_number = 'x'",
+            "'Grmany' is neither a country nor a locale. Did you mean 'Germany'? Write a country as"
+            " its ISO code, its English name or its name in its own language, a locale as 'en_GB'..",
+        ),
     ],
 )
 def test_a_setting_that_is_none(tmp_path: Path, text: str, message: str) -> None:

@@ -93,8 +93,8 @@ def test_json_that_is_no_model(tmp_path: Path, content: str) -> None:
 
 
 def test_a_newer_schema(path: Path) -> None:
-    assert edited(path, lambda form: form.update(schema_version=2)) == (
-        "cannot be used: its schema version is 2, the newest known here is 1: install a newer"
+    assert edited(path, lambda form: form.update(schema_version=3)) == (
+        "cannot be used: its schema version is 3, the newest known here is 2: install a newer"
         " vantrel."
     )
 

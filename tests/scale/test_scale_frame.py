@@ -12,10 +12,12 @@ import numpy as np
 import pandas as pd
 import pytest
 
+import vantrel
 from support.people import ALL_LABELS, fitted_model
 from support.scaling import QUICK, model_with_gaps, rows_of
 from support.sources import source_states
 from vantrel.config import PersonLabels
+from vantrel.errors import ArgumentError
 from vantrel.model.models.person import PersonModel
 from vantrel.sampling import BLOCK_ROWS, Plan, sample_blocks
 from vantrel.scale import partitions
@@ -273,3 +275,51 @@ def test_bad_values(
         scale.sample(fitted_model(GENDER_ONLY), **{"n": 10, **given})
     assert str(caught.value) == message
     assert capsys.readouterr().err == ""  # no seed of a sample that is not made
+
+
+def table_of_rows() -> pd.DataFrame:
+    """A table of which rows are learnt, with gaps and a country that is none."""
+    ten = pd.DataFrame(
+        {
+            "sex": ["f", "m", "f", "unknown", None, "m", "f", "m", "f", None],
+            "land": ["DE", "GB", "JP", "DE", "GB", "elsewhere", "RU", None, "FR", None],
+            "title": ["Mrs", "Mr", "Dr", None, None, "Mr", "Ms", "Mr", "Mme", None],
+        }
+    )
+    return pd.concat([ten] * 6, ignore_index=True)
+
+
+@pytest.mark.parametrize("npartitions", [1, 3])
+@pytest.mark.parametrize("latin", [False, True])
+def test_rows_as_real_ones_are_the_same_here_in_parts_and_on_dask(
+    npartitions: int, latin: bool
+) -> None:
+    made_up = ["firstname", "lastname", "fullname", "email", "mobile_number", "password"]
+    columns: dict[str, Any] = {"gender": "sex", "title": "title", "country": "land"}
+    model = vantrel.fit(table_of_rows(), generate=made_up, latin=latin, **columns)
+    here = vantrel.sample(model, 120_000, seed=5).astype("string[pyarrow]")
+    assert here.isna().all(axis="columns").any()
+    frame = scale.sample(model, 120_000, seed=5, npartitions=npartitions)
+    check_rows(frame.compute(scheduler="synchronous"), here)
+    plan = Plan(120_000, 5)
+    last = pd.concat(sample_blocks(model, plan, blocks=range(2, 3))).astype("string[pyarrow]")
+    check_rows(last, here.iloc[100_000:])
+
+
+def test_a_table_in_parts_gives_the_same_model_of_rows() -> None:
+    import dask.dataframe as dd
+
+    table = table_of_rows().assign(name="SMITH, John")
+    whole = vantrel.fit(table)
+    in_parts = scale.fit(dd.from_pandas(table, npartitions=4))
+    assert dumps(in_parts) == dumps(whole)
+    assert whole.meta.ways.full_names == "LAST, First"
+
+
+def test_conditions_are_refused_as_those_of_a_table_in_memory(model: PersonModel) -> None:
+    with pytest.raises(ArgumentError) as caught:
+        scale.sample(model, 5, conditions=pd.DataFrame({"gender": ["F"]}))
+    assert str(caught.value) == (
+        "'conditions' are not taken on Dask: vantrel.sample(model, conditions=...) makes a person for"
+        " each row of a table in memory."
+    )

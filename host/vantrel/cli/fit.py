@@ -21,6 +21,16 @@ from vantrel.hints import named
 from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
 
 
+def _by_country(
+    _context: click.Context, _option: click.Parameter, values: tuple[str, ...]
+) -> tuple[str, ...] | dict[str, str]:
+    """Gives locales as they are, or by country where they are written so."""
+    pairs = [value.partition("=") for value in values if "=" in value]
+    if pairs and len(pairs) < len(values):
+        raise click.BadParameter("Some are locales and some of a country: write COUNTRY=LOCALE.")
+    return {country: locale for country, _, locale in pairs} if pairs else values
+
+
 @click.command(cls=TerseCommand)
 @click.argument("table", type=click.Path(path_type=Path))
 @path_option("-o", "--output", metavar="MODEL.json", required=True, help="The model file to write.")
@@ -43,14 +53,38 @@ from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
     "locales",
     multiple=True,
     metavar="LOCALE",
-    help="Where the people are from if no column says so; may be repeated. [default: en_GB]",
+    callback=_by_country,
+    help="Where the people are from if no column says so; may be repeated. [default: en_GB] Or the"
+    " locale of a country of the column, as in India=en_IN.",
 )
 @path_option(
     "--config",
     "config_file",
     metavar="FILE.toml",
-    help="Settings: patterns of genders and titles, formats of telephone numbers, lengths of"
-    " passwords.",
+    help="Settings: patterns of genders and titles, telephone numbers, e-mail addresses, lengths"
+    " of passwords.",
+)
+@click.option(
+    "--email-domain",
+    metavar="DOMAIN",
+    help="The domain of e-mail addresses, such as example.org; as-made for those that Faker makes,"
+    " which may belong to somebody. [default: many, under .example]",
+)
+@click.option(
+    "--phone-numbers",
+    type=click.Choice(["fiction", "valid"]),
+    help="Numbers that are kept for fiction, where a country has such, or valid ones everywhere."
+    " [default: fiction]",
+)
+@click.option("--latin", is_flag=True, help="Write names in Latin letters, whatever a country has.")
+@click.option(
+    "--min-count",
+    metavar="ROWS",
+    type=click.IntRange(min=1),
+    default=5,
+    show_default=True,
+    help="The fewest rows that a gender, title or country must be in to be kept, and a combination"
+    " of them to be kept as such. 1 keeps all.",
 )
 @separator_option("TABLE")
 @encoding_option("TABLE")
@@ -63,11 +97,15 @@ def fit(
     ignore: tuple[str, ...],
     no_detect: bool,
     generate: list[str],
-    locales: tuple[str, ...],
+    locales: tuple[str, ...] | dict[str, str],
     config_file: Path | None,
     separator: str | None,
     encoding: str | None,
     show_values: bool,
+    min_count: int,
+    email_domain: str | None,
+    phone_numbers: str | None,
+    latin: bool,
     force: bool,
 ) -> None:
     """Learn from a table and write a model file.
@@ -91,19 +129,24 @@ def fit(
     import vantrel
     from vantrel.cli.console import print_all
     from vantrel.reporting.sections import Section
-    from vantrel.storage.settings import load_config
+    from vantrel.storage.settings import load_settings
     from vantrel.tables import open_table
 
-    config = load_config(config_file) if config_file else None
+    loaded = load_settings(config_file) if config_file else None
+    ways = loaded.ways if loaded else {}
+    named_ways = {"email_domain": email_domain, "phone_numbers": phone_numbers, "latin": latin}
+    ways |= {name: value for name, value in named_ways.items() if value}
     with open_table(table, separator=separator, encoding=encoding, empty_is_missing=True) as opened:
         model = vantrel.fit(
             opened,
             generate=generate,
             locales=locales,
-            config=config,
+            config=loaded and loaded.config,
             ignore=ignore,
             detect=not no_detect,
             show_values=show_values,
+            min_count=min_count,
+            **ways,
             **columns,
         )
     vantrel.save(model, output, force=force)

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import logging
 import os
 import signal
 import sys
@@ -17,7 +18,7 @@ import click
 from vantrel.cli.console import say
 from vantrel.cli.options import as_option
 from vantrel.errors import ArgumentError, ArgumentTypeError, VantrelError
-from vantrel.hints import named, spelling
+from vantrel.hints import NOTES_LOGGER, named, spelling
 
 BAD_DATA = 1
 BAD_USAGE = 2
@@ -58,7 +59,7 @@ class TerseGroup(TerseCommand, click.Group):
         kwargs["standalone_mode"] = False
         _open_closed_streams()
         try:
-            with _unwinding(), _plain_warnings(), spelling(as_option):
+            with _unwinding(), _plain_warnings(), _plain_notes(), spelling(as_option):
                 status = super().main(*args, **kwargs)
         except click.exceptions.NoArgsIsHelpError as error:
             click.echo(error.format_message(), err=True)
@@ -111,6 +112,26 @@ def _plain_warnings() -> Iterator[None]:
 
 def _show_warning(message: Warning | str, *_: Any, **__: Any) -> None:
     say("warning", str(message))
+
+
+class _Notes(logging.Handler):
+    """Prints what is logged."""
+
+    @override
+    def emit(self, record: logging.LogRecord) -> None:
+        say("note", record.getMessage())
+
+
+@contextmanager
+def _plain_notes() -> Iterator[None]:
+    """Prints each note of the library in a plain line."""
+    log, handler = logging.getLogger(NOTES_LOGGER), _Notes()
+    log.setLevel(logging.INFO)
+    log.addHandler(handler)
+    try:
+        yield
+    finally:
+        log.removeHandler(handler)
 
 
 def _open_closed_streams() -> None:

@@ -41,7 +41,7 @@ def as_option(name: str, value: object) -> str:
     if name in ATTRIBUTES:
         return f"--column {quoted(f'{name}={value}')}"
     option = _NAMES.get(name, f"--{name.replace('_', '-')}")
-    if value in (True, ...):
+    if value is True or value is ...:
         return option
     values = value if isinstance(value, list) else [value]
     return f"{option} {quoted(','.join(map(str, values)))}"

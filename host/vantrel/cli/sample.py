@@ -62,7 +62,15 @@ _IN_THIS_PROCESS = ("conditions", "separator", "encoding", "csv_safe", "show_val
     " of six characters then.",
 )
 @click.option(
-    "--strict", is_flag=True, help="Refuse countries of which Faker has no names of their own."
+    "--strict",
+    is_flag=True,
+    help="Refuse countries of which Faker has no names of their own, and what is no country.",
+)
+@click.option(
+    "--exact",
+    is_flag=True,
+    help="Make the rows of the bare model: titles and spellings drawn evenly, and blank rows where"
+    " a gender is missing.",
 )
 @click.option(
     "--csv-safe",

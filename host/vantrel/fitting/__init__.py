@@ -3,10 +3,11 @@
 from __future__ import annotations
 
 import logging
-from collections.abc import Collection, Iterable, Sequence
+from collections.abc import Collection, Iterable, Mapping, Sequence
 from dataclasses import dataclass
 from typing import Any, Protocol, Unpack, runtime_checkable
 
+import msgspec
 import pandas as pd
 
 from vantrel.arguments import as_frame
@@ -14,20 +15,26 @@ from vantrel.attributes import PersonColumns
 from vantrel.config import PersonModelConfig
 from vantrel.detection import NOTHING
 from vantrel.detection import detect as find
+from vantrel.detection.full_names import full_names_of
 from vantrel.detection.values import SAMPLE_SIZE
 from vantrel.errors import FittingError, raised_by_model
 from vantrel.fitting.checks import (
     check_columns,
     check_config,
-    check_countries,
+    check_kept,
+    check_min_count,
     check_request,
+    check_ways,
+    hidden_values,
     make_person,
     refuse_nothing,
 )
 from vantrel.fitting.counted import fit_counts, learnt_columns
 from vantrel.fitting.notes import notes
 from vantrel.hints import showing_values
+from vantrel.metadata.value import Person
 from vantrel.model.models.person import PersonModel
+from vantrel.rows import DEFAULT_MIN_COUNT, RESERVED, Ways, learn_rows
 from vantrel.sampling.places import places_of
 from vantrel.tables import TableCounts, count_frame
 from vantrel.util.locale.locale import refuse_unknown, told_before, warn_of_borrowed
@@ -45,7 +52,7 @@ class Countable(Protocol):
         """Gives all columns, with at least so many of the first values of each, if it has them."""
 
     def count(self, columns: list[str], labelled: list[str], /) -> TableCounts:
-        """Counts the values of columns, and the rows that are blank in the labelled ones."""
+        """Counts the combinations of the values of columns and the gaps of the labelled ones."""
 
 
 @dataclass(frozen=True)
@@ -58,31 +65,50 @@ class WholeFrame:
         """Gives the whole table."""
         return self.df
 
-    def count(self, columns: list[str], _labelled: list[str]) -> TableCounts:
-        """Counts values only: the model sees blank rows itself."""
-        return count_frame(self.df, columns, ())
+    def without(self, hidden: dict[str, set[str]]) -> pd.DataFrame:
+        """Gives the table as if some values, by their texts, were missing from their columns."""
+        left = {
+            column: self.df[column].mask(self.df[column].astype(str).isin(values))
+            for column, values in hidden.items()
+            if values
+        }
+        return self.df.assign(**left) if left else self.df
+
+    def count(self, columns: list[str], labelled: list[str]) -> TableCounts:
+        """Counts all rows."""
+        return count_frame(self.df, columns, labelled)
 
 
 class FitKeywords(PersonColumns, total=False):
     """What :func:`fit` takes by name."""
 
     generate: Iterable[str]
-    locales: Sequence[str] | None
+    locales: Sequence[str] | Mapping[str, str] | None
     config: PersonModelConfig | None
     ignore: Collection[str]
     detect: bool
     show_values: bool
+    min_count: int
+    email_domain: str
+    phone_numbers: str
+    phone_formats: Mapping[str, Mapping[str, str]] | None
+    latin: bool
 
 
 def fit(
     df: Any,
     *,
     generate: Iterable[str] = (),
-    locales: Sequence[str] | None = None,
+    locales: Sequence[str] | Mapping[str, str] | None = None,
     config: PersonModelConfig | None = None,
     ignore: Collection[str] = (),
     detect: bool = True,
     show_values: bool = False,
+    min_count: int = DEFAULT_MIN_COUNT,
+    email_domain: str = RESERVED,
+    phone_numbers: str = "fiction",
+    phone_formats: Mapping[str, Mapping[str, str]] | None = None,
+    latin: bool = False,
     **columns: Unpack[PersonColumns],
 ) -> PersonModel:
     """Learns from a table of people.
@@ -97,12 +123,23 @@ def fit(
         generate: Attributes that the table does not have but samples shall, in columns of the
             attributes' names.
         locales: Where the people are from if there is no column of countries, as locales of Faker
-            or as countries; one is drawn for each person. British if None.
+            or as countries; one is drawn for each person. British if None. Or, where there is such
+            a column, the locales whose names people of some countries get: ``{"India": "en_IN"}``.
         config: Patterns of genders and titles, formats of phone numbers, lengths of passwords.
         ignore: Columns that are not to be found.
         detect: Whether columns are found beside those that are named.
         show_values: Whether notes and errors name values of the table, and do not only tell how
             many there are and in which rows: they may go to a log.
+        min_count: The fewest rows that a value of gender, title or country must be in to be kept,
+            and a combination of these with the gaps beside them to be kept as such. 1 keeps all.
+        email_domain: The domain of e-mail addresses. "reserved" is many, under a name that belongs
+            to nobody; "as-made" are those that Faker makes, which may belong to somebody.
+        phone_numbers: "fiction" are numbers that regulators keep for it, in countries that have
+            such, and valid ones elsewhere; "valid" are valid ones everywhere. A format of
+            ``config`` comes first.
+        phone_formats: The formats of some countries, which come before all else: ``{"DE":
+            {"mobile_number": "0151 xxxxxxx"}}``. Each "x" becomes a digit.
+        latin: Whether names are written in Latin letters, also in countries that have others.
         columns: The column of each attribute, as in ``gender="sex"``. The attributes are gender,
             title, firstname, lastname, fullname, email, username, password, mobile_number,
             home_number, work_number and country.
@@ -125,11 +162,22 @@ def fit(
         BorrowedNamesWarning: Faker has no names of some countries or locales.
     """
     named: dict[str, Any] = dict(columns)
+    of_countries = locales if isinstance(locales, Mapping) else {}
+    locales = None if isinstance(locales, Mapping) else locales
     generated = check_request(named, generate, ignore, locales, detect=detect)
+    check_min_count(min_count)
+    refuse_unknown([*of_countries, *of_countries.values()])
+    ways = check_ways(
+        email_domain=email_domain,
+        phone_numbers=phone_numbers,
+        locales=of_countries,
+        latin=latin,
+        phone_formats={} if phone_formats is None else phone_formats,
+    )
     refuse_unknown(locales or ())
     config = PersonModelConfig() if config is None else config
     with showing_values(show_values):
-        return _fitted(df, named, generated, locales, config, ignore, detect)
+        return _fitted(df, named, generated, locales, config, ways, ignore, detect, min_count)
 
 
 def _fitted(
@@ -138,8 +186,10 @@ def _fitted(
     generated: list[str],
     locales: Sequence[str] | None,
     config: PersonModelConfig,
+    ways: Ways,
     ignore: Collection[str],
     detect: bool,
+    min_count: int,
 ) -> PersonModel:
     check_config(config)
     table = df if isinstance(df, Countable) else WholeFrame(as_frame(df))
@@ -151,17 +201,34 @@ def _fitted(
     meta = make_person(labels, generated, locales)
     labelled = [column for column in first.columns if column in meta.params.values()]
     counts = table.count(learnt_columns(meta), labelled)
-    if "country" in labels:
-        check_countries(counts, labels["country"])
+    learnt = learn_rows(counts, meta, config, min_count)
+    hidden = hidden_values(learnt, counts, meta)
+    check_kept(counts, hidden, min_count, meta.labels.country)
     with told_before(), raised_by_model(FittingError, "The model cannot be fitted"):
         if isinstance(table, WholeFrame):
-            model = PersonModel(meta, config).fit(table.df)
+            model = PersonModel(meta, config).fit(table.without(hidden))
         else:
-            model = fit_counts(counts, list(first.columns), meta, config)
+            model = fit_counts(counts.without(hidden), list(first.columns), meta, config)
+    meta.rows = learnt.rows
+    meta.ways = msgspec.structs.replace(ways, full_names=_full_names(first, meta))
     warn_of_borrowed(places_of(model))
     meta.learnt_from = counts.rows
     meta.told_by = {choice.attribute: choice.reason for choice in found.choices}
-    meta.notes = notes(model, first, counts, found, generated, located=bool(locales))
+    meta.notes = notes(
+        model,
+        first,
+        counts,
+        found,
+        generated,
+        located=bool(locales),
+        has_too_many=learnt.has_too_many,
+    )
     for note in meta.notes:
         _log.info(note)
     return model
+
+
+def _full_names(first: pd.DataFrame, meta: Person) -> str | None:
+    """How the table writes full names, if it has such in a way of its own."""
+    column = meta.labels.fullname
+    return full_names_of(first[column]) if column in first else None

@@ -3,19 +3,24 @@
 from __future__ import annotations
 
 from collections.abc import Collection, Iterable, Mapping, Sequence
+from typing import Any
 
+import msgspec
 import pandas as pd
 
 from vantrel.arguments import kind_of, refuse_text
 from vantrel.attributes import ATTRIBUTES
 from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.detection import Detection
-from vantrel.errors import ArgumentError, ArgumentTypeError, FittingError
+from vantrel.errors import ArgumentError, ArgumentTypeError, FittingError, UnknownPlaceError
 from vantrel.fitting.notes import doubt_note
 from vantrel.hints import argument, did_you_mean, listed, shows_values, unnamed
 from vantrel.metadata.value import Person
+from vantrel.rows.form import Ways
+from vantrel.rows.learning import LearntRows
 from vantrel.tables import TableCounts
 from vantrel.util.locale.locale import HOW_TO_WRITE, told_unknown, unknown_places
+from vantrel.wording import shown
 
 # Of settings: a sample takes as long as they are.
 _FORMATS = ("mobile_number_format", "home_number_format", "work_number_format")
@@ -108,25 +113,87 @@ def refuse_nothing(df: pd.DataFrame, columns: Mapping[str, str], found: Detectio
         )
 
 
-def check_countries(counts: TableCounts, column: str) -> None:
+def check_min_count(min_count: int) -> None:
+    """Refuses what is no number of rows."""
+    if isinstance(min_count, bool) or not isinstance(min_count, int) or min_count < 1:
+        raise ArgumentError(f"'min_count' is an integer from 1 on, not {min_count!r}.")
+
+
+# What is wanted of each argument that tells how people are reached.
+_WANTED = {
+    "email_domain": "is a domain such as 'example.org', or 'reserved' or 'as-made'",
+    "phone_numbers": "are 'fiction' or 'valid'",
+    "latin": "is True or False",
+    "phone_formats": "are formats by country, as in {'DE': {'mobile_number': '0151 xxxxxxx'}}",
+}
+
+
+def check_ways(**asked: Any) -> Ways:
+    """Gives how people are reached, and refuses what cannot be done so.
+
+    The arguments are fields of :class:`vantrel.rows.Ways`.
+    """
+    for name, value in asked.items():
+        try:
+            msgspec.convert({name: value}, Ways)
+        except msgspec.ValidationError as error:
+            if isinstance(error.__cause__, UnknownPlaceError):
+                raise error.__cause__ from None
+            raise ArgumentError(f"{name!r} {_WANTED[name]}, not {shown(repr(value))}.") from None
+    return Ways(**asked)
+
+
+def hidden_values(learnt: LearntRows, counts: TableCounts, meta: Person) -> dict[str, set[str]]:
+    """Collects by column what the bare model is not to see.
+
+    These are values that are too rare, what is no country, and titles that tell none of the
+    genders: it could make nothing of them.
+    """
+    hidden = {column: set(values) for column, values in learnt.hidden.items()}
+    if country := meta.labels.country:
+        known = (value for value in counts.values[country] if value is not None)
+        hidden[country] |= set(map(str, unknown_places(known)))
+    return hidden
+
+
+def check_kept(
+    counts: TableCounts,
+    hidden: Mapping[str, Collection[str]],
+    min_count: int,
+    country: str | None,
+) -> None:
+    """Refuses columns of which nothing would be kept; ``country`` is that of countries."""
+    for column, values in hidden.items():
+        texts = [value for value in counts.values[column] if value is not None]
+        if not texts or any(str(value) not in values for value in texts):
+            continue
+        if column == country and len(unknown_places(texts)) == len(texts):
+            _refuse_countries(counts, column, texts)
+        raise FittingError(
+            f"Column {column!r} has no value in {min_count:,} rows or more, and rarer ones are not"
+            f" kept: leave it out, {argument('ignore', [column])}, or keep what is rare, with"
+            f" {argument('min_count', 1)}."
+        )
+
+
+def _refuse_countries(counts: TableCounts, column: str, unknown: list[str]) -> None:
     """Refuses unknown countries, with the number of their rows; names them where that is asked for.
 
     Args:
         counts: How many rows have each country.
         column: The column of countries.
+        unknown: Those that are not known.
     """
-    values = counts.values[column]
-    if unknown := unknown_places(place for place in values if place is not None):
-        rows = sum(values[place] for place in unknown)
-        told = f"{told_unknown(unknown)} Such rows: {rows:,} of {counts.rows:,}."
-        if not shows_values():
-            no_places = "no country or locale" if len(unknown) == 1 else "no countries or locales"
-            where = unnamed(len(unknown), counts.where(column, unknown))
-            told = f"{where}: {no_places}. {HOW_TO_WRITE}"
-        raise FittingError(
-            f"Column {column!r}: {told} Correct or empty these cells, or leave the column out:"
-            f" {argument('ignore', [column])}."
-        )
+    rows = sum(counts.values[column][place] for place in unknown)
+    told = f"{told_unknown(unknown)} Such rows: {rows:,} of {counts.rows:,}."
+    if not shows_values():
+        no_places = "no country or locale" if len(unknown) == 1 else "no countries or locales"
+        where = unnamed(len(unknown), counts.where(column, unknown))
+        told = f"{where}: {no_places}. {HOW_TO_WRITE}"
+    raise FittingError(
+        f"Column {column!r}: {told} Correct or empty these cells, or leave the column out:"
+        f" {argument('ignore', [column])}."
+    )
 
 
 def check_config(config: PersonModelConfig) -> None:

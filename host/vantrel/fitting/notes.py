@@ -13,8 +13,17 @@ from vantrel.detection.values import Values
 from vantrel.genders import learnt_by_gender, understood
 from vantrel.hints import argument, listed, shows_values, unnamed
 from vantrel.model.models.person import PersonModel
+from vantrel.rows.form import MOST_COMBINATIONS
+from vantrel.sampling.names import has_gendered_first_names
+from vantrel.sampling.places import places_of, with_names_of
 from vantrel.tables import TableCounts
-from vantrel.wording import percent, shown, some
+from vantrel.util.locale.locale import (
+    Provider,
+    get_country_to_provder_map,
+    told_before,
+    unknown_places,
+)
+from vantrel.wording import counted, percent, shown, some
 
 _MOST_SHOWN = 5
 
@@ -27,6 +36,7 @@ def notes(
     generated: Collection[str],
     *,
     located: bool,
+    has_too_many: bool,
 ) -> list[str]:
     """Lists, in a sentence or two each, what is not understood, never sampled, assumed or left out.
 
@@ -37,14 +47,20 @@ def notes(
         found: The columns that were found.
         generated: The attributes that were to be generated.
         located: Whether the user told where the people are from.
+        has_too_many: Whether there were more combinations than a model keeps.
     """
     return [
         *map(doubt_note, found.doubts),
         *_there_already(found, generated),
         *_of_genders(model, first, counts),
         *_of_titles(model, counts),
+        *_of_countries(model, counts),
+        *_of_the_rare(model),
+        *_of_too_many(has_too_many),
         *_of_equal_genders(model),
         *([] if located else _of_places(model)),
+        *_of_first_names(model),
+        *_of_full_names(model),
         *_of_the_rest(model, first.columns.tolist()),
     ]
 
@@ -78,24 +94,9 @@ def _of_genders(model: PersonModel, first: pd.DataFrame, counts: TableCounts) ->
     column = model.labels.gender
     if not column:
         return
-    by_gender = learnt_by_gender(model, "gender")
-    if unclear := _others(counts.values[column], understood(by_gender)):
+    if unclear := _unclear(model, counts, "gender"):
         told = _not_understood(column, "genders", unclear, counts)
         yield f"{told}{_title_advice(model, first[column])}"
-
-    several = [
-        some([shown(repr(way)) for way in ways], _MOST_SHOWN)
-        if shows_values()
-        else f"{key} in {len(ways)} ways"
-        for key, ways in by_gender.items()
-        if len(ways) > 1
-    ]
-    if several:
-        yield (
-            f"Column {column!r} writes one gender in several ways, which samples have equally often"
-            f" among that gender: {'; '.join(several)}. Write each gender in one way to have only"
-            " that."
-        )
 
 
 def _title_advice(model: PersonModel, genders: pd.Series) -> str:
@@ -110,35 +111,59 @@ def _of_titles(model: PersonModel, counts: TableCounts) -> Iterator[str]:
     column = model.labels.title
     if not column:
         return
-    titles = counts.values[column]
-    by_gender = learnt_by_gender(model, "title")
-    if model.labels.gender:
-        learnt = model.hidden_model_gender._probabilities or {}
-        drawn = understood({key: values for key, values in by_gender.items() if key in learnt})
-        if never := _others(titles, drawn):
-            yield (
-                f"Column {column!r} has titles that will never be sampled, as they tell none of the"
-                f" learnt genders: {_named(never, column, counts)}."
-            )
-    elif unclear := _others(titles, understood(by_gender)):
+    if not model.labels.gender and (unclear := _unclear(model, counts, "title")):
         yield _not_understood(column, "titles", unclear, counts)
 
 
-def _others(counts: Mapping[Any, int], known: Collection[str]) -> dict[Any, int]:
-    """The counts of the values that are none of the known ones, nor missing."""
+def _of_countries(model: PersonModel, counts: TableCounts) -> Iterator[str]:
+    column = model.labels.country
+    if not column:
+        return
+    kept = set(model.meta.rows.country)
+    there = [value for value in counts.values[column] if value is not None and str(value) in kept]
+    if unknown := unknown_places(there):
+        values = {value: counts.values[column][value] for value in unknown}
+        yield (
+            f"Column {column!r} has values that are no countries: {_named(values, column, counts)}."
+            " Samples have them as they are, and names from the other countries with them."
+        )
+
+
+def _of_the_rare(model: PersonModel) -> Iterator[str]:
+    rows = model.meta.rows
+    for attribute, left_out in rows.left_out.items():
+        yield (
+            f"Column {model.params[attribute]!r} has {counted(left_out.values, 'value')} in too few"
+            f" rows to be kept, {left_out.rows:,} in all:"
+            f" {argument('min_count', 1)} keeps whatever a row has."
+        )
+
+
+def _of_too_many(has_too_many: bool) -> Iterator[str]:
+    if has_too_many:
+        yield (
+            f"There are more than {MOST_COMBINATIONS:,} combinations of genders, titles, countries"
+            " and gaps. The rarest of them are drawn by coarser counts, with fewer columns at once."
+        )
+
+
+def _unclear(model: PersonModel, counts: TableCounts, attribute: str) -> dict[Any, int]:
+    """The counts of the values that are kept and tell no gender."""
+    known = understood(learnt_by_gender(model, attribute))
+    kept = set(getattr(model.meta.rows, attribute)) - known
+    values = counts.values[model.params[attribute]]
     return {
-        value: count
-        for value, count in counts.items()
-        if value is not None and str(value) not in known
+        value: rows for value, rows in values.items() if value is not None and str(value) in kept
     }
 
 
 def _not_understood(column: str, what: str, unclear: Mapping[Any, int], counts: TableCounts) -> str:
     share = percent(sum(unclear.values()) / counts.rows)
     return (
-        f"Column {column!r} has values that are not understood as {what} and count as missing:"
-        f" {_named(unclear, column, counts)}. These are {share} of the rows, which"
-        f" samples leave blank; patterns in {argument('config', ...)} make them understood."
+        f"Column {column!r} has values that are not understood as {what}:"
+        f" {_named(unclear, column, counts)}. These are {share} of the rows, which samples have as"
+        f" often, with names of any gender; patterns in {argument('config', ...)} make them"
+        " understood."
     )
 
 
@@ -157,6 +182,27 @@ def _of_places(model: PersonModel) -> Iterator[str]:
         yield (
             f"There is no column of countries, so all people get names of {locale}:"
             f" {argument('locales', ['DE'])}, say, changes that."
+        )
+
+
+def _of_first_names(model: PersonModel) -> Iterator[str]:
+    if not _makes_by(model, "gender"):
+        return
+    places = with_names_of(places_of(model), model.meta.ways.locales)
+    with told_before():
+        fakers = get_country_to_provder_map(places, Provider.PERSON)
+    if mixed := [place for place in fakers if not has_gendered_first_names(fakers[place])]:
+        yield (
+            "Faker does not tell first names of women and men apart in these countries and locales,"
+            f" so there they do not follow the gender: {listed(mixed)}."
+        )
+
+
+def _of_full_names(model: PersonModel) -> Iterator[str]:
+    if way := model.meta.ways.full_names:
+        yield (
+            f"Column {model.labels.fullname!r} has names that are written {way!r}, so samples have"
+            " them written so, in all countries."
         )
 
 

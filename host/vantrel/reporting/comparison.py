@@ -109,7 +109,8 @@ def compare(
     labelled = label(table, people, named, recorded)
     _check_comparable(labelled, (table, people))
     has_conditions = bool(record and record.options.get("conditions"))
-    figures = compare_labelled(*labelled, has_conditions=has_conditions)
+    is_bare = record is None or bool(record.options.get("exact", True))
+    figures = compare_labelled(*labelled, has_conditions=has_conditions, is_bare=is_bare)
     return Comparison(figures, provenance(record, figures.sampled_rows) if record else None)
 
 

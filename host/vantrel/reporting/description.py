@@ -3,14 +3,17 @@
 from __future__ import annotations
 
 import json
-from dataclasses import fields
+
+from msgspec import structs
 
 from vantrel.arguments import check_model
-from vantrel.attributes import ATTRIBUTES
+from vantrel.attributes import ATTRIBUTES, PHONES
 from vantrel.config import PersonModelConfig
 from vantrel.genders import KEYS, learnt_by_gender, understood
 from vantrel.model.models.person import PersonModel
 from vantrel.reporting.sections import Section, Sections
+from vantrel.rows import Ways
+from vantrel.sampling.phones import has_usual_format
 from vantrel.sampling.places import places_of
 from vantrel.util.locale.locale import locale_of
 from vantrel.wording import percent
@@ -39,7 +42,9 @@ def describe(model: PersonModel) -> Sections:
         Section("Genders", ("Key", "Share", *_sources(model)), _genders(model)),
         Section(places, ("Value", "Share", "Names of"), _places(model)),
     ]
-    if changed := _changed_settings(model.config):
+    if model.meta.rows is not None and model.meta.rows.left_out:
+        sections.append(Section("Left out as too rare", ("Column", "Values", "Rows"), _rare(model)))
+    if changed := _changed_settings(model):
         sections.append(Section("Settings that are not the default", ("", ""), changed))
     if model.meta.notes:
         sections.append(Section("Notes", ("",), [(note,) for note in model.meta.notes]))
@@ -48,7 +53,8 @@ def describe(model: PersonModel) -> Sections:
 
 def _missing(model: PersonModel) -> _Rows:
     blank = model.hidden_model_gender.meta.nan_freq or 0.0
-    rows: _Rows = [("Without gender", f"{percent(blank)} of the rows, which are blank")]
+    are_blank = ", which are blank" if model.meta.rows is None else ""
+    rows: _Rows = [("Without gender", f"{percent(blank)} of the rows{are_blank}")]
     if country := model.labels.country:
         unknown = model.meta[country].nan_freq or 0.0
         rows.append(("Without country", f"{percent(unknown)} of the rows"))
@@ -60,12 +66,29 @@ def _columns(model: PersonModel) -> _Rows:
     rows: _Rows = []
     for attribute, column in model.params.items():
         made = ATTRIBUTES[attribute].made.format_map(settings)
-        if attribute == "gender" and any(
+        if model.meta.rows is not None:
+            made = _made_in_rows(model, attribute) or made
+        elif attribute == "gender" and any(
             len(ways) > 1 for ways in learnt_by_gender(model, "gender").values()
         ):
             made += ", the spellings of one gender evenly"
         rows.append((attribute, column, made))
     return rows
+
+
+def _made_in_rows(model: PersonModel, attribute: str) -> str:
+    """How a sample gets an attribute where that differs from what the bare model does."""
+    if ATTRIBUTES[attribute].is_learnt:
+        return "learnt: drawn with the other columns, as real rows have them"
+    if attribute in PHONES and has_usual_format(model, attribute):
+        return "a number of the row's country"
+    if attribute == "email":
+        return f"username and a domain ({_ways(model).email_domain})"
+    return ""
+
+
+def _ways(model: PersonModel) -> Ways:
+    return model.meta.ways or Ways()
 
 
 def _sources(model: PersonModel) -> list[str]:
@@ -115,11 +138,18 @@ def _places(model: PersonModel) -> _Rows:
     return rows
 
 
-def _changed_settings(config: PersonModelConfig) -> _Rows:
-    usual = PersonModelConfig()
-    settings = {field.name: getattr(config, field.name) for field in fields(PersonModelConfig)}
+def _rare(model: PersonModel) -> _Rows:
     return [
-        (name, json.dumps(value, ensure_ascii=False))
-        for name, value in settings.items()
-        if value != getattr(usual, name)
+        (model.params[attribute], f"{each.values:,}", f"{each.rows:,}")
+        for attribute, each in model.meta.rows.left_out.items()
+    ]
+
+
+def _changed_settings(model: PersonModel) -> _Rows:
+    usual = {**vars(PersonModelConfig()), **structs.asdict(Ways())}
+    settings = {**vars(model.config), **structs.asdict(_ways(model))}
+    return [
+        (name, json.dumps(settings[name], ensure_ascii=False))
+        for name, value in usual.items()
+        if settings[name] != value
     ]

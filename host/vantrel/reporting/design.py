@@ -35,11 +35,13 @@ class Design:
         real: The real table.
         sampled: The sample.
         has_conditions: Whether genders or countries were given to make it.
+        is_bare: Whether the bare model may have made it, and not rows as real ones are.
     """
 
     real: LabelledTable
     sampled: LabelledTable
     has_conditions: bool = False
+    is_bare: bool = True
 
     def gap(self, attribute: str, rate: float, sampled_rate: float) -> tuple[float | None, str]:
         """Tells how often an attribute is missing from samples, and why.
@@ -54,7 +56,7 @@ class Design:
         """
         if self.has_conditions and attribute in ("gender", "country"):
             return sampled_rate, CONDITIONS
-        blank = self.blank_rate
+        blank = self.blank_rate if self.is_bare else None
         if blank is None:
             return None, ""
         if attribute == "country":

@@ -38,7 +38,11 @@ class Figures:
 
 
 def compare_labelled(
-    real: LabelledTable, sampled: LabelledTable, *, has_conditions: bool = False
+    real: LabelledTable,
+    sampled: LabelledTable,
+    *,
+    has_conditions: bool = False,
+    is_bare: bool = True,
 ) -> Figures:
     """Compares a real table with a sample of it.
 
@@ -48,8 +52,9 @@ def compare_labelled(
         real: The real table; it may have no rows.
         sampled: The sample; it may have no rows and lack columns, as the real table may.
         has_conditions: Whether genders or countries were given to make the sample.
+        is_bare: Whether the bare model may have made it.
     """
-    design = Design(real, sampled, has_conditions)
+    design = Design(real, sampled, has_conditions, is_bare)
     there = [attribute for attribute in WORDS if real.has(attribute) or sampled.has(attribute)]
     reappearing = name_overlaps(real, sampled)
     return Figures(

@@ -96,11 +96,11 @@ def compare_frequencies(design: Design, attribute: str) -> Frequencies:
 def _reason(shares: Frequencies, design: Design) -> str | None:
     if shares.distance is None:
         return None
-    if shares.attribute == "title":
+    if shares.attribute == "title" and design.is_bare:
         return EVEN_TITLES
     if design.has_conditions:
         return CONDITIONS
-    if shares.attribute != "gender":
+    if not design.is_bare or shares.attribute != "gender":
         return None
     genders = [design.genders(each, "gender") for each in (design.real, design.sampled)]
     _, p, q = _distributions(*genders)

@@ -16,8 +16,7 @@ import pandas as pd
 from vantrel.arguments import refuse_text
 from vantrel.errors import ArgumentError
 from vantrel.model.models.person import PersonModel
-from vantrel.sampling.people import sample_people
-from vantrel.sampling.seeding import OwnSources
+from vantrel.sampling.makers import Maker, maker_of
 from vantrel.sampling.unique import make_unique, refuse_not_unique
 
 BLOCK_ROWS = 50_000
@@ -40,12 +39,14 @@ class Plan:
         block_rows: The number of rows of each block but the last.
         unique: The attributes whose columns are made unique, of "username" and "email"; kept sorted
             and once each.
+        exact: Whether the rows are the bare model's, whatever combinations were learnt.
     """
 
     rows: int
     seed: int
     block_rows: int = BLOCK_ROWS
     unique: Iterable[str] = ()
+    exact: bool = False
 
     def __post_init__(self) -> None:
         for name, (what, least) in _NUMBERS.items():
@@ -81,21 +82,25 @@ def sample_block(
     Returns:
         A frame of the labelled columns; its index are the numbers of its rows in the sample.
     """
-    return _block(OwnSources(model), plan, block, conditions)
+    (people,) = _blocks(model, plan, conditions, range(block, block + 1))
+    return people
 
 
-def _block(
-    sources: OwnSources, plan: Plan, block: int, conditions: pd.DataFrame | None
-) -> pd.DataFrame:
-    rows = plan.rows_of(block)
-    given = None
-    if conditions is not None:
-        given = conditions.iloc[rows.start : rows.stop].reset_index(drop=True)
-    model = sources.seeded(np.random.SeedSequence(plan.seed, spawn_key=(block,)))
-    people = sample_people(model, len(rows), given)
+def _blocks(
+    model: PersonModel, plan: Plan, conditions: pd.DataFrame | None, blocks: range
+) -> Iterator[pd.DataFrame]:
+    with maker_of(model, conditions, is_exact=plan.exact) as maker:
+        for block in blocks:
+            yield _block(maker, model, plan, block)
+
+
+def _block(maker: Maker, model: PersonModel, plan: Plan, block: int) -> pd.DataFrame:
+    numbers = plan.rows_of(block)
+    people = maker.block(np.random.SeedSequence(plan.seed, spawn_key=(block,)), numbers)
     if plan.unique:
-        make_unique(people, model, plan.unique, rows.start)
-    return people.set_index(pd.RangeIndex(rows.start, rows.stop))
+        make_unique(people, model, plan.unique, numbers.start)
+    people.index = pd.RangeIndex(numbers.start, numbers.stop)
+    return people
 
 
 def check_plan(model: PersonModel, plan: Plan, conditions: pd.DataFrame | None = None) -> None:
@@ -116,5 +121,4 @@ def sample_blocks(
 ) -> Iterator[pd.DataFrame]:
     """Makes blocks of a sample, all if None, as :func:`sample_block` does; checks it at once."""
     check_plan(model, plan, conditions)
-    sources = OwnSources(model)
-    return (_block(sources, plan, block, conditions) for block in blocks or range(plan.blocks))
+    return _blocks(model, plan, conditions, blocks or range(plan.blocks))

@@ -19,18 +19,21 @@ from vantrel.wording import shown
 _MOST_VALUES = 1_000
 
 
-def prepare_conditions(model: PersonModel, table: Any, *, strict: bool = False) -> pd.DataFrame:
+def prepare_conditions(
+    model: PersonModel, table: Any, *, strict: bool = False, exact: bool = False
+) -> pd.DataFrame:
     """Checks genders and countries row by row and takes countries in that the fit did not see.
 
     Args:
         model: A fitted model; its map of countries grows.
         table: A table, as :func:`vantrel.fit` takes it, with a row for each to make. Only the
             model's columns of gender and country are used.
-        strict: Whether countries are refused of which Faker has no names of their own.
+        strict: Whether what cannot be placed is refused with its rows, the first of which is row 1,
+            and countries of which Faker has no names of their own.
+        exact: Whether the bare model is to make the rows, which cannot do without a place.
 
     Returns:
-        A frame of these columns with the index 0 to n - 1. What cannot be placed is refused with
-        its rows, the first of which is row 1.
+        A frame of these columns with the index 0 to n - 1.
     """
     given = as_frame(table, "A table of conditions")
     labels = model.labels
@@ -38,6 +41,20 @@ def prepare_conditions(model: PersonModel, table: Any, *, strict: bool = False) 
     conditions = given[[column for column in columns if column in given]].reset_index(drop=True)
     if conditions.columns.empty:
         raise ConditionsError(_without_columns(columns))
+    if strict or exact or model.meta.rows is None:
+        _refuse_unplaced(model, conditions)
+    if strict:
+        refuse_borrowed(model, conditions)
+    if labels.country in conditions:
+        countries = list(conditions[labels.country].dropna().unique())
+        unknown = set(unknown_places(countries))
+        take_in(model, (country for country in countries if country not in unknown))
+    return conditions
+
+
+def _refuse_unplaced(model: PersonModel, conditions: pd.DataFrame) -> None:
+    """Refuses what the bare model can make no person of."""
+    labels = model.labels
     problems = []
     for column in conditions:
         values = conditions[column]
@@ -51,11 +68,6 @@ def prepare_conditions(model: PersonModel, table: Any, *, strict: bool = False) 
             f"The conditions have values that the model cannot place: {'; '.join(problems)}."
             " Correct them or leave the rows out."
         )
-    if strict:
-        refuse_borrowed(model, conditions)
-    if labels.country in conditions:
-        take_in(model, conditions[labels.country].unique())
-    return conditions
 
 
 def _without_columns(columns: list[str]) -> str:

@@ -2,14 +2,21 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable
+from collections.abc import Iterable, Mapping
 
 import pandas as pd
 
 from vantrel.errors import SamplingError
 from vantrel.hints import argument, listed
 from vantrel.model.models.person import PersonModel
-from vantrel.util.locale.locale import Provider, borrowed_places, get_country_to_provder_map
+from vantrel.util.locale.locale import (
+    Provider,
+    borrowed_places,
+    get_country_to_provder_map,
+    recognise_known,
+    unknown_places,
+)
+from vantrel.wording import counted
 
 
 def take_in(model: PersonModel, countries: Iterable[str]) -> None:
@@ -31,6 +38,24 @@ def places_of(model: PersonModel, conditions: pd.DataFrame | None = None) -> lis
     if conditions is not None and country in conditions:
         return list(conditions[country].unique())
     return list(model.country_to_provider_map)
+
+
+def with_names_of(places: Iterable[str], locales: Mapping[str, str]) -> list[str]:
+    """Gives for each place the locale that is named for its country, or else the place itself."""
+    named = {recognise_known(place): locale for place, locale in locales.items()}
+    return [named.get(recognise_known(place), place) for place in places]
+
+
+def refuse_unknown_countries(model: PersonModel) -> None:
+    """Refuses a model that has learnt countries that are none; they are told of by their number."""
+    countries = [] if model.meta.rows is None else filter(None, model.meta.rows.country)
+    if unknown := unknown_places(countries):
+        values = counted(len(unknown), "value")
+        raise SamplingError(
+            f"Column {model.labels.country!r} of the fitted table has {values}"
+            f" that {'is' if len(unknown) == 1 else 'are'} neither a country nor a locale: leave"
+            f" {argument('strict')} out to give these people names from the other countries."
+        )
 
 
 def refuse_borrowed(model: PersonModel, conditions: pd.DataFrame | None = None) -> None:

@@ -53,7 +53,12 @@ def record_of(loaded: LoadedModel, plan: Plan, **options: Any) -> SampleRecord:
         rows=plan.rows,
         seed=plan.seed,
         columns=dict(loaded.model.params),
-        options={"unique": list(plan.unique), "block_rows": plan.block_rows, **options},
+        options={
+            "unique": list(plan.unique),
+            "block_rows": plan.block_rows,
+            "exact": plan.exact,
+            **options,
+        },
         versions=versions(),
     )
 

@@ -5,15 +5,15 @@ from __future__ import annotations
 import hashlib
 from collections.abc import Callable, Iterable, Iterator
 from contextlib import AbstractContextManager, contextmanager
+from functools import partial
 from pathlib import Path
 from typing import Any
 
 import pandas as pd
 
-from vantrel.model.models.person import PersonModel
 from vantrel.sampling.blocks import sample_blocks
 from vantrel.sampling.record import SampleRecord, read_record, record_of, record_path, write_record
-from vantrel.sampling.whole import plan_sample, refuse_neither_or_both
+from vantrel.sampling.whole import beside, plan_sample, refuse_neither_or_both
 from vantrel.storage.files import STANDARD_STREAM, is_special, refuse_overwriting
 from vantrel.storage.models import read_model
 from vantrel.tables import open_table, write_table
@@ -42,6 +42,7 @@ def sample_to_file(
     strict: bool = False,
     csv_safe: bool = False,
     show_values: bool = False,
+    exact: bool = False,
     allow_patterns: bool = False,
     force: bool = False,
     progress: Progress = untold,
@@ -55,7 +56,8 @@ def sample_to_file(
         output: The table to write, as :func:`vantrel.tables.write_table` takes it. Standard output,
             pipes and devices have no record beside them.
         n: The number of rows; left out where conditions are given.
-        conditions: A table of genders or countries or both, a row for each person to make.
+        conditions: A table of genders or countries or both, a row for each person to make. Further
+            columns of it stand beside those of the model.
         separator: What separates the cells of the conditions; found if None.
         encoding: The encoding of the conditions.
         csv_safe: Whether cells are kept from being run by a spreadsheet.
@@ -75,7 +77,7 @@ def sample_to_file(
     if is_recorded:
         read_record(output)  # what is there and no record is not overwritten by one
     loaded = read_model(model_file, allow_patterns=allow_patterns)
-    wanted = conditions and _read_conditions(loaded.model, conditions, separator, encoding)
+    wanted = _read_conditions(conditions, separator, encoding) if conditions else None
     plan, given = plan_sample(
         loaded.model,
         n,
@@ -84,10 +86,13 @@ def sample_to_file(
         unique=unique,
         strict=strict,
         show_values=show_values,
+        exact=exact,
     )
     with progress(plan.rows) as further:
-        people = _told(sample_blocks(loaded.model, plan, given), further)
-        write_table(people, output, csv_safe=csv_safe, force=force)
+        people = sample_blocks(loaded.model, plan, given)
+        if wanted is not None:
+            people = map(partial(beside, wanted), people)
+        write_table(_told(people, further), output, csv_safe=csv_safe, force=force)
     told = {"csv_safe": csv_safe} | (_told_of(conditions) if conditions else {})
     record = record_of(loaded, plan, **told)
     if is_recorded:
@@ -96,11 +101,9 @@ def sample_to_file(
     return record
 
 
-def _read_conditions(
-    model: PersonModel, path: Path, separator: str | None, encoding: str | None
-) -> pd.DataFrame:
+def _read_conditions(path: Path, separator: str | None, encoding: str | None) -> pd.DataFrame:
     with open_table(path, separator=separator, encoding=encoding, empty_is_missing=True) as table:
-        return table.frame([each for each in table.columns if each in model.params.values()])
+        return table.frame(table.columns)
 
 
 def _told_of(conditions: Path) -> dict[str, Any]:

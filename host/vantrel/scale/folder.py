@@ -41,6 +41,7 @@ def sample_to_folder(
     seed: int | None = None,
     unique: Iterable[str] = (),
     strict: bool = False,
+    exact: bool = False,
     allow_patterns: bool = False,
     scheduler: str | None = None,
     workers: int | None = None,
@@ -88,7 +89,9 @@ def sample_to_folder(
             with _sole_run(folder) if folder.is_dir() else nullcontext():
                 _refuse_content(folder)
         loaded = read_model(model_file, allow_patterns=allow_patterns)
-        plan, _ = plan_sample(loaded.model, n, None, seed=seed, unique=unique, strict=strict)
+        plan, _ = plan_sample(
+            loaded.model, n, None, seed=seed, unique=unique, strict=strict, exact=exact
+        )
         parts = cut(loaded.model, plan, partitions)
         record = record_of(loaded, plan, partitions=len(parts))
         if earlier is not None:

@@ -14,9 +14,10 @@ from msgspec import UNSET, Meta, Struct, UnsetType, defstruct, structs
 
 from vantrel.attributes import ATTRIBUTES, LEARNT
 from vantrel.hints import listed
+from vantrel.rows.form import Rows, Ways
 from vantrel.util.locale.locale import refuse_unknown
 
-SCHEMA_VERSION = 1
+SCHEMA_VERSION = 2
 
 Share = Annotated[float, Meta(ge=0, le=1)]
 Weight = Annotated[float, Meta(ge=0)]
@@ -157,9 +158,30 @@ class ModelFile(_Form):
     """The whole file."""
 
     format: str
-    schema_version: Literal[1]
+    schema_version: Literal[1, 2]
     model: Model
+    rows: Rows | None = None
+    ways: Ways | None = None
     versions: dict[str, Version] = {}
+
+    def __post_init__(self) -> None:
+        if self.rows is None:
+            return
+        if len(self.rows.country) > MOST_PLACES:
+            raise ValueError(
+                f"There are {len(self.rows.country):,} places, more than {MOST_PLACES:,}"
+            )
+        labels = self.model.meta.labels
+        made_up = {getattr(labels, name) for name in ATTRIBUTES if name not in LEARNT}
+        with_gaps = {
+            *self.rows.gaps_apart,
+            *(name for each in self.rows.gaps for name in each or ()),
+        }
+        if not with_gaps <= made_up:
+            raise ValueError("There are gaps in columns that are not labelled")
+        for attribute in LEARNT:
+            if not getattr(labels, attribute) and getattr(self.rows, attribute) != [None]:
+                raise ValueError(f"There are values of {attribute!r}, which is no column")
 
 
 def _check_places(places: list[str]) -> None:

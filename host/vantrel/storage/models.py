@@ -73,6 +73,8 @@ def dumps(model: PersonModel) -> str:
             "schema_version": SCHEMA_VERSION,
             "versions": versions(),
             "model": learnt,
+            "rows": msgspec.to_builtins(model.meta.rows),
+            "ways": msgspec.to_builtins(model.meta.ways),
         }
         content = json.dumps(form, ensure_ascii=False, allow_nan=False, indent=2) + "\n"
         size = len(content.encode())
@@ -157,7 +159,10 @@ def read_model(path: str | Path, *, allow_patterns: bool = False) -> LoadedModel
         file = _decoded(content, allow_patterns=allow_patterns)
         if unusual := file.model.patterns - DEFAULT_PATTERNS:
             children = file.model.meta.children.values()
-            try_patterns(unusual, [value for child in children for value in child.categories])
+            values = [value for child in children for value in child.categories]
+            if file.rows is not None:
+                values += filter(None, [*file.rows.gender, *file.rows.title])
+            try_patterns(unusual, values)
         model = _rebuilt(file)
     except ModelFileError as error:
         raise ModelFileError(f"Model file {named(path)} {error}") from error
@@ -259,6 +264,7 @@ def _rebuilt(file: ModelFile) -> PersonModel:
             model.hidden_model_country._meta = meta[labels.country]
             countries = model.hidden_model_country.categories
             model.country_to_provider_map = get_country_to_provder_map(countries, Provider.PERSON)
+    model.meta.rows, model.meta.ways = file.rows, file.ways
     if different := differences(file.versions):
         warnings.warn(
             "The same seed may give other rows than where the model was fitted:"

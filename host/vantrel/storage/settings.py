@@ -5,13 +5,14 @@ from __future__ import annotations
 import re
 import tomllib
 from pathlib import Path
-from typing import Any
+from typing import Any, NamedTuple
 
 import msgspec
 
 from vantrel.config import PersonModelConfig
 from vantrel.errors import SettingsError
 from vantrel.hints import did_you_mean, named, why_unreadable
+from vantrel.rows import Ways
 from vantrel.storage.files import read_whole
 from vantrel.storage.form import Settings
 from vantrel.wording import shown
@@ -20,13 +21,29 @@ _MOST_BYTES = 2**18
 _MOST_CHARACTERS = 1_000
 _MOST_PARTS = 1_000
 
+_WAYS = ("email_domain", "phone_numbers", "phone_formats", "latin")
+
+
+class Loaded(NamedTuple):
+    """What a file of settings sets."""
+
+    config: PersonModelConfig
+    ways: dict[str, Any]
+
 
 def load_config(path: Path) -> PersonModelConfig:
-    """Reads a configuration.
+    """Reads the configuration of a model, as :func:`load_settings` does."""
+    return load_settings(path).config
+
+
+def load_settings(path: Path) -> Loaded:
+    """Reads a configuration, and how people are reached.
 
     Args:
-        path: A TOML file. Its keys are fields of ``PersonModelConfig``, all on the top level; what
-            it does not set is the default. Lengths are in characters.
+        path: A TOML file. Its keys are fields of ``PersonModelConfig`` and of
+            :class:`vantrel.rows.Ways`, all on the top level but for the tables of phone_formats;
+            what it does not set is the default.
+            Lengths are in characters.
 
     Raises:
         SettingsError: The file cannot be read, is no TOML, or has a key that is no field or a value
@@ -61,8 +78,8 @@ def _parsed(text: str) -> dict[str, Any]:
         raise tomllib.TOMLDecodeError("A number has too many digits") from None
 
 
-def _config(settings: dict[str, Any]) -> PersonModelConfig:
-    known = Settings.__struct_fields__
+def _config(settings: dict[str, Any]) -> Loaded:
+    known = (*Settings.__struct_fields__, *_WAYS)
     for name, value in settings.items():
         if name not in known:
             hint = did_you_mean(name, known, most=3)
@@ -71,12 +88,14 @@ def _config(settings: dict[str, Any]) -> PersonModelConfig:
             )
         if name.endswith("_regex") and isinstance(value, str):
             _check_pattern(name, value)
+    ways = {name: settings.pop(name) for name in _WAYS if name in settings}
+    msgspec.convert(ways, Ways)
     found = msgspec.to_builtins(msgspec.convert(settings, Settings))
     genders = found.get("genders", ["F"])
     if not genders or len(set(genders)) < len(genders):  # each key is as likely as any other
         wrong = "has a key twice" if genders else "is empty"
         raise ValueError(f"genders {wrong}: list each of its keys once")
-    return PersonModelConfig(**found)
+    return Loaded(PersonModelConfig(**found), ways)
 
 
 def _check_pattern(name: str, pattern: str) -> None:

@@ -15,7 +15,7 @@ import pandas as pd
 
 from vantrel.errors import TableError
 from vantrel.hints import named
-from vantrel.tables.counts import TableCounts
+from vantrel.tables.counts import Found, TableCounts
 from vantrel.tables.database import connect, frame_of, quoted, rows_of
 from vantrel.tables.files import readable
 from vantrel.tables.guard import unguarded, unguarded_in_sql
@@ -105,21 +105,20 @@ class Table:
         return frame.iloc[:, : len(names)].set_axis(names, axis="columns")
 
     def count(self, columns: Collection[str], labelled: Collection[str]) -> TableCounts:
-        """Counts the values of columns, and the rows without any value in the labelled ones."""
-        counted = {column: self.named(column) for column in columns}
-        asked = map(self.named, labelled)
-        blank = " AND ".join(f"{column} IS NULL" for column in asked) or "false"
-        sets = ", ".join(["()", *(f"({column})" for column in counted.values())])
-        of = ", ".join(["NULL", *counted.values()])
+        """Counts the combinations of the values of columns and the gaps of the labelled ones."""
+        bits = [
+            f"(CAST({self.named(column)} IS NULL AS HUGEINT) << {bit})"
+            for bit, column in enumerate(labelled)
+        ]
+        cells = [*map(self.named, columns), " + ".join(bits) or "0"]
+        named = ", ".join(f"{cell} AS v{place}" for place, cell in enumerate(cells))
         found = self.query(
-            f"SELECT {of}, GROUPING_ID({', '.join(counted.values())}) , count(*),"
-            f" count(*) FILTER ({blank}), min(row)"
-            f" FROM (SELECT *, row_number() OVER () AS row FROM {{rows}})"
-            f" GROUP BY GROUPING SETS ({sets}) ORDER BY min(row)"
-            if counted
-            else f"SELECT 0, count(*), count(*) FILTER ({blank}), 1 FROM {{rows}}"
+            f"SELECT * EXCLUDE (row), count(*), min(row) AS first"
+            f" FROM (SELECT {named}, row_number() OVER () AS row FROM {{rows}})"
+            " GROUP BY ALL ORDER BY first"
         )
-        return _as_counts(list(counted), found)
+        combinations = {tuple(cells): Found(rows, first) for *cells, rows, first in found}
+        return TableCounts(tuple(columns), tuple(labelled), combinations)
 
     def excerpt(self, rows: int) -> pd.DataFrame:
         """Gives the first values that each column has, at most so many of each.
@@ -156,22 +155,6 @@ class Table:
         except duckdb.Error as error:
             self._source = mended(self._source, self.path, error, self._folder)
             return read()
-
-
-def _as_counts(columns: Sequence[str], found: Sequence[tuple[Any, ...]]) -> TableCounts:
-    """Takes apart what was counted by one column at a time, and over all rows."""
-    values: dict[str, dict[Any, int]] = {column: {} for column in columns}
-    firsts: dict[str, dict[Any, int]] = {column: {} for column in columns}
-    rows = blank = 0
-    everything = (1 << len(columns)) - 1
-    for *cells, grouping, count, blank_count, first in found:
-        if grouping == everything:
-            rows, blank = count, blank_count
-        else:
-            place = len(columns) - (everything ^ grouping).bit_length()
-            values[columns[place]][cells[1 + place]] = count
-            firsts[columns[place]][cells[1 + place]] = first
-    return TableCounts(rows, blank, values, firsts)
 
 
 @contextmanager

@@ -146,6 +146,7 @@ def test_the_record_tells_how_the_table_was_made(contents: dict[str, str]) -> No
         "options": {
             "unique": ["email"],
             "block_rows": BLOCK_ROWS,
+            "exact": False,
             "csv_safe": True,
             "conditions": "c.csv",
             "conditions_sha256": hashlib.sha256(b"sex\nf\nm\n").hexdigest(),

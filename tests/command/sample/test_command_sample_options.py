@@ -26,7 +26,15 @@ def test_conditions_are_met_row_by_row() -> None:
     assert out["land"].tolist() == ["DE", "FR", "Japan"]
     assert out["sex"].tolist() == ["f", "m", "f"]
     assert [name.isascii() for name in out["name"]][2] is False
-    assert "id" not in out
+    assert list(out) == ["sex", "land", "name", "id"]
+    assert out["id"].tolist() == ["1", "2", "3"]
+
+
+def test_further_columns_of_conditions_stay_in_all_blocks() -> None:
+    ids = [f"{row:05}" if row % 7 else "" for row in range(50_003)]  # of two blocks, with gaps
+    Path("c.csv").write_text("\n".join(["id,sex", *(f"{each},f" for each in ids)]))
+    succeed("sample sex.json --conditions c.csv -o out.csv")
+    assert made()["id"].fillna("").tolist() == ids
 
 
 @with_pyarrow

@@ -38,6 +38,8 @@ class Person(ValueMeta):
         told_by: What told the column of each attribute, where :func:`vantrel.fit` has fitted.
         learnt_from: The number of rows of that table.
         notes: What it noted of the table, a sentence or two each.
+        rows: The combinations of its rows; None where the model has seen no more than columns.
+        ways: How people are reached; None where the bare model decides.
 
     Raises:
         ArgumentError: Two labels name one column.
@@ -59,6 +61,8 @@ class Person(ValueMeta):
         self.told_by: dict[str, str] = {}
         self.learnt_from = 0
         self.notes: list[str] = []
+        self.rows: Any = None
+        self.ways: Any = None
         self._refuse_repeated_columns()
         self._children: dict[str, Nominal] = {
             self.params[attribute]: (Nominal if attribute == "country" else String)(
@@ -114,6 +118,7 @@ class Person(ValueMeta):
         self.nan_freq = float(rows_missing.mean()) if self.columns and len(df) else 0.0
         for child in self._children.values():
             child.extract(df)
+        self.rows = None
         return self
 
     @contextmanager

@@ -213,7 +213,13 @@ def told_unknown(places: list[str]) -> str:
     return f"These are neither countries nor locales: {listed}. {HOW_TO_WRITE}"
 
 
+# What people write where they know no country; "none" is no misspelt "Yemen".
+_NO_PLACES = frozenset(("", "n a", "na", "none", "null", "nil", "unknown", "other", "others"))
+
+
 def _nearest(place: str) -> str:
+    if folded(str(place)) in _NO_PLACES:
+        return ""
     codes = foreign_names() | country_codes()
     shown = {spelling: country_name(code) for spelling, code in codes.items()}
     shown |= _locales_by_folded()

@@ -1,0 +1,110 @@
+"""``vantrel people``: people without a table to learn from."""
+
+from __future__ import annotations
+
+from collections.abc import Iterator, Sequence
+from pathlib import Path
+from typing import TYPE_CHECKING
+
+import click
+
+from vantrel.cli.group import TerseCommand
+from vantrel.cli.options import force_option, list_option, path_option
+from vantrel.hints import named
+from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
+from vantrel.wording import counted
+
+if TYPE_CHECKING:
+    import pandas as pd
+
+
+def _by_share(
+    _context: click.Context, _option: click.Parameter, values: Sequence[str]
+) -> dict[str, float] | None:
+    shares: dict[str, float] = {}
+    for value in values:
+        name, _, share = value.partition("=")
+        if name in shares:
+            raise click.BadParameter(f"{name!r} is given twice.")
+        try:
+            shares[name] = float(share or 1)
+        except ValueError:
+            raise click.BadParameter(f"{value!r} is not of the form NAME=SHARE.") from None
+    return shares or None
+
+
+@click.command(cls=TerseCommand)
+@click.option(
+    "-n", metavar="N", type=click.IntRange(min=0), required=True, help="The number of people."
+)
+@click.option(
+    "--country",
+    "countries",
+    multiple=True,
+    metavar="COUNTRY=SHARE",
+    callback=_by_share,
+    help="A country and how frequent it is beside others; may be repeated. [default: GB]",
+)
+@click.option(
+    "--gender",
+    "genders",
+    multiple=True,
+    metavar="GENDER=SHARE",
+    callback=_by_share,
+    help="The same for a gender. [default: F and M]",
+)
+@list_option("--columns", "The attributes to make, in this order; all if left out.")
+@click.option(
+    "--seed",
+    metavar="SEED",
+    type=click.IntRange(min=0),
+    help="Makes the people reproducible. Without one, a seed is drawn and told.",
+)
+@path_option(
+    "-o",
+    "--output",
+    metavar="PEOPLE",
+    help="The table to write. [default: standard output, as CSV]",
+)
+@force_option
+def people(
+    n: int,
+    countries: dict[str, float] | None,
+    genders: dict[str, float] | None,
+    columns: list[str],
+    seed: int | None,
+    output: Path | None,
+    force: bool,
+) -> None:
+    """Make people without a table to learn from.
+
+    \b
+    Examples:
+      vantrel people -n 1000 --country DE=3 --country GB=1 --seed 7 -o people.csv
+      vantrel people -n 5 --columns firstname,lastname,email
+    """
+    target = output or STANDARD_STREAM
+    refuse_overwriting(target, force=force)
+
+    # These take a second to import; help and usage errors need not wait for them.
+    from vantrel.cli.console import progress
+    from vantrel.sampling import sample_blocks
+    from vantrel.sampling.whole import plan_sample
+    from vantrel.tables import write_table
+    from vantrel.without_table import model_of
+
+    model, wanted = model_of(countries, genders, columns or None)
+    plan, _ = plan_sample(model, n, None, seed=seed, unique=(), strict=False)
+    with progress(n) as further:
+
+        def told() -> Iterator[pd.DataFrame]:
+            for frame in sample_blocks(model, plan):
+                yield frame[wanted]
+                further(len(frame))
+
+        write_table(told(), target, force=force)
+    if target != STANDARD_STREAM:
+        made = counted(n, "person", "people")
+        click.echo(f"Made {made} with the seed {plan.seed}; wrote {named(target)}.")
+    elif seed is None:
+        click.echo(f"vantrel: note: the seed is {plan.seed}", err=True)

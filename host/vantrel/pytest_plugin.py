@@ -1,0 +1,46 @@
+"""A fixture of made-up people for tests, the same ones in each run."""
+
+from __future__ import annotations
+
+import hashlib
+from collections.abc import Callable, Generator
+from typing import TYPE_CHECKING, Any
+
+import pytest
+
+if TYPE_CHECKING:
+    import pandas as pd
+
+_SEEDS = pytest.StashKey[list[int]]()
+
+
+@pytest.fixture
+def people(request: pytest.FixtureRequest) -> Callable[..., pd.DataFrame]:
+    """Makes up people as ``vantrel.people`` does, from a seed of this test's own.
+
+    ``people(50, countries=["DE"])`` gives the same people to a test in each run, others to other
+    tests, and others in its next call. A seed that is given is taken.
+    """
+    seeds = request.node.stash.setdefault(_SEEDS, [])
+
+    def make(n: int, **asked: Any) -> pd.DataFrame:
+        import vantrel  # costs a second, which tests without people need not wait for
+
+        name = f"{request.node.nodeid} {len(seeds)}"
+        own = int.from_bytes(hashlib.sha256(name.encode()).digest()[:8], "big")
+        seed = asked.pop("seed", None)
+        seeds.append(own if seed is None else seed)
+        return vantrel.people(n, seed=seeds[-1], **asked)
+
+    return make
+
+
+@pytest.hookimpl(wrapper=True)
+def pytest_runtest_makereport(
+    item: pytest.Item,
+) -> Generator[None, pytest.TestReport, pytest.TestReport]:
+    """Shows the seeds of a test that fails."""
+    report = yield
+    if report.failed and (seeds := item.stash.get(_SEEDS, [])):
+        report.sections.append(("Seeds of people", ", ".join(map(str, seeds))))
+    return report
