@@ -214,6 +214,7 @@ def test_equal_tables_need_no_reason() -> None:
 EXAMPLES = Path(__file__).parents[2] / "examples"
 
 
+@pytest.mark.filterwarnings("ignore::vantrel.errors.BorrowedNamesWarning")  # of Australia
 @pytest.mark.parametrize(
     ("name", "columns"),
     [
