@@ -1,11 +1,13 @@
 """Which differences the report says to be by design."""
 
+from pathlib import Path
 from typing import Any
 
 import numpy as np
 import pandas as pd
 import pytest
 
+import vantrel
 from support.report_tables import both
 from vantrel.fitting import fit
 from vantrel.reporting import design
@@ -16,7 +18,7 @@ from vantrel.reporting.labelled import LabelledTable
 from vantrel.reporting.missing import compare_missing_rates
 from vantrel.reporting.verdicts import FINE, KNOWN, LOOK, OPEN, verdicts
 from vantrel.sampling import Plan, sample_blocks
-from vantrel.tables import frame_table
+from vantrel.tables import frame_table, read_table
 
 COLUMNS = {"gender": "sex", "title": "title", "lastname": "last", "country": "land"}
 ROWS = 4000
@@ -207,3 +209,24 @@ def test_equal_tables_need_no_reason() -> None:
     assert {each.by_design for each in figures.frequencies} == {None}
     assert {each.by_design for each in figures.missing_rates} == {None}
     assert states(figures)["Missing values"] == FINE
+
+
+EXAMPLES = Path(__file__).parents[2] / "examples"
+
+
+@pytest.mark.filterwarnings("ignore::vantrel.errors.BorrowedNamesWarning")  # of Australia
+@pytest.mark.parametrize(
+    ("name", "columns"),
+    [
+        ("passengers", {"gender": "sex", "title": "title"}),
+        ("respondents", {"gender": "gender", "country": "country"}),
+    ],
+)
+def test_shares_of_rows_as_real_ones_are_as_expected_without_a_reason(
+    name: str, columns: Any
+) -> None:
+    real = read_table(EXAMPLES / f"{name}.csv")
+    sampled = vantrel.sample(vantrel.fit(real, detect=False, **columns), 1_000, seed=7)
+    found = states(vantrel.compare(real, sampled).figures)
+    assert {state for about, state in found.items() if about.endswith(" shares")} == {FINE}
+    assert KNOWN not in found.values()
