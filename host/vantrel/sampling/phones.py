@@ -119,6 +119,16 @@ def has_usual_format(model: PersonModel, attribute: str) -> bool:
     return bool(getattr(model.config, name) == getattr(PersonModelConfig(), name))
 
 
+def formats(region: str, kind: str) -> list[str]:
+    """Lists the formats of a country's numbers: of those for fiction if it has such, or valid ones.
+
+    Args:
+        region: The two-letter code of the country.
+        kind: ``mobile`` or ``fixed``.
+    """
+    return list(_formats(region, kind, is_valid=False))
+
+
 @cache
 def _formats(region: str, kind: str, is_valid: bool) -> list[str]:
     kept = {} if is_valid else _FICTION.get(region, {})
