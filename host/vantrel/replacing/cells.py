@@ -2,10 +2,16 @@
 
 from __future__ import annotations
 
+from typing import Any
+
+import numpy as np
 import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.errors import ReplaceError
+from vantrel.replacing.prints import layout
+
+_BLANK = ord(" ")
 
 
 def is_text(kind: pa.DataType) -> bool:
@@ -33,9 +39,21 @@ def put_in(made: pa.Array, column: pa.Array, name: str) -> pa.Array:
         return column
     if is_text(kind):
         texts = column.cast(pa.string())
-        is_blank = pc.equal(pc.utf8_trim_whitespace(texts), "")
-        return pc.if_else(pc.fill_null(is_blank, True), texts, made).cast(kind)
+        is_gap = _gaps(texts)
+        if is_gap.any():
+            made = pc.if_else(pa.array(is_gap), texts, made)
+        return made.cast(kind)
     return pc.if_else(column.is_valid(), _as_number(made, kind, name), column)
+
+
+def _gaps(texts: pa.Array) -> Any:
+    """Tells where a text is missing, empty or nothing but blanks."""
+    data, starts, lengths = layout(texts)
+    is_gap = (lengths == 0) | (np.append(data, 0)[starts] <= _BLANK)
+    if is_gap.any():  # or else only begins with a blank
+        blank = pc.equal(pc.utf8_trim_whitespace(texts), "")
+        is_gap = pc.fill_null(blank, True).to_numpy(zero_copy_only=False)
+    return is_gap
 
 
 def _encoded(column: pa.Array, kind: pa.DictionaryType) -> pa.Array:

@@ -60,14 +60,11 @@ class Makers:
         either = 1 + (digests[:, 0] & np.uint64(1)).astype(np.int64)
         gender = np.where(told.gender == 0, either, told.gender)
         kinds = told.place.astype(np.int64) * len(GENDERS) + gender
-        kinds, kind_of = np.unique(kinds, return_inverse=True)
-        numbers = [
-            self.vocabulary.number(
-                self.places.known[kind // len(GENDERS)].locale, GENDERS[kind % len(GENDERS)]
-            )
-            for kind in kinds.tolist()
-        ]
-        return np.array(numbers, dtype=np.int64)[kind_of]
+        numbers = np.bincount(kinds)  # as many of each; then the pool of each that there is
+        for kind in np.flatnonzero(numbers).tolist():
+            place, code = divmod(kind, len(GENDERS))
+            numbers[kind] = self.vocabulary.number(self.places.known[place].locale, GENDERS[code])
+        return numbers[kinds]
 
 
 class MadeUp:
@@ -103,7 +100,13 @@ class MadeUp:
         return paired(self._words.prints[self._first], self._words.prints[self._last])
 
     @property
-    def codes(self) -> Prints:
+    def accounts(self) -> Prints:
+        """Prints of their user names."""
+        first, last = (self._words.plain_prints[each] for each in (self._first, self._last))
+        return mixed(paired(first, last) ^ self._codes)
+
+    @property
+    def _codes(self) -> Prints:
         """What tells their accounts apart, :data:`CODE_BITS` of each."""
         return self._digests[:, 2] >> np.uint64(64 - CODE_BITS)
 
@@ -152,22 +155,21 @@ class MadeUp:
     def _fullname(self) -> pa.Array:
         """Names in the order and with the separator of each one's place."""
         orders = self._makers.places.orders
-        is_last_first = np.array([order.is_last_first for order in orders])[self._told.place]
-        start = np.where(is_last_first, self._last, self._first)
-        end = np.where(is_last_first, self._first, self._last)
+        is_turned = np.array([order.is_last_first for order in orders])[self._told.place]
+        start, end = self._firstname, self._lastname
+        if is_turned.any():
+            turned = pa.array(is_turned)
+            start, end = pc.if_else(turned, end, start), pc.if_else(turned, start, end)
         separators = pa.array([order.separator for order in orders], pa.string())
-        return pc.binary_join_element_wise(
-            self._words.names.take(pa.array(start)),
-            self._words.names.take(pa.array(end)),
-            separators.take(pa.array(self._told.place)),
-        )
+        between = separators.take(pa.array(self._told.place))
+        return pc.binary_join_element_wise(start, end, between)
 
     @cached_property
     def _username(self) -> pa.Array:
         first, last = (
             self._words.plain.take(pa.array(each)) for each in (self._first, self._last)
         )
-        return pc.binary_join_element_wise(first, last, strings(_written(self.codes)), ".")
+        return pc.binary_join_element_wise(first, last, strings(_written(self._codes)), ".")
 
     @cached_property
     def _email(self) -> pa.Array:

@@ -10,7 +10,7 @@ import pyarrow as pa
 
 from vantrel.config import PersonModelConfig
 from vantrel.replacing.places import Place
-from vantrel.replacing.prints import Prints, layout
+from vantrel.replacing.prints import WORD, Prints, layout, words_from_each_byte
 from vantrel.replacing.texts import NOTHING, Characters, digits_of
 from vantrel.sampling.phones import KIND, formats
 
@@ -20,9 +20,12 @@ _OPEN, _ZERO = ord("x"), ord("0")
 _DIGIT_BITS = np.uint64(48)
 _DIGITS_OF = np.uint64((1 << 48) - 1)
 
-# Real numbers are compared by so many digits at their end, which no prefix of a country changes.
-_COMPARED = 9
+# Real numbers are compared by eight digits at their end, which no prefix of a country changes.
 _FEWEST_COMPARED = 6
+# By the number of digits that count, what keeps these of eight bytes.
+_LAST_BYTES = np.array(
+    [(1 << 64) - (1 << 8 * (WORD - count)) for count in range(WORD + 1)], dtype=np.uint64
+)
 
 _LOWER, _UPPER = "abcdefghijklmnopqrstuvwxyz", "ABCDEFGHIJKLMNOPQRSTUVWXYZ"
 _DIGITS, _SIGNS = "0123456789", "!?"
@@ -90,13 +93,17 @@ def ends_of_numbers(texts: pa.Array) -> Prints:
     """Gives the last digits of telephone numbers, 1 added; 0 where there are too few."""
     data, starts, lengths = layout(texts)
     is_digit = (data >= _ZERO) & (data <= _ZERO + 9)
-    digits = np.append(np.zeros(_COMPARED, dtype=np.uint64), data[is_digit] - _ZERO)
-    before = np.append(0, np.cumsum(is_digit))
-    first, last = before[starts], before[starts + lengths]
-    made = np.zeros(len(texts), dtype=np.uint64)
-    for back in range(_COMPARED, 0, -1):  # what is before a text's first digit does not count
-        digit = digits[last + _COMPARED - back]
-        made = made * np.uint64(10) + np.where(last - back >= first, digit, np.uint64(0))
-    return np.where(last - first >= _FEWEST_COMPARED, made + np.uint64(1), np.uint64(0))
+    before = np.append(0, np.cumsum(is_digit, dtype=np.int32))
+    last = before[starts + lengths]
+    count = last - before[starts]
+    # Before the digits of a text are those of the one before, which do not count.
+    digits = np.append(np.zeros(WORD, dtype=np.uint8), data[is_digit] - np.uint8(_ZERO))
+    words = words_from_each_byte(digits)[last] & _LAST_BYTES[np.minimum(count, WORD)]
+    return np.where(count >= _FEWEST_COMPARED, _number_of(words) + np.uint64(1), np.uint64(0))
 
 
+def _number_of(words: Prints) -> Prints:
+    """Reads eight digits, one a byte: pairs of them at once, then pairs of pairs."""
+    words = (words * np.uint64(1 + (10 << 8)) >> np.uint64(8)) & np.uint64(0x00FF00FF00FF00FF)
+    words = (words * np.uint64(1 + (100 << 16)) >> np.uint64(16)) & np.uint64(0x0000FFFF0000FFFF)
+    return words * np.uint64(1 + (10_000 << 32)) >> np.uint64(32)

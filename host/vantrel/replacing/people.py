@@ -105,9 +105,10 @@ class People:
             self._current = table
         told = told_by(batch, roles, self._places)
         self._real.learn(batch, roles, told)
-        _, own, checks = self._keys(batch, roles)
+        keys = _keys(batch, roles)
+        own = prints(keys, self._seeds[0])
         rows = np.flatnonzero(own)
-        self._who.learn(own[rows], checks[rows], told.of(rows))
+        self._who.learn(own[rows], prints(keys, self._seeds[1])[rows], told.of(rows))
         met = self.tables.setdefault(table, Table(roles.key if roles.is_key_named else ()))
         met.rows += batch.num_rows
         met.without_key += batch.num_rows - len(rows)
@@ -119,8 +120,9 @@ class People:
             ReplaceError: The key that was named for a table is missing in all of its rows.
         """
         self._end_table()
-        for name, table in self.tables.items():
+        for name, table in list(self.tables.items()):
             if table.key and 0 < table.rows == table.without_key:
+                del self.tables[name]
                 of_table = f" of table {name!r}" if name else ""
                 raise ReplaceError(
                     f"The key {listed(table.key)}{of_table} is missing in every row: name another"
@@ -166,24 +168,16 @@ class People:
 
     def _end_table(self) -> None:
         counts = self._who.end_table()
-        if self._current is not None:
+        if self._current in self.tables:
             self.tables[self._current].contradictions = {
                 "gender": counts["gender"],
                 "country": counts["place"],
             }
 
-    def _keys(self, batch: pa.RecordBatch, roles: Roles) -> tuple[pa.Array | None, Prints, Prints]:
-        """Gives the key of each row with two prints of it; these are 0 where it is missing."""
-        if not roles.key:
-            nothing = np.zeros(batch.num_rows, dtype=np.uint64)
-            return None, nothing, nothing
-        parts = [batch.column(column) for column in roles.key]
-        keys = keys_of(parts, folds_case=roles.folds_case)
-        return keys, *(prints(keys, seed) for seed in self._seeds)
-
     def _identities(self, batch: pa.RecordBatch, roles: Roles) -> tuple[Digests, Told]:
         """Gives the digest of each row's key, and what is told of its person."""
-        keys, own, _ = self._keys(batch, roles)
+        keys = _keys(batch, roles)
+        own = prints(keys, self._seeds[0])
         found = np.zeros((batch.num_rows, WORDS), dtype=np.uint64)
         told = Told(*(np.zeros(len(own), dtype=each.dtype) for each in self._who.told))
         keyed, others = np.flatnonzero(own), np.flatnonzero(own == 0)
@@ -198,10 +192,10 @@ class People:
             _put(told, others, of_others)
         return found, told
 
-    def _hash(self, keys: pa.Array | None, rows: Any, people: Any) -> None:
+    def _hash(self, keys: pa.Array, rows: Any, people: Any) -> None:
         """Hashes the keys of those rows whose people have no digest yet."""
         new = np.flatnonzero(~self._who.is_hashed[people])
-        if keys is None or not len(new):
+        if not len(new):
             return
         whom, where = np.unique(people[new], return_index=True)
         texts = keys.take(pa.array(rows[new[where]])).to_pylist()
@@ -210,11 +204,21 @@ class People:
 
     def _digests_of_rows(self, batch: pa.RecordBatch, told: Told) -> Digests:
         """Hashes rows without a key, and counts their people, whom nobody knows afterwards."""
-        keys = keys_of_rows(batch.columns)
+        names = batch.schema.names
+        in_order = sorted(range(len(names)), key=names.__getitem__)  # whatever the table's is
+        keys = keys_of_rows([batch.column(place) for place in in_order])
         made = digests(keys.to_pylist(), self._secret)
         self._without_key.add(prints(keys, self._seeds[0]), made, told, self._replaced)
         return made
 
+
+
+def _keys(batch: pa.RecordBatch, roles: Roles) -> pa.Array:
+    """Gives the key of each row, all of them missing where the table has none."""
+    if not roles.key:
+        return pa.nulls(batch.num_rows, pa.binary())
+    parts = [batch.column(column) for column in roles.key]
+    return keys_of(parts, folds_case=roles.folds_case)
 
 
 def _put(told: Told, rows: Any, own: Told) -> None:

@@ -51,12 +51,14 @@ class Vocabulary:
         names: The first and last names.
         plain: How each is written in accounts.
         prints: The print of each, as of real names.
+        plain_prints: The prints of what is written in accounts.
         domains: The domains of e-mail addresses.
     """
 
     def __init__(self) -> None:
         self.names = self.plain = self.domains = pa.array([], pa.string())
         self.prints: Prints = np.zeros(0, dtype=np.uint64)
+        self.plain_prints: Prints = np.zeros(0, dtype=np.uint64)
         self._pools: list[Pool] = []
         self._starts: list[Pool] = []  # what is added to the numbers of each pool
         self._numbers: dict[tuple[str, str], int] = {}
@@ -77,7 +79,7 @@ class Vocabulary:
             bits: The place in it, for each row.
         """
         picked = np.zeros(len(pools), dtype=np.int64)
-        for number in np.unique(pools):
+        for number in np.flatnonzero(np.bincount(pools)):
             rows = np.flatnonzero(pools == number)
             picked[rows] = getattr(self._pools[number], part)[bits[rows]]
             picked[rows] += getattr(self._starts[number], part)
@@ -92,6 +94,7 @@ class Vocabulary:
         self.plain = pa.concat_arrays([self.plain, drawn.plain])
         self.domains = pa.concat_arrays([self.domains, drawn.domains])
         self.prints = np.concatenate([self.prints, prints(folded(drawn.names))])
+        self.plain_prints = np.concatenate([self.plain_prints, prints(drawn.plain)])
 
 
 class _Drawn(NamedTuple):
@@ -106,16 +109,27 @@ class _Drawn(NamedTuple):
 @lru_cache(maxsize=64)
 def _drawn(locale: str, gender: str) -> _Drawn:
     """Draws a pool as a sample of such people has names, from sources of its own."""
-    of_such = {"countries": [locale], "genders": [gender], "seed": _SEED}
-    with told_before():
-        named = people(1 << NAME_BITS, columns=["firstname", "lastname"], **of_such)
-        emails = people(1 << DOMAIN_BITS, columns=["email"], **of_such)["email"]
+    named = people(
+        1 << NAME_BITS,
+        countries=[locale],
+        genders=[gender],
+        columns=["firstname", "lastname"],
+        seed=_SEED,
+    )
     first, names = pd.factorize(named["firstname"].to_numpy(dtype=object))
     last, last_names = pd.factorize(named["lastname"].to_numpy(dtype=object))
-    domain, domains = pd.factorize(emails.str.partition("@")[2].to_numpy(dtype=object))
+    domain, domains = _domains(locale)
     pool = Pool(*map(_small, (first, last + len(names), domain)))
     both = pa.array([*names, *last_names], pa.string())
     return _Drawn(pool, both, _plain(both, locale), pa.array(domains, pa.string()))
+
+
+@lru_cache(maxsize=64)
+def _domains(locale: str) -> tuple[Any, Any]:
+    """Draws the numbers of domains, and these."""
+    emails = people(1 << DOMAIN_BITS, countries=[locale], columns=["email"], seed=_SEED)["email"]
+    numbers, domains = pd.factorize(emails.str.partition("@")[2].to_numpy(dtype=object))
+    return numbers, domains
 
 
 def _small(numbers: Any) -> Any:

@@ -17,10 +17,10 @@ type Prints = np.ndarray[tuple[int], np.dtype[np.uint64]]
 NO_PRINT = np.uint64(0)
 """The print of what is missing; no text has it."""
 
-_WORD = 8
+WORD = 8
 _FIRST, _SECOND = np.uint64(0xBF58476D1CE4E5B9), np.uint64(0x94D049BB133111EB)
 # By the number of bytes that are left of a text, what keeps these of the eight that are read.
-_KEPT = np.array([(1 << 8 * left) - 1 for left in range(_WORD + 1)], dtype=np.uint64)
+_KEPT = np.array([(1 << 8 * left) - 1 for left in range(WORD + 1)], dtype=np.uint64)
 
 
 def prints(texts: pa.Array, seed: int = 0) -> Prints:
@@ -65,12 +65,16 @@ def layout(texts: pa.Array) -> tuple[Any, Any, Any]:
 
 def _words(data: Any, starts: Any, lengths: Any) -> Iterator[tuple[Any, Prints]]:
     """Reads all texts by eight bytes; gives the rows that have as many, and what they have."""
-    padded = np.concatenate([data, np.zeros(_WORD, dtype=np.uint8)])
-    # One word from each byte on: they overlap.
-    overlapping = np.ndarray(len(data) + 1, dtype="<u8", buffer=padded.data, strides=(1,))
+    words = words_from_each_byte(data)
     rows: Any = slice(None)
-    for at in range(0, int(lengths.max(initial=0)), _WORD):
+    for at in range(0, int(lengths.max(initial=0)), WORD):
         if at:
             rows = np.flatnonzero(lengths > at)
-        left = np.clip(lengths[rows] - at, 0, _WORD)
-        yield rows, overlapping[starts[rows] + np.minimum(at, lengths[rows])] & _KEPT[left]
+        left = np.clip(lengths[rows] - at, 0, WORD)
+        yield rows, words[starts[rows] + np.minimum(at, lengths[rows])] & _KEPT[left]
+
+
+def words_from_each_byte(data: Any) -> Any:
+    """Gives the eight bytes from each place on as an integer, the first of them the lowest."""
+    padded = np.concatenate([data, np.zeros(WORD, dtype=np.uint8)])
+    return np.ndarray(len(data) + 1, dtype="<u8", buffer=padded.data, strides=(1,))

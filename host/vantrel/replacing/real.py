@@ -11,14 +11,15 @@ import pyarrow.compute as pc
 from vantrel.attributes import PHONES
 from vantrel.replacing.keys import as_texts
 from vantrel.replacing.numbers import ends_of_numbers
-from vantrel.replacing.prints import Prints, prints
+from vantrel.replacing.prints import WORD, Prints, layout, prints, words_from_each_byte
 from vantrel.replacing.roles import Roles
 from vantrel.replacing.told import Told, paired
 
 _FEWEST_TO_MERGE = 1_000_000
 
 # Made-up addresses are under such domains alone, so no other real one can be among them.
-_RESERVED = ".example"
+_RESERVED = np.uint64(int.from_bytes(b".example", "little"))
+_LOWER_CASE = np.uint64(int.from_bytes(b"\x20" * WORD, "little"))  # a full stop has this bit, too
 
 
 class Distinct:
@@ -49,8 +50,8 @@ class Distinct:
 
     def _merge(self) -> None:
         if self._new:
-            merged = np.unique(np.concatenate([self._sorted, *self._new]))
-            self._sorted = merged[merged != 0]
+            merged = np.sort(np.concatenate([self._sorted, *self._new]))
+            self._sorted = merged[merged != np.append(np.uint64(0), merged[:-1])]
             self._new, self._new_count = [], 0
 
 
@@ -79,5 +80,8 @@ class RealPeople:
 
 def prints_of_addresses(texts: pa.Array) -> Prints:
     """Gives the prints of those addresses that could be made up."""
-    could_be = texts.filter(pc.ends_with(texts, _RESERVED, ignore_case=True))
+    data, starts, lengths = layout(texts)
+    places = np.maximum(starts + lengths - WORD, 0)
+    ends = words_from_each_byte(data)[places] | _LOWER_CASE
+    could_be = texts.filter(pa.array((ends == _RESERVED) & (lengths > WORD)))
     return prints(pc.utf8_lower(could_be))

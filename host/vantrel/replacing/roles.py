@@ -11,8 +11,7 @@ import pandas as pd
 from vantrel.arguments import refuse_text
 from vantrel.attributes import ATTRIBUTES, LEARNT
 from vantrel.detection import NOTHING, Detection, detect
-from vantrel.detection.values import SAMPLE_SIZE
-from vantrel.errors import ReplaceError
+from vantrel.errors import ArgumentTypeError, ReplaceError
 from vantrel.fitting.checks import refuse_unknown_attribute
 from vantrel.hints import argument, did_you_mean, listed
 
@@ -105,19 +104,23 @@ def find_roles(
     told = given | {attribute: (column,) for attribute, column in found.columns.items()}
     told = {attribute: told[attribute] for attribute in ATTRIBUTES if attribute in told}
     roles = Roles(keys or _usual_key(told), told, kept, found, is_key_named=bool(keys))
-    if not (roles.columns if is_only_read else roles.replaced):
+    if len(table) and not (roles.columns if is_only_read else roles.replaced):
         raise _nothing_found(table, roles, the_table)
     return roles
 
 
 def _as_several(names: str | Iterable[str]) -> tuple[str, ...]:
-    return (names,) if isinstance(names, str) else tuple(dict.fromkeys(names))
+    several = (names,) if isinstance(names, str) else tuple(dict.fromkeys(names))
+    for name in several:
+        if not isinstance(name, str):
+            raise ArgumentTypeError(f"A column is named by a text, not by {name!r}.")
+    return several
 
 
 def _found(table: pd.DataFrame, given: Mapping[str, tuple[str, ...]]) -> Detection:
     named = [column for columns in given.values() for column in columns]
     known = {attribute: columns[0] for attribute, columns in given.items() if columns}
-    return detect(table.iloc[: 10 * SAMPLE_SIZE], known=known, ignored=named)
+    return detect(table, known=known, ignored=named)
 
 
 def _usual_key(told: Mapping[str, tuple[str, ...]]) -> tuple[str, ...]:

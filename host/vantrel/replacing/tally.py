@@ -13,7 +13,7 @@ from vantrel.errors import ReplaceError
 from vantrel.replacing.keys import Digests
 from vantrel.replacing.made import MadeUp, Makers
 from vantrel.replacing.numbers import ends_of_numbers
-from vantrel.replacing.prints import Prints, mixed, prints
+from vantrel.replacing.prints import Prints, mixed
 from vantrel.replacing.real import RealPeople, prints_of_addresses
 from vantrel.replacing.told import Told
 from vantrel.wording import counted
@@ -68,7 +68,7 @@ class Tally:
         self.people += len(digests)
         if any(attribute in made for attribute in _ACCOUNTS):
             self._whose.append(whose)
-            self._accounts.append(prints(people.column("username")))
+            self._accounts.append(people.accounts)
         self._count(people, made, self.borne)
         self._count(MadeUp(mixed(digests), told, self._makers), made, self.by_chance)
 

@@ -97,6 +97,8 @@ def _names(batch: pa.RecordBatch, roles: Roles, is_last_first: Any) -> tuple[Pri
         _prints_of_names(batch, roles, attribute) for attribute in ("firstname", "lastname")
     )
     for column in roles.columns.get("fullname", ()):
+        if first.all() and last.all():
+            break
         start, end = halves(folded(as_texts(batch.column(column))), is_last_first)
         first, last = np.where(first, first, start), np.where(last, last, end)
     return first, last
@@ -117,6 +119,8 @@ def folded(texts: pa.Array) -> pa.Array:
         plain = pc.replace_substring_regex(pc.utf8_normalize(texts, "NFKD"), r"\p{M}+", "")
         texts = pc.utf8_normalize(plain, "NFC")
     texts = pc.utf8_trim_whitespace(pc.utf8_lower(texts))
+    if pc.any(pc.match_substring(texts, "  ")).as_py():
+        texts = pc.replace_substring_regex(texts, r"\s+", " ")
     return pc.if_else(pc.equal(texts, ""), pa.scalar(None, pa.string()), texts)
 
 

@@ -24,7 +24,12 @@ _LONGEST_NAME = 255
 
 @contextmanager
 def replacing(
-    path: Path, *, binary: bool = False, force: bool = True, private_as: Path | None = None
+    path: Path,
+    *,
+    binary: bool = False,
+    force: bool = True,
+    private_as: Path | None = None,
+    mode: int = 0o666,
 ) -> Iterator[IO[Any]]:
     """Opens a file that takes its place only when it was written to the end.
 
@@ -39,6 +44,7 @@ def replacing(
         binary: Whether it takes bytes.
         force: Whether a file is replaced that is there in the end.
         private_as: Nobody may do more with the file than with this one.
+        mode: The permissions of a new file, of which the process's mask takes some.
     """
     try:
         target = Path(os.path.realpath(path))
@@ -49,7 +55,7 @@ def replacing(
             with _opened(os.open(target, os.O_WRONLY | os.O_TRUNC), binary) as file:
                 yield file
             return
-        mode, is_replaced = _permissions(target, private_as)
+        mode, is_replaced = _permissions(target, private_as, mode)
         temporary, descriptor = _made_beside(target, mode, path)
         try:
             with _opened(descriptor, binary) as file:
@@ -149,10 +155,10 @@ def _lock(descriptor: int) -> bool | None:
     return True
 
 
-def _permissions(target: Path, private_as: Path | None) -> tuple[int, bool]:
+def _permissions(target: Path, private_as: Path | None, mode: int) -> tuple[int, bool]:
     """The permissions of a file that is to be written, and whether it replaces one."""
     is_replaced = target.is_file()
-    mode = stat.S_IMODE(target.stat().st_mode) if is_replaced else 0o666
+    mode = stat.S_IMODE(target.stat().st_mode) if is_replaced else mode
     if private_as is not None and private_as.is_file():
         mode &= stat.S_IMODE(private_as.stat().st_mode)
     return mode, is_replaced
