@@ -5,6 +5,8 @@ from __future__ import annotations
 from collections.abc import Iterator, Mapping, Sequence
 from contextlib import contextmanager
 from dataclasses import dataclass
+from io import BytesIO
+from itertools import chain, islice
 from math import ceil
 from pathlib import Path
 from typing import IO, Any
@@ -23,6 +25,9 @@ from vantrel.tables.sources import refuse_doubled
 # What is in memory of a group of rows at a time. A larger one comes out as several.
 _MOST_BYTES = 64_000_000
 _MOST_ROWS = 262_144
+
+# Types that need not be told: whole numbers as they are kept.
+_PLAIN = {"NONE", "INT_32", "INT_64"}
 
 
 @dataclass(frozen=True)
@@ -73,16 +78,43 @@ class CopiedParquet:
     ) -> int:
         """Writes a copy."""
         rows = 0
-        schema = self.file.schema_arrow
+        parts = ((each, change(each.select(list(columns)))) for each in self._read(None))
+        first = list(islice(parts, 1))
+        schema = self._schema([name for _, changed in first for name in changed])
+        self._refuse_lost_types(schema)
         with (
             compressing(target, compression) as packed,
             pq.ParquetWriter(packed, schema, **self._options()) as writer,
         ):
-            for batch in self._read(None):
-                changed = change(batch.select(list(columns)))
-                writer.write_batch(self._with(batch, changed), row_group_size=max(1, len(batch)))
+            for batch, changed in chain(first, parts):
+                written = self._with(batch, changed, schema)
+                writer.write_batch(written, row_group_size=max(1, len(batch)))
                 rows += len(batch)
         return rows
+
+    def _schema(self, changed: Sequence[str]) -> pa.Schema:
+        """The schema of a copy: dictionaries that are changed may come to have more values."""
+        fields = [
+            field.with_type(pa.dictionary(pa.int32(), field.type.value_type, field.type.ordered))
+            if field.name in changed and pa.types.is_dictionary(field.type)
+            else field
+            for field in self.file.schema_arrow
+        ]
+        return pa.schema(fields, self.file.schema_arrow.metadata)
+
+    def _refuse_lost_types(self, schema: pa.Schema) -> None:
+        """Refuses a column of a type that Arrow reads and does not write."""
+        sink = BytesIO()
+        with pq.ParquetWriter(sink, schema, **self._options()):
+            pass
+        of_copy = pq.ParquetFile(sink).schema
+        for place, column in enumerate(self.file.schema):
+            kinds = {column.converted_type, of_copy.column(place).converted_type}
+            if len(kinds - _PLAIN) > 0 and len(kinds) > 1:
+                raise TableError(
+                    f"Column {column.path!r} of table {named(self.path)} is of type"
+                    f" {column.converted_type}, which cannot be copied: write the table without it."
+                )
 
     def _read(self, columns: list[str] | None) -> Iterator[pa.RecordBatch]:
         """Reads one group of rows after another, each at once if it is not too large."""
@@ -95,12 +127,14 @@ class CopiedParquet:
                 rows = max(1, ceil(group.num_rows / max(1, parts)))
                 yield from self.file.iter_batches(rows, row_groups=[number], columns=columns)
 
-    def _with(self, batch: pa.RecordBatch, changed: Mapping[str, pa.Array]) -> pa.RecordBatch:
+    def _with(
+        self, batch: pa.RecordBatch, changed: Mapping[str, pa.Array], schema: pa.Schema
+    ) -> pa.RecordBatch:
         arrays = [
             self._typed(changed[field.name], field) if field.name in changed else column
-            for field, column in zip(batch.schema, batch.columns, strict=True)
+            for field, column in zip(schema, batch.columns, strict=True)
         ]
-        return pa.RecordBatch.from_arrays(arrays, schema=self.file.schema_arrow)
+        return pa.RecordBatch.from_arrays(arrays, schema=schema)
 
     def _typed(self, values: pa.Array, field: pa.Field) -> pa.Array:
         try:
@@ -116,7 +150,13 @@ class CopiedParquet:
         metadata = self.file.metadata
         first = metadata.row_group(0).to_dict()["columns"] if metadata.num_row_groups else []
         notes = metadata.metadata or {}
-        return {
+        has_whole_decimals = any(
+            each.converted_type == "DECIMAL" and each.physical_type.startswith("INT")
+            for each in self.file.schema
+        )
+        # Named only where it is needed: the oldest pyarrow that will do has no such option.
+        more = {"store_decimal_as_integer": True} if has_whole_decimals else {}
+        return more | {
             "version": metadata.format_version,
             "compression": {each["path_in_schema"]: _codec(each["compression"]) for each in first},
             "use_dictionary": [
