@@ -4,6 +4,7 @@ from __future__ import annotations
 
 from collections.abc import Iterator
 from contextlib import contextmanager
+from importlib.util import find_spec
 from pathlib import Path
 from tempfile import TemporaryDirectory
 from typing import TYPE_CHECKING
@@ -37,10 +38,8 @@ def open_copied(
         TableError: The file cannot be read, or is no such table.
         MissingPackageError: pyarrow is not installed.
     """
-    try:
-        from vantrel.tables.copying.parquet_copy import CopiedParquet
-    except ImportError as error:
-        raise MissingPackageError.of(f"To copy {named(path)}", "pyarrow", "parquet") from error
+    if find_spec("pyarrow") is None:
+        raise MissingPackageError.of(f"To copy {named(path)}", "pyarrow", "parquet")
     if path.is_dir():
         raise TableError(f"Table {named(path)} is a folder: name a file.")
     with TemporaryDirectory(prefix="vantrel-") as name:
@@ -52,6 +51,8 @@ def open_copied(
                 " Parquet."
             )
         if kind.format == "parquet":
+            from vantrel.tables.copying.parquet_copy import CopiedParquet
+
             with CopiedParquet.opened(path, file) as parquet:
                 yield parquet
         else:
