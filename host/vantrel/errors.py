@@ -19,6 +19,7 @@ __all__ = [
     "CompareError",
     "ConditionsError",
     "FittingError",
+    "LeakError",
     "LeftoverWarning",
     "MetaNotExtractedError",
     "MissingPackageError",
@@ -127,6 +128,10 @@ class RecordError(VantrelError, ValueError):
 
 class ReplaceError(VantrelError, ValueError):
     """The people of a table cannot be replaced as it is asked."""
+
+
+class LeakError(ReplaceError):
+    """People are still named in columns that were not replaced, where that is to be an error."""
 
 
 class SecretError(VantrelError, ValueError):

@@ -3,18 +3,17 @@
 from __future__ import annotations
 
 import logging
-from collections.abc import Iterable, Iterator
+from collections.abc import Iterable, Iterator, Mapping
 from typing import TYPE_CHECKING, Any
 
 import pandas as pd
 
 from vantrel.arguments import as_frame, refuse_text
-from vantrel.errors import MissingPackageError, ReplaceError
-from vantrel.hints import did_you_mean, listed
-from vantrel.replacing.roles import Columns, Roles, find_roles
+from vantrel.errors import MissingPackageError
+from vantrel.replacing.notes import notes_on_people, notes_on_table
+from vantrel.replacing.roles import Columns, Roles, find_roles, refuse_scrub
 from vantrel.replacing.secret import checked_secret
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
-from vantrel.wording import counted
 
 if TYPE_CHECKING:
     import pyarrow as pa
@@ -44,6 +43,8 @@ class Replacer:
     Attributes:
         roles: What the columns of the last table were taken for; None before.
         report: What came of all tables until now; None before.
+        notes: What is to be told of the last table: who the rows were taken for, and who is still named
+            in other columns. They are also logged.
 
     Raises:
         ArgumentTypeError: The secret is no bytes.
@@ -58,6 +59,7 @@ class Replacer:
         self._people = _people(checked_secret(secret), place, no_real)
         self.roles: Roles | None = None
         self.report: Report | None = None
+        self.notes: list[str] = []
 
     def replace(
         self,
@@ -70,21 +72,74 @@ class Replacer:
     ) -> Any:
         """Replaces the people of a table; see :func:`replace`."""
         from vantrel.replacing.frames import like, with_columns
+        from vantrel.replacing.passing import Passing
 
         refuse_text(scrub, "scrub", "columns")
+        scrub = list(scrub)
         name = f"table {len(self._people.tables) + 1}"
         table = _opened(df, "A table")
         if people is not None:
             self._learn_only(_opened(people, "A table of people"), key, name)
         roles = _roles(table, key, columns, keep)
-        _refuse_scrub(table, roles, list(scrub))
+        refuse_scrub(_names(table), roles, scrub)
         batches = list(_batches(table, roles))
         for batch in batches:
             self._people.learn(batch, roles, name)
         self._people.settle()
-        made = self._made(batches, roles, list(scrub))
+        passing = Passing(self._people, roles, scrub)
+        made = _joined(map(passing, batches))
         self.roles, self.report = roles, self._people.finish()
-        for note in _notes(roles, self.report.tables.get(name)):
+        self.notes = [
+            *notes_on_table(roles, self.report.tables[name], passing.leaks()),
+            *notes_on_people(self.report),
+        ]
+        for note in self.notes:
+            _log.info(note)
+        replaced = with_columns(table, made)
+        return replaced if isinstance(df, pd.DataFrame) else like(replaced, df)
+
+    def _learn_only(self, table: pd.DataFrame | pa.Table, key: Any, name: str) -> None:
+        """Learns who is who from a table that is not replaced."""
+        from vantrel.replacing.frames import excerpt
+
+        roles = find_roles(excerpt(table), key=key, name="people", is_only_read=True)
+        for batch in _batches(table, roles):
+            self._people.learn(batch, roles, f"people of {name}")
+
+
+def replace(
+        self,
+        df: Any,
+        key: str | Iterable[str] | None = None,
+        people: Any = None,
+        columns: Columns | None = None,
+        keep: Iterable[str] = (),
+        scrub: Iterable[str] = (),
+    ) -> Any:
+        """Replaces the people of a table; see :func:`replace`."""
+        from vantrel.replacing.frames import like, with_columns
+        from vantrel.replacing.passing import Passing
+
+        refuse_text(scrub, "scrub", "columns")
+        scrub = list(scrub)
+        name = f"table {len(self._people.tables) + 1}"
+        table = _opened(df, "A table")
+        if people is not None:
+            self._learn_only(_opened(people, "A table of people"), key, name)
+        roles = _roles(table, key, columns, keep)
+        refuse_scrub(_names(table), roles, scrub)
+        batches = list(_batches(table, roles))
+        for batch in batches:
+            self._people.learn(batch, roles, name)
+        self._people.settle()
+        passing = Passing(self._people, roles, scrub)
+        made = _joined(map(passing, batches))
+        self.roles, self.report = roles, self._people.finish()
+        self.notes = [
+            *notes_on_table(roles, self.report.tables[name], passing.leaks()),
+            *notes_on_people(self.report),
+        ]
+        for note in self.notes:
             _log.info(note)
         replaced = with_columns(table, made)
         return replaced if isinstance(df, pd.DataFrame) else like(replaced, df)
@@ -203,20 +258,8 @@ def _roles(table: pd.DataFrame | pa.Table, key: Any, columns: Any, keep: Any) ->
     return find_roles(excerpt(table), key=key, columns=columns, keep=keep)
 
 
-def _refuse_scrub(table: pd.DataFrame | pa.Table, roles: Roles, scrub: list[str]) -> None:
-    """Refuses to scrub what is not there or replaced anyway."""
-    names = list(table.columns) if isinstance(table, pd.DataFrame) else table.column_names
-    for column in scrub:
-        if column not in names:
-            raise ReplaceError(
-                f"The table has no column {column!r} to scrub.{did_you_mean(column, names)} Its"
-                f" columns are: {listed(names)}."
-            )
-        if column in roles.replaced:
-            raise ReplaceError(
-                f"Column {column!r} is replaced whole, as {roles.replaced[column]}: it need not be"
-                " scrubbed."
-            )
+def _names(table: pd.DataFrame | pa.Table) -> list[str]:
+    return list(table.columns) if isinstance(table, pd.DataFrame) else table.column_names
 
 
 def _batches(table: pd.DataFrame | pa.Table, roles: Roles) -> Iterator[pa.RecordBatch]:
@@ -226,16 +269,11 @@ def _batches(table: pd.DataFrame | pa.Table, roles: Roles) -> Iterator[pa.Record
     return iter(arrow_of(table).to_batches(max_chunksize=_ROWS_OF_A_BATCH))
 
 
-def _notes(roles: Roles, table: Any) -> Iterator[str]:
-    """Tells what a table's columns were taken for, and what was odd in its rows."""
-    taken = ", ".join(f"{column!r} ({name})" for column, name in roles.replaced.items())
-    if taken:
-        yield f"Replaced: {taken}."
-    if not roles.is_key_named:
-        yield f"The key is {listed(roles.key)}." if roles.key else "Each row is a person."
-    for told, count in (table.contradictions if table else {}).items():
-        if count:
-            yield (
-                f"The rows of {counted(count, 'person', 'people')} contradict each other in"
-                f" {told}: what was told first holds."
-            )
+def _joined(batches: Iterable[Mapping[str, pa.Array]]) -> dict[str, pa.ChunkedArray]:
+    import pyarrow as pa
+
+    found: dict[str, list[pa.Array]] = {}
+    for batch in batches:
+        for column, values in batch.items():
+            found.setdefault(column, []).append(values)
+    return {column: pa.chunked_array(values) for column, values in found.items()}

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from collections import Counter
-from collections.abc import Iterable, Mapping
+from collections.abc import Iterable, Mapping, Sequence
 from dataclasses import dataclass
 
 import pandas as pd
@@ -107,6 +107,21 @@ def find_roles(
     if len(table) and not (roles.columns if is_only_read else roles.replaced):
         raise _nothing_found(table, roles, the_table)
     return roles
+
+
+def refuse_scrub(names: Sequence[str], roles: Roles, scrub: Iterable[str], the_table: str = "The table") -> None:
+    """Refuses to scrub what is not there, or is replaced anyway."""
+    for column in scrub:
+        if column not in names:
+            raise ReplaceError(
+                f"{the_table} has no column {column!r} to scrub.{did_you_mean(column, names)} Its"
+                f" columns are: {listed(names)}."
+            )
+        if column in roles.replaced:
+            raise ReplaceError(
+                f"Column {column!r} is replaced whole, as {roles.replaced[column]}: it need not be"
+                " scrubbed."
+            )
 
 
 def _as_several(names: str | Iterable[str]) -> tuple[str, ...]:
