@@ -96,10 +96,14 @@ class Wanted:
     def __init__(self, real: Mapping[str, pa.Array]) -> None:
         """Takes the values by attribute; others than are looked for may be among them."""
         self.values = {
-            attribute: real[attribute].cast(pa.string()) for attribute in SOUGHT if attribute in real
+            attribute: real[attribute].cast(pa.string())
+            for attribute in SOUGHT
+            if attribute in real
         }
         cells = {attribute: Cells(values) for attribute, values in self.values.items()}
-        self._numbers = {each: cells.pop(each).ends_of_numbers() for each in PHONES if each in cells}
+        self._numbers = {
+            each: cells.pop(each).ends_of_numbers() for each in PHONES if each in cells
+        }
         self._words = {each: values.first_words() for each, values in cells.items()}
 
     def maybe_in(self, texts: pa.Array) -> Iterator[tuple[str, Integers]]:
@@ -131,6 +135,7 @@ def _texts(values: pa.Array) -> pa.Array | None:
         texts = [None if value is None else str(value) for value in values.to_pylist()]
         return pa.array(texts, pa.string())
     is_text = any(
-        test(kind) for test in (pa.types.is_string, pa.types.is_large_string, pa.types.is_string_view)
+        test(kind)
+        for test in (pa.types.is_string, pa.types.is_large_string, pa.types.is_string_view)
     )
     return values.cast(pa.string()) if is_text or pa.types.is_integer(kind) else None

@@ -122,9 +122,7 @@ def _line_ends(
     return ends, nexts
 
 
-def _separators(
-    signs: Signs, separator: bytes, places: Callable[[int], Positions]
-) -> Positions:
+def _separators(signs: Signs, separator: bytes, places: Callable[[int], Positions]) -> Positions:
     found = places(separator[0])
     for offset, sign in enumerate(separator[1:], 1):
         found = found[found + offset < len(signs)]

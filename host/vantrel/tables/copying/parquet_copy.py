@@ -80,7 +80,7 @@ class CopiedParquet:
         rows = 0
         parts = ((each, change(each.select(list(columns)))) for each in self._read(None))
         first = list(islice(parts, 1))
-        schema = self._schema([name for _, changed in first for name in changed])
+        schema = self._schema(first[0][1] if first else {})
         self._refuse_lost_types(schema)
         with (
             compressing(target, compression) as packed,
@@ -92,15 +92,15 @@ class CopiedParquet:
                 rows += len(batch)
         return rows
 
-    def _schema(self, changed: Sequence[str]) -> pa.Schema:
+    def _schema(self, changed: Mapping[str, pa.Array]) -> pa.Schema:
         """The schema of a copy: dictionaries that are changed may come to have more values."""
-        fields = [
-            field.with_type(pa.dictionary(pa.int32(), field.type.value_type, field.type.ordered))
-            if field.name in changed and pa.types.is_dictionary(field.type)
-            else field
-            for field in self.file.schema_arrow
-        ]
-        return pa.schema(fields, self.file.schema_arrow.metadata)
+        schema = self.file.schema_arrow
+        for place, field in enumerate(schema):
+            is_other = field.name in changed and changed[field.name].type != field.type
+            if is_other and pa.types.is_dictionary(field.type):
+                wide = pa.dictionary(pa.int32(), field.type.value_type, field.type.ordered)
+                schema = schema.set(place, field.with_type(wide))
+        return schema
 
     def _refuse_lost_types(self, schema: pa.Schema) -> None:
         """Refuses a column of a type that Arrow reads and does not write."""
@@ -110,7 +110,7 @@ class CopiedParquet:
         of_copy = pq.ParquetFile(sink).schema
         for place, column in enumerate(self.file.schema):
             kinds = {column.converted_type, of_copy.column(place).converted_type}
-            if len(kinds - _PLAIN) > 0 and len(kinds) > 1:
+            if len(kinds) > 1 and not kinds <= _PLAIN:
                 raise TableError(
                     f"Column {column.path!r} of table {named(self.path)} is of type"
                     f" {column.converted_type}, which cannot be copied: write the table without it."
