@@ -12,3 +12,13 @@ A made-up person is a function of the secret, the key, the gender and the countr
 :class:`vantrel.replacing.replacer.Replacer` is for frames in memory. Only the latter can be
 imported without pyarrow.
 """
+
+from vantrel.errors import MissingPackageError
+
+
+def require_pyarrow() -> None:
+    """Refuses to replace people where pyarrow is not installed."""
+    try:
+        import pyarrow as pa  # noqa: F401 - whether it is there
+    except ModuleNotFoundError as error:
+        raise MissingPackageError.of("Replacing people", "pyarrow", "replace") from error

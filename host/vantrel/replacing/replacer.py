@@ -9,7 +9,7 @@ from typing import TYPE_CHECKING, Any
 import pandas as pd
 
 from vantrel.arguments import as_frame, refuse_text
-from vantrel.errors import MissingPackageError
+from vantrel.replacing import require_pyarrow
 from vantrel.replacing.notes import notes_on_people, notes_on_table
 from vantrel.replacing.roles import Columns, Roles, find_roles, refuse_scrub
 from vantrel.replacing.secret import checked_secret
@@ -229,10 +229,7 @@ def replace(
 
 
 def _people(secret: bytes, place: str, no_real: bool) -> People:
-    try:
-        import pyarrow as pa  # noqa: F401 - whether it is there
-    except ModuleNotFoundError as error:
-        raise MissingPackageError.of("Replacing people", "pyarrow", "replace") from error
+    require_pyarrow()
     from vantrel.replacing.people import People
 
     return People(secret, place=place, no_real=no_real)
@@ -266,7 +263,9 @@ def _batches(table: pd.DataFrame | pa.Table, roles: Roles) -> Iterator[pa.Record
     """Gives the rows in parts; with all their columns, as those without a key are known by them."""
     from vantrel.replacing.frames import arrow_of
 
-    return iter(arrow_of(table).to_batches(max_chunksize=_ROWS_OF_A_BATCH))
+    rows = arrow_of(table)
+    parts = rows.to_batches(max_chunksize=_ROWS_OF_A_BATCH)
+    return iter(parts or [rows.schema.empty_table().to_batches()[0]])
 
 
 def _joined(batches: Iterable[Mapping[str, pa.Array]]) -> dict[str, pa.ChunkedArray]:
