@@ -78,7 +78,7 @@ class Replacer:
             self._learn_only(_opened(people, "A table of people"), key, name)
         roles = _roles(table, key, columns, keep)
         _refuse_scrub(table, roles, list(scrub))
-        batches = list(_batches(table, roles))
+        batches = list(_batches(table))
         for batch in batches:
             self._people.learn(batch, roles, name)
         self._people.settle()
@@ -94,7 +94,7 @@ class Replacer:
         from vantrel.replacing.frames import excerpt
 
         roles = find_roles(excerpt(table), key=key, name="people", is_only_read=True)
-        for batch in _batches(table, roles):
+        for batch in _batches(table):
             self._people.learn(batch, roles, f"people of {name}")
 
     def _made(
@@ -219,7 +219,7 @@ def _refuse_scrub(table: pd.DataFrame | pa.Table, roles: Roles, scrub: list[str]
             )
 
 
-def _batches(table: pd.DataFrame | pa.Table, roles: Roles) -> Iterator[pa.RecordBatch]:
+def _batches(table: pd.DataFrame | pa.Table) -> Iterator[pa.RecordBatch]:
     """Gives the rows in parts; with all their columns, as those without a key are known by them."""
     from vantrel.replacing.frames import arrow_of
 
