@@ -42,7 +42,7 @@ def key_of(*values: Any) -> list[bytes | None]:
         pd.Series([7, 8], dtype="category"),
         pd.Series(["7", "8"], dtype="category"),
         pd.Series([np.int64(7), np.uint8(8)], dtype=object),
-        pd.Series([Decimal("7"), Decimal("8.00")]),
+        pd.Series([Decimal(7), Decimal("8.00")]),
         pd.Series([7, "8"]),
         pd.Series([Decimal(7), "8.0"]),
         pd.Series([7.0, "8"]),

@@ -12,18 +12,18 @@ import pytest
 
 pytest.importorskip("pyarrow", reason="People are replaced by way of Arrow")
 
-from faker import Faker  # noqa: E402 - after the line that skips
+from faker import Faker
 
-import vantrel  # noqa: E402 - as above
-from support.replacing import (  # noqa: E402 - needs pyarrow
+import vantrel
+from support.replacing import (
     SECRET,
     customers,
     made_of,
     replaced_in_batches,
 )
-from vantrel.replacing import people as people_module  # noqa: E402 - needs pyarrow
-from vantrel.replacing.replacer import Replacer  # noqa: E402 - as above
-from vantrel.replacing.roles import find_roles  # noqa: E402 - as above
+from vantrel.replacing import people as people_module
+from vantrel.replacing.replacer import Replacer
+from vantrel.replacing.roles import find_roles
 
 
 @pytest.fixture(scope="module")

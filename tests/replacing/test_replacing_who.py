@@ -9,10 +9,10 @@ import pytest
 
 pytest.importorskip("pyarrow", reason="People are replaced by way of Arrow")
 
-import vantrel  # noqa: E402 - after the line that skips
-from vantrel.replacing import who as who_module  # noqa: E402 - needs pyarrow
-from vantrel.replacing.told import Told  # noqa: E402 - needs pyarrow
-from vantrel.replacing.who import Who  # noqa: E402 - needs pyarrow
+import vantrel
+from vantrel.replacing import who as who_module
+from vantrel.replacing.told import Told
+from vantrel.replacing.who import Who
 
 
 def told(rows: list[tuple[int, int, int, int]]) -> Told:
