@@ -89,6 +89,18 @@ def test_a_type_that_cannot_hold_what_is_made_up(table: pd.DataFrame) -> None:
     )
 
 
+def test_names_in_a_column_of_numbers_or_of_bytes(table: pd.DataFrame, made: pd.DataFrame) -> None:
+    names = {"username": "username"}
+    with pytest.raises(vantrel.ReplaceError) as caught:
+        vantrel.replace(table.assign(username=range(40)), "customer_id", SECRET, columns=names)
+    assert "'username' is of type int64, which cannot hold" in str(caught.value)
+    given = pa.table({"customer_id": table["customer_id"], "username": [b"qa"] * 40})
+    out = vantrel.replace(given, "customer_id", SECRET, columns=names)
+    assert out.schema == given.schema
+    plain = vantrel.replace(table[["customer_id", "username"]], "customer_id", SECRET)
+    assert [text.decode() for text in out["username"].to_pylist()] == plain["username"].tolist()
+
+
 def test_a_column_of_several_types(table: pd.DataFrame, made: pd.DataFrame) -> None:
     mixed = table.assign(customer_id=table["customer_id"].astype(object))
     mixed.loc[::2, "customer_id"] = mixed.loc[::2, "customer_id"].astype(str)

@@ -161,8 +161,7 @@ def test_a_key_that_is_wholly_missing(table: pd.DataFrame, missing: object) -> N
     with pytest.raises(vantrel.ReplaceError) as caught:
         vantrel.replace(table.assign(customer_id=missing), "customer_id", SECRET)
     assert str(caught.value) == (
-        "The key 'customer_id' of table 'table 1' is missing in every row: name another one, or"
-        " none."
+        "In table 1 the key 'customer_id' is missing in every row: name another one, or none."
     )
 
 

@@ -50,7 +50,7 @@ def halves(names: pa.Array, is_last_first: Any) -> tuple[Prints, Prints]:
     comma = _next(names, _COMMA, starts, ends)
     has_comma = comma < ends
     after = np.minimum(comma + 1, ends)
-    after += np.append(layout(names)[0], 0)[after] == _BLANK
+    after += np.append(layout(names)[0], np.uint8(0))[after] == _BLANK
     begin = np.where(has_comma, np.minimum(after, ends), starts)
     first = _first_words(names, begin, ends)
     last = _last_words(names, starts, comma)

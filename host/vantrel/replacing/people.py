@@ -123,10 +123,10 @@ class People:
         for name, table in list(self.tables.items()):
             if table.key and 0 < table.rows == table.without_key:
                 del self.tables[name]
-                of_table = f" of table {name!r}" if name else ""
+                where = f"In {name} the" if name else "The"
                 raise ReplaceError(
-                    f"The key {listed(table.key)}{of_table} is missing in every row: name another"
-                    " one, or none."
+                    f"{where} key {listed(table.key)} is missing in every row: name another one, or"
+                    " none."
                 )
 
     def replaced(self, batch: pa.RecordBatch, roles: Roles) -> dict[str, pa.Array]:

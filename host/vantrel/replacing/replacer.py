@@ -109,8 +109,10 @@ class Replacer:
         for batch in batches:
             made = self._people.replaced(batch, roles)
             if scrub:
-                real = {column: batch.column(column) for column in made}
-                made |= scrubbed(batch, real, made, scrub)
+                firsts = {roles.replaced[column]: column for column in reversed(made)}
+                real = {name: batch.column(column) for name, column in firsts.items()}
+                new = {name: made[column] for name, column in firsts.items()}
+                made |= scrubbed(batch, real, new, scrub)
             for column, values in made.items():
                 found[column].append(values)
         return {column: pa.chunked_array(values) for column, values in found.items() if values}

@@ -21,4 +21,4 @@ def scrubbed(
         made: The made-up ones.
         columns: The columns to look through.
     """
-    raise NotImplementedError
+    raise NotImplementedError("Other columns are not looked through yet.")
