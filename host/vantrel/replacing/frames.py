@@ -23,7 +23,9 @@ def excerpt(table: pd.DataFrame | pa.Table) -> pd.DataFrame:
         name: _joined(column.drop_null().slice(0, SAMPLE_SIZE))
         for name, column in zip(table.column_names, table.columns, strict=True)
     }
-    return pd.DataFrame({name: pd.Series(_values(as_texts(column))) for name, column in first.items()})
+    return pd.DataFrame(
+        {name: pd.Series(_values(as_texts(column))) for name, column in first.items()}
+    )
 
 
 def arrow_of(table: pd.DataFrame | pa.Table, columns: Iterable[str] | None = None) -> pa.Table:
@@ -31,7 +33,9 @@ def arrow_of(table: pd.DataFrame | pa.Table, columns: Iterable[str] | None = Non
     if not isinstance(table, pd.DataFrame):
         return table if columns is None else table.select(list(columns))
     names = list(table.columns) if columns is None else list(columns)
-    return pa.Table.from_arrays([_array(table[name]) for name in names], names=list(map(str, names)))
+    return pa.Table.from_arrays(
+        [_array(table[name]) for name in names], names=list(map(str, names))
+    )
 
 
 def with_columns(table: pd.DataFrame | pa.Table, made: Mapping[str, pa.ChunkedArray]) -> Any:

@@ -4,7 +4,6 @@ from __future__ import annotations
 
 from collections.abc import Iterable, Sequence
 from hashlib import blake2b
-from typing import Any
 
 import numpy as np
 import pyarrow as pa
@@ -55,10 +54,7 @@ def canonical(column: pa.Array, *, folds_case: bool = False) -> pa.Array:
     decimal numbers or as texts such as "7.0". Other texts stay as they are. Empty ones are missing.
     """
     text = as_texts(column)
-    if folds_case:
-        text = pc.utf8_lower(pc.utf8_trim_whitespace(text))
-    else:
-        text = _without_fractions(text)
+    text = _without_case(text) if folds_case else _without_fractions(text)
     is_empty = pc.equal(text, "")
     if pc.any(is_empty).as_py():
         text = pc.if_else(is_empty, pa.scalar(None, pa.string()), text)
@@ -90,6 +86,10 @@ def _texts_of_floats(column: pa.Array) -> pa.Array:
     return pc.if_else(pa.array(np.isnan(numbers)), pa.scalar(None, pa.string()), made)
 
 
+def _without_case(text: pa.Array) -> pa.Array:
+    return pc.utf8_lower(pc.utf8_trim_whitespace(text))
+
+
 def _without_fractions(text: pa.Array) -> pa.Array:
     """Cuts ".0" off whole numbers."""
     if not pc.any(pc.match_substring(text, ".0")).as_py():  # the pattern takes ten times as long
@@ -112,5 +112,5 @@ def _joined(start: bytes, parts: Iterable[pa.Array]) -> pa.Array:
 def digests(keys: Iterable[bytes], secret: bytes) -> Digests:
     """Hashes keys with the secret, to :data:`WORDS` words each that are alike on every machine."""
     joined = b"".join([blake2b(key, key=secret).digest() for key in keys])
-    words: Any = np.frombuffer(joined, dtype="<u8").astype(np.uint64).reshape(-1, WORDS)
+    words: Digests = np.frombuffer(joined, dtype="<u8").astype(np.uint64).reshape(-1, WORDS)
     return words

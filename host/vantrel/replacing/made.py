@@ -1,8 +1,8 @@
 """The columns of made-up people, each from words of the digests of their keys.
 
-    word 0   first name                word 3, 4   password
-    word 1   last name                 word 5      mobile number
-    word 2   account and its domain    word 6, 7   home and work number
+word 0   first name                word 3, 4   password
+word 1   last name                 word 5      mobile number
+word 2   account and its domain    word 6, 7   home and work number
 """
 
 from __future__ import annotations
@@ -16,13 +16,14 @@ import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.replacing.keys import Digests
+from vantrel.replacing.names import paired
 from vantrel.replacing.numbers import Forms, ends_of_numbers, passwords
 from vantrel.replacing.places import Places
 from vantrel.replacing.pools import DOMAIN_BITS, NAME_BITS, Vocabulary
 from vantrel.replacing.prints import Prints, mixed
 from vantrel.replacing.real import RealPeople
 from vantrel.replacing.texts import Characters, strings
-from vantrel.replacing.told import GENDERS, Told, paired
+from vantrel.replacing.told import GENDERS, Told
 
 CODE_BITS = 50
 """So many bits of the digest tell accounts apart."""
@@ -97,13 +98,14 @@ class MadeUp:
     @cached_property
     def names(self) -> Prints:
         """The prints of their full names."""
-        return paired(self._words.prints[self._first], self._words.prints[self._last])
+        return paired(self._words.first_prints[self._first], self._words.last_prints[self._last])
 
     @property
     def accounts(self) -> Prints:
         """Prints of their user names."""
         first, last = (self._words.plain_prints[each] for each in (self._first, self._last))
-        return mixed(paired(first, last) ^ self._codes)
+        made: Prints = mixed(paired(first, last) ^ self._codes)
+        return made
 
     @property
     def _codes(self) -> Prints:
@@ -115,7 +117,7 @@ class MadeUp:
         """The numbers of first names: none has her own."""
 
         def is_refused(rows: Any, picked: Any) -> Any:
-            return self._words.prints[picked] == self._told.first[rows]
+            return self._words.first_prints[picked] == self._told.first[rows]
 
         return self._in_turn("first", 0, is_refused)
 
@@ -124,13 +126,12 @@ class MadeUp:
         """The numbers of last names: none has her own, nor the whole name of whom to avoid."""
 
         def is_refused(rows: Any, picked: Any) -> Any:
-            own = self._words.prints[picked]
-            is_own = own == self._told.last[rows]
+            last = self._words.last_prints[picked]
+            is_own = last == self._told.last[rows]
             if self._avoided is None:
                 return is_own
-            return is_own | self._avoided.names.has(
-                paired(self._words.prints[self._first[rows]], own)
-            )
+            first = self._words.first_prints[self._first[rows]]
+            return is_own | self._avoided.names.has(paired(first, last))
 
         return self._in_turn("last", 1, is_refused)
 
@@ -166,9 +167,7 @@ class MadeUp:
 
     @cached_property
     def _username(self) -> pa.Array:
-        first, last = (
-            self._words.plain.take(pa.array(each)) for each in (self._first, self._last)
-        )
+        first, last = (self._words.plain.take(pa.array(each)) for each in (self._first, self._last))
         return pc.binary_join_element_wise(first, last, strings(_written(self._codes)), ".")
 
     @cached_property

@@ -12,7 +12,7 @@ from vantrel.config import PersonModelConfig
 from vantrel.replacing.places import Place
 from vantrel.replacing.prints import WORD, Prints, layout, words_from_each_byte
 from vantrel.replacing.texts import NOTHING, Characters, digits_of
-from vantrel.sampling.phones import KIND, formats
+from vantrel.sampling.phones import KIND, formats_of
 
 _OPEN, _ZERO = ord("x"), ord("0")
 
@@ -53,7 +53,10 @@ class Forms:
 
     def __init__(self, places: Sequence[Place], attribute: str) -> None:
         otherwise = getattr(PersonModelConfig(), f"{attribute}_format")
-        found = [formats(place.region, KIND[attribute]) or [otherwise] for place in places]
+        found = [
+            formats_of(place.region, KIND[attribute], is_valid=False) or [otherwise]
+            for place in places
+        ]
         self._count = np.array([len(each) for each in found], dtype=np.uint64)
         self._start = np.cumsum([0, *map(len, found)])[:-1]
         width = max(len(text) for each in found for text in each)

@@ -1,10 +1,10 @@
 """Learns who is who from all tables of a run, and then replaces the people of each.
 
-    people = People(secret)
-    for each table, for each batch:  people.learn(batch, roles, table)
-    people.settle()
-    for each table, for each batch:  columns = people.replaced(batch, roles)
-    report = people.finish()
+people = People(secret)
+for each table, for each batch:  people.learn(batch, roles, table)
+people.settle()
+for each table, for each batch:  columns = people.replaced(batch, roles)
+report = people.finish()
 """
 
 from __future__ import annotations
@@ -22,7 +22,7 @@ from vantrel.replacing.cells import put_in
 from vantrel.replacing.keys import WORDS, Digests, digests, keys_of, keys_of_rows
 from vantrel.replacing.made import MadeUp, Makers
 from vantrel.replacing.places import Places
-from vantrel.replacing.prints import Prints, prints
+from vantrel.replacing.prints import prints
 from vantrel.replacing.real import RealPeople
 from vantrel.replacing.roles import Roles
 from vantrel.replacing.tally import Tally
@@ -123,10 +123,10 @@ class People:
         for name, table in list(self.tables.items()):
             if table.key and 0 < table.rows == table.without_key:
                 del self.tables[name]
-                of_table = f" of table {name!r}" if name else ""
+                where = f"In {name} the" if name else "The"
                 raise ReplaceError(
-                    f"The key {listed(table.key)}{of_table} is missing in every row: name another"
-                    " one, or none."
+                    f"{where} key {listed(table.key)} is missing in every row: name another one, or"
+                    " none."
                 )
 
     def replaced(self, batch: pa.RecordBatch, roles: Roles) -> dict[str, pa.Array]:
@@ -173,6 +173,7 @@ class People:
                 "gender": counts["gender"],
                 "country": counts["place"],
             }
+        self._current = None
 
     def _identities(self, batch: pa.RecordBatch, roles: Roles) -> tuple[Digests, Told]:
         """Gives the digest of each row's key, and what is told of its person."""
@@ -210,7 +211,6 @@ class People:
         made = digests(keys.to_pylist(), self._secret)
         self._without_key.add(prints(keys, self._seeds[0]), made, told, self._replaced)
         return made
-
 
 
 def _keys(batch: pa.RecordBatch, roles: Roles) -> pa.Array:

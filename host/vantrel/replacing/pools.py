@@ -13,8 +13,8 @@ import numpy as np
 import pandas as pd
 import pyarrow as pa
 
+from vantrel.replacing.names import first_names, folded, last_names
 from vantrel.replacing.prints import Prints, prints
-from vantrel.replacing.told import folded
 from vantrel.sampling.addresses import Names
 from vantrel.util.locale.locale import Provider, get_country_to_provder_map, told_before
 from vantrel.without_table import people
@@ -50,14 +50,16 @@ class Vocabulary:
     Attributes:
         names: The first and last names.
         plain: How each is written in accounts.
-        prints: The print of each, as of real names.
+        first_prints: The print of each as a first name, as of real ones.
+        last_prints: The same as a last name.
         plain_prints: The prints of what is written in accounts.
         domains: The domains of e-mail addresses.
     """
 
     def __init__(self) -> None:
         self.names = self.plain = self.domains = pa.array([], pa.string())
-        self.prints: Prints = np.zeros(0, dtype=np.uint64)
+        self.first_prints: Prints = np.zeros(0, dtype=np.uint64)
+        self.last_prints: Prints = np.zeros(0, dtype=np.uint64)
         self.plain_prints: Prints = np.zeros(0, dtype=np.uint64)
         self._pools: list[Pool] = []
         self._starts: list[Pool] = []  # what is added to the numbers of each pool
@@ -88,12 +90,13 @@ class Vocabulary:
     def _add(self, drawn: _Drawn) -> None:
         """Adds a pool, with its names behind all others."""
         self._pools.append(drawn.pool)
-        names, domains = len(self.names), len(self.domains)
-        self._starts.append(Pool(names, names, domains))
+        self._starts.append(Pool(len(self.names), len(self.names), len(self.domains)))
         self.names = pa.concat_arrays([self.names, drawn.names])
         self.plain = pa.concat_arrays([self.plain, drawn.plain])
         self.domains = pa.concat_arrays([self.domains, drawn.domains])
-        self.prints = np.concatenate([self.prints, prints(folded(drawn.names))])
+        names = folded(drawn.names)
+        self.first_prints = np.concatenate([self.first_prints, first_names(names)])
+        self.last_prints = np.concatenate([self.last_prints, last_names(names)])
         self.plain_prints = np.concatenate([self.plain_prints, prints(drawn.plain)])
 
 

@@ -38,14 +38,14 @@ def prints(texts: pa.Array, seed: int = 0) -> Prints:
 
 def prints_of(data: Any, starts: Any, lengths: Any, seed: int = 0) -> Prints:
     """Gives the prints of texts that are parts of some bytes."""
-    made = mixed(lengths.astype(np.uint64) ^ np.uint64(seed))
+    made: Prints = mixed(lengths.astype(np.uint64) ^ np.uint64(seed))
     for rows, words in _words(data, starts, lengths):
         made[rows] = mixed(made[rows] ^ words)
     made[made == NO_PRINT] = np.uint64(1)
     return made
 
 
-def mixed(values: Prints) -> Prints:
+def mixed(values: Any) -> Any:
     """Mixes bits one to one, so that a change of any changes about half of them."""
     values = (values ^ (values >> np.uint64(30))) * _FIRST
     values = (values ^ (values >> np.uint64(27))) * _SECOND

@@ -10,10 +10,11 @@ import pyarrow.compute as pc
 
 from vantrel.attributes import PHONES
 from vantrel.replacing.keys import as_texts
+from vantrel.replacing.names import paired
 from vantrel.replacing.numbers import ends_of_numbers
 from vantrel.replacing.prints import WORD, Prints, layout, prints, words_from_each_byte
 from vantrel.replacing.roles import Roles
-from vantrel.replacing.told import Told, paired
+from vantrel.replacing.told import Told
 
 _FEWEST_TO_MERGE = 1_000_000
 

@@ -82,7 +82,7 @@ class Replacer:
             self._learn_only(_opened(people, "A table of people"), key, name)
         roles = _roles(table, key, columns, keep)
         refuse_scrub(_names(table), roles, scrub)
-        batches = list(_batches(table, roles))
+        batches = list(_batches(table))
         for batch in batches:
             self._people.learn(batch, roles, name)
         self._people.settle()
@@ -149,7 +149,7 @@ def replace(
         from vantrel.replacing.frames import excerpt
 
         roles = find_roles(excerpt(table), key=key, name="people", is_only_read=True)
-        for batch in _batches(table, roles):
+        for batch in _batches(table):
             self._people.learn(batch, roles, f"people of {name}")
 
     def _made(
@@ -164,8 +164,10 @@ def replace(
         for batch in batches:
             made = self._people.replaced(batch, roles)
             if scrub:
-                real = {column: batch.column(column) for column in made}
-                made |= scrubbed(batch, real, made, scrub)
+                firsts = {roles.replaced[column]: column for column in reversed(made)}
+                real = {name: batch.column(column) for name, column in firsts.items()}
+                new = {name: made[column] for name, column in firsts.items()}
+                made |= scrubbed(batch, real, new, scrub)
             for column, values in made.items():
                 found[column].append(values)
         return {column: pa.chunked_array(values) for column, values in found.items() if values}
@@ -259,7 +261,7 @@ def _names(table: pd.DataFrame | pa.Table) -> list[str]:
     return list(table.columns) if isinstance(table, pd.DataFrame) else table.column_names
 
 
-def _batches(table: pd.DataFrame | pa.Table, roles: Roles) -> Iterator[pa.RecordBatch]:
+def _batches(table: pd.DataFrame | pa.Table) -> Iterator[pa.RecordBatch]:
     """Gives the rows in parts; with all their columns, as those without a key are known by them."""
     from vantrel.replacing.frames import arrow_of
 

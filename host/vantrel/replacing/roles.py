@@ -177,7 +177,7 @@ def _refuse_shared(given: Mapping[str, tuple[str, ...]], the_table: str) -> None
 
 def _nothing_found(table: pd.DataFrame, roles: Roles, the_table: str) -> ReplaceError:
     doubts = "".join(
-        f" Column {doubt.column!r} is not taken for {doubt.attribute}, as its values do not look so."
+        f" Column {doubt.column!r} is not taken for {doubt.attribute}: its values do not look so."
         for doubt in roles.found.doubts
     )
     kept = f" Kept as they are: {', '.join(sorted(roles.kept))}." if roles.kept else ""

@@ -117,9 +117,8 @@ def _read(path: Path) -> bytes:
         )
     if not _DIGITS.fullmatch(found["secret"]):
         raise SecretError(
-            f"Secret file {named(path)} is damaged: its secret has {len(found['secret'])} characters"
-            f" in place of {2 * _BYTES} hexadecimal digits. Restore it; with a new one all people"
-            " become others."
+            f"Secret file {named(path)} is damaged: its secret is not of {2 * _BYTES} hexadecimal"
+            " digits. Restore it; with a new one all people become others."
         )
     _warn_of_readers(path)
     _warn_of_versions(path, found)

@@ -88,7 +88,7 @@ class Numbers:
     """
 
     def __init__(self, regions: Iterable[str], kind: str, *, is_valid: bool) -> None:
-        of_places = [_formats(region, kind, is_valid) for region in regions]
+        of_places = [formats_of(region, kind, is_valid=is_valid) for region in regions]
         self._count = np.array([len(formats) for formats in of_places])
         self._start = np.cumsum(self._count) - self._count
         # Each ends with a line break, behind what is filled up.
@@ -119,18 +119,15 @@ def has_usual_format(model: PersonModel, attribute: str) -> bool:
     return bool(getattr(model.config, name) == getattr(PersonModelConfig(), name))
 
 
-def formats(region: str, kind: str) -> list[str]:
-    """Lists the formats of a country's numbers: of those for fiction if it has such, or valid ones.
+@cache
+def formats_of(region: str, kind: str, *, is_valid: bool) -> list[str]:
+    """Gives the formats of the numbers of a country.
 
     Args:
-        region: The two-letter code of the country.
+        region: Its two-letter code; "" has none.
         kind: ``mobile`` or ``fixed``.
+        is_valid: Whether all shall be valid, also where some are kept for fiction.
     """
-    return list(_formats(region, kind, is_valid=False))
-
-
-@cache
-def _formats(region: str, kind: str, is_valid: bool) -> list[str]:
     kept = {} if is_valid else _FICTION.get(region, {})
     return kept.get(kind) or _valid_formats(region, kind)
 
