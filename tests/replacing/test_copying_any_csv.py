@@ -28,10 +28,13 @@ class Csv(NamedTuple):
     separator: str
 
 
-def line(row: list[str], separator: str, quoting: int) -> str:
+def line(row: list[str], separator: str, *, quotes_all: bool) -> str:
     """A row without the end of its line, whatever that will be."""
     text = StringIO(newline="")
-    csv.writer(text, delimiter=separator, quoting=quoting).writerow(row)
+    writer = csv.writer(
+        text, delimiter=separator, quoting=csv.QUOTE_ALL if quotes_all else csv.QUOTE_MINIMAL
+    )
+    writer.writerow(row)
     return text.getvalue().removesuffix("\r\n")
 
 
@@ -48,8 +51,9 @@ def tables(draw: st.DrawFn) -> Csv:
     ends = ends if width > 1 else ends[:1]
     content = ""
     for row in (names, *rows):
-        quoting = draw(st.sampled_from([csv.QUOTE_ALL, csv.QUOTE_MINIMAL]))
-        content += line(row, separator, quoting) + draw(st.sampled_from(ends))
+        content += line(row, separator, quotes_all=draw(st.booleans())) + draw(
+            st.sampled_from(ends)
+        )
         if width > 1:
             content += draw(st.sampled_from(["", "", "", ends[0], " " + ends[0]]))
     if draw(st.booleans()) and rows and width > 1:

@@ -52,6 +52,11 @@ def test_another_encoding_stays(
     assert written(path, new, block, encoding=named) == mark + CHANGED.encode(codec)
 
 
+def test_an_encoding_that_has_to_be_ended(tmp_path: Path) -> None:
+    path = table(tmp_path, "id,name\n1,山田".encode("iso2022_jp"))
+    assert copied_as_it_is(path, encoding="iso2022_jp") == path.read_bytes()
+
+
 def test_utf_16_without_a_mark_is_known_by_its_zeros(tmp_path: Path) -> None:
     path = table(tmp_path, ROWS.encode("utf-16-le"))
     assert copied_as_it_is(path) == path.read_bytes()

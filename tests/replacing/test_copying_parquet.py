@@ -18,8 +18,10 @@ from support.copying import unchanged, upper
 from vantrel.errors import TableError
 from vantrel.tables.copying import Change, open_copied
 
-pa = pytest.importorskip("pyarrow", reason="Parquet needs pyarrow")
-pq = pytest.importorskip("pyarrow.parquet", reason="Parquet needs pyarrow")
+pytest.importorskip("pyarrow", reason="Parquet needs pyarrow")
+
+import pyarrow as pa
+import pyarrow.parquet as pq
 
 ROWS = 1_000
 
@@ -158,7 +160,7 @@ def test_changed_columns_keep_their_types(table: Path) -> None:
 
     def change(batch: pa.RecordBatch) -> Mapping[str, pa.Array]:
         phones = pa.array(["493099"] * len(batch))
-        return upper(batch.select(texts)) | {"phone": phones}
+        return {**upper(batch.select(texts)), "phone": phones}
 
     original, copy = pq.ParquetFile(table), copied(table, change)
     assert copy.schema_arrow.equals(original.schema_arrow, check_metadata=True)

@@ -126,7 +126,7 @@ def mended(source: Source, path: Path, error: duckdb.Error, folder: Path) -> Sou
     if isinstance(error, _NOT_OF_THE_FILE):
         raise error
     if not isinstance(source, CsvSource):
-        raise _broken(path, error) from error
+        raise broken(path, error) from error
     if source.is_copy:
         raise TableError(f"Table {named(path)} is no CSV table: {_told(error)}") from error
     return _sound(source, path, folder)
@@ -203,7 +203,7 @@ def parquet_source(path: Path, file: Path, folder: Path, con: duckdb.DuckDBPyCon
             links = [linked(part, folder / f"{number}") for number, part in enumerate(files)]
             of_files = [_parquet_names(link, con) for link in links]
     except duckdb.Error as error:
-        raise _broken(path, error) from error
+        raise broken(path, error) from error
     names = of_files[0]
     for part, others in zip(files, of_files, strict=True):
         if other := set(names) ^ set(others):
@@ -219,7 +219,8 @@ def parquet_source(path: Path, file: Path, folder: Path, con: duckdb.DuckDBPyCon
     return Source(names, f"(SELECT {texts} FROM {read} AS t({', '.join(columns)}))")
 
 
-def _broken(path: Path, error: duckdb.Error) -> TableError:
+def broken(path: Path, error: Exception) -> TableError:
+    """The error of what is no Parquet file, with what the library says that cannot read it."""
     return TableError(
         f"Table {named(path)} is no Parquet table or a broken one: write it anew. ({_told(error)})"
     )
@@ -238,6 +239,6 @@ def _parquet_names(file: Path, con: duckdb.DuckDBPyConnection) -> list[str]:
     return names
 
 
-def _told(error: duckdb.Error) -> str:
-    """What the engine says, on one line and without its advice."""
+def _told(error: Exception) -> str:
+    """What a library says, on one line and without its advice."""
     return " ".join(str(error).partition("\n")[0].split())

@@ -3,13 +3,13 @@
 from __future__ import annotations
 
 from collections.abc import Mapping
-from typing import Any
 
 import numpy as np
 import pyarrow as pa
 import pyarrow.compute as pc
 
-from vantrel.tables.copying.grid import Grid, Positions
+from vantrel.tables.copying.grid import Grid
+from vantrel.tables.copying.quotes import Flags, Positions
 
 _QUOTE = b'"'[0]
 
@@ -74,11 +74,10 @@ def replaced(grid: Grid, cells: Mapping[int, pa.Array]) -> pa.Buffer | bytes:
     return _bytes_of(new.take(pa.array(picked)))
 
 
-def _are_quoted(
-    text: bytes, starts: Positions, ends: Positions
-) -> np.ndarray[Any, np.dtype[np.bool]]:
+def _are_quoted(text: bytes, starts: Positions, ends: Positions) -> Flags:
     signs = np.frombuffer(text, np.uint8)
-    return (signs[np.minimum(starts, len(signs) - 1)] == _QUOTE) & (starts < ends)
+    begin: Flags = signs[np.minimum(starts, len(signs) - 1)] == _QUOTE
+    return begin & (starts < ends)
 
 
 def _slices(text: bytes, starts: Positions, ends: Positions) -> pa.Array:

@@ -82,6 +82,7 @@ class CopiedCsv:
             for grid in self._grids():
                 copy.write(self._changed(grid, columns, change))
                 rows += len(grid)
+            copy.write(b"", is_last=True)
         return rows
 
     def _cells(self, grid: Grid) -> Callable[[str], Column]:

@@ -32,13 +32,13 @@ class Encoder:
         self._encoding = encoding
         self._encoder = codecs.getincrementalencoder(encoding)() if encoding else None
 
-    def write(self, text: bytes | pa.Buffer) -> None:
-        """Writes whole characters."""
+    def write(self, text: bytes | pa.Buffer, *, is_last: bool = False) -> None:
+        """Writes whole characters; some encodings need to know which are the last."""
         if self._encoder is None:
             self._file.write(text)
             return
         try:
-            self._file.write(self._encoder.encode(str(text, "utf-8")))
+            self._file.write(self._encoder.encode(str(text, "utf-8"), is_last))
         except UnicodeEncodeError as error:
             character = error.object[error.start]
             raise TableError(

@@ -4,14 +4,11 @@ from __future__ import annotations
 
 from collections.abc import Callable
 from dataclasses import dataclass, replace
-from typing import Any, NamedTuple
+from typing import NamedTuple
 
 import numpy as np
 
-from vantrel.tables.copying.quotes import Quotes, quotes_of
-
-type Positions = np.ndarray[Any, np.dtype[np.int64]]
-type Signs = np.ndarray[Any, np.dtype[np.uint8]]
+from vantrel.tables.copying.quotes import Flags, Positions, Quotes, Signs, quotes_of
 
 _LINE_FEED, _RETURN = b"\n\r"
 
@@ -67,12 +64,12 @@ class Grid:
 
     def without_first(self, rows: int) -> Grid:
         """The same block with fewer rows; the bytes of the others stay."""
-        parts = {
-            "starts": self.starts[rows:],
-            "ends": self.ends[rows:],
-            "separators": self.separators[rows:],
-        }
-        return replace(self, **parts)
+        return replace(
+            self,
+            starts=self.starts[rows:],
+            ends=self.ends[rows:],
+            separators=self.separators[rows:],
+        )
 
 
 def grid_of(text: bytes, dialect: Dialect, *, is_last: bool) -> Grid:
@@ -132,10 +129,10 @@ def _separators(signs: Signs, separator: bytes, places: Callable[[int], Position
 
 def _rows(
     text: bytes, starts: Positions, ends: Positions, separators: Positions, width: int
-) -> np.ndarray[Any, np.dtype[np.bool]] | None:
+) -> Flags | None:
     """Tells which lines are rows; None where all are. The others must be blank."""
     counts = np.diff(np.searchsorted(separators, ends), prepend=0)
-    is_row = counts == width - 1
+    is_row: Flags = counts == width - 1
     if is_row.all():
         return None
     for line in np.flatnonzero(~is_row).tolist():

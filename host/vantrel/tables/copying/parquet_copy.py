@@ -20,7 +20,7 @@ from vantrel.tables.copying.copied import Change
 from vantrel.tables.errors import telling
 from vantrel.tables.files import compressing
 from vantrel.tables.kinds import Compression, Format
-from vantrel.tables.sources import refuse_doubled
+from vantrel.tables.sources import broken, refuse_doubled
 
 # What is in memory of a group of rows at a time. A larger one comes out as several.
 _MOST_BYTES = 64_000_000
@@ -178,7 +178,4 @@ def _telling_what_is_broken(path: Path) -> Iterator[None]:
     try:
         yield
     except pa.ArrowException as error:
-        told = " ".join(str(error).partition("\n")[0].split())
-        raise TableError(
-            f"Table {named(path)} is no Parquet table or a broken one: write it anew. ({told})"
-        ) from error
+        raise broken(path, error) from error

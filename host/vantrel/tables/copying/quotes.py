@@ -8,6 +8,10 @@ from typing import Any
 
 import numpy as np
 
+type Positions = np.ndarray[Any, np.dtype[np.int64]]
+type Signs = np.ndarray[Any, np.dtype[np.uint8]]
+type Flags = np.ndarray[Any, np.dtype[np.bool]]
+
 _QUOTE = b'"'[0]
 
 
@@ -23,14 +27,12 @@ class Quotes:
             and end; in rows.
     """
 
-    inside: np.ndarray[Any, np.dtype[np.bool]]
+    inside: Flags
     is_open: bool
     is_torn: bool = False
-    padded: np.ndarray[Any, np.dtype[np.int64]] | None = None
+    padded: Positions | None = None
 
-    def without_blanks[PositionsT: np.ndarray[Any, np.dtype[np.int64]]](
-        self, starts: PositionsT, ends: PositionsT
-    ) -> tuple[PositionsT, PositionsT]:
+    def without_blanks(self, starts: Positions, ends: Positions) -> tuple[Positions, Positions]:
         """Takes off the blanks around quotation marks from where cells begin and end."""
         if self.padded is None:
             return starts, ends
@@ -43,9 +45,7 @@ class Quotes:
         )
 
 
-def quotes_of(
-    text: bytes, signs: np.ndarray[Any, np.dtype[np.uint8]], separator: bytes
-) -> Quotes | None:
+def quotes_of(text: bytes, signs: Signs, separator: bytes) -> Quotes | None:
     """Finds the quotation marks around cells; None where there are none at all."""
     if b'"' not in text:
         return None
@@ -58,11 +58,7 @@ def quotes_of(
     return Quotes(inside, is_open=len(marks) % 2 == 1)
 
 
-def _all_around_cells(
-    signs: np.ndarray[Any, np.dtype[np.uint8]],
-    marks: np.ndarray[Any, np.dtype[np.int64]],
-    separator: bytes,
-) -> bool:
+def _all_around_cells(signs: Signs, marks: Positions, separator: bytes) -> bool:
     """Tells whether no quotation mark stands within a cell that has none around it."""
     is_edge = np.zeros(256, dtype=bool)
     is_edge[list(separator + b'\r\n"')] = True
