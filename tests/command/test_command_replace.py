@@ -18,7 +18,7 @@ CUSTOMERS = (
     '3,m,Mr,Tom,"O\'Hara, Jr","",US,"ask Tom\nor not",1e3\r\n'
     ",f,,,,,FR,nobody,"
 )
-ORDERS = "order;id;recipient;total\na;2;Hans Meier;3,50\nb;1;Ann Lee;7\nc;2;Hans Meier;0\n"
+ORDERS = "order;id;full name;total\na;2;Hans Meier;3,50\nb;1;Ann Lee;7\nc;2;Hans Meier;0\n"
 REPLACE = "replace customers.csv -o copy.csv --key id --secret s"
 BOTH = "replace customers.csv orders.csv -o copy --key id --secret s"
 PEOPLE = ["first_name", "last_name", "email"]
@@ -43,8 +43,9 @@ def test_people_are_others_and_all_else_stays() -> None:
     pd.testing.assert_frame_equal(copy[others], real[others])
     assert (copy[PEOPLE] == "").equals(real[PEOPLE] == "")
     assert not ((copy[PEOPLE] == real[PEOPLE]) & (real[PEOPLE] != "")).any(axis=None)
-    assert Path("copy.csv").read_bytes().splitlines(keepends=True)[0] == (
-        CUSTOMERS.encode().splitlines(keepends=True)[0]
+    assert (
+        Path("copy.csv").read_bytes().splitlines(keepends=True)[0]
+        == (CUSTOMERS.encode().splitlines(keepends=True)[0])
     )
     assert Path("copy.csv").read_bytes().endswith(b",FR,nobody,")
 
@@ -75,7 +76,7 @@ def test_one_person_in_all_tables_and_runs() -> None:
     succeed(BOTH)
     customers, orders = read("copy/customers.csv"), read("copy/orders.csv", sep=";")
     names = (customers["first_name"] + " " + customers["last_name"]).set_axis(customers["id"])
-    assert orders["recipient"].tolist() == [names["2"], names["1"], names["2"]]
+    assert orders["full name"].tolist() == [names["2"], names["1"], names["2"]]
     succeed("replace orders.csv -o alone.csv --key id --people customers.csv --secret s")
     assert Path("alone.csv").read_bytes() == Path("copy/orders.csv").read_bytes()
     succeed(REPLACE)
@@ -102,7 +103,7 @@ def test_without_a_secret_nobody_is_the_same_again() -> None:
 
 
 def test_keys_and_columns_of_one_table() -> None:
-    Path("orders.csv").write_text(ORDERS.replace("id;", "buyer;").replace("recipient", "to"))
+    Path("orders.csv").write_text(ORDERS.replace("id;", "buyer;").replace("full name", "to"))
     line = "--key customers:id --key orders.csv:buyer --column orders:fullname=to --secret s"
     succeed(f"replace customers.csv orders.csv -o copy {line}")
     customers, orders = read("copy/customers.csv"), read("copy/orders.csv", sep=";")
@@ -151,27 +152,103 @@ def test_leaks_end_a_run_that_asks_for_it() -> None:
 
 
 BAD = [
-    ("replace nothing.csv -o copy.csv", 1, "Table nothing.csv cannot be read: No such file or directory."),
-    (REPLACE.replace("--key id", "--key ID"), 1, "Table 'customers.csv' has no column 'ID' for the key. Did you mean 'id'? Its columns are: 'id', 'sex', 'title', 'first_name', 'last_name', 'email', 'land', 'notes', 'points'."),
-    (f"{REPLACE} --key land", 2, "There are two keys of all tables: join columns of one key by a comma, as in --key id,land."),
-    (f"{REPLACE} --key customers:id --key customers:land", 2, "There are two keys of table 'customers': join columns of one key by a comma, as in --key id,land."),
-    ("replace customers.csv -o customers.csv", 2, "customers.csv is the file to read: write to another one."),
-    ("replace customers.csv -o s --force --secret s", 2, "s is the file to read: write to another one."),
-    ("replace customers.csv -o copy.parquet", 2, "Table customers.csv is CSV, and copy.parquet by its name Parquet: a copy is as its table."),
-    ("replace customers.csv -o orders.csv", 2, "orders.csv is there already: add --force to overwrite it."),
-    ("replace customers.csv orders.csv -o empty", 2, "empty is there and no folder: several copies go into a folder."),
-    ("replace customers.csv ./customers.csv -o copy", 2, "Two tables are called customers.csv, and so would be their copies: copy them into two folders, one after the other, with one secret."),
+    (
+        "replace nothing.csv -o copy.csv",
+        1,
+        "Table nothing.csv cannot be read: No such file or directory.",
+    ),
+    (
+        REPLACE.replace("--key id", "--key ID"),
+        1,
+        "Table customers.csv has no column 'ID' for the key. Did you mean 'id'? Its columns are: 'id', 'sex', 'title', 'first_name', 'last_name', 'email', 'land', 'notes', 'points'.",
+    ),
+    (
+        f"{REPLACE} --key land",
+        2,
+        "There are two keys of all tables: join columns of one key by a comma, as in --key id,land.",
+    ),
+    (
+        f"{REPLACE} --key customers:id --key customers:land",
+        2,
+        "There are two keys of table 'customers': join columns of one key by a comma, as in --key id,land.",
+    ),
+    (
+        "replace customers.csv -o customers.csv",
+        2,
+        "customers.csv is the file to read: write to another one.",
+    ),
+    (
+        "replace customers.csv -o short --force --secret short",
+        2,
+        "short is the file to read: write to another one.",
+    ),
+    (
+        "replace customers.csv -o copy.parquet",
+        2,
+        "Table customers.csv is CSV, and copy.parquet by its name Parquet: a copy is as its table.",
+    ),
+    (
+        "replace customers.csv -o orders.csv",
+        2,
+        "orders.csv is there already: add --force to overwrite it.",
+    ),
+    (
+        "replace customers.csv orders.csv -o empty",
+        2,
+        "empty is there and no folder: several copies go into a folder.",
+    ),
+    (
+        "replace customers.csv ./customers.csv -o copy",
+        2,
+        "Two tables are called customers.csv, and so would be their copies: copy them into two folders, one after the other, with one secret.",
+    ),
     ("replace . -o copy.csv", 1, "Table . is a folder: name a file."),
-    ("replace customers.csv -o copy.csv --secret short", 1, "Secret file short is damaged: its secret has 4 characters in place of 64 hexadecimal digits. Restore it; with a new one all people become others."),
-    ("replace customers.csv -o copy.csv --secret orders.csv", 1, "orders.csv is no secret file: name one, or a file that is not there, which is then made."),
-    ("replace customers.csv -o copy.csv --column email", 2, "--column email is not of the form [TABLE:]ATTRIBUTE=COLUMN."),
-    ("replace customers.csv -o copy.csv --column land=country", 2, "--column land=country is the wrong way round: write country=land."),
-    ("replace customers.csv -o copy.csv --column email=mail", 1, "Table 'customers.csv' has no column 'mail' for 'email'. Did you mean 'email'? Its columns are: 'id', 'sex', 'title', 'first_name', 'last_name', 'email', 'land', 'notes', 'points'."),
-    ("replace customers.csv -o copy.csv --column email=notes --column username=notes", 1, "Table 'customers.csv': column 'notes' is given to 'email' and 'username': a column holds one attribute."),
-    ("replace customers.csv -o copy.csv --scrub note", 1, "The table has no column 'note' to scrub. Did you mean 'notes'? Its columns are: 'id', 'sex', 'title', 'first_name', 'last_name', 'email', 'land', 'notes', 'points'."),
-    ("replace customers.csv -o copy.csv --scrub email", 1, "Column 'email' is replaced whole, as email: it need not be scrubbed."),
-    ("replace customers.csv -o -", 2, "Copies are not written to standard output: name a file for -o."),
-    ("replace customers.csv -o no/copy.csv", 1, "no: No such file or directory."),
+    (
+        "replace customers.csv -o copy.csv --secret short",
+        1,
+        "Secret file short is damaged: its secret is not of 64 hexadecimal digits. Restore it; with a new one all people become others.",
+    ),
+    (
+        "replace customers.csv -o copy.csv --secret orders.csv",
+        1,
+        "orders.csv is no secret file: name one, or a file that is not there, which is then made.",
+    ),
+    (
+        "replace customers.csv -o copy.csv --column email",
+        2,
+        "--column email is not of the form [TABLE:]ATTRIBUTE=COLUMN.",
+    ),
+    (
+        "replace customers.csv -o copy.csv --column land=country",
+        2,
+        "--column land=country is the wrong way round: write country=land.",
+    ),
+    (
+        "replace customers.csv -o copy.csv --column email=mail",
+        1,
+        "Table customers.csv has no column 'mail' for 'email'. Did you mean 'email'? Its columns are: 'id', 'sex', 'title', 'first_name', 'last_name', 'email', 'land', 'notes', 'points'.",
+    ),
+    (
+        "replace customers.csv -o copy.csv --column email=notes --column username=notes",
+        1,
+        "Table customers.csv: column 'notes' is given to 'email' and 'username': a column holds one attribute.",
+    ),
+    (
+        "replace customers.csv -o copy.csv --scrub note",
+        1,
+        "The table has no column 'note' to scrub. Did you mean 'notes'? Its columns are: 'id', 'sex', 'title', 'first_name', 'last_name', 'email', 'land', 'notes', 'points'.",
+    ),
+    (
+        "replace customers.csv -o copy.csv --scrub email",
+        1,
+        "Column 'email' is replaced whole, as email: it need not be scrubbed.",
+    ),
+    (
+        "replace customers.csv -o -",
+        2,
+        "Copies are not written to standard output: name a file for -o.",
+    ),
+    ("replace customers.csv -o no/copy.csv", 1, "no/copy.csv: folder 'no' does not exist."),
 ]
 
 
@@ -186,7 +263,7 @@ def test_bad_calls(line: str, status: int, message: str) -> None:
 def test_a_table_without_people() -> None:
     Path("orders.csv").write_text("order,total\n1,2\n")
     assert fail("replace orders.csv -o copy.csv", 1) == (
-        "Table 'orders.csv' has no column to replace that is found by its name and values: name"
+        "Table orders.csv has no column to replace that is found by its name and values: name"
         " one, as in --column lastname=COLUMN. Its columns are: 'order', 'total'."
     )
 
@@ -194,7 +271,7 @@ def test_a_table_without_people() -> None:
 def test_a_key_that_is_missing_everywhere() -> None:
     Path("customers.csv").write_text("id,email\n,a@b.de\n,c@d.de\n")
     assert fail("replace customers.csv -o copy.csv --key id", 1) == (
-        "The key 'id' of table 'customers.csv' is missing in every row: name another one, or none."
+        "In customers.csv the key 'id' is missing in every row: name another one, or none."
     )
 
 

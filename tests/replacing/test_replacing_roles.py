@@ -169,7 +169,7 @@ def test_people_without_the_key_of_the_table(table: pd.DataFrame) -> None:
     with pytest.raises(vantrel.ReplaceError) as caught:
         vantrel.replace(table, "customer_id", SECRET, people=table[["sex"]])
     assert str(caught.value) == (
-        "Table 'people' has no column 'customer_id' for the key. Its columns are: 'sex'."
+        "Table people has no column 'customer_id' for the key. Its columns are: 'sex'."
     )
 
 

@@ -172,9 +172,7 @@ def replace(
     require_pyarrow()
     from vantrel.replacing.files import Asked, replace_files
 
-    asked = Asked(
-        keep=keep, scrub=scrub, no_real=no_real, fail_on_leak=fail_on_leak, **wanted
-    )
+    asked = Asked(keep=keep, scrub=scrub, no_real=no_real, fail_on_leak=fail_on_leak, **wanted)
     outcome = replace_files(
         tables, output, asked, secret_file=secret, people=people, progress=working, **of_files
     )

@@ -161,9 +161,7 @@ def fit(
     refuse_unknown(locales or ())
     config = PersonModelConfig() if config is None else config
     with showing_values(show_values):
-        model = _fitted(
-            df, named, generated, locales, config, ignore, detect, min_count
-        )
+        model = _fitted(df, named, generated, locales, config, ignore, detect, min_count)
     model.meta.ways = ways
     return model
 

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Callable, Collection, Iterable, Iterator, Mapping, Sequence
-from contextlib import AbstractContextManager, ExitStack, contextmanager, suppress
+from contextlib import AbstractContextManager, ExitStack, contextmanager, nullcontext, suppress
 from dataclasses import dataclass
 from pathlib import Path
 
@@ -22,7 +22,7 @@ from vantrel.replacing.record import write_record
 from vantrel.replacing.roles import Roles, find_roles, refuse_scrub
 from vantrel.replacing.secret import checked_secret, read_or_make_secret
 from vantrel.sampling.record import record_path
-from vantrel.storage.files import refuse_overwriting, replacing
+from vantrel.storage.files import refuse_missing_folder, refuse_overwriting, replacing
 from vantrel.tables.copying import Copied, open_copied
 from vantrel.tables.kinds import Compression, Format, kind_to_write
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
@@ -132,6 +132,7 @@ def replace_files(
     read_only = [each for each in (secret_file, people) if each]
     outputs = _outputs(inputs, output)
     _refuse_unknown_tables([*inputs, *read_only], asked)
+    refuse_missing_folder(output)
     for copy in (*outputs, *map(record_path, outputs)):
         refuse_overwriting(copy, *inputs, *read_only, force=force)
     with ExitStack() as stack:
@@ -145,8 +146,7 @@ def replace_files(
         secret = checked_secret(None) if secret_file is None else read_or_make_secret(secret_file)
         who = People(secret, place=asked.place, no_real=asked.no_real)
         _learn(who, [*told, *tables], progress)
-        folder = output if len(inputs) > 1 else output.parent
-        with _made_if_missing(folder):
+        with _made_if_missing(output) if len(inputs) > 1 else nullcontext():
             outcome = _copy_all(who, tables, asked, progress, force=force)
     for replaced in outcome.tables:
         write_record(replaced, asked, outcome.report)
@@ -289,8 +289,7 @@ def _copy_all(
             passed = [_copy(copies, who, table, asked.scrub, further, force) for table in tables]
         report = who.finish()
         replaced = [
-            _replaced(table, passing, report)
-            for table, passing in zip(tables, passed, strict=True)
+            _replaced(table, passing, report) for table, passing in zip(tables, passed, strict=True)
         ]
         if asked.fail_on_leak:
             _refuse_leaks(replaced)
@@ -315,9 +314,7 @@ def _copy(
         return made
 
     opened = replacing(table.output, binary=True, force=force, private_as=copied.path)
-    copied.write(
-        copies.enter_context(opened), copied.columns, told, compression=table.compression
-    )
+    copied.write(copies.enter_context(opened), copied.columns, told, compression=table.compression)
     return passing
 
 

@@ -13,7 +13,9 @@ from vantrel.replacing.people import People
 from vantrel.replacing.roles import Roles
 
 # "Smith, John" and "John Smith"; of several words the last is apart.
-_TWO_NAMES = r"^\s*(?:(?P<before>[^,]*[^,\s])\s*,\s*(?P<behind>.*\S)|(?P<start>.*\S)\s+(?P<end>\S+))\s*$"
+_TWO_NAMES = (
+    r"^\s*(?:(?P<before>[^,]*[^,\s])\s*,\s*(?P<behind>.*\S)|(?P<start>.*\S)\s+(?P<end>\S+))\s*$"
+)
 
 
 class Passing:

@@ -43,8 +43,8 @@ class Replacer:
     Attributes:
         roles: What the columns of the last table were taken for; None before.
         report: What came of all tables until now; None before.
-        notes: What is to be told of the last table: who the rows were taken for, and who is still named
-            in other columns. They are also logged.
+        notes: What is to be told of the last table: who the rows were taken for, and who is still
+            named in other columns. They are also logged.
 
     Raises:
         ArgumentTypeError: The secret is no bytes.
@@ -103,74 +103,8 @@ class Replacer:
         from vantrel.replacing.frames import excerpt
 
         roles = find_roles(excerpt(table), key=key, name="people", is_only_read=True)
-        for batch in _batches(table, roles):
-            self._people.learn(batch, roles, f"people of {name}")
-
-
-def replace(
-        self,
-        df: Any,
-        key: str | Iterable[str] | None = None,
-        people: Any = None,
-        columns: Columns | None = None,
-        keep: Iterable[str] = (),
-        scrub: Iterable[str] = (),
-    ) -> Any:
-        """Replaces the people of a table; see :func:`replace`."""
-        from vantrel.replacing.frames import like, with_columns
-        from vantrel.replacing.passing import Passing
-
-        refuse_text(scrub, "scrub", "columns")
-        scrub = list(scrub)
-        name = f"table {len(self._people.tables) + 1}"
-        table = _opened(df, "A table")
-        if people is not None:
-            self._learn_only(_opened(people, "A table of people"), key, name)
-        roles = _roles(table, key, columns, keep)
-        refuse_scrub(_names(table), roles, scrub)
-        batches = list(_batches(table, roles))
-        for batch in batches:
-            self._people.learn(batch, roles, name)
-        self._people.settle()
-        passing = Passing(self._people, roles, scrub)
-        made = _joined(map(passing, batches))
-        self.roles, self.report = roles, self._people.finish()
-        self.notes = [
-            *notes_on_table(roles, self.report.tables[name], passing.leaks()),
-            *notes_on_people(self.report),
-        ]
-        for note in self.notes:
-            _log.info(note)
-        replaced = with_columns(table, made)
-        return replaced if isinstance(df, pd.DataFrame) else like(replaced, df)
-
-    def _learn_only(self, table: pd.DataFrame | pa.Table, key: Any, name: str) -> None:
-        """Learns who is who from a table that is not replaced."""
-        from vantrel.replacing.frames import excerpt
-
-        roles = find_roles(excerpt(table), key=key, name="people", is_only_read=True)
         for batch in _batches(table):
             self._people.learn(batch, roles, f"people of {name}")
-
-    def _made(
-        self, batches: list[pa.RecordBatch], roles: Roles, scrub: list[str]
-    ) -> dict[str, pa.ChunkedArray]:
-        """Makes the new columns of a table, batch by batch."""
-        import pyarrow as pa
-
-        from vantrel.replacing.scrubbing import scrubbed
-
-        found: dict[str, list[pa.Array]] = {column: [] for column in [*roles.replaced, *scrub]}
-        for batch in batches:
-            made = self._people.replaced(batch, roles)
-            if scrub:
-                firsts = {roles.replaced[column]: column for column in reversed(made)}
-                real = {name: batch.column(column) for name, column in firsts.items()}
-                new = {name: made[column] for name, column in firsts.items()}
-                made |= scrubbed(batch, real, new, scrub)
-            for column, values in made.items():
-                found[column].append(values)
-        return {column: pa.chunked_array(values) for column, values in found.items() if values}
 
 
 def replace(
@@ -263,11 +197,13 @@ def _names(table: pd.DataFrame | pa.Table) -> list[str]:
 
 def _batches(table: pd.DataFrame | pa.Table) -> Iterator[pa.RecordBatch]:
     """Gives the rows in parts; with all their columns, as those without a key are known by them."""
+    import pyarrow as pa
+
     from vantrel.replacing.frames import arrow_of
 
     rows = arrow_of(table)
     parts = rows.to_batches(max_chunksize=_ROWS_OF_A_BATCH)
-    return iter(parts or [rows.schema.empty_table().to_batches()[0]])
+    return iter(parts or [pa.RecordBatch.from_pylist([], rows.schema)])
 
 
 def _joined(batches: Iterable[Mapping[str, pa.Array]]) -> dict[str, pa.ChunkedArray]:

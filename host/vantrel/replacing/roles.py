@@ -13,7 +13,7 @@ from vantrel.attributes import ATTRIBUTES, LEARNT
 from vantrel.detection import NOTHING, Detection, detect
 from vantrel.errors import ArgumentTypeError, ReplaceError
 from vantrel.fitting.checks import refuse_unknown_attribute
-from vantrel.hints import argument, did_you_mean, listed
+from vantrel.hints import argument, did_you_mean, listed, named
 
 type Columns = Mapping[str, str | Iterable[str]]
 """The column, or columns, of each attribute."""
@@ -97,7 +97,7 @@ def find_roles(
     for attribute in (*given, *sorted(kept)):
         refuse_unknown_attribute(attribute)
     keys = () if key is None else _as_several(key)
-    the_table = "The table" if name is None else f"Table {name!r}"
+    the_table = "The table" if name is None else f"Table {named(name)}"
     _refuse_missing(table, keys, given, the_table)
     _refuse_shared(given, the_table)
     found = _found(table, given)
@@ -109,12 +109,12 @@ def find_roles(
     return roles
 
 
-def refuse_scrub(names: Sequence[str], roles: Roles, scrub: Iterable[str], the_table: str = "The table") -> None:
+def refuse_scrub(names: Sequence[str], roles: Roles, scrub: Iterable[str]) -> None:
     """Refuses to scrub what is not there, or is replaced anyway."""
     for column in scrub:
         if column not in names:
             raise ReplaceError(
-                f"{the_table} has no column {column!r} to scrub.{did_you_mean(column, names)} Its"
+                f"The table has no column {column!r} to scrub.{did_you_mean(column, names)} Its"
                 f" columns are: {listed(names)}."
             )
         if column in roles.replaced:
