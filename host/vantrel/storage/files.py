@@ -57,16 +57,16 @@ def replacing(
             return
         mode, is_replaced = _permissions(target, private_as, mode)
         temporary, descriptor = _made_beside(target, mode, path)
-        try:
-            with _opened(descriptor, binary) as file:
+        with _opened(descriptor, binary) as file:
+            try:
                 if is_replaced:
                     os.fchmod(descriptor, mode)  # whatever the process's mask is
                 yield file
                 file.flush()
                 os.fsync(descriptor)
                 _name(temporary, target, path, force=force)
-        finally:
-            temporary.unlink(missing_ok=True)
+            finally:  # while it is locked: nobody takes it for a leftover
+                temporary.unlink(missing_ok=True)
     except OverwriteError:
         raise
     except OSError as error:
