@@ -26,7 +26,7 @@ def table() -> pd.DataFrame:
 
 
 def test_roles_are_found(table: pd.DataFrame) -> None:
-    roles = find_roles(table, key=["customer_id", "email"], columns={"password": []})
+    roles = find_roles(table, key=["customer_id", "email"])
     assert roles.key == ("customer_id", "email")
     assert roles.folds_case == (False, True)
     assert roles.is_key_named
@@ -35,6 +35,7 @@ def test_roles_are_found(table: pd.DataFrame) -> None:
         "last_name": "lastname",
         "email": "email",
         "username": "username",
+        "password": "password",
         "mobile": "mobile_number",
     }
     assert roles.columns["gender"] == ("sex",)

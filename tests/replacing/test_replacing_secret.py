@@ -94,7 +94,7 @@ def test_a_file_that_is_cut_off(path: Path) -> None:
 
 def test_what_cannot_be_read(path: Path) -> None:
     path.mkdir()
-    assert refused(path) == f"Secret file {path} cannot be read: It is no regular file."
+    assert refused(path) == f"Secret file {path} cannot be read: Is a directory."
     with pytest.raises(FileNotFoundError):
         read_or_make_secret(path / "no" / "folder")
 

@@ -57,16 +57,16 @@ def replacing(
             return
         mode, is_replaced = _permissions(target, private_as, mode)
         temporary, descriptor = _made_beside(target, mode, path)
-        try:
-            with _opened(descriptor, binary) as file:
+        with _opened(descriptor, binary) as file:
+            try:
                 if is_replaced:
                     os.fchmod(descriptor, mode)  # whatever the process's mask is
                 yield file
                 file.flush()
                 os.fsync(descriptor)
                 _name(temporary, target, path, force=force)
-        finally:
-            temporary.unlink(missing_ok=True)
+            finally:  # while it is locked: nobody takes it for a leftover
+                temporary.unlink(missing_ok=True)
     except OverwriteError:
         raise
     except OSError as error:
@@ -201,15 +201,24 @@ def _remove_leftover(temporary: Path, told: Path) -> None:
         return
     try:
         there = os.fstat(descriptor)
-        if _lock(descriptor) and there.st_nlink == 1 and temporary.exists():
+        if _lock(descriptor) and there.st_nlink == 1 and _is_named(there, temporary):
             temporary.unlink()
-            warnings.warn(
-                f"Removed {there.st_size:,} bytes that a killed run had left beside {told}.",
-                LeftoverWarning,
-                skip_file_prefixes=OURS,
-            )
+            if there.st_size:  # or else it may be of a process that has not locked it yet
+                warnings.warn(
+                    f"Removed {there.st_size:,} bytes that a killed run had left beside {told}.",
+                    LeftoverWarning,
+                    skip_file_prefixes=OURS,
+                )
     finally:
         os.close(descriptor)
+
+
+def _is_named(there: os.stat_result, path: Path) -> bool:
+    """Tells whether a file that was opened is still the one of a name, which others may take."""
+    try:
+        return os.path.samestat(there, path.lstat())
+    except FileNotFoundError:
+        return False
 
 
 def _name(temporary: Path, target: Path, told: Path, *, force: bool) -> None:
