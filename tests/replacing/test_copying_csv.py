@@ -28,6 +28,7 @@ FILES = {
     "line breaks in cells": b'id,name\n1,"Ann\r\nLee"\n2,"\n"\n3,"\r"\n',
     "line break in header": b'id,"first\nname"\n1,Ann\n',
     "one column": b'name\nAnn\n\n"Bo"\n \n""\n',
+    "one column, CRLF": b'name\r\nAnn\r\n\r\n"B\r\no"\r\n',
     "one column after blank lines": b"\n\nname\n\nAnn\n",
     "300 columns": f"{WIDE}\n{WIDE.upper()}\n{',' * 299}\n".encode(),
     "tab": b"id\tname\n1\tAnn, Bo\n2\t\n",
@@ -96,6 +97,12 @@ def test_blank_lines_are_rows_of_one_column_alone(tmp_path: Path) -> None:
     table = csv(tmp_path, b"\nname\n\nAnn\n")
     assert read(table) == {"name": [None, "Ann"]}
     assert written(table, {"name": ["x", None]}) == b"\nname\nx\n\n"
+
+
+@pytest.mark.parametrize("block", BLOCKS)
+def test_a_return_and_a_line_feed_end_one_line(tmp_path: Path, block: int) -> None:
+    table = csv(tmp_path, b"name\r\nAnn\r\n\r\nBo\r\r\n\n")
+    assert read(table, block) == {"name": ["Ann", None, "Bo", None, None]}
 
 
 def test_the_cells_that_are_changed_and_no_others(tmp_path: Path) -> None:

@@ -121,6 +121,10 @@ REFUSED = {
     ),
     "as many in all": (b"a,b\n1,2,3\n4\n", "is no CSV table: line 2 has 3 values, the header 2."),
     "one column": (b"a\n1,2\n", "is no CSV table: line 2 has 2 values, the header 1."),
+    "too few cells that are blank": (
+        b"a\tb\tc\n1\t2\t3\n\t\n",
+        "is no CSV table: line 3 has 2 values, the header 3.",
+    ),
     "an empty text for a row": (b'a,b\n""\n', "is no CSV table: line 2 has 1 value, the header 2."),
     "a quotation mark that is not closed": (
         b'a,b\n1,"2\n3,4\n',

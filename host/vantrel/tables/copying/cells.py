@@ -31,15 +31,11 @@ class Column:
     def written(self, texts: pa.Array, separator: str) -> pa.Array:
         """The cells with other texts: those of the same keep their very bytes."""
         texts = texts.cast(pa.string())
-        is_missing = texts.is_null()
-        is_same = pc.or_(
-            pc.fill_null(pc.equal(texts, self.texts), False),
-            pc.and_(is_missing, self.texts.is_null()),
-        )
-        needs_quotes = pc.and_not(
-            pc.or_(pa.array(self._is_quoted), _need_quotes(texts, separator)), is_missing
-        )
+        is_same = pc.fill_null(pc.equal(texts, self.texts), False)
         cells = pc.fill_null(texts, "")
+        needs_quotes = pc.and_not(
+            pc.or_(pa.array(self._is_quoted), _need_quotes(cells, separator)), texts.is_null()
+        )
         if pc.any(needs_quotes).as_py():
             doubled = pc.replace_substring(cells, '"', '""') if _has(cells, '"') else cells
             in_quotes = pc.binary_join_element_wise('"', doubled, '"', "")
