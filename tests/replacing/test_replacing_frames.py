@@ -191,7 +191,7 @@ def test_what_was_found_is_logged(table: pd.DataFrame, caplog: pytest.LogCapture
     replacer.replace(few)
     assert [record.getMessage() for record in caplog.records] == [
         "Replaced: 'first_name' (firstname), 'email' (email).",
-        "The key is 'email'.",
+        "No key was named: 'email' tells who is who.",
         "The rows of 1 person contradict each other in gender: what was told first holds.",
     ]
     assert replacer.roles is not None

@@ -14,6 +14,12 @@ if TYPE_CHECKING:
     from vantrel.replacing.people import Report, Table
 
 
+def note_on_columns(roles: Roles) -> str:
+    """Tells which columns are replaced."""
+    taken = [f"{column!r} ({attribute})" for column, attribute in roles.replaced.items()]
+    return f"Replaced: {', '.join(taken)}."
+
+
 def notes_on_table(roles: Roles, table: Table, leaks: list[Leak]) -> Iterator[str]:
     """Tells who the rows were taken for, what was odd in them, and who is still named."""
     if not roles.is_key_named:
