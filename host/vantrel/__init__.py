@@ -17,6 +17,7 @@ from vantrel.errors import *  # noqa: F403 - errors and warnings alone, as its o
 
 if TYPE_CHECKING:
     from vantrel.fitting import fit
+    from vantrel.replacing.replacer import Replacer, replace
     from vantrel.reporting.comparison import compare
     from vantrel.reporting.description import describe
     from vantrel.sampling import sample
@@ -26,15 +27,28 @@ if TYPE_CHECKING:
 
 __version__ = "0.1.0"
 
-__all__ = ["compare", "describe", "fit", "load", "people", "sample", "save", "seed_everything"]
+__all__ = [
+    "Replacer",
+    "compare",
+    "describe",
+    "fit",
+    "load",
+    "people",
+    "replace",
+    "sample",
+    "save",
+    "seed_everything",
+]
 __all__ += errors.__all__
 
 _HOMES = {
+    "Replacer": "replacing.replacer",
     "compare": "reporting.comparison",
     "describe": "reporting.description",
     "fit": "fitting",
     "load": "storage.models",
     "people": "without_table",
+    "replace": "replacing.replacer",
     "sample": "sampling",
     "save": "storage.models",
     "seed_everything": "sampling.seeding",

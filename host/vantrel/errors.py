@@ -19,6 +19,7 @@ __all__ = [
     "CompareError",
     "ConditionsError",
     "FittingError",
+    "LeakError",
     "LeftoverWarning",
     "MetaNotExtractedError",
     "MissingPackageError",
@@ -28,7 +29,10 @@ __all__ = [
     "OverwriteError",
     "PartitionError",
     "RecordError",
+    "ReplaceError",
     "SamplingError",
+    "SecretError",
+    "SecretWarning",
     "SettingsError",
     "TableError",
     "UnknownPlaceError",
@@ -122,6 +126,18 @@ class RecordError(VantrelError, ValueError):
     """A file holds no record of a sample that this version can use."""
 
 
+class ReplaceError(VantrelError, ValueError):
+    """The people of a table cannot be replaced as it is asked."""
+
+
+class LeakError(ReplaceError):
+    """People are still named in columns that were not replaced, where that is to be an error."""
+
+
+class SecretError(VantrelError, ValueError):
+    """Something is no secret that decides who people become."""
+
+
 class VantrelWarning(UserWarning):
     """The root of all warnings of the package."""
 
@@ -135,7 +151,11 @@ class LeftoverWarning(VantrelWarning):
 
 
 class OtherVersionsWarning(VantrelWarning):
-    """The same seed may give other rows here than where the model was fitted."""
+    """The same seed, or secret, may give others here than where it was used before."""
+
+
+class SecretWarning(VantrelWarning):
+    """Others than its owner can read a secret."""
 
 
 @contextmanager

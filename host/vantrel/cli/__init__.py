@@ -7,6 +7,7 @@ from vantrel.cli.fit import fit
 from vantrel.cli.group import TerseGroup
 from vantrel.cli.locales import locales
 from vantrel.cli.people import people
+from vantrel.cli.replace import replace
 from vantrel.cli.report import report
 from vantrel.cli.sample import sample
 from vantrel.cli.show import show
@@ -15,8 +16,8 @@ from vantrel.cli.show import show
 @click.group(cls=TerseGroup)
 @click.version_option(__version__)
 def main() -> None:
-    """Learn from a table of real people, then make people who are as frequent and not real."""
+    """Replace the real people of tables, or make people like those of a table."""
 
 
-for command in (fit, sample, people, report, show, locales):
+for command in (replace, fit, sample, people, report, show, locales):
     main.add_command(command)

@@ -5,7 +5,7 @@ from __future__ import annotations
 import os
 import sys
 from collections.abc import Callable, Iterator, Sequence
-from contextlib import contextmanager
+from contextlib import AbstractContextManager, contextmanager
 from typing import TYPE_CHECKING
 
 import click
@@ -42,9 +42,18 @@ def say(what: str, message: str) -> None:
     click.echo(f"vantrel: {what}: {seen}", err=True)
 
 
+def progress(rows: int) -> AbstractContextManager[Callable[[int], None]]:
+    """Shows on stderr how far the people are that are made; see :func:`working`."""
+    return working("Making people", rows)
+
+
 @contextmanager
-def progress(rows: int) -> Iterator[Callable[[int], None]]:
+def working(what: str, rows: int | None) -> Iterator[Callable[[int], None]]:
     """Shows on stderr how far the rows are; nothing where that is no terminal.
+
+    Args:
+        what: What is done with them.
+        rows: How many there are, if that is known.
 
     Yields:
         What is to be called with each number of further rows.
@@ -53,9 +62,23 @@ def progress(rows: int) -> Iterator[Callable[[int], None]]:
         yield lambda _rows: None
         return
     from rich.console import Console
-    from rich.progress import BarColumn, MofNCompleteColumn, Progress, TimeRemainingColumn
+    from rich.progress import (
+        BarColumn,
+        MofNCompleteColumn,
+        Progress,
+        ProgressColumn,
+        Task,
+        TimeRemainingColumn,
+    )
+    from rich.text import Text
 
-    columns = (BarColumn(), MofNCompleteColumn(), "people", TimeRemainingColumn())
+    class Rate(ProgressColumn):
+        """The rows of a second."""
+
+        def render(self, task: Task) -> Text:
+            return Text(f"{task.speed or 0:,.0f} rows/s")
+
+    columns = (what, BarColumn(), MofNCompleteColumn(), Rate(), TimeRemainingColumn())
     with Progress(*columns, console=Console(stderr=True), transient=True) as bar:
-        task = bar.add_task("people", total=rows)
+        task = bar.add_task(what, total=rows)
         yield lambda further: bar.update(task, advance=further)

@@ -17,11 +17,12 @@ import click
 
 from vantrel.cli.console import say
 from vantrel.cli.options import as_option
-from vantrel.errors import ArgumentError, ArgumentTypeError, VantrelError
+from vantrel.errors import ArgumentError, ArgumentTypeError, LeakError, VantrelError
 from vantrel.hints import NOTES_LOGGER, named, spelling
 
 BAD_DATA = 1
 BAD_USAGE = 2
+LEFT_OVER = 3
 INTERRUPTED = 130
 
 _STDERR = 2
@@ -91,7 +92,9 @@ def _reported(error: Exception) -> click.ClickException:
     if isinstance(error, (ArgumentError, ArgumentTypeError)):
         return click.UsageError(str(error))
     if isinstance(error, VantrelError):
-        return click.ClickException(str(error))
+        reported = click.ClickException(str(error))
+        reported.exit_code = LEFT_OVER if isinstance(error, LeakError) else BAD_DATA
+        return reported
     if isinstance(error, OSError):
         where = f"{named(error.filename)}: " if error.filename else ""
         return click.ClickException(f"{where}{error.strerror or error}.")

@@ -40,6 +40,8 @@ def as_option(name: str, value: object) -> str:
     """Writes an argument of the library as an option of the command."""
     if name in ATTRIBUTES:
         return f"--column {quoted(f'{name}={value}')}"
+    if isinstance(value, dict):  # the columns of attributes
+        return " ".join(as_option(*pair) for pair in value.items())
     option = _NAMES.get(name, f"--{name.replace('_', '-')}")
     if value is True or value is ...:
         return option

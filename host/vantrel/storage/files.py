@@ -24,7 +24,12 @@ _LONGEST_NAME = 255
 
 @contextmanager
 def replacing(
-    path: Path, *, binary: bool = False, force: bool = True, private_as: Path | None = None
+    path: Path,
+    *,
+    binary: bool = False,
+    force: bool = True,
+    private_as: Path | None = None,
+    mode: int = 0o666,
 ) -> Iterator[IO[Any]]:
     """Opens a file that takes its place only when it was written to the end.
 
@@ -39,6 +44,7 @@ def replacing(
         binary: Whether it takes bytes.
         force: Whether a file is replaced that is there in the end.
         private_as: Nobody may do more with the file than with this one.
+        mode: The permissions of a new file, of which the process's mask takes some.
     """
     try:
         target = Path(os.path.realpath(path))
@@ -49,18 +55,18 @@ def replacing(
             with _opened(os.open(target, os.O_WRONLY | os.O_TRUNC), binary) as file:
                 yield file
             return
-        mode, is_replaced = _permissions(target, private_as)
+        mode, is_replaced = _permissions(target, private_as, mode)
         temporary, descriptor = _made_beside(target, mode, path)
-        try:
-            with _opened(descriptor, binary) as file:
+        with _opened(descriptor, binary) as file:
+            try:
                 if is_replaced:
                     os.fchmod(descriptor, mode)  # whatever the process's mask is
                 yield file
                 file.flush()
                 os.fsync(descriptor)
                 _name(temporary, target, path, force=force)
-        finally:
-            temporary.unlink(missing_ok=True)
+            finally:  # while it is locked: nobody takes it for a leftover
+                temporary.unlink(missing_ok=True)
     except OverwriteError:
         raise
     except OSError as error:
@@ -149,10 +155,10 @@ def _lock(descriptor: int) -> bool | None:
     return True
 
 
-def _permissions(target: Path, private_as: Path | None) -> tuple[int, bool]:
+def _permissions(target: Path, private_as: Path | None, mode: int) -> tuple[int, bool]:
     """The permissions of a file that is to be written, and whether it replaces one."""
     is_replaced = target.is_file()
-    mode = stat.S_IMODE(target.stat().st_mode) if is_replaced else 0o666
+    mode = stat.S_IMODE(target.stat().st_mode) if is_replaced else mode
     if private_as is not None and private_as.is_file():
         mode &= stat.S_IMODE(private_as.stat().st_mode)
     return mode, is_replaced
@@ -195,15 +201,24 @@ def _remove_leftover(temporary: Path, told: Path) -> None:
         return
     try:
         there = os.fstat(descriptor)
-        if _lock(descriptor) and there.st_nlink == 1 and temporary.exists():
+        if _lock(descriptor) and there.st_nlink == 1 and _is_named(there, temporary):
             temporary.unlink()
-            warnings.warn(
-                f"Removed {there.st_size:,} bytes that a killed run had left beside {told}.",
-                LeftoverWarning,
-                skip_file_prefixes=OURS,
-            )
+            if there.st_size:  # or else it may be of a process that has not locked it yet
+                warnings.warn(
+                    f"Removed {there.st_size:,} bytes that a killed run had left beside {told}.",
+                    LeftoverWarning,
+                    skip_file_prefixes=OURS,
+                )
     finally:
         os.close(descriptor)
+
+
+def _is_named(there: os.stat_result, path: Path) -> bool:
+    """Tells whether a file that was opened is still the one of a name, which others may take."""
+    try:
+        return os.path.samestat(there, path.lstat())
+    except FileNotFoundError:
+        return False
 
 
 def _name(temporary: Path, target: Path, told: Path, *, force: bool) -> None:

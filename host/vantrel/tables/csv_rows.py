@@ -47,13 +47,14 @@ def read_header(path: Path, kind: Kind) -> Header:
             if not _is_blank(row):
                 ends = {line.removeprefix(line.rstrip("\r\n")) for line in lines}
                 # Behind the mark of UTF-8 the engine takes a quotation mark for a letter.
-                is_misread = separator in row[0] and _is_marked(path, kind)
+                is_misread = separator in row[0] and is_marked(path, kind)
                 is_plain = len(lines) == above + 1 and len(ends) == 1 and not is_misread
                 return Header(row, above, separator, is_plain)
     return Header([], 0, separator, is_plain=True)
 
 
-def _is_marked(path: Path, kind: Kind) -> bool:
+def is_marked(path: Path, kind: Kind) -> bool:
+    """Whether a file begins with the mark of UTF-8."""
     with open_bytes(path, kind.compression) as raw:
         return raw.read(3) == codecs.BOM_UTF8
 

@@ -37,21 +37,29 @@ def readable(path: Path, encoding: str | None, folder: Path) -> tuple[Path, Kind
     """
     if path.is_dir():
         return path, Kind("parquet")
-    file = path
+    file, kind = found(path, folder)
+    told = encoding_of(path, file, kind, encoding)
+    if told is not None:
+        with telling(path, told):
+            file = decoded(file, kind, told, folder)
+        kind = kind._replace(compression=None)
+    return file, kind
+
+
+def found(path: Path, folder: Path) -> tuple[Path, Kind]:
+    """Gives a file that can be read again and again, and tells what it holds.
+
+    Args:
+        path: A file, a pipe, or ``-`` for standard input.
+        folder: Where a pipe is copied to.
+    """
     with telling(path):
         if path == STANDARD_STREAM or is_special(path):
             file = _spooled(path, folder / "piped")
-            kind = _kind_by_content(file)
-        else:
-            kind = kind_to_read(path)
-            file.open("rb").close()  # tells in a word why not
-            file = linked(path, folder / "given")
-        told = None if kind.format == "parquet" else _encoding(file, kind, encoding)
-    if told is not None:
-        with telling(path, told):
-            file = _decoded(file, kind, told, folder / "decoded")
-        kind = kind._replace(compression=None)
-    return file, kind
+            return file, _kind_by_content(file)
+        kind = kind_to_read(path)
+        path.open("rb").close()  # tells in a word why not
+        return linked(path, folder / "given"), kind
 
 
 def linked(path: Path, link: Path) -> Path:
@@ -110,9 +118,18 @@ def _kind_by_content(file: Path) -> Kind:
     return Kind("jsonl" if is_json else "csv", compression=compression)
 
 
-def _encoding(file: Path, kind: Kind, named: str | None) -> str | None:
-    """The encoding that a file must be decoded from; None where it can be read as it is."""
-    with open_bytes(file, kind.compression) as raw:
+def encoding_of(path: Path, file: Path, kind: Kind, named: str | None) -> str | None:
+    """The encoding that a file must be decoded from; None where it can be read as it is.
+
+    Args:
+        path: What the user calls the file.
+        file: What to read.
+        kind: What it holds.
+        named: The encoding that the user names, if any.
+    """
+    if kind.format == "parquet":
+        return None
+    with telling(path), open_bytes(file, kind.compression) as raw:
         start = raw.read(4)
     if named is None:
         if start.startswith(_MARKS_OF_UTF_16):
@@ -129,7 +146,9 @@ def _encoding(file: Path, kind: Kind, named: str | None) -> str | None:
     return None if known in _UTF_8 else known
 
 
-def _decoded(file: Path, kind: Kind, encoding: str, copy: Path) -> Path:
+def decoded(file: Path, kind: Kind, encoding: str, folder: Path) -> Path:
+    """Copies what a file held before it was compressed to one in UTF-8."""
+    copy = folder / "decoded"
     with (
         open_bytes(file, kind.compression) as raw,
         TextIOWrapper(cast(Any, raw), encoding=encoding, newline="") as text,

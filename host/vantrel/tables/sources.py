@@ -20,8 +20,8 @@ from vantrel.tables.files import linked
 from vantrel.tables.kinds import Kind
 
 # The bytes of the longest row that is read, and of what is read of a file at a time.
-_LONGEST_ROW = 4_000_000
-_BUFFER = 2 * _LONGEST_ROW
+LONGEST_ROW = 4_000_000
+_BUFFER = 2 * LONGEST_ROW
 
 _NOT_OF_THE_FILE = (
     duckdb.OutOfMemoryException,
@@ -76,9 +76,24 @@ def csv_source(
         empty_is_missing: Whether an empty cell in quotation marks is a missing value, too.
     """
     told = kind._replace(separator=separator or kind.separator)
+    header = csv_header(path, file, told)
+    rows = _csv_rows(file, told, header, empty_is_missing, header.blank_lines)
+    source = CsvSource(header.names, rows, file, told, header, empty_is_missing)
+    # Below any other header the engine may lose rows without a word.
+    return source if header.is_plain else _sound(source, path, folder)
+
+
+def csv_header(path: Path, file: Path, kind: Kind) -> Header:
+    """Reads the header of a CSV file, and gives the columns names that have none.
+
+    Args:
+        path: What the user calls the file.
+        file: What to read, in UTF-8.
+        kind: What it holds; what separates the cells is found where it is not told.
+    """
     try:
         with telling(path):
-            header = read_header(file, told)
+            header = read_header(file, kind)
     except csv.Error as error:
         raise TableError(
             f"Table {named(path)} has no header: a name in it has more than"
@@ -86,12 +101,9 @@ def csv_source(
         ) from error
     if not header.names:
         raise TableError(f"Table {named(path)} is empty: give it a header and at least one row.")
-    _refuse_doubled(path, [name for name in header.names if name])
+    refuse_doubled(path, [name for name in header.names if name])
     names = [name or f"Unnamed: {place}" for place, name in enumerate(header.names)]
-    rows = _csv_rows(file, told, header, empty_is_missing, header.blank_lines)
-    source = CsvSource(names, rows, file, told, header, empty_is_missing)
-    # Below any other header the engine may lose rows without a word.
-    return source if header.is_plain else _sound(source, path, folder)
+    return header._replace(names=names)
 
 
 def _csv_rows(file: Path, kind: Kind, header: Header, quoted_nulls: bool, skip: int) -> str:
@@ -101,7 +113,7 @@ def _csv_rows(file: Path, kind: Kind, header: Header, quoted_nulls: bool, skip: 
         f"read_csv({quoted(str(file))}, auto_detect=false, columns={{{columns}}}, header=true,"
         f" skip={skip}, delim={quoted(header.separator)}, quote='\"', escape='\"', nullstr='',"
         f" allow_quoted_nulls={str(quoted_nulls).lower()}, strict_mode=true, null_padding=false,"
-        f" compression='{kind.compression or 'none'}', max_line_size={_LONGEST_ROW},"
+        f" compression='{kind.compression or 'none'}', max_line_size={LONGEST_ROW},"
         f" buffer_size={_BUFFER})"
     )
 
@@ -114,7 +126,7 @@ def mended(source: Source, path: Path, error: duckdb.Error, folder: Path) -> Sou
     if isinstance(error, _NOT_OF_THE_FILE):
         raise error
     if not isinstance(source, CsvSource):
-        raise _broken(path, error) from error
+        raise broken(path, error) from error
     if source.is_copy:
         raise TableError(f"Table {named(path)} is no CSV table: {_told(error)}") from error
     return _sound(source, path, folder)
@@ -131,7 +143,7 @@ def _sound(source: CsvSource, path: Path, folder: Path) -> Source:
     return replace(source, rows=rows, is_copy=True)
 
 
-def _refuse_doubled(path: Path, names: Sequence[str]) -> None:
+def refuse_doubled(path: Path, names: Sequence[str]) -> None:
     """Refuses columns of one name, each of which is told."""
     if doubled := [name for name, columns in Counter(names).items() if columns > 1]:
         raise TableError(
@@ -191,7 +203,7 @@ def parquet_source(path: Path, file: Path, folder: Path, con: duckdb.DuckDBPyCon
             links = [linked(part, folder / f"{number}") for number, part in enumerate(files)]
             of_files = [_parquet_names(link, con) for link in links]
     except duckdb.Error as error:
-        raise _broken(path, error) from error
+        raise broken(path, error) from error
     names = of_files[0]
     for part, others in zip(files, of_files, strict=True):
         if other := set(names) ^ set(others):
@@ -199,7 +211,7 @@ def parquet_source(path: Path, file: Path, folder: Path, con: duckdb.DuckDBPyCon
                 f"Folder {named(path)} holds more than one table: {named(part.name)} differs from"
                 f" the first file in {listed(sorted(other))}. Give each a folder."
             )
-    _refuse_doubled(path, names)
+    refuse_doubled(path, names)
     read_from = ", ".join(quoted(str(link)) for link in links)
     columns = [f"c{place}" for place in range(len(names))]
     texts = ", ".join(f"CAST({column} AS VARCHAR) AS {column}" for column in columns)
@@ -207,7 +219,8 @@ def parquet_source(path: Path, file: Path, folder: Path, con: duckdb.DuckDBPyCon
     return Source(names, f"(SELECT {texts} FROM {read} AS t({', '.join(columns)}))")
 
 
-def _broken(path: Path, error: duckdb.Error) -> TableError:
+def broken(path: Path, error: Exception) -> TableError:
+    """The error of what is no Parquet file, with what the library says that cannot read it."""
     return TableError(
         f"Table {named(path)} is no Parquet table or a broken one: write it anew. ({_told(error)})"
     )
@@ -226,6 +239,6 @@ def _parquet_names(file: Path, con: duckdb.DuckDBPyConnection) -> list[str]:
     return names
 
 
-def _told(error: duckdb.Error) -> str:
-    """What the engine says, on one line and without its advice."""
+def _told(error: Exception) -> str:
+    """What a library says, on one line and without its advice."""
     return " ".join(str(error).partition("\n")[0].split())

@@ -1,0 +1,204 @@
+"""``vantrel replace``: tables in which every person is a made-up one."""
+
+from __future__ import annotations
+
+from collections.abc import Sequence
+from pathlib import Path
+from typing import TYPE_CHECKING, Any
+
+import click
+
+from vantrel.attributes import ATTRIBUTES
+from vantrel.cli.group import TerseCommand
+from vantrel.cli.options import (
+    encoding_option,
+    force_option,
+    list_option,
+    path_option,
+    separator_option,
+)
+from vantrel.hints import named
+from vantrel.storage.files import STANDARD_STREAM
+from vantrel.wording import counted
+
+if TYPE_CHECKING:
+    from vantrel.replacing.files import Replaced
+
+type _Texts = tuple[str, ...]
+
+
+def _table_and_rest(text: str, inputs: Sequence[Path]) -> tuple[str | None, str]:
+    """Splits off the name of a table, if what is before the first colon is one."""
+    table, colon, rest = text.partition(":")
+    known = {name for path in inputs for name in (path.name, path.name.split(".")[0])}
+    return (table, rest) if colon and table in known else (None, text)
+
+
+def _keys(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, list[str]]:
+    keys: dict[str | None, list[str]] = {}
+    for text in given:
+        table, columns = _table_and_rest(text, inputs)
+        if table in keys:
+            of = f"of table {table!r}" if table else "of all tables"
+            raise click.UsageError(
+                f"There are two keys {of}: join columns of one key by a comma, as in --key"
+                f" {','.join(keys[table])},{columns}."
+            )
+        keys[table] = [column.strip() for column in columns.split(",")]
+    return keys
+
+
+def _columns(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str, list[str]]]:
+    found: dict[str | None, dict[str, list[str]]] = {}
+    for text in given:
+        table, pair = _table_and_rest(text, inputs)
+        attribute, equals, column = pair.partition("=")
+        if not (equals and column):
+            raise click.UsageError(f"--column {text} is not of the form [TABLE:]ATTRIBUTE=COLUMN.")
+        if attribute not in ATTRIBUTES and column in ATTRIBUTES:
+            raise click.UsageError(
+                f"--column {text} is the wrong way round: write {column}={attribute}."
+            )
+        found.setdefault(table, {}).setdefault(attribute, []).append(column)
+    everywhere = found.get(None, {})
+    return {table: everywhere | own for table, own in found.items()}
+
+
+@click.command(cls=TerseCommand)
+@click.argument(
+    "tables", metavar="TABLE...", nargs=-1, required=True, type=click.Path(path_type=Path)
+)
+@path_option(
+    "-o",
+    "--output",
+    metavar="COPY",
+    required=True,
+    help="The copy to write, of the kind of the table; of several tables the folder of the copies.",
+)
+@click.option(
+    "--key",
+    "keys",
+    multiple=True,
+    metavar="[TABLE:]COLUMN,...",
+    help="The column that names the person of a row, or several together. [default: the e-mail"
+    " address, or else the full name, or else each row is a person]",
+)
+@path_option(
+    "--secret",
+    metavar="FILE",
+    help="The file with the secret that decides who becomes whom, made if it is not there."
+    " [default: the environment's VANTREL_SECRET, or one that nobody ever knows]",
+)
+@path_option(
+    "--people",
+    metavar="TABLE",
+    help="A table that tells gender and country of each key, and is only read.",
+)
+@click.option(
+    "--column",
+    "columns",
+    multiple=True,
+    metavar="[TABLE:]ATTRIBUTE=COLUMN",
+    help="A column that holds an attribute, whatever would be found; may be repeated, also for"
+    " several columns of one attribute.",
+)
+@list_option("--keep", "Attributes that stay as they are.")
+@click.option(
+    "--scrub",
+    multiple=True,
+    metavar="COLUMN",
+    help="A column of other things in which the names, address and numbers of the row's person are"
+    " replaced, too; may be repeated.",
+)
+@click.option(
+    "--fail-on-leak",
+    is_flag=True,
+    help="Write nothing, and end with status 3, where a column still names the row's person.",
+)
+@click.option(
+    "--no-real",
+    is_flag=True,
+    help="Give nobody the full name or telephone number of a real person of the tables. Who becomes"
+    " whom depends on the tables then, not on secret and key alone.",
+)
+@click.option(
+    "--locale",
+    "place",
+    metavar="LOCALE",
+    help="Where the people are from of whom no column says so. [default: en_GB]",
+)
+@separator_option("the tables")
+@encoding_option("the tables")
+@force_option
+def replace(
+    tables: tuple[Path, ...],
+    output: Path,
+    keys: _Texts,
+    secret: Path | None,
+    people: Path | None,
+    columns: _Texts,
+    keep: list[str],
+    scrub: _Texts,
+    fail_on_leak: bool,
+    no_real: bool,
+    place: str | None,
+    **of_files: Any,
+) -> None:
+    """Copy tables with every person replaced by a made-up one.
+
+    TABLE is CSV or Parquet (.parquet) by the end of its name, compressed if that is .gz or .zst.
+    Names, e-mail addresses, user names, passwords and telephone numbers are replaced; they follow
+    the gender, title and country of the row, which stay. All other columns, the rows and their
+    order stay to the letter. Equal keys are one person in all tables, and the same secret makes the
+    same people of the same keys whenever it is used. Beside each copy, a small file that ends in
+    .made.json tells how it was made.
+
+    \b
+    Examples:
+      vantrel replace customers.csv -o copy.csv --key customer_id --secret people.secret
+      vantrel replace customers.csv orders.parquet -o copy --key customer_id --secret people.secret
+    """
+    if output == STANDARD_STREAM:
+        raise click.UsageError("Copies are not written to standard output: name a file for -o.")
+    all_tables = [*tables, *([people] if people else [])]
+    wanted = {"keys": _keys(keys, all_tables), "columns": _columns(columns, all_tables)}
+    if place is not None:
+        wanted["place"] = place
+
+    # These take a second to import; help and usage errors need not wait for them.
+    from vantrel.cli.console import say, working
+    from vantrel.replacing import require_pyarrow
+
+    require_pyarrow()
+    from vantrel.replacing.files import Asked, replace_files
+
+    asked = Asked(keep=keep, scrub=scrub, no_real=no_real, fail_on_leak=fail_on_leak, **wanted)
+    outcome = replace_files(
+        tables, output, asked, secret_file=secret, people=people, progress=working, **of_files
+    )
+    for table in outcome.tables:
+        _tell(table)
+    for note in [*(note for table in outcome.tables for note in table.notes), *outcome.notes]:
+        say("note", note)
+
+
+def _tell(table: Replaced) -> None:
+    """Prints what the columns of a table were taken for."""
+    from vantrel.cli.console import print_all
+    from vantrel.reporting.sections import Section
+
+    told_by = {choice.attribute: choice.reason for choice in table.roles.found.choices}
+    rows = [
+        (name, column, told_by.get(name, "--column"), _fate(table, column, name))
+        for name, columns in table.roles.columns.items()
+        for column in columns
+    ]
+    title = str(table.path)
+    print_all([Section(title, ("Attribute", "Column", "Told by", ""), rows)])
+    click.echo(f"Replaced the people of {counted(table.rows, 'row')}; wrote {named(table.output)}.")
+
+
+def _fate(table: Replaced, column: str, attribute: str) -> str:
+    if column in table.roles.replaced:
+        return "replaced"
+    return "kept" if attribute in table.roles.kept else "stays"

@@ -1,0 +1,73 @@
+"""Puts made-up values into the cells of a column that are not empty, in the column's own type."""
+
+from __future__ import annotations
+
+from typing import Any
+
+import numpy as np
+import pyarrow as pa
+import pyarrow.compute as pc
+
+from vantrel.errors import ReplaceError
+from vantrel.replacing.prints import layout
+
+_BLANK = ord(" ")
+
+
+def put_in(made: pa.Array, column: pa.Array, name: str) -> pa.Array:
+    """Gives a column with made-up values; what is missing, empty or blank stays as it is.
+
+    Args:
+        made: A string for each row.
+        column: The values that are replaced.
+        name: What an error calls the column.
+
+    Raises:
+        ReplaceError: The column's type cannot hold them.
+    """
+    kind = column.type
+    if pa.types.is_dictionary(kind):
+        return _encoded(put_in(made, column.dictionary_decode(), name), kind)
+    if pa.types.is_null(kind):
+        return column
+    try:
+        if _is_text(kind):
+            return _among_texts(made, column.cast(pa.string())).cast(kind)
+        return pc.if_else(column.is_valid(), _numbers(made).cast(kind), column)
+    except (pa.ArrowInvalid, pa.ArrowNotImplementedError) as error:
+        raise ReplaceError(
+            f"Column {name!r} is of type {kind}, which cannot hold what is made up for it: make it"
+            " text, or keep it."
+        ) from error
+
+
+def _is_text(kind: pa.DataType) -> bool:
+    kinds = (pa.string(), pa.large_string(), pa.string_view(), pa.binary(), pa.large_binary())
+    return kind in kinds
+
+
+def _among_texts(made: pa.Array, texts: pa.Array) -> pa.Array:
+    is_gap = _gaps(texts)
+    return pc.if_else(pa.array(is_gap), texts, made) if is_gap.any() else made
+
+
+def _gaps(texts: pa.Array) -> Any:
+    """Tells where a text is missing, empty or nothing but blanks."""
+    data, starts, lengths = layout(texts)
+    is_gap = (lengths == 0) | (np.append(data, np.uint8(0))[starts] <= _BLANK)
+    if is_gap.any():  # or else only begins with a blank
+        blank = pc.equal(pc.utf8_trim_whitespace(texts), "")
+        is_gap = pc.fill_null(blank, True).to_numpy(zero_copy_only=False)
+    return is_gap
+
+
+def _encoded(column: pa.Array, kind: pa.DictionaryType) -> pa.Array:
+    encoded = column.dictionary_encode()
+    return pa.DictionaryArray.from_arrays(
+        encoded.indices.cast(kind.index_type), encoded.dictionary, ordered=kind.ordered
+    )
+
+
+def _numbers(made: pa.Array) -> pa.Array:
+    """Leaves nothing but the digits of telephone numbers; what has letters is no number."""
+    return pc.replace_substring_regex(made, "[^0-9A-Za-z]+", "")

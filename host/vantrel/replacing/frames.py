@@ -1,0 +1,100 @@
+"""Between tables as users have them and batches of Arrow, with types and missing values kept."""
+
+from __future__ import annotations
+
+import sys
+from collections.abc import Iterable, Mapping
+from decimal import Decimal
+from typing import Any
+
+import numpy as np
+import pandas as pd
+import pyarrow as pa
+
+from vantrel.detection.values import SAMPLE_SIZE
+from vantrel.replacing.keys import as_texts
+
+
+def excerpt(table: pd.DataFrame | pa.Table) -> pd.DataFrame:
+    """Gives as much of a table as tells what its columns are."""
+    if isinstance(table, pd.DataFrame):
+        return table
+    first = {
+        name: _joined(column.drop_null().slice(0, SAMPLE_SIZE))
+        for name, column in zip(table.column_names, table.columns, strict=True)
+    }
+    return pd.DataFrame(
+        {name: pd.Series(_values(as_texts(column))) for name, column in first.items()}
+    )
+
+
+def arrow_of(table: pd.DataFrame | pa.Table, columns: Iterable[str] | None = None) -> pa.Table:
+    """Gives columns of a table as Arrow, all if None."""
+    if not isinstance(table, pd.DataFrame):
+        return table if columns is None else table.select(list(columns))
+    names = list(table.columns) if columns is None else list(columns)
+    return pa.Table.from_arrays(
+        [_array(table[name]) for name in names], names=list(map(str, names))
+    )
+
+
+def with_columns(table: pd.DataFrame | pa.Table, made: Mapping[str, pa.ChunkedArray]) -> Any:
+    """Gives a table of the same kind in which some columns have new values."""
+    if isinstance(table, pd.DataFrame):
+        return table.assign(**{name: _series(made[name], table[name]) for name in made})
+    for name, column in made.items():
+        place = table.column_names.index(name)
+        table = table.set_column(place, table.schema.field(place), column)
+    return table
+
+
+def like(made: pa.Table, given: Any) -> Any:
+    """Gives an Arrow table as what was given: of pyarrow or polars, or else a frame of pandas."""
+    if isinstance(given, pa.Table):
+        return made
+    if type(given).__module__.partition(".")[0] == "polars":
+        return sys.modules["polars"].from_arrow(made)
+    return made.to_pandas()
+
+
+def _array(series: pd.Series) -> pa.Array:
+    try:
+        return _joined(pa.array(series, from_pandas=True))
+    except (pa.ArrowException, TypeError, ValueError, OverflowError):  # of several types
+        texts = np.full(len(series), None, dtype=object)
+        is_there = series.notna().to_numpy()
+        texts[is_there] = [_text(value) for value in series[is_there]]
+        return pa.array(texts, pa.string())
+
+
+def _text(value: object) -> str:
+    if isinstance(value, float | Decimal) and value == value // 1:
+        return str(int(value))
+    return str(value)
+
+
+def _joined(column: pa.Array | pa.ChunkedArray) -> pa.Array:
+    """Gives a column as one array."""
+    if not isinstance(column, pa.ChunkedArray):
+        return column
+    joined = column.combine_chunks()
+    if isinstance(joined, pa.ChunkedArray):  # none, or more than one can hold
+        joined = pa.concat_arrays(joined.chunks) if joined.num_chunks else pa.array([], column.type)
+    return joined
+
+
+def _values(column: pa.Array | pa.ChunkedArray) -> Any:
+    values = np.empty(len(column), dtype=object)
+    values[:] = column.to_pylist()
+    return values
+
+
+def _series(made: pa.ChunkedArray, like: pd.Series) -> pd.Series:
+    """Gives new values as a column of the type of the old one, with the old missing values."""
+    values = like.to_numpy(dtype=object, copy=True)
+    is_there = like.notna().to_numpy()
+    values[is_there] = _values(made)[is_there]
+    if isinstance(like.dtype, pd.CategoricalDtype):
+        texts = pd.Categorical(values, ordered=like.dtype.ordered)
+        return pd.Series(texts, index=like.index, name=like.name)
+    return pd.Series(values, index=like.index, name=like.name, dtype=like.dtype)

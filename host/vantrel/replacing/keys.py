@@ -1,0 +1,116 @@
+"""The key of each row: what tells whose row it is, as bytes that do not depend on stored types."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable, Sequence
+from hashlib import blake2b
+
+import numpy as np
+import pyarrow as pa
+import pyarrow.compute as pc
+
+type Digests = np.ndarray[tuple[int, int], np.dtype[np.uint64]]
+
+WORDS = 8
+"""The number of words of 64 bits that a digest has."""
+
+# "7.0" is how a column of integers with gaps is often written to CSV.
+_WHOLE_NUMBER = r"^-?(0|[1-9][0-9]*)\.0+$"
+# Begins the keys of several parts, and those few of one part that begin with it themselves.
+_PARTS = b"\0"
+_ROW = b"\0row"
+
+
+def keys_of(columns: Sequence[pa.Array], *, folds_case: Sequence[bool] = ()) -> pa.Array:
+    """Gives the key of each row, null where a part of it is missing or empty.
+
+    Args:
+        columns: The parts of the key.
+        folds_case: For each part, whether upper and lower case are alike; none are if empty.
+    """
+    parts = [
+        canonical(column, folds_case=folds)
+        for column, folds in zip(columns, folds_case or [False] * len(columns), strict=True)
+    ]
+    if len(parts) == 1 and not pc.any(pc.starts_with(parts[0], _PARTS)).as_py():
+        return parts[0]
+    return _joined(_PARTS, parts)
+
+
+def keys_of_rows(columns: Sequence[pa.Array]) -> pa.Array:
+    """Gives keys to rows that have none: all that stands in them.
+
+    So they do not depend on where a row stands and what other rows there are, and two rows are two
+    people unless they are alike in every cell.
+    """
+    parts = [pc.fill_null(canonical(column), b"") for column in columns]
+    return _joined(_ROW, parts)
+
+
+def canonical(column: pa.Array, *, folds_case: bool = False) -> pa.Array:
+    """Writes values as binary: equal ones alike, whatever type they are stored in.
+
+    Integers are written without a fraction, also where they are stored as floating point or
+    decimal numbers or as texts such as "7.0". Other texts stay as they are. Empty ones are missing.
+    """
+    text = as_texts(column)
+    text = _without_case(text) if folds_case else _without_fractions(text)
+    is_empty = pc.equal(text, "")
+    if pc.any(is_empty).as_py():
+        text = pc.if_else(is_empty, pa.scalar(None, pa.string()), text)
+    return text.cast(pa.binary())
+
+
+def as_texts(column: pa.Array) -> pa.Array:
+    """Writes values as strings, whole numbers without a fraction."""
+    kind = column.type
+    if pa.types.is_dictionary(kind):
+        column, kind = column.dictionary_decode(), kind.value_type
+    if pa.types.is_string(kind):
+        return column
+    if pa.types.is_floating(kind):
+        return _texts_of_floats(column)
+    try:
+        return column.cast(pa.string())
+    except (pa.ArrowNotImplementedError, pa.ArrowInvalid):  # lists, bytes that are no text
+        written = [None if value is None else str(value) for value in column.to_pylist()]
+        return pa.array(written, pa.string())
+
+
+def _texts_of_floats(column: pa.Array) -> pa.Array:
+    """Writes whole numbers without a fraction; what is not a number is missing."""
+    numbers = column.cast(pa.float64()).to_numpy(zero_copy_only=False)
+    is_whole = (np.abs(numbers) < 2.0**63) & (np.trunc(numbers) == numbers)
+    whole = pa.array(np.where(is_whole, numbers, 0).astype(np.int64)).cast(pa.string())
+    made = pc.if_else(pa.array(is_whole), whole, column.cast(pa.string()))
+    return pc.if_else(pa.array(np.isnan(numbers)), pa.scalar(None, pa.string()), made)
+
+
+def _without_case(text: pa.Array) -> pa.Array:
+    return pc.utf8_lower(pc.utf8_trim_whitespace(text))
+
+
+def _without_fractions(text: pa.Array) -> pa.Array:
+    """Cuts ".0" off whole numbers."""
+    if not pc.any(pc.match_substring(text, ".0")).as_py():  # the pattern takes ten times as long
+        return text
+    cut = pc.replace_substring_regex(text, r"\.0+$", "")
+    return pc.if_else(pc.match_substring_regex(text, _WHOLE_NUMBER), cut, text)
+
+
+def _joined(start: bytes, parts: Iterable[pa.Array]) -> pa.Array:
+    """Joins parts so that others never give the same: each has its length before it."""
+    counted = [
+        pc.binary_join_element_wise(
+            pc.binary_length(part).cast(pa.string()).cast(pa.binary()), part, b":"
+        )
+        for part in parts
+    ]
+    return pc.binary_join_element_wise(pa.scalar(start), *counted, b"")
+
+
+def digests(keys: Iterable[bytes], secret: bytes) -> Digests:
+    """Hashes keys with the secret, to :data:`WORDS` words each that are alike on every machine."""
+    joined = b"".join([blake2b(key, key=secret).digest() for key in keys])
+    words: Digests = np.frombuffer(joined, dtype="<u8").astype(np.uint64).reshape(-1, WORDS)
+    return words

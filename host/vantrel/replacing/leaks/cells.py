@@ -1,0 +1,161 @@
+"""Rules out, for all cells of a column at once, nearly all that do not have a value.
+
+What is left is looked at one by one. A cell that has the value is never ruled out.
+"""
+
+from __future__ import annotations
+
+import re
+from functools import cached_property
+from typing import Any, NamedTuple
+
+import numpy as np
+import pyarrow as pa
+import pyarrow.compute as pc
+
+from vantrel.replacing.leaks.exact import FEWEST_DIGITS, FEWEST_OF_A_PART
+
+type Integers = np.ndarray[Any, np.dtype[Any]]
+
+_LETTERS = b"0123456789abcdefghijklmnopqrstuvwxyz"
+_IS_OF_WORD = np.zeros(256, dtype=bool)
+_IS_OF_WORD[list(_LETTERS)] = True
+_IS_OF_WORD[128:] = True
+
+_OTHER_THAN_ASCII_AND_WORDS = re.compile(r"[^\w\x00-\x7f]")
+
+# A word is known by its first bytes.
+_KEY_BYTES = 8
+_MASKS = np.array([(1 << (8 * length)) - 1 for length in range(_KEY_BYTES + 1)], dtype=np.uint64)
+
+# What is no key of a word, and the end of no number.
+_NO_WORD = 0
+_NO_NUMBER = -1
+
+
+class _Parts(NamedTuple):
+    """The words of all cells, or the digits.
+
+    Attributes:
+        bounds: Which is the first of each cell; in the end how many there are.
+        keys: What each is known by.
+    """
+
+    bounds: Integers
+    keys: Integers
+
+    def rows_with(self, wanted: Integers) -> Integers:
+        """The rows whose cell has a part that is known by what is wanted in the row."""
+        counts = np.diff(self.bounds)
+        hits = np.flatnonzero(self.keys == np.repeat(wanted, counts))
+        return np.unique(np.searchsorted(self.bounds, hits, side="right") - 1)
+
+
+class NumberEnds(NamedTuple):
+    """The last digits of the numbers of some rows.
+
+    Attributes:
+        long: Of those that may be found as parts of others, or others as parts of them.
+        short: Of those that may not, for they have fewer digits.
+    """
+
+    long: Integers
+    short: Integers
+
+
+class Cells:
+    """The cells of a column."""
+
+    def __init__(self, texts: pa.Array) -> None:
+        """Takes texts, missing ones among them."""
+        self._texts = _folded(texts)
+        _, offsets, data = self._texts.buffers()
+        start, rows = self._texts.offset, len(self._texts)
+        ends = np.frombuffer(offsets, np.int32, rows + 1, 4 * start) if offsets else np.zeros(1)
+        self._offsets = (ends - ends[0]).astype(np.int64)
+        self._bytes = np.frombuffer(data or b"", np.uint8)[int(ends[0]) : int(ends[-1])]
+
+    def may_have_word(self, keys: Integers) -> Integers:
+        """The rows whose cell may have the word of the row, by the key of that."""
+        return self._words.rows_with(keys)
+
+    def may_have_number(self, ends: NumberEnds) -> Integers:
+        """The rows whose cell may have the number of the row, by the end of that."""
+        rows = self._long_numbers.rows_with(ends.long)
+        if (ends.short == _NO_NUMBER).all():
+            return rows
+        return np.union1d(rows, self._short_numbers.rows_with(ends.short))
+
+    def first_words(self) -> Integers:
+        """The key of the first word of each cell."""
+        bounds, keys = self._words
+        first = np.append(keys, np.uint64(_NO_WORD))[bounds[:-1]]
+        return np.where(np.diff(bounds) > 0, first, np.uint64(_NO_WORD))
+
+    def ends_of_numbers(self) -> NumberEnds:
+        """The last digits of the number in each cell."""
+        bounds, values = self._digits
+        significant = np.append(np.flatnonzero(values), len(values))
+        first = significant[np.searchsorted(significant, bounds[:-1])]
+        counts = bounds[1:] - first  # without the zeros in front
+
+        def ends(numbers: _Parts, fewest: int, most: float) -> Integers:
+            last = np.append(numbers.keys, _NO_NUMBER)[bounds[1:] - 1]
+            return np.where((counts >= fewest) & (counts < most), last, _NO_NUMBER)
+
+        return NumberEnds(
+            ends(self._long_numbers, FEWEST_OF_A_PART, np.inf),
+            ends(self._short_numbers, FEWEST_DIGITS, FEWEST_OF_A_PART),
+        )
+
+    @cached_property
+    def _words(self) -> _Parts:
+        is_of_word = _IS_OF_WORD[self._bytes]
+        begins, ends = is_of_word.copy(), is_of_word.copy()
+        begins[1:] &= ~is_of_word[:-1]
+        ends[:-1] &= ~is_of_word[1:]
+        # Cells that follow each other in memory are words of their own.
+        inner = self._offsets[(self._offsets > 0) & (self._offsets < len(self._bytes))]
+        begins[inner] = is_of_word[inner]
+        ends[inner - 1] = is_of_word[inner - 1]
+        starts = np.flatnonzero(begins)
+        lengths = np.flatnonzero(ends) - starts + 1
+        padded = np.append(self._bytes, np.zeros(_KEY_BYTES, np.uint8))
+        from_each = np.ndarray(len(self._bytes), np.dtype("<u8"), padded, strides=(1,))
+        keys = from_each[starts] & _MASKS[np.minimum(lengths, _KEY_BYTES)]
+        return _Parts(np.searchsorted(starts, self._offsets), keys)
+
+    @cached_property
+    def _digits(self) -> _Parts:
+        digits = self._bytes - np.uint8(ord("0"))
+        places = np.flatnonzero(digits < 10)
+        return _Parts(np.searchsorted(places, self._offsets), digits[places].astype(np.int32))
+
+    @cached_property
+    def _long_numbers(self) -> _Parts:
+        return self._numbers(FEWEST_OF_A_PART)
+
+    @cached_property
+    def _short_numbers(self) -> _Parts:
+        return self._numbers(FEWEST_DIGITS)
+
+    def _numbers(self, length: int) -> _Parts:
+        """The digits, each known by itself and those before it, which may be another cell's."""
+        bounds, digits = self._digits
+        padded = np.append(np.zeros(length, np.int32), digits)
+        values = np.zeros(len(digits), np.int32)
+        for back in range(length):
+            values += np.int32(10**back) * padded[length - back : len(padded) - back]
+        return _Parts(bounds, values)
+
+
+def _folded(texts: pa.Array) -> pa.Array:
+    """Texts without regard to case, in which all that is not of ASCII is of words."""
+    texts = pc.fill_null(texts.cast(pa.string()), "")
+    is_ascii = pc.string_is_ascii(texts)
+    lower = pc.ascii_lower(texts)
+    if pc.all(is_ascii).as_py() is not False:
+        return lower
+    others = texts.filter(pc.invert(is_ascii)).to_pylist()
+    folded = [_OTHER_THAN_ASCII_AND_WORDS.sub(" ", text.casefold()) for text in others]
+    return pc.replace_with_mask(lower, pc.invert(is_ascii), pa.array(folded, pa.string()))

@@ -1,0 +1,54 @@
+"""Writes made-up values in the place of real ones that are left in texts."""
+
+from __future__ import annotations
+
+from collections import defaultdict
+from collections.abc import Mapping
+
+import pyarrow as pa
+
+from vantrel.replacing.leaks.exact import Span, found
+from vantrel.replacing.leaks.search import Wanted
+
+
+def scrubbed(
+    texts: pa.Array, real: Mapping[str, pa.Array], made: Mapping[str, pa.Array]
+) -> pa.Array:
+    """Writes the made-up values of each row in the place of its real ones, by whole words.
+
+    Args:
+        texts: The cells of a column.
+        real: What stood in the same rows, by attribute, before it was replaced.
+        made: What stands there now. A missing value, or a missing attribute, replaces nothing.
+    """
+    wanted = Wanted({attribute: real[attribute] for attribute in real if attribute in made})
+    rows: defaultdict[int, list[tuple[str, str, str]]] = defaultdict(list)
+    for attribute, may_have in wanted.maybe_in(texts):
+        for row in may_have.tolist():
+            value, new = wanted.values[attribute][row].as_py(), made[attribute][row].as_py()
+            if new is not None:
+                rows[row].append((attribute, value, str(new)))
+    cells = texts.cast(pa.string()).to_pylist() if rows else []
+    for row, values in rows.items():
+        cells[row] = _scrubbed(cells[row], values)
+    return pa.array(cells, pa.string()).cast(texts.type) if rows else texts
+
+
+def _scrubbed(text: str, values: list[tuple[str, str, str]]) -> str:
+    """Replaces all at once, so that nothing is replaced that was made up."""
+    # The longest first: an e-mail address has names in it, and so may a user name.
+    values.sort(key=lambda each: len(each[1]), reverse=True)
+    pieces: dict[Span, str] = {}
+    for attribute, value, new in values:
+        for start, end in found(attribute, text, value):
+            if all(end <= other[0] or other[1] <= start for other in pieces):
+                pieces[start, end] = _in_case_of(text[start:end], new)
+    for (start, end), new in sorted(pieces.items(), reverse=True):
+        text = text[:start] + new + text[end:]
+    return text
+
+
+def _in_case_of(old: str, new: str) -> str:
+    if old.isupper() and len(old) > 1:
+        return new.upper()
+    return new.lower() if old.islower() else new

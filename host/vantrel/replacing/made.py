@@ -1,0 +1,227 @@
+"""The columns of made-up people, each from words of the digests of their keys.
+
+word 0   first name                word 3, 4   password
+word 1   last name                 word 5      mobile number
+word 2   account and its domain    word 6, 7   home and work number
+"""
+
+from __future__ import annotations
+
+from collections.abc import Callable
+from functools import cached_property
+from typing import Any
+
+import numpy as np
+import pyarrow as pa
+import pyarrow.compute as pc
+
+from vantrel.replacing.keys import Digests
+from vantrel.replacing.names import paired
+from vantrel.replacing.numbers import Forms, ends_of_numbers, passwords
+from vantrel.replacing.places import Places
+from vantrel.replacing.pools import DOMAIN_BITS, NAME_BITS, Vocabulary
+from vantrel.replacing.prints import Prints, mixed
+from vantrel.replacing.real import RealPeople
+from vantrel.replacing.texts import Characters, strings
+from vantrel.replacing.told import GENDERS, Told
+
+CODE_BITS = 50
+"""So many bits of the digest tell accounts apart."""
+
+_CODE_LETTERS = np.frombuffer(b"abcdefghijkmnpqrstuvwxyz23456789", dtype=np.uint8)  # no l, o, 0, 1
+_CODE_LENGTH = 10
+_CODE_LETTER_BITS = np.uint64(5)
+
+_WORD_OF_NUMBER = {"mobile_number": 5, "home_number": 6, "work_number": 7}
+
+# Who would get her own name so many times has a name that all people of her pool bear.
+_MOST_TRIES = 200
+_STEP = 0x9E3779B97F4A7C15
+
+
+class Makers:
+    """What makes people of the places of a run; shared by all batches."""
+
+    def __init__(self, places: Places) -> None:
+        self.places = places
+        self.vocabulary = Vocabulary()
+        self._forms: dict[str, tuple[int, Forms]] = {}
+
+    def forms(self, attribute: str) -> Forms:
+        """The formats of numbers of all places that are known by now."""
+        count = len(self.places.known)
+        known, forms = self._forms.get(attribute, (0, None))
+        if forms is None or known < count:
+            forms = Forms(self.places.known, attribute)
+            self._forms[attribute] = count, forms
+        return forms
+
+    def pools(self, told: Told, digests: Digests) -> Any:
+        """The pool of each person; one of women's or men's names where no gender is told."""
+        either = 1 + (digests[:, 0] & np.uint64(1)).astype(np.int64)
+        gender = np.where(told.gender == 0, either, told.gender)
+        kinds = told.place.astype(np.int64) * len(GENDERS) + gender
+        numbers = np.bincount(kinds)  # as many of each; then the pool of each that there is
+        for kind in np.flatnonzero(numbers).tolist():
+            place, code = divmod(kind, len(GENDERS))
+            numbers[kind] = self.vocabulary.number(self.places.known[place].locale, GENDERS[code])
+        return numbers[kinds]
+
+
+class MadeUp:
+    """Made-up people; a column of them is made when it is asked for.
+
+    Args:
+        digests: The digest of each one's key.
+        told: What is told of each real one.
+        makers: What makes them.
+        avoided: Real people whose full names and numbers nobody is to get; None if that may be.
+    """
+
+    def __init__(
+        self, digests: Digests, told: Told, makers: Makers, avoided: RealPeople | None = None
+    ) -> None:
+        self._digests = digests
+        self._told = told
+        self._makers = makers
+        self._words = makers.vocabulary
+        self._pools = makers.pools(told, digests)
+        self._avoided = avoided
+
+    def column(self, attribute: str) -> pa.Array:
+        """Makes an attribute of all of them, as strings."""
+        if attribute in _WORD_OF_NUMBER:
+            return self._number(attribute)
+        made: pa.Array = getattr(self, f"_{attribute}")
+        return made
+
+    @cached_property
+    def names(self) -> Prints:
+        """The prints of their full names."""
+        return paired(self._words.first_prints[self._first], self._words.last_prints[self._last])
+
+    @property
+    def accounts(self) -> Prints:
+        """Prints of their user names."""
+        first, last = (self._words.plain_prints[each] for each in (self._first, self._last))
+        made: Prints = mixed(paired(first, last) ^ self._codes)
+        return made
+
+    @property
+    def _codes(self) -> Prints:
+        """What tells their accounts apart, :data:`CODE_BITS` of each."""
+        return self._digests[:, 2] >> np.uint64(64 - CODE_BITS)
+
+    @cached_property
+    def _first(self) -> Any:
+        """The numbers of first names: none has her own."""
+
+        def is_refused(rows: Any, picked: Any) -> Any:
+            return self._words.first_prints[picked] == self._told.first[rows]
+
+        return self._in_turn("first", 0, is_refused)
+
+    @cached_property
+    def _last(self) -> Any:
+        """The numbers of last names: none has her own, nor the whole name of whom to avoid."""
+
+        def is_refused(rows: Any, picked: Any) -> Any:
+            last = self._words.last_prints[picked]
+            is_own = last == self._told.last[rows]
+            if self._avoided is None:
+                return is_own
+            first = self._words.first_prints[self._first[rows]]
+            return is_own | self._avoided.names.has(paired(first, last))
+
+        return self._in_turn("last", 1, is_refused)
+
+    def _in_turn(self, part: str, word: int, is_refused: Callable[[Any, Any], Any]) -> Any:
+        """Picks a name for each, and the next of her sequence while it is refused."""
+
+        def pick(rows: Any, words: Prints) -> Any:
+            bits = (words >> np.uint64(64 - NAME_BITS)).astype(np.int64)
+            return self._words.picked(part, self._pools[rows], bits)
+
+        return _first_allowed(self._digests[:, word], pick, is_refused)
+
+    @cached_property
+    def _firstname(self) -> pa.Array:
+        return self._words.names.take(pa.array(self._first))
+
+    @cached_property
+    def _lastname(self) -> pa.Array:
+        return self._words.names.take(pa.array(self._last))
+
+    @cached_property
+    def _fullname(self) -> pa.Array:
+        """Names in the order and with the separator of each one's place."""
+        orders = self._makers.places.orders
+        is_turned = np.array([order.is_last_first for order in orders])[self._told.place]
+        start, end = self._firstname, self._lastname
+        if is_turned.any():
+            turned = pa.array(is_turned)
+            start, end = pc.if_else(turned, end, start), pc.if_else(turned, start, end)
+        separators = pa.array([order.separator for order in orders], pa.string())
+        between = separators.take(pa.array(self._told.place))
+        return pc.binary_join_element_wise(start, end, between)
+
+    @cached_property
+    def _username(self) -> pa.Array:
+        first, last = (self._words.plain.take(pa.array(each)) for each in (self._first, self._last))
+        return pc.binary_join_element_wise(first, last, strings(_written(self._codes)), ".")
+
+    @cached_property
+    def _email(self) -> pa.Array:
+        bits = (self._digests[:, 2] & np.uint64((1 << DOMAIN_BITS) - 1)).astype(np.int64)
+        domains = self._words.domains.take(
+            pa.array(self._words.picked("domain", self._pools, bits))
+        )
+        return pc.binary_join_element_wise(self._username, domains, "@")
+
+    @cached_property
+    def _password(self) -> pa.Array:
+        return strings(passwords(self._digests[:, 3:5]))
+
+    def _number(self, attribute: str) -> pa.Array:
+        words = self._digests[:, _WORD_OF_NUMBER[attribute]]
+        forms = self._makers.forms(attribute)
+        if self._avoided is None:
+            return strings(forms.made(self._told.place, words))
+
+        def pick(rows: Any, words: Prints) -> Characters:
+            return forms.made(self._told.place[rows], words)
+
+        def is_refused(_: Any, picked: Characters) -> Any:
+            assert self._avoided is not None
+            return self._avoided.numbers.has(ends_of_numbers(strings(picked)))
+
+        return strings(_first_allowed(words, pick, is_refused))
+
+
+def _first_allowed(
+    words: Prints, pick: Callable[[Any, Prints], Any], is_refused: Callable[[Any, Any], Any]
+) -> Any:
+    """Picks for each row, and again with the next word of its sequence while it is refused.
+
+    Args:
+        words: The first word of each row.
+        pick: Picks for rows, of which there are words.
+        is_refused: Tells of which rows the picks are refused.
+    """
+    rows = np.arange(len(words))
+    picked = pick(rows, words)
+    for tries in range(1, _MOST_TRIES):
+        rows = rows[is_refused(rows, picked[rows])]
+        if not len(rows):
+            break
+        step = np.uint64(tries * _STEP % (1 << 64))
+        picked[rows] = pick(rows, mixed(words[rows] + step))
+    return picked
+
+
+def _written(codes: Prints) -> Characters:
+    """Writes codes by letters and digits that nobody takes for each other."""
+    places = np.arange(_CODE_LENGTH, dtype=np.uint64) * _CODE_LETTER_BITS
+    digits = (codes[:, np.newaxis] >> places) & np.uint64(len(_CODE_LETTERS) - 1)
+    written: Characters = _CODE_LETTERS[digits.astype(np.int64)]
+    return written

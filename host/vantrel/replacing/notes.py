@@ -1,0 +1,58 @@
+"""Tells in words what came of a table whose people were replaced."""
+
+from __future__ import annotations
+
+from collections.abc import Iterator
+from typing import TYPE_CHECKING
+
+from vantrel.hints import argument, listed
+from vantrel.replacing.roles import Roles
+from vantrel.wording import counted, shown
+
+if TYPE_CHECKING:
+    from vantrel.replacing.leaks import Leak
+    from vantrel.replacing.people import Report, Table
+
+
+def note_on_columns(roles: Roles) -> str:
+    """Tells which columns are replaced."""
+    taken = [f"{column!r} ({attribute})" for column, attribute in roles.replaced.items()]
+    return f"Replaced: {', '.join(taken)}."
+
+
+def notes_on_table(roles: Roles, table: Table, leaks: list[Leak]) -> Iterator[str]:
+    """Tells who the rows were taken for, what was odd in them, and who is still named."""
+    if not roles.is_key_named:
+        yield (
+            f"No key was named: {listed(roles.key)} tells who is who."
+            if roles.key
+            else "No key was named, and none was found: each row is a person of its own."
+        )
+    elif table.without_key:
+        rows = counted(table.without_key, "row")
+        yield f"{rows} without a key: each is a person of its own."
+    for told, count in table.contradictions.items():
+        if count:
+            yield (
+                f"The rows of {counted(count, 'person', 'people')} contradict each other in"
+                f" {told}: what was told first holds."
+            )
+    for doubt in roles.found.doubts:
+        yield (
+            f"Column {shown(repr(doubt.column))} is not taken for {doubt.attribute}, as its values"
+            " do not look so."
+        )
+    for leak in leaks:
+        remedy = f": add {argument('scrub', leak.column)}." if leak.kind == "person" else "."
+        yield f"{leak}{remedy}"
+
+
+def notes_on_people(report: Report) -> Iterator[str]:
+    """Tells how many made-up people bear what a real one bears."""
+    for what, count in report.borne.items():
+        if count:
+            yield (
+                f"{count:,} of the made-up {what} are those of real people of the tables; chance"
+                f" alone gives {report.by_chance.get(what, 0):,}. {argument('no_real')} makes"
+                " others."
+            )

@@ -1,0 +1,112 @@
+"""Telephone numbers and passwords, from words of digests."""
+
+from __future__ import annotations
+
+from collections.abc import Sequence
+from typing import Any
+
+import numpy as np
+import pyarrow as pa
+
+from vantrel.config import PersonModelConfig
+from vantrel.replacing.places import Place
+from vantrel.replacing.prints import WORD, Prints, layout, words_from_each_byte
+from vantrel.replacing.texts import NOTHING, Characters, digits_of
+from vantrel.sampling.phones import KIND, formats_of
+
+_OPEN, _ZERO = ord("x"), ord("0")
+
+# Of a word, the upper bits choose the format, the lower ones are its digits.
+_DIGIT_BITS = np.uint64(48)
+_DIGITS_OF = np.uint64((1 << 48) - 1)
+
+# Real numbers are compared by eight digits at their end, which no prefix of a country changes.
+_FEWEST_COMPARED = 6
+# By the number of digits that count, what keeps these of eight bytes.
+_LAST_BYTES = np.array(
+    [(1 << 64) - (1 << 8 * (WORD - count)) for count in range(WORD + 1)], dtype=np.uint64
+)
+
+_LOWER, _UPPER = "abcdefghijklmnopqrstuvwxyz", "ABCDEFGHIJKLMNOPQRSTUVWXYZ"
+_DIGITS, _SIGNS = "0123456789", "!?"
+# The first four are of each class that a rule for passwords may ask for.
+_OF_CLASSES = [_LOWER, _UPPER, _DIGITS, _SIGNS]
+_SHORTEST, _LONGEST = 12, 16
+_LETTER_BITS = 6
+_LETTERS = np.array(
+    [
+        list((letters * 64)[:64].encode())
+        for letters in _OF_CLASSES + [_LOWER + _UPPER + _DIGITS + _SIGNS] * (_LONGEST - 4)
+    ],
+    dtype=np.uint8,
+)
+_LETTERS_OF_A_WORD = 10
+
+
+class Forms:
+    """The formats of the numbers of places.
+
+    Args:
+        places: The places, by their numbers.
+        attribute: What kind of number it is.
+    """
+
+    def __init__(self, places: Sequence[Place], attribute: str) -> None:
+        otherwise = getattr(PersonModelConfig(), f"{attribute}_format")
+        found = [
+            formats_of(place.region, KIND[attribute], is_valid=False) or [otherwise]
+            for place in places
+        ]
+        self._count = np.array([len(each) for each in found], dtype=np.uint64)
+        self._start = np.cumsum([0, *map(len, found)])[:-1]
+        width = max(len(text) for each in found for text in each)
+        texts = b"".join(text.encode().ljust(width, b"\0") for each in found for text in each)
+        written = np.frombuffer(texts, dtype=np.uint8).reshape(-1, width)
+        is_open = written == _OPEN
+        self._most_open = int(is_open.sum(axis=1).max())
+        # Which of the digits stands at each place; none, the last of them, where it is not open.
+        self._digit = np.where(is_open, np.cumsum(is_open, axis=1) - 1, self._most_open)
+        self._written = np.where(is_open, np.uint8(_ZERO), written)
+
+    def made(self, places: Any, words: Prints) -> Characters:
+        """Gives each row a number of its place."""
+        chosen = (words >> _DIGIT_BITS) % self._count[places]
+        form = self._start[places] + chosen.astype(np.int64)
+        digits = np.zeros((len(words), self._most_open + 1), dtype=np.uint8)
+        digits[:, :-1] = digits_of(words & _DIGITS_OF, self._most_open)
+        made: Characters = self._written[form] + np.take_along_axis(
+            digits, self._digit[form], axis=1
+        )
+        return made
+
+
+def passwords(words: Any) -> Characters:
+    """Gives passwords that pass the usual rules, from two words a row."""
+    made = np.empty((len(words), _LONGEST), dtype=np.uint8)
+    for place in range(_LONGEST):
+        word = words[:, place // _LETTERS_OF_A_WORD]
+        bits = word >> np.uint64(_LETTER_BITS * (place % _LETTERS_OF_A_WORD))
+        made[:, place] = _LETTERS[place][(bits & np.uint64(63)).astype(np.int64)]
+    lengths = _SHORTEST + (words[:, 1] >> np.uint64(40)) % np.uint64(_LONGEST - _SHORTEST + 1)
+    made[np.arange(_LONGEST) >= lengths[:, np.newaxis]] = NOTHING
+    return made
+
+
+def ends_of_numbers(texts: pa.Array) -> Prints:
+    """Gives the last digits of telephone numbers, 1 added; 0 where there are too few."""
+    data, starts, lengths = layout(texts)
+    is_digit = (data >= _ZERO) & (data <= _ZERO + 9)
+    before = np.append(0, np.cumsum(is_digit, dtype=np.int32))
+    last = before[starts + lengths]
+    count = last - before[starts]
+    # Before the digits of a text are those of the one before, which do not count.
+    digits = np.append(np.zeros(WORD, dtype=np.uint8), data[is_digit] - np.uint8(_ZERO))
+    words = words_from_each_byte(digits)[last] & _LAST_BYTES[np.minimum(count, WORD)]
+    return np.where(count >= _FEWEST_COMPARED, _number_of(words) + np.uint64(1), np.uint64(0))
+
+
+def _number_of(words: Prints) -> Prints:
+    """Reads eight digits, one a byte: pairs of them at once, then pairs of pairs."""
+    words = (words * np.uint64(1 + (10 << 8)) >> np.uint64(8)) & np.uint64(0x00FF00FF00FF00FF)
+    words = (words * np.uint64(1 + (100 << 16)) >> np.uint64(16)) & np.uint64(0x0000FFFF0000FFFF)
+    return words * np.uint64(1 + (10_000 << 32)) >> np.uint64(32)

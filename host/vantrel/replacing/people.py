@@ -1,0 +1,227 @@
+"""Learns who is who from all tables of a run, and then replaces the people of each.
+
+people = People(secret)
+for each table, for each batch:  people.learn(batch, roles, table)
+people.settle()
+for each table, for each batch:  columns = people.replaced(batch, roles)
+report = people.finish()
+"""
+
+from __future__ import annotations
+
+import secrets
+from dataclasses import dataclass, field
+from typing import Any
+
+import numpy as np
+import pyarrow as pa
+
+from vantrel.errors import ReplaceError
+from vantrel.hints import listed
+from vantrel.replacing.cells import put_in
+from vantrel.replacing.keys import WORDS, Digests, digests, keys_of, keys_of_rows
+from vantrel.replacing.made import MadeUp, Makers
+from vantrel.replacing.places import Places
+from vantrel.replacing.prints import prints
+from vantrel.replacing.real import RealPeople
+from vantrel.replacing.roles import Roles
+from vantrel.replacing.tally import Tally
+from vantrel.replacing.told import Told, told_by
+from vantrel.replacing.who import Who
+from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
+
+_AT_ONCE = 100_000
+
+
+@dataclass
+class Table:
+    """What was met in one table.
+
+    Attributes:
+        key: The columns of its key.
+        rows: The number of its rows.
+        without_key: The number of those that have no key, and are people of their own.
+        contradictions: The number of its people whose rows contradict what was told of them before,
+            by ``gender`` and ``country``.
+    """
+
+    key: tuple[str, ...] = ()
+    rows: int = 0
+    without_key: int = 0
+    contradictions: dict[str, int] = field(default_factory=dict)
+
+
+@dataclass(frozen=True)
+class Report:
+    """What came of a run.
+
+    Attributes:
+        people: The number of people who were made up.
+        tables: What was met in each table.
+        borne: How often they got what some real person bears, by what it is.
+        by_chance: The same of as many other people, whom nobody got: what chance explains.
+    """
+
+    people: int
+    tables: dict[str, Table]
+    borne: dict[str, int]
+    by_chance: dict[str, int]
+
+
+class People:
+    """The people of all tables of a run, and who becomes of each.
+
+    Args:
+        secret: What decides who becomes of whom.
+        place: The country or locale where those live who have none.
+        no_real: Whether nobody gets the full name or the number of a real person of the tables.
+    """
+
+    def __init__(
+        self, secret: bytes, *, place: str = DEFAULT_LOCALE, no_real: bool = False
+    ) -> None:
+        self._secret = secret
+        self._seeds = secrets.randbits(64), secrets.randbits(64)
+        self._no_real = no_real
+        self._places = Places(place)
+        self._makers = Makers(self._places)
+        self._who = Who()
+        self._real = RealPeople()
+        self._without_key = Tally(self._makers, self._real, no_real=no_real)
+        self._replaced: set[str] = set()
+        self._current: str | None = None
+        self.tables: dict[str, Table] = {}
+
+    def learn(self, batch: pa.RecordBatch, roles: Roles, table: str = "") -> None:
+        """Takes in what a batch of a table tells of its people.
+
+        Args:
+            batch: Some rows, with the columns of all roles.
+            roles: What the columns are.
+            table: The name of the table; its batches come one after the other.
+        """
+        if table != self._current:
+            self._end_table()
+            self._current = table
+        told = told_by(batch, roles, self._places)
+        self._real.learn(batch, roles, told)
+        keys = _keys(batch, roles)
+        own = prints(keys, self._seeds[0])
+        rows = np.flatnonzero(own)
+        self._who.learn(own[rows], prints(keys, self._seeds[1])[rows], told.of(rows))
+        met = self.tables.setdefault(table, Table(roles.key if roles.is_key_named else ()))
+        met.rows += batch.num_rows
+        met.without_key += batch.num_rows - len(rows)
+
+    def settle(self) -> None:
+        """Ends learning: what is known now decides.
+
+        Raises:
+            ReplaceError: The key that was named for a table is missing in all of its rows.
+        """
+        self._end_table()
+        for name, table in list(self.tables.items()):
+            if table.key and 0 < table.rows == table.without_key:
+                del self.tables[name]
+                where = f"In {name} the" if name else "The"
+                raise ReplaceError(
+                    f"{where} key {listed(table.key)} is missing in every row: name another one, or"
+                    " none."
+                )
+
+    def replaced(self, batch: pa.RecordBatch, roles: Roles) -> dict[str, pa.Array]:
+        """Makes the new columns of a batch that was learnt.
+
+        Args:
+            batch: The rows as they are, with all their columns: a row without a key is known by all
+                that stands in it.
+            roles: What the columns are.
+
+        Returns:
+            The new values of the columns that are replaced, in their types.
+        """
+        self._replaced.update(roles.replaced.values())
+        made = MadeUp(*self._identities(batch, roles), self._makers, self._avoided)
+        return {
+            column: put_in(made.column(attribute), batch.column(column), column)
+            for column, attribute in roles.replaced.items()
+        }
+
+    def finish(self) -> Report:
+        """Makes sure that no two people share an account, and counts what real people bear.
+
+        Raises:
+            ReplaceError: Two people would share one.
+        """
+        tally = self._without_key.copy()
+        hashed = np.flatnonzero(self._who.is_hashed)
+        for start in range(0, len(hashed), _AT_ONCE):
+            rows = hashed[start : start + _AT_ONCE]
+            who = self._who
+            tally.add(who.prints[rows], who.digests[rows], who.told.of(rows), self._replaced)
+        tally.refuse_shared_accounts()
+        return Report(tally.people, self.tables, dict(tally.borne), dict(tally.by_chance))
+
+    @property
+    def _avoided(self) -> RealPeople | None:
+        return self._real if self._no_real else None
+
+    def _end_table(self) -> None:
+        counts = self._who.end_table()
+        if self._current in self.tables:
+            self.tables[self._current].contradictions = {
+                "gender": counts["gender"],
+                "country": counts["place"],
+            }
+        self._current = None
+
+    def _identities(self, batch: pa.RecordBatch, roles: Roles) -> tuple[Digests, Told]:
+        """Gives the digest of each row's key, and what is told of its person."""
+        keys = _keys(batch, roles)
+        own = prints(keys, self._seeds[0])
+        found = np.zeros((batch.num_rows, WORDS), dtype=np.uint64)
+        told = Told(*(np.zeros(len(own), dtype=each.dtype) for each in self._who.told))
+        keyed, others = np.flatnonzero(own), np.flatnonzero(own == 0)
+        people = self._who.find(own[keyed])
+        self._hash(keys, keyed, people)
+        found[keyed] = self._who.digests[people]
+        _put(told, keyed, self._who.told.of(people))
+        if len(others):
+            apart = batch.take(pa.array(others))
+            of_others = told_by(apart, roles, self._places)
+            found[others] = self._digests_of_rows(apart, of_others)
+            _put(told, others, of_others)
+        return found, told
+
+    def _hash(self, keys: pa.Array, rows: Any, people: Any) -> None:
+        """Hashes the keys of those rows whose people have no digest yet."""
+        new = np.flatnonzero(~self._who.is_hashed[people])
+        if not len(new):
+            return
+        whom, where = np.unique(people[new], return_index=True)
+        texts = keys.take(pa.array(rows[new[where]])).to_pylist()
+        self._who.digests[whom] = digests(texts, self._secret)
+        self._who.is_hashed[whom] = True
+
+    def _digests_of_rows(self, batch: pa.RecordBatch, told: Told) -> Digests:
+        """Hashes rows without a key, and counts their people, whom nobody knows afterwards."""
+        names = batch.schema.names
+        in_order = sorted(range(len(names)), key=names.__getitem__)  # whatever the table's is
+        keys = keys_of_rows([batch.column(place) for place in in_order])
+        made = digests(keys.to_pylist(), self._secret)
+        self._without_key.add(prints(keys, self._seeds[0]), made, told, self._replaced)
+        return made
+
+
+def _keys(batch: pa.RecordBatch, roles: Roles) -> pa.Array:
+    """Gives the key of each row, all of them missing where the table has none."""
+    if not roles.key:
+        return pa.nulls(batch.num_rows, pa.binary())
+    parts = [batch.column(column) for column in roles.key]
+    return keys_of(parts, folds_case=roles.folds_case)
+
+
+def _put(told: Told, rows: Any, own: Told) -> None:
+    """Puts what is told of some rows in its place."""
+    for values, those in zip(told, own, strict=True):
+        values[rows] = those

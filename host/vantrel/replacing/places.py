@@ -1,0 +1,89 @@
+"""The countries of a run, numbered as they come."""
+
+from __future__ import annotations
+
+from functools import cache
+from typing import Any, NamedTuple
+
+import numpy as np
+
+from vantrel.sampling.names import Order, order_of_names
+from vantrel.util.locale.locale import (
+    Provider,
+    get_country_to_provder_map,
+    locale_of,
+    recognise,
+    recognise_known,
+    told_before,
+    warn_of_borrowed,
+)
+
+
+class Place(NamedTuple):
+    """What of a country decides who its people are.
+
+    Attributes:
+        locale: The locale of Faker whose names they have.
+        region: The two-letter code by which they have telephone numbers, "" where there is none.
+    """
+
+    locale: str
+    region: str
+
+
+class Places:
+    """Numbers countries; 0 is where none is told, and the people of the default place live.
+
+    Args:
+        default: A country or locale.
+    """
+
+    def __init__(self, default: str) -> None:
+        recognise_known(default)
+        self.known: list[Place] = [_place(default)]
+        self._numbers: dict[str | None, int] = {None: 0}
+        self._by_place: dict[Place, int] = {}
+
+    def number(self, text: str | None) -> int:
+        """Gives the number of a country, however it is written; 0 if it is none.
+
+        Warns:
+            BorrowedNamesWarning: Faker has no names of it.
+        """
+        if text not in self._numbers:
+            self._numbers[text] = self._new(str(text))
+        return self._numbers[text]
+
+    def _new(self, text: str) -> int:
+        if recognise(text) is None:
+            return 0
+        place = _place(text)
+        if place not in self._by_place:
+            warn_of_borrowed([text])
+            self._by_place[place] = len(self.known)
+            self.known.append(place)
+        return self._by_place[place]
+
+    @property
+    def orders(self) -> list[Order]:
+        """How the people of each place join their names."""
+        return [order_in(place.locale) for place in self.known]
+
+    @property
+    def is_last_first(self) -> Any:
+        """Whether last names come first, for each place."""
+        return np.array([order.is_last_first for order in self.orders])
+
+
+def _place(text: str) -> Place:
+    found = recognise_known(text)
+    locale, _ = locale_of(text)
+    return Place(locale, found.country or found.locale.partition("_")[2])
+
+
+@cache
+def order_in(locale: str) -> Order:
+    """How names are joined in a locale."""
+    with told_before():
+        (faker,) = get_country_to_provder_map([locale], Provider.PERSON).values()
+    return order_of_names(faker)

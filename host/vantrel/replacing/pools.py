@@ -1,0 +1,153 @@
+"""Pools: names by Faker's weights for each gender and locale, drawn once with a fixed seed.
+
+A name is picked from a pool by bits of a person's digest, so that it is as frequent as Faker makes
+it, to the accuracy of as many draws as the pool has.
+"""
+
+from __future__ import annotations
+
+from functools import lru_cache
+from typing import Any, NamedTuple
+
+import numpy as np
+import pandas as pd
+import pyarrow as pa
+
+from vantrel.replacing.names import first_names, folded, last_names
+from vantrel.replacing.prints import Prints, prints
+from vantrel.sampling.addresses import Names
+from vantrel.util.locale.locale import Provider, get_country_to_provder_map, told_before
+from vantrel.without_table import people
+
+NAME_BITS = 17
+DOMAIN_BITS = 13
+
+_SEED = 0
+
+# Two of these, a code and what joins them are within the 64 characters that an address may have
+# before its "@".
+_LONGEST_PLAIN = 24
+_PLAIN_OF_NOTHING = "x"
+
+
+class Pool(NamedTuple):
+    """Numbers of names, each as often as it was drawn.
+
+    Attributes:
+        first: Of first names.
+        last: Of last names.
+        domain: Of domains.
+    """
+
+    first: Any
+    last: Any
+    domain: Any
+
+
+class Vocabulary:
+    """All names that may be given in a run, each with a number, and the pools that have them.
+
+    Attributes:
+        names: The first and last names.
+        plain: How each is written in accounts.
+        first_prints: The print of each as a first name, as of real ones.
+        last_prints: The same as a last name.
+        plain_prints: The prints of what is written in accounts.
+        domains: The domains of e-mail addresses.
+    """
+
+    def __init__(self) -> None:
+        self.names = self.plain = self.domains = pa.array([], pa.string())
+        self.first_prints: Prints = np.zeros(0, dtype=np.uint64)
+        self.last_prints: Prints = np.zeros(0, dtype=np.uint64)
+        self.plain_prints: Prints = np.zeros(0, dtype=np.uint64)
+        self._pools: list[Pool] = []
+        self._starts: list[Pool] = []  # what is added to the numbers of each pool
+        self._numbers: dict[tuple[str, str], int] = {}
+
+    def number(self, locale: str, gender: str) -> int:
+        """Gives the number of the pool of a locale and the key of a gender; draws it if need be."""
+        if (locale, gender) not in self._numbers:
+            self._numbers[locale, gender] = len(self._pools)
+            self._add(_drawn(locale, gender))
+        return self._numbers[locale, gender]
+
+    def picked(self, part: str, pools: Any, bits: Any) -> Any:
+        """Gives a number from each row's pool.
+
+        Args:
+            part: ``first``, ``last`` or ``domain``.
+            pools: The number of each row's pool.
+            bits: The place in it, for each row.
+        """
+        picked = np.zeros(len(pools), dtype=np.int64)
+        for number in np.flatnonzero(np.bincount(pools)):
+            rows = np.flatnonzero(pools == number)
+            picked[rows] = getattr(self._pools[number], part)[bits[rows]]
+            picked[rows] += getattr(self._starts[number], part)
+        return picked
+
+    def _add(self, drawn: _Drawn) -> None:
+        """Adds a pool, with its names behind all others."""
+        self._pools.append(drawn.pool)
+        self._starts.append(Pool(len(self.names), len(self.names), len(self.domains)))
+        self.names = pa.concat_arrays([self.names, drawn.names])
+        self.plain = pa.concat_arrays([self.plain, drawn.plain])
+        self.domains = pa.concat_arrays([self.domains, drawn.domains])
+        names = folded(drawn.names)
+        self.first_prints = np.concatenate([self.first_prints, first_names(names)])
+        self.last_prints = np.concatenate([self.last_prints, last_names(names)])
+        self.plain_prints = np.concatenate([self.plain_prints, prints(drawn.plain)])
+
+
+class _Drawn(NamedTuple):
+    """A pool with the names that it has."""
+
+    pool: Pool
+    names: pa.Array
+    plain: pa.Array
+    domains: pa.Array
+
+
+@lru_cache(maxsize=64)
+def _drawn(locale: str, gender: str) -> _Drawn:
+    """Draws a pool as a sample of such people has names, from sources of its own."""
+    named = people(
+        1 << NAME_BITS,
+        countries=[locale],
+        genders=[gender],
+        columns=["firstname", "lastname"],
+        seed=_SEED,
+    )
+    first, names = pd.factorize(named["firstname"].to_numpy(dtype=object))
+    last, last_names = pd.factorize(named["lastname"].to_numpy(dtype=object))
+    domain, domains = _domains(locale)
+    pool = Pool(*map(_small, (first, last + len(names), domain)))
+    both = pa.array([*names, *last_names], pa.string())
+    return _Drawn(pool, both, _plain(both, locale), pa.array(domains, pa.string()))
+
+
+@lru_cache(maxsize=64)
+def _domains(locale: str) -> tuple[Any, Any]:
+    """Draws the numbers of domains, and these."""
+    emails = people(1 << DOMAIN_BITS, countries=[locale], columns=["email"], seed=_SEED)["email"]
+    numbers, domains = pd.factorize(emails.str.partition("@")[2].to_numpy(dtype=object))
+    return numbers, domains
+
+
+def _small(numbers: Any) -> Any:
+    """Stores numbers in as few bytes as hold the largest: there may be hundreds of pools."""
+    return numbers.astype(np.min_scalar_type(int(numbers.max())))
+
+
+def _plain(names: pa.Array, locale: str) -> pa.Array:
+    """Writes names as accounts have them, in ASCII and cut where they are long."""
+    with told_before():
+        (faker,) = get_country_to_provder_map([locale], Provider.PERSON).values()
+    writer = Names([locale.partition("_")[0]], [faker])
+    lower = pd.Series([name.lower() for name in names.to_pylist()], dtype=object)
+    written = writer.accounts(lower, np.zeros(len(lower), dtype=np.int64))
+    return pa.array(
+        [plain[:_LONGEST_PLAIN].strip("._-") or _PLAIN_OF_NOTHING for plain in written],
+        pa.string(),
+    )

@@ -1,0 +1,49 @@
+"""Keeps beside a copy how it was made, without the secret and without any real value."""
+
+from __future__ import annotations
+
+import json
+from typing import TYPE_CHECKING, Any
+
+from vantrel.replacing.secret import deciding_versions
+from vantrel.sampling.record import record_path
+from vantrel.storage.files import replacing
+from vantrel.wording import shown
+
+if TYPE_CHECKING:
+    from vantrel.replacing.files import Asked, Replaced
+    from vantrel.replacing.people import Report
+
+FORMAT = "vantrel-replace"
+
+_SCHEMA_VERSION = 1
+
+
+def write_record(table: Replaced, asked: Asked, report: Report) -> None:
+    """Writes the record of a copy, whole or not at all, where those of samples are."""
+    form = _form(table, asked, report)
+    with replacing(record_path(table.output)) as file:
+        file.write(json.dumps(form, ensure_ascii=False, indent=2) + "\n")
+
+
+def _form(table: Replaced, asked: Asked, report: Report) -> dict[str, Any]:
+    roles = table.roles
+    return {
+        "format": FORMAT,
+        "schema_version": _SCHEMA_VERSION,
+        "table": shown(table.path.name, 255),
+        "rows": table.rows,
+        "people": report.people,
+        "key": list(roles.key),
+        "replaced": roles.replaced,
+        "kept": sorted(roles.kept),
+        "options": {
+            "scrub": list(asked.scrub),
+            "place": asked.place,
+            "no_real": asked.no_real,
+        },
+        "leaks": [
+            {"column": leak.column, "kind": leak.kind, "cells": leak.cells} for leak in table.leaks
+        ],
+        "versions": deciding_versions(),
+    }

@@ -1,0 +1,217 @@
+"""Replaces the people of tables in memory."""
+
+from __future__ import annotations
+
+import logging
+from collections.abc import Iterable, Iterator, Mapping
+from typing import TYPE_CHECKING, Any
+
+import pandas as pd
+
+from vantrel.arguments import as_frame, refuse_text
+from vantrel.replacing import require_pyarrow
+from vantrel.replacing.notes import note_on_columns, notes_on_people, notes_on_table
+from vantrel.replacing.roles import Columns, Roles, find_roles, refuse_scrub
+from vantrel.replacing.secret import checked_secret
+from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
+
+if TYPE_CHECKING:
+    import pyarrow as pa
+
+    from vantrel.replacing.people import People, Report
+
+_log = logging.getLogger(__name__)
+
+_ROWS_OF_A_BATCH = 100_000
+
+
+class Replacer:
+    """Replaces the people of several tables, one after the other: equal keys are one person.
+
+    What an earlier table tells of a person holds for the later ones, which need not have it: give
+    the table with genders and countries first.
+
+    Args:
+        secret: 16 to 64 bytes, such as ``secrets.token_bytes(32)`` gives. With the same secret the
+            same keys become the same people at any time; whoever has it can tell who became whom.
+            If None, it is the one of the environment variable ``VANTREL_SECRET``, or else one that
+            nobody ever knows.
+        place: The country, or locale of Faker, of the people for whom no table tells one.
+        no_real: Whether nobody gets the full name or the telephone number of a real person of the
+            tables. People then depend on these tables, too.
+
+    Attributes:
+        roles: What the columns of the last table were taken for; None before.
+        report: What came of all tables until now; None before.
+        notes: What is to be told of the last table: who the rows were taken for, and who is still
+            named in other columns. They are also logged.
+
+    Raises:
+        ArgumentTypeError: The secret is no bytes.
+        SecretError: It is too short or too long.
+        UnknownPlaceError: The place is not known.
+        MissingPackageError: There is no pyarrow.
+    """
+
+    def __init__(
+        self, secret: bytes | None = None, *, place: str = DEFAULT_LOCALE, no_real: bool = False
+    ) -> None:
+        self._people = _people(checked_secret(secret), place, no_real)
+        self.roles: Roles | None = None
+        self.report: Report | None = None
+        self.notes: list[str] = []
+
+    def replace(
+        self,
+        df: Any,
+        key: str | Iterable[str] | None = None,
+        people: Any = None,
+        columns: Columns | None = None,
+        keep: Iterable[str] = (),
+        scrub: Iterable[str] = (),
+    ) -> Any:
+        """Replaces the people of a table; see :func:`replace`."""
+        from vantrel.replacing.frames import like, with_columns
+        from vantrel.replacing.passing import Passing
+
+        refuse_text(scrub, "scrub", "columns")
+        scrub = list(scrub)
+        name = f"table {len(self._people.tables) + 1}"
+        table = _opened(df, "A table")
+        if people is not None:
+            self._learn_only(_opened(people, "A table of people"), key, name)
+        roles = _roles(table, key, columns, keep)
+        refuse_scrub(_names(table), roles, scrub)
+        batches = list(_batches(table))
+        for batch in batches:
+            self._people.learn(batch, roles, name)
+        self._people.settle()
+        passing = Passing(self._people, roles, scrub)
+        made = _joined(map(passing, batches))
+        self.roles, self.report = roles, self._people.finish()
+        self.notes = [
+            note_on_columns(roles),
+            *notes_on_table(roles, self.report.tables[name], passing.leaks()),
+            *notes_on_people(self.report),
+        ]
+        for note in self.notes:
+            _log.info(note)
+        replaced = with_columns(table, made)
+        return replaced if isinstance(df, pd.DataFrame) else like(replaced, df)
+
+    def _learn_only(self, table: pd.DataFrame | pa.Table, key: Any, name: str) -> None:
+        """Learns who is who from a table that is not replaced."""
+        from vantrel.replacing.frames import excerpt
+
+        roles = find_roles(excerpt(table), key=key, name="people", is_only_read=True)
+        for batch in _batches(table):
+            self._people.learn(batch, roles, f"people of {name}")
+
+
+def replace(
+    df: Any,
+    key: str | Iterable[str] | None = None,
+    secret: bytes | None = None,
+    people: Any = None,
+    columns: Columns | None = None,
+    keep: Iterable[str] = (),
+    scrub: Iterable[str] = (),
+    *,
+    place: str = DEFAULT_LOCALE,
+    no_real: bool = False,
+) -> Any:
+    """Replaces the people of a table by made-up ones, and leaves all else as it is.
+
+    Names, e-mail addresses, user names, passwords and telephone numbers are replaced. Gender, title
+    and country are read and stay, and the made-up person agrees with them. A cell that is missing,
+    empty or blank stays so. The same key is the same person in every row.
+
+    Args:
+        df: A frame of pandas, or of polars, DuckDB or pyarrow. Not changed.
+        key: The column that names the person of each row, or several together. It is the same key
+            whatever type it is stored in: 7, "7" and 7.0. If None, the e-mail address is the key,
+            without regard to case, or else the full name, or else each row is a person. A row
+            without a key is a person of its own, known by all that stands in it.
+        secret: 16 to 64 bytes that decide who becomes whom; see :class:`Replacer`.
+        people: A table with the genders and countries of the people, which the first need not have;
+            it has the same key.
+        columns: The column, or columns, of attributes that are not to be found by their names and
+            values, as in ``{"email": ["email", "billing_email"]}``.
+        keep: Attributes that stay as they are.
+        scrub: Columns of other things in which the names of the row's person are replaced, too.
+        place: The country, or locale of Faker, of the people for whom no table tells one.
+        no_real: Whether nobody gets the full name or the telephone number of a real person of the
+            tables. People then depend on these tables, too.
+
+    Returns:
+        A frame with the same index, columns and types. A table of pyarrow or polars comes back as
+        one; from others, such as a relation of DuckDB, a frame of pandas is made.
+
+    Raises:
+        ArgumentTypeError: The table or the secret is none, or there is a text in the place of
+            several.
+        ArgumentError: An attribute is not known.
+        ReplaceError: A column is not there, there is nothing to replace, the key is missing in all
+            rows, or two people would get one e-mail address.
+        SecretError: The secret is too short or too long.
+        UnknownPlaceError: The place is not known.
+        MissingPackageError: There is no pyarrow.
+
+    Warns:
+        BorrowedNamesWarning: Faker has no names of some countries.
+    """
+    return Replacer(secret, place=place, no_real=no_real).replace(
+        df, key, people, columns, keep, scrub
+    )
+
+
+def _people(secret: bytes, place: str, no_real: bool) -> People:
+    require_pyarrow()
+    from vantrel.replacing.people import People
+
+    return People(secret, place=place, no_real=no_real)
+
+
+def _opened(table: Any, what: str) -> pd.DataFrame | pa.Table:
+    """Gives a frame of pandas as it is, and any other table as one of Arrow."""
+    import pyarrow as pa
+
+    if isinstance(table, pd.DataFrame) or not hasattr(table, "__arrow_c_stream__"):
+        return as_frame(table, what)
+    try:
+        opened = pa.table(table)
+    except (pa.ArrowException, TypeError, ValueError):
+        return as_frame(table, what)  # which tells what is wrong
+    as_frame(opened.slice(0, 0), what)
+    return opened
+
+
+def _roles(table: pd.DataFrame | pa.Table, key: Any, columns: Any, keep: Any) -> Roles:
+    from vantrel.replacing.frames import excerpt
+
+    return find_roles(excerpt(table), key=key, columns=columns, keep=keep)
+
+
+def _names(table: pd.DataFrame | pa.Table) -> list[str]:
+    return list(table.columns) if isinstance(table, pd.DataFrame) else table.column_names
+
+
+def _batches(table: pd.DataFrame | pa.Table) -> Iterator[pa.RecordBatch]:
+    """Gives the rows in parts; with all their columns, as those without a key are known by them."""
+    import pyarrow as pa
+
+    from vantrel.replacing.frames import arrow_of
+
+    rows = arrow_of(table)
+    parts = rows.to_batches(max_chunksize=_ROWS_OF_A_BATCH)
+    return iter(parts or [pa.RecordBatch.from_pylist([], rows.schema)])
+
+
+def _joined(batches: Iterable[Mapping[str, pa.Array]]) -> dict[str, pa.ChunkedArray]:
+    import pyarrow as pa
+
+    found: dict[str, list[pa.Array]] = {}
+    for batch in batches:
+        for column, values in batch.items():
+            found.setdefault(column, []).append(values)
+    return {column: pa.chunked_array(values) for column, values in found.items()}

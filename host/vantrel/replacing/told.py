@@ -1,0 +1,105 @@
+"""What the rows of a table tell of their people: gender, country, and the prints of real names."""
+
+from __future__ import annotations
+
+from collections.abc import Callable
+from typing import Any, NamedTuple
+
+import numpy as np
+import pyarrow as pa
+
+from vantrel.config import PersonModelConfig
+from vantrel.genders import keys_of
+from vantrel.replacing.keys import as_texts
+from vantrel.replacing.names import first_names, folded, halves, last_names
+from vantrel.replacing.places import Places
+from vantrel.replacing.prints import Prints
+from vantrel.replacing.roles import Roles
+
+GENDERS = ("", "F", "M", "NB")
+"""The keys of genders by their codes; 0 is what is not told."""
+
+_CONFIG = PersonModelConfig()
+
+
+class Told(NamedTuple):
+    """What is told of people; 0 is what is not.
+
+    Attributes:
+        gender: The code of each one's gender, a place in :data:`GENDERS`.
+        place: The number of each one's country in :class:`Places`.
+        first: The print of each one's real first name.
+        last: The same of last names.
+    """
+
+    gender: Any
+    place: Any
+    first: Any
+    last: Any
+
+    def of(self, rows: Any) -> Told:
+        """Gives what is told of some of them."""
+        return Told(*(values[rows] for values in self))
+
+
+def told_by(batch: pa.RecordBatch, roles: Roles, places: Places) -> Told:
+    """Reads what each row tells."""
+    place = _first_told(batch, roles, "country", _numbers_in(places))
+    gender = _first_told(batch, roles, "gender", _codes_of("gender"))
+    by_title = _first_told(batch, roles, "title", _codes_of("title"))
+    gender = np.where(gender == 0, by_title, gender)
+    return Told(gender, place, *_names(batch, roles, places.is_last_first[place]))
+
+
+def _first_told(
+    batch: pa.RecordBatch, roles: Roles, attribute: str, read: Callable[[pa.Array], Any]
+) -> Any:
+    """Reads the columns of an attribute; the first that tells something counts."""
+    told = np.zeros(batch.num_rows, dtype=read(pa.array([], pa.string())).dtype)
+    for column in roles.columns.get(attribute, ()):
+        told = np.where(told == 0, by_value(batch.column(column), read), told)
+    return told
+
+
+def by_value(column: pa.Array, read: Callable[[pa.Array], Any]) -> Any:
+    """Has each distinct text of a column read once; what is missing gives 0.
+
+    Args:
+        column: The column.
+        read: Makes an array of codes, or of prints, of an array of texts.
+    """
+    encoded = as_texts(column).dictionary_encode()
+    made = read(encoded.dictionary)
+    made = np.append(made, made.dtype.type(0))
+    indices = encoded.indices.cast(pa.int64()).fill_null(len(encoded.dictionary))
+    return made[indices.to_numpy(zero_copy_only=False)]
+
+
+def _numbers_in(places: Places) -> Callable[[pa.Array], Any]:
+    return lambda texts: np.array(
+        [places.number(text) for text in texts.to_pylist()], dtype=np.uint16
+    )
+
+
+def _codes_of(attribute: str) -> Callable[[pa.Array], Any]:
+    """Reads the codes of genders, or of those that titles tell."""
+    codes = {key: code for code, key in enumerate(GENDERS)}
+
+    def read(texts: pa.Array) -> Any:
+        values = texts.to_pylist()
+        keys = keys_of(values, _CONFIG, attribute)
+        return np.array([codes.get(keys.get(each, ""), 0) for each in values], dtype=np.uint8)
+
+    return read
+
+
+def _names(batch: pa.RecordBatch, roles: Roles, is_last_first: Any) -> tuple[Prints, Prints]:
+    """The prints of first and last names, of full names where there is no other."""
+    first = _first_told(batch, roles, "firstname", lambda names: first_names(folded(names)))
+    last = _first_told(batch, roles, "lastname", lambda names: last_names(folded(names)))
+    for column in roles.columns.get("fullname", ()):
+        if first.all() and last.all():
+            break
+        start, end = halves(folded(as_texts(batch.column(column))), is_last_first)
+        first, last = np.where(first, first, start), np.where(last, last, end)
+    return first, last

@@ -1,0 +1,290 @@
+"""``vantrel replace`` as a user meets it."""
+
+import json
+import stat
+from pathlib import Path
+
+import pandas as pd
+import pytest
+
+from support.command import fail, run, succeed
+
+pytest.importorskip("pyarrow", reason="replacing people needs pyarrow")
+
+CUSTOMERS = (
+    "id,sex,title,first_name,last_name,email,land,notes,points\r\n"
+    '1,f,Mrs,Ann,Lee,ann.lee@web.de,GB,"Ann Lee called, twice",007\r\n'
+    "2,m,,Hans,Meier,h.meier@gmx.de,DE,,\r\n"
+    '3,m,Mr,Tom,"O\'Hara, Jr","",US,"ask Tom\nor not",1e3\r\n'
+    ",f,,,,,FR,nobody,"
+)
+ORDERS = "order;id;full name;total\na;2;Hans Meier;3,50\nb;1;Ann Lee;7\nc;2;Hans Meier;0\n"
+REPLACE = "replace customers.csv -o copy.csv --key id --secret s"
+BOTH = "replace customers.csv orders.csv -o copy --key id --secret s"
+PEOPLE = ["first_name", "last_name", "email"]
+
+
+@pytest.fixture(autouse=True)
+def tables(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.chdir(tmp_path)
+    monkeypatch.delenv("VANTREL_SECRET", raising=False)
+    Path("customers.csv").write_bytes(CUSTOMERS.encode())
+    Path("orders.csv").write_text(ORDERS)
+
+
+def read(path: str, **options: object) -> pd.DataFrame:
+    return pd.read_csv(path, dtype=str, keep_default_na=False, **options)  # type: ignore[call-overload, no-any-return]  # options of any type
+
+
+def test_people_are_others_and_all_else_stays() -> None:
+    succeed(REPLACE)
+    real, copy = read("customers.csv"), read("copy.csv")
+    others = [column for column in real if column not in PEOPLE]
+    pd.testing.assert_frame_equal(copy[others], real[others])
+    assert (copy[PEOPLE] == "").equals(real[PEOPLE] == "")
+    assert not ((copy[PEOPLE] == real[PEOPLE]) & (real[PEOPLE] != "")).any(axis=None)
+    assert (
+        Path("copy.csv").read_bytes().splitlines(keepends=True)[0]
+        == (CUSTOMERS.encode().splitlines(keepends=True)[0])
+    )
+    assert Path("copy.csv").read_bytes().endswith(b",FR,nobody,")
+
+
+def test_what_was_found_and_left_is_told() -> None:
+    result = succeed(REPLACE)
+    assert result.stdout.splitlines() == [
+        "",
+        "customers.csv",
+        "Attribute  Column      Told by",
+        "gender     sex         name and values  stays",
+        "title      title       name and values  stays",
+        "firstname  first_name  name             replaced",
+        "lastname   last_name   name             replaced",
+        "email      email       name and values  replaced",
+        "country    land        name and values  stays",
+        "Replaced the people of 4 rows; wrote copy.csv.",
+    ]
+    assert result.stderr.splitlines() == [
+        "vantrel: note: 1 row without a key: each is a person of its own.",
+        "vantrel: note: Column 'notes': 1 cell still names the row's person (row 1): add"
+        " --scrub notes.",
+        "vantrel: note: Column 'notes': 1 cell has the row's first or last name alone (row 3).",
+    ]
+
+
+def test_one_person_in_all_tables_and_runs() -> None:
+    succeed(BOTH)
+    customers, orders = read("copy/customers.csv"), read("copy/orders.csv", sep=";")
+    names = (customers["first_name"] + " " + customers["last_name"]).set_axis(customers["id"])
+    assert orders["full name"].tolist() == [names["2"], names["1"], names["2"]]
+    succeed("replace orders.csv -o alone.csv --key id --people customers.csv --secret s")
+    assert Path("alone.csv").read_bytes() == Path("copy/orders.csv").read_bytes()
+    succeed(REPLACE)
+    assert Path("copy.csv").read_bytes() == Path("copy/customers.csv").read_bytes()
+    succeed("replace customers.csv -o other.csv --key id --secret t")
+    assert not (read("other.csv")[PEOPLE[:2]] == read("copy.csv")[PEOPLE[:2]]).all(axis=None)
+
+
+def test_the_secret_of_the_environment_is_that_of_a_file() -> None:
+    succeed(REPLACE)
+    line = next(line for line in Path("s").read_text().splitlines() if line.startswith("secret"))
+    secret = line.removeprefix("secret: ")
+    succeed("replace customers.csv -o again.csv --key id", VANTREL_SECRET=secret)
+    assert Path("again.csv").read_bytes() == Path("copy.csv").read_bytes()
+    assert stat.S_IMODE(Path("s").stat().st_mode) == 0o600
+
+
+def test_without_a_secret_nobody_is_the_same_again() -> None:
+    line = "replace customers.csv -o copy.csv --key id"
+    succeed(line)
+    before = read("copy.csv")
+    succeed(f"{line} --force")
+    assert not before["email"].equals(read("copy.csv")["email"])
+
+
+def test_keys_and_columns_of_one_table() -> None:
+    Path("orders.csv").write_text(ORDERS.replace("id;", "buyer;").replace("full name", "to"))
+    line = "--key customers:id --key orders.csv:buyer --column orders:fullname=to --secret s"
+    succeed(f"replace customers.csv orders.csv -o copy {line}")
+    customers, orders = read("copy/customers.csv"), read("copy/orders.csv", sep=";")
+    hans = customers.iloc[1]
+    assert orders["to"].tolist()[0] == f"{hans['first_name']} {hans['last_name']}"
+
+
+def test_what_is_kept_and_what_is_scrubbed() -> None:
+    succeed(f"{REPLACE} --keep email --scrub notes")
+    real, copy = read("customers.csv"), read("copy.csv")
+    assert copy["email"].equals(real["email"])
+    ann, tom = copy.iloc[0], copy.iloc[2]
+    assert ann["notes"] == f"{ann['first_name']} {ann['last_name']} called, twice"
+    assert tom["notes"] == f"ask {tom['first_name']}\nor not"
+
+
+def test_the_record_names_nobody() -> None:
+    succeed(f"{REPLACE} --keep title")
+    text = Path("copy.csv.made.json").read_text()
+    record = json.loads(text)
+    assert record["format"] == "vantrel-replace"
+    assert record["replaced"] == {
+        "first_name": "firstname",
+        "last_name": "lastname",
+        "email": "email",
+    }
+    assert (record["rows"], record["people"], record["key"]) == (4, 4, ["id"])
+    assert record["leaks"] == [
+        {"column": "notes", "kind": "person", "cells": 1},
+        {"column": "notes", "kind": "name", "cells": 1},
+    ]
+    secret = Path("s").read_text().splitlines()[1].split()[1]
+    assert not [each for each in ("Ann", "Lee", "Hans", "web.de", secret) if each in text]
+
+
+def test_leaks_end_a_run_that_asks_for_it() -> None:
+    succeed(REPLACE)
+    Path("copy.csv").unlink()
+    Path("copy.csv.made.json").unlink()
+    assert fail(f"{REPLACE} --fail-on-leak", 3) == (
+        "Nothing was written, as people are still named. customers.csv: Column 'notes': 1 cell"
+        " still names the row's person (row 1). Add --scrub with these columns, or leave them out"
+        " of the tables."
+    )
+    succeed(f"{REPLACE} --fail-on-leak --scrub notes")
+
+
+BAD = [
+    (
+        "replace nothing.csv -o copy.csv",
+        1,
+        "Table nothing.csv cannot be read: No such file or directory.",
+    ),
+    (
+        REPLACE.replace("--key id", "--key ID"),
+        1,
+        "Table customers.csv has no column 'ID' for the key. Did you mean 'id'? Its columns are: 'id', 'sex', 'title', 'first_name', 'last_name', 'email', 'land', 'notes', 'points'.",
+    ),
+    (
+        f"{REPLACE} --key land",
+        2,
+        "There are two keys of all tables: join columns of one key by a comma, as in --key id,land.",
+    ),
+    (
+        f"{REPLACE} --key customers:id --key customers:land",
+        2,
+        "There are two keys of table 'customers': join columns of one key by a comma, as in --key id,land.",
+    ),
+    (
+        "replace customers.csv -o customers.csv",
+        2,
+        "customers.csv is the file to read: write to another one.",
+    ),
+    (
+        "replace customers.csv -o short --force --secret short",
+        2,
+        "short is the file to read: write to another one.",
+    ),
+    (
+        "replace customers.csv -o copy.parquet",
+        2,
+        "Table customers.csv is CSV, and copy.parquet by its name Parquet: a copy is as its table.",
+    ),
+    (
+        "replace customers.csv -o orders.csv",
+        2,
+        "orders.csv is there already: add --force to overwrite it.",
+    ),
+    (
+        "replace customers.csv orders.csv -o empty",
+        2,
+        "empty is there and no folder: several copies go into a folder.",
+    ),
+    (
+        "replace customers.csv ./customers.csv -o copy",
+        2,
+        "Two tables are called customers.csv, and so would be their copies: copy them into two folders, one after the other, with one secret.",
+    ),
+    ("replace . -o copy.csv", 1, "Table . is a folder: name a file."),
+    (
+        "replace customers.csv -o copy.csv --secret short",
+        1,
+        "Secret file short is damaged: its secret is not of 64 hexadecimal digits. Restore it; with a new one all people become others.",
+    ),
+    (
+        "replace customers.csv -o copy.csv --secret orders.csv",
+        1,
+        "orders.csv is no secret file: name one, or a file that is not there, which is then made.",
+    ),
+    (
+        "replace customers.csv -o copy.csv --column email",
+        2,
+        "--column email is not of the form [TABLE:]ATTRIBUTE=COLUMN.",
+    ),
+    (
+        "replace customers.csv -o copy.csv --column land=country",
+        2,
+        "--column land=country is the wrong way round: write country=land.",
+    ),
+    (
+        "replace customers.csv -o copy.csv --column email=mail",
+        1,
+        "Table customers.csv has no column 'mail' for 'email'. Did you mean 'email'? Its columns are: 'id', 'sex', 'title', 'first_name', 'last_name', 'email', 'land', 'notes', 'points'.",
+    ),
+    (
+        "replace customers.csv -o copy.csv --column email=notes --column username=notes",
+        1,
+        "Table customers.csv: column 'notes' is given to 'email' and 'username': a column holds one attribute.",
+    ),
+    (
+        "replace customers.csv -o copy.csv --scrub note",
+        1,
+        "The table has no column 'note' to scrub. Did you mean 'notes'? Its columns are: 'id', 'sex', 'title', 'first_name', 'last_name', 'email', 'land', 'notes', 'points'.",
+    ),
+    (
+        "replace customers.csv -o copy.csv --scrub email",
+        1,
+        "Column 'email' is replaced whole, as email: it need not be scrubbed.",
+    ),
+    (
+        "replace customers.csv -o -",
+        2,
+        "Copies are not written to standard output: name a file for -o.",
+    ),
+    ("replace customers.csv -o no/copy.csv", 1, "no/copy.csv: folder 'no' does not exist."),
+]
+
+
+@pytest.mark.parametrize(("line", "status", "message"), BAD)
+def test_bad_calls(line: str, status: int, message: str) -> None:
+    Path("empty").touch()
+    Path("short").write_text("secret: abcd\n")
+    assert fail(line, status) == message
+    assert not Path("copy").exists()
+
+
+def test_a_table_without_people() -> None:
+    Path("orders.csv").write_text("order,total\n1,2\n")
+    assert fail("replace orders.csv -o copy.csv", 1) == (
+        "Table orders.csv has no column to replace that is found by its name and values: name"
+        " one, as in --column lastname=COLUMN. Its columns are: 'order', 'total'."
+    )
+
+
+def test_a_key_that_is_missing_everywhere() -> None:
+    Path("customers.csv").write_text("id,email\n,a@b.de\n,c@d.de\n")
+    assert fail("replace customers.csv -o copy.csv --key id", 1) == (
+        "In customers.csv the key 'id' is missing in every row: name another one, or none."
+    )
+
+
+def test_a_secret_that_others_can_read_is_told() -> None:
+    succeed(REPLACE)
+    Path("s").chmod(0o644)
+    result = run(f"{REPLACE} --force")
+    assert result.stderr.splitlines()[0] == (
+        "vantrel: warning: Others can read secret file s, and tell who became whom: chmod 600 s."
+    )
+
+
+def test_a_table_without_rows() -> None:
+    Path("customers.csv").write_text("id,sex,email\n")
+    succeed("replace customers.csv -o copy.csv --column email=email")
+    assert Path("copy.csv").read_text() == "id,sex,email\n"
