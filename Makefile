@@ -63,7 +63,7 @@ venv: .venv/.installed  ## set up .venv: build tools, test tools and both distri
 wheel: dist/.extension  ## build the wheel of the extension module into dist/
 	@ls dist/vantrel_person-*.whl
 
-demo: .venv/.installed  ## learn from two real tables, sample from what was learnt, compare
+demo: .venv/.installed  ## replace the people of a table, learn from two others, sample, compare
 	@.venv/bin/python examples/demo.py
 
 # Each in a make of its own that goes on where one has failed.

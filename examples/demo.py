@@ -1,6 +1,7 @@
-"""Learns from two tables of real people, samples new people, and sets the two side by side.
+"""Replaces the people of a table, and makes people like those of two others.
 
-Run it with `make demo`. The models, the sampled tables and reports are left in build/demo/.
+Run it with `make demo`. The copy, the models, the sampled tables and reports are left in
+build/demo/.
 """
 
 from __future__ import annotations
@@ -23,6 +24,10 @@ SEED = 7
 WIDTH = 80
 SHOWN_ROWS = 2
 MISSING = "(missing)"
+
+# For a copy that is handed on, take secrets.token_bytes(32) and keep it as well as the real table.
+SECRET = b"everybody can read this secret.."
+REPLACED = ("customer_id", "first_name", "last_name", "country", "notes")
 
 # The attributes that neither table has.
 MADE_UP = (
@@ -93,6 +98,7 @@ EXAMPLES = (
 
 def main() -> None:
     OUTPUT.mkdir(parents=True, exist_ok=True)
+    replace()
     for example in EXAMPLES:
         real_path = ROOT / "examples" / f"{example.name}.csv"
         real = read_table(real_path)
@@ -116,6 +122,27 @@ def main() -> None:
         print()
 
 
+def replace() -> None:
+    """Copies a table of customers, and shows some of them beside those who took their places."""
+    path = OUTPUT / "customers-replaced.csv"
+    real = read_table(ROOT / "examples" / "customers.csv")
+    replacer = vantrel.Replacer(SECRET)
+    copy = replacer.replace(real, "customer_id", scrub=["notes"])
+    write_table([copy], path)
+    heading(f"Customers of a shop, {len(real):,} of them, each replaced by a made-up person")
+    shown = real.index[real["notes"].notna() & real["email"].notna()][:SHOWN_ROWS]
+    for title, table in (("As they are:", real), ("In the copy:", copy)):
+        print(f"\n{title}\n")
+        print(table.loc[shown, list(REPLACED)].to_string(index=False, na_rep=""))
+    for note in replacer.notes:
+        print(f"\n{fill(note, WIDTH)}")
+    print(f"\nWritten: {path.relative_to(ROOT)}\n")
+
+
+def heading(*lines: str) -> None:
+    print("\n".join(["=" * WIDTH, *lines, "=" * WIDTH]))
+
+
 def learn(example: Example, real: pd.DataFrame, model_path: Path) -> None:
     """Fits a model on the real table and writes it."""
     model = vantrel.fit(
@@ -135,10 +162,7 @@ def sample(model_path: Path) -> pd.DataFrame:
 
 def report(real: pd.DataFrame, sampled: pd.DataFrame, example: Example) -> None:
     """Prints real beside sampled shares, then a few of the sampled people."""
-    print("=" * WIDTH)
-    print(example.about)
-    print(f"{len(real):,} real rows, {len(sampled):,} sampled with seed {SEED}")
-    print("=" * WIDTH)
+    heading(example.about, f"{len(real):,} real rows, {len(sampled):,} sampled with seed {SEED}")
     for column in example.compared:
         print(f"\n{shares_table(real[column], sampled[column])}")
     print(f"\nThe first {SHOWN_ROWS} of them, a person a column:\n")

@@ -15,7 +15,8 @@ import pyarrow as pa
 
 from vantrel.replacing.names import first_names, folded, last_names
 from vantrel.replacing.prints import Prints, prints
-from vantrel.sampling.addresses import Names
+from vantrel.rows.form import AS_MADE
+from vantrel.sampling.addresses import Accounts
 from vantrel.util.locale.locale import Provider, get_country_to_provder_map, told_before
 from vantrel.without_table import people
 
@@ -144,9 +145,9 @@ def _plain(names: pa.Array, locale: str) -> pa.Array:
     """Writes names as accounts have them, in ASCII and cut where they are long."""
     with told_before():
         (faker,) = get_country_to_provder_map([locale], Provider.PERSON).values()
-    writer = Names([locale.partition("_")[0]], [faker])
-    lower = pd.Series([name.lower() for name in names.to_pylist()], dtype=object)
-    written = writer.accounts(lower, np.zeros(len(lower), dtype=np.int64))
+    accounts = Accounts([locale.partition("_")[0]], [faker], AS_MADE)
+    lower = pd.Series([name.lower() for name in names.to_pylist()])
+    written = accounts.usernames(lower.array, np.zeros(len(lower), dtype=np.int64))
     return pa.array(
         [plain[:_LONGEST_PLAIN].strip("._-") or _PLAIN_OF_NOTHING for plain in written],
         pa.string(),
