@@ -9,7 +9,7 @@ from typing import Any
 import numpy as np
 import pandas as pd
 import pytest
-from hypothesis import given
+from hypothesis import example, given
 from hypothesis import strategies as st
 
 pa = pytest.importorskip("pyarrow", reason="People are replaced by way of Arrow")
@@ -85,6 +85,8 @@ def test_case_counts_in_keys_and_not_in_those_that_fold_it() -> None:
 PARTS = st.text(st.sampled_from("a:1\0\x01"), min_size=1, max_size=4)
 
 
+@example([["a:", "a"], ["a", ":a"]])
+@example([["a", "b"], ["ab", "c"], ["\x001:a1:b"]])
 @given(st.lists(st.lists(PARTS, min_size=1, max_size=3), min_size=1, max_size=6))
 def test_no_two_keys_of_several_parts_are_alike(keys: list[list[str]]) -> None:
     made = [keys_of([pa.array([part]) for part in key]).to_pylist()[0] for key in keys]

@@ -158,7 +158,7 @@ def test_nothing_to_replace(table: pd.DataFrame) -> None:
 
 
 @pytest.mark.parametrize("missing", [None, "", float("nan")])
-def test_a_key_that_is_wholly_missing(table: pd.DataFrame, missing: object) -> None:
+def test_a_key_that_is_wholly_missing(table: pd.DataFrame, missing: Any) -> None:
     with pytest.raises(vantrel.ReplaceError) as caught:
         vantrel.replace(table.assign(customer_id=missing), "customer_id", SECRET)
     assert str(caught.value) == (

@@ -13,7 +13,6 @@ import pandas as pd
 import pytest
 
 import vantrel
-from vantrel.replacing import secret as secret_module
 from vantrel.replacing.secret import checked_secret, deciding_versions, read_or_make_secret
 
 
@@ -61,7 +60,7 @@ def test_what_stands_in_the_file(path: Path) -> None:
 def test_processes_that_make_one_file_get_one_secret(
     path: Path, monkeypatch: pytest.MonkeyPatch
 ) -> None:
-    monkeypatch.setattr(secret_module.os.path, "lexists", lambda _: False)  # as it was for each
+    monkeypatch.setattr(os.path, "lexists", lambda _: False)  # as it was for each
     found: list[bytes] = []
     threads = [
         threading.Thread(target=lambda: found.append(read_or_make_secret(path))) for _ in range(8)

@@ -70,13 +70,13 @@ def test_merging_often_or_once_is_the_same(monkeypatch: pytest.MonkeyPatch) -> N
 
 def test_digests_stay_with_their_people() -> None:
     who = Who()
-    learn(who, [50], [(1, 1, 0, 0)])
+    learn(who, [50, 55], [(1, 1, 0, 0)] * 2)
     who.end_table()
     who.digests[0], who.is_hashed[0] = 7, True
     learn(who, [40, 50, 60], [(1, 1, 0, 0)] * 3)
     who.end_table()
-    assert who.is_hashed.tolist() == [False, True, False]
-    assert who.digests[:, 0].tolist() == [0, 7, 0]
+    assert who.is_hashed.tolist() == [False, True, False, False]
+    assert who.digests[:, 0].tolist() == [0, 7, 0, 0]
 
 
 def test_a_key_that_was_not_learnt_is_refused() -> None:
