@@ -122,6 +122,12 @@ def test_short_user_names_and_numbers_are_no_leaks() -> None:
     assert kind("123456", {"work_number": "123456"}) == "person"
 
 
+def test_zeros_in_front_of_a_number_do_not_count() -> None:
+    assert kind("1234567", {"work_number": "0123-4567"}) == "person"
+    assert kind("0-0123456", {"work_number": "123456"}) == "person"
+    assert kind("12345", {"work_number": "00012345"}) is None
+
+
 def test_other_rows_people_are_no_leaks() -> None:
     search = LeakSearch()
     real = {"firstname": pa.array(["Ann", "Bo", None]), "lastname": pa.array(["Lee", "Ray", "Kim"])}
