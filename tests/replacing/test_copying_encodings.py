@@ -164,6 +164,17 @@ def test_what_is_no_sound_table(tmp_path: Path, content: bytes, reason: str, blo
 
 
 @pytest.mark.parametrize("block", [100_000, 4_000_000])
+def test_another_encoding_far_down(tmp_path: Path, block: int) -> None:
+    path = table(tmp_path, b"a,b\n" + b"1,x\n" * 100_000 + b"1,\xff\n2,y\n")
+    with pytest.raises(TableError) as caught:
+        written(path, {}, block)
+    assert str(caught.value) == (
+        f"Table {path} is not in UTF-8: name its encoding, cp1252 most likely, or save it as CSV"
+        " UTF-8."
+    )
+
+
+@pytest.mark.parametrize("block", [100_000, 4_000_000])
 def test_a_row_that_is_too_long(tmp_path: Path, block: int) -> None:
     path = table(tmp_path, b"a,b\n1," + b"x\t" * 4_100_000 + b"\n")
     with pytest.raises(TableError) as caught:

@@ -66,7 +66,7 @@ PERSON = [
     "(010) 23 45 67",
     "2024-05-01 010-234567",
 ]
-NAME = ["Ann", "ann called", "ANN!", "Ms de  Vries, de Vries", "ask ann-marie"]
+NAME = ["Ann", "ann called", "ANN!", "Ms de  Vries, de Vries", "ask ann-marie", "annabel, ann"]
 NOTHING = [
     "Anna de Vriesland",
     "Joann",
@@ -120,6 +120,12 @@ def test_short_user_names_and_numbers_are_no_leaks() -> None:
     assert kind("x1 y", {"username": "x1"}) is None
     assert kind("12345", {"work_number": "12345"}) is None
     assert kind("123456", {"work_number": "123456"}) == "person"
+
+
+def test_zeros_in_front_of_a_number_do_not_count() -> None:
+    assert kind("no. 5, 1234567", {"work_number": "0123-4567"}) == "person"
+    assert kind("0-0123456", {"work_number": "123456"}) == "person"
+    assert kind("12345", {"work_number": "00012345"}) is None
 
 
 def test_other_rows_people_are_no_leaks() -> None:

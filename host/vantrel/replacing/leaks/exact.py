@@ -33,7 +33,10 @@ def is_found(attribute: str, text: str, value: str) -> bool:
 
 
 def found(attribute: str, text: str, value: str) -> Iterator[Span]:
-    """Where the value of an attribute is in a text: as whole words, whatever their case."""
+    """Where the value of an attribute is in a text: as whole words, whatever their case.
+
+    A number may be found again in a part of where it was found.
+    """
     if attribute in PHONES:
         yield from _numbers(text, value)
     elif attribute != "username" or len(value) >= _SHORTEST_USERNAME:
@@ -67,11 +70,9 @@ def _numbers(text: str, value: str) -> Iterator[Span]:
     if len(wanted) < FEWEST_DIGITS:
         return
     for number in _NUMBER.finditer(text):
-        end = number.start()
         groups = [group.span() for group in _DIGITS.finditer(text, *number.span())]
         for place, (start, _) in enumerate(groups):
-            if start >= end and (found_to := _end_of(text, groups[place:][:_MOST_GROUPS], wanted)):
-                end = found_to
+            if end := _end_of(text, groups[place:][:_MOST_GROUPS], wanted):
                 yield _with_sign(text, start, end)
 
 
