@@ -72,7 +72,7 @@ def test_names_in_latin_letters_begin_with_capitals_and_are_those_of_the_account
 def test_full_names_in_latin_letters_are_separate_words_in_the_order_of_faker(
     in_latin: pd.DataFrame,
 ) -> None:
-    for land, pattern in {"zh_TW": "{1} {0}", "ko_KR": "{1} {0}", "ja_JP": "{0} {1}"}.items():
+    for land, pattern in {"zh_CN": "{0} {1}", "ko_KR": "{1} {0}", "ja_JP": "{0} {1}"}.items():
         own = in_latin[in_latin["land"] == land]
         expected = [pattern.format(*each) for each in own[["firstname", "lastname"]].to_numpy()]
         assert own["fullname"].tolist() == expected
@@ -150,10 +150,10 @@ ENDINGS = {
 
 @pytest.fixture(scope="module")
 def gendered() -> pd.DataFrame:
-    return sampled([*ENDINGS, "pl_PL", "uk_UA"], 1_000)
+    return sampled(sorted({*ENDINGS, "pl_PL", "uk_UA"} & set(LOCALES)), 1_000)
 
 
-@pytest.mark.parametrize("land", ENDINGS)
+@pytest.mark.parametrize("land", sorted(set(ENDINGS) & set(LOCALES)))  # an old Faker has fewer
 def test_last_names_have_the_form_of_the_gender(gendered: pd.DataFrame, land: str) -> None:
     own = gendered[gendered["land"] == land]
     for sex, end in zip("fm", ENDINGS[land], strict=True):
