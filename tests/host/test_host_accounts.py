@@ -7,16 +7,15 @@ import pandas as pd
 import pytest
 from faker import Faker
 from faker.providers.internet import Provider as Internet
-from pandas.api.extensions import ExtensionArray
 
 from vantrel.sampling.addresses import Accounts, name_nobody
-from vantrel.sampling.texts import joined, lines_of, parted, replaced
+from vantrel.sampling.texts import Column, joined, lines_of, parted, replaced
 
 PLACES = ("en_GB", "de_DE", "ru_RU")
 LANGUAGES = ("en", "de", "ru")
 
 
-def column(texts: list[str]) -> ExtensionArray:
+def column(texts: list[str]) -> Column:
     return pd.Series(texts, dtype=pd.Series(["x"]).dtype).array
 
 

@@ -14,6 +14,7 @@ import vantrel
 from vantrel.model.models.person import PersonModel
 from vantrel.rows import Ways
 from vantrel.sampling import Plan, makers, sample_block, sample_blocks
+from vantrel.sampling.real import RealRows
 from vantrel.storage.models import dumps, loads
 
 GENERATED = ["firstname", "lastname", "email", "mobile_number", "password"]
@@ -30,7 +31,7 @@ def made(monkeypatch: pytest.MonkeyPatch) -> list[object]:
     """Has each maker listed that is made."""
     listed: list[object] = []
 
-    class Listed(makers.RealRows):
+    class Listed(RealRows):
         def __init__(self, *given: Any) -> None:
             super().__init__(*given)
             listed.append(self)
@@ -60,7 +61,7 @@ def with_another_column(model: PersonModel) -> None:
 
 
 def with_other_columns_first(model: PersonModel) -> None:
-    model.meta.columns.reverse()
+    model.meta.columns = list(reversed(model.meta.columns or ()))
 
 
 def with_other_rows(model: PersonModel) -> None:

@@ -11,11 +11,10 @@ import numpy as np
 import pandas as pd
 from anyascii import anyascii
 from faker import Faker
-from pandas.api.extensions import ExtensionArray
 
 from vantrel.rows.form import AS_MADE, RESERVED
 from vantrel.sampling.names import readings_of
-from vantrel.sampling.texts import Places, joined, lines_of, parted, replaced
+from vantrel.sampling.texts import Column, Places, joined, lines_of, parted, replaced
 
 # What a language makes of its letters where they cannot be written, if not just the plain letter.
 _GERMAN = {"ä": "ae", "ö": "oe", "ü": "ue", "ß": "ss"}
@@ -62,18 +61,16 @@ class Accounts:
             ]
         )
 
-    def usernames(self, texts: ExtensionArray, places: Places) -> ExtensionArray:
+    def usernames(self, texts: Column, places: Places) -> Column:
         """Rewrites user names, of the place of each row, that not every system takes."""
         return self._rewritten(texts, places, _odd_texts(texts), None)
 
-    def addresses(self, texts: ExtensionArray, places: Places) -> ExtensionArray:
+    def addresses(self, texts: Column, places: Places) -> Column:
         """Rewrites addresses that not every system takes, or that are not of the domain."""
         odd = _odd_texts(texts) | self._has_other_domains[places]
         return self._rewritten(texts, places, odd, self._domain)
 
-    def _rewritten(
-        self, texts: ExtensionArray, places: Places, is_odd: Any, domain: str | None
-    ) -> ExtensionArray:
+    def _rewritten(self, texts: Column, places: Places, is_odd: Any, domain: str | None) -> Column:
         if not is_odd.any():
             return texts
         odd = np.flatnonzero(is_odd)
@@ -92,7 +89,7 @@ def _names_nobody(faker: Faker) -> bool:
     return name.endswith(f".{_EXAMPLE}")
 
 
-def _odd_texts(texts: ExtensionArray) -> Any:
+def _odd_texts(texts: Column) -> Any:
     """Tells of each text whether no account may have it; of some with hyphens though all may."""
     signs, starts, ends = lines_of(texts)
     signs = np.append(signs, np.uint8(ord("\n")))  # where an empty text at the very end starts
@@ -115,7 +112,8 @@ def _plain(lines: bytes, language: str, readings: Mapping[str, str]) -> bytes:
             text = text.replace(name, reading)
     codes = np.frombuffer(text.encode("utf-32-le"), dtype=np.uint32)
     # Each letter has the width of the longest; what is filled up is taken out again.
-    return _Letters.of(language).table(codes)[codes].tobytes().translate(None, b"\0")
+    plain: bytes = _Letters.of(language).table(codes)[codes].tobytes()
+    return plain.translate(None, b"\0")
 
 
 class _Letters(dict[int, str]):

@@ -9,10 +9,9 @@ import numpy as np
 import pandas as pd
 from anyascii import anyascii
 from faker import Faker
-from pandas.api.extensions import ExtensionArray
 
 from vantrel.sampling.names import readings_of
-from vantrel.sampling.texts import Places
+from vantrel.sampling.texts import Column, Places
 
 # The blocks of Unicode that have Latin letters, and the marks that stand between these.
 _LATIN = re.compile("[\0-\u02ff\u1e00-\u1eff\u2010-\u201f]*")
@@ -32,7 +31,7 @@ class LatinNames:
     def __init__(self, fakers: Sequence[Faker]) -> None:
         self._readings = [readings_of(faker) for faker in fakers]
 
-    def written(self, names: ExtensionArray, places: Places) -> ExtensionArray:
+    def written(self, names: Column, places: Places) -> Column:
         """Writes each name as it is at the place of its row."""
         codes, distinct = names.factorize()
         pairs, of_row = np.unique(codes * len(self._readings) + places, return_inverse=True)

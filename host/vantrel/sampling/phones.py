@@ -14,14 +14,13 @@ from typing import Any
 
 import numpy as np
 import phonenumbers
-from pandas.api.extensions import ExtensionArray, ExtensionDtype
 from phonenumbers import PhoneMetadata, PhoneNumberDesc, PhoneNumberFormat
 
 from vantrel.config import PersonModelConfig
 from vantrel.model.models.person import PersonModel
 from vantrel.rows import Ways
 from vantrel.rows.form import PhoneAttribute
-from vantrel.sampling.texts import Places, parted, replaced
+from vantrel.sampling.texts import Column, Places, parted, replaced
 from vantrel.util.locale.locale import recognise_known
 
 # What regulators keep for plays and books, so that nobody is ever called.
@@ -106,9 +105,9 @@ class Numbers:
         self,
         places: Places,
         rng: np.random.Generator,
-        texts: ExtensionArray | None,
-        dtype: ExtensionDtype,
-    ) -> ExtensionArray:
+        texts: Column | None,
+        dtype: Any,
+    ) -> Column:
         """Makes numbers.
 
         Args:

@@ -9,7 +9,6 @@ import msgspec
 import numpy as np
 import pandas as pd
 from faker import Faker
-from pandas.api.extensions import ExtensionArray
 
 from vantrel.attributes import LEARNT
 from vantrel.errors import SamplingError, raised_by_model
@@ -32,7 +31,7 @@ from vantrel.sampling.names import (
 from vantrel.sampling.phones import Numbers, number_formats, region_of
 from vantrel.sampling.places import with_names_of
 from vantrel.sampling.seeding import OwnSources
-from vantrel.sampling.texts import replaced
+from vantrel.sampling.texts import Column, replaced
 from vantrel.util.locale.locale import (
     Provider,
     get_country_to_provder_map,
@@ -97,7 +96,7 @@ class RealRows:
         give(names, *self._places.settled(self._name_keys(drawn, rng), places, rng))
         with told_before(), raised_by_model(SamplingError, "The model cannot make such rows"):
             people = names.sample(n)
-        made = {attribute: column.array for attribute, column in people.items()}
+        made = {str(attribute): column.array for attribute, column in people.items()}
         self._suit(made, places, rng)
         return self._framed(self._with_gaps(self._by_column(made, drawn), drawn))
 
@@ -109,9 +108,7 @@ class RealRows:
         keys = np.where(keys == ANY, self._by_title[drawn.title], keys)
         return np.where(keys == ANY, _KEYS.index(AMBIGUOUS), keys)
 
-    def _suit(
-        self, made: dict[str, ExtensionArray], places: Places, rng: np.random.Generator
-    ) -> None:
+    def _suit(self, made: dict[str, Column], places: Places, rng: np.random.Generator) -> None:
         """Rewrites or makes what must suit the place of each row."""
         if self._latin:
             for name in ("firstname", "lastname"):
@@ -126,9 +123,7 @@ class RealRows:
             texts, dtype = made.get(attribute), made["firstname"].dtype
             made[attribute] = numbers.made(places, rng, texts, dtype)
 
-    def _by_column(
-        self, made: dict[str, ExtensionArray], drawn: DrawnRows
-    ) -> dict[str, ExtensionArray]:
+    def _by_column(self, made: dict[str, Column], drawn: DrawnRows) -> dict[str, Column]:
         # A title that there is none of is missing.
         parts = {
             part: values.take(getattr(drawn, part), allow_fill=True)
@@ -137,9 +132,7 @@ class RealRows:
         }
         return {column: (made | parts)[attribute] for attribute, column in self._params.items()}
 
-    def _with_gaps(
-        self, columns: dict[str, ExtensionArray], drawn: DrawnRows
-    ) -> dict[str, ExtensionArray]:
+    def _with_gaps(self, columns: dict[str, Column], drawn: DrawnRows) -> dict[str, Column]:
         """Takes out what is missing; what the table did not have, where all the rest is missing."""
         gaps = dict(drawn.missing)
         if self._learnt:
@@ -165,7 +158,7 @@ class RealRows:
                 blank &= drawn.missing.get(column, False)
         return blank
 
-    def _framed(self, columns: dict[str, ExtensionArray]) -> pd.DataFrame:
+    def _framed(self, columns: dict[str, Column]) -> pd.DataFrame:
         return pd.DataFrame({column: columns[column] for column in self._columns}, copy=False)
 
 
@@ -195,7 +188,7 @@ class _Places:
             unknown = set(unknown_places(shares))
             known = [country for country in shares if country not in unknown]
             places = {country: place for place, country in enumerate(known)}
-            self._of_country = np.array([places.get(each, ANY) for each in rows.country])
+            self._of_country = np.array([places.get(each or "", ANY) for each in rows.country])
             weights = [shares[country] for country in known]
         if not sum(weights):  # of given countries no row was seen
             known, weights = known or [model.default_locale], [1.0] * (len(known) or 1)
@@ -242,7 +235,7 @@ class _Places:
         places[unknown] = rng.choice(len(self._weights), size=int(unknown.sum()), p=self._weights)
         return places
 
-    def full_names(self, names: Mapping[str, ExtensionArray], places: Places) -> ExtensionArray:
+    def full_names(self, names: Mapping[str, Column], places: Places) -> Column:
         """Joins names in the order and with the separator of each row's place.
 
         Args:
@@ -276,7 +269,7 @@ class _Places:
         return Drawn(_KEYS, keys), Drawn(list(self.fakers), self._variants[places, keys])
 
 
-def _in_capitals(names: ExtensionArray) -> ExtensionArray:
+def _in_capitals(names: Column) -> Column:
     """Writes names in capitals as Python does; pyarrow would leave "ß" one letter."""
     codes, distinct = names.factorize()
     capitals = [name.upper() for name in distinct.tolist()]

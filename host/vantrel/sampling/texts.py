@@ -10,8 +10,9 @@ from typing import Any, NamedTuple
 
 import numpy as np
 import pandas as pd
-from pandas.api.extensions import ExtensionArray
 
+# One of pandas' arrays, which have no class in common that tells all that they do.
+type Column = Any
 type Bytes = np.ndarray[tuple[int], np.dtype[np.uint8]]
 type Places = np.ndarray[tuple[int], np.dtype[np.int64]]
 
@@ -32,7 +33,7 @@ class Lines(NamedTuple):
     ends: Places
 
 
-def lines_of(texts: ExtensionArray) -> Lines:
+def lines_of(texts: Column) -> Lines:
     """Gives the bytes of a column's texts."""
     if not _is_of_arrow(texts.dtype):
         return _cut(joined(texts))
@@ -42,7 +43,7 @@ def lines_of(texts: ExtensionArray) -> Lines:
     return Lines(np.frombuffer(signs or b"", dtype=np.uint8), limits[:-1], limits[1:])
 
 
-def joined(texts: ExtensionArray) -> bytes:
+def joined(texts: Column) -> bytes:
     """Gives the texts in UTF-8, each with a line break behind it."""
     if not _is_of_arrow(texts.dtype) or not len(texts):
         return "".join([f"{text}\n" for text in texts.tolist()]).encode()
@@ -55,7 +56,7 @@ def joined(texts: ExtensionArray) -> bytes:
     return bytes(pc.binary_join(in_one, line_break)[0].as_buffer()) + b"\n"
 
 
-def parted(lines: bytes, dtype: Any) -> ExtensionArray:
+def parted(lines: bytes, dtype: Any) -> Column:
     """Makes a column of lines in ASCII, each with a line break behind it."""
     if not _is_of_arrow(dtype):
         return pd.array(lines.decode("ascii").split("\n")[:-1], dtype=dtype)
@@ -68,7 +69,7 @@ def parted(lines: bytes, dtype: Any) -> ExtensionArray:
     return dtype.__from_arrow__(pa.LargeStringArray.from_buffers(len(limits) - 1, *buffers))
 
 
-def replaced(texts: ExtensionArray, places: Places, others: ExtensionArray) -> ExtensionArray:
+def replaced(texts: Column, places: Places, others: Column) -> Column:
     """Gives a column with others in some places."""
     chosen = np.arange(len(texts))
     chosen[places] = len(texts) + np.arange(len(places))
@@ -85,7 +86,7 @@ def _is_of_arrow(dtype: Any) -> bool:
     return isinstance(dtype, pd.StringDtype) and dtype.storage == "pyarrow"
 
 
-def _arrow_array(texts: ExtensionArray) -> Any:
+def _arrow_array(texts: Column) -> Any:
     import pyarrow as pa
 
     column = texts.__arrow_array__()
