@@ -192,7 +192,7 @@ def test_sources_are_left_as_they_were_by_a_block_that_fails(
         raise ZeroDivisionError("nothing to share")
 
     frame = frame_of(fitted_model(), PLAN, 1)
-    monkeypatch.setattr("vantrel.sampling.blocks.sample_people", draw_and_fail)
+    monkeypatch.setattr("vantrel.sampling.makers.sample_people", draw_and_fail)
     random.seed(3)
     np.random.seed(3)
     before = source_states()

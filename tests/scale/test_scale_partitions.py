@@ -20,7 +20,7 @@ from vantrel.config import PersonLabels
 from vantrel.errors import PartitionError
 from vantrel.model.exceptions import ModelNotFittedError
 from vantrel.model.models.person import PersonModel
-from vantrel.sampling import Plan, blocks, sample_blocks
+from vantrel.sampling import Plan, sample_blocks
 from vantrel.scale import partitions as module
 from vantrel.scale.partitions import Partition, make_blocks, no_rows, partitions
 from vantrel.storage.models import dumps, loads
@@ -217,7 +217,7 @@ def test_a_failing_block_names_its_rows_and_puts_the_sources_back(
         return people
 
     numbers = iter(range(11))
-    monkeypatch.setattr(blocks, "sample_people", fail_in_block_7)
+    monkeypatch.setattr("vantrel.sampling.makers.sample_people", fail_in_block_7)
     (part,) = partitions(fitted_model(), replace(PLAN, rows=10_003, block_rows=1000), 1)
     before = source_states()
     with pytest.raises(PartitionError) as caught:
