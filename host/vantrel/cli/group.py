@@ -85,6 +85,12 @@ class TerseGroup(TerseCommand, click.Group):
             raise _reported(error) from error
 
 
+class _LeftOver(click.ClickException):
+    """People are still named in what was to be written."""
+
+    exit_code = LEFT_OVER
+
+
 def _reported(error: Exception) -> click.ClickException:
     """Makes the one line of an error, with the status that tells whose fault it is."""
     if isinstance(error, click.ClickException):
@@ -92,9 +98,7 @@ def _reported(error: Exception) -> click.ClickException:
     if isinstance(error, (ArgumentError, ArgumentTypeError)):
         return click.UsageError(str(error))
     if isinstance(error, VantrelError):
-        reported = click.ClickException(str(error))
-        reported.exit_code = LEFT_OVER if isinstance(error, LeakError) else BAD_DATA
-        return reported
+        return (_LeftOver if isinstance(error, LeakError) else click.ClickException)(str(error))
     if isinstance(error, OSError):
         where = f"{named(error.filename)}: " if error.filename else ""
         return click.ClickException(f"{where}{error.strerror or error}.")

@@ -22,16 +22,18 @@ from vantrel.storage.files import STANDARD_STREAM
 from vantrel.wording import counted
 
 if TYPE_CHECKING:
-    from vantrel.replacing.files import Replaced
+    from vantrel.replacing.outcome import Replaced
 
 type _Texts = tuple[str, ...]
 
 
 def _table_and_rest(text: str, inputs: Sequence[Path]) -> tuple[str | None, str]:
     """Splits off the name of a table, if what is before the first colon is one."""
+    from vantrel.replacing.opened import names_of
+
     table, colon, rest = text.partition(":")
-    known = {name for path in inputs for name in (path.name, path.name.split(".")[0])}
-    return (table, rest) if colon and table in known else (None, text)
+    is_known = colon and any(table in names_of(path) for path in inputs)
+    return (table, rest) if is_known else (None, text)
 
 
 def _keys(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, list[str]]:
@@ -160,19 +162,25 @@ def replace(
     """
     if output == STANDARD_STREAM:
         raise click.UsageError("Copies are not written to standard output: name a file for -o.")
-    all_tables = [*tables, *([people] if people else [])]
-    wanted = {"keys": _keys(keys, all_tables), "columns": _columns(columns, all_tables)}
-    if place is not None:
-        wanted["place"] = place
-
-    # These take a second to import; help and usage errors need not wait for them.
+    # These take a second to import; help need not wait for them.
     from vantrel.cli.console import say, working
     from vantrel.replacing import require_pyarrow
 
     require_pyarrow()
-    from vantrel.replacing.files import Asked, replace_files
+    from vantrel.replacing.files import replace_files
+    from vantrel.replacing.opened import Asked
+    from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
-    asked = Asked(keep=keep, scrub=scrub, no_real=no_real, fail_on_leak=fail_on_leak, **wanted)
+    all_tables = [*tables, *([people] if people else [])]
+    asked = Asked(
+        keys=_keys(keys, all_tables),
+        columns=_columns(columns, all_tables),
+        keep=keep,
+        scrub=scrub,
+        place=place or DEFAULT_LOCALE,
+        no_real=no_real,
+        fail_on_leak=fail_on_leak,
+    )
     outcome = replace_files(
         tables, output, asked, secret_file=secret, people=people, progress=working, **of_files
     )

@@ -52,11 +52,9 @@ class Forms:
     """
 
     def __init__(self, places: Sequence[Place], attribute: str) -> None:
+        kind = dict[str, str](KIND)[attribute]
         otherwise = getattr(PersonModelConfig(), f"{attribute}_format")
-        found = [
-            formats_of(place.region, KIND[attribute], is_valid=False) or [otherwise]
-            for place in places
-        ]
+        found = [formats_of(place.region, kind, is_valid=False) or [otherwise] for place in places]
         self._count = np.array([len(each) for each in found], dtype=np.uint64)
         self._start = np.cumsum([0, *map(len, found)])[:-1]
         width = max(len(text) for each in found for text in each)

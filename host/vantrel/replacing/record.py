@@ -11,7 +11,8 @@ from vantrel.storage.files import replacing
 from vantrel.wording import shown
 
 if TYPE_CHECKING:
-    from vantrel.replacing.files import Asked, Replaced
+    from vantrel.replacing.opened import Asked
+    from vantrel.replacing.outcome import Replaced
     from vantrel.replacing.people import Report
 
 FORMAT = "vantrel-replace"

@@ -1,0 +1,119 @@
+"""The tables of a run, opened, and what is asked of them."""
+
+from __future__ import annotations
+
+from collections.abc import Collection, Mapping, Sequence
+from contextlib import ExitStack
+from dataclasses import dataclass
+from pathlib import Path
+
+import pandas as pd
+import pyarrow as pa
+
+from vantrel.detection.values import SAMPLE_SIZE
+from vantrel.errors import ArgumentError
+from vantrel.hints import did_you_mean, listed
+from vantrel.replacing.frames import excerpt
+from vantrel.replacing.roles import Roles, find_roles
+from vantrel.tables.copying import Copied, open_copied
+from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
+
+# For each table, or for all of them under None: the columns of attributes, and those of the key.
+type ColumnsOfTables = Mapping[str | None, Mapping[str, Sequence[str]]]
+type KeysOfTables = Mapping[str | None, Sequence[str]]
+
+
+@dataclass(frozen=True)
+class Asked:
+    """What is asked of a run, besides its tables.
+
+    Args:
+        keys: The columns of the key, of each table by its name, or of all under None.
+        columns: The columns of attributes that are not to be found, likewise.
+        keep: Attributes that stay as they are.
+        scrub: Columns of other things in which the names of the row's person are replaced, too.
+        place: The country, or locale of Faker, of the people for whom no table tells one.
+        no_real: Whether nobody gets the full name or the telephone number of a real person.
+        fail_on_leak: Whether nothing is written where somebody is still named.
+    """
+
+    keys: KeysOfTables
+    columns: ColumnsOfTables
+    keep: Collection[str] = ()
+    scrub: Sequence[str] = ()
+    place: str = DEFAULT_LOCALE
+    no_real: bool = False
+    fail_on_leak: bool = False
+
+
+@dataclass(frozen=True)
+class OpenedTable:
+    """A table of a run.
+
+    Attributes:
+        copied: The table.
+        roles: What its columns are.
+    """
+
+    copied: Copied
+    roles: Roles
+
+    @property
+    def name(self) -> str:
+        """What a run calls it."""
+        return str(self.copied.path)
+
+
+def open_table(
+    stack: ExitStack,
+    path: Path,
+    asked: Asked,
+    separator: str | None,
+    encoding: str | None,
+    *,
+    is_only_read: bool = False,
+) -> OpenedTable:
+    """Opens a table for as long as ``stack``, and finds what its columns are."""
+    copied = stack.enter_context(open_copied(path, separator, encoding))
+    roles = find_roles(
+        _excerpt(copied),
+        key=_of_table(asked.keys, path),
+        columns=_of_table(asked.columns, path),
+        keep=asked.keep,
+        name=str(path),
+        is_only_read=is_only_read,
+    )
+    return OpenedTable(copied, roles)
+
+
+def _excerpt(copied: Copied) -> pd.DataFrame:
+    """Gives as many rows of a table as tell what its columns are."""
+    found: list[pa.RecordBatch] = []
+    for batch in copied.batches(copied.columns):
+        found.append(batch)
+        if sum(each.num_rows for each in found) >= SAMPLE_SIZE:
+            break
+    if not found:
+        return pd.DataFrame(columns=list(copied.columns))
+    return excerpt(pa.Table.from_batches(found))
+
+
+def _of_table[T](asked: Mapping[str | None, T], path: Path) -> T | None:
+    """Gives what is asked of a table by its name, or else of all."""
+    return next((asked[name] for name in (*names_of(path), None) if name in asked), None)
+
+
+def names_of(path: Path) -> tuple[str, ...]:
+    """What a table may be called: its file, with or without the ends of its name."""
+    return path.name, path.name.split(".")[0]
+
+
+def refuse_unknown_tables(paths: Sequence[Path], asked: Asked) -> None:
+    """Refuses what is asked of a table that is not there."""
+    known = dict.fromkeys(name for path in paths for name in names_of(path))
+    for name in (*asked.keys, *asked.columns):
+        if name is not None and name not in known:
+            raise ArgumentError(
+                f"There is no table {name!r}.{did_you_mean(name, known)} Tables are:"
+                f" {listed([path.name for path in paths])}."
+            )

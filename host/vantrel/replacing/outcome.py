@@ -1,0 +1,46 @@
+"""What came of a run on files."""
+
+from __future__ import annotations
+
+from dataclasses import dataclass
+from pathlib import Path
+
+from vantrel.replacing.leaks import Leak
+from vantrel.replacing.people import Report
+from vantrel.replacing.roles import Roles
+
+
+@dataclass(frozen=True)
+class Replaced:
+    """A table whose people were replaced.
+
+    Attributes:
+        path: The table.
+        output: The copy.
+        roles: What its columns were taken for.
+        rows: The number of its rows.
+        leaks: Who is still named in it.
+        notes: What is to be told of it.
+    """
+
+    path: Path
+    output: Path
+    roles: Roles
+    rows: int
+    leaks: list[Leak]
+    notes: list[str]
+
+
+@dataclass(frozen=True)
+class Outcome:
+    """What came of a run.
+
+    Attributes:
+        tables: The tables, in the order in which they were given.
+        report: What came of all of them.
+        notes: What is to be told of all of them.
+    """
+
+    tables: list[Replaced]
+    report: Report
+    notes: list[str]
