@@ -52,7 +52,7 @@ class Forms:
     """
 
     def __init__(self, places: Sequence[Place], attribute: str) -> None:
-        kind = dict[str, str](KIND)[attribute]
+        kind = next(kind for name, kind in KIND.items() if name == attribute)
         otherwise = getattr(PersonModelConfig(), f"{attribute}_format")
         found = [formats_of(place.region, kind, is_valid=False) or [otherwise] for place in places]
         self._count = np.array([len(each) for each in found], dtype=np.uint64)
