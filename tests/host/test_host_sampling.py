@@ -15,7 +15,7 @@ def fitted(people: pd.DataFrame) -> PersonModel:
 
 
 def test_countries_are_missing_as_often_as_in_the_table(people: pd.DataFrame) -> None:
-    people.loc[:3, "land"] = None
+    people.loc[:19, "land"] = None
     sample = sample_people(fitted(people), 5_000)
     assert abs(sample["land"].isna().mean() - 0.4) < 0.04
     assert set(sample["land"].dropna()) == {"GB", "US", "DE"}
@@ -44,8 +44,8 @@ def test_blank_rows_count_among_those_without_a_country(
 
 
 def test_with_given_genders_no_row_is_blank(people: pd.DataFrame) -> None:
-    people.loc[:3, "sex"] = None
-    people.loc[:3, "land"] = None
+    people.loc[:19, "sex"] = None
+    people.loc[:19, "land"] = None
     given = pd.DataFrame({"sex": ["m"] * 5_000})
     sample = sample_people(fitted(people), conditions=given)
     assert sample["surname"].notna().all()
@@ -53,7 +53,7 @@ def test_with_given_genders_no_row_is_blank(people: pd.DataFrame) -> None:
 
 
 def test_missing_genders_leave_the_whole_person_out(people: pd.DataFrame) -> None:
-    people.loc[:3, ["sex", "land"]] = None
+    people.loc[:19, ["sex", "land"]] = None
     sample = sample_people(fitted(people), 500)
     blank = sample["sex"].isna()
     assert 0 < blank.sum() < 500

@@ -112,7 +112,9 @@ def test_a_place_keeps_its_stream_whatever_other_places_are_known(people: pd.Dat
 
 
 def test_two_places_have_streams_of_their_own(people: pd.DataFrame) -> None:
-    model = fitted(CASES[1], people.assign(land=["GB", "GBR", "United Kingdom", "en_GB", "gb"] * 2))
+    model = fitted(
+        CASES[1], people.assign(land=["GB", "GBR", "United Kingdom", "en_GB", "gb"] * 10)
+    )
     seed_everything(model, 7)
     draws = {provider.random.random() for provider in model.country_to_provider_map.values()}
     assert len(draws) == 5

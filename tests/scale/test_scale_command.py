@@ -90,7 +90,12 @@ def test_a_cluster_on_this_machine(whole: dict[str, bytes]) -> None:
 def test_the_record_tells_how_it_was_made(whole: dict[str, bytes]) -> None:
     record = json.loads(whole["_made.json"])
     assert (record["rows"], record["seed"], record["model"]) == (ROWS, 7, "m.json")
-    assert record["options"] == {"unique": [], "block_rows": BLOCK_ROWS, "partitions": 3}
+    assert record["options"] == {
+        "unique": [],
+        "block_rows": BLOCK_ROWS,
+        "exact": False,
+        "partitions": 3,
+    }
 
 
 def test_no_machine_is_started_where_the_folder_would_be_in_none(
@@ -332,7 +337,7 @@ def test_rows_that_cannot_be_made(client: Any, on: str, whole: dict[str, bytes])
     def set_in_workers(function: Any) -> None:
         client.run(
             lambda: setattr(
-                importlib.import_module("vantrel.sampling.blocks"), "sample_people", function
+                importlib.import_module("vantrel.sampling.makers"), "sample_people", function
             )
         )
 
