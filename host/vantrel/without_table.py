@@ -14,12 +14,12 @@ from vantrel.arguments import refuse_text
 from vantrel.attributes import ATTRIBUTES, LEARNT
 from vantrel.config import PersonLabels, PersonModelConfig
 from vantrel.errors import ArgumentError, ArgumentTypeError
-from vantrel.fitting.checks import refuse_unknown_attribute
+from vantrel.fitting.checks import check_ways, refuse_unknown_attribute
 from vantrel.fitting.counted import fit_counts
 from vantrel.genders import keys_of
 from vantrel.metadata.value import Person
 from vantrel.model.models.person import PersonModel
-from vantrel.rows import Ways, learn_rows
+from vantrel.rows import learn_rows
 from vantrel.sampling.whole import sample
 from vantrel.tables import TableCounts
 from vantrel.tables.counts import Found
@@ -57,6 +57,8 @@ def people(
     genders: Shares = None,
     columns: Iterable[str] | None = None,
     seed: int | None = None,
+    phone_numbers: str = "fiction",
+    latin: bool = False,
 ) -> pd.DataFrame:
     """Makes up people without a table to learn from.
 
@@ -70,6 +72,9 @@ def people(
         genders: The same of genders, in words or letters. Women and men if None.
         columns: The attributes to make, in this order; all if None.
         seed: An integer from 0 on. If None, one is drawn and logged.
+        phone_numbers: "fiction" for numbers that are kept for it where a country has such, "valid"
+            for valid ones everywhere.
+        latin: Whether names are written in Latin letters.
 
     Returns:
         A frame with a column for each attribute. Its ``attrs["seed"]`` is the seed.
@@ -82,12 +87,17 @@ def people(
     Warns:
         BorrowedNamesWarning: Faker has no names of some countries.
     """
-    model, wanted = model_of(countries, genders, columns)
+    model, wanted = model_of(countries, genders, columns, phone_numbers, latin=latin)
     return sample(model, n, seed=seed)[wanted]
 
 
 def model_of(
-    countries: Shares, genders: Shares, columns: Iterable[str] | None
+    countries: Shares,
+    genders: Shares,
+    columns: Iterable[str] | None,
+    phone_numbers: str = "fiction",
+    *,
+    latin: bool = False,
 ) -> tuple[PersonModel, list[str]]:
     """Gives the model behind :func:`people`, which takes the same, and the columns to show."""
     refuse_text(columns, "columns", "attributes")
@@ -107,7 +117,9 @@ def model_of(
             )
     warn_of_borrowed(places)
     made = tuple(name for name in ATTRIBUTES if name in wanted or name in LEARNT)
-    return _model(tuple(places.items()), tuple(words.items()), made), wanted
+    check_ways(phone_numbers=phone_numbers, latin=latin)
+    shares = tuple(places.items()), tuple(words.items())
+    return _model(*shares, made, phone_numbers, latin), wanted
 
 
 def _shares(given: Any, name: str) -> dict[str, float]:
@@ -132,6 +144,8 @@ def _model(
     countries: tuple[tuple[str, float], ...],
     genders: tuple[tuple[str, float], ...],
     attributes: tuple[str, ...],
+    phone_numbers: str,
+    latin: bool,
 ) -> PersonModel:
     keys = keys_of([gender for gender, _ in genders], PersonModelConfig(), "gender")
     total = sum(share for _, share in countries) * sum(share for _, share in genders)
@@ -147,5 +161,6 @@ def _model(
     meta = Person("person", PersonLabels(**{name: name for name in attributes}))
     with told_before():
         model = fit_counts(counts, list(attributes), meta, config)
-    meta.rows, meta.ways = learn_rows(counts, meta, config, 1).rows, Ways()
+    meta.rows = learn_rows(counts, meta, config, 1).rows
+    meta.ways = check_ways(phone_numbers=phone_numbers, latin=latin)
     return model

@@ -33,6 +33,30 @@ def test_they_are_those_of_the_library() -> None:
     assert made().to_csv() == expected.to_csv()
 
 
+def test_ways_are_those_of_the_library() -> None:
+    succeed("people -n 200 --country JP --phone-numbers valid --latin --seed 7 -o out.csv")
+    expected = vantrel.people(200, countries=["JP"], phone_numbers="valid", latin=True, seed=7)
+    assert made().to_csv() == expected.to_csv()
+    assert expected["fullname"].str.isascii().all()
+    usual = vantrel.people(200, countries=["JP"], seed=7)
+    assert not usual["fullname"].str.isascii().any()
+
+
+def test_valid_numbers_are_many() -> None:
+    def numbers(phone_numbers: str) -> int:
+        made = vantrel.people(
+            2_000,
+            countries=["DE"],
+            columns=["mobile_number"],
+            seed=7,
+            phone_numbers=phone_numbers,
+        )
+        return made["mobile_number"].nunique()
+
+    assert numbers("fiction") <= 200
+    assert numbers("valid") > 1_900
+
+
 def test_columns_come_in_their_order_to_standard_output() -> None:
     result = succeed("people -n 3 --columns email,firstname --seed 1")
     expected = vantrel.people(3, columns=["email", "firstname"], seed=1)
@@ -61,8 +85,8 @@ def test_more_people_than_numbers_are_told_of() -> None:
     result = succeed("people -n 1001 --columns mobile_number --seed 1 -o out.csv")
     assert result.stderr == (
         "vantrel: note: There are more people than numbers, so that numbers come more than once:"
-        " mobile_number in GB (1,000 numbers). A model that is fitted with --phone-numbers valid has"
-        " more of them.\n"
+        " mobile_number in GB (1,000 numbers). With --phone-numbers valid there are more"
+        " of them, if the model is fitted so.\n"
     )
 
 

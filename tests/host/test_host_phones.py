@@ -103,7 +103,8 @@ def test_north_americans_have_the_numbers_of_all_their_area_codes(
 
 NOTE = (
     "There are more people than numbers, so that numbers come more than once: mobile_number in GB"
-    " (1,000 numbers). A model that is fitted with phone_numbers='valid' has more of them."
+    " (1,000 numbers). With phone_numbers='valid' there are more of"
+    " them, if the model is fitted so."
 )
 
 

@@ -12,8 +12,10 @@ from vantrel.cli.options import (
     columns_option,
     encoding_option,
     force_option,
+    latin_option,
     list_option,
     path_option,
+    phone_numbers_option,
     separator_option,
     values_option,
 )
@@ -70,13 +72,8 @@ def _by_country(
     help="The domain of e-mail addresses, such as example.org; as-made for those that Faker makes,"
     " which may belong to somebody. [default: many, under .example]",
 )
-@click.option(
-    "--phone-numbers",
-    type=click.Choice(["fiction", "valid"]),
-    help="Numbers that are kept for fiction, where a country has such, or valid ones everywhere."
-    " [default: fiction]",
-)
-@click.option("--latin", is_flag=True, help="Write names in Latin letters, whatever a country has.")
+@phone_numbers_option
+@latin_option
 @click.option(
     "--min-count",
     metavar="ROWS",

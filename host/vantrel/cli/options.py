@@ -29,6 +29,17 @@ values_option = click.option(
     help="Name values of the table in notes and errors, not only their number and rows.",
 )
 
+phone_numbers_option = click.option(
+    "--phone-numbers",
+    type=click.Choice(["fiction", "valid"]),
+    help="Numbers that are kept for fiction, where a country has such, or valid ones everywhere."
+    " [default: fiction]",
+)
+
+latin_option = click.option(
+    "--latin", is_flag=True, help="Write names in Latin letters, whatever a country has."
+)
+
 patterns_option = click.option(
     "--allow-patterns",
     is_flag=True,

@@ -9,7 +9,13 @@ from typing import TYPE_CHECKING
 import click
 
 from vantrel.cli.group import TerseCommand
-from vantrel.cli.options import force_option, list_option, path_option
+from vantrel.cli.options import (
+    force_option,
+    latin_option,
+    list_option,
+    path_option,
+    phone_numbers_option,
+)
 from vantrel.hints import named
 from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
 from vantrel.wording import counted
@@ -60,6 +66,8 @@ def _by_share(
     type=click.IntRange(min=0),
     help="Makes the people reproducible. Without one, a seed is drawn and told.",
 )
+@phone_numbers_option
+@latin_option
 @path_option(
     "-o",
     "--output",
@@ -73,6 +81,8 @@ def people(
     genders: dict[str, float] | None,
     columns: list[str],
     seed: int | None,
+    phone_numbers: str | None,
+    latin: bool,
     output: Path | None,
     force: bool,
 ) -> None:
@@ -93,7 +103,9 @@ def people(
     from vantrel.tables import write_table
     from vantrel.without_table import model_of
 
-    model, wanted = model_of(countries, genders, columns or None)
+    model, wanted = model_of(
+        countries, genders, columns or None, phone_numbers or "fiction", latin=latin
+    )
     plan, _ = plan_sample(model, n, None, seed=seed, unique=(), strict=False)
     with progress(n) as further:
 

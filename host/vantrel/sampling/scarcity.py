@@ -47,8 +47,8 @@ def tell_of_scarce_numbers(
     if scarce:
         _log.info(
             "There are more people than numbers, so that numbers come more than once:"
-            f" {some(scarce, _MOST_NAMED)}. A model that is fitted with"
-            f" {argument('phone_numbers', 'valid')} has more of them."
+            f" {some(scarce, _MOST_NAMED)}. With {argument('phone_numbers', 'valid')} there are"
+            " more of them, if the model is fitted so."
         )
 
 
