@@ -380,3 +380,17 @@ def test_parts_that_end_half_way_leave_what_was_there(
         write_table(parts(), tmp_path / name)
     assert (tmp_path / name).read_text() == "old"
     assert [path.name for path in tmp_path.iterdir()] == [name]
+
+
+def test_cells_that_are_too_long(tmp_path: Path) -> None:
+    path = tmp_path / "t.csv"
+    lines = ["sex,notes\n", *["m,x\n"] * 40, "f,{}\n", *["m,x\n"] * 10]
+    path.write_text("".join(lines).format("y" * 3_000_000))
+    assert read_table(path)["notes"].str.len().max() == 3_000_000
+    path.write_text("".join(lines).format("y" * 20_000_000))
+    with pytest.raises(TableError) as caught:
+        read_table(path)
+    assert str(caught.value) == (
+        f"Table {path} is no CSV table: the row that begins in line 42 has a cell of more than"
+        " 131,072 characters, or a quotation mark that is never closed."
+    )

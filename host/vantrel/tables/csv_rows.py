@@ -101,8 +101,11 @@ def fault(path: Path, kind: Kind, header: Header) -> str | None:
                 last = rows.line_num + 1
         except csv.Error as error:
             reason = f"cannot be read: {error}"
-            if "unexpected end" in str(error) or "field larger" in str(error):
+            if "unexpected end" in str(error):
                 reason = "has a quotation mark that is never closed"
+            elif "field larger" in str(error):
+                most = f"{csv.field_size_limit():,} characters"
+                reason = f"has a cell of more than {most}, or a quotation mark that is never closed"
             return f"the row that begins in line {last} {reason}."
     return None
 
