@@ -2,10 +2,12 @@
 
 import warnings
 from collections.abc import Iterator
+from itertools import product
 from typing import Any
 
 import pandas as pd
 import pytest
+from faker import Faker
 from hypothesis import HealthCheck, given, settings
 from hypothesis import strategies as st
 
@@ -284,3 +286,21 @@ def test_a_locale_without_names_of_its_own_is_refused() -> None:
     model = fitted_model(PersonLabels(gender="sex"), people(), locales=["en_GB", "fil_PH"])
     refused = strict(model)
     assert refused.startswith("Faker has no person names of its own for 'fil_PH': ")
+
+
+def test_spellings_of_one_country_share_what_makes_their_names(
+    monkeypatch: pytest.MonkeyPatch,
+) -> None:
+    spellings = ["".join(letters) for letters in product(*((c, c.upper()) for c in "germany"))]
+    model, made = fitted_model(LABELS, people()), []
+    make = Faker.__init__
+
+    def noted(self: Faker, *arguments: Any, **named: Any) -> None:
+        made.append(arguments)
+        make(self, *arguments, **named)
+
+    monkeypatch.setattr(Faker, "__init__", noted)
+    given = prepare_conditions(model, pd.DataFrame({"land": spellings}))
+    (rows,) = sample_blocks(model, Plan(len(given), 7), given)
+    assert rows["land"].tolist() == spellings
+    assert 0 < len(made) < 5
