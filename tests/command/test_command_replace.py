@@ -1,13 +1,15 @@
 """``vantrel replace`` as a user meets it."""
 
 import json
+import shlex
 import stat
+import subprocess
 from pathlib import Path
 
 import pandas as pd
 import pytest
 
-from support.command import fail, run, succeed
+from support.command import command_line, fail, run, succeed
 
 pytest.importorskip("pyarrow", reason="replacing people needs pyarrow")
 
@@ -170,7 +172,7 @@ BAD = [
     (
         f"{REPLACE} --key customers:id --key customers:land",
         2,
-        "There are two keys of table 'customers': join columns of one key by a comma, as in --key id,land.",
+        "There are two keys of table 'customers.csv': join columns of one key by a comma, as in --key id,land.",
     ),
     (
         "replace customers.csv -o customers.csv",
@@ -288,3 +290,88 @@ def test_a_table_without_rows() -> None:
     Path("customers.csv").write_text("id,sex,email\n")
     succeed("replace customers.csv -o copy.csv --column email=email")
     assert Path("copy.csv").read_text() == "id,sex,email\n"
+
+
+def test_columns_that_are_named_are_replaced_beside_those_that_are_found() -> None:
+    text = CUSTOMERS.replace("points", "billing").replace("007", "ann@work.example")
+    Path("customers.csv").write_bytes(text.encode())
+    succeed(f"{REPLACE} --column email=billing")
+    copy = read("copy.csv")
+    assert copy["email"][0] == copy["billing"][0] != "ann.lee@web.de"
+
+
+def test_columns_that_look_personal_and_stay_are_told() -> None:
+    lines = [f"{each},a{each}@web.de,b{each}@web.de" for each in range(20)]
+    Path("two.csv").write_text("\n".join(["id,email,e-mail", *lines]))
+    line = "replace two.csv -o copy.csv --key id --secret s"
+    told = (
+        "Column 'e-mail' looks like email, too, and stays: add --column email=e-mail to replace it"
+    )
+    assert succeed(line).stderr == f"vantrel: note: {told}.\n"
+    assert fail(f"{line} --force --fail-on-leak", 3) == (
+        f"Nothing was written, as people are still named. two.csv: {told}. Add --scrub with these"
+        " columns, or leave them out of the tables."
+    )
+    assert succeed(f"{line} --force --fail-on-leak --column email=e-mail").stderr == ""
+
+
+def test_columns_that_begin_empty_are_found() -> None:
+    lines = [f"{each},x{'y' * 100}," for each in range(60_000)]
+    Path("late.csv").write_text("\n".join(["id,code,email", *lines, "60000,x,ann@web.de"]))
+    succeed("replace late.csv -o copy.csv --key id --secret s")
+    assert "ann@web.de" not in Path("copy.csv").read_text()
+
+
+def test_one_odd_key_changes_nobody_else() -> None:
+    rows = "id,email\na,a@web.de\n{}b,b@web.de\n"
+    for odd, copy in (("", "plain.csv"), ("\0", "odd.csv")):
+        Path("keys.csv").write_text(rows.format(odd))
+        succeed(f"replace keys.csv -o {copy} --key id --secret s")
+    plain, odd_one = (Path(copy).read_text().splitlines() for copy in ("plain.csv", "odd.csv"))
+    assert plain[1] == odd_one[1]
+    assert plain[2] != odd_one[2]
+
+
+def test_one_table_by_two_names() -> None:
+    line = "--column customers:lastname=points --column customers.csv:username=notes"
+    succeed(f"{REPLACE} {line}")
+    assert read("copy.csv")["points"][0] != "007"
+    assert read("copy.csv")["notes"][0] != read("customers.csv")["notes"][0]
+
+
+def test_a_full_disk_leaves_no_copy_of_a_run() -> None:
+    lines = [f"{each},a{each}@web.de,{'y' * 200}" for each in range(5_000)]
+    Path("large.csv").write_text("\n".join(["id,email,text", *lines]))
+    line = "replace orders.csv large.csv -o copy --key id --secret s"
+    script = f"ulimit -f 100; trap '' XFSZ; exec {shlex.join(command_line(line))}"
+    ended = subprocess.run(["bash", "-c", script], capture_output=True, text=True, check=False)
+    assert ended.returncode == 1
+    assert ended.stderr.endswith("File too large.\n")
+    assert not Path("copy").exists()
+
+
+def test_numbers_that_are_too_few_are_told() -> None:
+    lines = [f"{each},DE,0171 39200{each:02}" for each in range(100)]
+    lines += [f"1{each:02},DE,0176 040690{each:02}" for each in range(100)]
+    Path("numbers.csv").write_text("\n".join(["id,land,mobile", *lines]))
+    line = "replace numbers.csv -o copy.csv --key id --secret s --no-real"
+    assert "There are too few others." in succeed(line).stderr
+
+
+def test_the_secret_is_no_place_for_a_copy() -> None:
+    message = "{} is the file to read: write to another one."
+    for secret in ("copy.csv", "copy.csv.made.json"):
+        line = f"replace customers.csv -o copy.csv --key id --secret {secret}"
+        assert fail(line, 2) == message.format(secret)
+
+
+def test_only_texts_are_scrubbed() -> None:
+    import pyarrow as pa
+    from pyarrow import parquet
+
+    table = pa.table({"email": ["a@web.de"], "parts": [{"a": 1}]})
+    parquet.write_table(table, "t.parquet")
+    succeed(REPLACE)  # which makes the secret
+    assert fail("replace t.parquet -o copy.parquet --scrub parts --secret s", 1) == (
+        "Values of type struct<a: int64> cannot be scrubbed: name a column of texts."
+    )

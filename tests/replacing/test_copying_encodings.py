@@ -181,8 +181,8 @@ def test_a_row_that_is_too_long(tmp_path: Path, block: int) -> None:
         copied_as_it_is(path, block, separator=",")
     # That is what Python says of a cell that it takes for too long.
     assert str(caught.value) == (
-        f"Table {path} is no CSV table: the row that begins in line 2 has a quotation mark that is"
-        " never closed."
+        f"Table {path} is no CSV table: the row that begins in line 2 has a cell of more than"
+        " 131,072 characters, or a quotation mark that is never closed."
     )
 
 

@@ -28,12 +28,12 @@ type _Texts = tuple[str, ...]
 
 
 def _table_and_rest(text: str, inputs: Sequence[Path]) -> tuple[str | None, str]:
-    """Splits off the name of a table, if what is before the first colon is one."""
+    """Splits off what names a table, if what is before the first colon does, and gives its name."""
     from vantrel.replacing.opened import names_of
 
     table, colon, rest = text.partition(":")
-    is_known = colon and any(table in names_of(path) for path in inputs)
-    return (table, rest) if is_known else (None, text)
+    named = [path.name for path in inputs if colon and table in names_of(path)]
+    return (named[0], rest) if named else (None, text)
 
 
 def _keys(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, list[str]]:

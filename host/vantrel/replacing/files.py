@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import os
 from collections.abc import Callable, Iterable, Sequence
 from contextlib import AbstractContextManager, ExitStack, nullcontext
 from pathlib import Path
@@ -10,7 +11,7 @@ import pyarrow as pa
 
 from vantrel.errors import LeakError
 from vantrel.hints import argument, named
-from vantrel.replacing.notes import notes_on_people, notes_on_table
+from vantrel.replacing.notes import further, notes_on_people, notes_on_table
 from vantrel.replacing.opened import Asked, OpenedTable, open_table, refuse_unknown_tables
 from vantrel.replacing.outcome import Outcome, Replaced
 from vantrel.replacing.outputs import compression_of, made_if_missing, outputs_of
@@ -79,10 +80,7 @@ def replace_files(
         who = People(secret, place=asked.place, no_real=asked.no_real)
         _learn(who, [*told, *tables], progress)
         with made_if_missing(output) if len(inputs) > 1 else nullcontext():
-            outcome = _copy_all(who, copies, asked, progress, force=force)
-    for replaced in outcome.tables:
-        write_record(replaced, asked, outcome.report)
-    return outcome
+            return _copy_all(who, copies, asked, progress, force=force)
 
 
 def _refuse_unknown_scrub(tables: Sequence[OpenedTable], scrub: Sequence[str]) -> None:
@@ -120,7 +118,9 @@ def _copy_all(
         ]
         if asked.fail_on_leak:
             _refuse_leaks(replaced)
-    return Outcome(replaced, report, list(notes_on_people(report)))
+        for table in replaced:
+            write_record(unfinished, table, asked, report)
+    return Outcome(replaced, report, list(notes_on_people(report, no_real=asked.no_real)))
 
 
 def _write(
@@ -146,6 +146,8 @@ def _write(
         replacing(output, binary=True, force=force, private_as=copied.path)
     )
     copied.write(file, copied.columns, told, compression=compression)
+    file.flush()
+    os.fsync(file.fileno())  # a disk that is full is heard of before any copy has its name
     return passing
 
 
@@ -161,6 +163,11 @@ def _refuse_leaks(tables: Iterable[Replaced]) -> None:
         for table in tables
         for leak in table.leaks
         if leak.kind == "person"
+    ]
+    leaks += [
+        f"{named(table.path)}: {further(choice)}"
+        for table in tables
+        for choice in table.roles.further
     ]
     if leaks:
         raise LeakError(

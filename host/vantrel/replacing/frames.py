@@ -19,9 +19,13 @@ def excerpt(table: pd.DataFrame | pa.Table) -> pd.DataFrame:
     """Gives as much of a table as tells what its columns are."""
     if isinstance(table, pd.DataFrame):
         return table
+    return excerpt_of(dict(zip(table.column_names, table.columns, strict=True)))
+
+
+def excerpt_of(columns: Mapping[str, pa.ChunkedArray]) -> pd.DataFrame:
+    """The same of columns of Arrow, which need not have equally many values."""
     first = {
-        name: _joined(column.drop_null().slice(0, SAMPLE_SIZE))
-        for name, column in zip(table.column_names, table.columns, strict=True)
+        name: _joined(column.drop_null().slice(0, SAMPLE_SIZE)) for name, column in columns.items()
     }
     return pd.DataFrame(
         {name: pd.Series(_values(as_texts(column))) for name, column in first.items()}

@@ -32,9 +32,11 @@ def keys_of(columns: Sequence[pa.Array], *, folds_case: Sequence[bool] = ()) -> 
         canonical(column, folds_case=folds)
         for column, folds in zip(columns, folds_case or [False] * len(columns), strict=True)
     ]
-    if len(parts) == 1 and not pc.any(pc.starts_with(parts[0], _PARTS)).as_py():
-        return parts[0]
-    return _joined(_PARTS, parts)
+    if len(parts) > 1:
+        return _joined(_PARTS, parts)
+    (key,) = parts
+    is_taken = pc.starts_with(key, _PARTS)
+    return pc.if_else(is_taken, _joined(_PARTS, parts), key) if pc.any(is_taken).as_py() else key
 
 
 def keys_of_rows(columns: Sequence[pa.Array]) -> pa.Array:

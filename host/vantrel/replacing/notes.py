@@ -5,6 +5,7 @@ from __future__ import annotations
 from collections.abc import Iterator
 from typing import TYPE_CHECKING
 
+from vantrel.detection import Choice
 from vantrel.hints import argument, listed
 from vantrel.replacing.roles import Roles
 from vantrel.wording import counted, shown
@@ -18,6 +19,15 @@ def note_on_columns(roles: Roles) -> str:
     """Tells which columns are replaced."""
     taken = [f"{column!r} ({attribute})" for column, attribute in roles.replaced.items()]
     return f"Replaced: {', '.join(taken)}."
+
+
+def further(choice: Choice) -> str:
+    """Tells of a column that looks like one of a person, and stays."""
+    remedy = argument(choice.attribute, choice.column)
+    return (
+        f"Column {shown(repr(choice.column))} looks like {choice.attribute}, too, and stays: add"
+        f" {remedy} to replace it"
+    )
 
 
 def notes_on_table(roles: Roles, table: Table, leaks: list[Leak]) -> Iterator[str]:
@@ -40,19 +50,25 @@ def notes_on_table(roles: Roles, table: Table, leaks: list[Leak]) -> Iterator[st
     for doubt in roles.found.doubts:
         yield (
             f"Column {shown(repr(doubt.column))} is not taken for {doubt.attribute}, as its values"
-            " do not look so."
+            " do not look so: it stays."
         )
+    for choice in roles.further:
+        yield f"{further(choice)}."
     for leak in leaks:
         remedy = f": add {argument('scrub', leak.column)}." if leak.kind == "person" else "."
         yield f"{leak}{remedy}"
 
 
-def notes_on_people(report: Report) -> Iterator[str]:
+def notes_on_people(report: Report, *, no_real: bool) -> Iterator[str]:
     """Tells how many made-up people bear what a real one bears."""
     for what, count in report.borne.items():
         if count:
+            remedy = (
+                "There are too few others."
+                if no_real
+                else f"{argument('no_real')} makes others, where there are enough."
+            )
             yield (
                 f"{count:,} of the made-up {what} are those of real people of the tables; chance"
-                f" alone gives {report.by_chance.get(what, 0):,}. {argument('no_real')} makes"
-                " others."
+                f" alone gives {report.by_chance.get(what, 0):,}. {remedy}"
             )

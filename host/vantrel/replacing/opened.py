@@ -13,7 +13,7 @@ import pyarrow as pa
 from vantrel.detection.values import SAMPLE_SIZE
 from vantrel.errors import ArgumentError
 from vantrel.hints import did_you_mean, listed
-from vantrel.replacing.frames import excerpt
+from vantrel.replacing.frames import excerpt_of
 from vantrel.replacing.roles import Roles, find_roles
 from vantrel.tables.copying import Copied, open_copied
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
@@ -87,15 +87,17 @@ def open_table(
 
 
 def _excerpt(copied: Copied) -> pd.DataFrame:
-    """Gives as many rows of a table as tell what its columns are."""
-    found: list[pa.RecordBatch] = []
+    """Gives as many values of each column as tell what it is, wherever in the table they begin."""
+    values: dict[str, list[pa.Array]] = {name: [] for name in copied.columns}
+    rows = 0
     for batch in copied.batches(copied.columns):
-        found.append(batch)
-        if sum(each.num_rows for each in found) >= SAMPLE_SIZE:
+        rows += batch.num_rows
+        for name, column in zip(batch.schema.names, batch.columns, strict=True):
+            if (own := column.drop_null()) and sum(map(len, values[name])) < SAMPLE_SIZE:
+                values[name].append(own)
+        if rows >= SAMPLE_SIZE and all(values.values()):
             break
-    if not found:
-        return pd.DataFrame(columns=list(copied.columns))
-    return excerpt(pa.Table.from_batches(found))
+    return excerpt_of({name: pa.chunked_array(own or [[]]) for name, own in values.items()})
 
 
 def _of_table[T](asked: Mapping[str | None, T], path: Path) -> T | None:

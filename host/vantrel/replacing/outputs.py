@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import os
 from collections.abc import Iterator, Sequence
 from contextlib import contextmanager, suppress
 from pathlib import Path
@@ -28,7 +29,10 @@ def outputs_of(
     """
     outputs = _named(inputs, output)
     refuse_missing_folder(output)
+    kept = {os.path.realpath(each) for each in read_only}
     for copy in (*outputs, *map(record_path, outputs)):
+        if os.path.realpath(copy) in kept:
+            raise OverwriteError(f"{named(copy)} is the file to read: write to another one.")
         refuse_overwriting(copy, *inputs, *read_only, force=force)
     return outputs
 

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import json
+from contextlib import ExitStack
 from typing import TYPE_CHECKING, Any
 
 from vantrel.replacing.secret import deciding_versions
@@ -20,11 +21,12 @@ FORMAT = "vantrel-replace"
 _SCHEMA_VERSION = 1
 
 
-def write_record(table: Replaced, asked: Asked, report: Report) -> None:
-    """Writes the record of a copy, whole or not at all, where those of samples are."""
+def write_record(unfinished: ExitStack, table: Replaced, asked: Asked, report: Report) -> None:
+    """Writes the record of a copy, which takes its name when ``unfinished`` is closed."""
     form = _form(table, asked, report)
-    with replacing(record_path(table.output)) as file:
-        file.write(json.dumps(form, ensure_ascii=False, indent=2) + "\n")
+    file = unfinished.enter_context(replacing(record_path(table.output)))
+    file.write(json.dumps(form, ensure_ascii=False, indent=2) + "\n")
+    file.flush()
 
 
 def _form(table: Replaced, asked: Asked, report: Report) -> dict[str, Any]:

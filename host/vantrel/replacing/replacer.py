@@ -57,6 +57,7 @@ class Replacer:
         self, secret: bytes | None = None, *, place: str = DEFAULT_LOCALE, no_real: bool = False
     ) -> None:
         self._people = _people(checked_secret(secret), place, no_real)
+        self._no_real = no_real
         self.roles: Roles | None = None
         self.report: Report | None = None
         self.notes: list[str] = []
@@ -92,7 +93,7 @@ class Replacer:
         self.notes = [
             note_on_columns(roles),
             *notes_on_table(roles, self.report.tables[name], passing.leaks()),
-            *notes_on_people(self.report),
+            *notes_on_people(self.report, no_real=self._no_real),
         ]
         for note in self.notes:
             _log.info(note)

@@ -4,13 +4,13 @@ from __future__ import annotations
 
 from collections import Counter
 from collections.abc import Iterable, Mapping, Sequence
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 
 import pandas as pd
 
 from vantrel.arguments import refuse_text
 from vantrel.attributes import ATTRIBUTES, LEARNT
-from vantrel.detection import NOTHING, Detection, detect
+from vantrel.detection import NOTHING, Choice, Detection, detect
 from vantrel.errors import ArgumentTypeError, ReplaceError
 from vantrel.fitting.checks import refuse_unknown_attribute
 from vantrel.hints import argument, did_you_mean, listed, named
@@ -34,6 +34,7 @@ class Roles:
         columns: The columns of each attribute, gender, title and country among them.
         kept: The attributes that are read and stay as they are, though they could be replaced.
         found: What told the columns that were not named.
+        further: Columns that look like those of a person as well, and stay.
         is_key_named: Whether the key was named, or else chosen.
     """
 
@@ -41,6 +42,7 @@ class Roles:
     columns: Mapping[str, tuple[str, ...]]
     kept: frozenset[str] = frozenset()
     found: Detection = NOTHING
+    further: tuple[Choice, ...] = ()
     is_key_named: bool = False
 
     @property
@@ -101,9 +103,14 @@ def find_roles(
     _refuse_missing(table, keys, given, the_table)
     _refuse_shared(given, the_table)
     found = _found(table, given)
-    told = given | {attribute: (column,) for attribute, column in found.columns.items()}
+    told = given | {
+        attribute: (*given.get(attribute, ()), column)
+        for attribute, column in found.columns.items()
+    }
     told = {attribute: told[attribute] for attribute in ATTRIBUTES if attribute in told}
-    roles = Roles(keys or _usual_key(told), told, kept, found, is_key_named=bool(keys))
+    key_of_table = keys or _usual_key(told)
+    taken = [*key_of_table, *(column for columns in told.values() for column in columns)]
+    roles = Roles(key_of_table, told, kept, found, _further(table, taken), bool(keys))
     if len(table) and not (roles.columns if is_only_read else roles.replaced):
         raise _nothing_found(table, roles, the_table)
     return roles
@@ -133,9 +140,29 @@ def _as_several(names: str | Iterable[str]) -> tuple[str, ...]:
 
 
 def _found(table: pd.DataFrame, given: Mapping[str, tuple[str, ...]]) -> Detection:
+    """Finds the columns of what is not named, and those of what is replaced besides."""
     named = [column for columns in given.values() for column in columns]
+    settled = {attribute for attribute, those in given.items() if attribute in LEARNT or not those}
     known = {attribute: columns[0] for attribute, columns in given.items() if columns}
-    return detect(table, known=known, ignored=named)
+    found = detect(
+        table,
+        known={name: column for name, column in known.items() if name in settled},
+        ignored=named,
+    )
+    choices = [choice for choice in found.choices if choice.attribute not in settled]
+    return replace(found, choices=choices)
+
+
+def _further(table: pd.DataFrame, taken: Iterable[str]) -> tuple[Choice, ...]:
+    """Finds columns that look like those of a person, beside the ones that are taken."""
+    choices: list[Choice] = []
+    while True:
+        ignored = [*taken, *(choice.column for choice in choices)]
+        found = detect(table, ignored=ignored).choices
+        more = [choice for choice in found if choice.attribute in REPLACED]
+        if not more:
+            return tuple(choices)
+        choices += more
 
 
 def _usual_key(told: Mapping[str, tuple[str, ...]]) -> tuple[str, ...]:

@@ -7,8 +7,9 @@ from collections.abc import Mapping
 
 import pyarrow as pa
 
+from vantrel.errors import ReplaceError
 from vantrel.replacing.leaks.exact import Span, found
-from vantrel.replacing.leaks.search import Wanted
+from vantrel.replacing.leaks.search import Wanted, is_text
 
 
 def scrubbed(
@@ -21,6 +22,10 @@ def scrubbed(
         real: What stood in the same rows, by attribute, before it was replaced.
         made: What stands there now. A missing value, or a missing attribute, replaces nothing.
     """
+    if not is_text(texts.type):
+        raise ReplaceError(
+            f"Values of type {texts.type} cannot be scrubbed: name a column of texts."
+        )
     wanted = Wanted({attribute: real[attribute] for attribute in real if attribute in made})
     rows: defaultdict[int, list[tuple[str, str, str]]] = defaultdict(list)
     for attribute, may_have in wanted.maybe_in(texts):

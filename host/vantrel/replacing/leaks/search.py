@@ -134,8 +134,13 @@ def _texts(values: pa.Array) -> pa.Array | None:
     if pa.types.is_nested(kind):
         texts = [None if value is None else str(value) for value in values.to_pylist()]
         return pa.array(texts, pa.string())
-    is_text = any(
+    return values.cast(pa.string()) if is_text(kind) or pa.types.is_integer(kind) else None
+
+
+def is_text(kind: pa.DataType) -> bool:
+    """Whether values of a type are texts, or a dictionary of them."""
+    kind = kind.value_type if pa.types.is_dictionary(kind) else kind
+    return any(
         test(kind)
         for test in (pa.types.is_string, pa.types.is_large_string, pa.types.is_string_view)
     )
-    return values.cast(pa.string()) if is_text or pa.types.is_integer(kind) else None
