@@ -37,9 +37,9 @@ def test_ways_are_those_of_the_library() -> None:
     succeed("people -n 200 --country JP --phone-numbers valid --latin --seed 7 -o out.csv")
     expected = vantrel.people(200, countries=["JP"], phone_numbers="valid", latin=True, seed=7)
     assert made().to_csv() == expected.to_csv()
-    assert expected["fullname"].str.isascii().all()
+    assert expected["fullname"].map(str.isascii).all()
     usual = vantrel.people(200, countries=["JP"], seed=7)
-    assert not usual["fullname"].str.isascii().any()
+    assert not usual["fullname"].map(str.isascii).any()
 
 
 def test_valid_numbers_are_many() -> None:
@@ -124,7 +124,6 @@ def test_nothing_is_overwritten_without_force() -> None:
             "'emial' is no attribute of a person. Did you mean 'email'? Known are:"
             f" {', '.join(ATTRIBUTES)}.",
         ),
-        ("-n 1 --colums email", "No such option '--colums'. Did you mean '--columns'?"),
     ],
 )
 def test_what_is_asked_wrongly_is_told_in_one_line(asked: str, message: str) -> None:
