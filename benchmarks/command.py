@@ -5,7 +5,6 @@ Each figure is that of a new process of the command, as the kernel tells it when
 
 from __future__ import annotations
 
-import os
 import subprocess
 import sys
 import tempfile
@@ -51,15 +50,24 @@ class Process:
     cpu: float
 
 
+# To the kernel the memory of whoever starts a process counts as its own, and here that is large by
+# then: a small process starts it, and tells how it ended, the most that was resident, and CPU time.
+_WATCHER = """
+import os, subprocess, sys
+process = subprocess.Popen(sys.argv[1:], stdout=subprocess.DEVNULL)
+_, status, used = os.wait4(process.pid, 0)
+print(os.waitstatus_to_exitcode(status), used.ru_maxrss, used.ru_utime + used.ru_stime)
+"""
+
+
 def run(*arguments: str | Path, program: str = VANTREL) -> Process:
     """Runs a program of Python, the command if none is named, and waits for its end."""
     line = [sys.executable, "-c", program, *map(str, arguments)]
-    process = subprocess.Popen(line, stdout=subprocess.DEVNULL)
-    _, status, used = os.wait4(process.pid, 0)
-    process.returncode = os.waitstatus_to_exitcode(status)
-    if process.returncode:
-        raise SystemExit(f"{' '.join(line)} ended with {process.returncode}")
-    return Process(used.ru_maxrss * 1024, used.ru_utime + used.ru_stime)
+    watched = [sys.executable, "-S", "-c", _WATCHER, *line]
+    told = subprocess.run(watched, stdout=subprocess.PIPE, text=True, check=True).stdout.split()
+    if told[0] != "0":
+        raise SystemExit(f"{' '.join(line)} ended with {told[0]}")
+    return Process(int(told[1]) * 1024, float(told[2]))
 
 
 def large_tables(rounds: int) -> Iterator[Result]:

@@ -76,7 +76,7 @@ def _phone_numbers(model: PersonModel) -> Call:
 
 
 def _usernames_of_one_name(model: PersonModel) -> Call:
-    first, last = _cycle(["Ann"], 400_000), _cycle(["Smith"], 400_000)
+    first, last = _cycle(["Ann"], 1_200_000), _cycle(["Smith"], 1_200_000)
     return lambda: model.generate_usernames(first, last)
 
 
@@ -90,7 +90,7 @@ CALLS: dict[str, Callable[[PersonModel], Call]] = {
     "1,500,000 sampled rows": _sampled_rows,
     "20,000,000 passwords": _passwords,
     "20,000,000 phone numbers": _phone_numbers,
-    "400,000 usernames of one name": _usernames_of_one_name,
+    "1,200,000 usernames of one name": _usernames_of_one_name,
     "12,000,000 first names": _first_names,
 }
 
