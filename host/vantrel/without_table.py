@@ -6,6 +6,7 @@ import math
 from collections.abc import Iterable, Mapping
 from functools import lru_cache
 from itertools import product
+from pathlib import Path
 from typing import Any
 
 import pandas as pd
@@ -20,8 +21,11 @@ from vantrel.genders import keys_of
 from vantrel.metadata.value import Person
 from vantrel.model.models.person import PersonModel
 from vantrel.rows import learn_rows
-from vantrel.sampling.whole import sample
-from vantrel.tables import TableCounts
+from vantrel.sampling.blocks import sample_blocks
+from vantrel.sampling.to_file import Progress, told, untold
+from vantrel.sampling.whole import plan_sample, sample
+from vantrel.storage.files import refuse_overwriting
+from vantrel.tables import TableCounts, write_table
 from vantrel.tables.counts import Found
 from vantrel.util.locale.locale import locale_of, refuse_unknown, told_before, warn_of_borrowed
 from vantrel.wording import shown
@@ -89,6 +93,40 @@ def people(
     """
     model, wanted = model_of(countries, genders, columns, phone_numbers, latin=latin)
     return sample(model, n, seed=seed)[wanted]
+
+
+def people_to_file(
+    output: Path,
+    n: int,
+    *,
+    columns: Iterable[str] | None = None,
+    countries: Shares = None,
+    genders: Shares = None,
+    seed: int | None = None,
+    phone_numbers: str = "fiction",
+    latin: bool = False,
+    force: bool = False,
+    progress: Progress = untold,
+) -> int:
+    """Writes the people of :func:`people` to a table, in memory that does not grow with them.
+
+    What is not told here is as that function takes it.
+
+    Args:
+        output: The table to write, as :func:`vantrel.tables.write_table` takes it.
+        force: Whether a file that is there is overwritten.
+        progress: What is told how far the rows are.
+
+    Returns:
+        The seed, drawn or given.
+    """
+    refuse_overwriting(output, force=force)
+    model, wanted = model_of(countries, genders, columns, phone_numbers, latin=latin)
+    plan, _ = plan_sample(model, n, None, seed=seed, unique=(), strict=False)
+    with progress(n) as further:
+        made = (block[wanted] for block in sample_blocks(model, plan))
+        write_table(told(made, further), output, force=force)
+    return plan.seed
 
 
 def model_of(

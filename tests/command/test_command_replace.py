@@ -218,12 +218,12 @@ BAD = [
     (
         "replace customers.csv -o copy.csv --column email",
         2,
-        "--column email is not of the form [TABLE:]ATTRIBUTE=COLUMN.",
+        "Invalid value for '--column': 'email' is not of the form [TABLE:]ATTRIBUTE=COLUMN.",
     ),
     (
         "replace customers.csv -o copy.csv --column land=country",
         2,
-        "--column land=country is the wrong way round: write country=land.",
+        "Invalid value for '--column': 'land=country' is the wrong way round: write country=land.",
     ),
     (
         "replace customers.csv -o copy.csv --column email=mail",
@@ -313,6 +313,14 @@ def test_columns_that_look_personal_and_stay_are_told() -> None:
         " columns, or leave them out of the tables."
     )
     assert succeed(f"{line} --force --fail-on-leak --column email=e-mail").stderr == ""
+
+
+def test_what_was_decided_is_not_told_as_undecided() -> None:
+    lines = [f"{each},A,a{each}@web.de,b{each}@web.de" for each in range(20)]
+    Path("two.csv").write_text("\n".join(["id,first_name,email,e-mail", *lines]))
+    line = "replace two.csv -o copy.csv --key id --secret s --fail-on-leak --keep email"
+    assert succeed(line).stderr == ""
+    assert read("copy.csv")[["email", "e-mail"]].equals(read("two.csv")[["email", "e-mail"]])
 
 
 def test_columns_that_begin_empty_are_found() -> None:

@@ -254,3 +254,15 @@ def test_a_frame_of_polars_stays_one(
     assert out.table.schema == given.table.schema
     expected = vantrel.replace(table[["customer_id", "email"]], "customer_id", SECRET)
     assert out.table["email"].to_pylist() == expected["email"].tolist()
+
+
+def test_an_advice_of_python_is_python(table: pd.DataFrame) -> None:
+    replacer = Replacer(SECRET)
+    replacer.replace(table.assign(**{"e-mail": table["email"]}), "customer_id")
+    (note,) = [each for each in replacer.notes if "looks like" in each]
+    assert note == (
+        "Column 'e-mail' looks like email, too, and stays: add columns={'email': 'e-mail'} to"
+        " replace it."
+    )
+    (leak,) = [each for each in replacer.notes if "still name" in each]
+    assert leak.endswith(": add scrub=['e-mail'].")

@@ -84,18 +84,24 @@ def columns_option(help: str) -> _Decorator:  # noqa: A002 - click's own name
     )
 
 
+def attribute_and_column(text: str, form: str) -> tuple[str, str]:
+    """Splits what names the column of an attribute; ``form`` is what an error says it should be."""
+    attribute, equals, column = text.partition("=")
+    hint = "'--column'"
+    if not (equals and column):
+        raise click.BadParameter(f"{text!r} is not of the form {form}.", param_hint=hint)
+    if attribute not in WORDS and column in WORDS:
+        message = f"{text!r} is the wrong way round: write {column}={attribute}."
+        raise click.BadParameter(message, param_hint=hint)
+    return attribute, column
+
+
 def _columns_by_attribute(
     _context: click.Context, _option: click.Parameter, values: Sequence[str]
 ) -> dict[str, str]:
     columns: dict[str, str] = {}
     for value in values:
-        attribute, equals, column = value.partition("=")
-        if not (equals and column):
-            raise click.BadParameter(f"{value!r} is not of the form ATTRIBUTE=COLUMN.")
-        if attribute not in WORDS and column in WORDS:
-            raise click.BadParameter(
-                f"{value!r} is the wrong way round: write {column}={attribute}."
-            )
+        attribute, column = attribute_and_column(value, "ATTRIBUTE=COLUMN")
         if attribute in columns:
             raise click.BadParameter(f"{attribute!r} is given twice.")
         columns[attribute] = column

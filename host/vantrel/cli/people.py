@@ -2,9 +2,8 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterator, Sequence
+from collections.abc import Sequence
 from pathlib import Path
-from typing import TYPE_CHECKING
 
 import click
 
@@ -17,11 +16,8 @@ from vantrel.cli.options import (
     phone_numbers_option,
 )
 from vantrel.hints import named
-from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
+from vantrel.storage.files import STANDARD_STREAM
 from vantrel.wording import counted
-
-if TYPE_CHECKING:
-    import pandas as pd
 
 
 def _by_share(
@@ -94,29 +90,25 @@ def people(
       vantrel people -n 5 --columns firstname,lastname,email
     """
     target = output or STANDARD_STREAM
-    refuse_overwriting(target, force=force)
 
     # These take a second to import; help and usage errors need not wait for them.
     from vantrel.cli.console import progress
-    from vantrel.sampling import sample_blocks
-    from vantrel.sampling.whole import plan_sample
-    from vantrel.tables import write_table
-    from vantrel.without_table import model_of
+    from vantrel.without_table import people_to_file
 
-    model, wanted = model_of(
-        countries, genders, columns or None, phone_numbers or "fiction", latin=latin
+    drawn_from = people_to_file(
+        target,
+        n,
+        countries=countries,
+        genders=genders,
+        columns=columns or None,
+        seed=seed,
+        phone_numbers=phone_numbers or "fiction",
+        latin=latin,
+        force=force,
+        progress=progress,
     )
-    plan, _ = plan_sample(model, n, None, seed=seed, unique=(), strict=False)
-    with progress(n) as further:
-
-        def told() -> Iterator[pd.DataFrame]:
-            for frame in sample_blocks(model, plan):
-                yield frame[wanted]
-                further(len(frame))
-
-        write_table(told(), target, force=force)
     if target != STANDARD_STREAM:
         made = counted(n, "person", "people")
-        click.echo(f"Made {made} with the seed {plan.seed}; wrote {named(target)}.")
+        click.echo(f"Made {made} with the seed {drawn_from}; wrote {named(target)}.")
     elif seed is None:
-        click.echo(f"vantrel: note: the seed is {plan.seed}", err=True)
+        click.echo(f"vantrel: note: the seed is {drawn_from}", err=True)

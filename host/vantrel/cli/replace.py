@@ -8,9 +8,9 @@ from typing import TYPE_CHECKING, Any
 
 import click
 
-from vantrel.attributes import ATTRIBUTES
 from vantrel.cli.group import TerseCommand
 from vantrel.cli.options import (
+    attribute_and_column,
     encoding_option,
     force_option,
     list_option,
@@ -54,13 +54,7 @@ def _columns(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str
     found: dict[str | None, dict[str, list[str]]] = {}
     for text in given:
         table, pair = _table_and_rest(text, inputs)
-        attribute, equals, column = pair.partition("=")
-        if not (equals and column):
-            raise click.UsageError(f"--column {text} is not of the form [TABLE:]ATTRIBUTE=COLUMN.")
-        if attribute not in ATTRIBUTES and column in ATTRIBUTES:
-            raise click.UsageError(
-                f"--column {text} is the wrong way round: write {column}={attribute}."
-            )
+        attribute, column = attribute_and_column(pair, "[TABLE:]ATTRIBUTE=COLUMN")
         found.setdefault(table, {}).setdefault(attribute, []).append(column)
     everywhere = found.get(None, {})
     return {table: everywhere | own for table, own in found.items()}

@@ -23,7 +23,7 @@ def note_on_columns(roles: Roles) -> str:
 
 def further(choice: Choice) -> str:
     """Tells of a column that looks like one of a person, and stays."""
-    remedy = argument(choice.attribute, choice.column)
+    remedy = argument("columns", {choice.attribute: choice.column})
     return (
         f"Column {shown(repr(choice.column))} looks like {choice.attribute}, too, and stays: add"
         f" {remedy} to replace it"
@@ -55,7 +55,7 @@ def notes_on_table(roles: Roles, table: Table, leaks: list[Leak]) -> Iterator[st
     for choice in roles.further:
         yield f"{further(choice)}."
     for leak in leaks:
-        remedy = f": add {argument('scrub', leak.column)}." if leak.kind == "person" else "."
+        remedy = f": add {argument('scrub', [leak.column])}." if leak.kind == "person" else "."
         yield f"{leak}{remedy}"
 
 

@@ -12,7 +12,7 @@ from vantrel.config import PersonModelConfig
 from vantrel.replacing.places import Place
 from vantrel.replacing.prints import WORD, Prints, layout, words_from_each_byte
 from vantrel.replacing.texts import NOTHING, Characters, digits_of
-from vantrel.sampling.phones import KIND, formats_of
+from vantrel.sampling.phones import KIND, FormatTable, formats_of
 
 _OPEN, _ZERO = ord("x"), ord("0")
 
@@ -55,11 +55,8 @@ class Forms:
         kind = next(kind for name, kind in KIND.items() if name == attribute)
         otherwise = getattr(PersonModelConfig(), f"{attribute}_format")
         found = [formats_of(place.region, kind, is_valid=False) or [otherwise] for place in places]
-        self._count = np.array([len(each) for each in found], dtype=np.uint64)
-        self._start = np.cumsum([0, *map(len, found)])[:-1]
-        width = max(len(text) for each in found for text in each)
-        texts = b"".join(text.encode().ljust(width, b"\0") for each in found for text in each)
-        written = np.frombuffer(texts, dtype=np.uint8).reshape(-1, width)
+        counts, self._start, written = FormatTable.of(found)
+        self._count = counts.astype(np.uint64)
         is_open = written == _OPEN
         self._most_open = int(is_open.sum(axis=1).max())
         # Which of the digits stands at each place; none, the last of them, where it is not open.

@@ -70,8 +70,20 @@ def _words(data: Any, starts: Any, lengths: Any) -> Iterator[tuple[Any, Prints]]
     for at in range(0, int(lengths.max(initial=0)), WORD):
         if at:
             rows = np.flatnonzero(lengths > at)
-        left = np.clip(lengths[rows] - at, 0, WORD)
-        yield rows, words[starts[rows] + np.minimum(at, lengths[rows])] & _KEPT[left]
+        begin = np.minimum(at, lengths[rows])
+        yield rows, words_at(words, starts[rows] + begin, lengths[rows] - begin)
+
+
+def words_at(words: Any, starts: Any, lengths: Any) -> Prints:
+    """Picks words by where texts start, and keeps of each what belongs to its text.
+
+    Args:
+        words: What :func:`words_from_each_byte` gives.
+        starts: Where the texts start.
+        lengths: How long they are.
+    """
+    picked: Prints = words[starts] & _KEPT[np.minimum(lengths, WORD)]
+    return picked
 
 
 def words_from_each_byte(data: Any) -> Any:

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from collections import Counter
-from collections.abc import Iterable, Mapping, Sequence
+from collections.abc import Collection, Iterable, Mapping, Sequence
 from dataclasses import dataclass, replace
 
 import pandas as pd
@@ -110,7 +110,9 @@ def find_roles(
     told = {attribute: told[attribute] for attribute in ATTRIBUTES if attribute in told}
     key_of_table = keys or _usual_key(told)
     taken = [*key_of_table, *(column for columns in told.values() for column in columns)]
-    roles = Roles(key_of_table, told, kept, found, _further(table, taken), bool(keys))
+    undecided = {each for each in REPLACED if each not in kept and given.get(each) != ()}
+    further = () if is_only_read else _further(table, taken, undecided)
+    roles = Roles(key_of_table, told, kept, found, further, bool(keys))
     if len(table) and not (roles.columns if is_only_read else roles.replaced):
         raise _nothing_found(table, roles, the_table)
     return roles
@@ -142,24 +144,22 @@ def _as_several(names: str | Iterable[str]) -> tuple[str, ...]:
 def _found(table: pd.DataFrame, given: Mapping[str, tuple[str, ...]]) -> Detection:
     """Finds the columns of what is not named, and those of what is replaced besides."""
     named = [column for columns in given.values() for column in columns]
-    settled = {attribute for attribute, those in given.items() if attribute in LEARNT or not those}
-    known = {attribute: columns[0] for attribute, columns in given.items() if columns}
-    found = detect(
-        table,
-        known={name: column for name, column in known.items() if name in settled},
-        ignored=named,
-    )
+    settled = {name: those for name, those in given.items() if name in LEARNT or not those}
+    known = {name: those[0] for name, those in settled.items() if those}
+    found = detect(table, known=known, ignored=named)
     choices = [choice for choice in found.choices if choice.attribute not in settled]
     return replace(found, choices=choices)
 
 
-def _further(table: pd.DataFrame, taken: Iterable[str]) -> tuple[Choice, ...]:
-    """Finds columns that look like those of a person, beside the ones that are taken."""
+def _further(
+    table: pd.DataFrame, taken: Iterable[str], undecided: Collection[str]
+) -> tuple[Choice, ...]:
+    """Finds columns that look like those of some attributes, beside the ones that are taken."""
     choices: list[Choice] = []
     while True:
         ignored = [*taken, *(choice.column for choice in choices)]
         found = detect(table, ignored=ignored).choices
-        more = [choice for choice in found if choice.attribute in REPLACED]
+        more = [choice for choice in found if choice.attribute in undecided]
         if not more:
             return tuple(choices)
         choices += more

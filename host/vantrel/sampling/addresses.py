@@ -12,9 +12,10 @@ import pandas as pd
 from anyascii import anyascii
 from faker import Faker
 
+from vantrel.rows.drawing import Places
 from vantrel.rows.form import AS_MADE, RESERVED
 from vantrel.sampling.names import readings_of
-from vantrel.sampling.texts import Column, Places, joined, lines_of, parted, replaced
+from vantrel.sampling.texts import Column, joined, lines_of, parted, replaced
 
 # What a language makes of its letters where they cannot be written, if not just the plain letter.
 _GERMAN = {"ä": "ae", "ö": "oe", "ü": "ue", "ß": "ss"}

@@ -10,8 +10,9 @@ import pandas as pd
 from anyascii import anyascii
 from faker import Faker
 
+from vantrel.rows.drawing import Places
 from vantrel.sampling.names import readings_of
-from vantrel.sampling.texts import Column, Places
+from vantrel.sampling.texts import Column
 
 # The blocks of Unicode that have Latin letters, and the marks that stand between these.
 _LATIN = re.compile("[\0-\u02ff\u1e00-\u1eff\u2010-\u201f]*")

@@ -10,7 +10,7 @@ import re
 from collections.abc import Iterable, Sequence
 from functools import cache
 from itertools import chain
-from typing import Any
+from typing import Any, NamedTuple
 
 import numpy as np
 import phonenumbers
@@ -19,8 +19,9 @@ from phonenumbers import PhoneMetadata, PhoneNumberDesc, PhoneNumberFormat
 from vantrel.config import PersonModelConfig
 from vantrel.model.models.person import PersonModel
 from vantrel.rows import Ways
+from vantrel.rows.drawing import Places
 from vantrel.rows.form import PhoneAttribute
-from vantrel.sampling.texts import Column, Places, parted, replaced
+from vantrel.sampling.texts import Column, parted, replaced
 from vantrel.util.locale.locale import recognise_known
 
 # What regulators keep for plays and books, so that nobody is ever called.
@@ -82,6 +83,29 @@ _TRIES = 40 * _MOST_FORMATS
 _LEADING = 4
 
 
+class FormatTable(NamedTuple):
+    """The formats of places, each a row of characters that is filled up with zeros.
+
+    Attributes:
+        counts: How many formats each place has.
+        starts: The number of the first of them.
+        signs: The characters of each format.
+    """
+
+    counts: Places
+    starts: Places
+    signs: Any
+
+    @classmethod
+    def of(cls, of_places: Sequence[Sequence[str]]) -> FormatTable:
+        """Takes the formats of each place."""
+        counts = np.array([len(formats) for formats in of_places])
+        width = max(map(len, chain.from_iterable(of_places)))
+        texts = b"".join(each.encode().ljust(width, b"\0") for each in chain(*of_places))
+        signs = np.frombuffer(texts, dtype=np.uint8).reshape(-1, width)
+        return cls(counts, np.cumsum(counts) - counts, signs)
+
+
 class Numbers:
     """Makes numbers of one kind for the people of places.
 
@@ -91,14 +115,9 @@ class Numbers:
     """
 
     def __init__(self, of_places: Sequence[Sequence[str]]) -> None:
-        self._count = np.array([len(formats) for formats in of_places])
-        self._start = np.cumsum(self._count) - self._count
-        # Each ends with a line break, behind what is filled up.
-        width = max(map(len, chain.from_iterable(of_places))) + 1
-        texts = b"".join(
-            each.encode().ljust(width - 1, b"\0") + b"\n" for each in chain(*of_places)
-        )
-        self._formats = np.frombuffer(texts, dtype=np.uint8).reshape(-1, width)
+        self._count, self._start, signs = FormatTable.of(of_places)
+        line_breaks = np.full(len(signs), ord("\n"), dtype=np.uint8)
+        self._formats = np.column_stack([signs, line_breaks])
         self.is_for_all = bool(self._count.all())
 
     def made(

@@ -11,10 +11,11 @@ from typing import Any, NamedTuple
 import numpy as np
 import pandas as pd
 
+from vantrel.rows.drawing import Places
+
 # One of pandas' arrays, which have no class in common that tells all that they do.
 type Column = Any
 type Bytes = np.ndarray[tuple[int], np.dtype[np.uint8]]
-type Places = np.ndarray[tuple[int], np.dtype[np.int64]]
 
 _LINE_BREAK = ord("\n")
 

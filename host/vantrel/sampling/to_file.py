@@ -92,9 +92,9 @@ def sample_to_file(
         people = sample_blocks(loaded.model, plan, given)
         if wanted is not None:
             people = map(partial(beside, wanted), people)
-        write_table(_told(people, further), output, csv_safe=csv_safe, force=force)
-    told = {"csv_safe": csv_safe} | (_told_of(conditions) if conditions else {})
-    record = record_of(loaded, plan, **told)
+        write_table(told(people, further), output, csv_safe=csv_safe, force=force)
+    options = {"csv_safe": csv_safe} | (_told_of(conditions) if conditions else {})
+    record = record_of(loaded, plan, **options)
     if is_recorded:
         record_path(output).unlink(missing_ok=True)  # it tells of the table that was there before
         write_record(record, output)
@@ -114,9 +114,10 @@ def _told_of(conditions: Path) -> dict[str, Any]:
     return {"conditions": shown(conditions.name, 255), "conditions_sha256": sha256}
 
 
-def _told(
+def told(
     frames: Iterable[pd.DataFrame], further: Callable[[int], object]
 ) -> Iterator[pd.DataFrame]:
+    """Gives frames on, and tells how many rows each had when the next is asked for."""
     for frame in frames:
         yield frame
         further(len(frame))

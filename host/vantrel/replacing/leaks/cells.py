@@ -14,6 +14,7 @@ import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.replacing.leaks.exact import FEWEST_DIGITS, FEWEST_OF_A_PART
+from vantrel.replacing.prints import layout, words_at, words_from_each_byte
 
 type Integers = np.ndarray[Any, np.dtype[Any]]
 
@@ -24,11 +25,7 @@ _IS_OF_WORD[128:] = True
 
 _OTHER_THAN_ASCII_AND_WORDS = re.compile(r"[^\w\x00-\x7f]")
 
-# A word is known by its first bytes.
-_KEY_BYTES = 8
-_MASKS = np.array([(1 << (8 * length)) - 1 for length in range(_KEY_BYTES + 1)], dtype=np.uint64)
-
-# What is no key of a word, and the end of no number.
+# What is no key of a word, which is known by its first bytes, and the end of no number.
 _NO_WORD = 0
 _NO_NUMBER = -1
 
@@ -68,12 +65,8 @@ class Cells:
 
     def __init__(self, texts: pa.Array) -> None:
         """Takes texts, missing ones among them."""
-        self._texts = _folded(texts)
-        _, offsets, data = self._texts.buffers()
-        start, rows = self._texts.offset, len(self._texts)
-        ends = np.frombuffer(offsets, np.int32, rows + 1, 4 * start) if offsets else np.zeros(1)
-        self._offsets = (ends - ends[0]).astype(np.int64)
-        self._bytes = np.frombuffer(data or b"", np.uint8)[int(ends[0]) : int(ends[-1])]
+        self._bytes, starts, _ = layout(_folded(texts))
+        self._offsets = np.append(starts, len(self._bytes))
 
     def may_have_word(self, keys: Integers) -> Integers:
         """The rows whose cell may have the word of the row, by the key of that."""
@@ -120,9 +113,7 @@ class Cells:
         ends[inner - 1] = is_of_word[inner - 1]
         starts = np.flatnonzero(begins)
         lengths = np.flatnonzero(ends) - starts + 1
-        padded = np.append(self._bytes, np.zeros(_KEY_BYTES, np.uint8))
-        from_each = np.ndarray(len(self._bytes), np.dtype("<u8"), padded, strides=(1,))
-        keys = from_each[starts] & _MASKS[np.minimum(lengths, _KEY_BYTES)]
+        keys = words_at(words_from_each_byte(self._bytes), starts, lengths)
         return _Parts(np.searchsorted(starts, self._offsets), keys)
 
     @cached_property
