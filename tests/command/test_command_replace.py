@@ -147,8 +147,8 @@ def test_leaks_end_a_run_that_asks_for_it() -> None:
     Path("copy.csv.made.json").unlink()
     assert fail(f"{REPLACE} --fail-on-leak", 3) == (
         "Nothing was written, as people are still named. customers.csv: Column 'notes': 1 cell"
-        " still names the row's person (row 1). Add --scrub with these columns, or leave them out"
-        " of the tables."
+        " still names the row's person (row 1): add --scrub notes. Do so, or leave these columns"
+        " out of the tables."
     )
     succeed(f"{REPLACE} --fail-on-leak --scrub notes")
 
@@ -301,23 +301,23 @@ def test_columns_that_are_named_are_replaced_beside_those_that_are_found() -> No
 
 
 def test_columns_that_look_personal_and_stay_are_told() -> None:
-    lines = [f"{each},a{each}@web.de,b{each}@web.de" for each in range(20)]
-    Path("two.csv").write_text("\n".join(["id,email,e-mail", *lines]))
+    lines = [f"{each},f,GB,a{each}@web.de,b{each}@web.de" for each in range(20)]
+    Path("two.csv").write_text("\n".join(["id,sex,country,email,e-mail", *lines]))
     line = "replace two.csv -o copy.csv --key id --secret s"
     told = (
         "Column 'e-mail' looks like email, too, and stays: add --column email=e-mail to replace it"
     )
     assert succeed(line).stderr == f"vantrel: note: {told}.\n"
     assert fail(f"{line} --force --fail-on-leak", 3) == (
-        f"Nothing was written, as people are still named. two.csv: {told}. Add --scrub with these"
-        " columns, or leave them out of the tables."
+        f"Nothing was written, as people are still named. two.csv: {told}. Do so, or leave these"
+        " columns out of the tables."
     )
     assert succeed(f"{line} --force --fail-on-leak --column email=e-mail").stderr == ""
 
 
 def test_what_was_decided_is_not_told_as_undecided() -> None:
-    lines = [f"{each},A,a{each}@web.de,b{each}@web.de" for each in range(20)]
-    Path("two.csv").write_text("\n".join(["id,first_name,email,e-mail", *lines]))
+    lines = [f"{each},f,GB,A,a{each}@web.de,b{each}@web.de" for each in range(20)]
+    Path("two.csv").write_text("\n".join(["id,sex,country,first_name,email,e-mail", *lines]))
     line = "replace two.csv -o copy.csv --key id --secret s --fail-on-leak --keep email"
     assert succeed(line).stderr == ""
     assert read("copy.csv")[["email", "e-mail"]].equals(read("two.csv")[["email", "e-mail"]])

@@ -12,7 +12,8 @@ pytest.importorskip("pyarrow", reason="leaks are looked for with pyarrow")
 
 import pyarrow as pa
 
-from vantrel.replacing.leaks import Leak, LeakSearch, scrubbed
+from vantrel.replacing.leaks import Leak, LeakSearch, Names, PrintedWords, Value, scrubbed
+from vantrel.replacing.names import first_names, folded, last_names
 
 ANN = {
     "firstname": "Ann",
@@ -32,13 +33,23 @@ EVE = {
 }
 
 
-def rows_of(person: dict[str, str], rows: int) -> dict[str, pa.Array]:
-    return {attribute: pa.array([value] * rows) for attribute, value in person.items()}
+def values_of(
+    rows: int, real: dict[str, str], made: dict[str, str | None] | None = None
+) -> list[Value]:
+    """What one person is known by in so many rows, and what takes its place."""
+    return [
+        Value(attribute, pa.array([value] * rows), _repeated((made or {}).get(attribute), rows))
+        for attribute, value in real.items()
+    ]
+
+
+def _repeated(value: str | None, rows: int) -> pa.Array:
+    return pa.array([value] * rows, pa.string())
 
 
 def leaks(cells: pa.Array, person: dict[str, str] = ANN, first_row: int = 1) -> list[Leak]:
     search = LeakSearch()
-    search.look(pa.record_batch({"notes": cells}), rows_of(person, len(cells)), first_row)
+    search.look(pa.record_batch({"notes": cells}), values_of(len(cells), person), first_row)
     return search.found()
 
 
@@ -130,7 +141,10 @@ def test_zeros_in_front_of_a_number_do_not_count() -> None:
 
 def test_other_rows_people_are_no_leaks() -> None:
     search = LeakSearch()
-    real = {"firstname": pa.array(["Ann", "Bo", None]), "lastname": pa.array(["Lee", "Ray", "Kim"])}
+    real = [
+        Value("firstname", pa.array(["Ann", "Bo", None])),
+        Value("lastname", pa.array(["Lee", "Ray", "Kim"])),
+    ]
     search.look(pa.record_batch({"notes": ["Bo Ray", "Ann Lee", "Ann Lee"]}), real, 1)
     assert search.found() == []
 
@@ -140,7 +154,7 @@ def test_what_is_told() -> None:
     search = LeakSearch()
     for first_row in (1, 8):
         batch = pa.record_batch({"id": pa.array(range(7)), "notes": cells})
-        search.look(batch, rows_of(ANN, 7), first_row)
+        search.look(batch, values_of(7, ANN), first_row)
     assert search.found() == [
         Leak("notes", "person", 8, (2, 4, 6)),
         Leak("notes", "name", 2, (1, 8)),
@@ -202,14 +216,14 @@ def test_a_table_without_any() -> None:
         "email": [f"first{n}@example.org" for n in range(rows)],
         "home_number": [f"030 {5_550_000 + n}" for n in range(rows)],
     }
-    values = {attribute: pa.array(each) for attribute, each in real.items()}
+    values = [Value(attribute, pa.array(each)) for attribute, each in real.items()]
     search.look(pa.record_batch(passed), values, 1)
     assert search.found() == []
 
 
 def scrub(cells: list[str | None]) -> list[str | None]:
-    real, made = rows_of(ANN, len(cells)), rows_of(EVE, len(cells))
-    new: list[str | None] = scrubbed(pa.array(cells, pa.string()), real, made).to_pylist()
+    values = values_of(len(cells), ANN, EVE)
+    new: list[str | None] = scrubbed(pa.array(cells, pa.string()), values).to_pylist()
     return new
 
 
@@ -229,24 +243,65 @@ def test_made_up_values_take_the_place_of_real_ones() -> None:
 
 
 def test_what_was_made_up_is_not_replaced_again() -> None:
-    real = {"firstname": pa.array(["Ann"]), "lastname": pa.array(["Lee"])}
-    made = {"firstname": pa.array(["Lee"]), "lastname": pa.array(["Ann"])}
-    assert scrubbed(pa.array(["Ann Lee"]), real, made).to_pylist() == ["Lee Ann"]
+    real, made = {"firstname": "Ann", "lastname": "Lee"}, {"firstname": "Lee", "lastname": "Ann"}
+    assert scrubbed(pa.array(["Ann Lee"]), values_of(1, real, made)).to_pylist() == ["Lee Ann"]
 
 
 def test_what_is_not_made_up_stays() -> None:
-    real = rows_of(ANN, 1)
     cells = pa.array(["Ann de Vries, ann_77"]).dictionary_encode()
-    made = {"firstname": pa.array([None], pa.string()), "username": pa.array(["eve1"])}
-    new = scrubbed(cells, real, made)
+    new = scrubbed(cells, values_of(1, ANN, {"firstname": None, "username": "eve1"}))
     assert new.type == cells.type
     assert new.to_pylist() == ["Ann de Vries, eve1"]
 
 
 def test_nothing_is_left_after_scrubbing() -> None:
     cells = [*PERSON, *NAME]
-    real, made = rows_of(ANN, len(cells)), rows_of(EVE, len(cells))
-    assert leaks(scrubbed(pa.array(cells), real, made)) == []
+    assert leaks(scrubbed(pa.array(cells), values_of(len(cells), ANN, EVE))) == []
+
+
+def names_of(*people: tuple[str, str]) -> Names:
+    """The prints of people's names, as another table tells them."""
+    first, last = (folded(pa.array(part, pa.string())) for part in zip(*people, strict=True))
+    return Names(first_names(first), last_names(last))
+
+
+NAMED_BY_OTHERS = {
+    "Ann de Vries": "person",
+    "VRIES, ANN": "person",
+    "for Ann (Mr Vries)": "person",
+    "Ann": "name",
+    "Anna Vriesland": None,
+    "": None,
+}
+
+
+def test_people_whom_another_table_names_are_found() -> None:
+    cells = pa.array([*NAMED_BY_OTHERS, None])
+    search = LeakSearch()
+    names = names_of(*[("Ann Mary", "de Vries")] * len(cells))
+    search.look(pa.record_batch({"notes": cells}), [], 1, names)
+    assert search.found() == [
+        Leak("notes", "person", 3, (1, 2, 3)),
+        Leak("notes", "name", 1, (4,)),
+    ]
+
+
+def test_accents_do_not_hide_whom_another_table_names() -> None:
+    cells = pa.array(["Günter Jürgens-Weiß", "Gunter Jurgens-Weiß!", "Günter", "Gun ter"])
+    search = LeakSearch()
+    names = names_of(*[("Günter", "Jürgens-Weiß")] * 4)
+    search.look(pa.record_batch({"notes": cells}), [], 1, names)
+    assert search.found() == [Leak("notes", "person", 2, (1, 2)), Leak("notes", "name", 1, (3,))]
+
+
+def test_names_are_found_in_the_rows_of_their_people_alone() -> None:
+    people = [("Ann", "Lee"), ("Bo", "Ray"), ("", "")]
+    texts = pa.array(["Bo, not Ann Lée", "Bo, not Ann Lée", "Ann Bo"])
+    first, last = names_of(*people)
+    words = PrintedWords(texts)
+    assert words.found(first).to_pylist() == ["Ann", "Bo", None]
+    assert words.found(last).to_pylist() == ["Lée", None, None]
+    assert PrintedWords(pa.array([], pa.string())).found(first[:0]).to_pylist() == []
 
 
 WORDS = st.text("aAbßſéİ1_ .-'@李\N{COMBINING ACUTE ACCENT}", max_size=6)
@@ -317,7 +372,7 @@ def test_the_same_is_found_as_by_a_plain_search(table: list[Row]) -> None:
         is_person = all(alone) or any(has.values())
         kinds.append("person" if is_person else "name" if any(alone) else None)
     search = LeakSearch()
-    real = {each: pa.array([p[each] for p in people], pa.string()) for each in people[0]}
+    real = [Value(each, pa.array([p[each] for p in people], pa.string())) for each in people[0]]
     search.look(pa.record_batch({"notes": pa.array(cells, pa.string())}), real, 0)
     expected = [
         (kind, kinds.count(kind), tuple(n for n, each in enumerate(kinds) if each == kind)[:3])

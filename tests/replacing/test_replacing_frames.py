@@ -14,6 +14,7 @@ pa = pytest.importorskip("pyarrow", reason="People are replaced by way of Arrow"
 
 import vantrel  # noqa: E402 - after the line that skips
 from support.replacing import SECRET, customers  # noqa: E402 - needs pyarrow
+from vantrel.first_names import genders_of_first_names
 from vantrel.replacing.replacer import Replacer  # noqa: E402 - as above
 
 
@@ -193,6 +194,8 @@ def test_what_was_found_is_logged(table: pd.DataFrame, caplog: pytest.LogCapture
         "Replaced: 'first_name' (firstname), 'email' (email).",
         "No key was named: 'email' tells who is who.",
         "The rows of 1 person contradict each other in gender: what was told first holds.",
+        "The country of 1 of 1 person is not known: their names and numbers are those of en_GB,"
+        " unless place=... or people=... tells others.",
     ]
     assert replacer.roles is not None
     assert replacer.roles.columns["gender"] == ("sex",)
@@ -266,3 +269,74 @@ def test_an_advice_of_python_is_python(table: pd.DataFrame) -> None:
     )
     (leak,) = [each for each in replacer.notes if "still name" in each]
     assert leak.endswith(": add scrub=['e-mail'].")
+
+
+def test_who_is_named_in_one_table_is_found_in_another() -> None:
+    customers = pd.DataFrame(
+        {
+            "id": [1, 2, 3],
+            "first_name": ["Günter", "Ann", "Bo"],
+            "last_name": ["Weber", "de Vries", "Ray"],
+            "email": ["g@x.org", "a@x.org", "b@x.org"],
+        }
+    )
+    orders = pd.DataFrame(
+        {
+            "id": [1, 2, 3, 1],
+            "email": ["g@x.org", "a@x.org", "b@x.org", "g@x.org"],
+            "sent_to": ["GÜNTER WEBER 1", "Vries, Ann 2", "nobody 3", "Bo Ray 4"],
+        }
+    )
+    replacer = Replacer(SECRET)
+    made = replacer.replace(customers, key="id").set_index("id")
+    same = replacer.replace(orders, key="id")
+    assert same["sent_to"].equals(orders["sent_to"])
+    assert [note for note in replacer.notes if "still name" in note] == [
+        "Column 'sent_to': 2 cells still name the row's person (rows 1, 2): add scrub=['sent_to']."
+    ]
+    scrubbed = replacer.replace(orders, key="id", scrub=["sent_to"])
+    first, last = made["first_name"], made["last_name"]
+    assert scrubbed["sent_to"].tolist() == [
+        f"{first[1].upper()} {last[1].upper()} 1",
+        f"{last[2]}, {first[2]} 2",
+        "nobody 3",
+        "Bo Ray 4",
+    ]
+    assert not [note for note in replacer.notes if "still name" in note]
+
+
+def test_a_second_column_of_an_attribute_is_looked_for_too() -> None:
+    table = pd.DataFrame(
+        {"id": [1], "email": ["a@x.org"], "mail2": ["b@x.org"], "memo": ["to B@x.org"]}
+    )
+    replacer = Replacer(SECRET)
+    replacer.replace(table, key="id", columns={"email": ["email", "mail2"]})
+    assert "Column 'memo': 1 cell still names the row's person (row 1): add scrub=['memo']." in (
+        replacer.notes
+    )
+
+
+GENDERS = {"Hans": "M", "Anna-Lena": "F", "Andrea": "F", "Prof. Dr. Eva": "F", "Qx": None}
+
+
+def test_a_first_name_tells_the_gender_where_nothing_else_does() -> None:
+    table = pd.DataFrame({"full_name": [f"{name} Ott" for name in GENDERS], "country": "DE"})
+    replacer = Replacer(SECRET)
+    made = replacer.replace(pd.concat([table] * 40).assign(id=range(200)), key="id")
+    known = genders_of_first_names("de_DE")
+    first = made["full_name"].str.extract(r"^(?:Prof\. Dr\. )?(\S+)")[0].str.lower().map(known)
+    for name, gender in zip(GENDERS, GENDERS.values(), strict=True):
+        found = set(first[made.index == list(GENDERS).index(name)].dropna())
+        assert found == ({"F", "M"} if gender is None else {gender})
+    assert "The gender of 40 of 200 people is not known: they have names of any." in replacer.notes
+
+
+@pytest.mark.parametrize("column", ["gender", "title"])
+def test_titles_tell_genders_also_where_genders_are_looked_for(column: str) -> None:
+    table = pd.DataFrame({"id": range(60), "first_name": "Qx", "anrede": ["Herr", "Frau Dr."] * 30})
+    made = vantrel.replace(table, "id", SECRET, columns={column: "anrede"}, place="DE")[
+        "first_name"
+    ].str.lower()
+    known = genders_of_first_names("de_DE")
+    assert set(made[::2].map(known).dropna()) == {"M"}
+    assert set(made[1::2].map(known).dropna()) == {"F"}

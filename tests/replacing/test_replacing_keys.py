@@ -2,9 +2,11 @@
 
 from __future__ import annotations
 
+from datetime import date, datetime
 from decimal import Decimal
 from hashlib import blake2b
 from typing import Any
+from uuid import UUID
 
 import numpy as np
 import pandas as pd
@@ -72,14 +74,38 @@ def test_a_key_is_missing_where_a_part_of_it_is() -> None:
     assert [key is None for key in keys_of(parts).to_pylist()] == [False, True, True, True]
 
 
-def test_case_counts_in_keys_and_not_in_those_that_fold_it() -> None:
-    addresses = pa.array(["A@B.com", "a@b.COM ", "É@b.com"])
-    assert keys_of([addresses], folds_case=[True]).to_pylist() == [
-        b"a@b.com",
-        b"a@b.com",
-        "é@b.com".encode(),
-    ]
-    assert len(set(keys_of([addresses]).to_pylist())) == 3
+def test_case_counts_in_keys_but_for_addresses() -> None:
+    assert key_of("A@B.com", "a@b.COM ", "É@b.com") == [b"a@b.com", b"a@b.com", "é@b.com".encode()]
+    assert key_of("A", "a", " a", "A@b") == [b"A", b"a", b" a", b"a@b"]
+
+
+@pytest.mark.parametrize(
+    "column",
+    [
+        pa.array([date(2020, 1, 2), date(2020, 1, 3)]),
+        pa.array([datetime(2020, 1, 2), datetime(2020, 1, 3)]),
+        pa.array([datetime(2020, 1, 2), datetime(2020, 1, 3)], pa.timestamp("ns")),
+        pa.array(["2020-01-02", "2020-01-03"]),
+        pa.array(["2020-01-02 00:00:00", "2020-01-03T00:00:00.000"]),
+    ],
+    ids=str,
+)
+def test_a_day_is_the_same_key_whatever_type_it_is_stored_in(column: Any) -> None:
+    assert canonical(column).to_pylist() == [b"2020-01-02", b"2020-01-03"]
+
+
+def test_times_lose_only_what_tells_nothing() -> None:
+    moment = datetime(2020, 1, 2, 3, 4, 0, 50_000)
+    (made,) = canonical(pa.array([moment])).to_pylist()
+    assert made == b"2020-01-02 03:04:00.05"
+    texts = ["2020-01-02T03:04:00.050", "2020-01-02 03:04:10", "12:00:00", "T: 2020-01-02 00:00:00"]
+    assert key_of(*texts) == [made, *(text.encode() for text in texts[1:])]
+
+
+def test_a_uuid_is_the_same_key_as_its_text() -> None:
+    ids = [UUID(int=7), UUID(int=2**127 + 8)]
+    column = pa.array([*(each.bytes for each in ids), None], pa.uuid())
+    assert canonical(column).to_pylist() == [*(str(each).encode() for each in ids), None]
 
 
 PARTS = st.text(st.sampled_from("a:1\0\x01"), min_size=1, max_size=4)

@@ -355,3 +355,26 @@ def test_people_without_a_country_live_where_it_is_said() -> None:
     )
     with pytest.raises(vantrel.UnknownPlaceError):
         Replacer(SECRET, place="Atlantis")
+
+
+def test_names_are_in_the_form_of_the_real_ones() -> None:
+    table = pd.DataFrame(
+        {
+            "id": [1, 1, 1, 1, 1],
+            "sex": "f",
+            "country": "JP",
+            "full_name": ["Qa Qb", "QB, QA", "Qb, Qa", "QA QB", ""],
+            "last_name": ["Qb", "QB", "Q.B.", "QBX", ""],
+        }
+    )
+    made = replaced_in_batches(table, 2, key="id").assign(country="JP")
+    plain, *others = made["full_name"]
+    last = made["last_name"][0]
+    first = plain.replace(last, "").strip()
+    assert others[:3] == [f"{last}, {first}", f"{last}, {first}", plain]
+    german = replaced_in_batches(table.assign(country="DE"), 2, key="id")
+    name = german["last_name"][0]
+    assert german["last_name"].tolist() == [name, name, name, name.upper(), ""]
+    plain, *others = german["full_name"]
+    first, last = plain.split(" ")
+    assert others == [f"{last.upper()}, {first.upper()}", f"{last}, {first}", plain.upper(), ""]

@@ -28,7 +28,6 @@ def table() -> pd.DataFrame:
 def test_roles_are_found(table: pd.DataFrame) -> None:
     roles = find_roles(table, key=["customer_id", "email"])
     assert roles.key == ("customer_id", "email")
-    assert roles.folds_case == (False, True)
     assert roles.is_key_named
     assert roles.replaced == {
         "first_name": "firstname",

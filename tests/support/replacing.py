@@ -60,7 +60,7 @@ def made_of(
     people.settle()
     made = []
     for df, own, role in zip(tables, batches, roles, strict=True):
-        parts = [people.replaced(batch, role) for batch in own]
+        parts = [people.replaced(batch, role).columns for batch in own]
         whole = {name: pa.chunked_array([part[name] for part in parts]) for name in role.replaced}
         made.append(pa.table(whole).to_pandas().set_index(df.index))
     people.finish()

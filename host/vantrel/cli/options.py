@@ -19,7 +19,7 @@ class _Decorator(Protocol):
 
 
 # The options whose names are not those of the library's keywords.
-_NAMES = {"n": "-n", "locales": "--locale"}
+_NAMES = {"n": "-n", "locales": "--locale", "place": "--locale"}
 
 force_option = click.option("--force", is_flag=True, help="Overwrite the output if it is there.")
 

@@ -180,7 +180,7 @@ def replace(
     )
     for table in outcome.tables:
         _tell(table)
-    for note in [*(note for table in outcome.tables for note in table.notes), *outcome.notes]:
+    for note in outcome.notes:
         say("note", note)
 
 

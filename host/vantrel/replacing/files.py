@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import os
-from collections.abc import Callable, Iterable, Sequence
+from collections.abc import Callable, Iterable, Iterator, Sequence
 from contextlib import AbstractContextManager, ExitStack, nullcontext
 from pathlib import Path
 
@@ -11,6 +11,7 @@ import pyarrow as pa
 
 from vantrel.errors import LeakError
 from vantrel.hints import argument, named
+from vantrel.replacing.leaks import Leak
 from vantrel.replacing.notes import further, notes_on_people, notes_on_table
 from vantrel.replacing.opened import Asked, OpenedTable, open_table, refuse_unknown_tables
 from vantrel.replacing.outcome import Outcome, Replaced
@@ -78,9 +79,14 @@ def replace_files(
             told.append(open_table(stack, people, asked, separator, encoding, is_only_read=True))
         secret = checked_secret(None) if secret_file is None else read_or_make_secret(secret_file)
         who = People(secret, place=asked.place, no_real=asked.no_real)
-        _learn(who, [*told, *tables], progress)
+        _learn(who, told, tables, progress)
         with made_if_missing(output) if len(inputs) > 1 else nullcontext():
-            return _copy_all(who, copies, asked, progress, force=force)
+            replaced, report = _copy_all(who, copies, asked, progress, force=force)
+    notes = [
+        *_notes(told, tables, replaced, report),
+        *notes_on_people(report, no_real=asked.no_real),
+    ]
+    return Outcome(replaced, report, notes)
 
 
 def _refuse_unknown_scrub(tables: Sequence[OpenedTable], scrub: Sequence[str]) -> None:
@@ -92,18 +98,30 @@ def _refuse_unknown_scrub(tables: Sequence[OpenedTable], scrub: Sequence[str]) -
         refuse_scrub(list(everywhere), table.roles, [*own, *unknown])
 
 
-def _learn(who: People, tables: Sequence[OpenedTable], progress: Progress) -> None:
+def _learn(
+    who: People,
+    only_read: Sequence[OpenedTable],
+    replaced: Sequence[OpenedTable],
+    progress: Progress,
+) -> None:
     with progress("Reading", None) as further:
-        for table in tables:
-            for batch in table.copied.batches(table.roles.needed):
-                who.learn(batch, table.roles, table.name)
-                further(batch.num_rows)
+
+        def learn(tables: Sequence[OpenedTable]) -> None:
+            for table in tables:
+                for batch in table.copied.batches(table.roles.needed):
+                    who.learn(batch, table.roles, table.name)
+                    further(batch.num_rows)
+
+        if only_read:
+            learn(only_read)
+            who.end_what_is_only_read()
+        learn(replaced)
     who.settle()
 
 
 def _copy_all(
     who: People, copies: Sequence[_Copy], asked: Asked, progress: Progress, *, force: bool
-) -> Outcome:
+) -> tuple[list[Replaced], Report]:
     """Writes all copies, which take their names at the end if nothing has failed."""
     rows = sum(who.tables[table.name].rows for table, *_ in copies if table.name in who.tables)
     with ExitStack() as unfinished:
@@ -113,14 +131,14 @@ def _copy_all(
             ]
         report = who.finish()
         replaced = [
-            _replaced(table, output, passing, report)
+            Replaced(table.copied.path, output, table.roles, passing.rows, passing.leaks())
             for (table, output, _), passing in zip(copies, passed, strict=True)
         ]
         if asked.fail_on_leak:
             _refuse_leaks(replaced)
         for table in replaced:
             write_record(unfinished, table, asked, report)
-    return Outcome(replaced, report, list(notes_on_people(report, no_real=asked.no_real)))
+    return replaced, report
 
 
 def _write(
@@ -151,15 +169,24 @@ def _write(
     return passing
 
 
-def _replaced(table: OpenedTable, output: Path, passing: Passing, report: Report) -> Replaced:
-    leaks = passing.leaks()
-    notes = list(notes_on_table(table.roles, report.tables.get(table.name, Table()), leaks))
-    return Replaced(table.copied.path, output, table.roles, passing.rows, leaks, notes)
+def _notes(
+    only_read: Sequence[OpenedTable],
+    tables: Sequence[OpenedTable],
+    replaced: Sequence[Replaced],
+    report: Report,
+) -> Iterator[str]:
+    """Tells of each table what is to be told; by its name where there are several."""
+    known: list[tuple[OpenedTable, list[Leak]]] = [(table, []) for table in only_read]
+    known += [(table, done.leaks) for table, done in zip(tables, replaced, strict=True)]
+    for table, leaks in known:
+        met = report.tables.get(table.name, Table())
+        for note in notes_on_table(table.roles, met, leaks):
+            yield f"{named(table.name)}: {note}" if len(known) > 1 else note
 
 
 def _refuse_leaks(tables: Iterable[Replaced]) -> None:
     leaks = [
-        f"{named(table.path)}: {leak}"
+        f"{named(table.path)}: {leak}: add {argument('scrub', [leak.column])}"
         for table in tables
         for leak in table.leaks
         if leak.kind == "person"
@@ -171,6 +198,6 @@ def _refuse_leaks(tables: Iterable[Replaced]) -> None:
     ]
     if leaks:
         raise LeakError(
-            f"Nothing was written, as people are still named. {'; '.join(leaks)}. Add"
-            f" {argument('scrub', ...)} with these columns, or leave them out of the tables."
+            f"Nothing was written, as people are still named. {'; '.join(leaks)}. Do so, or leave"
+            " these columns out of the tables."
         )

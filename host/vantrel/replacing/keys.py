@@ -16,22 +16,16 @@ WORDS = 8
 
 # "7.0" is how a column of integers with gaps is often written to CSV.
 _WHOLE_NUMBER = r"^-?(0|[1-9][0-9]*)\.0+$"
+_TIME = r"^\d{4}-\d{2}-\d{2}[ T]\d{2}:\d{2}:\d{2}(\.\d+)?(Z|[+-]\d{2}:?\d{2})?$"
+_END_OF_TIME = r"(:\d{2}(?:\.\d*[1-9])?)\.?0*(Z|[+-]\d{2}:?\d{2})?$"
 # Begins the keys of several parts, and those few of one part that begin with it themselves.
 _PARTS = b"\0"
 _ROW = b"\0row"
 
 
-def keys_of(columns: Sequence[pa.Array], *, folds_case: Sequence[bool] = ()) -> pa.Array:
-    """Gives the key of each row, null where a part of it is missing or empty.
-
-    Args:
-        columns: The parts of the key.
-        folds_case: For each part, whether upper and lower case are alike; none are if empty.
-    """
-    parts = [
-        canonical(column, folds_case=folds)
-        for column, folds in zip(columns, folds_case or [False] * len(columns), strict=True)
-    ]
+def keys_of(columns: Sequence[pa.Array]) -> pa.Array:
+    """Gives the key of each row, null where a part of it, one of the columns, is missing or empty."""
+    parts = [canonical(column) for column in columns]
     if len(parts) > 1:
         return _joined(_PARTS, parts)
     (key,) = parts
@@ -49,14 +43,17 @@ def keys_of_rows(columns: Sequence[pa.Array]) -> pa.Array:
     return _joined(_ROW, parts)
 
 
-def canonical(column: pa.Array, *, folds_case: bool = False) -> pa.Array:
+def canonical(column: pa.Array) -> pa.Array:
     """Writes values as binary: equal ones alike, whatever type they are stored in.
 
     Integers are written without a fraction, also where they are stored as floating point or
-    decimal numbers or as texts such as "7.0". Other texts stay as they are. Empty ones are missing.
+    decimal numbers or as texts such as "7.0"; days without a time of midnight; e-mail addresses in
+    lower case. Other texts stay as they are. Empty ones are missing.
     """
     text = as_texts(column)
-    text = _without_case(text) if folds_case else _without_fractions(text)
+    for sign, rewritten in _REWRITTEN.items():
+        if pc.any(pc.match_substring(text, sign)).as_py():  # a pattern takes ten times as long
+            text = rewritten(text)
     is_empty = pc.equal(text, "")
     if pc.any(is_empty).as_py():
         text = pc.if_else(is_empty, pa.scalar(None, pa.string()), text)
@@ -72,6 +69,8 @@ def as_texts(column: pa.Array) -> pa.Array:
         return column
     if pa.types.is_floating(kind):
         return _texts_of_floats(column)
+    if isinstance(kind, pa.UuidType):  # else its bytes would be taken for a text
+        return pa.array([None if each is None else str(each) for each in column.to_pylist()])
     try:
         return column.cast(pa.string())
     except (pa.ArrowNotImplementedError, pa.ArrowInvalid):  # lists, bytes that are no text
@@ -88,16 +87,29 @@ def _texts_of_floats(column: pa.Array) -> pa.Array:
     return pc.if_else(pa.array(np.isnan(numbers)), pa.scalar(None, pa.string()), made)
 
 
-def _without_case(text: pa.Array) -> pa.Array:
-    return pc.utf8_lower(pc.utf8_trim_whitespace(text))
+def _addresses_in_lower_case(text: pa.Array) -> pa.Array:
+    lower = pc.utf8_lower(pc.utf8_trim_whitespace(text))
+    return pc.if_else(pc.match_substring(text, "@"), lower, text)
 
 
-def _without_fractions(text: pa.Array) -> pa.Array:
-    """Cuts ".0" off whole numbers."""
-    if not pc.any(pc.match_substring(text, ".0")).as_py():  # the pattern takes ten times as long
-        return text
+def _whole_numbers_without_fraction(text: pa.Array) -> pa.Array:
     cut = pc.replace_substring_regex(text, r"\.0+$", "")
     return pc.if_else(pc.match_substring_regex(text, _WHOLE_NUMBER), cut, text)
+
+
+def _times_without_needless_parts(text: pa.Array) -> pa.Array:
+    """Writes times alike: a blank before the hours, no zeros behind the seconds, no midnight."""
+    cut = pc.replace_substring_regex(text, _END_OF_TIME, r"\1\2")
+    cut = pc.replace_substring(pc.replace_substring_regex(cut, "[ T]00:00:00$", ""), "T", " ")
+    return pc.if_else(pc.match_substring_regex(text, _TIME), cut, text)
+
+
+# What may have to be written otherwise has such a sign in it.
+_REWRITTEN = {
+    "@": _addresses_in_lower_case,
+    ".0": _whole_numbers_without_fraction,
+    ":": _times_without_needless_parts,
+}
 
 
 def _joined(start: bytes, parts: Iterable[pa.Array]) -> pa.Array:

@@ -18,12 +18,12 @@ import pyarrow.compute as pc
 from vantrel.replacing.keys import Digests
 from vantrel.replacing.names import paired
 from vantrel.replacing.numbers import Forms, ends_of_numbers, passwords
-from vantrel.replacing.places import Places
+from vantrel.replacing.places import GENDERS, Places
 from vantrel.replacing.pools import DOMAIN_BITS, NAME_BITS, Vocabulary
 from vantrel.replacing.prints import Prints, mixed
 from vantrel.replacing.real import RealPeople
 from vantrel.replacing.texts import Characters, strings
-from vantrel.replacing.told import GENDERS, Told
+from vantrel.replacing.told import Told
 
 CODE_BITS = 50
 """So many bits of the digest tell accounts apart."""
@@ -164,6 +164,10 @@ class MadeUp:
         separators = pa.array([order.separator for order in orders], pa.string())
         between = separators.take(pa.array(self._told.place))
         return pc.binary_join_element_wise(start, end, between)
+
+    def inverted(self) -> pa.Array:
+        """Full names with the last name first, before a comma, as lists have them."""
+        return pc.binary_join_element_wise(self._lastname, self._firstname, ", ")
 
     @cached_property
     def _username(self) -> pa.Array:

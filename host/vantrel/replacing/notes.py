@@ -38,7 +38,7 @@ def notes_on_table(roles: Roles, table: Table, leaks: list[Leak]) -> Iterator[st
             if roles.key
             else "No key was named, and none was found: each row is a person of its own."
         )
-    elif table.without_key:
+    if roles.key and table.without_key:
         rows = counted(table.without_key, "row")
         yield f"{rows} without a key: each is a person of its own."
     for told, count in table.contradictions.items():
@@ -48,9 +48,10 @@ def notes_on_table(roles: Roles, table: Table, leaks: list[Leak]) -> Iterator[st
                 f" {told}: what was told first holds."
             )
     for doubt in roles.found.doubts:
+        remedy = argument("columns", {doubt.attribute: doubt.column})
         yield (
             f"Column {shown(repr(doubt.column))} is not taken for {doubt.attribute}, as its values"
-            " do not look so: it stays."
+            f" do not look so: it stays; {remedy} takes it."
         )
     for choice in roles.further:
         yield f"{further(choice)}."
@@ -60,7 +61,20 @@ def notes_on_table(roles: Roles, table: Table, leaks: list[Leak]) -> Iterator[st
 
 
 def notes_on_people(report: Report, *, no_real: bool) -> Iterator[str]:
-    """Tells how many made-up people bear what a real one bears."""
+    """Tells what was not known of people, and how many made-up ones bear what a real one bears."""
+    if report.met_before is not None and report.met_before < report.people:
+        yield (
+            f"The table that was only read tells of {_some_of(report.met_before, report)}: of others"
+            " their own rows alone tell."
+        )
+    if count := report.untold.get("country"):
+        yield (
+            f"The country of {_some_of(count, report)} is not known: their names and numbers are"
+            f" those of {report.locale}, unless {argument('place', ...)} or"
+            f" {argument('people', ...)} tells others."
+        )
+    if count := report.untold.get("gender"):
+        yield f"The gender of {_some_of(count, report)} is not known: they have names of any."
     for what, count in report.borne.items():
         if count:
             remedy = (
@@ -72,3 +86,8 @@ def notes_on_people(report: Report, *, no_real: bool) -> Iterator[str]:
                 f"{count:,} of the made-up {what} are those of real people of the tables; chance"
                 f" alone gives {report.by_chance.get(what, 0):,}. {remedy}"
             )
+
+
+def _some_of(count: int, report: Report) -> str:
+    """Tells how many of all people there are."""
+    return f"{count:,} of {counted(report.people, 'person', 'people')}"

@@ -20,7 +20,6 @@ class Replaced:
         roles: What its columns were taken for.
         rows: The number of its rows.
         leaks: Who is still named in it.
-        notes: What is to be told of it.
     """
 
     path: Path
@@ -28,7 +27,6 @@ class Replaced:
     roles: Roles
     rows: int
     leaks: list[Leak]
-    notes: list[str]
 
 
 @dataclass(frozen=True)
@@ -38,7 +36,7 @@ class Outcome:
     Attributes:
         tables: The tables, in the order in which they were given.
         report: What came of all of them.
-        notes: What is to be told of all of them.
+        notes: What is to be told of each table, by its name where there are several, and of all.
     """
 
     tables: list[Replaced]

@@ -8,7 +8,9 @@ import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.replacing.keys import as_texts
-from vantrel.replacing.leaks import Leak, LeakSearch, scrubbed
+from vantrel.replacing.form import without_titles
+from vantrel.replacing.leaks import Leak, LeakSearch, Names, PrintedWords, Value, is_text, scrubbed
+from vantrel.replacing.made import MadeUp
 from vantrel.replacing.people import People
 from vantrel.replacing.roles import Roles
 
@@ -16,6 +18,9 @@ from vantrel.replacing.roles import Roles
 _TWO_NAMES = (
     r"^\s*(?:(?P<before>[^,]*[^,\s])\s*,\s*(?P<behind>.*\S)|(?P<start>.*\S)\s+(?P<end>\S+))\s*$"
 )
+
+
+_PARTS = ("firstname", "lastname")
 
 
 class Passing:
@@ -35,40 +40,56 @@ class Passing:
         self._roles = roles
         self._scrub = list(scrub)
         self._search = LeakSearch()
+        has_names = "fullname" in roles.columns or roles.columns.keys() >= set(_PARTS)
+        self._has_no_names = not has_names
         self._of_people = {column for columns in roles.columns.values() for column in columns}
         self.rows = 0
 
     def __call__(self, batch: pa.RecordBatch) -> dict[str, pa.Array]:
         """Gives the new columns of a batch with all its columns; the others stay."""
-        made = self._people.replaced(batch, self._roles)
-        real = self._by_attribute({name: batch.column(name) for name in made})
-        if self._scrub:
-            new = self._by_attribute(made)
-            made |= {name: scrubbed(batch.column(name), real, new) for name in self._scrub}
+        new = self._people.replaced(batch, self._roles)
+        columns, values = new.columns, self._known_by(batch, new.columns)
+        names = Names(new.told.first, new.told.last) if self._has_no_names else None
+        for column in self._scrub:
+            texts = batch.column(column)
+            of_others = [] if names is None else _found_by_print(texts, names, new.made)
+            columns[column] = scrubbed(texts, [*values, *of_others])
         passed = [name for name in batch.schema.names if name not in self._of_people]
-        left = {name: made.get(name, batch.column(name)) for name in passed}
-        self._search.look(pa.RecordBatch.from_pydict(left), real, self.rows + 1)
+        left = {name: columns.get(name, batch.column(name)) for name in passed}
+        self._search.look(pa.RecordBatch.from_pydict(left), values, self.rows + 1, names)
         self.rows += batch.num_rows
-        return made
+        return columns
 
     def leaks(self) -> list[Leak]:
         """Who is still named in the columns that passed through."""
         return self._search.found()
 
-    def _by_attribute(self, columns: Mapping[str, pa.Array]) -> dict[str, pa.Array]:
-        """Gives what a row's person is known by; parts of full names where they have no columns."""
-        found: dict[str, pa.Array] = {}
-        for column, attribute in self._roles.replaced.items():
-            found.setdefault(attribute, as_texts(columns[column]))
-        if "fullname" in found:
-            halves = _halves(found["fullname"])
-            found = dict(zip(("firstname", "lastname"), halves, strict=True)) | found
-        return found
+    def _known_by(self, batch: pa.RecordBatch, made: Mapping[str, pa.Array]) -> list[Value]:
+        """Gives what each row's person is known by; the parts of full names, too."""
+        values = [
+            Value(attribute, as_texts(batch.column(column)), as_texts(made[column]))
+            for column, attribute in self._roles.replaced.items()
+        ]
+        for whole in [value for value in values if value.attribute == "fullname"]:
+            parts = zip(_PARTS, _halves(whole.real), _halves(whole.made), strict=True)
+            values += [Value(*part) for part in parts if part[0] not in self._roles.columns]
+        return values
+
+
+def _found_by_print(texts: pa.Array, names: Names, made: MadeUp) -> list[Value]:
+    """Gives the names that another table tells, as they are in texts."""
+    if not is_text(texts.type):
+        return []
+    words = PrintedWords(texts.cast(pa.string()))
+    return [
+        Value(part, words.found(wanted), made.column(part))
+        for part, wanted in zip(_PARTS, names, strict=True)
+    ]
 
 
 def _halves(names: pa.Array) -> tuple[pa.Array, pa.Array]:
     """Gives the first and the last names of full ones, missing where there is one word."""
-    found = pc.extract_regex(names, _TWO_NAMES)
+    found = pc.extract_regex(without_titles(names), _TWO_NAMES)
     before, behind, start, end = (
         pc.if_else(pc.equal(part, ""), None, part) for part in found.flatten()
     )

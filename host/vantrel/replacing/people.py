@@ -16,13 +16,15 @@ from typing import Any
 import numpy as np
 import pyarrow as pa
 
+from vantrel.attributes import NAMES
 from vantrel.errors import ReplaceError
 from vantrel.hints import listed
 from vantrel.replacing.cells import put_in
-from vantrel.replacing.keys import WORDS, Digests, digests, keys_of, keys_of_rows
+from vantrel.replacing.form import in_case_of, in_form_of
+from vantrel.replacing.keys import WORDS, Digests, as_texts, digests, keys_of, keys_of_rows
 from vantrel.replacing.made import MadeUp, Makers
 from vantrel.replacing.places import Places
-from vantrel.replacing.prints import prints
+from vantrel.replacing.prints import Prints, prints
 from vantrel.replacing.real import RealPeople
 from vantrel.replacing.roles import Roles
 from vantrel.replacing.tally import Tally
@@ -60,12 +62,33 @@ class Report:
         tables: What was met in each table.
         borne: How often they got what some real person bears, by what it is.
         by_chance: The same of as many other people, whom nobody got: what chance explains.
+        untold: How many have no ``country``, or no ``gender``, that is known.
+        locale: Whose names those have who have no country.
+        met_before: How many of them are in the tables that were only read; None if there were none.
     """
 
     people: int
     tables: dict[str, Table]
     borne: dict[str, int]
     by_chance: dict[str, int]
+    untold: dict[str, int]
+    locale: str
+    met_before: int | None
+
+
+@dataclass(frozen=True)
+class NewValues:
+    """What becomes of a batch.
+
+    Attributes:
+        columns: The new values of the columns that are replaced, in their types.
+        told: What is told of the person of each row.
+        made: Who becomes of each.
+    """
+
+    columns: dict[str, pa.Array]
+    told: Told
+    made: MadeUp
 
 
 class People:
@@ -90,6 +113,7 @@ class People:
         self._without_key = Tally(self._makers, self._real, no_real=no_real)
         self._replaced: set[str] = set()
         self._current: str | None = None
+        self._only_read: Prints | None = None
         self.tables: dict[str, Table] = {}
 
     def learn(self, batch: pa.RecordBatch, roles: Roles, table: str = "") -> None:
@@ -113,6 +137,11 @@ class People:
         met.rows += batch.num_rows
         met.without_key += batch.num_rows - len(rows)
 
+    def end_what_is_only_read(self) -> None:
+        """Ends the tables that are not replaced, and only tell of people."""
+        self._end_table()
+        self._only_read = self._who.prints.copy()
+
     def settle(self) -> None:
         """Ends learning: what is known now decides.
 
@@ -129,23 +158,22 @@ class People:
                     " none."
                 )
 
-    def replaced(self, batch: pa.RecordBatch, roles: Roles) -> dict[str, pa.Array]:
+    def replaced(self, batch: pa.RecordBatch, roles: Roles) -> NewValues:
         """Makes the new columns of a batch that was learnt.
 
         Args:
             batch: The rows as they are, with all their columns: a row without a key is known by all
                 that stands in it.
             roles: What the columns are.
-
-        Returns:
-            The new values of the columns that are replaced, in their types.
         """
         self._replaced.update(roles.replaced.values())
-        made = MadeUp(*self._identities(batch, roles), self._makers, self._avoided)
-        return {
-            column: put_in(made.column(attribute), batch.column(column), column)
+        found, told = self._identities(batch, roles)
+        made = MadeUp(found, told, self._makers, self._avoided)
+        columns = {
+            column: _written(made, attribute, batch.column(column), column)
             for column, attribute in roles.replaced.items()
         }
+        return NewValues(columns, told, made)
 
     def finish(self) -> Report:
         """Makes sure that no two people share an account, and counts what real people bear.
@@ -160,7 +188,19 @@ class People:
             who = self._who
             tally.add(who.prints[rows], who.digests[rows], who.told.of(rows), self._replaced)
         tally.refuse_shared_accounts()
-        return Report(tally.people, self.tables, dict(tally.borne), dict(tally.by_chance))
+        return Report(
+            tally.people,
+            self.tables,
+            dict(tally.borne),
+            dict(tally.by_chance),
+            dict(tally.untold),
+            self._places.known[0].locale,
+            self._met_before(self._who.prints[hashed]),
+        )
+
+    def _met_before(self, people: Prints) -> int | None:
+        known = self._only_read
+        return None if known is None else int(np.isin(people, known).sum())
 
     @property
     def _avoided(self) -> RealPeople | None:
@@ -217,8 +257,17 @@ def _keys(batch: pa.RecordBatch, roles: Roles) -> pa.Array:
     """Gives the key of each row, all of them missing where the table has none."""
     if not roles.key:
         return pa.nulls(batch.num_rows, pa.binary())
-    parts = [batch.column(column) for column in roles.key]
-    return keys_of(parts, folds_case=roles.folds_case)
+    return keys_of([batch.column(column) for column in roles.key])
+
+
+def _written(made: MadeUp, attribute: str, column: pa.Array, name: str) -> pa.Array:
+    """Makes the new values of a column, names in the form of the real ones."""
+    values = made.column(attribute)
+    if attribute in NAMES:
+        real = as_texts(column)
+        is_whole = attribute == "fullname"
+        values = in_form_of(real, values, made.inverted) if is_whole else in_case_of(real, values)
+    return put_in(values, column, name)
 
 
 def _put(told: Told, rows: Any, own: Told) -> None:

@@ -19,6 +19,10 @@ from vantrel.util.locale.locale import (
 )
 
 
+GENDERS = ("", "F", "M", "NB")
+"""The keys of genders by their codes; 0 is what is not told."""
+
+
 class Place(NamedTuple):
     """What of a country decides who its people are.
 

@@ -107,6 +107,7 @@ class Replacer:
         roles = find_roles(excerpt(table), key=key, name="people", is_only_read=True)
         for batch in _batches(table):
             self._people.learn(batch, roles, f"people of {name}")
+        self._people.end_what_is_only_read()
 
 
 def replace(

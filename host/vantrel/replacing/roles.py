@@ -56,11 +56,6 @@ class Roles:
         }
 
     @property
-    def folds_case(self) -> tuple[bool, ...]:
-        """For each part of the key whether upper and lower case are alike: in e-mail addresses."""
-        return tuple(column in self.columns.get("email", ()) for column in self.key)
-
-    @property
     def needed(self) -> tuple[str, ...]:
         """The columns to read, each once."""
         told = [column for columns in self.columns.values() for column in columns]

@@ -35,6 +35,7 @@ class Tally:
         people: How many there are.
         borne: How often they got what some real person bears.
         by_chance: The same of as many others, whom nobody got: what chance explains.
+        untold: How many real ones have no country, or no gender, that is known.
     """
 
     def __init__(self, makers: Makers, real: RealPeople, *, no_real: bool) -> None:
@@ -44,6 +45,7 @@ class Tally:
         self.people = 0
         self.borne: Counter[str] = Counter()
         self.by_chance: Counter[str] = Counter()
+        self.untold: Counter[str] = Counter()
         self._whose: list[Prints] = []
         self._accounts: list[Prints] = []
 
@@ -52,6 +54,7 @@ class Tally:
         twin = Tally(self._makers, self._real, no_real=self._avoided is not None)
         twin.people = self.people
         twin.borne, twin.by_chance = self.borne.copy(), self.by_chance.copy()
+        twin.untold = self.untold.copy()
         twin._whose, twin._accounts = [*self._whose], [*self._accounts]
         return twin
 
@@ -66,6 +69,8 @@ class Tally:
         """
         people = MadeUp(digests, told, self._makers, self._avoided)
         self.people += len(digests)
+        self.untold["country"] += _number_of(told.place == 0)
+        self.untold["gender"] += _number_of(told.gender == 0)
         if any(attribute in made for attribute in _ACCOUNTS):
             self._whose.append(whose)
             self._accounts.append(people.accounts)

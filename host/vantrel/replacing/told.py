@@ -1,4 +1,8 @@
-"""What the rows of a table tell of their people: gender, country, and the prints of real names."""
+"""What the rows of a table tell of their people: gender, country, and the prints of real names.
+
+A gender is told by its own column, else by a title, else by the first name where Faker's lists have
+it for one gender alone.
+"""
 
 from __future__ import annotations
 
@@ -10,14 +14,13 @@ import pyarrow as pa
 
 from vantrel.config import PersonModelConfig
 from vantrel.genders import keys_of
+from vantrel.replacing.by_name import genders_by_name
+from vantrel.replacing.form import titles_of, without_titles
 from vantrel.replacing.keys import as_texts
 from vantrel.replacing.names import first_names, folded, halves, last_names
-from vantrel.replacing.places import Places
+from vantrel.replacing.places import GENDERS, Places
 from vantrel.replacing.prints import Prints
 from vantrel.replacing.roles import Roles
-
-GENDERS = ("", "F", "M", "NB")
-"""The keys of genders by their codes; 0 is what is not told."""
 
 _CONFIG = PersonModelConfig()
 
@@ -45,10 +48,25 @@ class Told(NamedTuple):
 def told_by(batch: pa.RecordBatch, roles: Roles, places: Places) -> Told:
     """Reads what each row tells."""
     place = _first_told(batch, roles, "country", _numbers_in(places))
-    gender = _first_told(batch, roles, "gender", _codes_of("gender"))
-    by_title = _first_told(batch, roles, "title", _codes_of("title"))
-    gender = np.where(gender == 0, by_title, gender)
-    return Told(gender, place, *_names(batch, roles, places.is_last_first[place]))
+    first, last = _names(batch, roles, places.is_last_first[place])
+    gender = _genders(batch, roles)
+    untold = np.flatnonzero(gender == 0)
+    gender[untold] = genders_by_name(first[untold], place[untold], places)
+    return Told(gender, place, first, last)
+
+
+def _genders(batch: pa.RecordBatch, roles: Roles) -> Any:
+    """Reads the codes of genders and of titles, also those that stand in the other's column."""
+    told = np.zeros(batch.num_rows, dtype=np.uint8)
+    for attribute in ("gender", "title"):
+        for meaning in (attribute, "gender", "title"):
+            own = _first_told(batch, roles, attribute, _codes_of(meaning))
+            told = np.where(told == 0, own, told)
+    for column in roles.columns.get("fullname", ()):
+        if not told.all():
+            titles = titles_of(as_texts(batch.column(column)))
+            told = np.where(told == 0, by_value(titles, _codes_of("title")), told)
+    return told
 
 
 def _first_told(
@@ -87,8 +105,13 @@ def _codes_of(attribute: str) -> Callable[[pa.Array], Any]:
 
     def read(texts: pa.Array) -> Any:
         values = texts.to_pylist()
-        keys = keys_of(values, _CONFIG, attribute)
-        return np.array([codes.get(keys.get(each, ""), 0) for each in values], dtype=np.uint8)
+        words = {each: [each, *str(each).split()] for each in values}  # "Frau Dr."
+        keys = keys_of({word for those in words.values() for word in those}, _CONFIG, attribute)
+        told = {
+            each: next(filter(None, (codes.get(keys.get(word, ""), 0) for word in those)), 0)
+            for each, those in words.items()
+        }
+        return np.array([told[each] for each in values], dtype=np.uint8)
 
     return read
 
@@ -100,6 +123,7 @@ def _names(batch: pa.RecordBatch, roles: Roles, is_last_first: Any) -> tuple[Pri
     for column in roles.columns.get("fullname", ()):
         if first.all() and last.all():
             break
-        start, end = halves(folded(as_texts(batch.column(column))), is_last_first)
+        whole = without_titles(as_texts(batch.column(column)))
+        start, end = halves(folded(whole), is_last_first)
         first, last = np.where(first, first, start), np.where(last, last, end)
     return first, last

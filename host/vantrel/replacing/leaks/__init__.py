@@ -3,7 +3,8 @@
 It needs pyarrow.
 """
 
+from vantrel.replacing.leaks.by_print import PrintedWords
 from vantrel.replacing.leaks.scrub import scrubbed
-from vantrel.replacing.leaks.search import Leak, LeakSearch
+from vantrel.replacing.leaks.search import Leak, LeakSearch, Names, Value, is_text
 
-__all__ = ["Leak", "LeakSearch", "scrubbed"]
+__all__ = ["Leak", "LeakSearch", "Names", "PrintedWords", "Value", "is_text", "scrubbed"]

@@ -68,12 +68,15 @@ class Cells:
         self._bytes, starts, _ = layout(_folded(texts))
         self._offsets = np.append(starts, len(self._bytes))
 
-    def may_have_word(self, keys: Integers) -> Integers:
-        """The rows whose cell may have the word of the row, by the key of that."""
-        return self._words.rows_with(keys)
+    def may_have(self, known: Integers | NumberEnds) -> Integers:
+        """The rows whose cell may have the word, or the number, of the row."""
+        return (
+            self._may_have_number(known)
+            if isinstance(known, NumberEnds)
+            else self._words.rows_with(known)
+        )
 
-    def may_have_number(self, ends: NumberEnds) -> Integers:
-        """The rows whose cell may have the number of the row, by the end of that."""
+    def _may_have_number(self, ends: NumberEnds) -> Integers:
         rows = self._long_numbers.rows_with(ends.long)
         if (ends.short == _NO_NUMBER).all():
             return rows
@@ -103,16 +106,7 @@ class Cells:
 
     @cached_property
     def _words(self) -> _Parts:
-        is_of_word = _IS_OF_WORD[self._bytes]
-        begins, ends = is_of_word.copy(), is_of_word.copy()
-        begins[1:] &= ~is_of_word[:-1]
-        ends[:-1] &= ~is_of_word[1:]
-        # Cells that follow each other in memory are words of their own.
-        inner = self._offsets[(self._offsets > 0) & (self._offsets < len(self._bytes))]
-        begins[inner] = is_of_word[inner]
-        ends[inner - 1] = is_of_word[inner - 1]
-        starts = np.flatnonzero(begins)
-        lengths = np.flatnonzero(ends) - starts + 1
+        starts, lengths = spans_of(_IS_OF_WORD[self._bytes], self._offsets)
         keys = words_at(words_from_each_byte(self._bytes), starts, lengths)
         return _Parts(np.searchsorted(starts, self._offsets), keys)
 
@@ -138,6 +132,23 @@ class Cells:
         for back in range(length):
             values += np.int32(10**back) * padded[length - back : len(padded) - back]
         return _Parts(bounds, values)
+
+
+def spans_of(is_of_word: Any, bounds: Integers) -> tuple[Integers, Integers]:
+    """Gives the starts and lengths of the words of cells that follow each other in memory.
+
+    Args:
+        is_of_word: Whether each byte is one of a word.
+        bounds: Where each cell starts, and where the last one ends. No word goes over a bound.
+    """
+    begins, ends = is_of_word.copy(), is_of_word.copy()
+    begins[1:] &= ~is_of_word[:-1]
+    ends[:-1] &= ~is_of_word[1:]
+    inner = bounds[(bounds > 0) & (bounds < len(is_of_word))]
+    begins[inner] = is_of_word[inner]
+    ends[inner - 1] = is_of_word[inner - 1]
+    starts = np.flatnonzero(begins)
+    return starts, np.flatnonzero(ends) - starts + 1
 
 
 def _folded(texts: pa.Array) -> pa.Array:

@@ -3,36 +3,32 @@
 from __future__ import annotations
 
 from collections import defaultdict
-from collections.abc import Mapping
+from collections.abc import Iterable
 
 import pyarrow as pa
 
 from vantrel.errors import ReplaceError
 from vantrel.replacing.leaks.exact import Span, found
-from vantrel.replacing.leaks.search import Wanted, is_text
+from vantrel.replacing.leaks.search import Value, Wanted, is_text
 
 
-def scrubbed(
-    texts: pa.Array, real: Mapping[str, pa.Array], made: Mapping[str, pa.Array]
-) -> pa.Array:
+def scrubbed(texts: pa.Array, values: Iterable[Value]) -> pa.Array:
     """Writes the made-up values of each row in the place of its real ones, by whole words.
 
     Args:
         texts: The cells of a column.
-        real: What stood in the same rows, by attribute, before it was replaced.
-        made: What stands there now. A missing value, or a missing attribute, replaces nothing.
+        values: What the people of the same rows are known by.
     """
     if not is_text(texts.type):
         raise ReplaceError(
             f"Values of type {texts.type} cannot be scrubbed: name a column of texts."
         )
-    wanted = Wanted({attribute: real[attribute] for attribute in real if attribute in made})
+    wanted = Wanted(value for value in values if value.made is not None)
     rows: defaultdict[int, list[tuple[str, str, str]]] = defaultdict(list)
-    for attribute, may_have in wanted.maybe_in(texts):
+    for (attribute, real, made), may_have in wanted.maybe_in(texts):
         for row in may_have.tolist():
-            value, new = wanted.values[attribute][row].as_py(), made[attribute][row].as_py()
-            if new is not None:
-                rows[row].append((attribute, value, str(new)))
+            if (new := made[row].as_py()) is not None:
+                rows[row].append((attribute, real[row].as_py(), str(new)))
     cells = texts.cast(pa.string()).to_pylist() if rows else []
     for row, values in rows.items():
         cells[row] = _scrubbed(cells[row], values)

@@ -2,17 +2,19 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterator, Mapping
+from collections.abc import Iterable, Iterator, Sequence
 from dataclasses import dataclass
-from typing import Any, Literal
+from typing import Any, Literal, NamedTuple
 
 import numpy as np
 import pyarrow as pa
 
 from vantrel.attributes import PHONES
 from vantrel.hints import in_rows
+from vantrel.replacing.leaks.by_print import PrintedWords
 from vantrel.replacing.leaks.cells import Cells, Integers
 from vantrel.replacing.leaks.exact import is_found
+from vantrel.replacing.prints import Prints
 from vantrel.wording import counted, shown
 
 # What of a person is looked for. First and last names alone are those of many.
@@ -51,6 +53,27 @@ class Leak:
         return f"Column {shown(repr(self.column))}: {cells} {does} ({in_rows(self.rows)})"
 
 
+class Value(NamedTuple):
+    """What the people of some rows are known by.
+
+    Attributes:
+        attribute: What it is.
+        real: What stood in each row before it was replaced.
+        made: What takes its place; missing where nothing does.
+    """
+
+    attribute: str
+    real: pa.Array
+    made: pa.Array | None = None
+
+
+class Names(NamedTuple):
+    """The prints of the first and last names of the people of some rows, told by other tables."""
+
+    first: Prints
+    last: Prints
+
+
 class LeakSearch:
     """Searches the columns that pass through for what each row's own person is known by."""
 
@@ -58,22 +81,32 @@ class LeakSearch:
         """Begins with nothing found."""
         self._leaks: dict[tuple[str, Kind], Leak] = {}
 
-    def look(self, passed: pa.RecordBatch, real: Mapping[str, pa.Array], first_row: int) -> None:
+    def look(
+        self,
+        passed: pa.RecordBatch,
+        values: Sequence[Value],
+        first_row: int,
+        names: Names | None = None,
+    ) -> None:
         """Looks at some rows.
 
         Args:
             passed: The columns that pass through.
-            real: What stood in the same rows, by attribute, before it was replaced.
+            values: What the people of the same rows are known by.
             first_row: The number of the first of the rows.
+            names: Their names where the table does not have them.
         """
-        wanted = Wanted(real)
-        for column, values in zip(passed.schema.names, passed.columns, strict=True):
-            texts = _texts(values)
+        wanted = Wanted(values)
+        for column, cells in zip(passed.schema.names, passed.columns, strict=True):
+            texts = _texts(cells)
             if texts is None:
                 continue
             has = wanted.found_in(texts)
-            nobody = np.zeros(len(texts), dtype=bool)
-            first, last = has.pop("firstname", nobody), has.pop("lastname", nobody)
+            if names is not None:
+                words = PrintedWords(texts)
+                has["firstname"][words.rows_with(names.first)] = True
+                has["lastname"][words.rows_with(names.last)] = True
+            first, last = has.pop("firstname"), has.pop("lastname")
             names_person = np.logical_or.reduce([first & last, *has.values()])
             self._add(column, "person", names_person, first_row)
             self._add(column, "name", (first | last) & ~names_person, first_row)
@@ -93,38 +126,36 @@ class LeakSearch:
 class Wanted:
     """What the people of some rows are known by."""
 
-    def __init__(self, real: Mapping[str, pa.Array]) -> None:
-        """Takes the values by attribute; others than are looked for may be among them."""
-        self.values = {
-            attribute: real[attribute].cast(pa.string())
-            for attribute in SOUGHT
-            if attribute in real
-        }
-        cells = {attribute: Cells(values) for attribute, values in self.values.items()}
-        self._numbers = {
-            each: cells.pop(each).ends_of_numbers() for each in PHONES if each in cells
-        }
-        self._words = {each: values.first_words() for each, values in cells.items()}
+    def __init__(self, values: Iterable[Value]) -> None:
+        """Takes values; others than are looked for may be among them."""
+        self._values = [
+            value._replace(real=value.real.cast(pa.string()))
+            for value in values
+            if value.attribute in SOUGHT
+        ]
+        cells = [Cells(value.real) for value in self._values]
+        self._keys = [
+            each.ends_of_numbers() if value.attribute in PHONES else each.first_words()
+            for value, each in zip(self._values, cells, strict=True)
+        ]
 
-    def maybe_in(self, texts: pa.Array) -> Iterator[tuple[str, Integers]]:
-        """Tells of each attribute in which rows a text may have its value; all others do not."""
+    def maybe_in(self, texts: pa.Array) -> Iterator[tuple[Value, Integers]]:
+        """Tells of each value in which rows a text may have it; all others do not."""
         cells = Cells(texts)
-        for attribute, words in self._words.items():
-            yield attribute, cells.may_have_word(words)
-        for attribute, numbers in self._numbers.items():
-            yield attribute, cells.may_have_number(numbers)
+        for value, key in zip(self._values, self._keys, strict=True):
+            yield value, cells.may_have(key)
 
     def found_in(self, texts: pa.Array) -> dict[str, Flags]:
-        """Tells of each attribute in which rows a text has its value."""
-        has = {}
-        for attribute, rows in self.maybe_in(texts):
-            has[attribute] = np.zeros(len(texts), dtype=bool)
+        """Tells of each attribute that is looked for in which rows a text has a value of it."""
+        has = {attribute: np.zeros(len(texts), dtype=bool) for attribute in SOUGHT}
+        for (attribute, real, _), rows in self.maybe_in(texts):
             pairs = zip(
                 texts.take(pa.array(rows)).to_pylist(),
-                self.values[attribute].take(pa.array(rows)).to_pylist(),
+                real.take(pa.array(rows)).to_pylist(),
                 strict=True,
             )
-            has[attribute][rows] = [is_found(attribute, text, value) for text, value in pairs]
+            is_there = [is_found(attribute, text, value) for text, value in pairs]
+            has[attribute][rows] |= np.array(is_there, dtype=bool)
         return has
 
 

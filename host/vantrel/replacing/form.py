@@ -1,0 +1,61 @@
+"""How a table writes names: titles before them, the last name before a comma, in capitals."""
+
+from __future__ import annotations
+
+from collections.abc import Callable
+
+import pyarrow as pa
+import pyarrow.compute as pc
+
+# What stands before names and is none itself, as "Dean" and "Phil" may be.
+_TITLES = (
+    r"(?i)^\s*(?P<titles>(?:(?:mr|mrs|miss|ms|mx|sir|dame|professor|prof|doctor|dr"
+    r"|(?:med|phil|jur|rer|nat|h)\.(?:\s?(?:c|nat|pol|oec)\.)?|dipl\.-?ing|herrn?|frau|fräulein"
+    r"|mme|mlle|madame|monsieur|mademoiselle|señora?|sra?|señorita|srta|signora?|sig|dott|dottoressa"
+    r"|mevrouw|mevr|meneer|dhr|fru)(?:\.\s*|\s+))+)(?P<name>\S.*)$"
+)
+
+# Shorter texts in capitals may be initials, and so may those with a full stop.
+_FEWEST_CAPITALS = 3
+
+
+def titles_of(names: pa.Array) -> pa.Array:
+    """Gives the titles before full names, with the blanks behind them; missing where none is."""
+    return pc.struct_field(_parted(names), "titles")
+
+
+def without_titles(names: pa.Array) -> pa.Array:
+    """Gives full names without the titles before them."""
+    return pc.coalesce(pc.struct_field(_parted(names), "name"), names)
+
+
+def in_form_of(real: pa.Array, made: pa.Array, inverted: Callable[[], pa.Array]) -> pa.Array:
+    """Writes full names as the real ones are.
+
+    Args:
+        real: The texts that are replaced.
+        made: A name for each.
+        inverted: Makes the same with the last name first, before a comma.
+    """
+    has_comma = pc.fill_null(pc.match_substring(real, ","), False)
+    if pc.any(has_comma).as_py():
+        made = pc.if_else(has_comma, inverted(), made)
+    titles = titles_of(real)
+    made = in_case_of(real, made)
+    return made if titles.null_count == len(titles) else _joined(titles, made)
+
+
+def in_case_of(real: pa.Array, made: pa.Array) -> pa.Array:
+    """Writes names in capitals where the real ones are."""
+    is_long = pc.greater_equal(pc.utf8_length(real), _FEWEST_CAPITALS)
+    is_upper = pc.and_not(pc.and_(pc.utf8_is_upper(real), is_long), pc.match_substring(real, "."))
+    is_upper = pc.fill_null(is_upper, False)
+    return pc.if_else(is_upper, pc.utf8_upper(made), made) if pc.any(is_upper).as_py() else made
+
+
+def _parted(names: pa.Array) -> pa.Array:
+    return pc.extract_regex(names, _TITLES)
+
+
+def _joined(titles: pa.Array, names: pa.Array) -> pa.Array:
+    return pc.binary_join_element_wise(pc.fill_null(titles, ""), names, "")

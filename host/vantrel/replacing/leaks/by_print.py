@@ -1,0 +1,51 @@
+"""Finds names of which only the prints are known: those that another table tells."""
+
+from __future__ import annotations
+
+import re
+from typing import Any
+
+import numpy as np
+import pyarrow as pa
+import pyarrow.compute as pc
+
+from vantrel.replacing.leaks.cells import Integers, spans_of
+from vantrel.replacing.names import folded
+from vantrel.replacing.prints import Prints, layout, prints, prints_of
+
+# As prints are of names: with hyphens and apostrophes, and without what stands around them.
+_BETWEEN_WORDS = r"[^\p{L}\p{N}'\-]+"
+_WORD = re.compile(r"[^\W_]+(?:['-][^\W_]+)*")
+
+_BLANK = ord(" ")
+
+
+class PrintedWords:
+    """The words of the cells of a column, as prints.
+
+    Args:
+        texts: The cells, missing ones among them.
+    """
+
+    def __init__(self, texts: pa.Array) -> None:
+        self._texts = texts
+        words = pc.replace_substring_regex(folded(texts), _BETWEEN_WORDS, " ")
+        data, starts, _ = layout(pc.fill_null(words, ""))
+        bounds = np.append(starts, len(data))
+        starts, lengths = spans_of(data != _BLANK, bounds)
+        self._prints = prints_of(data, starts, lengths)
+        self._rows = np.searchsorted(bounds, starts, side="right") - 1
+
+    def rows_with(self, wanted: Prints) -> Integers:
+        """The rows whose cell has the name of the row, by its print."""
+        return np.unique(self._rows[self._prints == wanted[self._rows]])
+
+    def found(self, wanted: Prints) -> pa.Array:
+        """Gives that name as each cell has it, missing in those that have it not."""
+        rows = self.rows_with(wanted)
+        names: Any = np.full(len(self._texts), None, dtype=object)
+        for row, text in zip(rows, self._texts.take(pa.array(rows)).to_pylist(), strict=True):
+            words = pa.array(_WORD.findall(text), pa.string())
+            is_name = prints(folded(words)) == wanted[row]
+            names[row] = words[int(np.argmax(is_name))].as_py() if is_name.any() else None
+        return pa.array(names, pa.string())
