@@ -228,7 +228,7 @@ BAD = [
     (
         "replace customers.csv -o copy.csv --column email=mail",
         1,
-        "Table customers.csv has no column 'mail' for 'email'. Did you mean 'email'? Its columns are: 'id', 'sex', 'title', 'first_name', 'last_name', 'email', 'land', 'notes', 'points'.",
+        "No table has a column 'mail' for 'email'. Did you mean 'email'? Columns are: 'id', 'sex', 'title', 'first_name', 'last_name', 'email', 'land', 'notes', 'points'.",
     ),
     (
         "replace customers.csv -o copy.csv --column email=notes --column username=notes",
@@ -381,5 +381,5 @@ def test_only_texts_are_scrubbed() -> None:
     parquet.write_table(table, "t.parquet")
     succeed(REPLACE)  # which makes the secret
     assert fail("replace t.parquet -o copy.parquet --scrub parts --secret s", 1) == (
-        "Values of type struct<a: int64> cannot be scrubbed: name a column of texts."
+        "Values of type struct<a: int64> cannot be scrubbed: leave that column out, or make it one of texts."
     )

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import re
+from collections.abc import Mapping
 
 import pytest
 from hypothesis import given
@@ -34,7 +35,7 @@ EVE = {
 
 
 def values_of(
-    rows: int, real: dict[str, str], made: dict[str, str | None] | None = None
+    rows: int, real: Mapping[str, str], made: Mapping[str, str | None] | None = None
 ) -> list[Value]:
     """What one person is known by in so many rows, and what takes its place."""
     return [
@@ -297,7 +298,7 @@ def test_accents_do_not_hide_whom_another_table_names() -> None:
 def test_names_are_found_in_the_rows_of_their_people_alone() -> None:
     people = [("Ann", "Lee"), ("Bo", "Ray"), ("", "")]
     texts = pa.array(["Bo, not Ann Lée", "Bo, not Ann Lée", "Ann Bo"])
-    first, last = names_of(*people)
+    first, last, _ = names_of(*people)
     words = PrintedWords(texts)
     assert words.found(first).to_pylist() == ["Ann", "Bo", None]
     assert words.found(last).to_pylist() == ["Lée", None, None]

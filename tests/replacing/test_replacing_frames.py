@@ -14,7 +14,7 @@ pa = pytest.importorskip("pyarrow", reason="People are replaced by way of Arrow"
 
 import vantrel  # noqa: E402 - after the line that skips
 from support.replacing import SECRET, customers  # noqa: E402 - needs pyarrow
-from vantrel.first_names import genders_of_first_names
+from vantrel.first_names import genders_of_first_names  # noqa: E402 - as above
 from vantrel.replacing.replacer import Replacer  # noqa: E402 - as above
 
 
@@ -340,3 +340,68 @@ def test_titles_tell_genders_also_where_genders_are_looked_for(column: str) -> N
     known = genders_of_first_names("de_DE")
     assert set(made[::2].map(known).dropna()) == {"M"}
     assert set(made[1::2].map(known).dropna()) == {"F"}
+
+
+def test_accents_do_not_hide_a_person() -> None:
+    table = pd.DataFrame(
+        {
+            "id": [1, 2, 3, 4],
+            "first_name": ["José", "Eva", "John", "Ann"],
+            "last_name": ["Müller", "Novak", "O’Brien", "Lee"],
+            "country": "ES",
+            "memo": ["for Jose Muller", "Éva NOVÁK", "John O'Brien", "nobody"],
+        }
+    )
+    replacer = Replacer(SECRET)
+    made = replacer.replace(table, key="id", scrub=["memo"])
+    first, last = made["first_name"], made["last_name"]
+    assert made["memo"].tolist() == [
+        f"for {first[0]} {last[0]}",
+        f"{first[1]} {last[1].upper()}",
+        f"{first[2]} {last[2]}",
+        "nobody",
+    ]
+    assert not [note for note in replacer.notes if "memo" in note]
+    replacer.replace(table, key="id")
+    assert "(rows 1, 2, 3)" in next(note for note in replacer.notes if "memo" in note)
+    replacer.replace(table, key="id", keep=["lastname"])
+    assert not [note for note in replacer.notes if "rows 1" in note]
+
+
+@pytest.mark.parametrize("encoded", [False, True])
+def test_empty_texts_do_not_hide_what_a_column_is(encoded: bool) -> None:
+    texts = pd.Series(["a@x.org", *[""] * 99])
+    table = pd.DataFrame({"id": range(100), "a": texts.astype("category") if encoded else texts})
+    assert vantrel.replace(table, "id", SECRET)["a"][0] != "a@x.org"
+
+
+def test_more_made_up_values_than_there_were_categories() -> None:
+    table = pd.DataFrame({"id": range(999), "first_name": list("ABC") * 333}, dtype="category")
+    rows = pa.Table.from_pandas(table)
+    made = vantrel.replace(rows, "id", SECRET)["first_name"]
+    assert pa.types.is_dictionary(made.type)
+    assert made.to_pylist() == vantrel.replace(table, "id", SECRET)["first_name"].tolist()
+
+
+def test_what_is_not_a_number_stays_so() -> None:
+    rows = pa.table({"id": [1, 2], "mobile": [7_700_900_123.0, float("nan")]})
+    made = vantrel.replace(rows, "id", SECRET, columns={"mobile_number": "mobile"})
+    one, other = made["mobile"].to_pylist()
+    assert one not in (7_700_900_123.0, None)
+    assert other != other
+
+
+def test_numbers_of_any_type_are_searched() -> None:
+    rows = {"id": [1], "mobile": ["07700 900123"], "a": [7_700_900_123.0], "b": [7_700_900_123]}
+    replacer = Replacer(SECRET)
+    replacer.replace(pa.table(rows), key="id", columns={"mobile_number": "mobile"})
+    told = [note.split(":")[0] for note in replacer.notes if "still names" in note]
+    assert told == ["Column 'a'", "Column 'b'"]
+
+
+def test_an_index_that_stays_is_told(table: pd.DataFrame) -> None:
+    told = "The index stays as it is: reset_index() makes columns of it, which are replaced."
+    for key, is_told in (("email", True), ("customer_id", False)):
+        replacer = Replacer(SECRET)
+        replacer.replace(table.set_index(key))
+        assert (told in replacer.notes) == is_told

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from datetime import date, datetime
+from datetime import date
 from decimal import Decimal
 from hashlib import blake2b
 from typing import Any
@@ -57,7 +57,7 @@ def test_a_key_is_the_same_whatever_type_it_is_stored_in(column: pd.Series) -> N
 
 
 def test_other_texts_stay_as_they_are() -> None:
-    texts = ["007", "7.5", "7.50", "v7.0", "7.0.0", " 7", "Anna", "ANNA", "-7.0", "-0.0", "1e3"]
+    texts = ["007", "7.5", "7.50", "v7.0", "7.0.0", "a b", "Anna", "ANNA", "-7.0", "-0.0", "1e3"]
     made = [text.encode() for text in texts[:8]] + [b"-7", b"-0", b"1e3"]
     assert key_of(*texts) == made
 
@@ -76,15 +76,15 @@ def test_a_key_is_missing_where_a_part_of_it_is() -> None:
 
 def test_case_counts_in_keys_but_for_addresses() -> None:
     assert key_of("A@B.com", "a@b.COM ", "É@b.com") == [b"a@b.com", b"a@b.com", "é@b.com".encode()]
-    assert key_of("A", "a", " a", "A@b") == [b"A", b"a", b" a", b"a@b"]
+    assert key_of("A", "a", " a", "A@b") == [b"A", b"a", b"a", b"a@b"]
 
 
 @pytest.mark.parametrize(
     "column",
     [
         pa.array([date(2020, 1, 2), date(2020, 1, 3)]),
-        pa.array([datetime(2020, 1, 2), datetime(2020, 1, 3)]),
-        pa.array([datetime(2020, 1, 2), datetime(2020, 1, 3)], pa.timestamp("ns")),
+        pa.array([date(2020, 1, 2), date(2020, 1, 3)]).cast(pa.timestamp("us")),
+        pa.array([date(2020, 1, 2), date(2020, 1, 3)]).cast(pa.timestamp("ns")),
         pa.array(["2020-01-02", "2020-01-03"]),
         pa.array(["2020-01-02 00:00:00", "2020-01-03T00:00:00.000"]),
     ],
@@ -95,8 +95,8 @@ def test_a_day_is_the_same_key_whatever_type_it_is_stored_in(column: Any) -> Non
 
 
 def test_times_lose_only_what_tells_nothing() -> None:
-    moment = datetime(2020, 1, 2, 3, 4, 0, 50_000)
-    (made,) = canonical(pa.array([moment])).to_pylist()
+    moment = pa.array(["2020-01-02 03:04:00.05"]).cast(pa.timestamp("us"))
+    (made,) = canonical(moment).to_pylist()
     assert made == b"2020-01-02 03:04:00.05"
     texts = ["2020-01-02T03:04:00.050", "2020-01-02 03:04:10", "12:00:00", "T: 2020-01-02 00:00:00"]
     assert key_of(*texts) == [made, *(text.encode() for text in texts[1:])]

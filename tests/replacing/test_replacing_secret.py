@@ -6,14 +6,19 @@ import os
 import re
 import stat
 import sys
-import threading
 from pathlib import Path
 
 import pandas as pd
 import pytest
 
 import vantrel
-from vantrel.replacing.secret import checked_secret, deciding_versions, read_or_make_secret
+from vantrel.replacing.secret import (
+    checked_secret,
+    deciding_versions,
+    read_or_draw_secret,
+    write_secret,
+)
+from vantrel.storage.together import replacing_together
 
 
 @pytest.fixture
@@ -27,27 +32,39 @@ def written(path: Path, text: str) -> Path:
     return path
 
 
+def keep(path: Path, secret: bytes) -> None:
+    with replacing_together(force=False) as opened:
+        write_secret(path, secret, opened)
+
+
+def new_secret(path: Path) -> bytes:
+    secret, is_new = read_or_draw_secret(path)
+    assert is_new
+    keep(path, secret)
+    return secret
+
+
 def refused(path: Path) -> str:
     with pytest.raises(vantrel.SecretError) as caught:
-        read_or_make_secret(path)
+        read_or_draw_secret(path)
     return str(caught.value)
 
 
 def test_a_secret_is_made_once_and_for_its_owner_alone(path: Path) -> None:
     old = os.umask(0)
     try:
-        made = read_or_make_secret(path)
+        made = new_secret(path)
     finally:
         os.umask(old)
     assert len(made) == 32
     assert stat.S_IMODE(path.stat().st_mode) == 0o600
-    assert read_or_make_secret(path) == made
-    assert read_or_make_secret(path.with_name("other")) != made
+    assert read_or_draw_secret(path) == (made, False)
+    assert new_secret(path.with_name("other")) != made
     assert sorted(each.name for each in path.parent.iterdir()) == ["other", "people.secret"]
 
 
 def test_what_stands_in_the_file(path: Path) -> None:
-    made = read_or_make_secret(path)
+    made = new_secret(path)
     head, secret, *versions = path.read_text().splitlines()
     assert head == (
         "# Whoever has this can tell who became whom: keep it as well as the real data."
@@ -57,20 +74,24 @@ def test_what_stands_in_the_file(path: Path) -> None:
     assert {"vantrel", "vantrel-person", "Faker"} <= set(deciding_versions())
 
 
-def test_processes_that_make_one_file_get_one_secret(
-    path: Path, monkeypatch: pytest.MonkeyPatch
-) -> None:
-    monkeypatch.setattr(os.path, "lexists", lambda _: False)  # as it was for each
-    found: list[bytes] = []
-    threads = [
-        threading.Thread(target=lambda: found.append(read_or_make_secret(path))) for _ in range(8)
-    ]
-    for thread in threads:
-        thread.start()
-    for thread in threads:
-        thread.join()
-    assert len(found) == 8
-    assert len(set(found)) == 1
+def test_of_two_runs_that_make_one_file_the_second_is_to_be_run_again(path: Path) -> None:
+    (one, _), (other, is_new) = read_or_draw_secret(path), read_or_draw_secret(path)
+    assert is_new
+    keep(path, one)
+    with pytest.raises(vantrel.SecretError) as caught:
+        keep(path, other)
+    assert str(caught.value) == (
+        f"Secret file {path} was made by another run meanwhile: run this once more."
+    )
+    assert read_or_draw_secret(path) == (one, False)
+
+
+def test_a_secret_is_kept_only_where_all_else_was_written(path: Path) -> None:
+    secret, _ = read_or_draw_secret(path)
+    with pytest.raises(ZeroDivisionError), replacing_together(force=False) as opened:
+        write_secret(path, secret, opened)
+        raise ZeroDivisionError
+    assert list(path.parent.iterdir()) == []
 
 
 def test_a_file_that_is_no_secret_file(path: Path) -> None:
@@ -83,7 +104,7 @@ def test_a_file_that_is_no_secret_file(path: Path) -> None:
 
 
 def test_a_file_that_is_cut_off(path: Path) -> None:
-    made = read_or_make_secret(path).hex()
+    made = new_secret(path).hex()
     for cut in (made[:-1], made[:10], "x" * 64):
         assert refused(written(path, f"secret: {cut}\n")) == (
             f"Secret file {path} is damaged: its secret is not of 64 hexadecimal digits. Restore it;"
@@ -95,25 +116,25 @@ def test_what_cannot_be_read(path: Path) -> None:
     path.mkdir()
     assert refused(path) == f"Secret file {path} cannot be read: Is a directory."
     with pytest.raises(FileNotFoundError):
-        read_or_make_secret(path / "no" / "folder")
+        read_or_draw_secret(path / "no" / "folder")
 
 
 def test_a_file_that_others_can_read(path: Path) -> None:
-    made = read_or_make_secret(path)
+    made = new_secret(path)
     path.chmod(0o644)
     with pytest.warns(vantrel.SecretWarning) as caught:
-        assert read_or_make_secret(path) == made
+        assert read_or_draw_secret(path) == (made, False)
     assert [str(each.message) for each in caught] == [
         f"Others can read secret file {path}, and tell who became whom: chmod 600 {path}."
     ]
 
 
 def test_a_file_of_other_versions(path: Path) -> None:
-    made = read_or_make_secret(path)
+    made = new_secret(path)
     here = deciding_versions()["Faker"]
     written(path, re.sub("Faker: .*", "Faker: 1.2.3", path.read_text()))
     with pytest.warns(vantrel.OtherVersionsWarning) as caught:
-        assert read_or_make_secret(path) == made
+        assert read_or_draw_secret(path) == (made, False)
     assert [str(each.message) for each in caught] == [
         f"People may become others than where secret file {path} was made: installed here are Faker"
         f" {here} (was 1.2.3)."
@@ -121,7 +142,7 @@ def test_a_file_of_other_versions(path: Path) -> None:
 
 
 def test_the_secret_of_the_environment(path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
-    made = read_or_make_secret(path)
+    made = new_secret(path)
     monkeypatch.setenv("VANTREL_SECRET", f" {made.hex().upper()}\n")
     assert checked_secret(None) == made
     assert checked_secret(b"x" * 16) == b"x" * 16

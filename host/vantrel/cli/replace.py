@@ -27,37 +27,38 @@ if TYPE_CHECKING:
 type _Texts = tuple[str, ...]
 
 
-def _table_and_rest(text: str, inputs: Sequence[Path]) -> tuple[str | None, str]:
-    """Splits off what names a table, if what is before the first colon does, and gives its name."""
+def _tables_and_rest(text: str, inputs: Sequence[Path]) -> tuple[list[str | None], str]:
+    """Splits off what is before the first colon if it names tables, and gives their names."""
     from vantrel.replacing.opened import names_of
 
     table, colon, rest = text.partition(":")
-    named = [path.name for path in inputs if colon and table in names_of(path)]
-    return (named[0], rest) if named else (None, text)
+    found = [path.name for path in inputs if colon and table in names_of(path)]
+    return ([*dict.fromkeys(found)], rest) if found else ([None], text)
 
 
 def _keys(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, list[str]]:
     keys: dict[str | None, list[str]] = {}
     for text in given:
-        table, columns = _table_and_rest(text, inputs)
-        if table in keys:
-            of = f"of table {table!r}" if table else "of all tables"
-            raise click.UsageError(
-                f"There are two keys {of}: join columns of one key by a comma, as in --key"
-                f" {','.join(keys[table])},{columns}."
-            )
-        keys[table] = [column.strip() for column in columns.split(",")]
+        tables, columns = _tables_and_rest(text, inputs)
+        for table in tables:
+            if table in keys:
+                of = f"of table {table!r}" if table else "of all tables"
+                raise click.UsageError(
+                    f"There are two keys {of}: join columns of one key by a comma, as in --key"
+                    f" {','.join(keys[table])},{columns}."
+                )
+            keys[table] = columns.split(",")
     return keys
 
 
 def _columns(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str, list[str]]]:
     found: dict[str | None, dict[str, list[str]]] = {}
     for text in given:
-        table, pair = _table_and_rest(text, inputs)
+        tables, pair = _tables_and_rest(text, inputs)
         attribute, column = attribute_and_column(pair, "[TABLE:]ATTRIBUTE=COLUMN")
-        found.setdefault(table, {}).setdefault(attribute, []).append(column)
-    everywhere = found.get(None, {})
-    return {table: everywhere | own for table, own in found.items()}
+        for table in tables:
+            found.setdefault(table, {}).setdefault(attribute, []).append(column)
+    return found
 
 
 @click.command(cls=TerseCommand)

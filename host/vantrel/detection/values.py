@@ -54,16 +54,17 @@ class Values:
     """
 
     def __init__(self, column: pd.Series, config: PersonModelConfig) -> None:
-        present = np.flatnonzero(column.notna())[:SAMPLE_SIZE]
+        present = np.flatnonzero(column.notna() & (column != ""))[:SAMPLE_SIZE]
         self._rows = Counter(
             str(value)[:_LONGEST].strip() for value in column.iloc[present].tolist()
         )
+        self._rows.pop("", None)
         self._config = config
 
     @property
     def is_empty(self) -> bool:
         """Whether all values are missing or blank."""
-        return not any(self._rows)
+        return not self._rows
 
     def unlike(self, kind: str) -> str:
         """The most frequent of the values that are not of a kind."""

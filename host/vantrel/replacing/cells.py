@@ -33,7 +33,8 @@ def put_in(made: pa.Array, column: pa.Array, name: str) -> pa.Array:
     try:
         if _is_text(kind):
             return _among_texts(made, column.cast(pa.string())).cast(kind)
-        return pc.if_else(column.is_valid(), _numbers(made).cast(kind), column)
+        is_there = pc.and_not(column.is_valid(), pc.is_null(column, nan_is_null=True))
+        return pc.if_else(is_there, _numbers(made).cast(kind), column)
     except (pa.ArrowInvalid, pa.ArrowNotImplementedError) as error:
         raise ReplaceError(
             f"Column {name!r} is of type {kind}, which cannot hold what is made up for it: make it"
@@ -62,10 +63,9 @@ def _gaps(texts: pa.Array) -> Any:
 
 
 def _encoded(column: pa.Array, kind: pa.DictionaryType) -> pa.Array:
+    """Encodes values with indices of 32 bits: there may be more of them than there were before."""
     encoded = column.dictionary_encode()
-    return pa.DictionaryArray.from_arrays(
-        encoded.indices.cast(kind.index_type), encoded.dictionary, ordered=kind.ordered
-    )
+    return pa.DictionaryArray.from_arrays(encoded.indices, encoded.dictionary, ordered=kind.ordered)
 
 
 def _numbers(made: pa.Array) -> pa.Array:

@@ -13,15 +13,21 @@ from vantrel.errors import LeakError
 from vantrel.hints import argument, named
 from vantrel.replacing.leaks import Leak
 from vantrel.replacing.notes import further, notes_on_people, notes_on_table
-from vantrel.replacing.opened import Asked, OpenedTable, open_table, refuse_unknown_tables
+from vantrel.replacing.opened import (
+    Asked,
+    OpenedTable,
+    open_table,
+    refuse_unknown_columns,
+    refuse_unknown_tables,
+)
 from vantrel.replacing.outcome import Outcome, Replaced
 from vantrel.replacing.outputs import compression_of, made_if_missing, outputs_of
 from vantrel.replacing.passing import Passing
 from vantrel.replacing.people import People, Report, Table
 from vantrel.replacing.record import write_record
 from vantrel.replacing.roles import refuse_scrub
-from vantrel.replacing.secret import checked_secret, read_or_make_secret
-from vantrel.storage.files import replacing
+from vantrel.replacing.secret import checked_secret, read_or_draw_secret, write_secret
+from vantrel.storage.together import Opener, replacing_together
 from vantrel.tables.kinds import Compression
 
 # A table, the file of its copy, and how that is compressed.
@@ -77,11 +83,21 @@ def replace_files(
         told = []
         if people is not None:
             told.append(open_table(stack, people, asked, separator, encoding, is_only_read=True))
-        secret = checked_secret(None) if secret_file is None else read_or_make_secret(secret_file)
+        refuse_unknown_columns([*tables, *told], asked)
+        secret, is_new = (
+            (checked_secret(None), False)
+            if secret_file is None
+            else read_or_draw_secret(secret_file)
+        )
         who = People(secret, place=asked.place, no_real=asked.no_real)
         _learn(who, told, tables, progress)
-        with made_if_missing(output) if len(inputs) > 1 else nullcontext():
-            replaced, report = _copy_all(who, copies, asked, progress, force=force)
+        with (
+            made_if_missing(outputs[0].parent) if outputs[0] != output else nullcontext(),
+            replacing_together(force=force) as opened,
+        ):
+            replaced, report = _copy_all(opened, who, copies, asked, progress)
+            if secret_file is not None and is_new:  # takes its place before the copies do
+                write_secret(secret_file, secret, opened)
     notes = [
         *_notes(told, tables, replaced, report),
         *notes_on_people(report, no_real=asked.no_real),
@@ -120,37 +136,32 @@ def _learn(
 
 
 def _copy_all(
-    who: People, copies: Sequence[_Copy], asked: Asked, progress: Progress, *, force: bool
+    opened: Opener, who: People, copies: Sequence[_Copy], asked: Asked, progress: Progress
 ) -> tuple[list[Replaced], Report]:
-    """Writes all copies, which take their names at the end if nothing has failed."""
+    """Writes all copies, and the records beside them."""
     rows = sum(who.tables[table.name].rows for table, *_ in copies if table.name in who.tables)
-    with ExitStack() as unfinished:
-        with progress("Replacing", rows) as further:
-            passed = [
-                _write(unfinished, who, copy, asked.scrub, further, force=force) for copy in copies
-            ]
-        report = who.finish()
-        replaced = [
-            Replaced(table.copied.path, output, table.roles, passing.rows, passing.leaks())
-            for (table, output, _), passing in zip(copies, passed, strict=True)
-        ]
-        if asked.fail_on_leak:
-            _refuse_leaks(replaced)
-        for table in replaced:
-            write_record(unfinished, table, asked, report)
+    with progress("Replacing", rows) as further:
+        passed = [_write(opened, who, copy, asked.scrub, further) for copy in copies]
+    report = who.finish()
+    replaced = [
+        Replaced(table.copied.path, output, table.roles, passing.rows, passing.leaks())
+        for (table, output, _), passing in zip(copies, passed, strict=True)
+    ]
+    if asked.fail_on_leak:
+        _refuse_leaks(replaced)
+    for table in replaced:
+        write_record(opened, table, asked, report)
     return replaced, report
 
 
 def _write(
-    unfinished: ExitStack,
+    opened: Opener,
     who: People,
     copy: _Copy,
     scrub: Sequence[str],
     further: Callable[[int], object],
-    *,
-    force: bool,
 ) -> Passing:
-    """Writes the copy of a table, which takes its name when ``unfinished`` is closed."""
+    """Writes the copy of a table."""
     table, output, compression = copy
     copied = table.copied
     passing = Passing(who, table.roles, [each for each in scrub if each in copied.columns])
@@ -160,9 +171,7 @@ def _write(
         further(batch.num_rows)
         return made
 
-    file = unfinished.enter_context(
-        replacing(output, binary=True, force=force, private_as=copied.path)
-    )
+    file = opened(output, binary=True, private_as=copied.path)
     copied.write(file, copied.columns, told, compression=compression)
     file.flush()
     os.fsync(file.fileno())  # a disk that is full is heard of before any copy has its name

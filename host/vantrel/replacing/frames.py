@@ -10,9 +10,10 @@ from typing import Any
 import numpy as np
 import pandas as pd
 import pyarrow as pa
+import pyarrow.compute as pc
 
 from vantrel.detection.values import SAMPLE_SIZE
-from vantrel.replacing.keys import as_texts
+from vantrel.replacing.keys import as_texts, is_text
 
 
 def excerpt(table: pd.DataFrame | pa.Table) -> pd.DataFrame:
@@ -25,11 +26,21 @@ def excerpt(table: pd.DataFrame | pa.Table) -> pd.DataFrame:
 def excerpt_of(columns: Mapping[str, pa.ChunkedArray]) -> pd.DataFrame:
     """The same of columns of Arrow, which need not have equally many values."""
     first = {
-        name: _joined(column.drop_null().slice(0, SAMPLE_SIZE)) for name, column in columns.items()
+        name: _joined(without_gaps(column).slice(0, SAMPLE_SIZE))
+        for name, column in columns.items()
     }
     return pd.DataFrame(
         {name: pd.Series(_values(as_texts(column))) for name, column in first.items()}
     )
+
+
+def without_gaps(column: Any) -> Any:
+    """Gives an array without what is missing or an empty text."""
+    column = column.drop_null()
+    if not is_text(column.type):
+        return column
+    texts = column.cast(pa.string())
+    return texts.filter(pc.not_equal(texts, ""))
 
 
 def arrow_of(table: pd.DataFrame | pa.Table, columns: Iterable[str] | None = None) -> pa.Table:
@@ -48,7 +59,8 @@ def with_columns(table: pd.DataFrame | pa.Table, made: Mapping[str, pa.ChunkedAr
         return table.assign(**{name: _series(made[name], table[name]) for name in made})
     for name, column in made.items():
         place = table.column_names.index(name)
-        table = table.set_column(place, table.schema.field(place), column)
+        field = table.schema.field(place).with_type(column.type)  # more values, wider indices
+        table = table.set_column(place, field, column)
     return table
 
 

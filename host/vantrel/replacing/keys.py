@@ -24,7 +24,7 @@ _ROW = b"\0row"
 
 
 def keys_of(columns: Sequence[pa.Array]) -> pa.Array:
-    """Gives the key of each row, null where a part of it, one of the columns, is missing or empty."""
+    """Gives the key of each row, of one column or several; null where one is missing or empty."""
     parts = [canonical(column) for column in columns]
     if len(parts) > 1:
         return _joined(_PARTS, parts)
@@ -48,7 +48,8 @@ def canonical(column: pa.Array) -> pa.Array:
 
     Integers are written without a fraction, also where they are stored as floating point or
     decimal numbers or as texts such as "7.0"; days without a time of midnight; e-mail addresses in
-    lower case. Other texts stay as they are. Empty ones are missing.
+    lower case; all without blanks around them. Other texts stay as they are. Empty ones are
+    missing.
     """
     text = as_texts(column)
     for sign, rewritten in _REWRITTEN.items():
@@ -58,6 +59,13 @@ def canonical(column: pa.Array) -> pa.Array:
     if pc.any(is_empty).as_py():
         text = pc.if_else(is_empty, pa.scalar(None, pa.string()), text)
     return text.cast(pa.binary())
+
+
+def is_text(kind: pa.DataType) -> bool:
+    """Whether values of a type are texts, or a dictionary of them."""
+    kind = kind.value_type if pa.types.is_dictionary(kind) else kind
+    tests = (pa.types.is_string, pa.types.is_large_string, pa.types.is_string_view)
+    return any(test(kind) for test in tests)
 
 
 def as_texts(column: pa.Array) -> pa.Array:
@@ -88,8 +96,7 @@ def _texts_of_floats(column: pa.Array) -> pa.Array:
 
 
 def _addresses_in_lower_case(text: pa.Array) -> pa.Array:
-    lower = pc.utf8_lower(pc.utf8_trim_whitespace(text))
-    return pc.if_else(pc.match_substring(text, "@"), lower, text)
+    return pc.if_else(pc.match_substring(text, "@"), pc.utf8_lower(text), text)
 
 
 def _whole_numbers_without_fraction(text: pa.Array) -> pa.Array:
@@ -106,6 +113,7 @@ def _times_without_needless_parts(text: pa.Array) -> pa.Array:
 
 # What may have to be written otherwise has such a sign in it.
 _REWRITTEN = {
+    " ": pc.utf8_trim_whitespace,
     "@": _addresses_in_lower_case,
     ".0": _whole_numbers_without_fraction,
     ":": _times_without_needless_parts,

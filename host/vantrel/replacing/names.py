@@ -18,10 +18,11 @@ _BLANK, _COMMA = ord(" "), ord(",")
 
 
 def folded(texts: pa.Array) -> pa.Array:
-    """Strips names of what does not tell them apart: case, accents, blanks; "" is missing."""
+    """Strips names of what does not tell them apart, such as case and accents; "" is missing."""
     data, *_ = layout(texts)
     if data.max(initial=0) > 127:
         plain = pc.replace_substring_regex(pc.utf8_normalize(texts, "NFKD"), r"\p{M}+", "")
+        plain = pc.replace_substring(plain, "\N{RIGHT SINGLE QUOTATION MARK}", "'")
         texts = pc.utf8_normalize(plain, "NFC")
     texts = pc.utf8_trim_whitespace(pc.utf8_lower(texts))
     if pc.any(pc.match_substring(texts, "  ")).as_py():

@@ -5,6 +5,9 @@ from __future__ import annotations
 from collections.abc import Iterator
 from typing import TYPE_CHECKING
 
+import pandas as pd
+from pandas.api.types import is_datetime64_any_dtype, is_numeric_dtype, is_timedelta64_dtype
+
 from vantrel.detection import Choice
 from vantrel.hints import argument, listed
 from vantrel.replacing.roles import Roles
@@ -19,6 +22,19 @@ def note_on_columns(roles: Roles) -> str:
     """Tells which columns are replaced."""
     taken = [f"{column!r} ({attribute})" for column, attribute in roles.replaced.items()]
     return f"Replaced: {', '.join(taken)}."
+
+
+def notes_on_index(table: object) -> Iterator[str]:
+    """Tells that the index of a frame stays, if that is not one of numbers or times."""
+    if isinstance(table, pd.DataFrame):
+        levels = [table.index.get_level_values(level) for level in range(table.index.nlevels)]
+        if any(not _is_of_numbers(level) for level in levels):
+            yield "The index stays as it is: reset_index() makes columns of it, which are replaced."
+
+
+def _is_of_numbers(values: pd.Index) -> bool:
+    kinds = (is_numeric_dtype, is_datetime64_any_dtype, is_timedelta64_dtype)
+    return any(test(values.dtype) for test in kinds)
 
 
 def further(choice: Choice) -> str:
@@ -64,8 +80,8 @@ def notes_on_people(report: Report, *, no_real: bool) -> Iterator[str]:
     """Tells what was not known of people, and how many made-up ones bear what a real one bears."""
     if report.met_before is not None and report.met_before < report.people:
         yield (
-            f"The table that was only read tells of {_some_of(report.met_before, report)}: of others"
-            " their own rows alone tell."
+            f"The table that was only read tells of {_some_of(report.met_before, report)}: of the"
+            " others their own rows alone tell."
         )
     if count := report.untold.get("country"):
         yield (

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import re
 from collections.abc import Collection, Mapping, Sequence
 from contextlib import ExitStack
 from dataclasses import dataclass
@@ -11,12 +12,15 @@ import pandas as pd
 import pyarrow as pa
 
 from vantrel.detection.values import SAMPLE_SIZE
-from vantrel.errors import ArgumentError
-from vantrel.hints import did_you_mean, listed
-from vantrel.replacing.frames import excerpt_of
+from vantrel.errors import ArgumentError, ReplaceError
+from vantrel.hints import did_you_mean, listed, named
+from vantrel.replacing.frames import excerpt_of, without_gaps
 from vantrel.replacing.roles import Roles, find_roles
 from vantrel.tables.copying import Copied, open_copied
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
+
+# An e-mail address or a telephone number, which no column is called.
+_VALUE = re.compile(r"[^@\s]+@[^@\s]+\.[^@\s.]+|\+?[\d\s()./-]{8,}")
 
 # For each table, or for all of them under None: the columns of attributes, and those of the key.
 type ColumnsOfTables = Mapping[str | None, Mapping[str, Sequence[str]]]
@@ -75,15 +79,25 @@ def open_table(
 ) -> OpenedTable:
     """Opens a table for as long as ``stack``, and finds what its columns are."""
     copied = stack.enter_context(open_copied(path, separator, encoding))
+    _refuse_values_as_names(copied)
     roles = find_roles(
         _excerpt(copied),
-        key=_of_table(asked.keys, path),
-        columns=_of_table(asked.columns, path),
+        key=_key(_of_table(asked.keys, path), copied.columns),
+        columns=_columns(asked.columns, path, copied.columns),
         keep=asked.keep,
         name=str(path),
         is_only_read=is_only_read,
     )
     return OpenedTable(copied, roles)
+
+
+def _refuse_values_as_names(copied: Copied) -> None:
+    """Refuses a table whose first line is a person's."""
+    if any(_VALUE.fullmatch(name.strip()) for name in copied.columns):
+        raise ReplaceError(
+            f"Table {named(copied.path)} has no line of column names: its first line holds an"
+            " e-mail address or a telephone number. Put the names of the columns above it."
+        )
 
 
 def _excerpt(copied: Copied) -> pd.DataFrame:
@@ -93,11 +107,32 @@ def _excerpt(copied: Copied) -> pd.DataFrame:
     for batch in copied.batches(copied.columns):
         rows += batch.num_rows
         for name, column in zip(batch.schema.names, batch.columns, strict=True):
-            if (own := column.drop_null()) and sum(map(len, values[name])) < SAMPLE_SIZE:
+            if (own := without_gaps(column)) and sum(map(len, values[name])) < SAMPLE_SIZE:
                 values[name].append(own)
         if rows >= SAMPLE_SIZE and all(values.values()):
             break
     return excerpt_of({name: pa.chunked_array(own or [[]]) for name, own in values.items()})
+
+
+def _key(given: Sequence[str] | None, columns: Sequence[str]) -> Sequence[str] | None:
+    """Gives the columns of a key, of which one may have a comma in its name."""
+    if given is None:
+        return None
+    whole = ",".join(given)
+    stripped = [name if name in columns else name.strip() for name in given]
+    return [whole] if whole in columns else stripped
+
+
+def _columns(
+    asked: ColumnsOfTables, path: Path, known: Sequence[str]
+) -> Mapping[str, Sequence[str]]:
+    """Gives the columns of attributes; of those that are asked of all tables, what this one has."""
+    own = next((asked[name] for name in names_of(path) if name in asked), {})
+    of_all = {
+        attribute: [column for column in columns if column in known]
+        for attribute, columns in asked.get(None, {}).items()
+    }
+    return {**{attribute: those for attribute, those in of_all.items() if those}, **own}
 
 
 def _of_table[T](asked: Mapping[str | None, T], path: Path) -> T | None:
@@ -119,3 +154,15 @@ def refuse_unknown_tables(paths: Sequence[Path], asked: Asked) -> None:
                 f"There is no table {name!r}.{did_you_mean(name, known)} Tables are:"
                 f" {listed([path.name for path in paths])}."
             )
+
+
+def refuse_unknown_columns(tables: Sequence[OpenedTable], asked: Asked) -> None:
+    """Refuses columns that are asked of all tables and are in none."""
+    known = dict.fromkeys(column for table in tables for column in table.copied.columns)
+    for attribute, columns in asked.columns.get(None, {}).items():
+        for column in columns:
+            if column not in known:
+                raise ReplaceError(
+                    f"No table has a column {column!r} for {attribute!r}."
+                    f"{did_you_mean(column, known)} Columns are: {listed(known)}."
+                )

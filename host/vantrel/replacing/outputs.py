@@ -10,7 +10,7 @@ from pathlib import Path
 from vantrel.errors import ArgumentError, OverwriteError
 from vantrel.hints import named
 from vantrel.sampling.record import record_path
-from vantrel.storage.files import refuse_missing_folder, refuse_overwriting
+from vantrel.storage.files import STANDARD_STREAM, refuse_missing_folder, refuse_overwriting
 from vantrel.tables.copying import Copied
 from vantrel.tables.kinds import Compression, Format, kind_to_write
 
@@ -29,6 +29,8 @@ def outputs_of(
     """
     outputs = _named(inputs, output)
     refuse_missing_folder(output)
+    if any(each == STANDARD_STREAM for each in inputs) and outputs[0] != output:
+        raise ArgumentError("A table from standard input has no name: name the file of its copy.")
     kept = {os.path.realpath(each) for each in read_only}
     for copy in (*outputs, *map(record_path, outputs)):
         if os.path.realpath(copy) in kept:
@@ -64,7 +66,7 @@ def made_if_missing(folder: Path) -> Iterator[None]:
 
 
 def _named(inputs: Sequence[Path], output: Path) -> list[Path]:
-    if len(inputs) == 1 and not output.is_dir():
+    if len(inputs) == 1 and not output.is_dir() and (output.suffix or output.exists()):
         return [output]
     if output.exists() and not output.is_dir():
         raise OverwriteError(

@@ -4,15 +4,18 @@ from __future__ import annotations
 
 from collections.abc import Iterable, Mapping
 
+import numpy as np
 import pyarrow as pa
 import pyarrow.compute as pc
 
-from vantrel.replacing.keys import as_texts
+from vantrel.attributes import NAMES
 from vantrel.replacing.form import without_titles
-from vantrel.replacing.leaks import Leak, LeakSearch, Names, PrintedWords, Value, is_text, scrubbed
+from vantrel.replacing.keys import as_texts, is_text
+from vantrel.replacing.leaks import Leak, LeakSearch, Names, Value, scrubbed
 from vantrel.replacing.made import MadeUp
 from vantrel.replacing.people import People
 from vantrel.replacing.roles import Roles
+from vantrel.replacing.told import Told
 
 # "Smith, John" and "John Smith"; of several words the last is apart.
 _TWO_NAMES = (
@@ -49,11 +52,11 @@ class Passing:
         """Gives the new columns of a batch with all its columns; the others stay."""
         new = self._people.replaced(batch, self._roles)
         columns, values = new.columns, self._known_by(batch, new.columns)
-        names = Names(new.told.first, new.told.last) if self._has_no_names else None
+        names = self._names(new.told, values)
         for column in self._scrub:
             texts = batch.column(column)
-            of_others = [] if names is None else _found_by_print(texts, names, new.made)
-            columns[column] = scrubbed(texts, [*values, *of_others])
+            by_print = [] if names is None else _found_by_print(texts, names, new.made)
+            columns[column] = scrubbed(texts, [*values, *by_print])
         passed = [name for name in batch.schema.names if name not in self._of_people]
         left = {name: columns.get(name, batch.column(name)) for name in passed}
         self._search.look(pa.RecordBatch.from_pydict(left), values, self.rows + 1, names)
@@ -63,6 +66,17 @@ class Passing:
     def leaks(self) -> list[Leak]:
         """Who is still named in the columns that passed through."""
         return self._search.found()
+
+    def _names(self, told: Told, values: Iterable[Value]) -> Names | None:
+        """Gives the names to look for by prints; None where names are to stay."""
+        if not self._roles.kept.isdisjoint(NAMES):
+            return None
+        if self._has_no_names:
+            return Names(told.first, told.last)
+        parts = [value.real for value in values if value.attribute in _PARTS]
+        plain = [pc.fill_null(pc.string_is_ascii(part), True) for part in parts]
+        is_plain = np.logical_and.reduce([each.to_numpy(zero_copy_only=False) for each in plain])
+        return Names(told.first, told.last, ~is_plain)
 
     def _known_by(self, batch: pa.RecordBatch, made: Mapping[str, pa.Array]) -> list[Value]:
         """Gives what each row's person is known by; the parts of full names, too."""
@@ -80,10 +94,10 @@ def _found_by_print(texts: pa.Array, names: Names, made: MadeUp) -> list[Value]:
     """Gives the names that another table tells, as they are in texts."""
     if not is_text(texts.type):
         return []
-    words = PrintedWords(texts.cast(pa.string()))
+    words = names.words_in(texts.cast(pa.string()))
     return [
         Value(part, words.found(wanted), made.column(part))
-        for part, wanted in zip(_PARTS, names, strict=True)
+        for part, wanted in zip(_PARTS, (names.first, names.last), strict=True)
     ]
 
 

@@ -18,7 +18,6 @@ from vantrel.util.locale.locale import (
     warn_of_borrowed,
 )
 
-
 GENDERS = ("", "F", "M", "NB")
 """The keys of genders by their codes; 0 is what is not told."""
 

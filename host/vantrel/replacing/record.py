@@ -3,12 +3,11 @@
 from __future__ import annotations
 
 import json
-from contextlib import ExitStack
 from typing import TYPE_CHECKING, Any
 
 from vantrel.replacing.secret import deciding_versions
 from vantrel.sampling.record import record_path
-from vantrel.storage.files import replacing
+from vantrel.storage.together import Opener
 from vantrel.wording import shown
 
 if TYPE_CHECKING:
@@ -21,10 +20,10 @@ FORMAT = "vantrel-replace"
 _SCHEMA_VERSION = 1
 
 
-def write_record(unfinished: ExitStack, table: Replaced, asked: Asked, report: Report) -> None:
-    """Writes the record of a copy, which takes its name when ``unfinished`` is closed."""
+def write_record(opened: Opener, table: Replaced, asked: Asked, report: Report) -> None:
+    """Writes the record of a copy."""
     form = _form(table, asked, report)
-    file = unfinished.enter_context(replacing(record_path(table.output)))
+    file = opened(record_path(table.output))
     file.write(json.dumps(form, ensure_ascii=False, indent=2) + "\n")
     file.flush()
 

@@ -10,7 +10,7 @@ import pandas as pd
 
 from vantrel.arguments import as_frame, refuse_text
 from vantrel.replacing import require_pyarrow
-from vantrel.replacing.notes import note_on_columns, notes_on_people, notes_on_table
+from vantrel.replacing.notes import note_on_columns, notes_on_index, notes_on_people, notes_on_table
 from vantrel.replacing.roles import Columns, Roles, find_roles, refuse_scrub
 from vantrel.replacing.secret import checked_secret
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
@@ -92,6 +92,7 @@ class Replacer:
         self.roles, self.report = roles, self._people.finish()
         self.notes = [
             note_on_columns(roles),
+            *notes_on_index(table),
             *notes_on_table(roles, self.report.tables[name], passing.leaks()),
             *notes_on_people(self.report, no_real=self._no_real),
         ]

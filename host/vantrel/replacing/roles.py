@@ -126,14 +126,18 @@ def refuse_scrub(names: Sequence[str], roles: Roles, scrub: Iterable[str]) -> No
                 f"Column {column!r} is replaced whole, as {roles.replaced[column]}: it need not be"
                 " scrubbed."
             )
+        if column in roles.key:
+            raise ReplaceError(
+                f"Column {column!r} tells who is who: scrubbed, it would no longer do so."
+            )
 
 
 def _as_several(names: str | Iterable[str]) -> tuple[str, ...]:
-    several = (names,) if isinstance(names, str) else tuple(dict.fromkeys(names))
+    several = [names] if isinstance(names, str) or not isinstance(names, Iterable) else [*names]
     for name in several:
         if not isinstance(name, str):
             raise ArgumentTypeError(f"A column is named by a text, not by {name!r}.")
-    return several
+    return tuple(dict.fromkeys(several))
 
 
 def _found(table: pd.DataFrame, given: Mapping[str, tuple[str, ...]]) -> Detection:
@@ -181,8 +185,15 @@ def _refuse_missing(
         if column not in table.columns:
             raise ReplaceError(
                 f"{the_table} has no column {column!r} {why}."
-                f"{did_you_mean(column, table.columns)} Its columns are: {listed(table.columns)}."
+                f"{did_you_mean(column, table.columns)}{_no_table(column)} Its columns are:"
+                f" {listed(table.columns)}."
             )
+
+
+def _no_table(column: str) -> str:
+    """Tells that what stands before a colon is no table, in case it was meant for one."""
+    prefix, colon, _ = column.partition(":")
+    return f" No table is called {prefix!r}." if colon else ""
 
 
 def _refuse_shared(given: Mapping[str, tuple[str, ...]], the_table: str) -> None:

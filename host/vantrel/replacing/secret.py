@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import errno
 import os
 import re
 import secrets
@@ -15,12 +16,12 @@ from vantrel.arguments import kind_of
 from vantrel.errors import (
     ArgumentTypeError,
     OtherVersionsWarning,
-    OverwriteError,
     SecretError,
     SecretWarning,
 )
 from vantrel.hints import named, why_unreadable
-from vantrel.storage.files import read_whole, replacing
+from vantrel.storage.files import read_whole, refuse_missing_folder
+from vantrel.storage.together import Opener
 from vantrel.util.callers import OURS
 from vantrel.wording import listed
 
@@ -75,33 +76,44 @@ def _from_environment(given: str) -> bytes:
     return bytes.fromhex(given.strip())
 
 
-def read_or_make_secret(path: Path) -> bytes:
-    """Reads a secret from a file, which is made if it is not there, for nobody but its owner.
+def read_or_draw_secret(path: Path) -> tuple[bytes, bool]:
+    """Reads the secret of a file, or draws one if it is not there.
+
+    Returns:
+        The secret, and whether it is a new one, which :func:`write_secret` is to keep.
 
     Raises:
         SecretError: The file holds no secret, or cannot be read.
-        OSError: It cannot be made.
+        OSError: It is not there, and cannot be made.
 
     Warns:
         OtherVersionsWarning: The secret was made where other versions of the packages are
             installed that decide which people come of it.
         SecretWarning: Others than its owner can read the file.
     """
-    if not os.path.lexists(path):
-        try:
-            return _make(path)
-        except OverwriteError:
-            pass  # another process was quicker
-    return _read(path)
+    if os.path.lexists(path):
+        return _read(path), False
+    refuse_missing_folder(path)
+    if not os.access(path.parent, os.W_OK):
+        raise PermissionError(errno.EACCES, os.strerror(errno.EACCES), str(path))
+    return secrets.token_bytes(_BYTES), True
 
 
-def _make(path: Path) -> bytes:
-    secret = secrets.token_bytes(_BYTES)
+def write_secret(path: Path, secret: bytes, opened: Opener) -> None:
+    """Keeps a new secret in a file for nobody but its owner.
+
+    Raises:
+        SecretError: Another process has made the file meanwhile.
+    """
+    if os.path.lexists(path):
+        raise SecretError(
+            f"Secret file {named(path)} was made by another run meanwhile: run this once more."
+        )
     lines = {"secret": secret.hex()} | deciding_versions()
-    with replacing(path, force=False, mode=_MODE) as file:
-        file.write(_HEAD)
-        file.writelines(f"{name}: {value}\n" for name, value in lines.items())
-    return secret
+    file = opened(path, force=False, mode=_MODE)
+    file.write(_HEAD)
+    file.writelines(f"{name}: {value}\n" for name, value in lines.items())
+    file.flush()
 
 
 def _read(path: Path) -> bytes:

@@ -5,6 +5,6 @@ It needs pyarrow.
 
 from vantrel.replacing.leaks.by_print import PrintedWords
 from vantrel.replacing.leaks.scrub import scrubbed
-from vantrel.replacing.leaks.search import Leak, LeakSearch, Names, Value, is_text
+from vantrel.replacing.leaks.search import Leak, LeakSearch, Names, Value
 
-__all__ = ["Leak", "LeakSearch", "Names", "PrintedWords", "Value", "is_text", "scrubbed"]
+__all__ = ["Leak", "LeakSearch", "Names", "PrintedWords", "Value", "scrubbed"]

@@ -1,4 +1,4 @@
-"""Finds names of which only the prints are known: those that another table tells."""
+"""Finds names by their prints: without regard to accents, and those that another table tells."""
 
 from __future__ import annotations
 
@@ -15,7 +15,7 @@ from vantrel.replacing.prints import Prints, layout, prints, prints_of
 
 # As prints are of names: with hyphens and apostrophes, and without what stands around them.
 _BETWEEN_WORDS = r"[^\p{L}\p{N}'\-]+"
-_WORD = re.compile(r"[^\W_]+(?:['-][^\W_]+)*")
+_WORD = re.compile(r"[^\W_]+(?:['\u2019-][^\W_]+)*")
 
 _BLANK = ord(" ")
 
@@ -25,16 +25,21 @@ class PrintedWords:
 
     Args:
         texts: The cells, missing ones among them.
+        is_of_interest: Which of them; all if None.
     """
 
-    def __init__(self, texts: pa.Array) -> None:
+    def __init__(self, texts: pa.Array, is_of_interest: Any = None) -> None:
         self._texts = texts
-        words = pc.replace_substring_regex(folded(texts), _BETWEEN_WORDS, " ")
+        numbers = (
+            np.arange(len(texts)) if is_of_interest is None else np.flatnonzero(is_of_interest)
+        )
+        some = texts if is_of_interest is None else texts.take(pa.array(numbers))
+        words = pc.replace_substring_regex(folded(some), _BETWEEN_WORDS, " ")
         data, starts, _ = layout(pc.fill_null(words, ""))
         bounds = np.append(starts, len(data))
         starts, lengths = spans_of(data != _BLANK, bounds)
         self._prints = prints_of(data, starts, lengths)
-        self._rows = np.searchsorted(bounds, starts, side="right") - 1
+        self._rows = numbers[np.searchsorted(bounds, starts, side="right") - 1]
 
     def rows_with(self, wanted: Prints) -> Integers:
         """The rows whose cell has the name of the row, by its print."""

@@ -8,8 +8,9 @@ from collections.abc import Iterable
 import pyarrow as pa
 
 from vantrel.errors import ReplaceError
+from vantrel.replacing.keys import is_text
 from vantrel.replacing.leaks.exact import Span, found
-from vantrel.replacing.leaks.search import Value, Wanted, is_text
+from vantrel.replacing.leaks.search import Value, Wanted
 
 
 def scrubbed(texts: pa.Array, values: Iterable[Value]) -> pa.Array:
@@ -21,17 +22,18 @@ def scrubbed(texts: pa.Array, values: Iterable[Value]) -> pa.Array:
     """
     if not is_text(texts.type):
         raise ReplaceError(
-            f"Values of type {texts.type} cannot be scrubbed: name a column of texts."
+            f"Values of type {texts.type} cannot be scrubbed: leave that column out, or make it one"
+            " of texts."
         )
-    wanted = Wanted(value for value in values if value.made is not None)
+    wanted = Wanted(values)
     rows: defaultdict[int, list[tuple[str, str, str]]] = defaultdict(list)
     for (attribute, real, made), may_have in wanted.maybe_in(texts):
         for row in may_have.tolist():
-            if (new := made[row].as_py()) is not None:
+            if made is not None and (new := made[row].as_py()) is not None:
                 rows[row].append((attribute, real[row].as_py(), str(new)))
     cells = texts.cast(pa.string()).to_pylist() if rows else []
-    for row, values in rows.items():
-        cells[row] = _scrubbed(cells[row], values)
+    for row, known in rows.items():
+        cells[row] = _scrubbed(cells[row], known)
     return pa.array(cells, pa.string()).cast(texts.type) if rows else texts
 
 

@@ -8,9 +8,11 @@ from typing import Any, Literal, NamedTuple
 
 import numpy as np
 import pyarrow as pa
+import pyarrow.compute as pc
 
 from vantrel.attributes import PHONES
 from vantrel.hints import in_rows
+from vantrel.replacing.keys import as_texts, is_text
 from vantrel.replacing.leaks.by_print import PrintedWords
 from vantrel.replacing.leaks.cells import Cells, Integers
 from vantrel.replacing.leaks.exact import is_found
@@ -68,10 +70,25 @@ class Value(NamedTuple):
 
 
 class Names(NamedTuple):
-    """The prints of the first and last names of the people of some rows, told by other tables."""
+    """The prints of the first and last names of the people of some rows.
+
+    Attributes:
+        first: Of first names.
+        last: Of last names.
+        is_sought: In which rows these are looked for, besides those whose cell has other letters
+            than ASCII's; None if in all, as the table itself does not have the names.
+    """
 
     first: Prints
     last: Prints
+    is_sought: Flags | None = None
+
+    def words_in(self, texts: pa.Array) -> PrintedWords:
+        """The words of those cells in which the names are looked for."""
+        if self.is_sought is None:
+            return PrintedWords(texts)
+        is_ascii = pc.fill_null(pc.string_is_ascii(texts), True)
+        return PrintedWords(texts, self.is_sought | ~is_ascii.to_numpy(zero_copy_only=False))
 
 
 class LeakSearch:
@@ -94,7 +111,7 @@ class LeakSearch:
             passed: The columns that pass through.
             values: What the people of the same rows are known by.
             first_row: The number of the first of the rows.
-            names: Their names where the table does not have them.
+            names: Their names without regard to accents, or where the table does not have them.
         """
         wanted = Wanted(values)
         for column, cells in zip(passed.schema.names, passed.columns, strict=True):
@@ -103,7 +120,7 @@ class LeakSearch:
                 continue
             has = wanted.found_in(texts)
             if names is not None:
-                words = PrintedWords(texts)
+                words = names.words_in(texts)
                 has["firstname"][words.rows_with(names.first)] = True
                 has["lastname"][words.rows_with(names.last)] = True
             first, last = has.pop("firstname"), has.pop("lastname")
@@ -161,17 +178,8 @@ class Wanted:
 
 def _texts(values: pa.Array) -> pa.Array | None:
     """The cells of a column as texts; None where it is of a type that can name nobody."""
-    kind = values.type.value_type if pa.types.is_dictionary(values.type) else values.type
-    if pa.types.is_nested(kind):
-        texts = [None if value is None else str(value) for value in values.to_pylist()]
-        return pa.array(texts, pa.string())
-    return values.cast(pa.string()) if is_text(kind) or pa.types.is_integer(kind) else None
-
-
-def is_text(kind: pa.DataType) -> bool:
-    """Whether values of a type are texts, or a dictionary of them."""
-    kind = kind.value_type if pa.types.is_dictionary(kind) else kind
-    return any(
-        test(kind)
-        for test in (pa.types.is_string, pa.types.is_large_string, pa.types.is_string_view)
-    )
+    kind = values.type
+    of_nobody = (pa.types.is_temporal, pa.types.is_boolean, pa.types.is_null)
+    if any(test(kind) for test in of_nobody):
+        return None
+    return values.cast(pa.string()) if is_text(kind) else as_texts(values)

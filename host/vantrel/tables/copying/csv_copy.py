@@ -77,7 +77,7 @@ class CopiedCsv:
         """Writes a copy."""
         rows = 0
         with compressing(target, compression) as packed:
-            copy = Encoder(packed, self.path, self.encoding)
+            copy = Encoder(packed, self.encoding)
             copy.write(self._mark)
             for grid in self._grids():
                 copy.write(self._changed(grid, columns, change))

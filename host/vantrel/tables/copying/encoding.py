@@ -10,6 +10,7 @@ from typing import IO, Any, cast
 
 import numpy as np
 import pyarrow as pa
+from anyascii import anyascii
 
 from vantrel.errors import TableError
 from vantrel.hints import named
@@ -22,29 +23,34 @@ _CHARACTERS = 1_000_000
 _MARKED = ("utf-16", "utf-32")
 
 
+def _in_ascii(error: UnicodeError) -> tuple[str, int]:
+    """Writes what an encoding does not have in ASCII: "Łucja" as "Lucja"."""
+    if not isinstance(error, UnicodeEncodeError):
+        raise error
+    return anyascii(error.object[error.start : error.end]), error.end
+
+
+_ERRORS = "vantrel.in_ascii"
+codecs.register_error(_ERRORS, _in_ascii)
+
+
 class Encoder:
     """Writes what is in UTF-8 to a file in another encoding."""
 
-    def __init__(self, file: IO[bytes], path: Path, encoding: str | None) -> None:
-        """Takes the open file, what the user calls the original, and its encoding; None: UTF-8."""
+    def __init__(self, file: IO[bytes], encoding: str | None) -> None:
+        """Takes the open file and its encoding; None is UTF-8."""
         self._file = file
-        self._path = path
-        self._encoding = encoding
-        self._encoder = codecs.getincrementalencoder(encoding)() if encoding else None
+        self._encoder = codecs.getincrementalencoder(encoding)(_ERRORS) if encoding else None
 
     def write(self, text: bytes | pa.Buffer, *, is_last: bool = False) -> None:
-        """Writes whole characters; some encodings need to know which are the last."""
+        """Writes whole characters; some encodings need to know which are the last.
+
+        What the encoding does not have can only be of new values. It is transliterated.
+        """
         if self._encoder is None:
             self._file.write(text)
-            return
-        try:
+        else:
             self._file.write(self._encoder.encode(str(text, "utf-8"), is_last))
-        except UnicodeEncodeError as error:
-            character = error.object[error.start]
-            raise TableError(
-                f"Table {named(self._path)} is in {self._encoding}, which does not have the"
-                f" character {character!r} of a new value: save it as CSV UTF-8."
-            ) from error
 
 
 def exact_encoding(encoding: str, file: Path, compression: Compression | None) -> str:
