@@ -38,7 +38,7 @@ def test_names_in_common_spellings(attribute: str, name: str) -> None:
     ],
 )  # fmt: skip
 def test_names_that_say_nothing_of_a_person(name: str, attribute: str) -> None:
-    if attribute in ("firstname", "lastname", "fullname", "username", "password"):
+    if attribute in ("firstname", "lastname", "username", "password"):
         assert detect_columns(pd.DataFrame({name: VALUES[attribute]})) == {}
     assert detect_columns(pd.DataFrame({name: NOTHING})) == {}
 
@@ -374,3 +374,33 @@ def test_any_table_gives_each_attribute_a_column_of_its_own(df: pd.DataFrame) ->
     assert all(df[column].notna().any() for column in columns.values())
     assert not {doubt.attribute for doubt in found.doubts} & set(columns)
     assert detect(df.copy()) == found
+
+
+PEOPLE = ["Anna Schmidt", "Weber, Günter", "Maria de Souza", "John O'Brien"]
+
+
+@pytest.mark.parametrize(
+    "name", ["recipient", "Empfänger", "Kundenname", "ship_to", "Ansprechpartner", "destinataire"]
+)
+def test_somebody_who_is_named_in_full(name: str) -> None:
+    (choice,) = detect(frame(id=["1", "2", "3", "4"], **{name: PEOPLE})).choices
+    assert choice == Choice("fullname", name, "name and values")
+
+
+@pytest.mark.parametrize("values", [["17", "18"], ["Acme Ltd", "Bolt GmbH"], ["C-1", "C-2"]])
+def test_somebody_who_is_not_named(values: list[str]) -> None:
+    assert detect_columns(frame(last_name=["Lee", "Ray"], customer=values)) == {
+        "lastname": "last_name"
+    }
+
+
+def test_full_names_are_known_by_first_names_where_there_is_no_other_name() -> None:
+    (choice,) = detect(frame(notes=PEOPLE)).choices
+    assert choice == Choice("fullname", "notes", "values")
+    with_names = frame(first_name=["A", "B", "C", "D"], notes=PEOPLE)
+    assert detect_columns(with_names) == {"firstname": "first_name"}
+    for values in (["Blue Chair", "Red Table"], ["Weber GmbH", "Anna Ltd"], ["Anna", "Maria"]):
+        assert detect_columns(frame(notes=values)) == {}
+    assert detect_columns(frame(referred_by=PEOPLE, mothers_name=PEOPLE)) == {
+        "fullname": "referred_by"
+    }

@@ -10,7 +10,7 @@ import pandas as pd
 
 from vantrel.attributes import ATTRIBUTES, LEARNT, PHONES
 from vantrel.config import PersonModelConfig
-from vantrel.detection.names import NAME, PHONE, Match, is_of_others, kinds_of
+from vantrel.detection.names import NAME, PHONE, SOMEBODY, Match, is_of_others, kinds_of
 from vantrel.detection.values import Values
 
 __all__ = ["NOTHING", "Choice", "Detection", "Doubt", "detect", "detect_columns"]
@@ -94,7 +94,8 @@ def detect(
 
     A column is taken for what its name says, in common spellings of European languages, if its
     values do not contradict; or for what its values alone tell: genders, titles, e-mail addresses,
-    telephone numbers with a mark such as "+" and names of countries. Where several are found for an
+    telephone numbers with a mark such as "+", names of countries and, where no column of names is
+    found, full names most of which have a first name that Faker knows. Where several are found for an
     attribute, a whole name is better than a part of one, and that better than values alone; then
     the one more of whose values agree is, then the first one. Each column is judged by its first
     10,000 values that are not missing. Columns without any are not taken, nor are those whose names
@@ -131,10 +132,10 @@ def _usable_columns(df: pd.DataFrame, left_out: Collection[str]) -> Iterator[tup
 
 def _by_name(position: int, column: str, values: Values) -> Iterator[_Candidate]:
     for kind, match in kinds_of(column).items():
-        agreement = values.agreement(kind)
+        told = "fullname" if kind in (NAME, SOMEBODY) and values.are_full_names else kind
+        agreement = 0 if told == SOMEBODY else values.agreement(told)
         if agreement:
-            rank = match + 2 * (kind in (PHONE, NAME))
-            told = "fullname" if kind == NAME and values.are_full_names else kind
+            rank = match + 2 * (kind in (PHONE, NAME, SOMEBODY))
             reason = "name" if kind in _OF_ANY_VALUE else "name and values"
             yield _Candidate(rank, 1 - agreement, position, told, column, reason)
 
@@ -147,7 +148,7 @@ def _by_values(position: int, column: str, values: Values) -> Iterator[_Candidat
 
 def _doubts(column: str, values: Values) -> Iterator[Doubt]:
     for kind, match in kinds_of(column).items():
-        if match is Match.WHOLE and kind != NAME and not values.agreement(kind):
+        if match is Match.WHOLE and kind not in (NAME, SOMEBODY) and not values.agreement(kind):
             value = values.unlike(kind) if kind in LEARNT else None
             yield Doubt(PHONES[0] if kind == PHONE else kind, column, value)
 
@@ -158,17 +159,22 @@ def _assign(candidates: list[_Candidate], known: Mapping[str, str]) -> dict[str,
     used: set[str] = set()
     for candidate in sorted(candidates):
         taken = {*known, *chosen}
-        free = [place for place in _places(candidate.kind, taken) if place not in taken]
+        places = _places(candidate.kind, taken, is_told_by_values=candidate.rank == _BY_VALUES)
+        free = [place for place in places if place not in taken]
         if free and candidate.column not in used:
             used.add(candidate.column)
             chosen[free[0]] = Choice(free[0], candidate.column, candidate.reason)
     return chosen
 
 
-def _places(kind: str, taken: Collection[str]) -> tuple[str, ...]:
+def _places(
+    kind: str, taken: Collection[str], *, is_told_by_values: bool = False
+) -> tuple[str, ...]:
     """The attributes that a column of a kind may hold, the likeliest first."""
     if kind == PHONE:
         return PHONES
+    if kind == "fullname":
+        return () if is_told_by_values and {"firstname", "lastname"} & {*taken} else (kind,)
     if kind == NAME:  # single words: the half that is missing beside the other
         halves = {"firstname": "lastname", "lastname": "firstname"}
         return tuple(half for other, half in halves.items() if other in taken)

@@ -12,10 +12,12 @@ from enum import IntEnum
 from functools import cache
 from itertools import product
 
-# What a column may be found to be: an attribute of a person, or one of these two, whose attribute
-# depends on the other columns: a telephone of no kind, and a name of no kind.
+# What a column may be found to be: an attribute of a person, or one of these, whose attribute depends
+# on the other columns or the values: a telephone of no kind, a name of no kind, and somebody, who
+# may be named by a number as well.
 PHONE = "phone"
 NAME = "name"
+SOMEBODY = "somebody"
 
 
 class Match(IntEnum):
@@ -86,6 +88,19 @@ _KNOWN = {
     NAME: """
         name names nombre nombres nom nome naam namn navn nimi név nev nume ad
     """,
+    SOMEBODY: """
+        customer client buyer purchaser seller recipient addressee contact contact_person employee
+        cardholder card_holder account_holder accountholder holder owner tenant passenger guest
+        patient student driver signatory payee ship_to bill_to sold_to sent_to
+        kunde kundin kundenname kundinname käufer verkäufer besteller auftraggeber empfänger
+        empfaenger empfängername ansprechpartner ansprechpartnerin ansprechperson kontaktperson
+        kontoinhaber karteninhaber mieter mitarbeiter mitarbeiterin mitarbeitername teilnehmer
+        patientenname versicherter bearbeiter sachbearbeiter
+        client destinataire titulaire acheteur salarié destinatario titular contacto cliente
+        empleado intestatario contatto acquirente dipendente contato funcionário ontvanger
+        contactpersoon klant rekeninghouder medewerker odbiorca klient pracownik mottagare kund
+        modtager modtaker mottaker asiakas vastaanottaja zákazník příjemce ügyfél címzett
+    """,
 }  # fmt: skip
 
 _PHONES = """
@@ -133,7 +148,7 @@ _OF_OTHERS = frozenset(
     product item article book song film movie album track file folder host domain server device
     page event project team job campaign course school university hotel street city town place
     region state currency language lang ip species breed pet animal dog cat horse vessel
-    mother father parent spouse partner husband wife child emergency kin next guardian referee
+    mother father mothers fathers parent parents spouse partner husband wife child emergency kin next guardian referee
     middle maiden former previous old alias
     date time timestamp created updated modified count length verified valid confirmed optin opt
     has is hash salt type format status flag fax attempts visible

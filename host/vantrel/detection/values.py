@@ -11,6 +11,7 @@ import pandas as pd
 
 from vantrel.config import PersonModelConfig
 from vantrel.detection.names import NAME, PHONE, words_of
+from vantrel.first_names import first_names
 from vantrel.genders import by_gender, understood
 from vantrel.util.locale.locale import recognise, unknown_places
 
@@ -19,6 +20,7 @@ SAMPLE_SIZE = 10_000
 # Shares of a column's rows: what makes the values agree with a name, and what they tell alone.
 _AGREEING = 0.5
 _TELLING = 0.9
+_MOST = 0.7
 
 # A column of genders, titles or countries has no more distinct values.
 _MOST_CATEGORIES = 300
@@ -96,9 +98,19 @@ class Values:
             "email": True,
             PHONE: all(map(_MARKED_NUMBER.fullmatch, self._fitting(PHONE))),
             "country": self._are_names_of_countries(),
+            "fullname": self._are_names_of_people(),
         }
         shares = {kind: self.agreement(kind) for kind, told in kinds.items() if told}
         return {kind: share for kind, share in shares.items() if share >= _TELLING}
+
+    def _are_names_of_people(self) -> bool:
+        """Whether nearly all look like full names, most of them with a known first name."""
+        names = set(filter(_is_full_name, self._rows))
+        if self._share(names) < _TELLING:
+            return False
+        known = first_names()
+        words = {name: name.replace(",", " ").lower().split() for name in names}
+        return self._share({name for name in names if not known.isdisjoint(words[name])}) >= _MOST
 
     def _share(self, values: set[str]) -> float:
         total = sum(self._rows.values())
