@@ -60,7 +60,7 @@ class Passing:
         found: dict[str, pa.Array] = {}
         for column, attribute in self._roles.replaced.items():
             found.setdefault(attribute, as_texts(columns[column]))
-        if "fullname" in found:
+        if "fullname" in found and not {"firstname", "lastname"} <= found.keys():
             halves = _halves(found["fullname"])
             found = dict(zip(("firstname", "lastname"), halves, strict=True)) | found
         return found
