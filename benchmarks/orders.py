@@ -29,6 +29,7 @@ REPLACED = (
     "home_number",
 )
 
+_BLOCK = 100_000
 _FIRST_KEY = 10_000_000
 _FIRST_DAY = np.datetime64("2024-01-01")
 _DAYS = 700
@@ -47,7 +48,9 @@ def write_orders(path: Path, customers: int, each: int = 1) -> None:
     All order once before anybody orders again, and then the same: rows are as many and as long as
     those of other orders would be, and take no time to make.
     """
-    write_table([_orders(customers)], path)
+    orders = _orders(customers)
+    blocks = (orders[start : start + _BLOCK] for start in range(0, customers, _BLOCK))
+    write_table(blocks, path)
     with path.open("r+b") as file:
         file.readline()
         rows = file.read()
