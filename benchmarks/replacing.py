@@ -6,7 +6,7 @@ Each figure but those of the loop by hand is that of a new process.
 from __future__ import annotations
 
 import tempfile
-from collections.abc import Iterator
+from collections.abc import Iterator, Sequence
 from functools import partial
 from pathlib import Path
 
@@ -16,10 +16,11 @@ from .orders import KEY, write_orders
 from .results import Limits, Result
 from .timing import Cost, cpu_seconds
 
-ROWS, CUSTOMERS = 1_000_000, 500_000
-ROWS_LARGE, CUSTOMERS_LARGE = 10_000_000, 1_000_000
+ROWS, ROWS_LARGE = 1_000_000, 10_000_000
+CUSTOMERS = 1_000_000
+CUSTOMERS_OF_COPY = 500_000
 
-# So few by hand, with as many orders of each; a row of more costs the same.
+# By hand so few are enough: more rows cost the same each.
 CUSTOMERS_BY_HAND = 10_000
 
 COPY_LIMITS = Limits(bar=3, aim=2, at_most=True)
@@ -42,50 +43,53 @@ with open_copied(Path(sys.argv[1])) as table, open(sys.argv[2], "wb") as copy:
 
 
 def large_tables(rounds: int) -> Iterator[Result]:
-    """CPU time against a copy and against a loop by hand, then memory."""
+    """CPU time against a copy and a loop by hand, and what becomes of it and of memory."""
     with tempfile.TemporaryDirectory() as scratch:
         folder = Path(scratch)
-        yield from _against_others(folder, rounds)
-        yield from _growth(folder)
+        yield _against_copy(folder, rounds)
+        few, orders = folder / "few.csv", folder / "orders.csv"
+        write_orders(few, CUSTOMERS_BY_HAND)
+        write_orders(orders, CUSTOMERS)
+        by_hand, ours = [], []
+        for _ in range(rounds):
+            by_hand.append(cpu_seconds(partial(replace_by_hand, few, folder / "by hand.csv")))
+            ours.append(_replace(orders))
+        small, loop = _cost(ours, ROWS), Cost(_of_rows(by_hand, CUSTOMERS_BY_HAND))
+        work = f"replace, {ROWS:,} rows, loop over Faker"
+        yield Result.of_costs(work, loop, small, BY_HAND_LIMITS)
+        write_orders(orders, CUSTOMERS, ROWS_LARGE // CUSTOMERS)
+        at_large = [_replace(orders)]
+        yield _growth(small, _cost(at_large, ROWS_LARGE))
+        for rows, processes in ((ROWS, ours), (ROWS_LARGE, at_large)):
+            yield peak(f"peak of replace, {rows:,} rows, MB", processes, MEMORY_LIMITS)
 
 
-def _against_others(folder: Path, rounds: int) -> Iterator[Result]:
-    each = ROWS // CUSTOMERS
-    few, copy = folder / "few.csv", folder / "copy.csv"
-    write_orders(few, CUSTOMERS_BY_HAND, each)
-    orders = _orders(folder, ROWS, CUSTOMERS)
-    copies, by_hand, ours = [], [], []
+def _against_copy(folder: Path, rounds: int) -> Result:
+    orders = folder / "orders.csv"
+    write_orders(orders, CUSTOMERS_OF_COPY, ROWS // CUSTOMERS_OF_COPY)
+    copies, ours = [], []
     for _ in range(rounds):
-        copies.append(run(orders, copy, program=COPY).cpu)
-        by_hand.append(cpu_seconds(partial(replace_by_hand, few, copy)))
-        ours.append(_replace(orders).cpu)
-    replaced = _cost(ours, ROWS)
-    work = f"replace, {ROWS:,} rows"
-    yield Result.of_costs(f"{work}, copy of each cell", _cost(copies, ROWS), replaced, COPY_LIMITS)
-    loop = _cost(by_hand, CUSTOMERS_BY_HAND * each)
-    yield Result.of_costs(f"{work}, loop over Faker", loop, replaced, BY_HAND_LIMITS)
+        copies.append(run(orders, folder / "copy.csv", program=COPY))
+        ours.append(_replace(orders))
+    work = f"replace, {ROWS:,} rows, copy of each cell"
+    return Result.of_costs(work, _cost(copies, ROWS), _cost(ours, ROWS), COPY_LIMITS)
 
 
-def _growth(folder: Path) -> Iterator[Result]:
-    """Gives what becomes of time and memory with more rows of as many people."""
-    costs = []
-    for rows in (CUSTOMERS_LARGE, ROWS_LARGE):
-        process = _replace(_orders(folder, rows, CUSTOMERS_LARGE))
-        costs.append(_cost([process.cpu], rows))
-        yield peak(f"peak of replace, {rows:,} rows, MB", [process], MEMORY_LIMITS)
-    work = f"replace, a row of {ROWS_LARGE:,}, of {CUSTOMERS_LARGE:,}"
-    yield Result.of_costs(work, *costs, GROWTH_LIMITS)
-
-
-def _orders(folder: Path, rows: int, customers: int) -> Path:
-    path = folder / "orders.csv"
-    write_orders(path, customers, rows // customers)
-    return path
+def _growth(small: Cost, large: Cost) -> Result:
+    """Gives the cost of a row among more rows of as many people over that among fewer."""
+    work = f"replace, a row of {ROWS_LARGE:,}, of {ROWS:,}"
+    return Result.of_costs(work, Cost((small.median,)), large, GROWTH_LIMITS)
 
 
 def _replace(orders: Path) -> Process:
-    return run("replace", orders, "-o", orders.with_name("copy.csv"), "--key", KEY, "--force")
+    copy = orders.with_name("copy.csv")
+    return run("replace", orders, "-o", copy, "--key", KEY, "--force")
 
 
-def _cost(seconds: list[float], rows: int) -> Cost:
-    return Cost(tuple(each / rows * 1e6 for each in seconds))
+def _cost(processes: Sequence[Process], rows: int) -> Cost:
+    return Cost(_of_rows([process.cpu for process in processes], rows))
+
+
+def _of_rows(seconds: Sequence[float], rows: int) -> tuple[float, ...]:
+    """Gives the microseconds of a row."""
+    return tuple(each / rows * 1e6 for each in seconds)
