@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 from pathlib import Path
+from typing import Any
 
 import numpy as np
 import pandas as pd
@@ -69,7 +70,7 @@ def _orders(customers: int) -> pd.DataFrame:
     return orders
 
 
-def _goods(random: np.random.Generator, rows: int) -> dict[str, object]:
+def _goods(random: np.random.Generator, rows: int) -> dict[str, Any]:
     """Gives the columns that have nothing to do with who ordered."""
     quantity, cents = random.integers(1, 10, rows), random.integers(100, 50_000, rows)
     words = {name: np.array(of)[random.integers(len(of), size=rows)] for name, of in _WORDS.items()}

@@ -109,17 +109,16 @@ class Cells:
             last = np.append(self._numbers(length).keys, _NO_NUMBER)[bounds[1:] - 1]
             return np.where((counts >= length) & (counts < most), last, _NO_NUMBER)
 
-        return NumberEnds(
-            ends(FEWEST_OF_A_PART, np.inf),
-            ends(FEWEST_DIGITS, FEWEST_OF_A_PART),
-        )
+        return NumberEnds(ends(FEWEST_OF_A_PART, np.inf), ends(FEWEST_DIGITS, FEWEST_OF_A_PART))
 
     @cached_property
     def _is_of_word(self) -> Flags:
         """Whether each byte is a letter or a digit, or of another character than of ASCII."""
         signs = self._bytes
-        is_letter = signs - np.uint8(ord("a")) < _LETTERS
-        return is_letter | (signs - np.uint8(ord("0")) < _DIGITS) | (signs > _LAST_OF_ASCII)
+        is_of_word: Flags = signs > _LAST_OF_ASCII
+        is_of_word |= signs - np.uint8(ord("a")) < _LETTERS
+        is_of_word |= signs - np.uint8(ord("0")) < _DIGITS
+        return is_of_word
 
     @cached_property
     def _goes_on(self) -> Flags:
@@ -139,6 +138,7 @@ class Cells:
     def _keys_of_words(self, starts: Integers) -> Integers:
         """The first eight bytes of words, without what is behind those that are shorter."""
         goes_on = words_from_each_byte(np.append(self._goes_on, False).view(np.uint8))[starts + 1]
+        # A bit in each byte behind the word's own; those below the lowest are where the word is.
         ends = (goes_on << np.uint64(8) | np.uint64(1)) ^ _EACH_BYTE
         lowest = ends & (~ends + np.uint64(1))
         keys: Integers = words_from_each_byte(self._bytes)[starts] & (lowest - np.uint64(1))
