@@ -9,7 +9,7 @@ import time
 from collections.abc import Callable, Iterator
 from pathlib import Path
 
-from . import command, goals, parts, report, results, rows, scale, sizes
+from . import command, goals, parts, replacing, report, results, rows, scale, sizes
 from .tables import table
 
 DESCRIPTION = "Measures what sampling costs, prints it and writes it to benchmarks/RESULTS.md."
@@ -32,6 +32,7 @@ SECTIONS: dict[str, Section] = {
     "growth": ("Cost a row in large tables", goals.growth),
     "memory": ("Peak memory beyond what the process held before", goals.peak_memory),
     "command": ("The command on large tables, in new processes", command.large_tables),
+    "replacing": ("Replacing the people of large tables", replacing.large_tables),
     "alone": ("Single generators, 100,000 rows, against the plain way", goals.generators_alone),
 }
 PARTS = "parts"

@@ -110,15 +110,13 @@ def _memory(what: str, small: list[Process], large: list[Process]) -> Iterator[R
         (growth,),
         GROWTH_LIMITS,
     )
-    most = much / 1e6
-    yield Result(
-        f"peak of {what}, {ROWS_LARGE:,} rows, MB",
-        "",
-        megabytes(much),
-        most,
-        (most,),
-        MEMORY_LIMITS,
-    )
+    yield peak(f"peak of {what}, {ROWS_LARGE:,} rows, MB", large, MEMORY_LIMITS)
+
+
+def peak(work: str, processes: list[Process], limits: Limits) -> Result:
+    """Gives the most bytes that were resident at one time in any of the processes, in millions."""
+    most = max(each.peak for each in processes)
+    return Result(work, "", megabytes(most), most / 1e6, (most / 1e6,), limits)
 
 
 def _csv_over_parquet(model: Path, folder: Path, rounds: int) -> Result:

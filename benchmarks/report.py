@@ -5,7 +5,7 @@ from __future__ import annotations
 from collections.abc import Mapping, Sequence
 from textwrap import fill
 
-from . import goals, parts, results, scale
+from . import goals, orders, parts, replacing, results, scale
 from .machine import surroundings
 from .people import MIXED
 from .tables import Row, table
@@ -35,6 +35,14 @@ PARAGRAPHS = (
     " own (`benchmarks/command.py`): the most that was resident at one time, all of Python and its"
     " libraries with it, and CPU seconds. A report compares the table with a sample of as many"
     " rows.",
+    "People are replaced in CSV of {columns} columns, {replaced} of which are made anew"
+    " (`benchmarks/orders.py`), by the command in processes of its own. The copy reads each cell"
+    " and writes it with the command's reader and writer, in a process of its own, too; each of"
+    " {people_of_copy:,} people has two rows there. The loop makes each person by Faker's methods,"
+    " seeded by the person's key (`benchmarks/by_hand.py`), in a table of {by_hand:,} rows. There"
+    " each row is another person, as in the {small:,} rows of the command: where people have"
+    " several rows, a row costs the loop less, as it makes each but once. The {large:,} rows are of"
+    " {people:,} people.",
 )
 
 PARTS_HEADING = "What each generator costs"
@@ -69,6 +77,13 @@ def text(
         "compared": goals.ROWS_COMPARED,
         "rows": parts.ROWS,
         "countries": ", ".join(MIXED),
+        "columns": orders.COLUMNS,
+        "replaced": len(orders.REPLACED),
+        "people_of_copy": replacing.CUSTOMERS_OF_COPY,
+        "by_hand": replacing.CUSTOMERS_BY_HAND,
+        "small": replacing.ROWS,
+        "large": replacing.ROWS_LARGE,
+        "people": replacing.CUSTOMERS,
     }
     blocks = ["# Benchmarks"]
     blocks += [fill(paragraph.format(**filled), WIDTH) for paragraph in PARAGRAPHS]

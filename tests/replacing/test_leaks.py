@@ -112,6 +112,20 @@ def test_nothing_of_the_person(cell: str) -> None:
     assert kind(cell) is None
 
 
+@pytest.mark.parametrize("digits", ["123456", "1234567", "12345678", "123456789"])
+def test_cells_that_are_nothing_but_a_number(digits: str) -> None:
+    (leak,) = leaks(pa.array([digits] * 2), {"mobile_number": digits})
+    assert (leak.kind, leak.cells) == ("person", 2)
+    assert not leaks(pa.array([digits[1:] + "0"]), {"mobile_number": digits})
+
+
+def test_who_has_no_name_is_not_the_person_of_the_next_row() -> None:
+    search = LeakSearch()
+    names = Value("firstname", pa.array([None, "", "Ann"]))
+    search.look(pa.record_batch({"notes": pa.array(["Ann", "Ann", "Eve"])}), [names], 1)
+    assert not search.found()
+
+
 @pytest.mark.parametrize(
     ("name", "cell"),
     [("Strauß", "STRAUSS"), ("ΝΊΚΟΣ", "νίκος"), ("李小龙", "客户：李小龙。"), ("O'Neil", "O'NEIL")],

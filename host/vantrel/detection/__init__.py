@@ -95,8 +95,8 @@ def detect(
     A column is taken for what its name says, in common spellings of European languages, if its
     values do not contradict; or for what its values alone tell: genders, titles, e-mail addresses,
     telephone numbers with a mark such as "+", names of countries and, where no column of names is
-    found, full names most of which have a first name that Faker knows. Where several are found for an
-    attribute, a whole name is better than a part of one, and that better than values alone; then
+    found, full names most of which have a first name that Faker knows. Where several are found for
+    an attribute, a whole name is better than a part of one, and that better than values alone; then
     the one more of whose values agree is, then the first one. Each column is judged by its first
     10,000 values that are not missing. Columns without any are not taken, nor are those whose names
     are no text or not unique.

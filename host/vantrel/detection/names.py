@@ -12,9 +12,9 @@ from enum import IntEnum
 from functools import cache
 from itertools import product
 
-# What a column may be found to be: an attribute of a person, or one of these, whose attribute depends
-# on the other columns or the values: a telephone of no kind, a name of no kind, and somebody, who
-# may be named by a number as well.
+# What a column may be found to be: an attribute of a person, or one of these, whose attribute
+# depends on the other columns or the values: a telephone of no kind, a name of no kind, and
+# somebody, who may be named by a number as well.
 PHONE = "phone"
 NAME = "name"
 SOMEBODY = "somebody"
@@ -148,7 +148,8 @@ _OF_OTHERS = frozenset(
     product item article book song film movie album track file folder host domain server device
     page event project team job campaign course school university hotel street city town place
     region state currency language lang ip species breed pet animal dog cat horse vessel
-    mother father mothers fathers parent parents spouse partner husband wife child emergency kin next guardian referee
+    mother father mothers fathers parent parents spouse partner husband wife child emergency kin
+    next guardian referee
     middle maiden former previous old alias
     date time timestamp created updated modified count length verified valid confirmed optin opt
     has is hash salt type format status flag fax attempts visible

@@ -144,12 +144,13 @@ class Values:
 
 
 def _is_phone(value: str) -> bool:
-    digits = sum(map(str.isdigit, value))
-    return bool(_NUMBER.fullmatch(value)) and _FEWEST_DIGITS <= digits <= _MOST_DIGITS
+    if not _NUMBER.fullmatch(value):
+        return False
+    return _FEWEST_DIGITS <= sum(map(str.isdigit, value)) <= _MOST_DIGITS
 
 
 def _is_full_name(value: str) -> bool:
-    return bool(_NAME_PARTS.fullmatch(value)) and _FIRMS.isdisjoint(words_of(value))
+    return bool(_NAME_PARTS.fullmatch(value)) and _FIRMS.isdisjoint(words_of(value.lower()))
 
 
 def _is_name(value: str) -> bool:

@@ -84,9 +84,10 @@ class Passing:
             Value(attribute, as_texts(batch.column(column)), as_texts(made[column]))
             for column, attribute in self._roles.replaced.items()
         ]
-        for whole in [value for value in values if value.attribute == "fullname"]:
-            parts = zip(_PARTS, _halves(whole.real), _halves(whole.made), strict=True)
-            values += [Value(*part) for part in parts if part[0] not in self._roles.columns]
+        missing = [part for part in _PARTS if part not in self._roles.columns]
+        for _, real, new in [each for each in values if missing and each.attribute == "fullname"]:
+            parts = zip(_PARTS, _halves(real), _halves(new), strict=True)
+            values += [Value(*part) for part in parts if part[0] in missing]
         return values
 
 

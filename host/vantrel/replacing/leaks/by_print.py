@@ -9,7 +9,7 @@ import numpy as np
 import pyarrow as pa
 import pyarrow.compute as pc
 
-from vantrel.replacing.leaks.cells import Integers, spans_of
+from vantrel.replacing.leaks.cells import Integers
 from vantrel.replacing.names import folded
 from vantrel.replacing.prints import Prints, layout, prints, prints_of
 
@@ -37,7 +37,7 @@ class PrintedWords:
         words = pc.replace_substring_regex(folded(some), _BETWEEN_WORDS, " ")
         data, starts, _ = layout(pc.fill_null(words, ""))
         bounds = np.append(starts, len(data))
-        starts, lengths = spans_of(data != _BLANK, bounds)
+        starts, lengths = _spans_of(data != _BLANK, bounds)
         self._prints = prints_of(data, starts, lengths)
         self._rows = numbers[np.searchsorted(bounds, starts, side="right") - 1]
 
@@ -54,3 +54,20 @@ class PrintedWords:
             is_name = prints(folded(words)) == wanted[row]
             names[row] = words[int(np.argmax(is_name))].as_py() if is_name.any() else None
         return pa.array(names, pa.string())
+
+
+def _spans_of(is_of_word: Any, bounds: Integers) -> tuple[Integers, Integers]:
+    """Gives the starts and lengths of the words of cells that follow each other in memory.
+
+    Args:
+        is_of_word: Whether each byte is one of a word.
+        bounds: Where each cell starts, and where the last one ends. No word goes over a bound.
+    """
+    begins, ends = is_of_word.copy(), is_of_word.copy()
+    begins[1:] &= ~is_of_word[:-1]
+    ends[:-1] &= ~is_of_word[1:]
+    inner = bounds[(bounds > 0) & (bounds < len(is_of_word))]
+    begins[inner] = is_of_word[inner]
+    ends[inner - 1] = is_of_word[inner - 1]
+    starts = np.flatnonzero(begins)
+    return starts, np.flatnonzero(ends) - starts + 1

@@ -14,20 +14,26 @@ import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.replacing.leaks.exact import FEWEST_DIGITS, FEWEST_OF_A_PART
-from vantrel.replacing.prints import layout, words_at, words_from_each_byte
+from vantrel.replacing.prints import WORD, layout, words_from_each_byte
 
 type Integers = np.ndarray[Any, np.dtype[Any]]
+type Flags = np.ndarray[Any, np.dtype[np.bool]]
 
-_LETTERS = b"0123456789abcdefghijklmnopqrstuvwxyz"
-_IS_OF_WORD = np.zeros(256, dtype=bool)
-_IS_OF_WORD[list(_LETTERS)] = True
-_IS_OF_WORD[128:] = True
+_LETTERS, _DIGITS = 26, 10
+_LAST_OF_ASCII = 127
 
 _OTHER_THAN_ASCII_AND_WORDS = re.compile(r"[^\w\x00-\x7f]")
 
 # What is no key of a word, which is known by its first bytes, and the end of no number.
-_NO_WORD = 0
-_NO_NUMBER = -1
+_NO_WORD = np.uint64(0)
+_NO_NUMBER = np.uint64((1 << 64) - 1)
+
+# A bit of each of eight bytes, and all bits of the last ones, which hold digits.
+_EACH_BYTE = np.uint64(0x0101010101010101)
+_LAST_DIGITS = {
+    count: np.uint64((1 << 64) - (1 << 8 * (WORD - count)))
+    for count in (FEWEST_DIGITS, FEWEST_OF_A_PART)
+}
 
 
 class _Parts(NamedTuple):
@@ -77,16 +83,23 @@ class Cells:
         )
 
     def _may_have_number(self, ends: NumberEnds) -> Integers:
-        rows = self._long_numbers.rows_with(ends.long)
-        if (ends.short == _NO_NUMBER).all():
+        most = np.diff(self._digits.bounds).max(initial=0)
+        rows = np.zeros(0, np.int64)
+        if most >= FEWEST_OF_A_PART:
+            rows = self._numbers(FEWEST_OF_A_PART).rows_with(ends.long)
+        if most < FEWEST_DIGITS or (ends.short == _NO_NUMBER).all():
             return rows
-        return np.union1d(rows, self._short_numbers.rows_with(ends.short))
+        return np.union1d(rows, self._numbers(FEWEST_DIGITS).rows_with(ends.short))
 
     def first_words(self) -> Integers:
         """The key of the first word of each cell."""
+        starts, ends = self._offsets[:-1], self._offsets[1:]
+        is_empty = starts == ends
+        if (is_empty | np.append(self._is_of_word, False)[starts]).all():
+            return np.where(is_empty, _NO_WORD, self._keys_of_words(starts))
         bounds, keys = self._words
-        first = np.append(keys, np.uint64(_NO_WORD))[bounds[:-1]]
-        return np.where(np.diff(bounds) > 0, first, np.uint64(_NO_WORD))
+        first = np.append(keys, _NO_WORD)[bounds[:-1]]
+        return np.where(np.diff(bounds) > 0, first, _NO_WORD)
 
     def ends_of_numbers(self) -> NumberEnds:
         """The last digits of the number in each cell."""
@@ -95,60 +108,57 @@ class Cells:
         first = significant[np.searchsorted(significant, bounds[:-1])]
         counts = bounds[1:] - first  # without the zeros in front
 
-        def ends(numbers: _Parts, fewest: int, most: float) -> Integers:
-            last = np.append(numbers.keys, _NO_NUMBER)[bounds[1:] - 1]
-            return np.where((counts >= fewest) & (counts < most), last, _NO_NUMBER)
+        def ends(length: int, most: float) -> Integers:
+            last = np.append(self._numbers(length).keys, _NO_NUMBER)[bounds[1:] - 1]
+            return np.where((counts >= length) & (counts < most), last, _NO_NUMBER)
 
-        return NumberEnds(
-            ends(self._long_numbers, FEWEST_OF_A_PART, np.inf),
-            ends(self._short_numbers, FEWEST_DIGITS, FEWEST_OF_A_PART),
-        )
+        return NumberEnds(ends(FEWEST_OF_A_PART, np.inf), ends(FEWEST_DIGITS, FEWEST_OF_A_PART))
+
+    @cached_property
+    def _is_of_word(self) -> Flags:
+        """Whether each byte is a letter or a digit, or of another character than of ASCII."""
+        signs = self._bytes
+        is_of_word: Flags = signs > _LAST_OF_ASCII
+        is_of_word |= signs - np.uint8(ord("a")) < _LETTERS
+        is_of_word |= signs - np.uint8(ord("0")) < _DIGITS
+        return is_of_word
+
+    @cached_property
+    def _goes_on(self) -> Flags:
+        """Whether each byte is of the same word as one before it, if that is of a word at all."""
+        goes_on = self._is_of_word.copy()
+        # Cells that follow each other in memory are words of their own.
+        goes_on[self._offsets[self._offsets < len(goes_on)]] = False
+        return goes_on
 
     @cached_property
     def _words(self) -> _Parts:
-        starts, lengths = spans_of(_IS_OF_WORD[self._bytes], self._offsets)
-        keys = words_at(words_from_each_byte(self._bytes), starts, lengths)
-        return _Parts(np.searchsorted(starts, self._offsets), keys)
+        begins = self._is_of_word.copy()
+        begins[1:] &= ~(self._is_of_word[:-1] & self._goes_on[1:])
+        starts = np.flatnonzero(begins)
+        return _Parts(np.searchsorted(starts, self._offsets), self._keys_of_words(starts))
+
+    def _keys_of_words(self, starts: Integers) -> Integers:
+        """The first eight bytes of words, without what is behind those that are shorter."""
+        goes_on = words_from_each_byte(np.append(self._goes_on, False).view(np.uint8))[starts + 1]
+        # A bit in each byte behind the word's own; those below the lowest are where the word is.
+        ends = (goes_on << np.uint64(8) | np.uint64(1)) ^ _EACH_BYTE
+        lowest = ends & (~ends + np.uint64(1))
+        keys: Integers = words_from_each_byte(self._bytes)[starts] & (lowest - np.uint64(1))
+        return keys
 
     @cached_property
     def _digits(self) -> _Parts:
         digits = self._bytes - np.uint8(ord("0"))
-        places = np.flatnonzero(digits < 10)
-        return _Parts(np.searchsorted(places, self._offsets), digits[places].astype(np.int32))
-
-    @cached_property
-    def _long_numbers(self) -> _Parts:
-        return self._numbers(FEWEST_OF_A_PART)
-
-    @cached_property
-    def _short_numbers(self) -> _Parts:
-        return self._numbers(FEWEST_DIGITS)
+        places = np.flatnonzero(digits < _DIGITS)
+        return _Parts(np.searchsorted(places, self._offsets), digits[places])
 
     def _numbers(self, length: int) -> _Parts:
         """The digits, each known by itself and those before it, which may be another cell's."""
         bounds, digits = self._digits
-        padded = np.append(np.zeros(length, np.int32), digits)
-        values = np.zeros(len(digits), np.int32)
-        for back in range(length):
-            values += np.int32(10**back) * padded[length - back : len(padded) - back]
-        return _Parts(bounds, values)
-
-
-def spans_of(is_of_word: Any, bounds: Integers) -> tuple[Integers, Integers]:
-    """Gives the starts and lengths of the words of cells that follow each other in memory.
-
-    Args:
-        is_of_word: Whether each byte is one of a word.
-        bounds: Where each cell starts, and where the last one ends. No word goes over a bound.
-    """
-    begins, ends = is_of_word.copy(), is_of_word.copy()
-    begins[1:] &= ~is_of_word[:-1]
-    ends[:-1] &= ~is_of_word[1:]
-    inner = bounds[(bounds > 0) & (bounds < len(is_of_word))]
-    begins[inner] = is_of_word[inner]
-    ends[inner - 1] = is_of_word[inner - 1]
-    starts = np.flatnonzero(begins)
-    return starts, np.flatnonzero(ends) - starts + 1
+        before = np.zeros(WORD - 1, np.uint8)
+        words = words_from_each_byte(np.concatenate([before, digits]))[: len(digits)]
+        return _Parts(bounds, words & _LAST_DIGITS[length])
 
 
 def _folded(texts: pa.Array) -> pa.Array:

@@ -49,12 +49,12 @@ def quotes_of(text: bytes, signs: Signs, separator: bytes) -> Quotes | None:
     """Finds the quotation marks around cells; None where there are none at all."""
     if b'"' not in text:
         return None
-    is_quote = signs == _QUOTE
-    marks = np.flatnonzero(is_quote)
+    marks = np.flatnonzero(signs == _QUOTE)
     if len(separator) > 1 or not _all_around_cells(signs, marks, separator):
         return _one_by_one(text, separator)
     # Each turns what was outside to what is inside, and back: two for one in a cell do no harm.
-    inside = np.logical_xor.accumulate(is_quote)
+    bounds = np.concatenate([[0], marks, [len(signs)]])
+    inside = np.repeat(np.arange(len(marks) + 1) % 2 == 1, np.diff(bounds))
     return Quotes(inside, is_open=len(marks) % 2 == 1)
 
 
