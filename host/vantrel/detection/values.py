@@ -24,7 +24,7 @@ _TELLING = 0.9
 _MOST_CATEGORIES = 300
 
 # Of a value no more is looked at: nothing of a person is longer.
-_LONGEST = 1_000
+LONGEST = 1_000
 
 _EMAIL = re.compile(r"[^@\s]+@[^@\s]+\.[^@\s.]+")
 _NUMBER = re.compile(r"\+?[\d\s()./-]+(?:(?:x|ext\.?)\s*\d+)?", re.IGNORECASE)
@@ -44,6 +44,12 @@ _FIRMS = frozenset(
 )
 
 
+def first_values(column: pd.Series) -> list[object]:
+    """The first 10,000 values of a column that are not missing."""
+    present = np.flatnonzero(column.notna())[:SAMPLE_SIZE]
+    return column.iloc[present].tolist()
+
+
 class Values:
     """The values that a column has in its first rows without a missing one.
 
@@ -54,10 +60,7 @@ class Values:
     """
 
     def __init__(self, column: pd.Series, config: PersonModelConfig) -> None:
-        present = np.flatnonzero(column.notna())[:SAMPLE_SIZE]
-        self._rows = Counter(
-            str(value)[:_LONGEST].strip() for value in column.iloc[present].tolist()
-        )
+        self._rows = Counter(str(value)[:LONGEST].strip() for value in first_values(column))
         self._config = config
 
     @property
@@ -85,7 +88,7 @@ class Values:
     @property
     def are_full_names(self) -> bool:
         """Whether the values look like "First Last" or "Last, First", and not like firms."""
-        return self._share(set(filter(_is_full_name, self._rows))) >= _AGREEING
+        return self._share(set(filter(is_full_name, self._rows))) >= _AGREEING
 
     def told(self) -> dict[str, float]:
         """Maps the kinds that the values tell without a name to the share that is of them."""
@@ -135,7 +138,8 @@ def _is_phone(value: str) -> bool:
     return bool(_NUMBER.fullmatch(value)) and _FEWEST_DIGITS <= digits <= _MOST_DIGITS
 
 
-def _is_full_name(value: str) -> bool:
+def is_full_name(value: str) -> bool:
+    """Whether a value looks like "First Last" or "Last, First", and not like a firm."""
     return bool(_NAME_PARTS.fullmatch(value)) and _FIRMS.isdisjoint(words_of(value))
 
 
