@@ -162,7 +162,7 @@ _TOLD_BY_VALUES = frozenset(
 )
 
 # Before a name of no kind only these leave it a person's.
-_PERSONS = frozenset(
+PERSONS = frozenset(
     """
     person people emp cust customer client kunde kunden klant cliente employee staff worker
     mitarbeiter user member mitglied patient contact guest gast passenger student pupil teacher
@@ -225,7 +225,7 @@ def _kind_of_part(part: list[str], rest: list[str], at_the_end: bool) -> str | N
     kind = _kinds().get(joined)
     if kind is None or joined in _ONLY_WHOLE or not (at_the_end or kind in _TOLD_BY_VALUES):
         return None
-    return kind if kind != NAME or _PERSONS.issuperset(rest) else None
+    return kind if kind != NAME or PERSONS.issuperset(rest) else None
 
 
 def is_of_others(name: str) -> bool:

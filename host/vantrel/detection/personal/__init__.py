@@ -114,9 +114,7 @@ def _finding(column: str, texts: list[str]) -> Finding | None:
 
 
 def _told(column: str, texts: list[str]) -> tuple[Kind, str] | None:
-    is_a_thing = is_of_a_thing(column)
     for kind, told, is_of_things_too in _SIGNS:
-        seen = None if is_a_thing and is_of_things_too else told(texts)
-        if seen:
-            return kind, seen
+        if seen := told(texts):
+            return None if is_of_things_too and is_of_a_thing(column) else (kind, seen)
     return None

@@ -24,7 +24,7 @@ _STREETS = frozenset(
     strasse str weg platz allee gasse ring damm ufer chaussee steig markt
     rue chemin impasse quai cours place avenue av bd route passage sentier
     via viale piazza corso strada vicolo largo contrada borgo piazzale rotonda stretto incrocio
-    calle avenida avda plaza paseo camino ronda pasaje glorieta cuesta callejon urbanizacion acceso
+    calle pasadizo vial avenida avda plaza paseo camino ronda pasaje glorieta cuesta callejon urbanizacion acceso
     alameda canada rambla carrer cl
     rua travessa praca estrada beco rotunda
     ulica ul aleja al plac os osiedle ulice namesti nam trida
@@ -42,6 +42,10 @@ _ENDINGS = tuple(
     katu tie kuja polku bulevardi
     """.split()
 )
+# "C/ Mayor 5", "R. do Sol, 7"
+_ABBREVIATED = re.compile(r"(?:[Cc][./]|[Rr]\.)\s*[^\W\d_]")
+_NUMBERED = re.compile(r"\d|\b[Ss]/[Nn]\b")  # s/n: sin número, sem número
+
 # An address with a flat, a town and a country has no more words; descriptions often have.
 _MOST_WORDS = 16
 
@@ -80,10 +84,11 @@ def told_streets(texts: list[str]) -> str | None:
 
 
 def _is_street(text: str) -> bool:
-    if not any(map(str.isdigit, text)):
+    if not _NUMBERED.search(text):
         return False
     words = words_of(text)
-    return len(words) <= _MOST_WORDS and any(map(_is_word_for_street, words))
+    is_street = bool(_ABBREVIATED.match(text)) or any(map(_is_word_for_street, words))
+    return is_street and len(words) <= _MOST_WORDS
 
 
 def _is_word_for_street(word: str) -> bool:

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import math
 import re
 from collections.abc import Iterator
 from datetime import UTC, date, datetime
@@ -19,7 +20,8 @@ _LEAST_MEDIAN = 18
 _WEEKEND = 2 / 7
 
 _TIME = r"(?:[ T]00:00(?::00(?:\.0+)?)?(?:Z|\+00:00)?)?"
-_YEAR_FIRST = re.compile(rf"(\d{{4}})([-/.]?)(\d\d?)\2(\d\d?){_TIME}")
+_YEAR_FIRST = re.compile(rf"(\d{{4}})([-/.])(\d\d?)\2(\d\d?){_TIME}")
+_JOINED = re.compile(r"(\d{4})()(\d\d)(\d\d)")
 _YEAR_LAST = re.compile(rf"(\d\d?)([-/.])(\d\d?)\2(\d{{4}}){_TIME}")
 _HAS_YEAR = re.compile(r"(?<!\d)(?:1[89]|20)\d\d(?!\d)")
 _SHORT_DATE = re.compile(r"\d\d?[-/. ]{1,2}(?:\d\d?|[^\W\d_]{3,9}\.?)[-/. ]{1,2}\d\d")
@@ -58,13 +60,13 @@ def _births(texts: list[str]) -> Iterator[date]:
 def _keep_to_working_days(days: list[date]) -> bool:
     """Whether so few days are of a weekend that it is no chance, as of contracts and releases."""
     expected = _WEEKEND * len(days)
-    deviation = (expected * (1 - _WEEKEND)) ** 0.5
+    deviation = math.sqrt(expected * (1 - _WEEKEND))
     return sum(day.weekday() >= 5 for day in days) < expected - 3 * deviation
 
 
 def _date(text: str) -> date | None:
     """Reads a date without a time of day; whether the day or the month is first does not matter."""
-    if match := _YEAR_FIRST.fullmatch(text):
+    if match := _YEAR_FIRST.fullmatch(text) or _JOINED.fullmatch(text):
         year, first, second = map(int, match.group(1, 3, 4))
     elif match := _YEAR_LAST.fullmatch(text):
         first, second, year = map(int, match.group(1, 3, 4))

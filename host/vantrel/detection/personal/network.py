@@ -26,6 +26,8 @@ _PROFILE = re.compile(
     r"/?@?[^/\s?]+/?(?:\?\S*)?",
     re.IGNORECASE,
 )
+# Not whether somebody has a page.
+_HANDLE = re.compile(r"(?!(?:yes|no|true|false|none)$)\S*[^\W\d_]\S+", re.IGNORECASE)
 
 
 def is_ip(text: str) -> bool:
@@ -50,13 +52,13 @@ def can_be_device(text: str) -> bool:
 def told_devices(texts: list[str]) -> str | None:
     """Tells whether values are addresses of network cards, or numbers of mobile telephones."""
     return told(texts, _is_mac, "are MAC addresses of devices") or told(
-        texts, _is_imei, "are IMEI numbers of telephones with right check digits"
+        texts, _is_imei, "are valid IMEI numbers of telephones"
     )
 
 
 def can_be_profile(text: str) -> bool:
     """Whether a text is an address of a page or a name in a network."""
-    return bool(re.fullmatch(r"\S*[^\W\d_]\S*", text))
+    return bool(_HANDLE.fullmatch(text))
 
 
 def told_profiles(texts: list[str]) -> str | None:

@@ -14,7 +14,7 @@ from vantrel.detection.personal.texts import Test, told
 _BETWEEN_DIGITS = str.maketrans("", "", " -./")
 _BLANKS_AND_POINTS = str.maketrans("", "", " .")
 _DIGIT = re.compile(r"\d")
-_DAY_OR_TIME = re.compile(r"\d{4}-\d\d-\d\d.*|\d\d?\.\d\d?\.\d{4}.*")
+_DATE_OR_MEASURE = re.compile(r"\d{4}-\d\d-\d\d.*|\d\d?\.\d\d?\.\d{4}.*|[-+]?\d*\.\d+")
 _NUMBER = re.compile(r"[\dA-Z +./-]{4,40}", re.IGNORECASE)
 
 # The beginnings and lengths that issuers of cards have.
@@ -30,7 +30,7 @@ _MASKED_CARD = re.compile(r"[\dXx*•.# -]*\d{3,}")
 
 # The form of each number without blanks and full stops, and its name. Those are not here of which
 # one check digit is all that tells them from other numbers: one in ten of any would pass.
-_OFFICIAL = {
+OFFICIAL = {
     "pl.pesel": (r"\d{11}", "Polish PESEL numbers"),
     "es.nif": (r"[A-Z]?-?\d{7,8}-?[A-Z]|[A-Z]-?\d{8}", "Spanish NIF numbers"),
     "it.codicefiscale": (r"[A-Z]{6}[\dA-Z]{9}[A-Z]", "Italian tax codes"),
@@ -71,7 +71,7 @@ def can_be_account(text: str) -> bool:
 
 def told_accounts(texts: list[str]) -> str | None:
     """Tells whether values are IBANs."""
-    return told(texts, iban.is_valid, "are IBANs with right check digits")
+    return told(texts, iban.is_valid, "are valid IBANs")
 
 
 def can_be_card(text: str) -> bool:
@@ -81,7 +81,7 @@ def can_be_card(text: str) -> bool:
 
 def told_cards(texts: list[str]) -> str | None:
     """Tells whether values are numbers of payment cards."""
-    return told(texts, _is_card, "are payment cards' numbers with right check digits")
+    return told(texts, _is_card, "are valid numbers of payment cards")
 
 
 def can_be_official(text: str) -> bool:
@@ -91,16 +91,15 @@ def can_be_official(text: str) -> bool:
 
 def told_official(texts: list[str]) -> str | None:
     """Tells whether values are tax or social security numbers, and of which country."""
-    if british := told(texts, _is_british, "have the form of British National Insurance numbers"):
+    if british := told(texts, _is_british, "are valid British National Insurance numbers"):
         return british
-    for module, (form, name) in _OFFICIAL.items():
-        is_valid = _test_of(module, form)
-        if seen := told(texts, is_valid, f"are {name} with right check digits"):
+    for module, (form, name) in OFFICIAL.items():
+        if seen := told(texts, test_of(module, form), f"are valid {name}"):
             return seen
     return None
 
 
-def _test_of(module: str, form: str) -> Test:
+def test_of(module: str, form: str) -> Test:
     """Makes the test of one kind of number; its module is loaded when a text has the form."""
     has_form = re.compile(form).fullmatch
 
@@ -126,8 +125,8 @@ def _is_card(text: str) -> bool:
 
 
 def _is_number(text: str) -> bool:
-    """Whether a text is digits with few letters, and no date or time."""
-    return bool(_NUMBER.fullmatch(text)) and not _DAY_OR_TIME.fullmatch(text)
+    """Whether a text is digits and plain letters, and no date or fraction."""
+    return bool(_NUMBER.fullmatch(text)) and not _DATE_OR_MEASURE.fullmatch(text)
 
 
 def _has_digits(text: str, fewest: int) -> bool:

@@ -8,8 +8,9 @@ from vantrel.detection.personal.texts import told
 
 _HIGHEST = 90, 180  # degrees of latitude, of longitude
 
+# A number alone must have decimals, or every rank would be a position.
+_DEGREES = re.compile(r"([-+]?\d{1,3}\.\d+)\s*°?\s*[NSEWO]?")
 _NUMBER = r"[-+]?\d{1,3}(?:\.\d+)?"
-_DEGREES = re.compile(rf"({_NUMBER})\s*°?\s*[NSEWO]?")
 # Not a name of a place in front, but what databases write: "POINT (13.4 52.5)", "SRID=4326;POINT".
 _PAIR = re.compile(
     rf"(?:(?:SRID=\d+;)?(POINT)\s*)?[(\[]?\s*({_NUMBER})\s*(?:[,;]\s*|\s+)({_NUMBER})\s*[)\]]?"

@@ -20,22 +20,25 @@ _LISTS = ("first_names", "first_names_female", "first_names_male")
 # First names that are also words at the beginning of a sentence, months, places or goods.
 _WORDS = frozenset(
     """
-    abril alle among amor april art august austin beat berg best bill blanca bonnie brooklyn can
-    carolina chance charity charlotte chase chelsea christian clay cliff dale dallas dawn day dean
-    del della dolores don drew duke earl eden else ever faith fleur florence forest frank gale gene
-    georgia glen gold golden grace grant guy harmony heather holly hope houston iris israel ivy
-    jackson jersey jordan joy juin julio june junio justice king lance land lane line london long
-    lot love luna mad madison man mar mark martes may mercedes merit miles mille min mini nada
-    norma olive page paris pat patience peace pearl penny per precious price prima prince prudence
-    queen ray rich river rob roman rosa rose royal ruby sad sage sandy san santa santiago savannah
-    server sky sol star stella sterling stone storm sue summer sunny sydney tan trinity urban van
-    verde victoria vida villa ville violet virginia vita von washington wade ward west will wolf
-    wood young
+    abril alle among amor ante april art august austin beat bello berg best bett bill blanca bonnie
+    brooklyn campo can cara carolina chance charity charlotte chase che chelsea chi christian cielo
+    clair clay cliff dale dallas dawn day dean del della deviner dolores dom domenica domingo don
+    drew duke durante dünya día earl eden else ever faith fleur floor florence forest franc francia
+    frank gala gale gene georgia gioia glen gold golden grace grant grazia greco gun guy harmony
+    hasta heather holly hope houston indie iris isla israel ivy jackson jersey job jordan joy juin
+    julio june junio junior justice kapitola karta king klas kort lance land lane lien line london
+    long lot love luce luna mad madison magni maj man mar mark martes may mercedes merit miles mille
+    min mini mír nada norma nula oba olive ona page paris pat patience peace pearl penny per pero
+    pietra precious price prima prince prudence queen ray rich river rob roman rosa rose royal ruby
+    sad sage salud san sandy santa santiago savannah segundo sera server sever sky sol sole star
+    steen stein stella sterling stone storm sue summer sunny sydney tage tan til tor trinity una uno
+    urban valný van veer ver verde victoria vida vide villa ville vino vinný violet virginia vita
+    von vorm wade ward washington west will wolf wood yeni young zak
     """.split()
 )
 _SHORTEST = 3
 
-_TITLES = r"""(?:Mr|Mrs|Ms|Miss|Mx|Dr|Prof|Herrn?|Frau|Fräulein|Monsieur|Madame|Mme|Mlle|Sra?|Srta
+_TITLES = r"""(?:Mr|Mrs|Ms|Miss|Mx|Dr|Prof|Herrn?|Frau|Fräulein|Monsieur|Madame|Mme|Mlle|Sra|Srta
     |Señora?|Don|Doña|Dona|Sig|Signora?|Sig\.ra|Dott|Dhr|Mevr|Mevrouw|Meneer|Pani?|Pana|Paní)"""
 _CAPITALISED = r"[^\W\d_a-zß-öø-ÿ][^\W\d_]+"
 _TITLED = re.compile(rf"\b{_TITLES}\.?\s+{_CAPITALISED}", re.VERBOSE)
@@ -68,7 +71,9 @@ def told_sentences(texts: list[str]) -> str | None:
 
 def _is_persons_name(text: str) -> bool:
     words = _WORD.findall(text.partition(",")[2] or text)
-    return bool(words) and words[0].lower() in _first_names() and is_full_name(text)
+    if not words or words[0].lower() not in _first_names():
+        return False
+    return words[-1][0].isupper() and is_full_name(text)
 
 
 def _name_in(text: str) -> str | None:
