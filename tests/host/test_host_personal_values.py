@@ -5,7 +5,6 @@ from __future__ import annotations
 import random
 from collections.abc import Callable
 from datetime import date, timedelta
-from importlib import import_module
 
 import pandas as pd
 import pytest
@@ -202,20 +201,13 @@ def test_columns_that_only_look_personal_are_left_alone(lookalike: str) -> None:
     assert found(LOOKALIKES[lookalike]) == ()
 
 
-@pytest.mark.parametrize("module", numbers.OFFICIAL)
+@pytest.mark.parametrize("module", sorted({*numbers.OFFICIAL} - {"us.ssn", "ch.ssn"}))
 def test_hardly_any_number_passes_for_an_official_one_by_chance(module: str) -> None:
+    is_valid = numbers.check_of(module, numbers.OFFICIAL[module][0])
     rng = random.Random(3)
-    is_valid = import_module(f"stdnum.{module}").is_valid
-    form, _ = numbers.OFFICIAL[module]
-    if module == "us.ssn":  # it is told by its hyphens alone
-        return
-    for digits in range(7, 16):
-        start = "756" if module == "ch.ssn" else ""
-        drawn = [f"{rng.randrange(10**digits):0{digits}}"[len(start) :] for _ in range(2_000)]
-        texts = [start + text for text in drawn]
-        passing = sum(numbers.test_of(module, form)(text) for text in texts)
-        assert passing <= sum(map(is_valid, texts)), digits
-        assert passing <= 0.03 * len(texts) or module == "ch.ssn", digits
+    for digits in range(7, 17):
+        texts = [f"{rng.randrange(10**digits):0{digits}}" for _ in range(2_000)]
+        assert sum(map(bool, map(is_valid, texts))) <= 0.03 * len(texts), digits
 
 
 def test_one_imei_in_ten_passes_by_chance() -> None:

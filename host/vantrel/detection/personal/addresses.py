@@ -24,8 +24,8 @@ _STREETS = frozenset(
     strasse str weg platz allee gasse ring damm ufer chaussee steig markt
     rue chemin impasse quai cours place avenue av bd route passage sentier
     via viale piazza corso strada vicolo largo contrada borgo piazzale rotonda stretto incrocio
-    calle pasadizo vial avenida avda plaza paseo camino ronda pasaje glorieta cuesta callejon urbanizacion acceso
-    alameda canada rambla carrer cl
+    calle pasadizo vial avenida avda plaza paseo camino ronda pasaje glorieta cuesta callejon
+    urbanizacion acceso alameda canada rambla carrer cl
     rua travessa praca estrada beco rotunda
     ulica ul aleja al plac os osiedle ulice namesti nam trida
     utca ut ter korut koz sor fasor setany

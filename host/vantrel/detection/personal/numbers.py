@@ -44,8 +44,7 @@ OFFICIAL = {
     "no.fodselsnummer": (r"\d{11}", "Norwegian birth numbers"),
     "fi.hetu": (r"\d{6}[-+A-FU-Y]\d{3}[\dA-Y]", "Finnish personal identity codes"),
     "is_.kennitala": (r"\d{6}-?\d{4}", "Icelandic identity numbers"),
-    "ee.ik": (r"\d{11}", "Estonian personal codes"),
-    "lt.asmens": (r"\d{11}", "Lithuanian personal codes"),
+    "ee.ik": (r"\d{11}", "Estonian or Lithuanian personal codes"),
     "ro.cnp": (r"\d{13}", "Romanian CNP numbers"),
     "bg.egn": (r"\d{10}", "Bulgarian EGN numbers"),
     "gr.amka": (r"\d{11}", "Greek AMKA numbers"),
@@ -94,13 +93,13 @@ def told_official(texts: list[str]) -> str | None:
     if british := told(texts, _is_british, "are valid British National Insurance numbers"):
         return british
     for module, (form, name) in OFFICIAL.items():
-        if seen := told(texts, test_of(module, form), f"are valid {name}"):
+        if seen := told(texts, check_of(module, form), f"are valid {name}"):
             return seen
     return None
 
 
-def test_of(module: str, form: str) -> Test:
-    """Makes the test of one kind of number; its module is loaded when a text has the form."""
+def check_of(module: str, form: str) -> Test:
+    """Makes the check of one kind of number; its module is loaded when a text has the form."""
     has_form = re.compile(form).fullmatch
 
     def is_valid(text: str) -> bool:
