@@ -149,7 +149,10 @@ LOOKALIKES: dict[str, list[str]] = {
     "orders of fifteen years": _orders(2, 15 * 365),
     "contracts of fifty years": _contracts(),
     "times of a log": [f"{day} 10:{row % 60:02}:07" for row, day in enumerate(_orders(3, 30_000))],
-    "too few births": [f"{year}-03-05" for year in range(1950, 1969)],
+    "orders of a year long past": [f"1980-{month:02}-{day:02}" for month in range(1, 13) for day in (1, 8, 20)],
+    "orders of a growing shop": [str(date(1985, 1, 1) + timedelta(int(14_900 * (row / 300) ** 0.2))) for row in range(300)],
+    "too few births": [f"{year}-03-05" for year in range(1935, 1992, 3)],
+    "births and days to come": [f"{year}-03-05" for year in (*range(1940, 2000), *range(2040, 2080))],
     "days to come": [f"{year}-03-05" for year in range(2040, 2100)],
     "historic days": [f"{year}-03-05" for year in range(1700, 1900)],
     "years": [str(year) for year in range(1930, 2020)],
@@ -192,6 +195,10 @@ LOOKALIKES: dict[str, list[str]] = {
     "identifiers": made("en_US", lambda f: f.uuid4(), 500),
     "vehicles": made("en_US", lambda f: f.vin(), 500),
     "banks": made("en_US", lambda f: f.swift(), 500),
+    "words that are names, too": [
+        f"{word} be looked at by the shop" for word in ("Will", "May", "Bill", "Grace", "Mark", "Hope", "Summer", "Rob", "August", "London")
+    ],
+    "one name in all texts": [f"The chair Ingrid with {row} screws" for row in range(80)],
     "measures": [f"{row}-pack of {row + 3} mm screws" for row in range(200)],
 }  # fmt: skip
 

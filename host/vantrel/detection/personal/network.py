@@ -36,7 +36,7 @@ def is_ip(text: str) -> bool:
         ip_address(text)
     except ValueError:
         return False
-    return not text.isdigit()
+    return True
 
 
 def told_ips(texts: list[str]) -> str | None:
