@@ -74,6 +74,9 @@ PLANTED: dict[str, tuple[Kind, str, Callable[[Faker], object]]] = {
     "names": (Kind.PROSE, "en_GB", lambda f: f"{f.first_name()} {f.last_name()}"),
     "names turned": (Kind.PROSE, "de_DE", lambda f: f"{f.last_name()}, {f.first_name()}"),
     "English notes": (Kind.PROSE, "en_GB", lambda f: f"Spoke to {f.first_name()} on the phone"),
+    "notes in capitals": (Kind.PROSE, "en_GB", lambda f: f"CALL {f.first_name()} AFTER SIX".upper()),
+    "Spanish abbreviations": (Kind.STREET, "es_ES", lambda f: f"C/ {f.last_name()} {f.random_digit()}"),
+    "Portuguese abbreviations": (Kind.STREET, "pt_PT", lambda f: f"R. {f.last_name()}, s/n"),
     "German notes": (Kind.PROSE, "de_DE", lambda f: f"Bitte bei Frau {f.last_name()} klingeln"),
     "French notes": (Kind.PROSE, "fr_FR", lambda f: f"demander Mme {f.last_name()} au guichet"),
     "Polish notes": (Kind.PROSE, "pl_PL", lambda f: f"odbiera {f.first_name()} z pokoju 3"),
@@ -150,7 +153,7 @@ LOOKALIKES: dict[str, list[str]] = {
     "contracts of fifty years": _contracts(),
     "times of a log": [f"{day} 10:{row % 60:02}:07" for row, day in enumerate(_orders(3, 30_000))],
     "orders of a year long past": [f"1980-{month:02}-{day:02}" for month in range(1, 13) for day in (1, 8, 20)],
-    "orders of a growing shop": [str(date(1985, 1, 1) + timedelta(int(14_900 * (row / 300) ** 0.2))) for row in range(300)],
+    "orders of a growing shop": [str(date(1985, 1, 1) + timedelta(int(14_900 * (row / 300) ** 0.5))) for row in range(300)],
     "too few births": [f"{year}-03-05" for year in range(1935, 1992, 3)],
     "births and days to come": [f"{year}-03-05" for year in (*range(1940, 2000), *range(2040, 2080))],
     "days to come": [f"{year}-03-05" for year in range(2040, 2100)],
@@ -198,6 +201,9 @@ LOOKALIKES: dict[str, list[str]] = {
     "words that are names, too": [
         f"{word} be looked at by the shop" for word in ("Will", "May", "Bill", "Grace", "Mark", "Hope", "Summer", "Rob", "August", "London")
     ],
+    "abbreviations": [f"waits for the {word} form" for word in ("ADA", "IDA", "EVA", "LEO", "MAX", "TIM", "ANNA")],
+    "walks": [f"From hut {row} the way leads over the pass and down the valley to the lake, then along the road and up again" for row in range(80)],
+    "parks": made("en_US", lambda f: f"{f.color_name()} Park", 60),
     "one name in all texts": [f"The chair Ingrid with {row} screws" for row in range(80)],
     "measures": [f"{row}-pack of {row + 3} mm screws" for row in range(200)],
 }  # fmt: skip

@@ -84,9 +84,10 @@ def _name_in(text: str) -> str | None:
 
 
 def _first_names_in(text: str) -> Iterator[str]:
-    known = _first_names()
+    known, is_in_capitals = _first_names(), text.isupper()
     for word in _WORD.findall(text):
-        if word[0].isupper() and not word.isupper() and word.lower() in known:
+        is_abbreviation = word.isupper() and not is_in_capitals
+        if word[0].isupper() and not is_abbreviation and word.lower() in known:
             yield word
 
 
