@@ -11,6 +11,33 @@ from typing import Any
 
 import faker.providers.person
 
+# The languages that write names with capitals and whose tables are likeliest to come.
+_LOCALES = """
+    en_GB en_US de_DE de_AT de_CH fr_FR es_ES es_MX it_IT nl_NL nl_BE pl_PL pt_PT pt_BR sv_SE da_DK
+    no_NO fi_FI cs_CZ sk_SK hu_HU ro_RO tr_TR hr_HR sl_SI
+""".split()
+
+# First names that are also words at the beginning of a sentence, months, places or goods.
+_WORDS = frozenset(
+    """
+    abril alle among amor ante april art august austin beat bello berg best bett bill blanca bonnie
+    brooklyn campo can cara carolina chance charity charlotte chase che chelsea chi christian cielo
+    clair clay cliff dale dallas dawn day dean del della deviner dolores dom domenica domingo don
+    drew duke durante dünya día earl eden else ever faith fleur floor florence forest franc francia
+    frank gala gale gene georgia gioia glen gold golden grace grant grazia greco gun guy harmony
+    hasta heather holly hope houston indie iris isla israel ivy jackson jersey job jordan joy juin
+    julio june junio junior justice kapitola karta king klas kort lance land lane lien line london
+    long lot love luce luna mad madison magni maj man mar mark martes may mercedes merit miles mille
+    min mini mír nada norma nula oba olive ona page paris pat patience peace pearl penny per pero
+    pietra precious price prima prince prudence queen ray rich river rob roman rosa rose royal ruby
+    sad sage salud san sandy santa santiago savannah segundo sera server sever sky sol sole star
+    steen stein stella sterling stone storm sue summer sunny sydney tage tan til tor trinity una uno
+    urban valný van veer ver verde victoria vida vide villa ville vino vinný violet virginia vita
+    von vorm wade ward washington west will wolf wood yeni young zak
+    """.split()
+)
+_SHORTEST = 3
+
 # One of these is in so many more lists of its gender that those of the other do not count.
 _BY_FAR = 4
 
@@ -37,14 +64,17 @@ def genders_of_first_names(locale: str | None = None) -> Mapping[str, str]:
 
 @cache
 def first_names() -> frozenset[str]:
-    """The first names of all locales, in lower case."""
+    """The first names, in lower case, that are hardly ever something else."""
     lists = ("first_names", "first_names_female", "first_names_male")
-    return frozenset(
+    names = {
         name.lower()
-        for provider in _providers()
+        for locale in _LOCALES
+        for provider in _providers(locale)
         for which in lists
         for name in _list(provider, which)
-    )
+        if len(name) >= _SHORTEST
+    }
+    return frozenset(names - _WORDS)
 
 
 def _providers(locale: str | None = None) -> Iterator[Any]:

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import unicodedata
 from collections.abc import Sequence
+from decimal import Decimal
 
 MOST_CHARACTERS = 120
 
@@ -48,6 +49,13 @@ def points(difference: float) -> str:
         return "0"
     rounded = round(difference * 100, 1)
     return f"{rounded:+.1f}".replace("-", "\N{MINUS SIGN}") if rounded else "0.0"
+
+
+def cell_text(value: object) -> str:
+    """A value of a table as text: whole numbers are written without a point."""
+    if isinstance(value, float | Decimal) and value == value // 1:
+        return str(int(value))
+    return str(value)
 
 
 def shown(value: object, most: int = MOST_CHARACTERS) -> str:

@@ -110,7 +110,7 @@ def detect(
     known = known or {}
     candidates: list[_Candidate] = []
     doubts: list[Doubt] = []
-    for position, column in _usable_columns(df, {*known.values(), *ignored}):
+    for position, column in usable_columns(df, {*known.values(), *ignored}):
         values = Values(df.iloc[:, position], config or PersonModelConfig())
         if not values.is_empty:
             candidates += _by_name(position, column, values)
@@ -123,7 +123,8 @@ def detect(
     )
 
 
-def _usable_columns(df: pd.DataFrame, left_out: Collection[str]) -> Iterator[tuple[int, str]]:
+def usable_columns(df: pd.DataFrame, left_out: Collection[str]) -> Iterator[tuple[int, str]]:
+    """The columns that a name tells apart, each with its position."""
     repeated = df.columns.duplicated(keep=False)
     for position, column in enumerate(df.columns):
         if isinstance(column, str) and column not in left_out and not repeated[position]:

@@ -8,6 +8,7 @@ from __future__ import annotations
 
 import re
 import unicodedata
+from collections.abc import Container
 from enum import IntEnum
 from functools import cache
 from itertools import product
@@ -142,19 +143,30 @@ _PHONES_OF_A_KIND = {
 }
 
 # A name with one of these is of something or somebody else, or not of the value itself.
-_OF_OTHERS = frozenset(
+OF_THINGS = frozenset(
     """
     company firm firma organisation organization employer shop store vendor supplier
     product item article book song film movie album track file folder host domain server device
-    page event project team job campaign course school university hotel street city town place
-    region state currency language lang ip species breed pet animal dog cat horse vessel
-    mother father mothers fathers parent parents spouse partner husband wife child emergency kin
-    next guardian referee
-    middle maiden former previous old alias
+    page event project team job campaign course school university hotel
+    species breed pet animal dog cat horse vessel destination origin manufacturer made
+    """.split()
+)
+OF_THE_COLUMN = frozenset(
+    """
     date time timestamp created updated modified count length verified valid confirmed optin opt
     has is hash salt type format status flag fax attempts visible
-    destination origin manufacturer made
     """.split()
+)
+_OF_OTHERS = (
+    OF_THINGS
+    | OF_THE_COLUMN
+    | frozenset(
+        """
+        street city town place region state currency language lang ip
+        mother father parent spouse partner husband wife child emergency kin next guardian referee
+        middle maiden former previous old alias
+        """.split()
+    )
 )
 # These say something only when they are the whole name ("last_visit" is no surname).
 _ONLY_WHOLE = frozenset("first last given user login handle nick nickname".split())
@@ -165,7 +177,7 @@ _TOLD_BY_VALUES = frozenset(
 )
 
 # Before a name of no kind only these leave it a person's.
-_PERSONS = frozenset(
+PERSONS = frozenset(
     """
     person people emp cust customer client kunde kunden klant cliente employee staff worker
     mitarbeiter user member mitglied patient contact guest gast passenger student pupil teacher
@@ -189,6 +201,13 @@ def words_of(name: str) -> list[str]:
     return _WORDS.findall(_CAMEL_BORDER.sub(" ", plain).lower())
 
 
+def without_number(words: list[str], known: Container[str]) -> list[str]:
+    """Leaves out numbers at the end, as of "email 2", that are no part of a known name."""
+    while len(words) > 1 and words[-1].isdigit() and "".join(words) not in known:
+        words = words[:-1]
+    return words
+
+
 def kinds_of(name: str) -> dict[str, Match]:
     """Tells what a column may be by its name.
 
@@ -199,9 +218,7 @@ def kinds_of(name: str) -> dict[str, Match]:
         From attribute, ``PHONE`` or ``NAME`` to how the name says so; empty if it says nothing.
         At most one kind is meant by the whole name.
     """
-    words = words_of(name)
-    while len(words) > 1 and words[-1].isdigit() and "".join(words) not in _kinds():
-        words.pop()  # "email 2"
+    words = without_number(words_of(name), _kinds())
     if whole := _kinds().get("".join(words)):
         return {whole: Match.WHOLE}
     if is_of_others(name):
@@ -223,7 +240,7 @@ def _kind_of_part(part: list[str], rest: list[str], at_the_end: bool) -> str | N
     kind = _kinds().get(joined)
     if kind is None or joined in _ONLY_WHOLE or not (at_the_end or kind in _TOLD_BY_VALUES):
         return None
-    return kind if kind != NAME or _PERSONS.issuperset(rest) else None
+    return kind if kind != NAME or PERSONS.issuperset(rest) else None
 
 
 def is_of_others(name: str) -> bool:
@@ -236,16 +253,17 @@ def _kinds() -> dict[str, str]:
     """Maps names, folded and without gaps, to what they mean."""
     kinds: dict[str, str] = {}
     for kind, names in _KNOWN.items():
-        kinds |= {_joined(name): kind for name in names.split()}
+        kinds |= {joined(name): kind for name in names.split()}
     phones = _PHONES.split()
-    kinds |= {_joined(name): PHONE for name in phones}
+    kinds |= {joined(name): PHONE for name in phones}
     for kind, kind_words in _KINDS_OF_PHONES.items():
         for word, phone in product(kind_words.split(), phones):
-            kinds[_joined(word + phone)] = kind
-            kinds[_joined(phone + word)] = kind
-        kinds |= {_joined(name): kind for name in _PHONES_OF_A_KIND[kind].split()}
+            kinds[joined(word + phone)] = kind
+            kinds[joined(phone + word)] = kind
+        kinds |= {joined(name): kind for name in _PHONES_OF_A_KIND[kind].split()}
     return kinds
 
 
-def _joined(name: str) -> str:
+def joined(name: str) -> str:
+    """Folds a name and leaves out its gaps."""
     return "".join(words_of(name))

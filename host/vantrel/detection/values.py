@@ -26,7 +26,7 @@ _MOST = 0.7
 _MOST_CATEGORIES = 300
 
 # Of a value no more is looked at: nothing of a person is longer.
-_LONGEST = 1_000
+LONGEST = 1_000
 
 _EMAIL = re.compile(r"[^@\s]+@[^@\s]+\.[^@\s.]+")
 _NUMBER = re.compile(r"\+?[\d\s()./-]+(?:(?:x|ext\.?)\s*\d+)?", re.IGNORECASE)
@@ -46,6 +46,12 @@ _FIRMS = frozenset(
 )
 
 
+def first_values(column: pd.Series) -> list[object]:
+    """The first 10,000 values of a column that are neither missing nor empty texts."""
+    present = np.flatnonzero(column.notna() & (column != ""))[:SAMPLE_SIZE]
+    return column.iloc[present].tolist()
+
+
 class Values:
     """The values that a column has in its first rows without a missing one.
 
@@ -56,10 +62,7 @@ class Values:
     """
 
     def __init__(self, column: pd.Series, config: PersonModelConfig) -> None:
-        present = np.flatnonzero(column.notna() & (column != ""))[:SAMPLE_SIZE]
-        self._rows = Counter(
-            str(value)[:_LONGEST].strip() for value in column.iloc[present].tolist()
-        )
+        self._rows = Counter(str(value)[:LONGEST].strip() for value in first_values(column))
         self._rows.pop("", None)
         self._config = config
 
@@ -88,7 +91,7 @@ class Values:
     @property
     def are_full_names(self) -> bool:
         """Whether the values look like "First Last" or "Last, First", and not like firms."""
-        return self._share(set(filter(_is_full_name, self._rows))) >= _AGREEING
+        return self._share(set(filter(is_full_name, self._rows))) >= _AGREEING
 
     def told(self) -> dict[str, float]:
         """Maps the kinds that the values tell without a name to the share that is of them."""
@@ -105,7 +108,7 @@ class Values:
 
     def _are_names_of_people(self) -> bool:
         """Whether nearly all look like full names, most of them with a known first name."""
-        names = set(filter(_is_full_name, self._rows))
+        names = set(filter(is_full_name, self._rows))
         if self._share(names) < _TELLING:
             return False
         known = first_names()
@@ -149,7 +152,8 @@ def _is_phone(value: str) -> bool:
     return _FEWEST_DIGITS <= sum(map(str.isdigit, value)) <= _MOST_DIGITS
 
 
-def _is_full_name(value: str) -> bool:
+def is_full_name(value: str) -> bool:
+    """Whether a value looks like "First Last" or "Last, First", and not like a firm."""
     return bool(_NAME_PARTS.fullmatch(value)) and _FIRMS.isdisjoint(words_of(value.lower()))
 
 

@@ -4,7 +4,6 @@ from __future__ import annotations
 
 import sys
 from collections.abc import Iterable, Mapping
-from decimal import Decimal
 from typing import Any
 
 import numpy as np
@@ -14,6 +13,7 @@ import pyarrow.compute as pc
 
 from vantrel.detection.values import SAMPLE_SIZE
 from vantrel.replacing.keys import as_texts, is_text
+from vantrel.wording import cell_text
 
 
 def excerpt(table: pd.DataFrame | pa.Table) -> pd.DataFrame:
@@ -79,14 +79,8 @@ def _array(series: pd.Series) -> pa.Array:
     except (pa.ArrowException, TypeError, ValueError, OverflowError):  # of several types
         texts = np.full(len(series), None, dtype=object)
         is_there = series.notna().to_numpy()
-        texts[is_there] = [_text(value) for value in series[is_there]]
+        texts[is_there] = [cell_text(value) for value in series[is_there]]
         return pa.array(texts, pa.string())
-
-
-def _text(value: object) -> str:
-    if isinstance(value, float | Decimal) and value == value // 1:
-        return str(int(value))
-    return str(value)
 
 
 def _joined(column: pa.Array | pa.ChunkedArray) -> pa.Array:
