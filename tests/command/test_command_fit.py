@@ -22,7 +22,7 @@ def labels() -> dict[str, str]:
 def test_columns_are_found_and_shown() -> None:
     result = succeed(FIT)
     assert result.stdout.splitlines() == [
-        "Attribute  Column   Told by",
+        "Attribute  Column   Found by",
         "gender     sex      name and values",
         "title      title    name and values",
         "lastname   surname  name",
@@ -35,7 +35,7 @@ def test_columns_are_found_and_shown() -> None:
 def test_the_shell_finds_columns() -> None:
     result = shell("fit people.csv -o m.json")
     assert result.returncode == 0
-    assert result.stdout.startswith("Attribute  Column   Told by\n")
+    assert result.stdout.startswith("Attribute  Column   Found by\n")
     assert shell("sample m.json -n 5 -o out.csv").returncode == 0
     assert list(read_table(Path("out.csv"))) == ["land", "surname", "title", "sex"]
     failed = shell("fit people.csv -o n.json --ignore zz")

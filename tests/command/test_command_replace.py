@@ -57,7 +57,7 @@ def test_what_was_found_and_left_is_told() -> None:
     assert result.stdout.splitlines() == [
         "",
         "customers.csv",
-        "Attribute  Column      Told by",
+        "Attribute  Column      Found by",
         "gender     sex         name and values  stays",
         "title      title       name and values  stays",
         "firstname  first_name  name             replaced",

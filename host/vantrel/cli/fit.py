@@ -151,7 +151,7 @@ def fit(
         told_by = dict.fromkeys(generate, "--generate") | model.meta.told_by
         told_by |= dict.fromkeys(columns, "--column")
         rows = [(name, column, told_by[name]) for name, column in model.params.items()]
-        print_all([Section("", ("Attribute", "Column", "Told by"), rows)])
+        print_all([Section("", ("Attribute", "Column", "Found by"), rows)])
     click.echo(
         f"Learnt from {model.meta.learnt_from:,} rows of {named(table)}; wrote {named(output)}."
     )

@@ -13,8 +13,10 @@ from vantrel.cli.options import (
     attribute_and_column,
     encoding_option,
     force_option,
+    latin_option,
     list_option,
     path_option,
+    phone_numbers_option,
     separator_option,
 )
 from vantrel.hints import named
@@ -124,6 +126,8 @@ def _columns(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str
     metavar="LOCALE",
     help="Where the people are from of whom no column says so. [default: en_GB]",
 )
+@phone_numbers_option
+@latin_option
 @separator_option("the tables")
 @encoding_option("the tables")
 @force_option
@@ -139,6 +143,8 @@ def replace(
     fail_on_leak: bool,
     no_real: bool,
     place: str | None,
+    phone_numbers: str | None,
+    latin: bool,
     **of_files: Any,
 ) -> None:
     """Copy tables with every person replaced by a made-up one.
@@ -159,6 +165,7 @@ def replace(
         raise click.UsageError("Copies are not written to standard output: name a file for -o.")
     # These take a second to import; help need not wait for them.
     from vantrel.cli.console import say, working
+    from vantrel.fitting.checks import check_ways
     from vantrel.replacing import require_pyarrow
 
     require_pyarrow()
@@ -174,6 +181,7 @@ def replace(
         scrub=scrub,
         place=place or DEFAULT_LOCALE,
         no_real=no_real,
+        ways=check_ways(phone_numbers=phone_numbers or "fiction", latin=latin),
         fail_on_leak=fail_on_leak,
     )
     outcome = replace_files(
@@ -197,7 +205,7 @@ def _tell(table: Replaced) -> None:
         for column in columns
     ]
     title = str(table.path)
-    print_all([Section(title, ("Attribute", "Column", "Told by", ""), rows)])
+    print_all([Section(title, ("Attribute", "Column", "Found by", ""), rows)])
     click.echo(f"Replaced the people of {counted(table.rows, 'row')}; wrote {named(table.output)}.")
 
 

@@ -111,9 +111,7 @@ class Values:
         names = set(filter(is_full_name, self._rows))
         if self._share(names) < _TELLING:
             return False
-        known = first_names()
-        words = {name: name.replace(",", " ").lower().split() for name in names}
-        return self._share({name for name in names if not known.isdisjoint(words[name])}) >= _MOST
+        return self._share({name for name in names if _has_known_first_name(name)}) >= _MOST
 
     def _share(self, values: set[str]) -> float:
         total = sum(self._rows.values())
@@ -155,6 +153,13 @@ def _is_phone(value: str) -> bool:
 def is_full_name(value: str) -> bool:
     """Whether a value looks like "First Last" or "Last, First", and not like a firm."""
     return bool(_NAME_PARTS.fullmatch(value)) and _FIRMS.isdisjoint(words_of(value.lower()))
+
+
+def _has_known_first_name(full_name: str) -> bool:
+    """Whether the first word, behind a comma if there is one, is a first name, or one of two."""
+    words = (full_name.partition(",")[2] or full_name).lower().split()
+    likely = words if len(words) == 2 else words[:1]
+    return not first_names().isdisjoint(likely)
 
 
 def _is_name(value: str) -> bool:

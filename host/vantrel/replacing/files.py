@@ -89,7 +89,7 @@ def replace_files(
             if secret_file is None
             else read_or_draw_secret(secret_file)
         )
-        who = People(secret, place=asked.place, no_real=asked.no_real)
+        who = People(secret, place=asked.place, no_real=asked.no_real, ways=asked.ways)
         _learn(who, told, tables, progress)
         with (
             made_if_missing(outputs[0].parent) if outputs[0] != output else nullcontext(),

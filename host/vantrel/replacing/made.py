@@ -24,6 +24,8 @@ from vantrel.replacing.prints import Prints, mixed
 from vantrel.replacing.real import RealPeople
 from vantrel.replacing.texts import Characters, strings
 from vantrel.replacing.told import Told
+from vantrel.rows import Ways
+from vantrel.sampling.names import Order
 
 CODE_BITS = 50
 """So many bits of the digest tell accounts apart."""
@@ -40,11 +42,17 @@ _STEP = 0x9E3779B97F4A7C15
 
 
 class Makers:
-    """What makes people of the places of a run; shared by all batches."""
+    """What makes people of the places of a run; shared by all batches.
 
-    def __init__(self, places: Places) -> None:
+    Args:
+        places: The places.
+        ways: Which numbers people have, and in what letters their names are.
+    """
+
+    def __init__(self, places: Places, ways: Ways) -> None:
         self.places = places
-        self.vocabulary = Vocabulary()
+        self._ways = ways
+        self.vocabulary = Vocabulary(latin=ways.latin)
         self._forms: dict[str, tuple[int, Forms]] = {}
 
     def forms(self, attribute: str) -> Forms:
@@ -52,9 +60,15 @@ class Makers:
         count = len(self.places.known)
         known, forms = self._forms.get(attribute, (0, None))
         if forms is None or known < count:
-            forms = Forms(self.places.known, attribute)
+            is_valid = self._ways.phone_numbers == "valid"
+            forms = Forms(self.places.known, attribute, is_valid=is_valid)
             self._forms[attribute] = count, forms
         return forms
+
+    @property
+    def orders(self) -> list[Order]:
+        """How the people of each place join their names."""
+        return self.places.latin_orders if self._ways.latin else self.places.orders
 
     def pools(self, told: Told, digests: Digests) -> Any:
         """The pool of each person; one of women's or men's names where no gender is told."""
@@ -155,7 +169,7 @@ class MadeUp:
     @cached_property
     def _fullname(self) -> pa.Array:
         """Names in the order and with the separator of each one's place."""
-        orders = self._makers.places.orders
+        orders = self._makers.orders
         is_turned = np.array([order.is_last_first for order in orders])[self._told.place]
         start, end = self._firstname, self._lastname
         if is_turned.any():

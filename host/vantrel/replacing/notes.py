@@ -11,7 +11,9 @@ from pandas.api.types import is_datetime64_any_dtype, is_numeric_dtype, is_timed
 from vantrel.detection import Choice
 from vantrel.hints import argument, listed
 from vantrel.replacing.roles import Roles
-from vantrel.wording import counted, shown
+from vantrel.wording import counted, shown, some
+
+_MOST_NAMED = 20
 
 if TYPE_CHECKING:
     from vantrel.replacing.leaks import Leak
@@ -91,6 +93,11 @@ def notes_on_people(report: Report, *, no_real: bool) -> Iterator[str]:
         )
     if count := report.untold.get("gender"):
         yield f"The gender of {_some_of(count, report)} is not known: they have names of any."
+    if report.scarce:
+        yield (
+            f"There are more people than numbers: {some(report.scarce, _MOST_NAMED)}."
+            f" {argument('phone_numbers', 'valid')} has more, which may be somebody's."
+        )
     for what, count in report.borne.items():
         if count:
             remedy = (

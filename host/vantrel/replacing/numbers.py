@@ -12,7 +12,7 @@ from vantrel.config import PersonModelConfig
 from vantrel.replacing.places import Place
 from vantrel.replacing.prints import WORD, Prints, layout, words_from_each_byte
 from vantrel.replacing.texts import NOTHING, Characters, digits_of
-from vantrel.sampling.phones import KIND, FormatTable, formats_of
+from vantrel.sampling.phones import KIND, FormatTable, formats_of, numbers_in
 
 _OPEN, _ZERO = ord("x"), ord("0")
 
@@ -49,12 +49,19 @@ class Forms:
     Args:
         places: The places, by their numbers.
         attribute: What kind of number it is.
+        is_valid: Whether they are valid ones, also where some are kept for fiction.
+
+    Attributes:
+        numbers: How many numbers each place has.
     """
 
-    def __init__(self, places: Sequence[Place], attribute: str) -> None:
+    def __init__(self, places: Sequence[Place], attribute: str, *, is_valid: bool) -> None:
         kind = next(kind for name, kind in KIND.items() if name == attribute)
         otherwise = getattr(PersonModelConfig(), f"{attribute}_format")
-        found = [formats_of(place.region, kind, is_valid=False) or [otherwise] for place in places]
+        found = [
+            formats_of(place.region, kind, is_valid=is_valid) or [otherwise] for place in places
+        ]
+        self.numbers = list(map(numbers_in, found))
         counts, self._start, written = FormatTable.of(found)
         self._count = counts.astype(np.uint64)
         is_open = written == _OPEN

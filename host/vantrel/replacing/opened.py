@@ -5,7 +5,7 @@ from __future__ import annotations
 import re
 from collections.abc import Collection, Mapping, Sequence
 from contextlib import ExitStack
-from dataclasses import dataclass
+from dataclasses import dataclass, field
 from pathlib import Path
 
 import pandas as pd
@@ -16,6 +16,7 @@ from vantrel.errors import ArgumentError, ReplaceError
 from vantrel.hints import did_you_mean, listed, named
 from vantrel.replacing.frames import excerpt_of, without_gaps
 from vantrel.replacing.roles import Roles, find_roles
+from vantrel.rows import Ways
 from vantrel.tables.copying import Copied, open_copied
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
@@ -38,6 +39,7 @@ class Asked:
         scrub: Columns of other things in which the names of the row's person are replaced, too.
         place: The country, or locale of Faker, of the people for whom no table tells one.
         no_real: Whether nobody gets the full name or the telephone number of a real person.
+        ways: Which telephone numbers people have, and in what letters their names are.
         fail_on_leak: Whether nothing is written where somebody is still named.
     """
 
@@ -47,6 +49,7 @@ class Asked:
     scrub: Sequence[str] = ()
     place: str = DEFAULT_LOCALE
     no_real: bool = False
+    ways: Ways = field(default_factory=Ways)
     fail_on_leak: bool = False
 
 

@@ -30,6 +30,7 @@ from vantrel.replacing.roles import Roles
 from vantrel.replacing.tally import Tally
 from vantrel.replacing.told import Told, told_by
 from vantrel.replacing.who import Who
+from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
 _AT_ONCE = 100_000
@@ -64,6 +65,7 @@ class Report:
         by_chance: The same of as many other people, whom nobody got: what chance explains.
         untold: How many have no ``country``, or no ``gender``, that is known.
         locale: Whose names those have who have no country.
+        scarce: Of which numbers there are fewer than people: what they are, and how many.
         met_before: How many of them are in the tables that were only read; None if there were none.
     """
 
@@ -73,6 +75,7 @@ class Report:
     by_chance: dict[str, int]
     untold: dict[str, int]
     locale: str
+    scarce: list[str]
     met_before: int | None
 
 
@@ -98,16 +101,22 @@ class People:
         secret: What decides who becomes of whom.
         place: The country or locale where those live who have none.
         no_real: Whether nobody gets the full name or the number of a real person of the tables.
+        ways: Which telephone numbers people have, and in what letters their names are.
     """
 
     def __init__(
-        self, secret: bytes, *, place: str = DEFAULT_LOCALE, no_real: bool = False
+        self,
+        secret: bytes,
+        *,
+        place: str = DEFAULT_LOCALE,
+        no_real: bool = False,
+        ways: Ways | None = None,
     ) -> None:
         self._secret = secret
         self._seeds = secrets.randbits(64), secrets.randbits(64)
         self._no_real = no_real
         self._places = Places(place)
-        self._makers = Makers(self._places)
+        self._makers = Makers(self._places, ways or Ways())
         self._who = Who()
         self._real = RealPeople()
         self._without_key = Tally(self._makers, self._real, no_real=no_real)
@@ -195,6 +204,7 @@ class People:
             dict(tally.by_chance),
             dict(tally.untold),
             self._places.known[0].locale,
+            list(tally.scarce_numbers()),
             self._met_before(self._who.prints[hashed]),
         )
 

@@ -73,6 +73,11 @@ class Places:
         return [order_in(place.locale) for place in self.known]
 
     @property
+    def latin_orders(self) -> list[Order]:
+        """The same in Latin letters."""
+        return [order_in(place.locale, in_latin=True) for place in self.known]
+
+    @property
     def is_last_first(self) -> Any:
         """Whether last names come first, for each place."""
         return np.array([order.is_last_first for order in self.orders])
@@ -85,8 +90,8 @@ def _place(text: str) -> Place:
 
 
 @cache
-def order_in(locale: str) -> Order:
+def order_in(locale: str, *, in_latin: bool = False) -> Order:
     """How names are joined in a locale."""
     with told_before():
         (faker,) = get_country_to_provder_map([locale], Provider.PERSON).values()
-    return order_of_names(faker)
+    return order_of_names(faker, in_latin=in_latin)

@@ -48,6 +48,9 @@ class Pool(NamedTuple):
 class Vocabulary:
     """All names that may be given in a run, each with a number, and the pools that have them.
 
+    Args:
+        latin: Whether they are written in Latin letters.
+
     Attributes:
         names: The first and last names.
         plain: How each is written in accounts.
@@ -57,7 +60,8 @@ class Vocabulary:
         domains: The domains of e-mail addresses.
     """
 
-    def __init__(self) -> None:
+    def __init__(self, *, latin: bool = False) -> None:
+        self._latin = latin
         self.names = self.plain = self.domains = pa.array([], pa.string())
         self.first_prints: Prints = np.zeros(0, dtype=np.uint64)
         self.last_prints: Prints = np.zeros(0, dtype=np.uint64)
@@ -70,7 +74,7 @@ class Vocabulary:
         """Gives the number of the pool of a locale and the key of a gender; draws it if need be."""
         if (locale, gender) not in self._numbers:
             self._numbers[locale, gender] = len(self._pools)
-            self._add(_drawn(locale, gender))
+            self._add(_drawn(locale, gender, self._latin))
         return self._numbers[locale, gender]
 
     def picked(self, part: str, pools: Any, bits: Any) -> Any:
@@ -111,7 +115,7 @@ class _Drawn(NamedTuple):
 
 
 @lru_cache(maxsize=64)
-def _drawn(locale: str, gender: str) -> _Drawn:
+def _drawn(locale: str, gender: str, latin: bool) -> _Drawn:
     """Draws a pool as a sample of such people has names, from sources of its own."""
     named = people(
         1 << NAME_BITS,
@@ -119,6 +123,7 @@ def _drawn(locale: str, gender: str) -> _Drawn:
         genders=[gender],
         columns=["firstname", "lastname"],
         seed=_SEED,
+        latin=latin,
     )
     first, names = pd.factorize(named["firstname"].to_numpy(dtype=object))
     last, last_names = pd.factorize(named["lastname"].to_numpy(dtype=object))

@@ -43,6 +43,8 @@ def _form(table: Replaced, asked: Asked, report: Report) -> dict[str, Any]:
             "scrub": list(asked.scrub),
             "place": asked.place,
             "no_real": asked.no_real,
+            "phone_numbers": asked.ways.phone_numbers,
+            "latin": asked.ways.latin,
         },
         "leaks": [
             {"column": leak.column, "kind": leak.kind, "cells": leak.cells} for leak in table.leaks

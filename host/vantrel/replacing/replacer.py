@@ -9,10 +9,12 @@ from typing import TYPE_CHECKING, Any
 import pandas as pd
 
 from vantrel.arguments import as_frame, refuse_text
+from vantrel.fitting.checks import check_ways
 from vantrel.replacing import require_pyarrow
 from vantrel.replacing.notes import note_on_columns, notes_on_index, notes_on_people, notes_on_table
 from vantrel.replacing.roles import Columns, Roles, find_roles, refuse_scrub
 from vantrel.replacing.secret import checked_secret
+from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
 if TYPE_CHECKING:
@@ -39,6 +41,9 @@ class Replacer:
         place: The country, or locale of Faker, of the people for whom no table tells one.
         no_real: Whether nobody gets the full name or the telephone number of a real person of the
             tables. People then depend on these tables, too.
+        phone_numbers: ``"fiction"`` for numbers that are kept for fiction, where a country has
+            such, or ``"valid"`` for any.
+        latin: Whether names are written in Latin letters.
 
     Attributes:
         roles: What the columns of the last table were taken for; None before.
@@ -54,9 +59,16 @@ class Replacer:
     """
 
     def __init__(
-        self, secret: bytes | None = None, *, place: str = DEFAULT_LOCALE, no_real: bool = False
+        self,
+        secret: bytes | None = None,
+        *,
+        place: str = DEFAULT_LOCALE,
+        no_real: bool = False,
+        phone_numbers: str = "fiction",
+        latin: bool = False,
     ) -> None:
-        self._people = _people(checked_secret(secret), place, no_real)
+        ways = check_ways(phone_numbers=phone_numbers, latin=latin)
+        self._people = _people(checked_secret(secret), place, no_real, ways)
         self._no_real = no_real
         self.roles: Roles | None = None
         self.report: Report | None = None
@@ -122,6 +134,8 @@ def replace(
     *,
     place: str = DEFAULT_LOCALE,
     no_real: bool = False,
+    phone_numbers: str = "fiction",
+    latin: bool = False,
 ) -> Any:
     """Replaces the people of a table by made-up ones, and leaves all else as it is.
 
@@ -145,6 +159,9 @@ def replace(
         place: The country, or locale of Faker, of the people for whom no table tells one.
         no_real: Whether nobody gets the full name or the telephone number of a real person of the
             tables. People then depend on these tables, too.
+        phone_numbers: ``"fiction"`` for numbers that are kept for fiction, where a country has
+            such, or ``"valid"`` for any.
+        latin: Whether names are written in Latin letters.
 
     Returns:
         A frame with the same index, columns and types. A table of pyarrow or polars comes back as
@@ -153,7 +170,7 @@ def replace(
     Raises:
         ArgumentTypeError: The table or the secret is none, or there is a text in the place of
             several.
-        ArgumentError: An attribute is not known.
+        ArgumentError: An attribute, or which numbers are wanted, is not known.
         ReplaceError: A column is not there, there is nothing to replace, the key is missing in all
             rows, or two people would get one e-mail address.
         SecretError: The secret is too short or too long.
@@ -163,16 +180,17 @@ def replace(
     Warns:
         BorrowedNamesWarning: Faker has no names of some countries.
     """
-    return Replacer(secret, place=place, no_real=no_real).replace(
-        df, key, people, columns, keep, scrub
+    replacer = Replacer(
+        secret, place=place, no_real=no_real, phone_numbers=phone_numbers, latin=latin
     )
+    return replacer.replace(df, key, people, columns, keep, scrub)
 
 
-def _people(secret: bytes, place: str, no_real: bool) -> People:
+def _people(secret: bytes, place: str, no_real: bool, ways: Ways) -> People:
     require_pyarrow()
     from vantrel.replacing.people import People
 
-    return People(secret, place=place, no_real=no_real)
+    return People(secret, place=place, no_real=no_real, ways=ways)
 
 
 def _opened(table: Any, what: str) -> pd.DataFrame | pa.Table:

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from collections import Counter
-from collections.abc import Collection
+from collections.abc import Collection, Iterator
 from typing import Any
 
 import numpy as np
@@ -46,6 +46,7 @@ class Tally:
         self.borne: Counter[str] = Counter()
         self.by_chance: Counter[str] = Counter()
         self.untold: Counter[str] = Counter()
+        self._by_place: Counter[tuple[str, int]] = Counter()
         self._whose: list[Prints] = []
         self._accounts: list[Prints] = []
 
@@ -54,7 +55,7 @@ class Tally:
         twin = Tally(self._makers, self._real, no_real=self._avoided is not None)
         twin.people = self.people
         twin.borne, twin.by_chance = self.borne.copy(), self.by_chance.copy()
-        twin.untold = self.untold.copy()
+        twin.untold, twin._by_place = self.untold.copy(), self._by_place.copy()
         twin._whose, twin._accounts = [*self._whose], [*self._accounts]
         return twin
 
@@ -67,14 +68,17 @@ class Tally:
             told: What is told of each.
             made: The attributes that are made up for them.
         """
-        people = MadeUp(digests, told, self._makers, self._avoided)
+        made_up = MadeUp(digests, told, self._makers, self._avoided)
         self.people += len(digests)
         self.untold["country"] += _number_of(told.place == 0)
         self.untold["gender"] += _number_of(told.gender == 0)
+        numbered = [attribute for attribute in PHONES if attribute in made]
+        for place, people in enumerate(np.bincount(told.place).tolist() if numbered else []):
+            self._by_place.update({(attribute, place): people for attribute in numbered})
         if any(attribute in made for attribute in _ACCOUNTS):
             self._whose.append(whose)
-            self._accounts.append(people.accounts)
-        self._count(people, made, self.borne)
+            self._accounts.append(made_up.accounts)
+        self._count(made_up, made, self.borne)
         self._count(MadeUp(mixed(digests), told, self._makers), made, self.by_chance)
 
     def _count(self, people: MadeUp, made: Collection[str], counts: Counter[str]) -> None:
@@ -87,6 +91,14 @@ class Tally:
         if "email" in made and len(self._real.addresses):
             addresses = prints_of_addresses(people.column("email"))
             counts[ADDRESSES] += _number_of(self._real.addresses.has(addresses))
+
+    def scarce_numbers(self) -> Iterator[str]:
+        """Tells of which numbers there are fewer than people in a place."""
+        for (attribute, place), people in self._by_place.items():
+            numbers = self._makers.forms(attribute).numbers[place]
+            if numbers < people:
+                region = self._makers.places.known[place].region
+                yield f"{attribute} in {region} ({numbers:,} numbers for {people:,} people)"
 
     def refuse_shared_accounts(self) -> None:
         """Refuses two people of one user name; those of one address have one user name, too."""
