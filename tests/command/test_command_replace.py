@@ -5,6 +5,7 @@ import shlex
 import stat
 import subprocess
 from pathlib import Path
+from typing import Any
 
 import pandas as pd
 import pytest
@@ -64,6 +65,7 @@ def test_what_was_found_and_left_is_told() -> None:
         "lastname   last_name   name             replaced",
         "email      email       name and values  replaced",
         "country    land        name and values  stays",
+        "Other columns stay: 'id', 'notes', 'points'.",
         "Replaced the people of 4 rows; wrote copy.csv.",
     ]
     assert result.stderr.splitlines() == [
@@ -382,4 +384,151 @@ def test_only_texts_are_scrubbed() -> None:
     succeed(REPLACE)  # which makes the secret
     assert fail("replace t.parquet -o copy.parquet --scrub parts --secret s", 1) == (
         "Values of type struct<a: int64> cannot be scrubbed: leave that column out, or make it one of texts."
+    )
+
+
+def test_columns_of_other_kinds_that_look_personal_are_told() -> None:
+    lines = [f"{each},f,GB,Ann,19{each + 40}-05-06,x" for each in range(30)]
+    Path("born.csv").write_text("\n".join(["id,sex,country,first_name,dob,maiden_name", *lines]))
+    told = succeed("replace born.csv -o copy.csv --key id --secret s").stderr.splitlines()
+    assert told[0].startswith(
+        "vantrel: note: Column 'dob' looks personal (date of birth): its name says so, and"
+    )
+    assert told[1:] == [
+        "vantrel: note: Column 'maiden_name' looks personal (further name): its name says so. It"
+        " stays."
+    ]
+
+
+def test_notes_name_their_table_where_there_are_several() -> None:
+    told = succeed(f"{BOTH} --scrub notes").stderr.splitlines()
+    assert told == [
+        "vantrel: note: customers.csv: 1 row without a key: each is a person of its own."
+    ]
+    told = succeed("replace orders.csv customers.csv -o other").stderr.splitlines()
+    assert told[0] == "vantrel: note: orders.csv: No key was named: 'full name' tells who is who."
+    assert told[1] == "vantrel: note: customers.csv: No key was named: 'email' tells who is who."
+
+
+def test_what_a_table_tells_that_is_only_read() -> None:
+    Path("orders.csv").write_text(f"{ORDERS}d;9;New Man;1\n")
+    line = "replace orders.csv -o copy.csv --key id --secret s --people customers.csv"
+    assert succeed(line).stderr.splitlines() == [
+        "vantrel: note: customers.csv: 1 row without a key: each is a person of its own.",
+        "vantrel: note: The table that was only read tells of 2 of 3 people: of the others their"
+        " own rows alone tell.",
+        "vantrel: note: The country of 1 of 3 people is not known: their names and numbers are"
+        " those of en_GB, unless --locale or --people tells others.",
+        "vantrel: note: The gender of 1 of 3 people is not known: they have names of any.",
+    ]
+    assert succeed(f"{BOTH} --scrub notes").stderr.count("only read") == 0
+
+
+def test_a_key_for_tables_of_one_name() -> None:
+    for year in (2024, 2025):
+        Path(f"orders.{year}.csv").write_text(ORDERS.replace("id;", "buyer;"))
+    line = "replace orders.2024.csv orders.2025.csv -o copy --key orders:buyer --secret s"
+    succeed(line)
+    assert Path("copy/orders.2024.csv").read_bytes() == Path("copy/orders.2025.csv").read_bytes()
+    assert fail(f"{line} --force --key orders.2025.csv:order", 2) == (
+        "There are two keys of table 'orders.2025.csv': join columns of one key by a comma, as in"
+        " --key buyer,order."
+    )
+
+
+def test_a_key_with_a_comma_in_its_name() -> None:
+    Path("odd.csv").write_text('"last, first",email,\n"Lee, Ann",a@web.de,x\n')
+    Path("spaced.csv").write_text("' id',email\n1,a@web.de\n".replace("'", ""))
+    succeed("replace odd.csv -o copy.csv --key 'last, first' --secret s")
+    succeed("replace spaced.csv -o copy2.csv --key ' id' --secret s")
+    succeed("replace spaced.csv -o copy3.csv --key ' id,email' --secret s")
+
+
+def test_a_table_without_a_line_of_names() -> None:
+    message = (
+        "Table bare.csv has no line of column names: its first line holds an e-mail address or a"
+        " telephone number. Put the names of the columns above it."
+    )
+    for first in ("1,ann@web.de,Ann", "1,+49 171 3920012,Ann", "1,01713920012,Ann"):
+        Path("bare.csv").write_text(f"{first}\n2,x,Bo\n")
+        assert fail("replace bare.csv -o copy.csv", 1) == message
+
+
+def test_a_file_that_comes_meanwhile_leaves_no_copy_and_no_secret(
+    monkeypatch: pytest.MonkeyPatch,
+) -> None:
+    from vantrel.replacing import files
+
+    def meanwhile(*of_record: Any) -> None:
+        write_record(*of_record)
+        Path("copy/orders.csv").write_text("somebody else's")
+
+    write_record = files.write_record
+    monkeypatch.setattr(files, "write_record", meanwhile)
+    assert fail(BOTH, 2) == "copy/orders.csv is there already: add --force to overwrite it."
+    assert [path.name for path in Path("copy").iterdir()] == ["orders.csv"]
+    assert Path("copy/orders.csv").read_text() == "somebody else's"
+    assert not Path("s").exists()
+
+
+def test_a_run_that_fails_leaves_no_secret() -> None:
+    fail(f"{REPLACE} --fail-on-leak", 3)
+    assert not Path("s").exists()
+    succeed(REPLACE)
+    assert Path("s").exists()
+
+
+def test_a_name_without_an_end_is_that_of_a_folder() -> None:
+    succeed("replace customers.csv -o new --key id --secret s")
+    assert Path("new/customers.csv").is_file()
+    assert fail("replace - -o new --key id --secret s", 2) == (
+        "A table from standard input has no name: name the file of its copy."
+    )
+
+
+def test_an_encoding_that_has_not_all_letters() -> None:
+    people = "id;Vorname;Nachname;Geschlecht;Land\n" + "".join(
+        f"{each};Łucja;Żak;w;Polska\n" for each in range(300)
+    )
+    Path("kunden.csv").write_text(people.replace("Łucja", "Lucja").replace("Ż", "Z"), "cp1252")
+    succeed("replace kunden.csv -o copy.csv --key id --secret s --encoding cp1252")
+    assert set(Path("copy.csv").read_text("cp1252")) <= set(map(chr, range(256)))
+
+
+def test_numbers_and_letters_of_names_are_as_asked() -> None:
+    lines = [f"{each},JP,Qx{each},090-1234-{each:04}" for each in range(300)]
+    Path("jp.csv").write_text("\n".join(["id,country,last_name,mobile", *lines]))
+    line = "replace jp.csv -o {} --key id --secret s"
+    succeed(f"{line.format('native.csv')}")
+    succeed(f"{line.format('latin.csv')} --latin")
+    assert not read("native.csv")["last_name"].map(str.isascii).any()
+    assert read("latin.csv")["last_name"].map(str.isascii).all()
+    german = "\n".join(["id,country,mobile", *(f"{n},DE,0171 {n:07}" for n in range(300))])
+    Path("de.csv").write_text(german)
+    told = succeed("replace de.csv -o few.csv --key id --secret s").stderr
+    assert (
+        "There are more people than numbers: mobile_number in DE (200 numbers for 300 people)."
+        " --phone-numbers valid has more, which may be somebody's."
+    ) in told
+    told = succeed("replace de.csv -o many.csv --key id --secret s --phone-numbers valid").stderr
+    assert "more people than numbers" not in told
+    assert read("many.csv")["mobile"].nunique() > 290
+
+
+def test_columns_of_all_tables_need_not_be_in_each() -> None:
+    line = "replace orders.csv -o copy.csv --key id --secret s --people customers.csv"
+    succeed(f"{line} --column email=email --column 'orders:fullname=full name'")
+
+
+def test_a_table_that_is_not_there_is_told() -> None:
+    assert fail("replace customers.csv -o copy.csv --key order:id", 1) == (
+        "Table customers.csv has no column 'order:id' for the key. No table is called 'order'. Its"
+        " columns are: 'id', 'sex', 'title', 'first_name', 'last_name', 'email', 'land', 'notes',"
+        " 'points'."
+    )
+
+
+def test_a_key_is_not_scrubbed() -> None:
+    assert fail(f"{REPLACE} --scrub id", 1) == (
+        "Column 'id' tells who is who: scrubbed, it would no longer do so."
     )

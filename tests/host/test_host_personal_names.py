@@ -9,6 +9,7 @@ from vantrel.detection.personal import Finding, Kind, find_personal
 
 # Too few to tell anything by themselves.
 VALUES = {
+    Kind.NAME: ["Maria", "J.", "von der Aue"],
     Kind.BIRTH: ["1984-02-29", "2001-07-01", "1955-11-30"],
     Kind.STREET: ["Unter den Linden 5", "Rue de la Paix 7", "Storgatan"],
     Kind.HOUSE_NUMBER: ["5", "12b", "7-9"],
@@ -76,6 +77,7 @@ NAMES = {
         "lat", "longitude", "home_lng", "Breitengrad", "latitud", "longitudine", "breddegrad",
         "gps_coordinates", "szerokość geograficzna",
     ],
+    Kind.NAME: ["middle_name", "Geburtsname", "maiden name", "initials", "segundo apellido"],
     Kind.PROFILE: ["linkedin", "twitter_handle", "github_url", "xing", "Profile URL"],
 }  # fmt: skip
 
@@ -99,6 +101,7 @@ def test_every_kind_but_that_of_texts_has_names() -> None:
     ("name", "values"),
     [
         ("dob", ["yes", "no", "yes"]),
+        ("middle_name", ["1", "2", "3"]),
         ("birthday", ["1684-01-01", "1685-03-31", "1756-01-27"]),
         ("date of birth", ["2984-02-29", "3001-07-01", "2955-11-30"]),
         ("address", ["ann@example.org", "bo@example.org", "cy@example.org"]),

@@ -19,7 +19,7 @@ from vantrel.cli.options import (
     phone_numbers_option,
     separator_option,
 )
-from vantrel.hints import named
+from vantrel.hints import listed, named
 from vantrel.storage.files import STANDARD_STREAM
 from vantrel.wording import counted
 
@@ -206,6 +206,8 @@ def _tell(table: Replaced) -> None:
     ]
     title = str(table.path)
     print_all([Section(title, ("Attribute", "Column", "Found by", ""), rows)])
+    if table.staying:
+        click.echo(f"Other columns stay: {listed(table.staying)}.")
     click.echo(f"Replaced the people of {counted(table.rows, 'row')}; wrote {named(table.output)}.")
 
 

@@ -144,7 +144,9 @@ def _copy_all(
         passed = [_write(opened, who, copy, asked.scrub, further) for copy in copies]
     report = who.finish()
     replaced = [
-        Replaced(table.copied.path, output, table.roles, passing.rows, passing.leaks())
+        Replaced(
+            table.copied.path, output, table.roles, passing.rows, passing.left, passing.leaks()
+        )
         for (table, output, _), passing in zip(copies, passed, strict=True)
     ]
     if asked.fail_on_leak:

@@ -73,6 +73,11 @@ def notes_on_table(roles: Roles, table: Table, leaks: list[Leak]) -> Iterator[st
         )
     for choice in roles.further:
         yield f"{further(choice)}."
+    for finding in roles.personal:
+        yield (
+            f"Column {shown(repr(finding.column))} looks personal ({finding.kind}): {finding.why}."
+            " It stays."
+        )
     for leak in leaks:
         remedy = f": add {argument('scrub', [leak.column])}." if leak.kind == "person" else "."
         yield f"{leak}{remedy}"

@@ -88,6 +88,7 @@ def open_table(
         key=_key(_of_table(asked.keys, path), copied.columns),
         columns=_columns(asked.columns, path, copied.columns),
         keep=asked.keep,
+        scrub=asked.scrub,
         name=str(path),
         is_only_read=is_only_read,
     )

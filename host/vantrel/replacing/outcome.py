@@ -19,6 +19,7 @@ class Replaced:
         output: The copy.
         roles: What its columns were taken for.
         rows: The number of its rows.
+        staying: The other columns.
         leaks: Who is still named in it.
     """
 
@@ -26,6 +27,7 @@ class Replaced:
     output: Path
     roles: Roles
     rows: int
+    staying: tuple[str, ...]
     leaks: list[Leak]
 
 

@@ -93,7 +93,7 @@ class Replacer:
         table = _opened(df, "A table")
         if people is not None:
             self._learn_only(_opened(people, "A table of people"), key, name)
-        roles = _roles(table, key, columns, keep)
+        roles = _roles(table, key, columns, keep, scrub)
         refuse_scrub(_names(table), roles, scrub)
         batches = list(_batches(table))
         for batch in batches:
@@ -207,10 +207,12 @@ def _opened(table: Any, what: str) -> pd.DataFrame | pa.Table:
     return opened
 
 
-def _roles(table: pd.DataFrame | pa.Table, key: Any, columns: Any, keep: Any) -> Roles:
+def _roles(
+    table: pd.DataFrame | pa.Table, key: Any, columns: Any, keep: Any, scrub: list[str]
+) -> Roles:
     from vantrel.replacing.frames import excerpt
 
-    return find_roles(excerpt(table), key=key, columns=columns, keep=keep)
+    return find_roles(excerpt(table), key=key, columns=columns, keep=keep, scrub=scrub)
 
 
 def _names(table: pd.DataFrame | pa.Table) -> list[str]:

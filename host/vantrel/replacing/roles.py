@@ -11,6 +11,7 @@ import pandas as pd
 from vantrel.arguments import refuse_text
 from vantrel.attributes import ATTRIBUTES, LEARNT
 from vantrel.detection import NOTHING, Choice, Detection, detect
+from vantrel.detection.personal import Finding, find_personal
 from vantrel.errors import ArgumentTypeError, ReplaceError
 from vantrel.fitting.checks import refuse_unknown_attribute
 from vantrel.hints import argument, did_you_mean, listed, named
@@ -35,6 +36,7 @@ class Roles:
         kept: The attributes that are read and stay as they are, though they could be replaced.
         found: What told the columns that were not named.
         further: Columns that look like those of a person as well, and stay.
+        personal: Columns of other kinds that look personal, and stay.
         is_key_named: Whether the key was named, or else chosen.
     """
 
@@ -43,6 +45,7 @@ class Roles:
     kept: frozenset[str] = frozenset()
     found: Detection = NOTHING
     further: tuple[Choice, ...] = ()
+    personal: tuple[Finding, ...] = ()
     is_key_named: bool = False
 
     @property
@@ -68,6 +71,7 @@ def find_roles(
     key: str | Iterable[str] | None = None,
     columns: Columns | None = None,
     keep: Iterable[str] = (),
+    scrub: Iterable[str] = (),
     name: str | None = None,
     is_only_read: bool = False,
 ) -> Roles:
@@ -79,6 +83,7 @@ def find_roles(
             address is, or else the full name, or else each row is a person.
         columns: The columns of attributes that are not to be found.
         keep: Attributes that stay as they are.
+        scrub: Columns of other things in which the names of the row's person are replaced.
         name: What errors call the table, where there are several.
         is_only_read: Whether the table need have no column to replace, only one of a person.
 
@@ -107,7 +112,9 @@ def find_roles(
     taken = [*key_of_table, *(column for columns in told.values() for column in columns)]
     undecided = {each for each in REPLACED if each not in kept and given.get(each) != ()}
     further = () if is_only_read else _further(table, taken, undecided)
-    roles = Roles(key_of_table, told, kept, found, further, bool(keys))
+    decided = [*taken, *scrub, *(choice.column for choice in further)]
+    personal = () if is_only_read else find_personal(table, decided)
+    roles = Roles(key_of_table, told, kept, found, further, personal, bool(keys))
     if len(table) and not (roles.columns if is_only_read else roles.replaced):
         raise _nothing_found(table, roles, the_table)
     return roles

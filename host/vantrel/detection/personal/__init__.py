@@ -37,6 +37,7 @@ class Finding:
 
 # Whether a value can be what the column's name says.
 _CAN_BE: Mapping[Kind, Callable[[str], object]] = {
+    Kind.NAME: prose.can_be_name,
     Kind.BIRTH: births.can_be_birth,
     Kind.STREET: addresses.can_be_street,
     Kind.HOUSE_NUMBER: addresses.can_be_house_number,

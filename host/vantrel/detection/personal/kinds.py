@@ -8,6 +8,7 @@ from enum import StrEnum
 class Kind(StrEnum):
     """The kinds, each with the words in which users are told of it."""
 
+    NAME = "further name"
     BIRTH = "date of birth"
     STREET = "street address"
     HOUSE_NUMBER = "house number"

@@ -15,6 +15,16 @@ from vantrel.detection.names import (
 from vantrel.detection.personal.kinds import Kind
 
 _KNOWN = {
+    Kind.NAME: """
+        middle_name middle_names second_name additional_name maiden_name birth_name name_at_birth
+        former_name previous_name alias_name known_as preferred_name initials name_suffix
+        zweiter_vorname mittelname geburtsname mädchenname namenszusatz initialen künstlername
+        deuxième_prénom nom_de_naissance nom_de_jeune_fille segundo_nombre segundo_apellido
+        apellido_materno apellido_de_soltera secondo_nome cognome_da_nubile nome_do_meio
+        nome_de_solteira tussenvoegsel meisjesnaam geboortenaam voorletters drugie_imię
+        nazwisko_rodowe nazwisko_panieńskie patronymic otchestvo mellannamn mellomnavn mellemnavn
+        rodné_příjmení leánykori_név születési_név
+    """,
     Kind.BIRTH: """
         dob date_of_birth birth_date birthday born born_on born_at bday year_of_birth
         birth_year yob geburtsdatum geburtstag geb_datum gebdat geboren geboren_am

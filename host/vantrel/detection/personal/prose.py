@@ -22,6 +22,11 @@ _LEAST_NAMING = 0.1
 _FEWEST_NAMED = 5
 
 
+def can_be_name(text: str) -> bool:
+    """Whether a value has letters and no more than a name has."""
+    return bool(_WORD.search(text)) and "@" not in text and not any(map(str.isdigit, text))
+
+
 def told_names(texts: list[str]) -> str | None:
     """Tells whether values are first and last names, and no more."""
     return told(texts, _is_persons_name, "are a first name and another name")
