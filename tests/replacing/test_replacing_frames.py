@@ -405,3 +405,11 @@ def test_an_index_that_stays_is_told(table: pd.DataFrame) -> None:
         replacer = Replacer(SECRET)
         replacer.replace(table.set_index(key))
         assert (told in replacer.notes) == is_told
+
+
+@pytest.mark.parametrize(("country", "gender"), [("IT", "M"), ("DE", "F")])
+def test_a_first_name_tells_what_it_tells_in_its_country(country: str, gender: str) -> None:
+    table = pd.DataFrame({"id": range(40), "first_name": "Gabriele", "country": country})
+    made = vantrel.replace(table, "id", SECRET)["first_name"].str.lower()
+    known = genders_of_first_names(f"{country.lower()}_{country}")
+    assert set(made.map(known).dropna()) == {gender}
