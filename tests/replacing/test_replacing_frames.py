@@ -46,8 +46,9 @@ def test_index_columns_and_types_stay(table: pd.DataFrame) -> None:
 @pytest.mark.parametrize("dtype", ["object", "string[python]", "string[pyarrow]", "str"])
 def test_types_of_texts(table: pd.DataFrame, made: pd.DataFrame, dtype: str) -> None:
     names = ["first_name", "email"]
-    out = vantrel.replace(table.astype(dict.fromkeys(names, dtype)), "customer_id", SECRET)
-    assert (out.dtypes[names] == pd.Series([pd.api.types.pandas_dtype(dtype)] * 2, names)).all()
+    typed = table.astype(dict.fromkeys(names, dtype))
+    out = vantrel.replace(typed, "customer_id", SECRET)
+    assert out.dtypes.equals(typed.dtypes)
     assert out[names].astype(object).equals(made[names].astype(object))
 
 
