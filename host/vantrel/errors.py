@@ -130,6 +130,10 @@ class ReplaceError(VantrelError, ValueError):
     """The people of a table cannot be replaced as it is asked."""
 
 
+class PlanError(ReplaceError):
+    """A plan cannot be read, or does not fit the tables."""
+
+
 class LeakError(ReplaceError):
     """People are still named in columns that were not replaced, where that is to be an error."""
 

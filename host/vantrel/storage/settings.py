@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import re
-import tomllib
 from pathlib import Path
 from typing import Any, NamedTuple
 
@@ -11,15 +10,11 @@ import msgspec
 
 from vantrel.config import PersonModelConfig
 from vantrel.errors import SettingsError
-from vantrel.hints import did_you_mean, named, why_unreadable
+from vantrel.hints import did_you_mean
 from vantrel.rows import Ways
-from vantrel.storage.files import read_whole
 from vantrel.storage.form import Settings
+from vantrel.storage.toml import read_toml
 from vantrel.wording import shown
-
-_MOST_BYTES = 2**18
-_MOST_CHARACTERS = 1_000
-_MOST_PARTS = 1_000
 
 _WAYS = ("email_domain", "phone_numbers", "phone_formats", "latin")
 
@@ -49,33 +44,7 @@ def load_settings(path: Path) -> Loaded:
         SettingsError: The file cannot be read, is no TOML, or has a key that is no field or a value
             that the field cannot have.
     """
-    try:
-        text = read_whole(path, _MOST_BYTES).decode("utf-8-sig")
-        return _config(_parsed(text))
-    except OSError as error:
-        raise SettingsError(f"Config file {named(path)} {why_unreadable(path, error)}") from error
-    except UnicodeDecodeError as error:
-        raise SettingsError(
-            f"Config file {named(path)} is not in UTF-8: save it in that encoding."
-        ) from error
-    except (tomllib.TOMLDecodeError, RecursionError) as error:
-        raise SettingsError(f"Config file {named(path)} is not TOML: {shown(error)}.") from error
-    except (msgspec.ValidationError, ValueError) as error:
-        raise SettingsError(
-            f"Config file {named(path)}: {shown(error, _MOST_CHARACTERS)}."
-        ) from error
-
-
-def _parsed(text: str) -> dict[str, Any]:
-    # The time of a key grows with the square of its parts.
-    if any(part.count(".") > _MOST_PARTS for part in text.split("=")):
-        raise tomllib.TOMLDecodeError(f"A key has more than {_MOST_PARTS:,} parts")
-    try:
-        return tomllib.loads(text)
-    except tomllib.TOMLDecodeError:
-        raise
-    except ValueError:  # Python tells how to have it read all the same
-        raise tomllib.TOMLDecodeError("A number has too many digits") from None
+    return read_toml(path, "Config file", _config, SettingsError)
 
 
 def _config(settings: dict[str, Any]) -> Loaded:

@@ -1,0 +1,67 @@
+"""What stands in a plan."""
+
+from __future__ import annotations
+
+from collections.abc import Sequence
+from typing import Literal
+
+import msgspec
+
+FORMAT = "vantrel-plan"
+SCHEMA_VERSION = 1
+
+KEEP, SCRUB, UNDECIDED = "keep", "scrub", "undecided"
+"""What becomes of a column that is not a person's, besides the actions: it stays, it stays but for
+what names the row's person, or somebody has to look at it before and it stays until then."""
+
+type Columns = str | list[str]
+
+
+class Person(msgspec.Struct, forbid_unknown_fields=True):
+    """The person of each row of a table.
+
+    Attributes:
+        key: The columns that name her together; chosen if there is none.
+        columns: The column, or columns, of each attribute. Others are not looked for.
+        keep: The attributes that stay as they are.
+    """
+
+    columns: dict[str, Columns]
+    key: list[str] = []
+    keep: list[str] = []
+
+    def of(self, attribute: str) -> Sequence[str]:
+        """The columns of an attribute."""
+        those = self.columns.get(attribute, [])
+        return [those] if isinstance(those, str) else those
+
+    @property
+    def named(self) -> list[str]:
+        """All columns that are named."""
+        return [*self.key, *(column for attribute in self.columns for column in self.of(attribute))]
+
+
+class TablePlan(msgspec.Struct, forbid_unknown_fields=True):
+    """What becomes of a table.
+
+    Attributes:
+        people: The person of each row.
+        other: What becomes of each other column: an action, or one of the words above.
+    """
+
+    people: list[Person]
+    other: dict[str, str] = {}
+
+
+class Plan(msgspec.Struct, forbid_unknown_fields=True):
+    """What becomes of the tables of a run.
+
+    Attributes:
+        tables: The plan of each table, by the name of its file.
+        new_columns: Whether columns that are not in it are refused, or stay.
+    """
+
+    format: Literal["vantrel-plan"]
+    schema_version: Literal[1]
+    tables: dict[str, TablePlan]
+    new_columns: Literal["refuse", "keep"] = "refuse"

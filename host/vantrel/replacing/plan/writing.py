@@ -1,0 +1,101 @@
+"""Writes plans, with a comment on each column that tells why."""
+
+from __future__ import annotations
+
+from collections.abc import Mapping
+
+import tomlkit
+from tomlkit.items import Array, Item, Table
+
+from vantrel.replacing.plan.form import FORMAT, KEEP, SCHEMA_VERSION, UNDECIDED
+from vantrel.replacing.roles import REPLACED, Roles
+
+_HEAD = """\
+What becomes of each column. Look at it, change it, and run
+
+  vantrel replace TABLE... -o COPY --plan THIS_FILE
+
+A column of [tables.*.other] has "keep", "blank", "scrub" (what names the row's person is replaced),
+"hash", "fake:PROVIDER", "shift:DAYS", or "undecided", which stays and is told."""
+
+
+def write_plan(
+    tables: Mapping[str, tuple[Roles, tuple[str, ...]]],
+    other: Mapping[str, Mapping[str, str]],
+) -> str:
+    """Writes what was found in tables as a plan.
+
+    Args:
+        tables: What the columns of each table are, and all its columns, by its name.
+        other: What becomes of the columns that are decided, of each table.
+    """
+    document = tomlkit.document()
+    for line in _HEAD.splitlines():
+        document.add(tomlkit.comment(line) if line else tomlkit.comment(""))
+    document.add(tomlkit.nl())
+    document["format"] = FORMAT
+    document["schema_version"] = SCHEMA_VERSION
+    document["new_columns"] = _told("refuse", '"keep": columns that are not here stay')
+    plans = tomlkit.table(is_super_table=True)
+    for name, (roles, columns) in tables.items():
+        plans[name] = _table(roles, columns, other.get(name, {}))
+    document["tables"] = plans
+    return tomlkit.dumps(document)
+
+
+def _table(roles: Roles, columns: tuple[str, ...], other: Mapping[str, str]) -> Table:
+    table = tomlkit.table()
+    people = tomlkit.aot()
+    people.append(_person(roles))
+    table["people"] = people
+    table["other"] = _others(roles, columns, other)
+    return table
+
+
+def _person(roles: Roles) -> Table:
+    person = tomlkit.table()
+    if roles.key:
+        chosen = "named" if roles.is_key_named else "chosen, as none was named"
+        person["key"] = _told(_array(roles.key), chosen)
+    if roles.kept:
+        person["keep"] = _array(sorted(roles.kept))
+    of_attributes = tomlkit.table()
+    reasons = {choice.attribute: choice.reason for choice in roles.found.choices}
+    for attribute, those in roles.columns.items():
+        fate = "replaced" if attribute in REPLACED and attribute not in roles.kept else "stays"
+        why = f"found by its {reasons[attribute]}" if attribute in reasons else "named"
+        value = tomlkit.item(those[0]) if len(those) == 1 else _array(those)
+        of_attributes[attribute] = _told(value, f"{fate}; {why}")
+    person["columns"] = of_attributes
+    return person
+
+
+def _others(roles: Roles, columns: tuple[str, ...], other: Mapping[str, str]) -> Table:
+    """Tells what becomes of the columns that are not a person's."""
+    table = tomlkit.table()
+    of_person = {column for those in roles.columns.values() for column in those}
+    why = {each.column: f"{each.kind}: {each.why}" for each in roles.personal}
+    why |= {each.column: f"looks like {each.attribute}, too" for each in roles.further}
+    why |= {
+        doubt.column: f"named like {doubt.attribute}, but its values do not look so"
+        for doubt in roles.found.doubts
+    }
+    for column in columns:
+        if column in of_person:
+            continue
+        fate = other.get(column, UNDECIDED if column in why and column not in roles.key else KEEP)
+        told = why.get(column) or ("the key" if column in roles.key else None)
+        table[column] = _told(fate, told) if told else fate
+    return table
+
+
+def _array(values: object) -> Array:
+    array = tomlkit.array()
+    array.extend(values)  # type: ignore[arg-type]  # of texts
+    return array
+
+
+def _told(value: object, comment: str) -> Item:
+    item = tomlkit.item(value)
+    item.comment(comment)
+    return item
