@@ -134,6 +134,10 @@ class PlanError(ReplaceError):
     """A plan cannot be read, or does not fit the tables."""
 
 
+class UndecidedError(ReplaceError):
+    """Columns look personal, and nobody has decided what becomes of them."""
+
+
 class LeakError(ReplaceError):
     """People are still named in columns that were not replaced, where that is to be an error."""
 

@@ -240,7 +240,7 @@ BAD = [
     (
         "replace customers.csv -o copy.csv --scrub note",
         1,
-        "The table has no column 'note' to scrub. Did you mean 'notes'? Its columns are: 'id', 'sex', 'title', 'first_name', 'last_name', 'email', 'land', 'notes', 'points'.",
+        "No table has a column 'note' to scrub. Did you mean 'notes'? Columns are: 'id', 'sex', 'title', 'first_name', 'last_name', 'email', 'land', 'notes', 'points'.",
     ),
     (
         "replace customers.csv -o copy.csv --scrub email",
@@ -457,13 +457,13 @@ def test_a_table_without_a_line_of_names() -> None:
 def test_a_file_that_comes_meanwhile_leaves_no_copy_and_no_secret(
     monkeypatch: pytest.MonkeyPatch,
 ) -> None:
-    from vantrel.replacing import files
+    from vantrel.replacing import files, record
 
     def meanwhile(*of_record: Any) -> None:
         write_record(*of_record)
         Path("copy/orders.csv").write_text("somebody else's")
 
-    write_record = files.write_record
+    write_record = record.write_record
     monkeypatch.setattr(files, "write_record", meanwhile)
     assert fail(BOTH, 2) == "copy/orders.csv is there already: add --force to overwrite it."
     assert [path.name for path in Path("copy").iterdir()] == ["orders.csv"]

@@ -43,7 +43,7 @@ def _shared(one: Counter[str], other: Counter[str]) -> float:
 def number(text: str) -> float:
     mantissa, _, exponent = text.partition(" × 10")
     digits = str.maketrans("⁰¹²³⁴⁵⁶⁷⁸⁹⁻", "0123456789-")
-    return float(mantissa) * 10 ** int(exponent.translate(digits) or 0)
+    return float(f"{mantissa}e{exponent.translate(digits) or 0}")
 
 
 @pytest.mark.parametrize(

@@ -24,6 +24,7 @@ from vantrel.storage.files import STANDARD_STREAM
 from vantrel.wording import counted
 
 if TYPE_CHECKING:
+    from vantrel.replacing.asked import OfTable
     from vantrel.replacing.outcome import Replaced
 
 type _Texts = tuple[str, ...]
@@ -31,7 +32,7 @@ type _Texts = tuple[str, ...]
 
 def _tables_and_rest(text: str, inputs: Sequence[Path]) -> tuple[list[str | None], str]:
     """Splits off what is before the first colon if it names tables, and gives their names."""
-    from vantrel.replacing.opened import names_of
+    from vantrel.replacing.asked import names_of
 
     table, colon, rest = text.partition(":")
     found = [path.name for path in inputs if colon and table in names_of(path)]
@@ -63,6 +64,20 @@ def _columns(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str
     return found
 
 
+def _of_tables(
+    keys: _Texts, columns: _Texts, inputs: Sequence[Path]
+) -> tuple[OfTable, dict[str, OfTable]]:
+    """Gives what is asked of all tables, and of single ones by their names."""
+    from vantrel.replacing.asked import OfTable
+
+    keys_of, columns_of = _keys(keys, inputs), _columns(columns, inputs)
+
+    def asked(table: str | None) -> OfTable:
+        return OfTable(tuple(keys_of.get(table, ())), columns_of.get(table, {}))
+
+    return asked(None), {table: asked(table) for table in {**keys_of, **columns_of} if table}
+
+
 @click.command(cls=TerseCommand)
 @click.argument(
     "tables", metavar="TABLE...", nargs=-1, required=True, type=click.Path(path_type=Path)
@@ -71,7 +86,6 @@ def _columns(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str
     "-o",
     "--output",
     metavar="COPY",
-    required=True,
     help="The copy to write, of the kind of the table; of several tables the folder of the copies.",
 )
 @click.option(
@@ -114,6 +128,22 @@ def _columns(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str
     is_flag=True,
     help="Write nothing, and end with status 3, where a column still names the row's person.",
 )
+@path_option(
+    "--write-plan",
+    metavar="FILE",
+    help="Write what would become of each column as a plan to look at, and make nothing else.",
+)
+@path_option(
+    "--plan",
+    metavar="FILE",
+    help="Do what a plan says. Other options come before it; a column that it does not know is"
+    " refused.",
+)
+@click.option(
+    "--strict",
+    is_flag=True,
+    help="Write nothing while a column looks personal and it is not decided what becomes of it.",
+)
 @click.option(
     "--no-real",
     is_flag=True,
@@ -133,7 +163,7 @@ def _columns(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str
 @force_option
 def replace(
     tables: tuple[Path, ...],
-    output: Path,
+    output: Path | None,
     keys: _Texts,
     secret: Path | None,
     people: Path | None,
@@ -141,6 +171,9 @@ def replace(
     keep: list[str],
     scrub: _Texts,
     fail_on_leak: bool,
+    plan: Path | None,
+    write_plan: Path | None,
+    strict: bool,
     no_real: bool,
     place: str | None,
     phone_numbers: str | None,
@@ -160,7 +193,11 @@ def replace(
     Examples:
       vantrel replace customers.csv -o copy.csv --key customer_id --secret people.secret
       vantrel replace customers.csv orders.parquet -o copy --key customer_id --secret people.secret
+      vantrel replace customers.csv --key customer_id --write-plan replace.toml
+      vantrel replace customers.csv -o copy.csv --plan replace.toml --secret people.secret
     """
+    if (output is None) == (write_plan is None):
+        raise click.UsageError("Name either the copy to write, by -o, or a plan, by --write-plan.")
     if output == STANDARD_STREAM:
         raise click.UsageError("Copies are not written to standard output: name a file for -o.")
     # These take a second to import; help need not wait for them.
@@ -169,21 +206,28 @@ def replace(
     from vantrel.replacing import require_pyarrow
 
     require_pyarrow()
-    from vantrel.replacing.files import replace_files
-    from vantrel.replacing.opened import Asked
+    from vantrel.replacing.asked import Asked, OfTable
+    from vantrel.replacing.files import plan_files, replace_files
+    from vantrel.replacing.plan import read_plan
     from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
     all_tables = [*tables, *([people] if people else [])]
+    of_all, of_tables = _of_tables(keys, columns, all_tables)
     asked = Asked(
-        keys=_keys(keys, all_tables),
-        columns=_columns(columns, all_tables),
-        keep=keep,
-        scrub=scrub,
+        OfTable(keep=frozenset(keep), scrub=scrub).over(of_all),
+        of_tables,
+        read_plan(plan) if plan else None,
         place=place or DEFAULT_LOCALE,
         no_real=no_real,
         ways=check_ways(phone_numbers=phone_numbers or "fiction", latin=latin),
         fail_on_leak=fail_on_leak,
+        strict=strict,
     )
+    if output is None:
+        assert write_plan is not None
+        plan_files(tables, write_plan, asked, **of_files)
+        click.echo(f"Wrote {named(write_plan)}: look at it, then run it with --plan.")
+        return
     outcome = replace_files(
         tables, output, asked, secret_file=secret, people=people, progress=working, **of_files
     )
@@ -199,8 +243,9 @@ def _tell(table: Replaced) -> None:
     from vantrel.reporting.sections import Section
 
     told_by = {choice.attribute: choice.reason for choice in table.roles.found.choices}
+    otherwise = "plan" if table.asked.is_planned else "--column"
     rows = [
-        (name, column, told_by.get(name, "--column"), _fate(table, column, name))
+        (name, column, told_by.get(name, otherwise), _fate(table, column, name))
         for name, columns in table.roles.columns.items()
         for column in columns
     ]

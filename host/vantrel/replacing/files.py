@@ -5,28 +5,30 @@ from __future__ import annotations
 import os
 from collections.abc import Callable, Iterable, Iterator, Sequence
 from contextlib import AbstractContextManager, ExitStack, nullcontext
+from itertools import chain
 from pathlib import Path
 
 import pyarrow as pa
 
-from vantrel.errors import LeakError
+from vantrel.errors import LeakError, UndecidedError
 from vantrel.hints import argument, named
+from vantrel.replacing.asked import Asked, refuse_unknown_tables
 from vantrel.replacing.leaks import Leak
-from vantrel.replacing.notes import further, notes_on_people, notes_on_table
-from vantrel.replacing.opened import (
-    Asked,
-    OpenedTable,
-    open_table,
-    refuse_unknown_columns,
-    refuse_unknown_tables,
+from vantrel.replacing.notes import (
+    further,
+    notes_on_people,
+    notes_on_table,
+    notes_on_undecided,
 )
+from vantrel.replacing.opened import OpenedTable, open_table, refuse_unknown_columns
 from vantrel.replacing.outcome import Outcome, Replaced
 from vantrel.replacing.outputs import compression_of, made_if_missing, outputs_of
 from vantrel.replacing.passing import Passing
 from vantrel.replacing.people import People, Report, Table
+from vantrel.replacing.plan import Plan, read_plan, write_plan
 from vantrel.replacing.record import write_record
-from vantrel.replacing.roles import refuse_scrub
 from vantrel.replacing.secret import checked_secret, read_or_draw_secret, write_secret
+from vantrel.storage.files import refuse_missing_folder, refuse_overwriting, replacing
 from vantrel.storage.together import Opener, replacing_together
 from vantrel.tables.kinds import Compression
 
@@ -79,11 +81,12 @@ def replace_files(
             (table, copy, compression_of(copy, table.copied))
             for table, copy in zip(tables, outputs, strict=True)
         ]
-        _refuse_unknown_scrub(tables, asked.scrub)
         told = []
         if people is not None:
             told.append(open_table(stack, people, asked, separator, encoding, is_only_read=True))
         refuse_unknown_columns([*tables, *told], asked)
+        if asked.strict:
+            _refuse_undecided(tables)
         secret, is_new = (
             (checked_secret(None), False)
             if secret_file is None
@@ -105,13 +108,44 @@ def replace_files(
     return Outcome(replaced, report, notes)
 
 
-def _refuse_unknown_scrub(tables: Sequence[OpenedTable], scrub: Sequence[str]) -> None:
-    """Refuses to scrub what no table has, or what one replaces."""
-    everywhere = dict.fromkeys(column for table in tables for column in table.copied.columns)
-    for table in tables:
-        own = [column for column in scrub if column in table.copied.columns]
-        unknown = [column for column in scrub if column not in everywhere]
-        refuse_scrub(list(everywhere), table.roles, [*own, *unknown])
+def plan_files(
+    inputs: Sequence[Path],
+    plan: Path,
+    asked: Asked,
+    *,
+    separator: str | None = None,
+    encoding: str | None = None,
+    force: bool = False,
+) -> Plan:
+    """Writes as a plan what would become of each column of tables, and makes nothing else.
+
+    Args:
+        inputs: Files of CSV or Parquet, by the ends of their names.
+        plan: The file of the plan.
+        asked: What is asked for already.
+        separator: What separates the cells of CSV; found if None.
+        encoding: The encoding of CSV.
+        force: Whether a file is overwritten that is there.
+
+    Raises:
+        VantrelError: A table, or what is asked for, cannot be used.
+        OSError: The plan cannot be written.
+    """
+    refuse_unknown_tables(inputs, asked)
+    refuse_missing_folder(plan)
+    refuse_overwriting(plan, *inputs, force=force)
+    with ExitStack() as stack:
+        tables = [open_table(stack, each, asked, separator, encoding) for each in inputs]
+        refuse_unknown_columns(tables, asked)
+        text = write_plan(
+            {
+                table.copied.path.name: (table.roles, table.copied.columns, table.asked.fates)
+                for table in tables
+            }
+        )
+    with replacing(plan, force=force) as file:
+        file.write(text)
+    return read_plan(plan)
 
 
 def _learn(
@@ -141,13 +175,19 @@ def _copy_all(
     """Writes all copies, and the records beside them."""
     rows = sum(who.tables[table.name].rows for table, *_ in copies if table.name in who.tables)
     with progress("Replacing", rows) as further:
-        passed = [_write(opened, who, copy, asked.scrub, further) for copy in copies]
+        passed = [_write(opened, who, copy, further) for copy in copies]
     report = who.finish()
     replaced = [
         Replaced(
-            table.copied.path, output, table.roles, passing.rows, passing.left, passing.leaks()
+            table.copied.path,
+            output,
+            table.roles,
+            table.asked,
+            done.rows,
+            done.left,
+            done.leaks(),
         )
-        for (table, output, _), passing in zip(copies, passed, strict=True)
+        for (table, output, _), done in zip(copies, passed, strict=True)
     ]
     if asked.fail_on_leak:
         _refuse_leaks(replaced)
@@ -160,13 +200,12 @@ def _write(
     opened: Opener,
     who: People,
     copy: _Copy,
-    scrub: Sequence[str],
     further: Callable[[int], object],
 ) -> Passing:
     """Writes the copy of a table."""
     table, output, compression = copy
     copied = table.copied
-    passing = Passing(who, table.roles, [each for each in scrub if each in copied.columns])
+    passing = Passing(who, table.roles, table.asked.scrub)
 
     def told(batch: pa.RecordBatch) -> dict[str, pa.Array]:
         made = passing(batch)
@@ -191,8 +230,23 @@ def _notes(
     known += [(table, done.leaks) for table, done in zip(tables, replaced, strict=True)]
     for table, leaks in known:
         met = report.tables.get(table.name, Table())
-        for note in notes_on_table(table.roles, met, leaks):
+        undecided = notes_on_undecided(table.roles, table.asked.undecided)
+        for note in chain(notes_on_table(table.roles, met, leaks), undecided):
             yield f"{named(table.name)}: {note}" if len(known) > 1 else note
+
+
+def _refuse_undecided(tables: Sequence[OpenedTable]) -> None:
+    """Refuses tables that have columns of which nobody has decided what becomes of them."""
+    undecided = [
+        f"{named(table.name)}: {note}"
+        for table in tables
+        for note in notes_on_undecided(table.roles, table.asked.undecided)
+    ]
+    if undecided:
+        raise UndecidedError(
+            f"Nothing was written, as columns look personal and are not decided."
+            f" {' '.join(undecided)}"
+        )
 
 
 def _refuse_leaks(tables: Iterable[Replaced]) -> None:

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterator
+from collections.abc import Iterable, Iterator
 from typing import TYPE_CHECKING
 
 import pandas as pd
@@ -71,16 +71,20 @@ def notes_on_table(roles: Roles, table: Table, leaks: list[Leak]) -> Iterator[st
             f"Column {shown(repr(doubt.column))} is not taken for {doubt.attribute}, as its values"
             f" do not look so: it stays; {remedy} takes it."
         )
-    for choice in roles.further:
-        yield f"{further(choice)}."
-    for finding in roles.personal:
-        yield (
-            f"Column {shown(repr(finding.column))} looks personal ({finding.kind}): {finding.why}."
-            " It stays."
-        )
     for leak in leaks:
         remedy = f": add {argument('scrub', [leak.column])}." if leak.kind == "person" else "."
         yield f"{leak}{remedy}"
+
+
+def notes_on_undecided(roles: Roles, undecided: Iterable[str] = ()) -> Iterator[str]:
+    """Tells which columns look personal and stay, as nobody has decided otherwise."""
+    for choice in roles.further:
+        yield f"{further(choice)}."
+    why = {finding.column: finding for finding in roles.personal}
+    for column in dict.fromkeys((*why, *undecided)):
+        finding = why.get(column)
+        looks = f"looks personal ({finding.kind}): {finding.why}" if finding else "is undecided"
+        yield f"Column {shown(repr(column))} {looks}. It stays."
 
 
 def notes_on_people(report: Report, *, no_real: bool) -> Iterator[str]:

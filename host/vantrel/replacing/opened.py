@@ -3,54 +3,24 @@
 from __future__ import annotations
 
 import re
-from collections.abc import Collection, Mapping, Sequence
+from collections.abc import Sequence
 from contextlib import ExitStack
-from dataclasses import dataclass, field
+from dataclasses import dataclass
 from pathlib import Path
 
 import pandas as pd
 import pyarrow as pa
 
 from vantrel.detection.values import SAMPLE_SIZE
-from vantrel.errors import ArgumentError, ReplaceError
+from vantrel.errors import PlanError, ReplaceError
 from vantrel.hints import did_you_mean, listed, named
+from vantrel.replacing.asked import Asked, OfTable
 from vantrel.replacing.frames import excerpt_of, without_gaps
-from vantrel.replacing.roles import Roles, find_roles
-from vantrel.rows import Ways
+from vantrel.replacing.roles import Roles, find_roles, refuse_scrub
 from vantrel.tables.copying import Copied, open_copied
-from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
 # An e-mail address or a telephone number, which no column is called.
 _VALUE = re.compile(r"[^@\s]+@[^@\s]+\.[^@\s.]+|\+?[\d\s()./-]{8,}")
-
-# For each table, or for all of them under None: the columns of attributes, and those of the key.
-type ColumnsOfTables = Mapping[str | None, Mapping[str, Sequence[str]]]
-type KeysOfTables = Mapping[str | None, Sequence[str]]
-
-
-@dataclass(frozen=True)
-class Asked:
-    """What is asked of a run, besides its tables.
-
-    Args:
-        keys: The columns of the key, of each table by its name, or of all under None.
-        columns: The columns of attributes that are not to be found, likewise.
-        keep: Attributes that stay as they are.
-        scrub: Columns of other things in which the names of the row's person are replaced, too.
-        place: The country, or locale of Faker, of the people for whom no table tells one.
-        no_real: Whether nobody gets the full name or the telephone number of a real person.
-        ways: Which telephone numbers people have, and in what letters their names are.
-        fail_on_leak: Whether nothing is written where somebody is still named.
-    """
-
-    keys: KeysOfTables
-    columns: ColumnsOfTables
-    keep: Collection[str] = ()
-    scrub: Sequence[str] = ()
-    place: str = DEFAULT_LOCALE
-    no_real: bool = False
-    ways: Ways = field(default_factory=Ways)
-    fail_on_leak: bool = False
 
 
 @dataclass(frozen=True)
@@ -60,10 +30,12 @@ class OpenedTable:
     Attributes:
         copied: The table.
         roles: What its columns are.
+        asked: What is asked of it.
     """
 
     copied: Copied
     roles: Roles
+    asked: OfTable
 
     @property
     def name(self) -> str:
@@ -83,16 +55,21 @@ def open_table(
     """Opens a table for as long as ``stack``, and finds what its columns are."""
     copied = stack.enter_context(open_copied(path, separator, encoding))
     _refuse_values_as_names(copied)
+    own = asked.of(path, copied.columns)
     roles = find_roles(
         _excerpt(copied),
-        key=_key(_of_table(asked.keys, path), copied.columns),
-        columns=_columns(asked.columns, path, copied.columns),
-        keep=asked.keep,
-        scrub=asked.scrub,
+        key=_key(own.key, copied.columns),
+        columns=own.columns,
+        keep=own.keep,
+        decided=[*own.scrub, *own.decided],
         name=str(path),
         is_only_read=is_only_read,
     )
-    return OpenedTable(copied, roles)
+    if own.is_planned and asked.plan and asked.plan.new_columns == "refuse":
+        _refuse_unplanned(copied, roles, own)
+    if not is_only_read:
+        refuse_scrub(copied.columns, roles, own.scrub)
+    return OpenedTable(copied, roles, own)
 
 
 def _refuse_values_as_names(copied: Copied) -> None:
@@ -118,55 +95,38 @@ def _excerpt(copied: Copied) -> pd.DataFrame:
     return excerpt_of({name: pa.chunked_array(own or [[]]) for name, own in values.items()})
 
 
-def _key(given: Sequence[str] | None, columns: Sequence[str]) -> Sequence[str] | None:
+def _key(given: Sequence[str], columns: Sequence[str]) -> Sequence[str] | None:
     """Gives the columns of a key, of which one may have a comma in its name."""
-    if given is None:
-        return None
     whole = ",".join(given)
     stripped = [name if name in columns else name.strip() for name in given]
-    return [whole] if whole in columns else stripped
+    return [whole] if whole in columns else stripped or None
 
 
-def _columns(
-    asked: ColumnsOfTables, path: Path, known: Sequence[str]
-) -> Mapping[str, Sequence[str]]:
-    """Gives the columns of attributes; of those that are asked of all tables, what this one has."""
-    own = next((asked[name] for name in names_of(path) if name in asked), {})
-    of_all = {
-        attribute: [column for column in columns if column in known]
-        for attribute, columns in asked.get(None, {}).items()
-    }
-    return {**{attribute: those for attribute, those in of_all.items() if those}, **own}
-
-
-def _of_table[T](asked: Mapping[str | None, T], path: Path) -> T | None:
-    """Gives what is asked of a table by its name, or else of all."""
-    return next((asked[name] for name in (*names_of(path), None) if name in asked), None)
-
-
-def names_of(path: Path) -> tuple[str, ...]:
-    """What a table may be called: its file, with or without the ends of its name."""
-    return path.name, path.name.split(".")[0]
-
-
-def refuse_unknown_tables(paths: Sequence[Path], asked: Asked) -> None:
-    """Refuses what is asked of a table that is not there."""
-    known = dict.fromkeys(name for path in paths for name in names_of(path))
-    for name in (*asked.keys, *asked.columns):
-        if name is not None and name not in known:
-            raise ArgumentError(
-                f"There is no table {name!r}.{did_you_mean(name, known)} Tables are:"
-                f" {listed([path.name for path in paths])}."
+def _refuse_unplanned(copied: Copied, roles: Roles, asked: OfTable) -> None:
+    """Refuses columns that a plan does not know."""
+    known = {*roles.needed, *asked.scrub, *asked.decided, *asked.undecided}
+    for column in copied.columns:
+        if column not in known:
+            raise PlanError(
+                f"Table {named(copied.path)} has a column {column!r} that the plan does not know:"
+                ' decide in the plan what becomes of it, or write new_columns = "keep" there.'
+            )
+    for column in (*asked.decided, *asked.undecided):
+        if column not in copied.columns:
+            raise PlanError(
+                f"Table {named(copied.path)} has no column {column!r}, which the plan knows."
+                f"{did_you_mean(column, copied.columns)} Its columns are: {listed(copied.columns)}."
             )
 
 
 def refuse_unknown_columns(tables: Sequence[OpenedTable], asked: Asked) -> None:
     """Refuses columns that are asked of all tables and are in none."""
     known = dict.fromkeys(column for table in tables for column in table.copied.columns)
-    for attribute, columns in asked.columns.get(None, {}).items():
-        for column in columns:
-            if column not in known:
-                raise ReplaceError(
-                    f"No table has a column {column!r} for {attribute!r}."
-                    f"{did_you_mean(column, known)} Columns are: {listed(known)}."
-                )
+    of_all = asked.of_all
+    wanted = [(each, f"for {name!r}") for name, those in of_all.columns.items() for each in those]
+    for column, what_for in [*wanted, *((each, "to scrub") for each in of_all.scrub)]:
+        if column not in known:
+            raise ReplaceError(
+                f"No table has a column {column!r} {what_for}.{did_you_mean(column, known)} Columns"
+                f" are: {listed(known)}."
+            )

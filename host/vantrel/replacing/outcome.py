@@ -5,6 +5,7 @@ from __future__ import annotations
 from dataclasses import dataclass
 from pathlib import Path
 
+from vantrel.replacing.asked import OfTable
 from vantrel.replacing.leaks import Leak
 from vantrel.replacing.people import Report
 from vantrel.replacing.roles import Roles
@@ -18,6 +19,7 @@ class Replaced:
         path: The table.
         output: The copy.
         roles: What its columns were taken for.
+        asked: What was asked of it.
         rows: The number of its rows.
         staying: The other columns.
         leaks: Who is still named in it.
@@ -26,6 +28,7 @@ class Replaced:
     path: Path
     output: Path
     roles: Roles
+    asked: OfTable
     rows: int
     staying: tuple[str, ...]
     leaks: list[Leak]

@@ -11,7 +11,7 @@ from vantrel.storage.together import Opener
 from vantrel.wording import shown
 
 if TYPE_CHECKING:
-    from vantrel.replacing.opened import Asked
+    from vantrel.replacing.asked import Asked
     from vantrel.replacing.outcome import Replaced
     from vantrel.replacing.people import Report
 
@@ -40,7 +40,7 @@ def _form(table: Replaced, asked: Asked, report: Report) -> dict[str, Any]:
         "replaced": roles.replaced,
         "kept": sorted(roles.kept),
         "options": {
-            "scrub": list(asked.scrub),
+            "scrub": list(table.asked.scrub),
             "place": asked.place,
             "no_real": asked.no_real,
             "phone_numbers": asked.ways.phone_numbers,

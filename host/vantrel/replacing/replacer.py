@@ -11,7 +11,13 @@ import pandas as pd
 from vantrel.arguments import as_frame, refuse_text
 from vantrel.fitting.checks import check_ways
 from vantrel.replacing import require_pyarrow
-from vantrel.replacing.notes import note_on_columns, notes_on_index, notes_on_people, notes_on_table
+from vantrel.replacing.notes import (
+    note_on_columns,
+    notes_on_index,
+    notes_on_people,
+    notes_on_table,
+    notes_on_undecided,
+)
 from vantrel.replacing.roles import Columns, Roles, find_roles, refuse_scrub
 from vantrel.replacing.secret import checked_secret
 from vantrel.rows import Ways
@@ -106,6 +112,7 @@ class Replacer:
             note_on_columns(roles),
             *notes_on_index(table),
             *notes_on_table(roles, self.report.tables[name], passing.leaks()),
+            *notes_on_undecided(roles),
             *notes_on_people(self.report, no_real=self._no_real),
         ]
         for note in self.notes:
@@ -212,7 +219,7 @@ def _roles(
 ) -> Roles:
     from vantrel.replacing.frames import excerpt
 
-    return find_roles(excerpt(table), key=key, columns=columns, keep=keep, scrub=scrub)
+    return find_roles(excerpt(table), key=key, columns=columns, keep=keep, decided=scrub)
 
 
 def _names(table: pd.DataFrame | pa.Table) -> list[str]:

@@ -71,7 +71,7 @@ def find_roles(
     key: str | Iterable[str] | None = None,
     columns: Columns | None = None,
     keep: Iterable[str] = (),
-    scrub: Iterable[str] = (),
+    decided: Iterable[str] = (),
     name: str | None = None,
     is_only_read: bool = False,
 ) -> Roles:
@@ -83,7 +83,7 @@ def find_roles(
             address is, or else the full name, or else each row is a person.
         columns: The columns of attributes that are not to be found.
         keep: Attributes that stay as they are.
-        scrub: Columns of other things in which the names of the row's person are replaced.
+        decided: Columns of other things of which it is known what becomes of them.
         name: What errors call the table, where there are several.
         is_only_read: Whether the table need have no column to replace, only one of a person.
 
@@ -111,9 +111,9 @@ def find_roles(
     key_of_table = keys or _usual_key(told)
     taken = [*key_of_table, *(column for columns in told.values() for column in columns)]
     undecided = {each for each in REPLACED if each not in kept and given.get(each) != ()}
-    further = () if is_only_read else _further(table, taken, undecided)
-    decided = [*taken, *scrub, *(choice.column for choice in further)]
-    personal = () if is_only_read else find_personal(table, decided)
+    further = () if is_only_read else _further(table, [*taken, *decided], undecided)
+    known = [*taken, *decided, *(choice.column for choice in further)]
+    personal = () if is_only_read else find_personal(table, known)
     roles = Roles(key_of_table, told, kept, found, further, personal, bool(keys))
     if len(table) and not (roles.columns if is_only_read else roles.replaced):
         raise _nothing_found(table, roles, the_table)

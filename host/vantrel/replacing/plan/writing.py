@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Mapping
+from collections.abc import Mapping, Sequence
 
 import tomlkit
 from tomlkit.items import Array, Item, Table
@@ -19,15 +19,12 @@ A column of [tables.*.other] has "keep", "blank", "scrub" (what names the row's 
 "hash", "fake:PROVIDER", "shift:DAYS", or "undecided", which stays and is told."""
 
 
-def write_plan(
-    tables: Mapping[str, tuple[Roles, tuple[str, ...]]],
-    other: Mapping[str, Mapping[str, str]],
-) -> str:
+def write_plan(tables: Mapping[str, tuple[Roles, Sequence[str], Mapping[str, str]]]) -> str:
     """Writes what was found in tables as a plan.
 
     Args:
-        tables: What the columns of each table are, and all its columns, by its name.
-        other: What becomes of the columns that are decided, of each table.
+        tables: For each, by its name, what its columns are, all of them, and what becomes of those
+            that are decided.
     """
     document = tomlkit.document()
     for line in _HEAD.splitlines():
@@ -37,18 +34,18 @@ def write_plan(
     document["schema_version"] = SCHEMA_VERSION
     document["new_columns"] = _told("refuse", '"keep": columns that are not here stay')
     plans = tomlkit.table(is_super_table=True)
-    for name, (roles, columns) in tables.items():
-        plans[name] = _table(roles, columns, other.get(name, {}))
+    for name, (roles, columns, decided) in tables.items():
+        plans[name] = _table(roles, columns, decided)
     document["tables"] = plans
     return tomlkit.dumps(document)
 
 
-def _table(roles: Roles, columns: tuple[str, ...], other: Mapping[str, str]) -> Table:
+def _table(roles: Roles, columns: Sequence[str], decided: Mapping[str, str]) -> Table:
     table = tomlkit.table()
     people = tomlkit.aot()
     people.append(_person(roles))
     table["people"] = people
-    table["other"] = _others(roles, columns, other)
+    table["other"] = _others(roles, columns, decided)
     return table
 
 
@@ -70,7 +67,7 @@ def _person(roles: Roles) -> Table:
     return person
 
 
-def _others(roles: Roles, columns: tuple[str, ...], other: Mapping[str, str]) -> Table:
+def _others(roles: Roles, columns: Sequence[str], decided: Mapping[str, str]) -> Table:
     """Tells what becomes of the columns that are not a person's."""
     table = tomlkit.table()
     of_person = {column for those in roles.columns.values() for column in those}
@@ -83,7 +80,7 @@ def _others(roles: Roles, columns: tuple[str, ...], other: Mapping[str, str]) ->
     for column in columns:
         if column in of_person:
             continue
-        fate = other.get(column, UNDECIDED if column in why and column not in roles.key else KEEP)
+        fate = decided.get(column, UNDECIDED if column in why and column not in roles.key else KEEP)
         told = why.get(column) or ("the key" if column in roles.key else None)
         table[column] = _told(fate, told) if told else fate
     return table

@@ -1,0 +1,137 @@
+"""What is asked of a run on files: of each table, of all, and by a plan."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable, Mapping, Sequence
+from dataclasses import dataclass, field, replace
+from pathlib import Path
+
+from vantrel.attributes import ATTRIBUTES
+from vantrel.errors import ArgumentError
+from vantrel.hints import did_you_mean, listed
+from vantrel.replacing.plan import KEEP, SCRUB, UNDECIDED, Plan, TablePlan
+from vantrel.rows import Ways
+from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
+
+
+@dataclass(frozen=True)
+class OfTable:
+    """What is asked of a table.
+
+    Attributes:
+        key: The columns of the key; chosen if there is none.
+        columns: The columns of attributes that are not to be found; none where an attribute is
+            not to be looked for.
+        keep: Attributes that stay as they are.
+        scrub: Columns of other things in which the names of the row's person are replaced, too.
+        decided: Other columns that stay, as somebody has decided.
+        undecided: Other columns of which somebody has yet to decide.
+        is_planned: Whether a plan knows the table, and has to know each of its columns.
+    """
+
+    key: tuple[str, ...] = ()
+    columns: Mapping[str, Sequence[str]] = field(default_factory=dict)
+    keep: frozenset[str] = frozenset()
+    scrub: tuple[str, ...] = ()
+    decided: tuple[str, ...] = ()
+    undecided: tuple[str, ...] = ()
+    is_planned: bool = False
+
+    @property
+    def fates(self) -> dict[str, str]:
+        """What becomes of other columns, as a plan has it."""
+        return (
+            dict.fromkeys(self.undecided, UNDECIDED)
+            | dict.fromkeys(self.decided, KEEP)
+            | (dict.fromkeys(self.scrub, SCRUB))
+        )
+
+    def over(self, other: OfTable) -> OfTable:
+        """Adds what is asked besides; what both tell is as this one tells it."""
+        return OfTable(
+            self.key or other.key,
+            {**other.columns, **self.columns},
+            self.keep | other.keep,
+            tuple(dict.fromkeys((*self.scrub, *other.scrub))),
+            (*self.decided, *other.decided),
+            (*self.undecided, *other.undecided),
+            self.is_planned or other.is_planned,
+        )
+
+
+@dataclass(frozen=True)
+class Asked:
+    """What is asked of a run, besides its tables.
+
+    Attributes:
+        of_all: What is asked of all tables.
+        of_tables: What is asked of single ones, by their names.
+        plan: What a plan asks of them; what is said otherwise comes before it.
+        place: The country, or locale of Faker, of the people for whom no table tells one.
+        no_real: Whether nobody gets the full name or the telephone number of a real person.
+        ways: Which telephone numbers people have, and in what letters their names are.
+        fail_on_leak: Whether nothing is written where somebody is still named.
+        strict: Whether nothing is written while a column that looks personal is not decided.
+    """
+
+    of_all: OfTable = OfTable()
+    of_tables: Mapping[str, OfTable] = field(default_factory=dict)
+    plan: Plan | None = None
+    place: str = DEFAULT_LOCALE
+    no_real: bool = False
+    ways: Ways = field(default_factory=Ways)
+    fail_on_leak: bool = False
+    strict: bool = False
+
+    def of(self, path: Path, columns: Iterable[str]) -> OfTable:
+        """Gives what is asked of a table that has some columns.
+
+        Of what is asked of all tables, columns count that this one has.
+        """
+        known = set(columns)
+        of_all = replace(
+            self.of_all,
+            columns={
+                attribute: own
+                for attribute, those in self.of_all.columns.items()
+                if (own := [column for column in those if column in known])
+            },
+            scrub=tuple(column for column in self.of_all.scrub if column in known),
+        )
+        table = self.of_tables.get(path.name, OfTable()).over(of_all)
+        planned = self.plan.tables.get(path.name) if self.plan else None
+        return table.over(_planned(planned)) if planned else table
+
+
+def _planned(plan: TablePlan) -> OfTable:
+    """Gives what a plan asks of a table: nothing is looked for that is not in it."""
+    (person,) = plan.people
+    fates = {
+        fate: tuple(column for column, its in plan.other.items() if its == fate)
+        for fate in (KEEP, SCRUB, UNDECIDED)
+    }
+    return OfTable(
+        tuple(person.key),
+        {attribute: person.of(attribute) for attribute in ATTRIBUTES},
+        frozenset(person.keep),
+        fates[SCRUB],
+        fates[KEEP],
+        fates[UNDECIDED],
+        is_planned=True,
+    )
+
+
+def names_of(path: Path) -> tuple[str, ...]:
+    """What a table may be called: its file, with or without the ends of its name."""
+    return path.name, path.name.split(".")[0]
+
+
+def refuse_unknown_tables(paths: Sequence[Path], asked: Asked) -> None:
+    """Refuses what is asked of a table that is not there."""
+    known = dict.fromkeys(path.name for path in paths)
+    for name in asked.of_tables:
+        if name not in known:
+            raise ArgumentError(
+                f"There is no table {name!r}.{did_you_mean(name, known)} Tables are:"
+                f" {listed(known)}."
+            )

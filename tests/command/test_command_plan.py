@@ -1,0 +1,154 @@
+"""``vantrel replace`` with a plan."""
+
+from __future__ import annotations
+
+from pathlib import Path
+
+import pytest
+
+from support.command import fail, succeed
+
+pytest.importorskip("pyarrow", reason="replacing people needs pyarrow")
+
+BORN = "\n".join(
+    [
+        "id,sex,country,name,dob,memo,mail2",
+        *(f"{n},f,GB,Ann Lee,19{n + 40}-05-06,x,y" for n in range(30)),
+    ]
+)
+ORDERS = "order,id,to\n1,7,Ann Lee\n"
+PLAN = "replace born.csv orders.csv --key id --write-plan plan.toml"
+RUN = "replace born.csv orders.csv -o {} --plan plan.toml --secret s"
+
+
+@pytest.fixture(autouse=True)
+def tables(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.chdir(tmp_path)
+    monkeypatch.delenv("VANTREL_SECRET", raising=False)
+    Path("born.csv").write_text(BORN)
+    Path("orders.csv").write_text(ORDERS)
+
+
+def test_a_plan_tells_what_becomes_of_each_column_and_why() -> None:
+    assert succeed(PLAN).stdout == "Wrote plan.toml: look at it, then run it with --plan.\n"
+    assert Path("plan.toml").read_text().split("\n\n")[1:] == [
+        'format = "vantrel-plan"\nschema_version = 1\n'
+        'new_columns = "refuse" # "keep": columns that are not here stay',
+        '[[tables."born.csv".people]]\nkey = ["id"] # named',
+        '[tables."born.csv".people.columns]\ngender = "sex" # stays; found by its name and values\n'
+        'fullname = "name" # replaced; found by its name and values\n'
+        'country = "country" # stays; found by its name and values',
+        '[tables."born.csv".other]\nid = "keep" # the key\n'
+        'dob = "undecided" # date of birth: its name says so, and 100% of its different values are'
+        ' days that lie as far apart as births do\nmemo = "keep"\nmail2 = "undecided" # named like email,'
+        " but its values do not look so",
+        '[[tables."orders.csv".people]]\nkey = ["id"] # named',
+        '[tables."orders.csv".people.columns]\nfullname = "to" # replaced; found by its values',
+        '[tables."orders.csv".other]\norder = "keep"\nid = "keep" # the key\n',
+    ]
+    assert sorted(path.name for path in Path().iterdir()) == ["born.csv", "orders.csv", "plan.toml"]
+
+
+def test_a_plan_makes_what_its_options_make() -> None:
+    succeed("replace born.csv orders.csv -o plain --key id --secret s")
+    succeed(PLAN)
+    succeed(RUN.format("planned"))
+    for name in ("born.csv", "orders.csv"):
+        assert Path("plain", name).read_bytes() == Path("planned", name).read_bytes()
+
+
+def test_options_come_before_the_plan() -> None:
+    succeed(f"{PLAN} --keep fullname --column username=memo --column orders:username=order")
+    assert Path("plan.toml").read_text().count('keep = ["fullname"]') == 2
+    succeed(RUN.format("out") + " --column born:password=mail2")
+    for line in Path("out/born.csv").read_text().splitlines()[1:]:
+        *_, name, _, memo, mail2 = line.split(",")
+        assert name == "Ann Lee"
+        assert memo != "x"
+        assert mail2 != "y"
+
+
+def test_a_column_that_a_plan_does_not_know_is_refused_unless_it_is_to_stay() -> None:
+    succeed(PLAN)
+    Path("orders.csv").write_text("order,id,to,new\n1,7,Ann Lee,x\n")
+    assert fail(RUN.format("out"), 1) == (
+        "Table orders.csv has a column 'new' that the plan does not know: decide in the plan what"
+        ' becomes of it, or write new_columns = "keep" there.'
+    )
+    assert not Path("out").exists()
+    text = Path("plan.toml").read_text()
+    Path("plan.toml").write_text(text.replace('new_columns = "refuse"', 'new_columns = "keep"'))
+    succeed(RUN.format("out"))
+    assert Path("out/orders.csv").read_text().endswith(",x\n")
+
+
+def test_a_column_that_is_gone_is_told() -> None:
+    succeed(PLAN)
+    Path("orders.csv").write_text("id,to\n7,Ann Lee\n")
+    assert fail(RUN.format("out"), 1) == (
+        "Table orders.csv has no column 'order', which the plan knows. Its columns are: 'id', 'to'."
+    )
+
+
+def test_what_nobody_has_decided() -> None:
+    told = (
+        "Column 'dob' looks personal (date of birth): its name says so, and 100% of its different"
+        " values are days that lie as far apart as births do. It stays."
+    )
+    strict = "replace born.csv -o out.csv --key id --secret s --strict"
+    assert fail(strict, 1) == (
+        "Nothing was written, as columns look personal and are not decided. born.csv: " + told
+    )
+    succeed(PLAN)
+    planned = RUN.format("out")
+    assert told in succeed(planned).stderr
+    assert told in fail(f"{planned} --force --strict", 1)
+    text = Path("plan.toml").read_text()
+    Path("plan.toml").write_text(text.replace('"undecided"', '"keep"'))
+    assert "dob" not in succeed(f"{planned} --force --strict").stderr
+    Path("plan.toml").write_text(text.replace('memo = "keep"', 'memo = "undecided"'))
+    assert "Column 'memo' is undecided. It stays." in succeed(f"{planned} --force").stderr
+
+
+BAD = [
+    ("", 'Plan plan.toml: It has no line format = "vantrel-plan", so it is no plan.'),
+    ("[[", "Plan plan.toml is not TOML: "),
+    (
+        'format = "vantrel-plan"\nschema_version = 2\n[tables]',
+        "Plan plan.toml: Invalid enum value 2 - at `$.schema_version`.",
+    ),
+    (
+        'format = "vantrel-plan"\nschema_version = 1\n[tables.a]\npeople = []',
+        "Plan plan.toml: Table 'a' has 0 people: each row has one.",
+    ),
+    (
+        'format = "vantrel-plan"\nschema_version = 1\n[[tables.a.people]]\ncolumns = {emial = "x"}',
+        "Plan plan.toml: Table 'a': 'emial' is no attribute. Did you mean 'email'?",
+    ),
+    (
+        'format = "vantrel-plan"\nschema_version = 1\n[[tables.a.people]]\ncolumns = {email = "x"}\n'
+        '[tables.a.other]\nx = "scrub"',
+        "Plan plan.toml: Table 'a': column 'x' is the person's and in other, too.",
+    ),
+    (
+        'format = "vantrel-plan"\nschema_version = 1\n[[tables.a.people]]\ncolumns = {}\n'
+        '[tables.a.other]\nx = "scrap"',
+        "Plan plan.toml: Table 'a': 'scrap' is nothing that can become of column 'x'.",
+    ),
+]
+
+
+@pytest.mark.parametrize(("text", "message"), BAD)
+def test_bad_plans(text: str, message: str) -> None:
+    Path("plan.toml").write_text(text)
+    assert fail(RUN.format("out"), 1).startswith(message)
+    assert not Path("s").exists()
+
+
+def test_a_plan_or_a_copy_is_named() -> None:
+    message = "Name either the copy to write, by -o, or a plan, by --write-plan."
+    for line in ("replace born.csv", f"{PLAN} -o out"):
+        assert message in fail(line, 2)
+    succeed(PLAN)
+    assert fail(PLAN, 2) == "plan.toml is there already: add --force to overwrite it."
+    assert "no plan" not in fail("replace born.csv -o x.csv --plan gone.toml", 1)
