@@ -2,8 +2,10 @@
 
 from __future__ import annotations
 
+import os
 import subprocess
 import sys
+from inspect import cleandoc
 from typing import Any
 
 import pandas as pd
@@ -98,6 +100,46 @@ def test_the_fixture_gives_a_test_the_same_people_in_each_run(pytester: pytest.P
     assert shown[0] == shown[1]
     assert len(set(shown[0])) == 15
     assert "11" in runs[0].outlines[runs[0].outlines.index(_title(runs[0].outlines)) + 1]
+
+
+def test_a_run_of_a_test_has_the_same_people_as_the_one_before(pytester: pytest.Pytester) -> None:
+    pytester.makeconftest(
+        """
+        from _pytest.runner import runtestprotocol
+
+        def pytest_runtest_protocol(item, nextitem):
+            for _ in range(2):
+                runtestprotocol(item, nextitem=nextitem)
+            return True
+        """
+    )
+    pytester.makepyfile(ONE_TEST)
+    run = pytester.runpytest_subprocess("-rP")
+    run.assert_outcomes(passed=2)
+    assert len(set(_made(run))) == 2
+
+
+def test_it_has_the_same_people_from_whatever_folder(pytester: pytest.Pytester) -> None:
+    pytester.mkdir("inner").joinpath("test_it.py").write_text(cleandoc(ONE_TEST))
+    outer = pytester.runpytest_subprocess("-rP", "inner/test_it.py")
+    os.chdir("inner")
+    inner = pytester.runpytest_subprocess("-rP", "--rootdir=.", "test_it.py")
+    assert len(_made(outer)) == 2
+    assert _made(outer) == _made(inner)
+
+
+ONE_TEST = """
+    import pytest
+
+    @pytest.mark.parametrize("place", ["DE"])
+    def test_one(people, place):
+        for _ in range(2):
+            print("made", *people(3, countries=[place])["fullname"])
+"""
+
+
+def _made(run: pytest.RunResult) -> list[str]:
+    return [line for line in run.outlines if line.startswith("made ")]
 
 
 def _title(lines: list[str]) -> str:
