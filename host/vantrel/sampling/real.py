@@ -72,7 +72,7 @@ class RealRows:
         ways: Ways = model.meta.ways or Ways()
         self._places = _Places(model, rows, ways)
         self._accounts = Accounts(self._places.languages, self._places.plain, ways.email_domain)
-        self._latin = LatinNames(self._places.plain) if ways.latin else None
+        self._latin = LatinNames(self._places.languages, self._places.plain) if ways.latin else None
         self._numbers = {
             attribute: Numbers(formats)
             for attribute, formats in number_formats(model, self._places.regions).items()
