@@ -23,7 +23,8 @@ def people(request: pytest.FixtureRequest) -> Callable[..., pd.DataFrame]:
     is the name of its file, without the folder, its class and its name with its parameters: so it
     does not matter from which folder pytest is run.
     """
-    seeds = request.node.stash[_SEEDS] = []
+    seeds: list[int] = []
+    request.node.stash[_SEEDS] = seeds
     test = request.node.nodeid.partition("::")[2]
     own_name = f"{request.node.path.name}::{test}"
 
