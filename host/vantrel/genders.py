@@ -53,10 +53,17 @@ _WOMENS_TITLES = _one_of(
     " duchess marchioness countess viscountess baroness abbess sister frau fräulein fraulein"
     " señora senora sra señorita senorita srta doña dona signora signorina mevrouw mevr"
 )
+_FURTHER_WOMENS_TITLES = _one_of(
+    r"sig\.?ra sig\.?na pani paní slečna gospođa gospa doamna d_na ibu bà"
+    " госпожа г_жа пані κυρία κα श्रीमती นาง นางสาว"
+)
 _MENS_TITLES = _one_of(
     "mr mister master mstr sir lord king emperor prince duke marquess marquis earl count viscount"
     " baron jonkheer jhr esq esquire father fr brother abbot herr monsieur m señor senor sr don"
     " signor signore dhr meneer"
+)
+_FURTHER_MENS_TITLES = _one_of(
+    "sig pan pán gospodin gospod domnul d_l bapak ông господин г_н пан κύριος κος श्री นาย"
 )
 _EITHERS_TITLES = _one_of(
     "dr doctor prof professor rev revd reverend canon dean pastor bishop archbishop rabbi imam"
@@ -68,13 +75,21 @@ _EITHERS_TITLES = _one_of(
 _ARTICLE = r"(?:the\s)?"
 _EITHERS = rf"(?:{_EITHERS_TITLES})(?:{_BLANKS}+(?:{_EITHERS_TITLES}))*"
 
-TITLE_FEMALE = _whole_value(f"{_ARTICLE}(?:{_WOMENS_TITLES}|{_EITHERS})")
-TITLE_MALE = _whole_value(f"{_ARTICLE}(?:{_MENS_TITLES}|{_EITHERS})")
+
+def _title(body: str) -> str:
+    return _whole_value(f"{_ARTICLE}(?:{body}|{_EITHERS})")
+
+
+TITLE_FEMALE = _title(f"{_WOMENS_TITLES}|{_FURTHER_WOMENS_TITLES}")
+TITLE_MALE = _title(f"{_MENS_TITLES}|{_FURTHER_MENS_TITLES}")
 TITLE_NON_BINARY = _whole_value(_one_of("mx ind per misc mre"))
 
-DEFAULT_PATTERNS = frozenset(
-    (GENDER_FEMALE, GENDER_MALE, GENDER_NON_BINARY, TITLE_FEMALE, TITLE_MALE, TITLE_NON_BINARY)
-)
+_GENDERS = (GENDER_FEMALE, GENDER_MALE, GENDER_NON_BINARY)
+_TITLES = (TITLE_FEMALE, TITLE_MALE, TITLE_NON_BINARY)
+# Those of model files that are older than the further titles.
+_FORMER_TITLES = (_title(_WOMENS_TITLES), _title(_MENS_TITLES))
+
+DEFAULT_PATTERNS = frozenset((*_GENDERS, *_TITLES, *_FORMER_TITLES))
 
 
 def by_gender(

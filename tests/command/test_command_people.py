@@ -42,6 +42,24 @@ def test_ways_are_those_of_the_library() -> None:
     assert not usual["fullname"].map(str.isascii).any()
 
 
+def test_domain_and_locales_are_those_of_the_library() -> None:
+    succeed(
+        "people -n 20 --country DE --country IN --email-domain x.org --locale India=en_IN"
+        " --locale Germany=it_IT --seed 7 -o out.csv"
+    )
+    locales = {"India": "en_IN", "Germany": "it_IT"}
+    expected = vantrel.people(
+        20, countries=["DE", "IN"], email_domain="x.org", locales=locales, seed=7
+    )
+    assert made().to_csv() == expected.to_csv()
+    assert made()["email"].str.endswith("@x.org").all()
+
+
+def test_a_country_may_have_a_comma_in_its_name() -> None:
+    result = succeed("people -n 1 --country 'Korea, Republic of' --seed 1")
+    assert '"Korea, Republic of"' in result.stdout
+
+
 def test_valid_numbers_are_many() -> None:
     def numbers(phone_numbers: str) -> int:
         made = vantrel.people(
@@ -84,9 +102,9 @@ def test_nobody_is_a_header() -> None:
 def test_more_people_than_numbers_are_told_of() -> None:
     result = succeed("people -n 1001 --columns mobile_number --seed 1 -o out.csv")
     assert result.stderr == (
-        "vantrel: note: There are more people than numbers, so that numbers come more than once:"
-        " mobile_number in GB (1,000 numbers). With --phone-numbers valid there are more"
-        " of them, if the model is fitted so.\n"
+        "vantrel: note: Some telephone numbers come more than once: mobile_number in GB (1,000 kept"
+        " for fiction, for 1,001 people). With --phone-numbers valid, fit and people take others,"
+        " which may be somebody's.\n"
     )
 
 
@@ -114,6 +132,30 @@ def test_nothing_is_overwritten_without_force() -> None:
         ("-n 1 --country DE=nan", "The share of 'DE' is a number from 0 on, not nan."),
         ("-n 1 --country DE=inf", "The share of 'DE' is a number from 0 on, not inf."),
         ("-n 1 --country DE=0", "'countries' have no share above 0: give at least one."),
+        (
+            "-n 1 --country DE,PL,JP",
+            "Invalid value for '--country': 'DE,PL,JP' is several names: repeat the option,"
+            " --country DE --country PL --country JP.",
+        ),
+        (
+            "-n 1 --country DE=3,PL=2",
+            "Invalid value for '--country': 'DE=3,PL=2' is several names: repeat the option,"
+            " --country DE=3 --country PL=2.",
+        ),
+        (
+            "-n 1 --gender F,M",
+            "Invalid value for '--gender': 'F,M' is several names: repeat the option,"
+            " --gender F --gender M.",
+        ),
+        (
+            "-n 1 --locale en_IN",
+            "Invalid value for '--locale': 'en_IN' is not of the form COUNTRY=LOCALE.",
+        ),
+        (
+            "-n 1 --email-domain x",
+            "'email_domain' is a domain such as 'example.org', or 'reserved' or 'as-made', not"
+            " 'x'.",
+        ),
         (
             "-n 1 --country DE --country DE=2",
             "Invalid value for '--country': 'DE' is given twice.",

@@ -101,11 +101,14 @@ def test_north_americans_have_the_numbers_of_all_their_area_codes(
         assert phonenumbers.region_code_for_number(number) in (region, None)
 
 
-NOTE = (
-    "There are more people than numbers, so that numbers come more than once: mobile_number in GB"
-    " (1,000 numbers). With phone_numbers='valid' there are more of"
-    " them, if the model is fitted so."
-)
+REMEDY = " With phone_numbers='valid', fit and people take others, which may be somebody's."
+
+
+def note(people: str) -> str:
+    return (
+        "Some telephone numbers come more than once: mobile_number in GB (1,000 kept for fiction,"
+        f" for {people} people).{REMEDY}"
+    )
 
 
 def told(caplog: pytest.LogCaptureFixture, model: Any, *given: Any, **asked: Any) -> list[str]:
@@ -118,11 +121,15 @@ def told(caplog: pytest.LogCaptureFixture, model: Any, *given: Any, **asked: Any
 def test_more_people_than_numbers_are_told_of(caplog: pytest.LogCaptureFixture) -> None:
     model = fitted(["GB", "FR", "United Kingdom"])
     assert told(caplog, model, 1_490) == []
-    assert told(caplog, model, 1_510) == [NOTE]
+    assert told(caplog, model, 1_510) == [note("1,004")]
     assert told(caplog, model, 1_510, exact=True) == []
     assert told(caplog, fitted(["GB"], phone_numbers="valid"), 1_510) == []
     own = fitted(["GB", "FR"], phone_formats={"GB": {"mobile_number": "0 xxxx"}})
     assert told(caplog, own, 3_000) == []
+    few = fitted(["GB"], phone_formats={"GB": {"mobile_number": "0 x"}})
+    assert told(caplog, few, 11) == [
+        "Some telephone numbers come more than once: mobile_number in GB (10, for 11 people)."
+    ]
     assert told(caplog, fitted(["GB", "FR"], generate=["email"]), 9_000) == []
 
 
@@ -130,9 +137,33 @@ def test_given_countries_are_counted_and_so_are_locales(caplog: pytest.LogCaptur
     model = fitted(["GB", "FR"])
     lands = pd.Series(["GB"] * 1_001 + ["zz", None] * 500, dtype=object)
     given = lands.to_frame("land")
-    assert told(caplog, model, conditions=given) == [NOTE]
+    assert told(caplog, model, conditions=given) == [note("1,001")]
     assert told(caplog, model, conditions=given[1:]) == []
     df = pd.DataFrame({"sex": ["f", "m"] * 10})
     british = vantrel.fit(df, generate=["mobile_number"], locales=["en_GB", "fr_FR"])
-    assert told(caplog, british, 2_002) == [NOTE]
+    assert told(caplog, british, 2_002) == [note("1,001")]
     assert told(caplog, british, 2_000) == []
+
+
+@pytest.mark.parametrize("region", ["PL", "AT", "CH", "FI", "DE", "IT", "LU"])
+@pytest.mark.parametrize("kind", ["mobile", "fixed"])
+def test_valid_numbers_are_as_long_as_usual_and_many(region: str, kind: str) -> None:
+    types = phonenumbers.PhoneNumberType
+    usual = types.MOBILE if kind == "mobile" else types.FIXED_LINE
+    example = phonenumbers.example_number_for_type(region, usual)
+    assert example
+    formats = formats_of(region, kind, is_valid=True)
+    made = [phonenumbers.parse(each.replace("x", "5"), region) for each in formats]
+    lengths = {len(phonenumbers.national_significant_number(each)) for each in (*made, example)}
+    assert len(lengths) == 1
+    assert numbers_in(formats) > 100_000
+
+
+@pytest.mark.parametrize(
+    ("region", "starts"),
+    [("BG", {"087", "088", "089"}), ("CH", {"075", "076", "077", "078", "079"})],
+)
+def test_mobile_numbers_begin_as_people_have_them(region: str, starts: set[str]) -> None:
+    formats = formats_of(region, "mobile", is_valid=True)
+    assert {each[:3] for each in formats} == starts
+    assert {len(each.replace(" ", "")) for each in formats} == {10}

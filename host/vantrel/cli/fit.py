@@ -10,6 +10,7 @@ import click
 from vantrel.cli.group import TerseCommand
 from vantrel.cli.options import (
     columns_option,
+    email_domain_option,
     encoding_option,
     force_option,
     latin_option,
@@ -66,12 +67,7 @@ def _by_country(
     help="Settings: patterns of genders and titles, telephone numbers, e-mail addresses, lengths"
     " of passwords.",
 )
-@click.option(
-    "--email-domain",
-    metavar="DOMAIN",
-    help="The domain of e-mail addresses, such as example.org; as-made for those that Faker makes,"
-    " which may belong to somebody. [default: many, under .example]",
-)
+@email_domain_option
 @phone_numbers_option
 @latin_option
 @click.option(

@@ -29,6 +29,13 @@ values_option = click.option(
     help="Name values of the table in notes and errors, not only their number and rows.",
 )
 
+email_domain_option = click.option(
+    "--email-domain",
+    metavar="DOMAIN",
+    help="The domain of e-mail addresses, such as example.org; as-made for those that Faker makes,"
+    " which may belong to somebody. [default: many, under .example]",
+)
+
 phone_numbers_option = click.option(
     "--phone-numbers",
     type=click.Choice(["fiction", "valid"]),

@@ -9,22 +9,24 @@ import click
 
 from vantrel.cli.group import TerseCommand
 from vantrel.cli.options import (
+    email_domain_option,
     force_option,
     latin_option,
     list_option,
     path_option,
     phone_numbers_option,
 )
-from vantrel.hints import named
+from vantrel.hints import named, quoted
 from vantrel.storage.files import STANDARD_STREAM
-from vantrel.wording import counted
+from vantrel.wording import counted, shown
 
 
 def _by_share(
-    _context: click.Context, _option: click.Parameter, values: Sequence[str]
+    _context: click.Context, option: click.Parameter, values: Sequence[str]
 ) -> dict[str, float] | None:
     shares: dict[str, float] = {}
     for value in values:
+        _refuse_several(option, value)
         name, _, share = value.partition("=")
         if name in shares:
             raise click.BadParameter(f"{name!r} is given twice.")
@@ -33,6 +35,30 @@ def _by_share(
         except ValueError:
             raise click.BadParameter(f"{value!r} is not of the form NAME=SHARE.") from None
     return shares or None
+
+
+def _by_country(
+    _context: click.Context, _option: click.Parameter, values: Sequence[str]
+) -> dict[str, str]:
+    pairs = [value.partition("=") for value in values]
+    for value, (country, _, locale) in zip(values, pairs, strict=True):
+        if not (country and locale):
+            raise click.BadParameter(f"{value!r} is not of the form COUNTRY=LOCALE.")
+    return {country: locale for country, _, locale in pairs}
+
+
+def _refuse_several(option: click.Parameter, value: str) -> None:
+    """Refuses several names in one option. A country may have a comma in its own name."""
+    if "," not in value:
+        return
+    from vantrel.util.locale.locale import unknown_places  # takes a second, and is seldom needed
+
+    name, _, share = value.partition("=")
+    if "," in share or unknown_places([name]):
+        parts = [f"{option.opts[0]} {quoted(part.strip())}" for part in value.split(",")]
+        raise click.BadParameter(
+            f"{shown(repr(value))} is several names: repeat the option, {shown(' '.join(parts))}."
+        )
 
 
 @click.command(cls=TerseCommand)
@@ -62,6 +88,15 @@ def _by_share(
     type=click.IntRange(min=0),
     help="Makes the people reproducible. Without one, a seed is drawn and told.",
 )
+@click.option(
+    "--locale",
+    "locales",
+    multiple=True,
+    metavar="COUNTRY=LOCALE",
+    callback=_by_country,
+    help="The locale whose names people of a country get, as in India=en_IN; may be repeated.",
+)
+@email_domain_option
 @phone_numbers_option
 @latin_option
 @path_option(
@@ -77,6 +112,8 @@ def people(
     genders: dict[str, float] | None,
     columns: list[str],
     seed: int | None,
+    locales: dict[str, str],
+    email_domain: str | None,
     phone_numbers: str | None,
     latin: bool,
     output: Path | None,
@@ -93,6 +130,7 @@ def people(
 
     # These take a second to import; help and usage errors need not wait for them.
     from vantrel.cli.console import progress
+    from vantrel.rows import RESERVED
     from vantrel.without_table import people_to_file
 
     drawn_from = people_to_file(
@@ -102,6 +140,8 @@ def people(
         genders=genders,
         columns=columns or None,
         seed=seed,
+        locales=locales,
+        email_domain=email_domain or RESERVED,
         phone_numbers=phone_numbers or "fiction",
         latin=latin,
         force=force,

@@ -123,6 +123,7 @@ def check_min_count(min_count: int) -> None:
 _WANTED = {
     "email_domain": "is a domain such as 'example.org', or 'reserved' or 'as-made'",
     "phone_numbers": "are 'fiction' or 'valid'",
+    "locales": "are locales by country, as in {'India': 'en_IN'}",
     "latin": "is True or False",
     "phone_formats": "are formats by country, as in {'DE': {'mobile_number': '0151 xxxxxxx'}}",
 }

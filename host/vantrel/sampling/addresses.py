@@ -9,18 +9,13 @@ from typing import Any
 
 import numpy as np
 import pandas as pd
-from anyascii import anyascii
 from faker import Faker
 
 from vantrel.rows.drawing import Places
 from vantrel.rows.form import AS_MADE, RESERVED
+from vantrel.sampling.letters import letter, with_groups
 from vantrel.sampling.names import readings_of
 from vantrel.sampling.texts import Column, joined, lines_of, parted, replaced
-
-# What a language makes of its letters where they cannot be written, if not just the plain letter.
-_GERMAN = {"ä": "ae", "ö": "oe", "ü": "ue", "ß": "ss"}
-_DANISH = {"æ": "ae", "ø": "oe", "å": "aa"}
-_LETTERS = {"de": _GERMAN, "da": _DANISH, "no": _DANISH, "nb": _DANISH, "nn": _DANISH}
 
 _KEPT = frozenset("abcdefghijklmnopqrstuvwxyz0123456789._-@\n")
 _EXAMPLE = "example"
@@ -111,6 +106,7 @@ def _plain(lines: bytes, language: str, readings: Mapping[str, str]) -> bytes:
     if not text.isascii():
         for name, reading in readings.items():
             text = text.replace(name, reading)
+        text = with_groups(text, language)
     codes = np.frombuffer(text.encode("utf-32-le"), dtype=np.uint32)
     # Each letter has the width of the longest; what is filled up is taken out again.
     plain: bytes = _Letters.of(language).table(codes)[codes].tobytes()
@@ -122,11 +118,10 @@ class _Letters(dict[int, str]):
 
     def __init__(self, language: str) -> None:
         super().__init__()
-        self._own = _LETTERS.get(language, {})
+        self._language = language
 
     def __missing__(self, code: int) -> str:
-        letter = chr(code)
-        plain = letter if code < 128 else self._own.get(letter) or anyascii(letter).lower()
+        plain = chr(code) if code < 128 else letter(chr(code), self._language).lower()
         self[code] = "".join(each for each in plain if each in _KEPT)
         return self[code]
 

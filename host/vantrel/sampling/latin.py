@@ -7,10 +7,10 @@ from collections.abc import Sequence
 
 import numpy as np
 import pandas as pd
-from anyascii import anyascii
 from faker import Faker
 
 from vantrel.rows.drawing import Places
+from vantrel.sampling.letters import letter, with_groups
 from vantrel.sampling.names import readings_of
 from vantrel.sampling.texts import Column
 
@@ -25,11 +25,12 @@ class LatinNames:
     """Writes names of places in Latin letters. Those that are written so stay as they are.
 
     Args:
-        fakers: What makes the names of each place by its number. Where it tells how a name is read,
-            that is taken.
+        languages: The language of each place by its number, as in "de".
+        fakers: What makes the names of each. Where it tells how a name is read, that is taken.
     """
 
-    def __init__(self, fakers: Sequence[Faker]) -> None:
+    def __init__(self, languages: Sequence[str], fakers: Sequence[Faker]) -> None:
+        self._languages = languages
         self._readings = [readings_of(faker) for faker in fakers]
 
     def written(self, names: Column, places: Places) -> Column:
@@ -38,16 +39,17 @@ class LatinNames:
         pairs, of_row = np.unique(codes * len(self._readings) + places, return_inverse=True)
         texts = distinct.tolist()
         made = [
-            _in_latin(texts[code], self._readings[place])
+            _in_latin(texts[code], self._languages[place], self._readings[place])
             for code, place in zip(*divmod(pairs, len(self._readings)), strict=True)
         ]
         return pd.array(made, dtype=names.dtype).take(of_row)
 
 
-def _in_latin(name: str, readings: dict[str, str]) -> str:
+def _in_latin(name: str, language: str, readings: dict[str, str]) -> str:
     if _LATIN.fullmatch(name):
         return name
     if name in readings:
         return readings[name]
-    plain = _NO_LETTERS.sub("", anyascii(name))
-    return _WORD.sub(lambda word: word[0].capitalize(), plain)
+    small = with_groups(name.lower(), language)
+    plain = "".join(letter(sign, language) for sign in small)
+    return _WORD.sub(lambda word: word[0].capitalize(), _NO_LETTERS.sub("", plain))

@@ -66,6 +66,9 @@ _FICTION: dict[str, dict[str, list[str]]] = {
         "fixed": [f"(0{area}) {start} xxxx" for area in (2, 3, 7, 8) for start in (5550, 7010)],
     },
 }
+# What people have where that is not all that is as long as the example: by the numbering plans of
+# the Communications Regulation Commission and of BAKOM
+_IN_USE = {("BG", "mobile"): "8[7-9].{7}", ("CH", "mobile"): "7[5-9].{7}"}
 # There the North American Numbering Plan keeps a hundred numbers of each area code.
 _NORTH_AMERICA = ("CA", "US")
 _AREA_CODES = range(200, 1_000)
@@ -151,7 +154,9 @@ def has_usual_format(model: PersonModel, attribute: str) -> bool:
     return bool(getattr(model.config, name) == getattr(PersonModelConfig(), name))
 
 
-def number_formats(model: PersonModel, regions: Sequence[str]) -> dict[str, list[list[str]]]:
+def number_formats(
+    model: PersonModel, regions: Sequence[str]
+) -> dict[PhoneAttribute, list[list[str]]]:
     """Gives the formats of the numbers that a model makes.
 
     What is set for a country comes first, then what is set for all. That is not here, for it is the
@@ -200,6 +205,11 @@ def formats_of(region: str, kind: str, *, is_valid: bool) -> list[str]:
     return kept or _valid_formats(region, kind)
 
 
+def is_kept_for_fiction(formats: Sequence[str], region: str, attribute: PhoneAttribute) -> bool:
+    """Whether formats are those of the numbers that a country keeps for fiction."""
+    return formats == _kept_for_fiction(region, KIND[attribute])
+
+
 def numbers_in(formats: Iterable[str]) -> int:
     """Counts the numbers of formats; those of two count twice."""
     return sum(10 ** each.count("x") for each in formats)
@@ -221,16 +231,21 @@ def _described(region: str, kind: str) -> PhoneNumberDesc | None:
 
 
 def _valid_formats(region: str, kind: str) -> list[str]:
-    """Makes formats of which every number is valid, by the pattern of the region's numbers."""
+    """Makes formats of which every number is valid, by the pattern of the region's numbers.
+
+    A pattern may allow for many lengths; what people have is as long as its example.
+    """
     described = _described(region, kind)
     if not described:
         return []
+    as_long = f".{{{len(described.example_number or '')}}}"
+    is_in_use = re.compile(_IN_USE.get((region, kind), as_long)).fullmatch
     parsed = re._parser.parse(described.national_number_pattern)  # type: ignore[attr-defined]  # not told
     source = random.Random(f"{region} {kind}")  # the same in every process
     found: dict[str, None] = {}
     for _ in range(_TRIES):
         digits = "".join(_walk(parsed, source))
-        if len(digits) in described.possible_length and (layout := _layout(digits, region, source)):
+        if is_in_use(digits) and (layout := _layout(digits, region, source)):
             found[layout] = None
         if len(found) == _MOST_FORMATS:
             break

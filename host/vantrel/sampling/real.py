@@ -72,7 +72,7 @@ class RealRows:
         ways: Ways = model.meta.ways or Ways()
         self._places = _Places(model, rows, ways)
         self._accounts = Accounts(self._places.languages, self._places.plain, ways.email_domain)
-        self._latin = LatinNames(self._places.plain) if ways.latin else None
+        self._latin = LatinNames(self._places.languages, self._places.plain) if ways.latin else None
         self._numbers = {
             attribute: Numbers(formats)
             for attribute, formats in number_formats(model, self._places.regions).items()
@@ -98,7 +98,8 @@ class RealRows:
             people = names.sample(n)
         made = {str(attribute): column.array for attribute, column in people.items()}
         self._suit(made, places, rng)
-        return self._framed(self._with_gaps(self._by_column(made, drawn), drawn))
+        columns = _of_one_type(self._by_column(made, drawn))
+        return self._framed(self._with_gaps(columns, drawn))
 
     def _name_keys(self, drawn: DrawnRows, rng: np.random.Generator) -> Places:
         """The gender of each name: that of the gender, or else of the title, or else any."""
@@ -160,6 +161,15 @@ class RealRows:
 
     def _framed(self, columns: dict[str, Column]) -> pd.DataFrame:
         return pd.DataFrame({column: columns[column] for column in self._columns}, copy=False)
+
+
+def _of_one_type(columns: Mapping[str, Column]) -> dict[str, Column]:
+    """Gives all texts the type that pandas gives texts; the module makes them of several."""
+    dtype = pd.Series([""]).dtype
+    return {
+        column: texts if texts.dtype == dtype else texts.astype(dtype)
+        for column, texts in columns.items()
+    }
 
 
 def _numbers_of(keys: Sequence[str]) -> Places:

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import logging
 from collections import Counter
-from collections.abc import Mapping
+from collections.abc import Iterator, Mapping
 
 import pandas as pd
 
@@ -12,7 +12,12 @@ from vantrel.hints import NOTES_LOGGER, argument
 from vantrel.model.models.person import PersonModel
 from vantrel.rows import shares_of_countries
 from vantrel.sampling.blocks import Plan
-from vantrel.sampling.phones import number_formats, numbers_in, region_of
+from vantrel.sampling.phones import (
+    is_kept_for_fiction,
+    number_formats,
+    numbers_in,
+    region_of,
+)
 from vantrel.util.locale.locale import unknown_places
 from vantrel.wording import some
 
@@ -38,18 +43,27 @@ def tell_of_scarce_numbers(
     by_region: Counter[str] = Counter()
     for place, share in _shares(model, conditions).items():
         by_region[region_of(place)] += round(share * plan.rows)
-    scarce = [
-        f"{attribute} in {region} ({numbers:,} numbers)"
-        for attribute, of_places in number_formats(model, list(by_region)).items()
-        for region, formats in zip(by_region, of_places, strict=True)
-        if 0 < (numbers := numbers_in(formats)) < by_region[region]
-    ]
-    if scarce:
-        _log.info(
-            "There are more people than numbers, so that numbers come more than once:"
-            f" {some(scarce, _MOST_NAMED)}. With {argument('phone_numbers', 'valid')} there are"
-            " more of them, if the model is fitted so."
-        )
+    scarce = dict(_scarce_numbers(model, by_region))
+    if not scarce:
+        return
+    remedy = (
+        f" With {argument('phone_numbers', 'valid')}, fit and people take others, which may be"
+        " somebody's."
+    )
+    _log.info(
+        f"Some telephone numbers come more than once: {some(list(scarce), _MOST_NAMED)}."
+        f"{remedy if any(scarce.values()) else ''}"
+    )
+
+
+def _scarce_numbers(model: PersonModel, people: Mapping[str, int]) -> Iterator[tuple[str, bool]]:
+    """Tells of each attribute and region with more people, and whether its numbers are fiction."""
+    for attribute, of_regions in number_formats(model, list(people)).items():
+        for region, formats in zip(people, of_regions, strict=True):
+            if 0 < (numbers := numbers_in(formats)) < people[region]:
+                is_fiction = is_kept_for_fiction(formats, region, attribute)
+                kept = f"{numbers:,}{' kept for fiction' if is_fiction else ''}"
+                yield f"{attribute} in {region} ({kept}, for {people[region]:,} people)", is_fiction
 
 
 def _shares(model: PersonModel, conditions: pd.DataFrame | None) -> Mapping[str, float]:
