@@ -97,7 +97,8 @@ class Rows(Struct, forbid_unknown_fields=True, frozen=True, kw_only=True):
         combinations: The place of each part, or :data:`ANY`, in the order of :data:`PARTS`, and the
             number of rows.
         any_gender: How often each gender is where a combination has any.
-        any_title: The same for titles, by the key of the row's gender.
+        any_title: The same for titles, by the key of the row's gender; how often each is with the
+            gender at all, where too few are left open.
         any_country: The same for countries.
         any_gaps: The same for gaps.
         left_out: What is too rare to be kept, by attribute.
