@@ -25,6 +25,8 @@ Share = Annotated[float, Meta(ge=0, le=1)]
 Place = Annotated[int, Meta(ge=ANY, le=10**9)]
 Value = Annotated[str, Meta(max_length=1_000)] | None
 Column = Annotated[str, Meta(min_length=1, max_length=1_000)]
+Part = Literal["gender", "title", "country"]
+Key = Literal["F", "M", "NB", "A", ""]
 
 
 RESERVED, AS_MADE = "reserved", "as-made"
@@ -115,19 +117,24 @@ class Rows(Struct, forbid_unknown_fields=True, frozen=True, kw_only=True):
         Meta(min_length=1, max_length=MOST_COMBINATIONS + 1),
     ]
     any_gender: list[Count]
-    any_title: dict[str, list[Count]]
+    any_title: dict[Key, list[Count]]
     any_country: list[Count]
     any_gaps: list[Count]
-    left_out: dict[str, LeftOut]
+    left_out: dict[Part, LeftOut]
 
     def __post_init__(self) -> None:
         for attribute, counts in self._counts():
             values = getattr(self, attribute)
-            if len(counts) != len(values) or sum(counts) <= 0:
+            if len(counts) != len(values):
                 raise ValueError(
-                    f"Of {len(values)} values of {attribute!r} there are {len(counts)} counts, or"
-                    " none of them is above 0"
+                    f"Of {len(values)} values of {attribute!r} there are {len(counts)} counts"
                 )
+            if not sum(counts):
+                raise ValueError(f"None of the counts of {attribute!r} is above 0")
+        for part in PARTS:
+            values = list(map(repr, getattr(self, part)))  # those of gaps are lists
+            if len(set(values)) < len(values):
+                raise ValueError(f"Of {part!r} one is there twice")
         for place, part in enumerate(PARTS):
             most = len(getattr(self, part))
             if any(cells[place] >= most for cells in self.combinations):

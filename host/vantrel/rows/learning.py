@@ -11,7 +11,15 @@ from vantrel.attributes import LEARNT
 from vantrel.config import PersonModelConfig
 from vantrel.genders import keys_of
 from vantrel.metadata.value import Person
-from vantrel.rows.form import ANY, DEFAULT_MIN_COUNT, MOST_COMBINATIONS, PARTS, LeftOut, Rows
+from vantrel.rows.form import (
+    ANY,
+    DEFAULT_MIN_COUNT,
+    MOST_COMBINATIONS,
+    PARTS,
+    Key,
+    LeftOut,
+    Rows,
+)
 from vantrel.tables import TableCounts
 
 # The parts that a combination keeps, from fine to coarse. Rows that are too few for one are counted
@@ -66,7 +74,7 @@ def learn_rows(
     whole = _by_parts(counts, meta)
     common: dict[str, dict[Any, int]] = {}
     hidden: dict[str, set[Any]] = {}
-    left_out: dict[str, LeftOut] = {}
+    left_out: dict[Any, LeftOut] = {}
     for place, attribute in enumerate(LEARNT):
         common[attribute] = totals = _totals(whole, place)
         rare = _rare(attribute, totals, config, min_count)
@@ -223,7 +231,7 @@ def _as_rows(
     clean: _Counts,
     config: PersonModelConfig,
     min_count: int,
-    left_out: dict[str, LeftOut],
+    left_out: dict[Any, LeftOut],
     apart: dict[str, float],
 ) -> Rows:
     """Numbers the values."""
@@ -262,10 +270,10 @@ def _as_rows(
 
 def _titles_by_key(
     clean: _Counts, titles: list[Any], config: PersonModelConfig, min_count: int
-) -> dict[str, list[int]]:
+) -> dict[Key, list[int]]:
     """Counts titles by the key of their row's gender, "" where it has none."""
     keys = keys_of(_totals(clean, 0), config, "gender")
-    pairs: Counter[tuple[str, Any]] = Counter()
+    pairs: Counter[tuple[Any, Any]] = Counter()
     for (gender, title, *_), rows in clean.items():
         if gender is not _ANY and title is not _ANY:
             pairs[keys.get(gender, ""), title] += rows
