@@ -23,10 +23,22 @@ def test_notes_tell_what_samples_will_not_have() -> None:
         "vantrel: note: Column 'sex' has values that are not understood as genders: 'zz' (2), 'yy'"
         " (1). These are 50.0% of the rows, which samples have as often, with names of any gender;"
         " patterns in --config make them understood.",
-        "vantrel: note: Column 't' has 1 value in too few rows to be kept, 1 in all: --min-count 1"
-        " keeps whatever a row has.",
+        "vantrel: note: Column 't' has 1 value in too few rows to be kept, 1 in all: titles"
+        " that tell no gender may be anything; patterns in --config make them understood.",
         "vantrel: note: These columns are not made by vantrel and are left out of samples: 'class'.",
     ]
+
+
+def test_what_is_too_rare_is_told_with_what_keeps_it() -> None:
+    rare = "M,Jonkheer,NL\nM,Mr,BE\n"
+    Path("people.csv").write_text("sex,t,land\n" + "F,Ms,DE\nM,Mr,FR\n" * 9 + rare)
+    assert succeed(f"{FOUND} --min-count 5 --column title=t").stderr.splitlines() == [
+        "vantrel: note: Column 't' has 1 value in too few rows to be kept, 1 in all: --min-count 1"
+        " keeps them if they tell a gender.",
+        "vantrel: note: Column 'land' has 2 values in too few rows to be kept, 2 in all: --min-count"
+        " 1 keeps them.",
+    ]
+    assert succeed(f"{FOUND} --force --column title=t").stderr == ""
 
 
 def test_a_table_that_is_wholly_understood_needs_no_notes() -> None:
@@ -124,8 +136,8 @@ def test_notes_name_no_values_unasked() -> None:
         " rows, first in rows 2, 6 (--show-values names them). These are 50.0% of the rows, which"
         " samples have as often, with names of any gender; patterns in --config make them"
         " understood.",
-        "vantrel: note: Column 't' has 1 value in too few rows to be kept, 1 in all: --min-count 1"
-        " keeps whatever a row has.",
+        "vantrel: note: Column 't' has 1 value in too few rows to be kept, 1 in all: titles"
+        " that tell no gender may be anything; patterns in --config make them understood.",
     ]
 
 

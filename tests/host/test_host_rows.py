@@ -198,6 +198,16 @@ def test_a_column_of_rare_values_alone_is_refused() -> None:
     )
 
 
+def test_a_column_of_rare_titles_that_tell_no_gender_is_refused() -> None:
+    df = pd.DataFrame({"sex": ["m"] * 6, "title": [f"Mr {name}, ill" for name in "ABCDEF"]})
+    with pytest.raises(FittingError) as caught:
+        fitted(df, min_count=1)
+    assert str(caught.value) == (
+        "Column 'title' has no value in 5 rows or more, and rarer ones are not kept: leave it out,"
+        " ignore=['title'], or set patterns in config=... that understand it."
+    )
+
+
 @pytest.mark.parametrize("min_count", [0, -1, 2.5, True, None])
 def test_min_count_is_a_number_of_rows(real: pd.DataFrame, min_count: object) -> None:
     with pytest.raises(ArgumentError) as caught:

@@ -16,7 +16,7 @@ from vantrel.errors import ArgumentError, ArgumentTypeError, FittingError, Unkno
 from vantrel.fitting.notes import doubt_note
 from vantrel.hints import argument, did_you_mean, listed, shows_values, unnamed
 from vantrel.metadata.value import Person
-from vantrel.rows.form import Ways
+from vantrel.rows.form import DEFAULT_MIN_COUNT, Ways
 from vantrel.rows.learning import LearntRows
 from vantrel.tables import TableCounts
 from vantrel.util.locale.locale import HOW_TO_WRITE, told_unknown, unknown_places
@@ -169,10 +169,13 @@ def check_kept(
             continue
         if column == country and len(unknown_places(texts)) == len(texts):
             _refuse_countries(counts, column, texts)
+        least, way_out = min_count, f"keep what is rare, with {argument('min_count', 1)}"
+        if min_count == 1:  # so these are titles
+            least = DEFAULT_MIN_COUNT
+            way_out = f"set patterns in {argument('config', ...)} that understand it"
         raise FittingError(
-            f"Column {column!r} has no value in {min_count:,} rows or more, and rarer ones are not"
-            f" kept: leave it out, {argument('ignore', [column])}, or keep what is rare, with"
-            f" {argument('min_count', 1)}."
+            f"Column {column!r} has no value in {least:,} rows or more, and rarer ones are not"
+            f" kept: leave it out, {argument('ignore', [column])}, or {way_out}."
         )
 
 

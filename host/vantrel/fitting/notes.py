@@ -132,10 +132,17 @@ def _of_countries(model: PersonModel, counts: TableCounts) -> Iterator[str]:
 def _of_the_rare(model: PersonModel) -> Iterator[str]:
     rows = model.meta.rows
     for attribute, left_out in rows.left_out.items():
+        way_out = f"{argument('min_count', 1)} keeps them"
+        if attribute == "title":
+            way_out += " if they tell a gender"
+        if rows.min_count == 1:  # just titles are left out then
+            way_out = (
+                "titles that tell no gender may be anything; patterns in"
+                f" {argument('config', ...)} make them understood"
+            )
         yield (
             f"Column {model.params[attribute]!r} has {counted(left_out.values, 'value')} in too few"
-            f" rows to be kept, {left_out.rows:,} in all:"
-            f" {argument('min_count', 1)} keeps whatever a row has."
+            f" rows to be kept, {left_out.rows:,} in all: {way_out}."
         )
 
 
