@@ -27,6 +27,7 @@ from vantrel.fitting.checks import (
     check_ways,
     hidden_values,
     make_person,
+    refuse_countries_of_none,
     refuse_nothing,
 )
 from vantrel.fitting.counted import fit_counts, learnt_columns
@@ -138,7 +139,8 @@ def fit(
             such, and valid ones elsewhere; "valid" are valid ones everywhere. A format of
             ``config`` comes first.
         phone_formats: The formats of some countries, which come before all else: ``{"DE":
-            {"mobile_number": "0151 xxxxxxx"}}``. Each "x" becomes a digit.
+            {"mobile_number": "0151 xxxxxxx"}}``. Each "x" becomes a digit. "*" are all countries
+            that are not there.
         latin: Whether names are written in Latin letters, also in countries that have others.
         columns: The column of each attribute, as in ``gender="sex"``. The attributes are gender,
             title, firstname, lastname, fullname, email, username, password, mobile_number,
@@ -199,6 +201,7 @@ def _fitted(
     labels = {**found.columns, **named}
     refuse_nothing(first, labels, found)
     meta = make_person(labels, generated, locales)
+    refuse_countries_of_none(ways.locales, meta.labels.country)
     labelled = [column for column in first.columns if column in meta.params.values()]
     counts = table.count(learnt_columns(meta), labelled)
     learnt = learn_rows(counts, meta, config, min_count)

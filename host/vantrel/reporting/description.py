@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import json
+from typing import Any
 
 from msgspec import structs
 
@@ -12,7 +13,7 @@ from vantrel.config import PersonModelConfig
 from vantrel.genders import KEYS, learnt_by_gender, understood
 from vantrel.model.models.person import PersonModel
 from vantrel.reporting.sections import Section, Sections
-from vantrel.rows import Ways
+from vantrel.rows import EVERYWHERE, Ways
 from vantrel.sampling.phones import has_usual_format
 from vantrel.sampling.places import places_of
 from vantrel.util.locale.locale import locale_of
@@ -82,6 +83,9 @@ def _made_in_rows(model: PersonModel, attribute: str) -> str:
     """How a sample gets an attribute where that differs from what the bare model does."""
     if ATTRIBUTES[attribute].is_learnt:
         return "learnt: drawn with the other columns, as real rows have them"
+    everywhere: dict[Any, str] = dict(_ways(model).phone_formats.get(EVERYWHERE, {}))
+    if own := everywhere.get(attribute):
+        return f"{own}, each x a random digit"
     if attribute in PHONES and has_usual_format(model, attribute):
         return "a number of the row's country"
     if attribute == "lastname":

@@ -29,6 +29,9 @@ Part = Literal["gender", "title", "country"]
 Key = Literal["F", "M", "NB", "A", ""]
 
 
+EVERYWHERE = "*"
+"""Stands for all countries that have no formats of their own."""
+
 RESERVED, AS_MADE = "reserved", "as-made"
 """Domains that belong to nobody, and those that Faker makes."""
 
@@ -52,8 +55,8 @@ class Ways(Struct, forbid_unknown_fields=True, frozen=True):
             countries without such; "valid" for valid ones everywhere.
         locales: The locales of Faker whose names the people of some countries get.
         latin: Whether names are written in Latin letters, whatever the language's own are.
-        phone_formats: The formats of some attributes' numbers in some countries. They come before
-            all else that tells how numbers are made.
+        phone_formats: The formats of some attributes' numbers in some countries, or
+            :data:`EVERYWHERE`. They come before all else that tells how numbers are made.
         full_names: How full names are written, if not as each language does.
     """
 
@@ -68,7 +71,8 @@ class Ways(Struct, forbid_unknown_fields=True, frozen=True):
     full_names: FullNames | None = None
 
     def __post_init__(self) -> None:
-        refuse_unknown([*self.locales, *self.locales.values(), *self.phone_formats])
+        countries = [place for place in self.phone_formats if place != EVERYWHERE]
+        refuse_unknown([*self.locales, *self.locales.values(), *countries])
 
 
 class LeftOut(Struct, forbid_unknown_fields=True, frozen=True):
