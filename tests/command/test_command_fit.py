@@ -178,8 +178,9 @@ def test_a_country_that_is_not_understood_needs_other_values_or_a_locale() -> No
     Path("people.csv").write_text("sex,land\nm,Bayern\nf,Sachsen\nf,Bayern\n")
     assert succeed(f"{FIT} --show-values").stderr.splitlines()[0] == (
         "vantrel: note: Column 'land' is not taken for country, as its values, such as 'Bayern', do"
-        " not look so: to take it, write each as an ISO code, an English name or a name in the"
-        " country's own language; or add --locale DE, say, in its place."
+        " not look so: to take it, add --column country=land, or --locale DE, say, in its place."
+        " Where a value is no country, samples have it as it is, and a name from the other countries"
+        " with it."
     )
 
 

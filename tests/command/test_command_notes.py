@@ -151,6 +151,23 @@ def test_errors_name_no_values_unasked() -> None:
     )
 
 
+def test_countries_of_which_none_is_known_are_kept_if_nothing_else_is_said() -> None:
+    Path("people.csv").write_text("sex,land\n" + "m,n/a\nf,Other\nf,\n" * 9)
+    assert succeed(f"{NAMED} --show-values --column country=land --generate email").stderr == (
+        "vantrel: note: Column 'land' has values that are no countries: 'n/a' (9), 'Other' (9)."
+        " Samples have them as they are, and names of en_GB with them.\n"
+    )
+    succeed("sample m.json -n 2000 --seed 1 -o out.csv")
+    made = read_table(Path("out.csv"))
+    shares = made["land"].fillna("").value_counts(normalize=True)
+    assert shares.to_dict() == pytest.approx({"": 1 / 3, "n/a": 1 / 3, "Other": 1 / 3}, abs=0.05)
+    assert made["email"].notna().all()
+    assert fail("sample m.json -n 5 --strict -o more.csv", 1) == (
+        "Column 'land' of the fitted table has 2 values that are neither a country nor a locale:"
+        " leave --strict out to give these people names from the other countries."
+    )
+
+
 def test_notes_are_no_longer_than_anybody_reads() -> None:
     names = [f"{'long' * 100}{number}" for number in range(1_000)]
     Path("people.csv").write_text(f"sex,{','.join(names)}\nm{',1' * 1_000}\n")

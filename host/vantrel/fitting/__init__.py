@@ -30,7 +30,7 @@ from vantrel.fitting.checks import (
     refuse_countries_of_none,
     refuse_nothing,
 )
-from vantrel.fitting.counted import fit_counts, learnt_columns
+from vantrel.fitting.counted import fit_counts, in_one_country, learnt_columns
 from vantrel.fitting.notes import notes
 from vantrel.hints import showing_values
 from vantrel.metadata.value import Person
@@ -208,10 +208,7 @@ def _fitted(
     hidden = hidden_values(learnt, counts, meta)
     check_kept(counts, hidden, min_count, meta.labels.country)
     with told_before(), raised_by_model(FittingError, "The model cannot be fitted"):
-        if isinstance(table, WholeFrame):
-            model = PersonModel(meta, config).fit(table.without(hidden))
-        else:
-            model = fit_counts(counts.without(hidden), list(first.columns), meta, config)
+        model = _model(table, counts, hidden, list(first.columns), meta, config)
     meta.rows = learnt.rows
     meta.ways = msgspec.structs.replace(ways, full_names=_full_names(first, meta))
     warn_of_borrowed(places_of(model))
@@ -229,6 +226,24 @@ def _fitted(
     for note in meta.notes:
         _log.info(note)
     return model
+
+
+def _model(
+    table: Countable,
+    counts: TableCounts,
+    hidden: dict[str, set[str]],
+    columns: list[str],
+    meta: Person,
+    config: PersonModelConfig,
+) -> PersonModel:
+    """Fits the bare model on what it may see."""
+    country = meta.labels.country
+    if country and hidden[country].issuperset(map(str, counts.values[country].keys() - {None})):
+        counts = in_one_country(counts, country)
+        hidden = hidden | {country: set()}
+    elif isinstance(table, WholeFrame):
+        return PersonModel(meta, config).fit(table.without(hidden))
+    return fit_counts(counts.without(hidden), columns, meta, config)
 
 
 def _full_names(first: pd.DataFrame, meta: Person) -> str | None:

@@ -20,6 +20,7 @@ from vantrel.rows.form import DEFAULT_MIN_COUNT, Ways
 from vantrel.rows.learning import LearntRows
 from vantrel.sampling.phones import formats_by_country, region_of
 from vantrel.tables import TableCounts
+from vantrel.util.locale.countries import stands_for_nothing
 from vantrel.util.locale.locale import (
     HOW_TO_WRITE,
     recognise_known,
@@ -203,7 +204,10 @@ def check_kept(
         if not texts or any(str(value) not in values for value in texts):
             continue
         if column == country and len(unknown_places(texts)) == len(texts):
-            _refuse_countries(counts, column, texts)
+            if not all(stands_for_nothing(str(text)) for text in texts):
+                _refuse_countries(counts, column, texts)
+            if any(counts.values[column][text] >= min_count for text in texts):
+                continue
         least, way_out = min_count, f"keep what is rare, with {argument('min_count', 1)}"
         if min_count == 1:  # so these are titles
             least = DEFAULT_MIN_COUNT
