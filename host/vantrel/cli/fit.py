@@ -85,7 +85,7 @@ def _by_country(
     default=5,
     show_default=True,
     help="The fewest rows that a gender, title or country must be in to be kept, and a combination"
-    " of them to be kept as such. 1 keeps all.",
+    " of them to be kept as such. 1 keeps all but rare titles that tell no gender.",
 )
 @separator_option("TABLE")
 @encoding_option("TABLE")

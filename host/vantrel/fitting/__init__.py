@@ -132,7 +132,8 @@ def fit(
         show_values: Whether notes and errors name values of the table, and do not only tell how
             many there are and in which rows: they may go to a log.
         min_count: The fewest rows that a value of gender, title or country must be in to be kept,
-            and a combination of these with the gaps beside them to be kept as such. 1 keeps all.
+            and a combination of these with the gaps beside them to be kept as such. 1 keeps all
+            but titles that tell no gender and are in fewer than five.
         email_domain: The domain of e-mail addresses. "reserved" is many, under a name that belongs
             to nobody; "as-made" are those that Faker makes, which may belong to somebody.
         phone_numbers: "fiction" are numbers that regulators keep for it, in countries that have
