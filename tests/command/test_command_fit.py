@@ -161,12 +161,26 @@ def test_a_gender_that_is_not_understood_needs_patterns() -> None:
     )
 
 
+def test_a_country_has_one_locale() -> None:
+    Path("people.csv").write_text("sex,land\nm,IN\nf,IN\n")
+    twice = "--locale India=en_IN --locale India=hi_IN"
+    assert fail(f"{FIT} {twice}", 2) == "Invalid value for '--locale': 'India' is given twice."
+    assert fail(f"{FIT} --locale India=en_IN --locale IN=hi_IN", 2) == (
+        "'locales' has one country twice, as 'India' and 'IN': leave one out."
+    )
+    assert fail(f"{FIT} --ignore land --locale India=en_IN", 1) == (
+        "There are locales of countries, and no column of countries: name it, as in --column"
+        " country=COLUMN, or tell where all people are from, as in --locale en_IN."
+    )
+
+
 def test_a_country_that_is_not_understood_needs_other_values_or_a_locale() -> None:
     Path("people.csv").write_text("sex,land\nm,Bayern\nf,Sachsen\nf,Bayern\n")
     assert succeed(f"{FIT} --show-values").stderr.splitlines()[0] == (
         "vantrel: note: Column 'land' is not taken for country, as its values, such as 'Bayern', do"
-        " not look so: to take it, write each as an ISO code, an English name or a name in the"
-        " country's own language; or add --locale DE, say, in its place."
+        " not look so: to take it, add --column country=land, or --locale DE, say, in its place."
+        " Where a value is no country, samples have it as it is, and a name from the other countries"
+        " with it."
     )
 
 

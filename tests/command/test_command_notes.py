@@ -23,10 +23,22 @@ def test_notes_tell_what_samples_will_not_have() -> None:
         "vantrel: note: Column 'sex' has values that are not understood as genders: 'zz' (2), 'yy'"
         " (1). These are 50.0% of the rows, which samples have as often, with names of any gender;"
         " patterns in --config make them understood.",
-        "vantrel: note: Column 't' has 1 value in too few rows to be kept, 1 in all: --min-count 1"
-        " keeps whatever a row has.",
+        "vantrel: note: Column 't' has 1 value in too few rows to be kept, 1 in all: titles"
+        " that tell no gender may be anything; patterns in --config make them understood.",
         "vantrel: note: These columns are not made by vantrel and are left out of samples: 'class'.",
     ]
+
+
+def test_what_is_too_rare_is_told_with_what_keeps_it() -> None:
+    rare = "M,Jonkheer,NL\nM,Mr,BE\n"
+    Path("people.csv").write_text("sex,t,land\n" + "F,Ms,DE\nM,Mr,FR\n" * 9 + rare)
+    assert succeed(f"{FOUND} --min-count 5 --column title=t").stderr.splitlines() == [
+        "vantrel: note: Column 't' has 1 value in too few rows to be kept, 1 in all: --min-count 1"
+        " keeps them if they tell a gender.",
+        "vantrel: note: Column 'land' has 2 values in too few rows to be kept, 2 in all: --min-count"
+        " 1 keeps them.",
+    ]
+    assert succeed(f"{FOUND} --force --column title=t").stderr == ""
 
 
 def test_a_table_that_is_wholly_understood_needs_no_notes() -> None:
@@ -124,8 +136,8 @@ def test_notes_name_no_values_unasked() -> None:
         " rows, first in rows 2, 6 (--show-values names them). These are 50.0% of the rows, which"
         " samples have as often, with names of any gender; patterns in --config make them"
         " understood.",
-        "vantrel: note: Column 't' has 1 value in too few rows to be kept, 1 in all: --min-count 1"
-        " keeps whatever a row has.",
+        "vantrel: note: Column 't' has 1 value in too few rows to be kept, 1 in all: titles"
+        " that tell no gender may be anything; patterns in --config make them understood.",
     ]
 
 
@@ -136,6 +148,23 @@ def test_errors_name_no_values_unasked() -> None:
         " countries or locales. Write a country as its ISO code, its English name or its name in its"
         " own language, a locale as 'en_GB'. Correct or empty these cells, or leave the column out:"
         " --ignore land."
+    )
+
+
+def test_countries_of_which_none_is_known_are_kept_if_nothing_else_is_said() -> None:
+    Path("people.csv").write_text("sex,land\n" + "m,n/a\nf,Other\nf,\n" * 9)
+    assert succeed(f"{NAMED} --show-values --column country=land --generate email").stderr == (
+        "vantrel: note: Column 'land' has values that are no countries: 'n/a' (9), 'Other' (9)."
+        " Samples have them as they are, and names of en_GB with them.\n"
+    )
+    succeed("sample m.json -n 2000 --seed 1 -o out.csv")
+    made = read_table(Path("out.csv"))
+    shares = made["land"].fillna("").value_counts(normalize=True)
+    assert shares.to_dict() == pytest.approx({"": 1 / 3, "n/a": 1 / 3, "Other": 1 / 3}, abs=0.05)
+    assert made["email"].notna().all()
+    assert fail("sample m.json -n 5 --strict -o more.csv", 1) == (
+        "Column 'land' of the fitted table has 2 values that are neither a country nor a locale:"
+        " leave --strict out to give these people names from the other countries."
     )
 
 

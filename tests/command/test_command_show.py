@@ -46,7 +46,7 @@ def test_all_that_is_learnt_is_shown() -> None:
         "Attribute      Column         In samples",
         "gender         sex            learnt: drawn with the other columns, as real rows have them",
         "title          t              learnt: drawn with the other columns, as real rows have them",
-        "lastname       last           made up by country",
+        "lastname       last           made up by gender and country",
         "password       password       8 to 16 random characters",
         "mobile_number  mobile_number  a number of the row's country",
         "country        land           learnt: drawn with the other columns, as real rows have them",
@@ -63,6 +63,10 @@ def test_all_that_is_learnt_is_shown() -> None:
         "GB     50.0%  en_GB",
         "AU     25.0%  en_GB (borrowed)",
         "DE     25.0%  de_DE",
+        "",
+        "Rows of the table",
+        "Combinations                       5",
+        "Columns that are missing together  0 ways",
     ]
 
 
@@ -110,6 +114,18 @@ def test_all_that_a_model_file_keeps_of_columns_is_shown() -> None:
     kept = [value for child in children.values() for value in child["categories"]]
     assert {"X-files", "Quark", "Dr", "AT"} <= set(kept)
     assert all(re.search(rf"(?<!\w){value}(?!\w)", shown) for value in kept)
+
+
+def test_values_of_rows_alone_and_the_number_of_gaps_are_shown() -> None:
+    Path("people.csv").write_text(
+        "land,last,first\n" + "DE,A,B\nFR,,\nn/a,A,\nother,A,B\nGB,,B\n" * 5
+    )
+    fit("")
+    assert succeed("show m.json").stdout.partition("\nRows of the table\n")[2] == (
+        "Combinations                       5\n"
+        "Columns that are missing together  3 ways\n"
+        "More values of 'land'              n/a, other\n"
+    )
 
 
 def test_what_is_too_rare_is_shown_by_its_number() -> None:

@@ -28,6 +28,12 @@ WAYS = ("email_domain", "phone_numbers", "phone_formats", "latin")
 FIELDS = ", ".join([*asdict(PersonModelConfig()), *WAYS])
 
 
+WANTED = (
+    "'phone_formats' are formats in ASCII of mobile_number, home_number or work_number by country,"
+    " as in {'DE': {'mobile_number': '0151 xxxxxxx'}}"
+)
+
+
 def write(folder: Path, text: str) -> Path:
     path = folder / "c.toml"
     path.write_text(text, encoding="utf-8")
@@ -75,6 +81,16 @@ def test_how_people_are_reached_can_be_set(tmp_path: Path) -> None:
     }
 
 
+def test_a_format_that_is_set_counts_also_where_it_is_the_usual_one(tmp_path: Path) -> None:
+    text = 'mobile_number_format = "07xxxxxxxx"\nwork_number_format = "1x"'
+    loaded = load_settings(write(tmp_path, text))
+    assert loaded.ways == {"phone_formats": {"*": {"mobile_number": "07xxxxxxxx"}}}
+    assert loaded.config == PersonModelConfig(work_number_format="1x")
+    more = '[phone_formats."*"]\nmobile_number = "2x"\n[phone_formats.DE]\nmobile_number = "3x"'
+    formats = load_settings(write(tmp_path, f"{text}\n{more}")).ways["phone_formats"]
+    assert formats == {"*": {"mobile_number": "2x"}, "DE": {"mobile_number": "3x"}}
+
+
 def test_what_is_not_set_is_the_default(tmp_path: Path) -> None:
     assert load_config(write(tmp_path, "")) == PersonModelConfig()
     assert load_config(write(tmp_path, "dict_cache_size = 0")) == PersonModelConfig(
@@ -97,6 +113,12 @@ def test_a_byte_order_mark_is_no_part_of_the_text(tmp_path: Path) -> None:
         ),
         ("[config]\ngenders = ['F']", f"'config' is no setting. Known are: {FIELDS}."),
         ("zzzz = 1", f"'zzzz' is no setting. Known are: {FIELDS}."),
+        (
+            'email_domain = "foo"',
+            "'email_domain' is a domain such as 'example.org', or 'reserved' or 'as-made', not"
+            " 'foo'.",
+        ),
+        ('phone_numbers = "all"', "'phone_numbers' are 'fiction' or 'valid', not 'all'."),
         ("gender_male_regex = 1", "Expected `str`, got `int` - at `$.gender_male_regex`."),
         ("gender_male_regex = ['a']", "Expected `str`, got `array` - at `$.gender_male_regex`."),
         (
@@ -133,20 +155,20 @@ def test_a_byte_order_mark_is_no_part_of_the_text(tmp_path: Path) -> None:
             "Expected `array` of length 2, got 1 - at `$.pwd_length`.",
         ),
         ("pwd_length = [8, 1.5]", "Expected `int`, got `float` - at `$.pwd_length[1]`."),
-        ("latin = 1", "Expected `bool`, got `int` - at `$.latin`."),
-        ("phone_formats = 'x'", "Expected `object`, got `str` - at `$.phone_formats`."),
+        ("latin = 1", "'latin' is True or False, not 1."),
+        ("phone_formats = 'x'", f"{WANTED}, not 'x'."),
         (
             "[phone_formats.DE]\nmobile = 'x'",
-            "Invalid enum value 'mobile' - at `key` in `$.phone_formats[...]`.",
+            f"{WANTED}, not {{'DE': {{'mobile': 'x'}}}}.",
         ),
         (
             "[phone_formats.DE]\nhome_number = '1\\n'".replace("'", '"'),
-            "Expected `str` matching regex '^[ -~]*\\\\Z' - at `$.phone_formats[...][...]`.",
+            f"{WANTED}, not {{'DE': {{'home_number': '1\\n'}}}}.",
         ),
         (
             "[phone_formats.Grmany]\nhome_number = 'x'",
             "'Grmany' is neither a country nor a locale. Did you mean 'Germany'? Write a country as"
-            " its ISO code, its English name or its name in its own language, a locale as 'en_GB'..",
+            " its ISO code, its English name or its name in its own language, a locale as 'en_GB'.",
         ),
     ],
 )

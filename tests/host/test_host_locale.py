@@ -11,7 +11,13 @@ from faker import Faker
 from faker.config import AVAILABLE_LOCALES
 
 from vantrel.util.locale import countries
-from vantrel.util.locale.countries import country_codes, country_name, folded, foreign_names
+from vantrel.util.locale.countries import (
+    country_codes,
+    country_name,
+    folded,
+    foreign_names,
+    stands_for_nothing,
+)
 from vantrel.util.locale.faker_locales import locale_for_country
 from vantrel.util.locale.locale import (
     Provider,
@@ -19,6 +25,8 @@ from vantrel.util.locale.locale import (
     get_supported_country_codes,
     get_supported_country_names,
     recognise,
+    told_unknown,
+    unknown_places,
     valid_locales,
 )
 
@@ -106,6 +114,20 @@ def test_no_places_give_an_empty_map() -> None:
 def test_namibia_is_not_a_missing_value() -> None:
     with pytest.warns(UserWarning, match="NA \\(en_GB\\)"):
         assert locales_for("NA") == ["en_GB"]
+
+
+def test_words_for_nothing_are_no_country_however_they_are_written() -> None:
+    spellings = ["n/a", "N/A", "N.A.", "n.a", "na", "Na.", "<NA>", "#N/A", "n\\a", "N A", "NaN"]
+    words = ["-", "?", "", "none", "NULL", "Unknown", "unk", "TBD", "Other", "others", "not known"]
+    assert unknown_places([*spellings, *words]) == [*spellings, *words]
+    assert recognise(" NA ") == recognise("Namibia") == recognise("NAM")
+    for word in [*spellings, *words]:
+        assert "Did you mean" not in told_unknown([word])
+
+
+def test_words_for_nothing_are_no_names_of_countries() -> None:
+    names = {*country_codes(), *foreign_names(), *map(folded, AVAILABLE_LOCALES)}
+    assert set(filter(stands_for_nothing, names)) == {"na"}
 
 
 def test_one_warning_names_all_places_without_names_of_their_own() -> None:

@@ -122,6 +122,14 @@ def test_one_way_must_be_that_of_by_far_most() -> None:
     assert full_names_of("SMITH John", "Smith, John") is None
 
 
+def test_names_without_capitals_have_no_say_beside_others() -> None:
+    signs = ["石川 直子", "高玉英"] * 50
+    assert full_names_of(*["SMITH John"] * 10, *signs) == "LAST First"
+    assert full_names_of(*["SMITH, John"] * 10, *["石川, 直子"] * 90) == "LAST, First"
+    assert full_names_of(*["石川, 直子"] * 90, *signs[:5]) == "Last, First"
+    assert full_names_of(*signs) is None
+
+
 def test_all_is_counted_and_gaps_are_not() -> None:
     df = named(["Smith, John"])
     df.loc[:60, "name"] = None

@@ -64,8 +64,8 @@ def test_formats_that_are_none_are_refused(formats: Any) -> None:
     with pytest.raises(vantrel.ArgumentError) as caught:
         fitted(["DE"], phone_formats=formats)
     assert str(caught.value) == (
-        "'phone_formats' are formats by country, as in {'DE': {'mobile_number': '0151 xxxxxxx'}},"
-        f" not {formats!r}."
+        "'phone_formats' are formats in ASCII of mobile_number, home_number or work_number by"
+        f" country, as in {{'DE': {{'mobile_number': '0151 xxxxxxx'}}}}, not {formats!r}."
     )
 
 

@@ -106,6 +106,19 @@ def test_a_format_that_was_set_is_kept_for_all_countries() -> None:
     assert vantrel.sample(model, 50, seed=1)["mobile_number"].str.fullmatch(r"\+00 \d\d").all()
 
 
+def test_a_format_for_all_countries_gives_way_to_those_of_single_ones() -> None:
+    df = table(["GB", "DE"])
+    formats = {"*": {"mobile_number": "1-x", "work_number": "2-x"}, "DE": {"work_number": "3-x"}}
+    columns: dict[str, Any] = {"gender": "sex", "country": "land"}
+    generated = ["mobile_number", "work_number"]
+    model = vantrel.fit(df, detect=False, generate=generated, phone_formats=formats, **columns)
+    people = vantrel.sample(model, 50, seed=1)
+    assert people["mobile_number"].str.fullmatch(r"1-\d").all()
+    starts = people["work_number"].str[:2].groupby(people["land"]).unique().map(list)
+    assert starts.to_dict() == {"DE": ["3-"], "GB": ["2-"]}
+    assert "1-x, each x a random digit" in str(vantrel.describe(model))
+
+
 def test_last_names_are_known_to_follow_the_gender_where_they_do() -> None:
     fakers = get_country_to_provder_map(LOCALES, Provider.PERSON)
     gendered = {each for each in LOCALES if has_gendered_last_names(fakers[each])}
@@ -141,11 +154,24 @@ def test_full_names_have_the_order_and_separator_of_the_language(everybody: pd.D
             "'email_domain' is a domain such as 'example.org', or 'reserved' or 'as-made', not 'a b'.",
         ),
         ({"phone_numbers": "all"}, "'phone_numbers' are 'fiction' or 'valid', not 'all'."),
+        (
+            {"phone_formats": {"DE": {"mobile": "1"}}},
+            "'phone_formats' are formats in ASCII of mobile_number, home_number or work_number by"
+            " country, as in {'DE': {'mobile_number': '0151 xxxxxxx'}}, not {'DE': {'mobile': '1'}}.",
+        ),
+        (
+            {"phone_formats": {"DE": {"work_number": "1"}, "Germany": {"mobile_number": "2"}}},
+            "'phone_formats' has one country twice, as 'DE' and 'Germany': leave one out.",
+        ),
+        (
+            {"locales": {"India": "en_IN", "IN": "hi_IN"}},
+            "'locales' has one country twice, as 'India' and 'IN': leave one out.",
+        ),
     ],
 )
-def test_ways_that_are_none_are_refused(asked: dict[str, str], message: str) -> None:
+def test_ways_that_are_none_are_refused(asked: dict[str, Any], message: str) -> None:
     with pytest.raises(vantrel.ArgumentError) as caught:
-        vantrel.fit(table(["DE"]), **asked)  # type: ignore[arg-type]  # texts, by name
+        vantrel.fit(table(["DE"]), **asked)
     assert str(caught.value) == message
 
 
@@ -173,3 +199,21 @@ def test_a_country_gets_the_names_of_the_locale_that_was_named() -> None:
     assert english["firstname"].map(str.isascii).all()
     with pytest.raises(vantrel.UnknownPlaceError):
         vantrel.fit(df, locales={"Indja": "en_IN"}, **asked)
+
+
+def test_locales_of_countries_need_a_column_of_countries() -> None:
+    df = table(["India"])[["sex"]]
+    with pytest.raises(vantrel.FittingError) as caught:
+        vantrel.fit(df, locales={"India": "en_IN"}, generate=["firstname"])
+    assert str(caught.value) == (
+        "There are locales of countries, and no column of countries: name it, as in"
+        " country='COLUMN', or tell where all people are from, as in locales=['en_IN']."
+    )
+
+
+@pytest.mark.parametrize("exact", ["yes", None, 1])
+def test_exact_is_true_or_false(exact: Any) -> None:
+    model = vantrel.fit(table(["DE"]))
+    with pytest.raises(vantrel.ArgumentTypeError) as caught:
+        vantrel.sample(model, 5, exact=exact)
+    assert str(caught.value) == f"'exact' is True or False, not {exact!r}."

@@ -12,14 +12,13 @@ import pandas as pd
 import pytest
 
 import vantrel
+from support.shares import BOUND, excess
 from vantrel.errors import ArgumentError, FittingError, SamplingError
 from vantrel.rows import form, learning
 from vantrel.sampling import Plan, sample_blocks
 from vantrel.storage.models import dumps, loads
 
 ROWS = 20_000
-# What one in a million true samples exceeds, by the normal approximation of the chi-squared distribution.
-BOUND = 4.9
 
 
 def real_table(rows: int = ROWS) -> pd.DataFrame:
@@ -63,15 +62,6 @@ def real() -> pd.DataFrame:
 @pytest.fixture(scope="module")
 def sampled(real: pd.DataFrame) -> pd.DataFrame:
     return vantrel.sample(fitted(real), ROWS, seed=1)
-
-
-def excess(real: pd.DataFrame, sampled: pd.DataFrame, columns: list[str]) -> float:
-    """By how many standard deviations the chi-squared distance of joint counts is beyond its mean."""
-    one, other = (df[columns].fillna("-").value_counts() for df in (real, sampled))
-    one, other = one.align(other, fill_value=0)
-    chi: float = ((one - other) ** 2 / (one + other)).sum()
-    free = len(one) - 1
-    return float((chi - free) / (2 * free) ** 0.5)
 
 
 PAIRS = list(combinations(["sex", "title", "land"], 2))
@@ -205,6 +195,16 @@ def test_a_column_of_rare_values_alone_is_refused() -> None:
     assert str(caught.value) == (
         "Column 'land' has no value in 5 rows or more, and rarer ones are not kept: leave it out,"
         " ignore=['land'], or keep what is rare, with min_count=1."
+    )
+
+
+def test_a_column_of_rare_titles_that_tell_no_gender_is_refused() -> None:
+    df = pd.DataFrame({"sex": ["m"] * 6, "title": [f"Mr {name}, ill" for name in "ABCDEF"]})
+    with pytest.raises(FittingError) as caught:
+        fitted(df, min_count=1)
+    assert str(caught.value) == (
+        "Column 'title' has no value in 5 rows or more, and rarer ones are not kept: leave it out,"
+        " ignore=['title'], or set patterns in config=... that understand it."
     )
 
 

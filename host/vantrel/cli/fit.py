@@ -31,7 +31,11 @@ def _by_country(
     pairs = [value.partition("=") for value in values if "=" in value]
     if pairs and len(pairs) < len(values):
         raise click.BadParameter("Some are locales and some of a country: write COUNTRY=LOCALE.")
-    return {country: locale for country, _, locale in pairs} if pairs else values
+    by_country: dict[str, str] = {}
+    for country, _, locale in pairs:
+        if by_country.setdefault(country, locale) != locale:
+            raise click.BadParameter(f"{country!r} is given twice.")
+    return by_country or values
 
 
 @click.command(cls=TerseCommand)
@@ -77,7 +81,7 @@ def _by_country(
     default=5,
     show_default=True,
     help="The fewest rows that a gender, title or country must be in to be kept, and a combination"
-    " of them to be kept as such. 1 keeps all.",
+    " of them to be kept as such. 1 keeps all but rare titles that tell no gender.",
 )
 @separator_option("TABLE")
 @encoding_option("TABLE")

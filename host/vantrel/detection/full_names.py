@@ -15,14 +15,18 @@ _BY_FAR = 0.9
 def full_names_of(column: pd.Series) -> str | None:
     """Tells in which way of its own a column is written, by its first 10,000 values.
 
+    Names in scripts without capitals tell only where there are no others: "Last, First" and "LAST,
+    First" are the same to them.
+
     Returns:
         One of ``vantrel.rows.form.FullNames``, or None where by far most are in none of these: in
         the usual order of a language, say, or all in capitals.
     """
-    values = column.dropna().head(SAMPLE_SIZE)
-    ways = Counter(_way_of(str(value)) for value in values.tolist())
+    values = [str(value) for value in column.dropna().head(SAMPLE_SIZE).tolist()]
+    telling = [value for value in values if value.lower() != value.upper()] or values
+    ways = Counter(map(_way_of, telling))
     way, rows = ways.most_common(1)[0] if ways else (None, 0)
-    return way if rows >= _BY_FAR * len(values) else None
+    return way if rows >= _BY_FAR * len(telling) else None
 
 
 def _way_of(name: str) -> str | None:

@@ -27,9 +27,10 @@ from vantrel.fitting.checks import (
     check_ways,
     hidden_values,
     make_person,
+    refuse_countries_of_none,
     refuse_nothing,
 )
-from vantrel.fitting.counted import fit_counts, learnt_columns
+from vantrel.fitting.counted import fit_counts, in_one_country, learnt_columns
 from vantrel.fitting.notes import notes
 from vantrel.hints import showing_values
 from vantrel.metadata.value import Person
@@ -131,14 +132,16 @@ def fit(
         show_values: Whether notes and errors name values of the table, and do not only tell how
             many there are and in which rows: they may go to a log.
         min_count: The fewest rows that a value of gender, title or country must be in to be kept,
-            and a combination of these with the gaps beside them to be kept as such. 1 keeps all.
+            and a combination of these with the gaps beside them to be kept as such. 1 keeps all
+            but titles that tell no gender and are in fewer than five.
         email_domain: The domain of e-mail addresses. "reserved" is many, under a name that belongs
             to nobody; "as-made" are those that Faker makes, which may belong to somebody.
         phone_numbers: "fiction" are numbers that regulators keep for it, in countries that have
             such, and valid ones elsewhere; "valid" are valid ones everywhere. A format of
             ``config`` comes first.
         phone_formats: The formats of some countries, which come before all else: ``{"DE":
-            {"mobile_number": "0151 xxxxxxx"}}``. Each "x" becomes a digit.
+            {"mobile_number": "0151 xxxxxxx"}}``. Each "x" becomes a digit. "*" are all countries
+            that are not there.
         latin: Whether names are written in Latin letters, also in countries that have others.
         columns: The column of each attribute, as in ``gender="sex"``. The attributes are gender,
             title, firstname, lastname, fullname, email, username, password, mobile_number,
@@ -199,16 +202,14 @@ def _fitted(
     labels = {**found.columns, **named}
     refuse_nothing(first, labels, found)
     meta = make_person(labels, generated, locales)
+    refuse_countries_of_none(ways.locales, meta.labels.country)
     labelled = [column for column in first.columns if column in meta.params.values()]
     counts = table.count(learnt_columns(meta), labelled)
     learnt = learn_rows(counts, meta, config, min_count)
     hidden = hidden_values(learnt, counts, meta)
     check_kept(counts, hidden, min_count, meta.labels.country)
     with told_before(), raised_by_model(FittingError, "The model cannot be fitted"):
-        if isinstance(table, WholeFrame):
-            model = PersonModel(meta, config).fit(table.without(hidden))
-        else:
-            model = fit_counts(counts.without(hidden), list(first.columns), meta, config)
+        model = _model(table, counts, hidden, list(first.columns), meta, config)
     meta.rows = learnt.rows
     meta.ways = msgspec.structs.replace(ways, full_names=_full_names(first, meta))
     warn_of_borrowed(places_of(model))
@@ -226,6 +227,24 @@ def _fitted(
     for note in meta.notes:
         _log.info(note)
     return model
+
+
+def _model(
+    table: Countable,
+    counts: TableCounts,
+    hidden: dict[str, set[str]],
+    columns: list[str],
+    meta: Person,
+    config: PersonModelConfig,
+) -> PersonModel:
+    """Fits the bare model on what it may see."""
+    country = meta.labels.country
+    if country and hidden[country].issuperset(map(str, counts.values[country].keys() - {None})):
+        counts = in_one_country(counts, country)
+        hidden = hidden | {country: set()}
+    elif isinstance(table, WholeFrame):
+        return PersonModel(meta, config).fit(table.without(hidden))
+    return fit_counts(counts.without(hidden), columns, meta, config)
 
 
 def _full_names(first: pd.DataFrame, meta: Person) -> str | None:

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Collection, Iterable, Mapping, Sequence
+from collections.abc import Callable, Collection, Iterable, Mapping, Sequence
 from typing import Any
 
 import msgspec
@@ -16,10 +16,17 @@ from vantrel.errors import ArgumentError, ArgumentTypeError, FittingError, Unkno
 from vantrel.fitting.notes import doubt_note
 from vantrel.hints import argument, did_you_mean, listed, shows_values, unnamed
 from vantrel.metadata.value import Person
-from vantrel.rows.form import Ways
+from vantrel.rows.form import DEFAULT_MIN_COUNT, Ways
 from vantrel.rows.learning import LearntRows
+from vantrel.sampling.phones import formats_by_country, region_of
 from vantrel.tables import TableCounts
-from vantrel.util.locale.locale import HOW_TO_WRITE, told_unknown, unknown_places
+from vantrel.util.locale.countries import stands_for_nothing
+from vantrel.util.locale.locale import (
+    HOW_TO_WRITE,
+    recognise_known,
+    told_unknown,
+    unknown_places,
+)
 from vantrel.wording import shown
 
 # Of settings: a sample takes as long as they are.
@@ -125,7 +132,10 @@ _WANTED = {
     "phone_numbers": "are 'fiction' or 'valid'",
     "locales": "are locales by country, as in {'India': 'en_IN'}",
     "latin": "is True or False",
-    "phone_formats": "are formats by country, as in {'DE': {'mobile_number': '0151 xxxxxxx'}}",
+    "phone_formats": (
+        "are formats in ASCII of mobile_number, home_number or work_number by country, as in"
+        " {'DE': {'mobile_number': '0151 xxxxxxx'}}"
+    ),
 }
 
 
@@ -141,7 +151,32 @@ def check_ways(**asked: Any) -> Ways:
             if isinstance(error.__cause__, UnknownPlaceError):
                 raise error.__cause__ from None
             raise ArgumentError(f"{name!r} {_WANTED[name]}, not {shown(repr(value))}.") from None
-    return Ways(**asked)
+    ways = Ways(**asked)
+    _refuse_doubled("locales", ways.locales, recognise_known)
+    _refuse_doubled("phone_formats", formats_by_country(ways), region_of)
+    return ways
+
+
+def _refuse_doubled(name: str, countries: Iterable[str], meaning: Callable[[str], object]) -> None:
+    """Refuses two spellings of one country, of which one would count for nothing."""
+    found: dict[object, str] = {}
+    for country in countries:
+        other = found.setdefault(meaning(country), country)
+        if other != country:
+            raise ArgumentError(
+                f"{name!r} has one country twice, as {other!r} and {country!r}: leave one out."
+            )
+
+
+def refuse_countries_of_none(of_countries: Mapping[str, str], country: str | None) -> None:
+    """Refuses locales of countries where no column tells any."""
+    if of_countries and country is None:
+        named = list(dict.fromkeys(of_countries.values()))
+        raise FittingError(
+            "There are locales of countries, and no column of countries: name it, as in"
+            f" {argument('country', 'COLUMN')}, or tell where all people are from, as in"
+            f" {argument('locales', named)}."
+        )
 
 
 def hidden_values(learnt: LearntRows, counts: TableCounts, meta: Person) -> dict[str, set[str]]:
@@ -169,11 +204,17 @@ def check_kept(
         if not texts or any(str(value) not in values for value in texts):
             continue
         if column == country and len(unknown_places(texts)) == len(texts):
-            _refuse_countries(counts, column, texts)
+            if not all(stands_for_nothing(str(text)) for text in texts):
+                _refuse_countries(counts, column, texts)
+            if any(counts.values[column][text] >= min_count for text in texts):
+                continue
+        least, way_out = min_count, f"keep what is rare, with {argument('min_count', 1)}"
+        if min_count == 1:  # so these are titles
+            least = DEFAULT_MIN_COUNT
+            way_out = f"set patterns in {argument('config', ...)} that understand it"
         raise FittingError(
-            f"Column {column!r} has no value in {min_count:,} rows or more, and rarer ones are not"
-            f" kept: leave it out, {argument('ignore', [column])}, or keep what is rare, with"
-            f" {argument('min_count', 1)}."
+            f"Column {column!r} has no value in {least:,} rows or more, and rarer ones are not"
+            f" kept: leave it out, {argument('ignore', [column])}, or {way_out}."
         )
 
 

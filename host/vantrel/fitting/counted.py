@@ -13,11 +13,28 @@ from vantrel.metadata.value import Person
 from vantrel.model.models.histogram import nothing_to_learn
 from vantrel.model.models.person import GenderModel, PersonModel
 from vantrel.tables import TableCounts
+from vantrel.tables.counts import Found
+from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
 
 def learnt_columns(meta: Person) -> list[str]:
     """The columns of a person whose values must be counted to fit a model."""
     return [meta.params[attribute] for attribute in LEARNT if attribute in meta.params]
+
+
+def in_one_country(counts: TableCounts, column: str) -> TableCounts:
+    """Counts as if everybody were British who has anything in the column of countries.
+
+    A model needs a country to make names, also where the table tells none.
+    """
+    place = counts.columns.index(column)
+    combinations: dict[tuple[Any, ...], Found] = {}
+    for cells, found in counts.combinations.items():
+        country = cells[place] and DEFAULT_LOCALE
+        located = (*cells[:place], country, *cells[place + 1 :])
+        earlier = combinations.get(located, Found(0, found.first))
+        combinations[located] = Found(earlier.rows + found.rows, earlier.first)
+    return TableCounts(counts.columns, counts.labelled, combinations)
 
 
 def fit_counts(

@@ -17,6 +17,7 @@ from vantrel.rows.form import MOST_COMBINATIONS
 from vantrel.sampling.names import has_gendered_first_names
 from vantrel.sampling.places import places_of, with_names_of
 from vantrel.tables import TableCounts
+from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 from vantrel.util.locale.locale import (
     Provider,
     get_country_to_provder_map,
@@ -72,9 +73,9 @@ def doubt_note(doubt: Doubt) -> str:
     if doubt.attribute == "gender":
         way_out += f", and patterns of its values with {argument('config', ...)}"
     if doubt.attribute == "country":
-        way_out = (
-            "to take it, write each as an ISO code, an English name or a name in the country's own"
-            f" language; or add {argument('locales', ['DE'])}, say, in its place"
+        way_out += (
+            f", or {argument('locales', ['DE'])}, say, in its place. Where a value is no country,"
+            " samples have it as it is, and a name from the other countries with it"
         )
     return (
         f"Column {doubt.column!r} is not taken for {doubt.attribute}, as its values{value} do not"
@@ -123,19 +124,27 @@ def _of_countries(model: PersonModel, counts: TableCounts) -> Iterator[str]:
     there = [value for value in counts.values[column] if value is not None and str(value) in kept]
     if unknown := unknown_places(there):
         values = {value: counts.values[column][value] for value in unknown}
+        whose = "from the other countries" if len(unknown) < len(there) else f"of {DEFAULT_LOCALE}"
         yield (
             f"Column {column!r} has values that are no countries: {_named(values, column, counts)}."
-            " Samples have them as they are, and names from the other countries with them."
+            f" Samples have them as they are, and names {whose} with them."
         )
 
 
 def _of_the_rare(model: PersonModel) -> Iterator[str]:
     rows = model.meta.rows
     for attribute, left_out in rows.left_out.items():
+        way_out = f"{argument('min_count', 1)} keeps them"
+        if attribute == "title":
+            way_out += " if they tell a gender"
+        if rows.min_count == 1:  # just titles are left out then
+            way_out = (
+                "titles that tell no gender may be anything; patterns in"
+                f" {argument('config', ...)} make them understood"
+            )
         yield (
             f"Column {model.params[attribute]!r} has {counted(left_out.values, 'value')} in too few"
-            f" rows to be kept, {left_out.rows:,} in all:"
-            f" {argument('min_count', 1)} keeps whatever a row has."
+            f" rows to be kept, {left_out.rows:,} in all: {way_out}."
         )
 
 

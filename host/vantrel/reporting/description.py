@@ -3,16 +3,17 @@
 from __future__ import annotations
 
 import json
+from typing import Any
 
 from msgspec import structs
 
 from vantrel.arguments import check_model
-from vantrel.attributes import ATTRIBUTES, PHONES
+from vantrel.attributes import ATTRIBUTES, LEARNT, PHONES
 from vantrel.config import PersonModelConfig
 from vantrel.genders import KEYS, learnt_by_gender, understood
 from vantrel.model.models.person import PersonModel
 from vantrel.reporting.sections import Section, Sections
-from vantrel.rows import Ways
+from vantrel.rows import EVERYWHERE, Ways
 from vantrel.sampling.phones import has_usual_format
 from vantrel.sampling.places import places_of
 from vantrel.util.locale.locale import locale_of
@@ -42,8 +43,10 @@ def describe(model: PersonModel) -> Sections:
         Section("Genders", ("Key", "Share", *_sources(model)), _genders(model)),
         Section(places, ("Value", "Share", "Names of"), _places(model)),
     ]
-    if model.meta.rows is not None and model.meta.rows.left_out:
-        sections.append(Section("Left out as too rare", ("Column", "Values", "Rows"), _rare(model)))
+    if model.meta.rows is not None:
+        sections.append(Section("Rows of the table", ("", ""), _rows(model)))
+        if rare := _rare(model):
+            sections.append(Section("Left out as too rare", ("Column", "Values", "Rows"), rare))
     if changed := _changed_settings(model):
         sections.append(Section("Settings that are not the default", ("", ""), changed))
     if model.meta.notes:
@@ -80,8 +83,13 @@ def _made_in_rows(model: PersonModel, attribute: str) -> str:
     """How a sample gets an attribute where that differs from what the bare model does."""
     if ATTRIBUTES[attribute].is_learnt:
         return "learnt: drawn with the other columns, as real rows have them"
+    everywhere: dict[Any, str] = dict(_ways(model).phone_formats.get(EVERYWHERE, {}))
+    if own := everywhere.get(attribute):
+        return f"{own}, each x a random digit"
     if attribute in PHONES and has_usual_format(model, attribute):
         return "a number of the row's country"
+    if attribute == "lastname":
+        return "made up by gender and country"
     if attribute == "email":
         return f"username and a domain ({_ways(model).email_domain})"
     return ""
@@ -135,6 +143,23 @@ def _places(model: PersonModel) -> _Rows:
     for place, share in sorted(shares.items(), key=lambda item: -item[1]):
         locale, own = locale_of(place)
         rows.append((place, percent(share), locale if own else f"{locale} (borrowed)"))
+    return rows
+
+
+def _rows(model: PersonModel) -> _Rows:
+    """How much is kept of rows, and the values that are told nowhere else."""
+    kept = model.meta.rows
+    rows: _Rows = [
+        ("Combinations", f"{len(kept.combinations):,}"),
+        ("Columns that are missing together", f"{len(list(filter(None, kept.gaps))):,} ways"),
+    ]
+    for attribute in LEARNT:
+        if column := model.params.get(attribute):
+            known = model.meta[column].categories or ()
+            if more := [
+                value for value in getattr(kept, attribute) if value and value not in known
+            ]:
+                rows.append((f"More values of {column!r}", ", ".join(more)))
     return rows
 
 

@@ -2,16 +2,23 @@
 
 from __future__ import annotations
 
-from collections import Counter
-from collections.abc import Mapping, Sequence
+from collections import Counter, defaultdict
+from collections.abc import Collection, Mapping, Sequence
 from dataclasses import dataclass
 from typing import Any
 
 import numpy as np
 
+from vantrel.attributes import LEARNT
+from vantrel.genders import AMBIGUOUS
 from vantrel.rows.form import ANY, PARTS, Rows
 
 type Places = np.ndarray[tuple[int], np.dtype[np.int64]]
+type Flags = np.ndarray[tuple[int], np.dtype[np.bool_]]
+
+
+# So often rows are drawn again that came out blank though no real row is so.
+_TRIES = 5
 
 
 @dataclass(frozen=True)
@@ -23,12 +30,21 @@ class DrawnRows:
         title: The same for titles; -1 where a gender has none that is kept.
         country: The same for countries.
         missing: For each column that has gaps the rows where it is missing.
+        blank: The rows in which nothing is there, as in real ones.
     """
 
     gender: Places
     title: Places
     country: Places
-    missing: dict[str, np.ndarray[tuple[int], np.dtype[np.bool_]]]
+    missing: dict[str, Flags]
+    blank: Flags
+
+    def replace(self, where: Places, others: DrawnRows) -> None:
+        """Puts other rows in the place of some."""
+        for name in ("gender", "title", "country", "blank"):
+            getattr(self, name)[where] = getattr(others, name)
+        for column, missing in self.missing.items():
+            missing[where] = others.missing[column]
 
 
 class Combinations:
@@ -37,19 +53,39 @@ class Combinations:
     Args:
         rows: What to draw from.
         gender_keys: The key of each of the genders, "" where it has none.
+        title_keys: The same of the titles.
+        made_up: The columns of the table of which no value is kept.
     """
 
-    def __init__(self, rows: Rows, gender_keys: Sequence[str]) -> None:
-        self._rows = rows
+    def __init__(
+        self,
+        rows: Rows,
+        gender_keys: Sequence[str],
+        title_keys: Sequence[str],
+        made_up: Collection[str],
+    ) -> None:
+        self._rows, self._made_up = rows, made_up
         table = np.array(rows.combinations, dtype=np.int64)
         self._parts = dict(zip(PARTS, table.T.copy(), strict=False))  # the last are the numbers
-        self._weights = table[:, -1].astype(float)
         self._keys, self._key_of = np.unique(np.array(gender_keys), return_inverse=True)
+        self._titles = _titles_by_key_and_country(rows, gender_keys)
+        self._eithers = [at for at, key in enumerate(title_keys) if key == AMBIGUOUS]
+        # The last one is of rows without a value that is kept.
+        self._is_missing = {
+            part: np.array([*(value is None for value in getattr(rows, part)), True])
+            for part in LEARNT
+        }
+        all_missing = np.array([set(made_up) <= set(gaps or ()) for gaps in rows.gaps])
+        self._is_blank = all_missing[self._parts["gaps"]] & (table != ANY).all(axis=1)
+        for part, is_missing in self._is_missing.items():
+            self._is_blank &= is_missing[self._parts[part]]
+        self._weights = table[:, -1].astype(float)
+        self._weights_of_people = self._weights * ~self._is_blank
 
     def draw(
         self, n: int, rng: np.random.Generator, given: Mapping[str, Places] | None = None
     ) -> DrawnRows:
-        """Draws combinations.
+        """Draws combinations. Rows are blank where real ones are, never where something is given.
 
         Args:
             n: The number of rows.
@@ -57,18 +93,32 @@ class Combinations:
             given: The places of genders and countries that each row shall have, as far as its
                 combination can tell.
         """
-        given, rows = given or {}, self._rows
+        given = given or {}
+        drawn = self._draw(n, rng, given)
+        for _ in range(_TRIES):
+            again = np.flatnonzero(self._looks_blank(drawn) & ~drawn.blank)
+            if not len(again):
+                return drawn
+            asked = {part: places[again] for part, places in given.items()}
+            drawn.replace(again, self._draw(len(again), rng, asked))
+        for missing in drawn.missing.values():
+            missing[again] = False
+        return drawn
+
+    def _draw(self, n: int, rng: np.random.Generator, given: Mapping[str, Places]) -> DrawnRows:
+        rows = self._rows
         drawn = self._drawn(n, rng, given)
-        gender, title, country, gaps = (self._parts[part][drawn] for part in PARTS)
+        gender, title, own_country, gaps = (self._parts[part][drawn] for part in PARTS)
         if "gender" in given:  # the titles of other genders are none of theirs
             title[(gender != ANY) & (gender != given["gender"])] = ANY
             gender = given["gender"].copy()
-        country = given["country"].copy() if "country" in given else country
+        country = given.get("country", own_country).copy()
         _fill(gender, gender == ANY, rows.any_gender, rng)
-        self._fill_titles(title, gender, rng)
         _fill(country, country == ANY, rows.any_country, rng)
+        self._settle_titles(title, gender, country, country != own_country, rng)
         _fill(gaps, gaps == ANY, rows.any_gaps, rng)
-        return DrawnRows(gender, title, country, _gaps(rows, gaps, rng))
+        blank = self._is_blank[drawn] & (not given)
+        return DrawnRows(gender, title, country, _gaps(rows, gaps, rng), blank)
 
     def _drawn(self, n: int, rng: np.random.Generator, given: Mapping[str, Places]) -> Places:
         """Draws combinations that have what is given, by groups of rows of which the same is."""
@@ -77,8 +127,9 @@ class Combinations:
         asked = np.stack(list(given.values()), axis=1)
         groups, group_of = np.unique(asked, axis=0, return_inverse=True)
         drawn = np.zeros(n, dtype=np.int64)
+        people = self._weights_of_people
         for number, places in enumerate(groups):
-            likely = self._weights
+            likely = people if people.any() else self._weights
             for part, place in zip(given, places.tolist(), strict=True):
                 narrowed = likely * self._agreement(part, place)
                 likely = narrowed if narrowed.any() else likely
@@ -94,16 +145,51 @@ class Combinations:
         )
         return agreement
 
-    def _fill_titles(self, title: Places, gender: Places, rng: np.random.Generator) -> None:
-        """Draws the titles that are left open, each by the key of its row's gender."""
-        is_open = title == ANY
-        if not is_open.any():
-            return
-        keys = self._key_of[gender]
+    def _settle_titles(
+        self,
+        title: Places,
+        gender: Places,
+        country: Places,
+        is_elsewhere: Flags,
+        rng: np.random.Generator,
+    ) -> None:
+        """Draws the titles that are left open, and again those that are of other countries."""
+        unsettled = np.flatnonzero((title == ANY) | is_elsewhere)
+        keys = self._key_of[gender[unsettled]]
         for number, key in enumerate(self._keys.tolist()):
-            counts = self._rows.any_title.get(key) or ([] if key else _all_titles(self._rows))
-            if counts:
-                _fill(title, is_open & (keys == number), counts, rng)
+            members = unsettled[keys == number]
+            if counts := self._rows.any_title.get(key) or ([] if key else _all_titles(self._rows)):
+                _draw(title, members[title[members] == ANY], dict(enumerate(counts)), rng)
+            countries = country[members]
+            for place in np.unique(countries).tolist():
+                if usual := self._titles.get((key, place)):
+                    there = members[countries == place]
+                    is_foreign = ~np.isin(title[there], [*usual, *self._eithers])
+                    _draw(title, there[is_foreign], usual, rng)
+
+    def _looks_blank(self, drawn: DrawnRows) -> Flags:
+        """Tells the rows in which nothing is there, for whatever reason."""
+        blank = np.ones(len(drawn.gender), dtype=bool)
+        for part, is_missing in self._is_missing.items():
+            blank &= is_missing[getattr(drawn, part)]
+        for column in self._made_up:
+            blank &= drawn.missing.get(column, False)
+        return blank
+
+
+def _titles_by_key_and_country(
+    rows: Rows, gender_keys: Sequence[str]
+) -> dict[tuple[str, int], Counter[int]]:
+    """Counts titles; under the empty key are those of all genders where it has none of its own."""
+    titles: dict[tuple[str, int], Counter[int]] = defaultdict(Counter)
+    for gender, title, country, _, count in rows.combinations:
+        if count and ANY not in (gender, title, country):
+            titles[gender_keys[gender], country][title] += count
+    keyless = {country for key, country in titles if not key}
+    for (_, country), counts in list(titles.items()):
+        if country not in keyless:
+            titles["", country].update(counts)
+    return dict(titles)
 
 
 def _all_titles(rows: Rows) -> list[int]:
@@ -116,6 +202,14 @@ def _all_titles(rows: Rows) -> list[int]:
 def _choice(weights: Any, n: int, rng: np.random.Generator) -> Places:
     weights = np.asarray(weights, dtype=float)
     return rng.choice(len(weights), size=n, p=weights / weights.sum())
+
+
+def _draw(
+    places: Places, where: Places, counts: Mapping[int, int], rng: np.random.Generator
+) -> None:
+    if len(where):
+        drawn = _choice(list(counts.values()), len(where), rng)
+        places[where] = np.array(list(counts))[drawn]
 
 
 def _fill(places: Places, where: Any, counts: Sequence[int], rng: np.random.Generator) -> None:

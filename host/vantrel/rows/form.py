@@ -25,7 +25,12 @@ Share = Annotated[float, Meta(ge=0, le=1)]
 Place = Annotated[int, Meta(ge=ANY, le=10**9)]
 Value = Annotated[str, Meta(max_length=1_000)] | None
 Column = Annotated[str, Meta(min_length=1, max_length=1_000)]
+Part = Literal["gender", "title", "country"]
+Key = Literal["F", "M", "NB", "A", ""]
 
+
+EVERYWHERE = "*"
+"""Stands for all countries that have no formats of their own."""
 
 RESERVED, AS_MADE = "reserved", "as-made"
 """Domains that belong to nobody, and those that Faker makes."""
@@ -50,8 +55,8 @@ class Ways(Struct, forbid_unknown_fields=True, frozen=True):
             countries without such; "valid" for valid ones everywhere.
         locales: The locales of Faker whose names the people of some countries get.
         latin: Whether names are written in Latin letters, whatever the language's own are.
-        phone_formats: The formats of some attributes' numbers in some countries. They come before
-            all else that tells how numbers are made.
+        phone_formats: The formats of some attributes' numbers in some countries, or
+            :data:`EVERYWHERE`. They come before all else that tells how numbers are made.
         full_names: How full names are written, if not as each language does.
     """
 
@@ -66,7 +71,8 @@ class Ways(Struct, forbid_unknown_fields=True, frozen=True):
     full_names: FullNames | None = None
 
     def __post_init__(self) -> None:
-        refuse_unknown([*self.locales, *self.locales.values(), *self.phone_formats])
+        countries = [place for place in self.phone_formats if place != EVERYWHERE]
+        refuse_unknown([*self.locales, *self.locales.values(), *countries])
 
 
 class LeftOut(Struct, forbid_unknown_fields=True, frozen=True):
@@ -97,7 +103,8 @@ class Rows(Struct, forbid_unknown_fields=True, frozen=True, kw_only=True):
         combinations: The place of each part, or :data:`ANY`, in the order of :data:`PARTS`, and the
             number of rows.
         any_gender: How often each gender is where a combination has any.
-        any_title: The same for titles, by the key of the row's gender.
+        any_title: The same for titles, by the key of the row's gender; how often each is with the
+            gender at all, where too few are left open.
         any_country: The same for countries.
         any_gaps: The same for gaps.
         left_out: What is too rare to be kept, by attribute.
@@ -114,19 +121,24 @@ class Rows(Struct, forbid_unknown_fields=True, frozen=True, kw_only=True):
         Meta(min_length=1, max_length=MOST_COMBINATIONS + 1),
     ]
     any_gender: list[Count]
-    any_title: dict[str, list[Count]]
+    any_title: dict[Key, list[Count]]
     any_country: list[Count]
     any_gaps: list[Count]
-    left_out: dict[str, LeftOut]
+    left_out: dict[Part, LeftOut]
 
     def __post_init__(self) -> None:
         for attribute, counts in self._counts():
             values = getattr(self, attribute)
-            if len(counts) != len(values) or sum(counts) <= 0:
+            if len(counts) != len(values):
                 raise ValueError(
-                    f"Of {len(values)} values of {attribute!r} there are {len(counts)} counts, or"
-                    " none of them is above 0"
+                    f"Of {len(values)} values of {attribute!r} there are {len(counts)} counts"
                 )
+            if not sum(counts):
+                raise ValueError(f"None of the counts of {attribute!r} is above 0")
+        for part in PARTS:
+            values = list(map(repr, getattr(self, part)))  # those of gaps are lists
+            if len(set(values)) < len(values):
+                raise ValueError(f"Of {part!r} one is there twice")
         for place, part in enumerate(PARTS):
             most = len(getattr(self, part))
             if any(cells[place] >= most for cells in self.combinations):

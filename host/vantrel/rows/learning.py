@@ -11,7 +11,15 @@ from vantrel.attributes import LEARNT
 from vantrel.config import PersonModelConfig
 from vantrel.genders import keys_of
 from vantrel.metadata.value import Person
-from vantrel.rows.form import ANY, DEFAULT_MIN_COUNT, MOST_COMBINATIONS, PARTS, LeftOut, Rows
+from vantrel.rows.form import (
+    ANY,
+    DEFAULT_MIN_COUNT,
+    MOST_COMBINATIONS,
+    PARTS,
+    Key,
+    LeftOut,
+    Rows,
+)
 from vantrel.tables import TableCounts
 
 # The parts that a combination keeps, from fine to coarse. Rows that are too few for one are counted
@@ -19,8 +27,8 @@ from vantrel.tables import TableCounts
 _LEVELS = (
     ("gender", "title", "country", "gaps"),
     ("gender", "title", "country"),
-    ("gender", "title"),
     ("gender", "country"),
+    ("gender", "title"),
     ("gender",),
     (),
 )
@@ -66,7 +74,7 @@ def learn_rows(
     whole = _by_parts(counts, meta)
     common: dict[str, dict[Any, int]] = {}
     hidden: dict[str, set[Any]] = {}
-    left_out: dict[str, LeftOut] = {}
+    left_out: dict[Any, LeftOut] = {}
     for place, attribute in enumerate(LEARNT):
         common[attribute] = totals = _totals(whole, place)
         rare = _rare(attribute, totals, config, min_count)
@@ -78,8 +86,8 @@ def learn_rows(
     gaps = {each: rows for each, rows in _totals(whole, 3).items() if rows >= min_count}
     spelling = _common_spellings(_totals(whole, 0), common["gender"], config)
     clean = _cleaned(whole, common, gaps, spelling)
-    kept, alone, has_too_many = _coarsened(clean, min_count)
-    rows = _as_rows(kept, alone, clean, config, min_count, left_out, _apart(whole, gaps))
+    kept, group_of, has_too_many = _coarsened(clean, min_count)
+    rows = _as_rows(kept, group_of, clean, config, min_count, left_out, _apart(whole, gaps))
     return LearntRows(rows, hidden, has_too_many)
 
 
@@ -162,15 +170,15 @@ def _cleaned(
 
 def _coarsened(
     counts: _Counts, min_count: int
-) -> tuple[dict[_Cells, int], list[Counter[Any]], bool]:
+) -> tuple[dict[_Cells, int], dict[_Cells, _Cells], bool]:
     """Keeps combinations of enough rows, the others by fewer parts.
 
     Returns:
-        The combinations; the values of each part of the rows where it is any; and whether there
-        were more combinations than can be kept.
+        What is kept; from each combination to what it is kept as; and whether there were more
+        combinations than can be kept.
     """
     kept: dict[_Cells, int] = {}
-    alone: list[Counter[Any]] = [Counter() for _ in PARTS]
+    group_of: dict[_Cells, _Cells] = {}
     has_too_many = False
     left = dict(counts)
     for parts in _LEVELS:
@@ -183,13 +191,20 @@ def _coarsened(
         has_too_many |= len(enough) > room
         chosen = dict(list(enough.items())[:room]) if parts else groups
         for cells in [cells for cells in left if coarsen(cells) in chosen]:
-            rows = left.pop(cells)
-            for counter, own, grouped in zip(alone, cells, coarsen(cells), strict=True):
-                if grouped is _ANY and own is not _ANY:
-                    counter[own] += rows
+            group_of[cells] = coarsen(cells)
+            del left[cells]
         for group, rows in chosen.items():
             kept[group] = kept.get(group, 0) + rows
-    return kept, alone, has_too_many
+    return kept, group_of, has_too_many
+
+
+def _left_open(counts: _Counts, group_of: Mapping[_Cells, _Cells], place: int) -> _Counts:
+    """The counts of the combinations of which a part is known and yet not kept."""
+    return {
+        cells: rows
+        for cells, rows in counts.items()
+        if cells[place] is not _ANY and group_of[cells][place] is _ANY
+    }
 
 
 def _coarsening(parts: Iterable[str]) -> Callable[[_Cells], _Cells]:
@@ -212,11 +227,11 @@ def _apart(whole: _Counts, gaps: Mapping[Any, int]) -> dict[str, float]:
 
 def _as_rows(
     kept: _Counts,
-    alone: list[Counter[Any]],
+    group_of: Mapping[_Cells, _Cells],
     clean: _Counts,
     config: PersonModelConfig,
     min_count: int,
-    left_out: dict[str, LeftOut],
+    left_out: dict[Any, LeftOut],
     apart: dict[str, float],
 ) -> Rows:
     """Numbers the values."""
@@ -226,10 +241,13 @@ def _as_rows(
     ]
     values = [list(total) or [None] for total in totals]
     places = [{_ANY: ANY} | {value: at for at, value in enumerate(each)} for each in values]
-    gender, country, gaps = (
-        [(alone[at] or totals[at] or {None: 1}).get(value, 0) for value in values[at]]
-        for at in (0, 2, 3)
-    )
+
+    def counts(at: int) -> list[int]:
+        """How often each value of a part is where it is left open, or else at all."""
+        found = _totals(_left_open(clean, group_of, at), at) or totals[at] or {None: 1}
+        return [found.get(value, 0) for value in values[at]]
+
+    left_open = _left_open(clean, group_of, PARTS.index("title"))
     return Rows(
         min_count=min_count,
         gender=values[0],
@@ -241,20 +259,21 @@ def _as_rows(
             (*(place[cell] for place, cell in zip(places, cells, strict=True)), rows)
             for cells, rows in kept.items()
         ],
-        any_gender=gender,
-        any_title=_titles_by_key(clean, values[1], config, min_count),
-        any_country=country,
-        any_gaps=gaps,
+        any_gender=counts(0),
+        any_title=_titles_by_key(clean, values[1], config, min_count)
+        | _titles_by_key(left_open, values[1], config, min_count),
+        any_country=counts(2),
+        any_gaps=counts(3),
         left_out=left_out,
     )
 
 
 def _titles_by_key(
     clean: _Counts, titles: list[Any], config: PersonModelConfig, min_count: int
-) -> dict[str, list[int]]:
+) -> dict[Key, list[int]]:
     """Counts titles by the key of their row's gender, "" where it has none."""
     keys = keys_of(_totals(clean, 0), config, "gender")
-    pairs: Counter[tuple[str, Any]] = Counter()
+    pairs: Counter[tuple[Any, Any]] = Counter()
     for (gender, title, *_), rows in clean.items():
         if gender is not _ANY and title is not _ANY:
             pairs[keys.get(gender, ""), title] += rows

@@ -14,7 +14,7 @@ import numpy as np
 import pandas as pd
 
 from vantrel.arguments import refuse_text
-from vantrel.errors import ArgumentError
+from vantrel.errors import ArgumentError, ArgumentTypeError
 from vantrel.model.models.person import PersonModel
 from vantrel.sampling.makers import Maker, maker_of
 from vantrel.sampling.unique import make_unique, refuse_not_unique
@@ -54,6 +54,8 @@ class Plan:
             if isinstance(value, bool) or not isinstance(value, int | np.integer) or value < least:
                 raise ArgumentError(f"{what} is an integer from {least} on, not {value!r}.")
             object.__setattr__(self, name, int(value))
+        if not isinstance(self.exact, bool):
+            raise ArgumentTypeError(f"'exact' is True or False, not {self.exact!r}.")
         refuse_text(self.unique, "unique", "attributes")
         object.__setattr__(self, "unique", tuple(sorted(set(self.unique))))
 

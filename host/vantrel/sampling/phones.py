@@ -18,9 +18,9 @@ from phonenumbers import PhoneMetadata, PhoneNumberDesc, PhoneNumberFormat
 
 from vantrel.config import PersonModelConfig
 from vantrel.model.models.person import PersonModel
-from vantrel.rows import Ways
+from vantrel.rows import EVERYWHERE, Ways
 from vantrel.rows.drawing import Places
-from vantrel.rows.form import PhoneAttribute
+from vantrel.rows.form import PhoneAttribute, PhoneFormat
 from vantrel.sampling.texts import Column, parted, replaced
 from vantrel.util.locale.locale import recognise_known
 
@@ -150,8 +150,15 @@ class Numbers:
 
 def has_usual_format(model: PersonModel, attribute: str) -> bool:
     """Whether nobody has set a format, which is that of all countries then."""
+    ways: Ways = model.meta.ways or Ways()
     name = f"{attribute}_format"
-    return bool(getattr(model.config, name) == getattr(PersonModelConfig(), name))
+    is_usual = bool(getattr(model.config, name) == getattr(PersonModelConfig(), name))
+    return is_usual and attribute not in ways.phone_formats.get(EVERYWHERE, {})
+
+
+def formats_by_country(ways: Ways) -> dict[str, dict[PhoneAttribute, PhoneFormat]]:
+    """Gives the formats of single countries."""
+    return {place: own for place, own in ways.phone_formats.items() if place != EVERYWHERE}
 
 
 def number_formats(
@@ -159,8 +166,8 @@ def number_formats(
 ) -> dict[PhoneAttribute, list[list[str]]]:
     """Gives the formats of the numbers that a model makes.
 
-    What is set for a country comes first, then what is set for all. That is not here, for it is the
-    bare model that makes such numbers.
+    What is set for a country comes first, then what is set for all. Of that a format of the
+    configuration is not here, for it is the bare model that makes such numbers.
 
     Args:
         model: The model.
@@ -170,12 +177,13 @@ def number_formats(
         For each attribute the formats of each place.
     """
     ways: Ways = model.meta.ways or Ways()
-    own = {region_of(country): formats for country, formats in ways.phone_formats.items()}
+    everywhere = ways.phone_formats.get(EVERYWHERE, {})
+    own = {region_of(place): everywhere | own for place, own in formats_by_country(ways).items()}
     is_valid = ways.phone_numbers == "valid"
 
     def of(attribute: PhoneAttribute, region: str) -> list[str]:
-        if set_for_country := own.get(region, {}).get(attribute):
-            return [set_for_country]
+        if is_set := own.get(region, everywhere).get(attribute):
+            return [is_set]
         has_usual = has_usual_format(model, attribute)
         return formats_of(region, KIND[attribute], is_valid=is_valid) if has_usual else []
 

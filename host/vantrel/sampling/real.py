@@ -2,7 +2,8 @@
 
 from __future__ import annotations
 
-from collections.abc import Mapping, Sequence
+from collections import Counter
+from collections.abc import Iterable, Mapping, Sequence
 from typing import Any
 
 import msgspec
@@ -15,7 +16,16 @@ from vantrel.errors import SamplingError, raised_by_model
 from vantrel.genders import AMBIGUOUS, KEYS, keys_of
 from vantrel.model.models.histogram import Drawn
 from vantrel.model.models.person import PersonModel
-from vantrel.rows import ANY, RESERVED, Combinations, DrawnRows, Rows, Ways, shares_of_countries
+from vantrel.rows import (
+    ANY,
+    PARTS,
+    RESERVED,
+    Combinations,
+    DrawnRows,
+    Rows,
+    Ways,
+    shares_of_countries,
+)
 from vantrel.rows.drawing import Places
 from vantrel.sampling.addresses import Accounts, name_nobody
 from vantrel.sampling.latin import LatinNames
@@ -36,6 +46,7 @@ from vantrel.util.locale.locale import (
     Provider,
     get_country_to_provder_map,
     locale_of,
+    recognise,
     told_before,
     unknown_places,
 )
@@ -63,7 +74,13 @@ class RealRows:
             if conditions is not None and column in conditions:
                 rows, self._given[part] = _with_values(rows, part, conditions[column], model)
         keys, title_keys = (_keys(getattr(rows, part), model, part) for part in ("gender", "title"))
-        self._combinations = Combinations(rows, keys)
+        self._params, self._learnt = model.params, model.meta.columns or []
+        made_up = [
+            column
+            for attribute, column in self._params.items()
+            if attribute not in LEARNT and column in self._learnt
+        ]
+        self._combinations = Combinations(rows, keys, title_keys, made_up)
         # The last one is of rows without a title.
         self._by_gender, self._by_title = _numbers_of(keys), _numbers_of([*title_keys, ""])
         self._any_keys: list[int] = []
@@ -82,15 +99,20 @@ class RealRows:
         made = [each for each in model.params if each not in (*LEARNT, *others)]
         self._sources = OwnSources(names_model(model, self._places.fakers, made))
         self._values = {part: pd.Series(getattr(rows, part)).array for part in LEARNT}
-        self._params, self._learnt = model.params, model.meta.columns or []
         self._columns = model.meta.ordered_columns(list(model.params.values()))
 
     def block(self, seed: np.random.SeedSequence, numbers: range) -> pd.DataFrame:
         """Makes the rows of some numbers in the whole sample, from a seed of their own."""
+        if not numbers:  # what is made of nothing has not the types of what is made of something
+            return self._people(seed, 1, {}).iloc[:0]
+        given = {part: own[numbers.start : numbers.stop] for part, own in self._given.items()}
+        return self._people(seed, len(numbers), given)
+
+    def _people(
+        self, seed: np.random.SeedSequence, n: int, given: Mapping[str, Places]
+    ) -> pd.DataFrame:
         names = self._sources.seeded(seed)
         rng = names._rng
-        n = len(numbers)
-        given = {part: own[numbers.start : numbers.stop] for part, own in self._given.items()}
         drawn = self._combinations.draw(n, rng, given)
         places = self._places.of(drawn.country, rng)
         give(names, *self._places.settled(self._name_keys(drawn, rng), places, rng))
@@ -137,27 +159,13 @@ class RealRows:
         """Takes out what is missing; what the table did not have, where all the rest is missing."""
         gaps = dict(drawn.missing)
         if self._learnt:
-            blank = self._blank(drawn)
-            gaps |= {column: blank for column in columns if column not in self._learnt}
+            gaps |= {column: drawn.blank for column in columns if column not in self._learnt}
         return {
             column: pd.Series(texts).mask(gaps[column]).array
             if column in gaps and gaps[column].any()
             else texts
             for column, texts in columns.items()
         }
-
-    def _blank(self, drawn: DrawnRows) -> np.ndarray[Any, np.dtype[np.bool_]]:
-        """Tells the rows in which all columns of the table are missing."""
-        blank = np.ones(len(drawn.gender), dtype=bool)
-        for attribute, column in self._params.items():
-            if column not in self._learnt:
-                continue
-            if attribute in LEARNT:  # the last one is of rows without a title
-                is_missing = np.append(self._values[attribute].isna(), True)
-                blank &= is_missing[getattr(drawn, attribute)]
-            else:
-                blank &= drawn.missing.get(column, False)
-        return blank
 
     def _framed(self, columns: dict[str, Column]) -> pd.DataFrame:
         return pd.DataFrame({column: columns[column] for column in self._columns}, copy=False)
@@ -296,17 +304,16 @@ def _with_values(
 ) -> tuple[Rows, Places]:
     """Adds what is given to the values of a part, and tells the place of each.
 
-    A gender that is only written in another way than in the table is written as there.
+    A gender or country that is only written in another way than in the table is written as there.
     """
     codes, distinct = given.factorize(use_na_sentinel=True)
     values = [str(value) for value in distinct] + [None]  # the last has the code -1
     learnt = getattr(rows, part)
-    if part == "gender":
-        usual = _usual_spellings(rows, model)
-        keys = keys_of(values, model.config, "gender")
-        values = [
-            value if value in learnt else usual.get(keys.get(value, ""), value) for value in values
-        ]
+    usual = _usual_spellings(rows, part, model)
+    meanings = _meanings(part, values, model)
+    values = [
+        value if value in learnt else usual.get(meanings.get(value), value) for value in values
+    ]
     new = list(dict.fromkeys(value for value in values if value not in learnt))
     counts = getattr(rows, f"any_{part}") + [0] * len(new)
     more = msgspec.structs.replace(rows, **{part: learnt + new, f"any_{part}": counts})
@@ -314,12 +321,21 @@ def _with_values(
     return more, np.array([places[value] for value in values])[codes]
 
 
-def _usual_spellings(rows: Rows, model: PersonModel) -> dict[str, Any]:
-    """The most frequent way to write each gender."""
-    counts = [0] * len(rows.gender)
-    for gender, *_, count in rows.combinations:
-        if gender != ANY:
-            counts[gender] += count
-    keys = _keys(rows.gender, model, "gender")
-    ranked = sorted(range(len(counts)), key=lambda place: counts[place])
-    return {keys[place]: rows.gender[place] for place in ranked if keys[place]}
+def _usual_spellings(rows: Rows, part: str, model: PersonModel) -> dict[Any, Any]:
+    """The most frequent way to write each gender or country."""
+    learnt = getattr(rows, part)
+    counts: Counter[Any] = Counter()
+    for *places, count in rows.combinations:
+        if (place := places[PARTS.index(part)]) != ANY:
+            counts[learnt[place]] += count
+    meanings = _meanings(part, learnt, model)
+    ranked = sorted(meanings, key=lambda value: counts[value])
+    return {meanings[value]: value for value in ranked}
+
+
+def _meanings(part: str, values: Iterable[Any], model: PersonModel) -> dict[Any, Any]:
+    """What values stand for, however they are written; those that are not known are left out."""
+    if part == "gender":
+        return keys_of(values, model.config, part)
+    found = {value: recognise(value) for value in values if value is not None}
+    return {value: place for value, place in found.items() if place}

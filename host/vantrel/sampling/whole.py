@@ -41,8 +41,9 @@ def sample(
         seed: An integer from 0 on. If None, one is drawn and logged.
         conditions: A table, as :func:`vantrel.fit` takes it, of genders or countries or both, in
             columns named as the model's, a row for each person to make. Countries may be new to the
-            model. What is missing or not known stays as it is given, and such people have names of
-            any gender or of the model's countries. Index and further columns stay, too.
+            model; those of the table may be spelled in other ways. What is missing or not known
+            stays as it is given, and such people have names of any gender or of the model's
+            countries; no row is blank for that. Index and further columns stay, too.
         unique: The attributes of which no value may come twice: "username", "email" or both.
         strict: Whether countries and locales are refused of which Faker has no names of their own,
             and conditions that are missing or not known.
@@ -56,7 +57,8 @@ def sample(
         1 or that of the conditions. Its ``attrs["seed"]`` is the seed.
 
     Raises:
-        ArgumentTypeError: The model or the conditions are none, or ``unique`` is one text.
+        ArgumentTypeError: The model or the conditions are none, ``unique`` is one text, or
+            ``exact`` is no bool.
         ArgumentError: Not just one of ``n`` and ``conditions`` is given, a number is out of its
             range, or a column cannot be made unique.
         SamplingError: One of the conditions cannot be placed (:class:`vantrel.ConditionsError`), or

@@ -180,7 +180,8 @@ class ModelFile(_Form):
         if not with_gaps <= made_up:
             raise ValueError("There are gaps in columns that are not labelled")
         for attribute in LEARNT:
-            if not getattr(labels, attribute) and getattr(self.rows, attribute) != [None]:
+            has_values = getattr(self.rows, attribute) != [None] or attribute in self.rows.left_out
+            if has_values and not getattr(labels, attribute):
                 raise ValueError(f"There are values of {attribute!r}, which is no column")
 
 

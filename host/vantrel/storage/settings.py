@@ -8,10 +8,12 @@ from typing import Any, NamedTuple
 
 import msgspec
 
+from vantrel.attributes import PHONES
 from vantrel.config import PersonModelConfig
 from vantrel.errors import SettingsError
+from vantrel.fitting.checks import check_ways
 from vantrel.hints import did_you_mean
-from vantrel.rows import Ways
+from vantrel.rows import EVERYWHERE
 from vantrel.storage.form import Settings
 from vantrel.storage.toml import read_toml
 from vantrel.wording import shown
@@ -58,13 +60,28 @@ def _config(settings: dict[str, Any]) -> Loaded:
         if name.endswith("_regex") and isinstance(value, str):
             _check_pattern(name, value)
     ways = {name: settings.pop(name) for name in _WAYS if name in settings}
-    msgspec.convert(ways, Ways)
+    check_ways(**ways)
     found = msgspec.to_builtins(msgspec.convert(settings, Settings))
     genders = found.get("genders", ["F"])
     if not genders or len(set(genders)) < len(genders):  # each key is as likely as any other
         wrong = "has a key twice" if genders else "is empty"
         raise ValueError(f"genders {wrong}: list each of its keys once")
-    return Loaded(PersonModelConfig(**found), ways)
+    config = PersonModelConfig(**found)
+    if usual := _usual_formats(found):
+        formats = ways.get("phone_formats", {})
+        ways["phone_formats"] = formats | {EVERYWHERE: usual | formats.get(EVERYWHERE, {})}
+    return Loaded(config, ways)
+
+
+def _usual_formats(found: dict[str, Any]) -> dict[str, str]:
+    """The formats that are set and usual: the configuration would not tell that they are set."""
+    usual = vars(PersonModelConfig())
+    formats = {attribute: f"{attribute}_format" for attribute in PHONES}
+    return {
+        attribute: usual[name]
+        for attribute, name in formats.items()
+        if found.get(name) == usual[name]
+    }
 
 
 def _check_pattern(name: str, pattern: str) -> None:

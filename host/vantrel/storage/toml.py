@@ -45,8 +45,8 @@ def read_toml[T](
     except (tomllib.TOMLDecodeError, RecursionError) as cause:
         raise error(f"{called} is not TOML: {shown(cause)}.") from cause
     except (msgspec.ValidationError, ValueError) as cause:
-        text = shown(cause, _MOST_CHARACTERS)
-        raise error(f"{called}: {text}{'' if text.endswith(('.', '?')) else '.'}") from cause
+        text = shown(cause, _MOST_CHARACTERS).rstrip(".")
+        raise error(f"{called}: {text}{'' if text.endswith('?') else '.'}") from cause
 
 
 def _parsed(text: str) -> dict[str, Any]:

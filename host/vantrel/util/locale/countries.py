@@ -39,6 +39,28 @@ _ALIASES = {
     "VN": ["Viet Nam"],
 }
 
+# What people write, folded, where they know no country.
+_NOTHING = frozenset(
+    (
+        *("", "na", "n a", "nk", "n k", "nan", "nil", "none", "null", "void", "empty", "missing"),
+        *("unk", "unknown", "unspecified", "undisclosed", "undefined", "any", "other", "others"),
+        *("not applicable", "not available", "not given", "not known", "not specified"),
+        *("not stated", "no answer", "unknown country", "other country"),
+        *("tba", "tbc", "tbd", "xx", "zz"),
+    )
+)
+
+
+def stands_for_nothing(text: str) -> bool:
+    """Whether a text is one of those that people write where they know no country.
+
+    Case, dots and blanks do not count, with one exception: "NA" in capitals is Namibia, as the
+    standard has it. pandas reads that as a missing value unless it is told otherwise, so whoever
+    has it in a frame has kept it for the sake of the code. "na", "N.A." and "n/a" are not read so,
+    or not in all forms; they come from people who had nothing to say.
+    """
+    return text.strip() != "NA" and folded(text) in _NOTHING
+
 
 def folded(name: str) -> str:
     """Strips a name of what does not tell countries apart: case, accents, dots, "the"."""

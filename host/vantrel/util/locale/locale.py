@@ -4,7 +4,8 @@ A place may be written as a locale of Faker ("pt_BR", "pt-BR"), an ISO code of t
 letters ("BR", "BRA"), an English name in any common form ("Brazil", "USA", "South Korea") or the
 name in an official language of any country ("Brasil", "Polen", "Suisse"). A locale written
 exactly so comes first ("la" is Latin, "LA" is Laos), then come codes and English names, then
-locales without regard to case, then names in other languages.
+locales without regard to case, then names in other languages. What people write where they know
+no country ("n/a", "N.A.", "other") is none of these; "NA" in capitals is Namibia.
 """
 
 import warnings
@@ -22,7 +23,13 @@ from vantrel.errors import BorrowedNamesWarning, UnknownPlaceError
 from vantrel.hints import nearest
 from vantrel.util.callers import OURS
 from vantrel.util.locale.copies import copied
-from vantrel.util.locale.countries import country_codes, country_name, folded, foreign_names
+from vantrel.util.locale.countries import (
+    country_codes,
+    country_name,
+    folded,
+    foreign_names,
+    stands_for_nothing,
+)
 from vantrel.util.locale.faker_locales import (
     locale_for_country,
     locale_for_locale,
@@ -167,7 +174,7 @@ class Recognised(NamedTuple):
 def recognise(place: str) -> Recognised | None:
     """Tells whether a place is a country or a locale, and which; ``None`` if it is neither."""
     text = str(place).strip()
-    if len(text) > _LONGEST_PLACE:
+    if len(text) > _LONGEST_PLACE or stands_for_nothing(text):
         return None
     if text.replace("-", "_") in locales():
         return Recognised(locale=text.replace("-", "_"))
@@ -213,12 +220,8 @@ def told_unknown(places: list[str]) -> str:
     return f"These are neither countries nor locales: {listed}. {HOW_TO_WRITE}"
 
 
-# What people write where they know no country; "none" is no misspelt "Yemen".
-_NO_PLACES = frozenset(("", "n a", "na", "none", "null", "nil", "unknown", "other", "others"))
-
-
 def _nearest(place: str) -> str:
-    if folded(str(place)) in _NO_PLACES:
+    if stands_for_nothing(str(place)):
         return ""
     codes = foreign_names() | country_codes()
     shown = {spelling: country_name(code) for spelling, code in codes.items()}
