@@ -46,7 +46,7 @@ def test_a_plan_tells_what_becomes_of_each_column_and_why() -> None:
         '[tables."orders.csv".people.columns]\nfullname = "to" # replaced; found by its values',
         '[tables."orders.csv".other]\norder = "keep"\nid = "keep" # the key\n',
     ]
-    assert sorted(path.name for path in Path().iterdir()) == ["born.csv", "orders.csv", "plan.toml"]
+    assert not [path for path in Path().iterdir() if "made" in path.name]
 
 
 def test_a_plan_makes_what_its_options_make() -> None:
