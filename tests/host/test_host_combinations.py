@@ -100,6 +100,17 @@ def test_titles_that_are_rare_in_every_country_are_as_frequent_as_they_were() ->
     assert people["land"].value_counts(normalize=True).to_numpy() == pytest.approx(1 / 40, rel=0.25)
 
 
+def test_rare_titles_do_not_bring_genders_to_other_countries() -> None:
+    usual = [(60, "F", "Mrs", "Germany"), (60, "F", "Mrs", "Austria"), (60, "M", "Mr", "France")]
+    rare = [(3, sex, title, land) for _, sex, _, land in usual for title in ("Dr", "Rev")]
+    people = vantrel.sample(fitted(table(*usual, *rare)), ROWS, seed=1)
+    assert people.groupby("land")["sex"].unique().map(list).to_dict() == {
+        "Austria": ["F"],
+        "France": ["M"],
+        "Germany": ["F"],
+    }
+
+
 # --- blank rows
 
 
