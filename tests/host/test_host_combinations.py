@@ -54,6 +54,13 @@ def test_a_title_that_is_left_open_is_one_of_its_country(titled: pd.DataFrame) -
     assert len(british_men) == pytest.approx(ROWS * 89 / len(titled), rel=0.1)
 
 
+def test_a_title_whose_country_is_too_rare_is_not_given_to_another_one() -> None:
+    rare = [(2, "M", "M.", land) for land in ("Monaco", "Haiti", "Senegal")]
+    real = table((90, "M", "M.", "France"), (90, "M", "Mr", "GB"), *rare)
+    people = vantrel.sample(fitted(real), ROWS, seed=1)
+    assert set(people.loc[people["title"] == "M.", "land"]) == {"France"}
+
+
 @pytest.mark.parametrize("sex", ["M", None, "zz"])
 def test_titles_of_other_countries_are_not_given_with_a_country(
     titled: pd.DataFrame, sex: str | None
@@ -78,6 +85,32 @@ def test_titles_keep_their_shares_where_most_countries_are_small() -> None:
     for columns in (["title"], ["land"], ["sex", "land"], ["sex", "title"], ["title", "land"]):
         assert excess(real, people, columns) < BOUND, columns
     assert set(people.loc[people["title"] == "M.", "land"]) == set(lands[1:3])
+    for either in ("Dr", "Rev"):  # too few in most countries, and no less frequent for that
+        share = (real["title"] == either).mean()
+        assert (people["title"] == either).mean() == pytest.approx(share, rel=0.2)
+
+
+def test_titles_that_are_rare_in_every_country_are_as_frequent_as_they_were() -> None:
+    titles = [(20, "Mr"), (3, "Dr"), (3, "Rev")]
+    lands = sorted(locales_by_country())[:40]
+    real = table(*((rows, "M", title, land) for land in lands for rows, title in titles))
+    people = vantrel.sample(fitted(real), ROWS, seed=1)
+    shares = people["title"].value_counts(normalize=True)
+    assert shares.to_dict() == pytest.approx({"Mr": 20 / 26, "Dr": 3 / 26, "Rev": 3 / 26}, abs=0.01)
+    assert people["land"].value_counts(normalize=True).to_numpy() == pytest.approx(1 / 40, rel=0.25)
+
+
+def test_rare_titles_do_not_bring_genders_to_other_countries() -> None:
+    women = [(60, "F", "Mrs", land) for land in ("Germany", "Austria")]
+    usual = [*women, *((60, "M", "Mr", land) for land in ("France", "Spain"))]
+    rare = [(3, sex, title, land) for _, sex, _, land in usual for title in ("Dr", "Rev")]
+    people = vantrel.sample(fitted(table(*usual, *rare)), ROWS, seed=1)
+    assert people.groupby("land")["sex"].unique().map(list).to_dict() == {
+        "Austria": ["F"],
+        "France": ["M"],
+        "Germany": ["F"],
+        "Spain": ["M"],
+    }
 
 
 # --- blank rows
@@ -141,6 +174,8 @@ def test_what_is_missing_from_conditions_makes_no_blank_row(
     people = vantrel.sample(model, conditions=conditions, seed=1)
     assert people[columns].isna().all(axis=None)
     assert people[["first", "email"]].notna().all(axis=None)
+    if len(columns) == 1:
+        assert people.drop(columns=columns).notna().all(axis=None)
 
 
 def test_no_rows_have_the_types_of_some(spelled: pd.DataFrame) -> None:
