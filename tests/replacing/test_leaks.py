@@ -154,6 +154,15 @@ def test_zeros_in_front_of_a_number_do_not_count() -> None:
     assert kind("12345", {"work_number": "00012345"}) is None
 
 
+def test_a_day_is_no_number() -> None:
+    assert kind("on 2024-05-17", {"mobile_number": "+49 30 20240517"}) is None
+    for cell in ("2024-05-1", "20240517", "2024-05-17-3", "2024 05 17", "2024-13-17"):
+        digits = re.sub(r"\D", "", cell)
+        assert kind(f"on {cell}", {"mobile_number": f"+49 30 1{digits}"}) is None
+        found = kind(f"on {cell}", {"mobile_number": f"+49 {digits}"})
+        assert found == ("person" if len(digits) >= 8 else None)
+
+
 def test_other_rows_people_are_no_leaks() -> None:
     search = LeakSearch()
     real = [
@@ -342,7 +351,8 @@ def plainly_has(attribute: str, text: str, value: str | None) -> bool:
 
 def plainly_has_number(text: str, value: str) -> bool:
     wanted = re.sub(r"\D", "", value).lstrip("0")
-    groups = re.split("([0-9]+)", text)
+    day = r"(?<![\d-])(19|20)\d\d-(0[1-9]|1[0-2])-(0[1-9]|[12]\d|3[01])(?![\d-])"
+    groups = re.split("([0-9]+)", re.sub(day, "x", text))
     for first in range(1, len(groups), 2):
         digits = ""
         for place in range(first, len(groups), 2):

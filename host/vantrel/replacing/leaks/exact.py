@@ -21,6 +21,9 @@ _MOST_GROUPS = 20
 _DIGITS = re.compile("[0-9]+")
 _NUMBER = re.compile(r"[0-9]+(?:[\s()+./\u2010-\u2015-]{1,3}[0-9]+)*")
 
+# Days have as many digits as short numbers have, and tables have many of them.
+_DAY = re.compile(r"(?<![\d-])(?:19|20)\d\d-(?:0[1-9]|1[0-2])-(?:0[1-9]|[12]\d|3[01])(?![\d-])")
+
 type Span = tuple[int, int]
 
 
@@ -69,7 +72,8 @@ def _numbers(text: str, value: str) -> Iterator[Span]:
     wanted = "".join(_DIGITS.findall(value)).lstrip("0")
     if len(wanted) < FEWEST_DIGITS:
         return
-    for number in _NUMBER.finditer(text):
+    without_days = _DAY.sub(lambda day: "x" * len(day[0]), text) if "-" in text else text
+    for number in _NUMBER.finditer(without_days):
         groups = [group.span() for group in _DIGITS.finditer(text, *number.span())]
         for place, (start, _) in enumerate(groups):
             if end := _end_of(text, groups[place:][:_MOST_GROUPS], wanted):
