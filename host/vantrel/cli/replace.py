@@ -63,6 +63,22 @@ def _columns(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str
     return found
 
 
+def _others(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str, str]]:
+    found: dict[str | None, dict[str, str]] = {}
+    for text in given:
+        tables, pair = _tables_and_rest(text, inputs)
+        column, equals, action = pair.rpartition("=")
+        if not (column and equals and action):
+            raise click.BadParameter(
+                f"{text!r} is not of the form [TABLE:]COLUMN=ACTION.", param_hint="'--other'"
+            )
+        for table in tables:
+            if column in found.setdefault(table, {}):
+                raise click.UsageError(f"There are two actions of column {column!r}: name one.")
+            found[table][column] = action
+    return found
+
+
 @click.command(cls=TerseCommand)
 @click.argument(
     "tables", metavar="TABLE...", nargs=-1, required=True, type=click.Path(path_type=Path)
@@ -110,6 +126,15 @@ def _columns(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str
     " replaced, too; may be repeated.",
 )
 @click.option(
+    "--other",
+    "others",
+    multiple=True,
+    metavar="[TABLE:]COLUMN=ACTION",
+    help="What becomes of another column: keep, blank, hash (another value of the same form, the"
+    " same everywhere), shift:DAYS (all dates of a person moved by as many days) or fake:PROVIDER"
+    " (what that method of Faker gives, one value for each person); may be repeated.",
+)
+@click.option(
     "--fail-on-leak",
     is_flag=True,
     help="Write nothing, and end with status 3, where a column still names the row's person.",
@@ -140,6 +165,7 @@ def replace(
     columns: _Texts,
     keep: list[str],
     scrub: _Texts,
+    others: _Texts,
     fail_on_leak: bool,
     no_real: bool,
     place: str | None,
@@ -183,6 +209,7 @@ def replace(
         no_real=no_real,
         ways=check_ways(phone_numbers=phone_numbers or "fiction", latin=latin),
         fail_on_leak=fail_on_leak,
+        others=_others(others, tables),
     )
     outcome = replace_files(
         tables, output, asked, secret_file=secret, people=people, progress=working, **of_files
@@ -204,6 +231,7 @@ def _tell(table: Replaced) -> None:
         for name, columns in table.roles.columns.items()
         for column in columns
     ]
+    rows += [("", column, "--other", str(action)) for column, action in table.others.items()]
     title = str(table.path)
     print_all([Section(title, ("Attribute", "Column", "Found by", ""), rows)])
     click.echo(f"Replaced the people of {counted(table.rows, 'row')}; wrote {named(table.output)}.")

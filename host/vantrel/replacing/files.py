@@ -144,7 +144,15 @@ def _copy_all(
         passed = [_write(opened, who, copy, asked.scrub, further) for copy in copies]
     report = who.finish()
     replaced = [
-        Replaced(table.copied.path, output, table.roles, passing.rows, passing.leaks())
+        Replaced(
+            table.copied.path,
+            output,
+            table.roles,
+            passing.rows,
+            passing.leaks(),
+            table.others,
+            passing.notes(),
+        )
         for (table, output, _), passing in zip(copies, passed, strict=True)
     ]
     if asked.fail_on_leak:
@@ -164,7 +172,8 @@ def _write(
     """Writes the copy of a table."""
     table, output, compression = copy
     copied = table.copied
-    passing = Passing(who, table.roles, [each for each in scrub if each in copied.columns])
+    own = [each for each in scrub if each in copied.columns]
+    passing = Passing(who, table.roles, own, table.others)
 
     def told(batch: pa.RecordBatch) -> dict[str, pa.Array]:
         made = passing(batch)
@@ -185,11 +194,11 @@ def _notes(
     report: Report,
 ) -> Iterator[str]:
     """Tells of each table what is to be told; by its name where there are several."""
-    known: list[tuple[OpenedTable, list[Leak]]] = [(table, []) for table in only_read]
-    known += [(table, done.leaks) for table, done in zip(tables, replaced, strict=True)]
-    for table, leaks in known:
+    known: list[tuple[OpenedTable, list[Leak], list[str]]] = [(each, [], []) for each in only_read]
+    known += [(table, done.leaks, done.notes) for table, done in zip(tables, replaced, strict=True)]
+    for table, leaks, on_others in known:
         met = report.tables.get(table.name, Table())
-        for note in notes_on_table(table.roles, met, leaks):
+        for note in (*notes_on_table(table.roles, met, leaks), *on_others):
             yield f"{named(table.name)}: {note}" if len(known) > 1 else note
 
 

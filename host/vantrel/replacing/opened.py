@@ -15,6 +15,8 @@ from vantrel.detection.values import SAMPLE_SIZE
 from vantrel.errors import ArgumentError, ReplaceError
 from vantrel.hints import did_you_mean, listed, named
 from vantrel.replacing.frames import excerpt_of, without_gaps
+from vantrel.replacing.others.action import Action
+from vantrel.replacing.others.decided import decided, without_decided
 from vantrel.replacing.roles import Roles, find_roles
 from vantrel.rows import Ways
 from vantrel.tables.copying import Copied, open_copied
@@ -26,6 +28,9 @@ _VALUE = re.compile(r"[^@\s]+@[^@\s]+\.[^@\s.]+|\+?[\d\s()./-]{8,}")
 # For each table, or for all of them under None: the columns of attributes, and those of the key.
 type ColumnsOfTables = Mapping[str | None, Mapping[str, Sequence[str]]]
 type KeysOfTables = Mapping[str | None, Sequence[str]]
+
+# Likewise the actions of other columns.
+type OthersOfTables = Mapping[str | None, Mapping[str, str]]
 
 
 @dataclass(frozen=True)
@@ -41,6 +46,7 @@ class Asked:
         no_real: Whether nobody gets the full name or the telephone number of a real person.
         ways: Which telephone numbers people have, and in what letters their names are.
         fail_on_leak: Whether nothing is written where somebody is still named.
+        others: The actions of other columns, of each table by its name, or of all under None.
     """
 
     keys: KeysOfTables
@@ -51,6 +57,7 @@ class Asked:
     no_real: bool = False
     ways: Ways = field(default_factory=Ways)
     fail_on_leak: bool = False
+    others: OthersOfTables = field(default_factory=dict)
 
 
 @dataclass(frozen=True)
@@ -60,10 +67,12 @@ class OpenedTable:
     Attributes:
         copied: The table.
         roles: What its columns are.
+        others: The actions of other columns.
     """
 
     copied: Copied
     roles: Roles
+    others: Mapping[str, Action]
 
     @property
     def name(self) -> str:
@@ -83,15 +92,19 @@ def open_table(
     """Opens a table for as long as ``stack``, and finds what its columns are."""
     copied = stack.enter_context(open_copied(path, separator, encoding))
     _refuse_values_as_names(copied)
+    excerpt = _excerpt(copied)
+    others = {} if is_only_read else _others(asked.others, path, copied.columns)
     roles = find_roles(
-        _excerpt(copied),
+        excerpt,
         key=_key(_of_table(asked.keys, path), copied.columns),
         columns=_columns(asked.columns, path, copied.columns),
         keep=asked.keep,
         name=str(path),
         is_only_read=is_only_read,
+        has_others=bool(others),
     )
-    return OpenedTable(copied, roles)
+    actions = decided(excerpt, roles, others, asked.scrub)
+    return OpenedTable(copied, without_decided(roles, actions), actions)
 
 
 def _refuse_values_as_names(copied: Copied) -> None:
@@ -138,6 +151,12 @@ def _columns(
     return {**{attribute: those for attribute, those in of_all.items() if those}, **own}
 
 
+def _others(asked: OthersOfTables, path: Path, known: Sequence[str]) -> Mapping[str, str]:
+    """Gives the actions of columns; of those that are asked of all tables, what this one has."""
+    of_all = {column: each for column, each in asked.get(None, {}).items() if column in known}
+    return of_all | next((dict(asked[name]) for name in names_of(path) if name in asked), {})
+
+
 def _of_table[T](asked: Mapping[str | None, T], path: Path) -> T | None:
     """Gives what is asked of a table by its name, or else of all."""
     return next((asked[name] for name in (*names_of(path), None) if name in asked), None)
@@ -151,7 +170,7 @@ def names_of(path: Path) -> tuple[str, ...]:
 def refuse_unknown_tables(paths: Sequence[Path], asked: Asked) -> None:
     """Refuses what is asked of a table that is not there."""
     known = dict.fromkeys(name for path in paths for name in names_of(path))
-    for name in (*asked.keys, *asked.columns):
+    for name in (*asked.keys, *asked.columns, *asked.others):
         if name is not None and name not in known:
             raise ArgumentError(
                 f"There is no table {name!r}.{did_you_mean(name, known)} Tables are:"
@@ -169,3 +188,9 @@ def refuse_unknown_columns(tables: Sequence[OpenedTable], asked: Asked) -> None:
                     f"No table has a column {column!r} for {attribute!r}."
                     f"{did_you_mean(column, known)} Columns are: {listed(known)}."
                 )
+    for column in asked.others.get(None, {}):
+        if column not in known:
+            raise ReplaceError(
+                f"No table has a column {column!r} to change.{did_you_mean(column, known)} Columns"
+                f" are: {listed(known)}."
+            )

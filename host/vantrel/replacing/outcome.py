@@ -2,10 +2,12 @@
 
 from __future__ import annotations
 
+from collections.abc import Mapping
 from dataclasses import dataclass
 from pathlib import Path
 
 from vantrel.replacing.leaks import Leak
+from vantrel.replacing.others.action import Action
 from vantrel.replacing.people import Report
 from vantrel.replacing.roles import Roles
 
@@ -20,6 +22,8 @@ class Replaced:
         roles: What its columns were taken for.
         rows: The number of its rows.
         leaks: Who is still named in it.
+        others: The actions of other columns.
+        notes: What is to be told of these.
     """
 
     path: Path
@@ -27,6 +31,8 @@ class Replaced:
     roles: Roles
     rows: int
     leaks: list[Leak]
+    others: Mapping[str, Action]
+    notes: list[str]
 
 
 @dataclass(frozen=True)

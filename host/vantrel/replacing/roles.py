@@ -70,6 +70,7 @@ def find_roles(
     keep: Iterable[str] = (),
     name: str | None = None,
     is_only_read: bool = False,
+    has_others: bool = False,
 ) -> Roles:
     """Finds what the columns of a table are, as a fit finds them, where they are not named.
 
@@ -81,6 +82,7 @@ def find_roles(
         keep: Attributes that stay as they are.
         name: What errors call the table, where there are several.
         is_only_read: Whether the table need have no column to replace, only one of a person.
+        has_others: Whether other columns are changed, so that it need have none of a person.
 
     Raises:
         ArgumentTypeError: There is one text in the place of several.
@@ -108,7 +110,7 @@ def find_roles(
     undecided = {each for each in REPLACED if each not in kept and given.get(each) != ()}
     further = () if is_only_read else _further(table, taken, undecided)
     roles = Roles(key_of_table, told, kept, found, further, bool(keys))
-    if len(table) and not (roles.columns if is_only_read else roles.replaced):
+    if len(table) and not (has_others or (roles.columns if is_only_read else roles.replaced)):
         raise _nothing_found(table, roles, the_table)
     return roles
 
