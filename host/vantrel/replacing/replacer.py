@@ -109,7 +109,7 @@ class Replacer:
         made = _joined(map(passing, batches))
         self.roles, self.report = roles, self._people.finish()
         self.notes = [
-            note_on_columns(roles),
+            note_on_columns(roles, actions),
             *notes_on_index(table),
             *notes_on_table(roles, self.report.tables[name], passing.leaks()),
             *passing.notes(),

@@ -77,7 +77,6 @@ def _shuffled_places(numbers: Places, radices: Places, tweaks: Places, key: byte
 def _order(form: bytes, key: bytes) -> Places:
     radix = form[0]
     order = np.zeros(1 << 8, dtype=np.uint8)
-    order[:radix] = np.argsort(
-        digests((bytes((_ROUNDS, each)) + form for each in range(radix)), key)[:, 0]
-    )
+    hashed = digests((bytes((_ROUNDS, each)) + form for each in range(radix)), key)
+    order[:radix] = np.argsort(hashed[:, 0])
     return order

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from itertools import pairwise
 from typing import Any
 
 import numpy as np
@@ -47,14 +48,11 @@ def _kinds(texts: pa.Array) -> Any:
     """Numbers what must not become each other though it has one form."""
     lengths = pc.binary_length(texts)
     kinds = np.zeros(len(texts), dtype=np.int8)
-    is_whole: Any = None
     for end in _ENDS:
         is_beyond = pc.and_(pc.equal(lengths, len(end)), pc.greater(texts, end))
         if pc.any(is_beyond).as_py():
-            is_whole = (
-                pc.match_substring_regex(texts, WHOLE_NUMBER) if is_whole is None else is_whole
-            )
-            kinds += pc.and_(is_beyond, is_whole).to_numpy(zero_copy_only=False)
+            is_beyond = pc.and_(is_beyond, pc.match_substring_regex(texts, WHOLE_NUMBER))
+            kinds += is_beyond.to_numpy(zero_copy_only=False)
     is_canonical = pc.equal(canonical(texts).cast(pa.string()), texts)
     kinds[~is_canonical.to_numpy(zero_copy_only=False)] = -1
     return kinds
@@ -89,9 +87,8 @@ def _first_digits(texts: pa.Array, codes: Any, lengths: Any) -> Any:
 def _by_count(is_place: Any, lengths: Any) -> Any:
     """Gives the texts that have equally many places, and where these are."""
     places = np.flatnonzero(is_place)
-    counts = np.bincount(
-        np.repeat(np.arange(len(lengths)), lengths)[places], minlength=len(lengths)
-    )
+    text_of = np.repeat(np.arange(len(lengths)), lengths)
+    counts = np.bincount(text_of[places], minlength=len(lengths))
     starts = np.cumsum(counts) - counts
     for count in np.flatnonzero(np.bincount(counts)).tolist():
         if count:
@@ -109,7 +106,5 @@ def _tweaks(forms: pa.Array, key: bytes) -> Any:
 def _texts(codes: Any, lengths: Any) -> pa.Array:
     whole = codes.astype("<u4").tobytes().decode("utf-32-le")
     ends = np.cumsum(lengths).tolist()
-    starts = [0, *ends[:-1]]
-    return pa.array(
-        [whole[start:end] for start, end in zip(starts, ends, strict=True)], pa.string()
-    )
+    parts = [whole[start:end] for start, end in pairwise([0, *ends])]
+    return pa.array(parts, pa.string())
