@@ -14,6 +14,7 @@ from unicodedata import ucd_3_2_0 as unicode  # of 2002, which no version of Pyt
 import numpy as np
 
 _PART_BITS = 7
+_LAST_LETTER = 0x2FFFF  # behind it no planes but those of tags and private use
 
 NONE = 0
 """The alphabet of what stays."""
@@ -44,7 +45,7 @@ class Alphabets(NamedTuple):
 def alphabets() -> Alphabets:
     """Finds the alphabets in all of Unicode."""
     found: dict[tuple[int, str], list[int]] = {}
-    for code in range(sys.maxunicode + 1):
+    for code in range(_LAST_LETTER + 1):
         category = unicode.category(chr(code))
         if category[0] == "L" or category == "Nd":
             found.setdefault((code >> _PART_BITS, category), []).append(code)

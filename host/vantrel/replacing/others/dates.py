@@ -58,7 +58,8 @@ def written(days: Any, form: str, parts: dict[str, pa.Array]) -> pa.Array:
         "MM": (months - years).astype(np.int64) + 1,
         "DD": (dates - months).astype(np.int64) + 1,
     }
-    pieces = {name: _padded(numbers[name], len(name), parts[part]) for name, part in _PARTS.items()}
+    is_short = pc.or_(*(pc.equal(pc.utf8_length(parts[part]), 1) for part in ("month", "day")))
+    pieces = {name: _padded(numbers[name], len(name), is_short) for name in _PARTS}
     order = sorted(pieces, key=form.index)
     between = form.replace("YYYY", "").replace("MM", "").replace("DD", "")[:1]
     date = pc.binary_join_element_wise(*(pieces[name] for name in order), between)
@@ -87,8 +88,7 @@ def _numbers(texts: pa.Array) -> Any:
     return texts.cast(pa.int64()).fill_null(0).to_numpy(zero_copy_only=False)
 
 
-def _padded(numbers: Any, width: int, before: pa.Array) -> pa.Array:
-    """Writes numbers with leading zeros; without where fewer digits were before."""
+def _padded(numbers: Any, width: int, is_short: pa.Array) -> pa.Array:
+    """Writes numbers with leading zeros, or without."""
     texts = pa.array(numbers).cast(pa.string())
-    is_short = pc.less(pc.utf8_length(before), width)
     return pc.if_else(is_short, texts, pc.utf8_lpad(texts, width, "0"))

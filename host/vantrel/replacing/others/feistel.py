@@ -52,14 +52,16 @@ def distinct(rows: Places) -> tuple[list[bytes], Any]:
     encoded = pa.FixedSizeBinaryArray.from_buffers(
         kind, len(data), [None, pa.py_buffer(data)]
     ).dictionary_encode()
-    return encoded.dictionary.to_pylist(), encoded.indices.to_numpy()
+    _, values = encoded.dictionary.buffers()
+    found = np.frombuffer(values, dtype=f"V{data.shape[1]}", count=len(encoded.dictionary))
+    return found.tolist(), encoded.indices.to_numpy()
 
 
 def _hashed(number: int, tweaks: Places, half: Places, count: int, key: bytes) -> Any:
     """Hashes halves to so many words each; equal ones once."""
     messages, which = distinct(np.hstack([tweaks, half]))
     blocks = [
-        digests((bytes((number, block)) + each for each in messages), key).astype("<u8")
+        digests(messages, key, bytes((number, block))).astype("<u8")
         for block in range(-(-count // _WORDS_OF_A_DIGEST))
     ]
     words = np.hstack(blocks).view("<u4")[:, :count]
@@ -70,13 +72,14 @@ def _shuffled_places(numbers: Places, radices: Places, tweaks: Places, key: byte
     """The same of numbers of one place, which have no halves: all that there are are shuffled."""
     forms, which = distinct(np.hstack([radices, tweaks]))
     orders = np.array([_order(form, key) for form in forms])
-    return orders[which, numbers[:, 0]][:, np.newaxis]
+    made: Places = orders[which, numbers[:, 0]][:, np.newaxis]
+    return made
 
 
 @lru_cache(maxsize=10_000)
-def _order(form: bytes, key: bytes) -> Places:
+def _order(form: bytes, key: bytes) -> Any:
     radix = form[0]
     order = np.zeros(1 << 8, dtype=np.uint8)
-    hashed = digests((bytes((_ROUNDS, each)) + form for each in range(radix)), key)
+    hashed = digests((bytes((each,)) for each in range(radix)), key, bytes((_ROUNDS,)) + form)
     order[:radix] = np.argsort(hashed[:, 0])
     return order
