@@ -65,7 +65,7 @@ def _in_form_of(cells: pa.Array, keys: pa.Array, images: pa.Array) -> pa.Array:
 
 
 def _written(cell: str, key: str, image: str) -> str:
-    start = cell.lower().find(key)
+    start = cell.lower().find(key.lower())
     end = start + len(key)
     if start < 0 or len(cell.lower()) != len(cell):  # a time, written in another way
         return image
