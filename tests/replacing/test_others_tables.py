@@ -36,7 +36,7 @@ def with_others(people: int = 60) -> pd.DataFrame:
     number = np.arange(people)
     return table.assign(
         born=(pd.Timestamp("1980-01-15") + pd.to_timedelta(number * 37, "D")).strftime("%Y-%m-%d"),
-        iban=np.where(number % 5, "GB" + table["customer_id"].astype(str), None),
+        iban=("GB" + table["customer_id"].astype(str)).where(number % 5 > 0, None),
         points=number * 2,
     )
 
@@ -71,9 +71,7 @@ def test_csv_and_parquet_are_alike() -> None:
             == parquet[column].astype(str).where(parquet[column].notna(), "").tolist()
         )
     memory = vantrel.replace(table, "customer_id", bytes.fromhex(SECRET.hex()), others=ACTIONS)
-    pd.testing.assert_frame_equal(
-        memory.drop(columns="points"), parquet.drop(columns="points")
-    )
+    pd.testing.assert_frame_equal(memory.drop(columns="points"), parquet.drop(columns="points"))
 
 
 def test_blank_cells_of_csv_are_empty() -> None:
@@ -133,8 +131,9 @@ def test_changed_columns_are_searched_as_they_are_now() -> None:
     table = with_others().assign(nickname=lambda each: each["first_name"] + " " + each["last_name"])
     for action, is_told in (("keep", True), ("blank", False), ("fake:bs", False)):
         replacer = Replacer(SECRET)
-        columns = {"fullname": []}
-        replacer.replace(table, "customer_id", columns=columns, others={"nickname": action})
+        replacer.replace(
+            table, "customer_id", columns={"fullname": []}, others={"nickname": action}
+        )
         assert any("still name" in note for note in replacer.notes) is is_told
 
 
