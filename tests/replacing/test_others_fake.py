@@ -14,8 +14,8 @@ import pytest
 import vantrel
 from support.replacing import SECRET, customers
 from vantrel.errors import ReplaceError
-from vantrel.replacing.others import faked as module
 from vantrel.replacing.others.faked import faked
+from vantrel.replacing.others.providers import method_in
 
 DIGESTS = np.random.default_rng(1).integers(0, 2**64, (5, 8), dtype=np.uint64)
 
@@ -77,13 +77,12 @@ def test_an_address_is_one_line() -> None:
 
 def test_each_person_is_made_once_a_batch(monkeypatch: pytest.MonkeyPatch) -> None:
     calls: Counter[str] = Counter()
-    method_in = module.method_in
 
     def counting(*arguments: str) -> Any:
         calls[arguments[1]] += 1
         return method_in(*arguments)
 
-    monkeypatch.setattr(module, "method_in", counting)
+    monkeypatch.setattr("vantrel.replacing.others.faked.method_in", counting)
     column = pa.array(["x"] * 50)
     new = faked(column, "c", "city", DIGESTS.repeat(10, axis=0), ["en_GB"] * 50)
     assert calls["city"] == 5

@@ -93,6 +93,11 @@ def test_numbers_at_the_ends_of_their_types(number: int, kind: pa.DataType) -> N
     assert of([str(each) for each in numbers]) == [str(each) for each in made]
 
 
+def test_no_number_comes_to_be_another_one_written_otherwise() -> None:
+    numbers = [f"{number / 100:.2f}" for number in range(100, 1_000) if number % 100]
+    assert sorted(of(numbers)) == numbers  # "3.00" is 3
+
+
 def test_one_value_in_every_type() -> None:
     kinds = [pa.int16(), pa.int64(), pa.uint32(), pa.float32(), pa.float64(), pa.decimal128(9, 2)]
     (made,) = of([1234])
