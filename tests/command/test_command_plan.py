@@ -133,7 +133,8 @@ BAD = [
     (
         'format = "vantrel-plan"\nschema_version = 1\n[[tables.a.people]]\ncolumns = {}\n'
         '[tables.a.other]\nx = "scrap"',
-        "Plan plan.toml: Table 'a': 'scrap' is nothing that can become of column 'x'.",
+        "Plan plan.toml: Column 'x': 'scrap' is no action. Actions are: keep, blank, fake:PROVIDER,"
+        " shift:DAYS, hash.",
     ),
 ]
 
@@ -152,3 +153,21 @@ def test_a_plan_or_a_copy_is_named() -> None:
     succeed(PLAN)
     assert fail(PLAN, 2) == "plan.toml is there already: add --force to overwrite it."
     assert "no plan" not in fail("replace born.csv -o x.csv --plan gone.toml", 1)
+
+
+def test_actions_of_other_columns_go_into_a_plan_and_come_of_it() -> None:
+    actions = "--other id=hash --other born:dob=shift:180 --other mail2=blank --scrub memo"
+    succeed(f"{PLAN} {actions}")
+    text = Path("plan.toml").read_text()
+    others = ['id = "hash" # the key', 'dob = "shift:180"', 'memo = "scrub"', 'mail2 = "blank"']
+    assert all(line in text for line in others)
+    told = succeed(RUN.format("planned")).stdout
+    succeed(f"replace born.csv orders.csv -o plain --key id --secret s {actions}")
+    for name in ("born.csv", "orders.csv"):
+        made = Path("planned", name).read_bytes()
+        assert made == Path("plain", name).read_bytes()
+        assert made != Path(name).read_bytes()
+    assert "Other columns stay: 'order'." in told
+    assert told.count("Other columns stay") == 1
+    succeed(RUN.format("other") + " --other dob=keep --other memo=blank")
+    assert ",1940-05-06,," in Path("other/born.csv").read_text()

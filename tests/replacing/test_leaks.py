@@ -405,3 +405,11 @@ def test_the_same_is_found_as_by_a_plain_search(table: list[Row]) -> None:
         if kind in kinds
     ]
     assert [(leak.kind, leak.cells, leak.rows) for leak in search.found()] == expected
+
+
+def test_slices_of_large_texts_are_searched_to_their_ends() -> None:
+    names = pa.array([f"Qa{number} {'Qb' * number}" for number in range(9)], pa.large_string())
+    value = Value("email", names[5:], None)
+    search = LeakSearch()
+    search.look(pa.record_batch({"note": names[5:]}), [value], 1)
+    assert [leak.cells for leak in search.found()] == [4]

@@ -58,6 +58,9 @@ def as_option(name: str, value: object) -> str:
     """Writes an argument of the library as an option of the command."""
     if name in ATTRIBUTES:
         return f"--column {quoted(f'{name}={value}')}"
+    if name == "others" and isinstance(value, dict):
+        pairs = (quoted(f"{column}={action}") for column, action in value.items())
+        return " ".join(f"--other {pair}" for pair in pairs)
     if isinstance(value, dict):  # the columns of attributes
         return " ".join(as_option(*pair) for pair in value.items())
     option = _NAMES.get(name, f"--{name.replace('_', '-')}")

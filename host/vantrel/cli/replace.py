@@ -64,18 +64,40 @@ def _columns(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str
     return found
 
 
+def _others(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str, str]]:
+    found: dict[str | None, dict[str, str]] = {}
+    for text in given:
+        tables, pair = _tables_and_rest(text, inputs)
+        column, equals, action = pair.rpartition("=")
+        if not (column and equals and action):
+            raise click.BadParameter(
+                f"{text!r} is not of the form [TABLE:]COLUMN=ACTION.", param_hint="'--other'"
+            )
+        for table in tables:
+            if column in found.setdefault(table, {}):
+                raise click.UsageError(f"There are two actions of column {column!r}: name one.")
+            found[table][column] = action
+    return found
+
+
 def _of_tables(
-    keys: _Texts, columns: _Texts, inputs: Sequence[Path]
+    keys: _Texts, columns: _Texts, others: _Texts, inputs: Sequence[Path]
 ) -> tuple[OfTable, dict[str, OfTable]]:
     """Gives what is asked of all tables, and of single ones by their names."""
     from vantrel.replacing.asked import OfTable
 
     keys_of, columns_of = _keys(keys, inputs), _columns(columns, inputs)
+    others_of = _others(others, inputs)
 
     def asked(table: str | None) -> OfTable:
-        return OfTable(tuple(keys_of.get(table, ())), columns_of.get(table, {}))
+        return OfTable(
+            tuple(keys_of.get(table, ())),
+            columns_of.get(table, {}),
+            others=others_of.get(table, {}),
+        )
 
-    return asked(None), {table: asked(table) for table in {**keys_of, **columns_of} if table}
+    named_tables = {**keys_of, **columns_of, **others_of}
+    return asked(None), {table: asked(table) for table in named_tables if table}
 
 
 @click.command(cls=TerseCommand)
@@ -124,6 +146,15 @@ def _of_tables(
     " replaced, too; may be repeated.",
 )
 @click.option(
+    "--other",
+    "others",
+    multiple=True,
+    metavar="[TABLE:]COLUMN=ACTION",
+    help="What becomes of another column: keep, blank, hash (another value of the same form, the"
+    " same everywhere), shift:DAYS (all dates of a person moved by as many days) or fake:PROVIDER"
+    " (what that method of Faker gives, one value for each person); may be repeated.",
+)
+@click.option(
     "--fail-on-leak",
     is_flag=True,
     help="Write nothing, and end with status 3, where a column still names the row's person.",
@@ -170,6 +201,7 @@ def replace(
     columns: _Texts,
     keep: list[str],
     scrub: _Texts,
+    others: _Texts,
     fail_on_leak: bool,
     plan: Path | None,
     write_plan: Path | None,
@@ -212,7 +244,7 @@ def replace(
     from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
     all_tables = [*tables, *([people] if people else [])]
-    of_all, of_tables = _of_tables(keys, columns, all_tables)
+    of_all, of_tables = _of_tables(keys, columns, others, all_tables)
     asked = Asked(
         OfTable(keep=frozenset(keep), scrub=scrub).over(of_all),
         of_tables,
@@ -249,6 +281,7 @@ def _tell(table: Replaced) -> None:
         for name, columns in table.roles.columns.items()
         for column in columns
     ]
+    rows += [("", column, "--other", str(action)) for column, action in table.others.items()]
     title = str(table.path)
     print_all([Section(title, ("Attribute", "Column", "Found by", ""), rows)])
     if table.staying:

@@ -26,6 +26,7 @@ class OfTable:
         scrub: Columns of other things in which the names of the row's person are replaced, too.
         decided: Other columns that stay, as somebody has decided.
         undecided: Other columns of which somebody has yet to decide.
+        others: The actions of other columns.
         is_planned: Whether a plan knows the table, and has to know each of its columns.
     """
 
@@ -35,26 +36,32 @@ class OfTable:
     scrub: tuple[str, ...] = ()
     decided: tuple[str, ...] = ()
     undecided: tuple[str, ...] = ()
+    others: Mapping[str, str] = field(default_factory=dict)
     is_planned: bool = False
 
     @property
     def fates(self) -> dict[str, str]:
         """What becomes of other columns, as a plan has it."""
-        return (
-            dict.fromkeys(self.undecided, UNDECIDED)
-            | dict.fromkeys(self.decided, KEEP)
-            | (dict.fromkeys(self.scrub, SCRUB))
-        )
+        fates = {UNDECIDED: self.undecided, KEEP: self.decided, SCRUB: self.scrub}
+        told = {column: fate for fate, columns in fates.items() for column in columns}
+        return told | dict(self.others)
 
     def over(self, other: OfTable) -> OfTable:
         """Adds what is asked besides; what both tell is as this one tells it."""
+        own = self.fates
+
+        def with_more(mine: tuple[str, ...], its: tuple[str, ...]) -> tuple[str, ...]:
+            return mine + tuple(column for column in its if column not in own)
+
+        more = {column: action for column, action in other.others.items() if column not in own}
         return OfTable(
             self.key or other.key,
             {**other.columns, **self.columns},
             self.keep | other.keep,
-            tuple(dict.fromkeys((*self.scrub, *other.scrub))),
-            (*self.decided, *other.decided),
-            (*self.undecided, *other.undecided),
+            with_more(self.scrub, other.scrub),
+            with_more(self.decided, other.decided),
+            with_more(self.undecided, other.undecided),
+            {**more, **self.others},
             self.is_planned or other.is_planned,
         )
 
@@ -97,6 +104,7 @@ class Asked:
                 if (own := [column for column in those if column in known])
             },
             scrub=tuple(column for column in self.of_all.scrub if column in known),
+            others={name: each for name, each in self.of_all.others.items() if name in known},
         )
         table = self.of_tables.get(path.name, OfTable()).over(of_all)
         planned = self.plan.tables.get(path.name) if self.plan else None
@@ -117,6 +125,7 @@ def _planned(plan: TablePlan) -> OfTable:
         fates[SCRUB],
         fates[KEEP],
         fates[UNDECIDED],
+        {column: fate for column, fate in plan.other.items() if fate not in fates},
         is_planned=True,
     )
 

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from collections.abc import Callable
 from typing import Any
 
 import numpy as np
@@ -14,27 +15,31 @@ from vantrel.replacing.prints import layout
 _BLANK = ord(" ")
 
 
-def put_in(made: pa.Array, column: pa.Array, name: str) -> pa.Array:
+def put_in(
+    made: pa.Array, column: pa.Array, name: str, read: Callable[[pa.Array], pa.Array] | None = None
+) -> pa.Array:
     """Gives a column with made-up values; what is missing, empty or blank stays as it is.
 
     Args:
-        made: A string for each row.
+        made: A value for each row, a string where the column has texts.
         column: The values that are replaced.
         name: What an error calls the column.
+        read: Makes what can be cast to the column's type, where that is not of texts; if None, it
+            takes the digits of telephone numbers.
 
     Raises:
         ReplaceError: The column's type cannot hold them.
     """
     kind = column.type
     if pa.types.is_dictionary(kind):
-        return _encoded(put_in(made, column.dictionary_decode(), name), kind)
+        return encoded_as(put_in(made, column.dictionary_decode(), name, read), kind)
     if pa.types.is_null(kind):
         return column
     try:
-        if _is_text(kind):
+        if holds_texts(kind):
             return _among_texts(made, column.cast(pa.string())).cast(kind)
         is_there = pc.and_not(column.is_valid(), pc.is_null(column, nan_is_null=True))
-        return pc.if_else(is_there, _numbers(made).cast(kind), column)
+        return pc.if_else(is_there, (read or _numbers)(made).cast(kind), column)
     except (pa.ArrowInvalid, pa.ArrowNotImplementedError) as error:
         raise ReplaceError(
             f"Column {name!r} is of type {kind}, which cannot hold what is made up for it: make it"
@@ -42,7 +47,8 @@ def put_in(made: pa.Array, column: pa.Array, name: str) -> pa.Array:
         ) from error
 
 
-def _is_text(kind: pa.DataType) -> bool:
+def holds_texts(kind: pa.DataType) -> bool:
+    """Whether values of a type are texts, or bytes that may be."""
     kinds = (pa.string(), pa.large_string(), pa.string_view(), pa.binary(), pa.large_binary())
     return kind in kinds
 
@@ -62,7 +68,7 @@ def _gaps(texts: pa.Array) -> Any:
     return is_gap
 
 
-def _encoded(column: pa.Array, kind: pa.DictionaryType) -> pa.Array:
+def encoded_as(column: pa.Array, kind: pa.DictionaryType) -> pa.Array:
     """Encodes values with indices of 32 bits: there may be more of them than there were before."""
     encoded = column.dictionary_encode()
     return pa.DictionaryArray.from_arrays(encoded.indices, encoded.dictionary, ordered=kind.ordered)

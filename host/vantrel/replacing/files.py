@@ -184,8 +184,10 @@ def _copy_all(
             table.roles,
             table.asked,
             done.rows,
-            done.left,
+            tuple(each for each in done.left if each not in (*table.others, *table.asked.scrub)),
             done.leaks(),
+            table.others,
+            done.notes(),
         )
         for (table, output, _), done in zip(copies, passed, strict=True)
     ]
@@ -205,7 +207,7 @@ def _write(
     """Writes the copy of a table."""
     table, output, compression = copy
     copied = table.copied
-    passing = Passing(who, table.roles, table.asked.scrub)
+    passing = Passing(who, table.roles, table.asked.scrub, table.others)
 
     def told(batch: pa.RecordBatch) -> dict[str, pa.Array]:
         made = passing(batch)
@@ -226,12 +228,12 @@ def _notes(
     report: Report,
 ) -> Iterator[str]:
     """Tells of each table what is to be told; by its name where there are several."""
-    known: list[tuple[OpenedTable, list[Leak]]] = [(table, []) for table in only_read]
-    known += [(table, done.leaks) for table, done in zip(tables, replaced, strict=True)]
-    for table, leaks in known:
+    known: list[tuple[OpenedTable, list[Leak], list[str]]] = [(each, [], []) for each in only_read]
+    known += [(table, done.leaks, done.notes) for table, done in zip(tables, replaced, strict=True)]
+    for table, leaks, on_others in known:
         met = report.tables.get(table.name, Table())
         undecided = notes_on_undecided(table.roles, table.asked.undecided)
-        for note in chain(notes_on_table(table.roles, met, leaks), undecided):
+        for note in chain(notes_on_table(table.roles, met, leaks), on_others, undecided):
             yield f"{named(table.name)}: {note}" if len(known) > 1 else note
 
 

@@ -107,4 +107,7 @@ def _series(made: pa.ChunkedArray, like: pd.Series) -> pd.Series:
     if isinstance(like.dtype, pd.CategoricalDtype):
         texts = pd.Categorical(values, ordered=like.dtype.ordered)
         return pd.Series(texts, index=like.index, name=like.name)
-    return pd.Series(values, index=like.index, name=like.name, dtype=like.dtype)
+    dtype = like.dtype
+    if made.null_count and dtype.kind in "biu":  # of NumPy, which knows no missing ones of these
+        dtype = like.iloc[:0].convert_dtypes().dtype
+    return pd.Series(values, index=like.index, name=like.name, dtype=dtype)

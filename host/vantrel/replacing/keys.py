@@ -131,9 +131,15 @@ def _joined(start: bytes, parts: Iterable[pa.Array]) -> pa.Array:
     return pc.binary_join_element_wise(pa.scalar(start), *counted, b"")
 
 
-def digests(keys: Iterable[bytes], secret: bytes) -> Digests:
-    """Hashes keys with the secret, to :data:`WORDS` words each that are alike on every machine."""
-    with_secret = blake2b(key=secret)
+def digests(keys: Iterable[bytes], secret: bytes, before: bytes = b"") -> Digests:
+    """Hashes keys with the secret, to :data:`WORDS` words each that are alike on every machine.
+
+    Args:
+        keys: The keys.
+        secret: The secret.
+        before: What stands before each key.
+    """
+    with_secret = blake2b(before, key=secret)
     made = []
     for key in keys:
         hashed = with_secret.copy()  # in less time than a new one takes to look at its arguments

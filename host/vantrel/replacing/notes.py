@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Iterator
+from collections.abc import Iterable, Iterator, Mapping
 from typing import TYPE_CHECKING
 
 import pandas as pd
@@ -17,13 +17,14 @@ _MOST_NAMED = 20
 
 if TYPE_CHECKING:
     from vantrel.replacing.leaks import Leak
+    from vantrel.replacing.others.action import Action
     from vantrel.replacing.people import Report, Table
 
 
-def note_on_columns(roles: Roles) -> str:
-    """Tells which columns are replaced."""
-    taken = [f"{column!r} ({attribute})" for column, attribute in roles.replaced.items()]
-    return f"Replaced: {', '.join(taken)}."
+def note_on_columns(roles: Roles, others: Mapping[str, Action]) -> str:
+    """Tells which columns are replaced, and which are changed otherwise."""
+    taken = roles.replaced | {column: str(action) for column, action in others.items()}
+    return f"Replaced: {', '.join(f'{column!r} ({what})' for column, what in taken.items())}."
 
 
 def notes_on_index(table: object) -> Iterator[str]:

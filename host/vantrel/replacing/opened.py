@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import re
-from collections.abc import Sequence
+from collections.abc import Mapping, Sequence
 from contextlib import ExitStack
 from dataclasses import dataclass
 from pathlib import Path
@@ -16,6 +16,8 @@ from vantrel.errors import PlanError, ReplaceError
 from vantrel.hints import did_you_mean, listed, named
 from vantrel.replacing.asked import Asked, OfTable
 from vantrel.replacing.frames import excerpt_of, without_gaps
+from vantrel.replacing.others.action import Action
+from vantrel.replacing.others.decided import decided, without_decided
 from vantrel.replacing.roles import Roles, find_roles, refuse_scrub
 from vantrel.tables.copying import Copied, open_copied
 
@@ -31,11 +33,13 @@ class OpenedTable:
         copied: The table.
         roles: What its columns are.
         asked: What is asked of it.
+        others: The actions of other columns.
     """
 
     copied: Copied
     roles: Roles
     asked: OfTable
+    others: Mapping[str, Action]
 
     @property
     def name(self) -> str:
@@ -55,21 +59,25 @@ def open_table(
     """Opens a table for as long as ``stack``, and finds what its columns are."""
     copied = stack.enter_context(open_copied(path, separator, encoding))
     _refuse_values_as_names(copied)
+    excerpt = _excerpt(copied)
     own = asked.of(path, copied.columns)
+    others = {} if is_only_read else own.others
     roles = find_roles(
-        _excerpt(copied),
+        excerpt,
         key=_key(own.key, copied.columns),
         columns=own.columns,
         keep=own.keep,
         decided=[*own.scrub, *own.decided],
         name=str(path),
         is_only_read=is_only_read,
+        has_others=bool(others),
     )
     if own.is_planned and asked.plan and asked.plan.new_columns == "refuse":
         _refuse_unplanned(copied, roles, own)
     if not is_only_read:
         refuse_scrub(copied.columns, roles, own.scrub)
-    return OpenedTable(copied, roles, own)
+    actions = decided(excerpt, roles, others, own.scrub)
+    return OpenedTable(copied, without_decided(roles, actions), own, actions)
 
 
 def _refuse_values_as_names(copied: Copied) -> None:
@@ -104,14 +112,14 @@ def _key(given: Sequence[str], columns: Sequence[str]) -> Sequence[str] | None:
 
 def _refuse_unplanned(copied: Copied, roles: Roles, asked: OfTable) -> None:
     """Refuses columns that a plan does not know."""
-    known = {*roles.needed, *asked.scrub, *asked.decided, *asked.undecided}
+    known = {*roles.needed, *asked.fates}
     for column in copied.columns:
         if column not in known:
             raise PlanError(
                 f"Table {named(copied.path)} has a column {column!r} that the plan does not know:"
                 ' decide in the plan what becomes of it, or write new_columns = "keep" there.'
             )
-    for column in (*asked.decided, *asked.undecided):
+    for column in asked.fates:
         if column not in copied.columns:
             raise PlanError(
                 f"Table {named(copied.path)} has no column {column!r}, which the plan knows."
@@ -124,7 +132,9 @@ def refuse_unknown_columns(tables: Sequence[OpenedTable], asked: Asked) -> None:
     known = dict.fromkeys(column for table in tables for column in table.copied.columns)
     of_all = asked.of_all
     wanted = [(each, f"for {name!r}") for name, those in of_all.columns.items() for each in those]
-    for column, what_for in [*wanted, *((each, "to scrub") for each in of_all.scrub)]:
+    wanted += [(column, "to scrub") for column in of_all.scrub]
+    wanted += [(column, "to change") for column in of_all.others]
+    for column, what_for in wanted:
         if column not in known:
             raise ReplaceError(
                 f"No table has a column {column!r} {what_for}.{did_you_mean(column, known)} Columns"

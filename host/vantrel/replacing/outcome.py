@@ -2,11 +2,13 @@
 
 from __future__ import annotations
 
+from collections.abc import Mapping
 from dataclasses import dataclass
 from pathlib import Path
 
 from vantrel.replacing.asked import OfTable
 from vantrel.replacing.leaks import Leak
+from vantrel.replacing.others.action import Action
 from vantrel.replacing.people import Report
 from vantrel.replacing.roles import Roles
 
@@ -21,8 +23,10 @@ class Replaced:
         roles: What its columns were taken for.
         asked: What was asked of it.
         rows: The number of its rows.
-        staying: The other columns.
+        staying: The other columns, of which nothing else was asked.
         leaks: Who is still named in it.
+        others: The actions of other columns.
+        notes: What is to be told of these.
     """
 
     path: Path
@@ -32,6 +36,8 @@ class Replaced:
     rows: int
     staying: tuple[str, ...]
     leaks: list[Leak]
+    others: Mapping[str, Action]
+    notes: list[str]
 
 
 @dataclass(frozen=True)

@@ -13,6 +13,7 @@ from vantrel.replacing.form import without_titles
 from vantrel.replacing.keys import as_texts, is_text
 from vantrel.replacing.leaks import Leak, LeakSearch, Names, Value, scrubbed
 from vantrel.replacing.made import MadeUp
+from vantrel.replacing.others.action import Action
 from vantrel.replacing.people import People
 from vantrel.replacing.roles import Roles
 from vantrel.replacing.told import Told
@@ -33,16 +34,24 @@ class Passing:
         people: Who becomes of whom.
         roles: What the table's columns are.
         scrub: The columns in which the names of the row's person are replaced, too.
+        others: The actions of other columns.
 
     Attributes:
         rows: The number of rows until now.
         left: The columns that are not those of a person, once there was a batch.
     """
 
-    def __init__(self, people: People, roles: Roles, scrub: Iterable[str] = ()) -> None:
+    def __init__(
+        self,
+        people: People,
+        roles: Roles,
+        scrub: Iterable[str] = (),
+        others: Mapping[str, Action] | None = None,
+    ) -> None:
         self._people = people
         self._roles = roles
         self._scrub = list(scrub)
+        self._changed = people.changed(others or {})
         self._search = LeakSearch()
         has_names = "fullname" in roles.columns or roles.columns.keys() >= set(_PARTS)
         self._has_no_names = not has_names
@@ -55,6 +64,7 @@ class Passing:
         new = self._people.replaced(batch, self._roles)
         columns, values = new.columns, self._known_by(batch, new.columns)
         names = self._names(new.told, values)
+        columns |= self._changed(batch, new.digests, new.told)
         for column in self._scrub:
             texts = batch.column(column)
             by_print = [] if names is None else _found_by_print(texts, names, new.made)
@@ -64,6 +74,10 @@ class Passing:
         self._search.look(pa.RecordBatch.from_pydict(left), values, self.rows + 1, names)
         self.rows += batch.num_rows
         return columns
+
+    def notes(self) -> list[str]:
+        """What is to be told of the columns that have actions."""
+        return list(self._changed.notes())
 
     def leaks(self) -> list[Leak]:
         """Who is still named in the columns that passed through."""

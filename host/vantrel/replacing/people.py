@@ -10,7 +10,9 @@ report = people.finish()
 from __future__ import annotations
 
 import secrets
+from collections.abc import Mapping
 from dataclasses import dataclass, field
+from hashlib import blake2b
 from typing import Any
 
 import numpy as np
@@ -23,6 +25,8 @@ from vantrel.replacing.cells import put_in
 from vantrel.replacing.form import in_case_of, in_form_of
 from vantrel.replacing.keys import WORDS, Digests, as_texts, digests, keys_of, keys_of_rows
 from vantrel.replacing.made import MadeUp, Makers
+from vantrel.replacing.others.action import Action
+from vantrel.replacing.others.changed import Changed
 from vantrel.replacing.places import Places
 from vantrel.replacing.prints import Prints, prints
 from vantrel.replacing.real import RealPeople
@@ -34,6 +38,8 @@ from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
 _AT_ONCE = 100_000
+
+_OF_OTHERS = b"other columns"  # keeps apart what is derived for them from the digests of keys
 
 
 @dataclass
@@ -85,11 +91,13 @@ class NewValues:
 
     Attributes:
         columns: The new values of the columns that are replaced, in their types.
-        told: What is told of the person of each row.
+        digests: The digest of the key of each row's person.
+        told: What is told of each.
         made: Who becomes of each.
     """
 
     columns: dict[str, pa.Array]
+    digests: Digests
     told: Told
     made: MadeUp
 
@@ -182,7 +190,12 @@ class People:
             column: _written(made, attribute, batch.column(column), column)
             for column, attribute in roles.replaced.items()
         }
-        return NewValues(columns, told, made)
+        return NewValues(columns, found, told, made)
+
+    def changed(self, actions: Mapping[str, Action]) -> Changed:
+        """Gives what makes the columns of a table that have actions of their own."""
+        key = blake2b(key=self._secret, person=_OF_OTHERS).digest()
+        return Changed(actions, key, self._places)
 
     def finish(self) -> Report:
         """Makes sure that no two people share an account, and counts what real people bear.

@@ -6,6 +6,7 @@ from functools import cache
 from typing import Any, NamedTuple
 
 import numpy as np
+from faker import Faker
 
 from vantrel.sampling.names import Order, order_of_names
 from vantrel.util.locale.locale import (
@@ -92,6 +93,11 @@ def _place(text: str) -> Place:
 @cache
 def order_in(locale: str, *, in_latin: bool = False) -> Order:
     """How names are joined in a locale."""
+    return order_of_names(faker_in(locale), in_latin=in_latin)
+
+
+def faker_in(locale: str) -> Faker:
+    """Makes a generator for a locale."""
     with told_before():
         (faker,) = get_country_to_provder_map([locale], Provider.PERSON).values()
-    return order_of_names(faker, in_latin=in_latin)
+    return faker

@@ -14,10 +14,10 @@ import pandas as pd
 import pyarrow as pa
 
 from vantrel.replacing.names import first_names, folded, last_names
+from vantrel.replacing.places import faker_in
 from vantrel.replacing.prints import Prints, prints
 from vantrel.rows.form import AS_MADE
 from vantrel.sampling.addresses import Accounts
-from vantrel.util.locale.locale import Provider, get_country_to_provder_map, told_before
 from vantrel.without_table import people
 
 NAME_BITS = 17
@@ -148,9 +148,7 @@ def _small(numbers: Any) -> Any:
 
 def _plain(names: pa.Array, locale: str) -> pa.Array:
     """Writes names as accounts have them, in ASCII and cut where they are long."""
-    with told_before():
-        (faker,) = get_country_to_provder_map([locale], Provider.PERSON).values()
-    accounts = Accounts([locale.partition("_")[0]], [faker], AS_MADE)
+    accounts = Accounts([locale.partition("_")[0]], [faker_in(locale)], AS_MADE)
     lower = pd.Series([name.lower() for name in names.to_pylist()])
     written = accounts.usernames(lower.array, np.zeros(len(lower), dtype=np.int64))
     return pa.array(

@@ -39,6 +39,7 @@ def _form(table: Replaced, asked: Asked, report: Report) -> dict[str, Any]:
         "key": list(roles.key),
         "replaced": roles.replaced,
         "kept": sorted(roles.kept),
+        "others": {column: str(action) for column, action in table.others.items()},
         "options": {
             "scrub": list(table.asked.scrub),
             "place": asked.place,

@@ -8,7 +8,8 @@ from typing import TYPE_CHECKING, Any
 
 import pandas as pd
 
-from vantrel.arguments import as_frame, refuse_text
+from vantrel.arguments import as_frame, kind_of, refuse_text
+from vantrel.errors import ArgumentTypeError
 from vantrel.fitting.checks import check_ways
 from vantrel.replacing import require_pyarrow
 from vantrel.replacing.notes import (
@@ -88,9 +89,11 @@ class Replacer:
         columns: Columns | None = None,
         keep: Iterable[str] = (),
         scrub: Iterable[str] = (),
+        others: Mapping[str, str] | None = None,
     ) -> Any:
         """Replaces the people of a table; see :func:`replace`."""
-        from vantrel.replacing.frames import like, with_columns
+        from vantrel.replacing.frames import excerpt, like, with_columns
+        from vantrel.replacing.others.decided import decided, without_decided
         from vantrel.replacing.passing import Passing
 
         refuse_text(scrub, "scrub", "columns")
@@ -99,20 +102,26 @@ class Replacer:
         table = _opened(df, "A table")
         if people is not None:
             self._learn_only(_opened(people, "A table of people"), key, name)
-        roles = _roles(table, key, columns, keep, scrub)
+        first = excerpt(table)
+        roles = find_roles(
+            first, key=key, columns=columns, keep=keep, decided=scrub, has_others=bool(others)
+        )
         refuse_scrub(_names(table), roles, scrub)
+        actions = decided(first, roles, _checked(others), scrub)
+        roles = without_decided(roles, actions)
         batches = list(_batches(table))
         for batch in batches:
             self._people.learn(batch, roles, name)
         self._people.settle()
-        passing = Passing(self._people, roles, scrub)
+        passing = Passing(self._people, roles, scrub, actions)
         made = _joined(map(passing, batches))
         self.roles, self.report = roles, self._people.finish()
         self.notes = [
-            note_on_columns(roles),
+            note_on_columns(roles, actions),
             *notes_on_index(table),
             *notes_on_table(roles, self.report.tables[name], passing.leaks()),
             *notes_on_undecided(roles),
+            *passing.notes(),
             *notes_on_people(self.report, no_real=self._no_real),
         ]
         for note in self.notes:
@@ -138,6 +147,7 @@ def replace(
     columns: Columns | None = None,
     keep: Iterable[str] = (),
     scrub: Iterable[str] = (),
+    others: Mapping[str, str] | None = None,
     *,
     place: str = DEFAULT_LOCALE,
     no_real: bool = False,
@@ -163,6 +173,10 @@ def replace(
             values, as in ``{"email": ["email", "billing_email"]}``.
         keep: Attributes that stay as they are.
         scrub: Columns of other things in which the names of the row's person are replaced, too.
+        others: What becomes of other columns: ``"keep"``; ``"blank"``; ``"hash"``, another value of
+            the same form, the same everywhere; ``"shift:DAYS"``, all dates of a person moved by the
+            same number of days up to so many; ``"fake:PROVIDER"``, what this method of Faker gives,
+            one value for each person.
         place: The country, or locale of Faker, of the people for whom no table tells one.
         no_real: Whether nobody gets the full name or the telephone number of a real person of the
             tables. People then depend on these tables, too.
@@ -190,7 +204,7 @@ def replace(
     replacer = Replacer(
         secret, place=place, no_real=no_real, phone_numbers=phone_numbers, latin=latin
     )
-    return replacer.replace(df, key, people, columns, keep, scrub)
+    return replacer.replace(df, key, people, columns, keep, scrub, others)
 
 
 def _people(secret: bytes, place: str, no_real: bool, ways: Ways) -> People:
@@ -214,12 +228,14 @@ def _opened(table: Any, what: str) -> pd.DataFrame | pa.Table:
     return opened
 
 
-def _roles(
-    table: pd.DataFrame | pa.Table, key: Any, columns: Any, keep: Any, scrub: list[str]
-) -> Roles:
-    from vantrel.replacing.frames import excerpt
-
-    return find_roles(excerpt(table), key=key, columns=columns, keep=keep, decided=scrub)
+def _checked(others: Any) -> Mapping[str, str]:
+    """Refuses what does not name the action of each column."""
+    if others is not None and not isinstance(others, Mapping):
+        raise ArgumentTypeError(
+            "The actions of other columns are a dictionary, as in"
+            f" others={{'notes': 'blank'}}, not {kind_of(others)}."
+        )
+    return others or {}
 
 
 def _names(table: pd.DataFrame | pa.Table) -> list[str]:

@@ -74,6 +74,7 @@ def find_roles(
     decided: Iterable[str] = (),
     name: str | None = None,
     is_only_read: bool = False,
+    has_others: bool = False,
 ) -> Roles:
     """Finds what the columns of a table are, as a fit finds them, where they are not named.
 
@@ -86,6 +87,7 @@ def find_roles(
         decided: Columns of other things of which it is known what becomes of them.
         name: What errors call the table, where there are several.
         is_only_read: Whether the table need have no column to replace, only one of a person.
+        has_others: Whether other columns are changed, so that it need have none of a person.
 
     Raises:
         ArgumentTypeError: There is one text in the place of several.
@@ -115,7 +117,7 @@ def find_roles(
     known = [*taken, *decided, *(choice.column for choice in further)]
     personal = () if is_only_read else find_personal(table, known)
     roles = Roles(key_of_table, told, kept, found, further, personal, bool(keys))
-    if len(table) and not (roles.columns if is_only_read else roles.replaced):
+    if len(table) and not (has_others or (roles.columns if is_only_read else roles.replaced)):
         raise _nothing_found(table, roles, the_table)
     return roles
 

@@ -165,7 +165,8 @@ def _folded(texts: pa.Array) -> pa.Array:
     """Texts without regard to case, in which all that is not of ASCII is of words."""
     texts = pc.fill_null(texts.cast(pa.string()), "")
     is_ascii = pc.string_is_ascii(texts)
-    lower = pc.ascii_lower(texts)
+    # Joined, as of a slice of large texts that was cast Arrow would copy too few bytes.
+    lower = pc.ascii_lower(pa.concat_arrays([texts]))
     if pc.all(is_ascii).as_py() is not False:
         return lower
     others = texts.filter(pc.invert(is_ascii)).to_pylist()

@@ -10,6 +10,7 @@ import msgspec
 from vantrel.attributes import ATTRIBUTES
 from vantrel.errors import PlanError
 from vantrel.hints import did_you_mean
+from vantrel.replacing.others.action import read_action
 from vantrel.replacing.plan.form import KEEP, SCRUB, UNDECIDED, Plan
 from vantrel.storage.toml import read_toml
 from vantrel.wording import shown
@@ -41,11 +42,7 @@ def _plan(content: dict[str, Any]) -> Plan:
                 raise ValueError(f"{where}: {shown(repr(attribute))} is no attribute.{hint}")
         for column, fate in table.other.items():
             if fate not in (KEEP, SCRUB, UNDECIDED):
-                hint = did_you_mean(fate, (KEEP, SCRUB, UNDECIDED))
-                raise ValueError(
-                    f"{where}: {shown(repr(fate))} is nothing that can become of column"
-                    f" {shown(repr(column))}.{hint}"
-                )
+                read_action(fate, column)
         for column in person.named:
             if table.other.get(column, "keep") != "keep" and column not in person.key:
                 raise ValueError(
