@@ -93,7 +93,8 @@ def test_a_column_that_is_gone_is_told() -> None:
 def test_what_nobody_has_decided() -> None:
     told = (
         "Column 'dob' looks personal (date of birth): its name says so, and 100% of its different"
-        " values are days that lie as far apart as births do. It stays."
+        " values are days that lie as far apart as births do. It stays; --other dob=shift:180"
+        " decides."
     )
     strict = "replace born.csv -o out.csv --key id --secret s --strict"
     assert fail(strict, 1) == (
@@ -107,7 +108,10 @@ def test_what_nobody_has_decided() -> None:
     Path("plan.toml").write_text(text.replace('"undecided"', '"keep"'))
     assert "dob" not in succeed(f"{planned} --force --strict").stderr
     Path("plan.toml").write_text(text.replace('memo = "keep"', 'memo = "undecided"'))
-    assert "Column 'memo' is undecided. It stays." in succeed(f"{planned} --force").stderr
+    assert (
+        "Column 'memo' is undecided. It stays; --other memo=keep decides."
+        in succeed(f"{planned} --force").stderr
+    )
 
 
 BAD = [

@@ -396,7 +396,7 @@ def test_columns_of_other_kinds_that_look_personal_are_told() -> None:
     )
     assert told[1:] == [
         "vantrel: note: Column 'maiden_name' looks personal (further name): its name says so. It"
-        " stays."
+        " stays; --other maiden_name=blank decides."
     ]
 
 

@@ -9,11 +9,25 @@ import pandas as pd
 from pandas.api.types import is_datetime64_any_dtype, is_numeric_dtype, is_timedelta64_dtype
 
 from vantrel.detection import Choice
+from vantrel.detection.personal import Finding, Kind
 from vantrel.hints import argument, listed
 from vantrel.replacing.roles import Roles
 from vantrel.wording import counted, shown, some
 
 _MOST_NAMED = 20
+
+# What is likely to be wanted of columns that look personal; the others are best blank.
+_LIKELY = {
+    Kind.BIRTH: "shift:180",
+    Kind.STREET: "fake:street_address",
+    Kind.POSTCODE: "fake:postcode",
+    Kind.CITY: "fake:city",
+    Kind.ACCOUNT: "fake:iban",
+    Kind.CARD: "fake:credit_card_number",
+    Kind.OFFICIAL: "hash",
+    Kind.DOCUMENT: "hash",
+    Kind.IP: "fake:ipv4",
+}
 
 if TYPE_CHECKING:
     from vantrel.replacing.leaks import Leak
@@ -85,7 +99,16 @@ def notes_on_undecided(roles: Roles, undecided: Iterable[str] = ()) -> Iterator[
     for column in dict.fromkeys((*why, *undecided)):
         finding = why.get(column)
         looks = f"looks personal ({finding.kind}): {finding.why}" if finding else "is undecided"
-        yield f"Column {shown(repr(column))} {looks}. It stays."
+        decision = _decision(column, finding)
+        yield f"Column {shown(repr(column))} {looks}. It stays; {decision} decides."
+
+
+def _decision(column: str, finding: Finding | None) -> str:
+    """Writes what is likely to be wanted of a column that looks personal."""
+    if finding and finding.kind is Kind.PROSE:
+        return argument("scrub", [column])
+    action = _LIKELY.get(finding.kind, "blank") if finding else "keep"
+    return argument("others", {column: action})
 
 
 def notes_on_people(report: Report, *, no_real: bool) -> Iterator[str]:
