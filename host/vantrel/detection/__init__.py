@@ -110,12 +110,18 @@ def detect(
     known = known or {}
     candidates: list[_Candidate] = []
     doubts: list[Doubt] = []
-    for position, column in usable_columns(df, {*known.values(), *ignored}):
-        values = Values(df.iloc[:, position], config or PersonModelConfig())
-        if not values.is_empty:
-            candidates += _by_name(position, column, values)
-            candidates += _by_values(position, column, values)
-            doubts += _doubts(column, values)
+    columns = [
+        (position, column, Values(df.iloc[:, position], config or PersonModelConfig()))
+        for position, column in usable_columns(df, {*known.values(), *ignored})
+    ]
+    columns = [each for each in columns if not each[-1].is_empty]
+    for position, column, values in columns:
+        candidates += _by_name(position, column, values)
+        doubts += _doubts(column, values)
+    # To know all names of countries takes long, and a column that is named so comes first anyway.
+    has_country = "country" in {*known, *(candidate.kind for candidate in candidates)}
+    for position, column, values in columns:
+        candidates += _by_values(position, column, values, has_country=has_country)
     chosen = _assign(candidates, known)
     return Detection(
         choices=[chosen[attribute] for attribute in ATTRIBUTES if attribute in chosen],
@@ -141,9 +147,11 @@ def _by_name(position: int, column: str, values: Values) -> Iterator[_Candidate]
             yield _Candidate(rank, 1 - agreement, position, told, column, reason)
 
 
-def _by_values(position: int, column: str, values: Values) -> Iterator[_Candidate]:
+def _by_values(
+    position: int, column: str, values: Values, *, has_country: bool
+) -> Iterator[_Candidate]:
     if not is_of_others(column):
-        for kind, agreement in values.told().items():
+        for kind, agreement in values.told(has_country=has_country).items():
             yield _Candidate(_BY_VALUES, 1 - agreement, position, kind, column, "values")
 
 

@@ -5,6 +5,7 @@ from __future__ import annotations
 import re
 from collections import Counter
 from collections.abc import Callable
+from itertools import islice
 
 import numpy as np
 import pandas as pd
@@ -21,6 +22,9 @@ SAMPLE_SIZE = 10_000
 _AGREEING = 0.5
 _TELLING = 0.9
 _MOST = 0.7
+
+# So many values tell that a column is not of full names.
+_FEW = 50
 
 # A column of genders, titles or countries has no more distinct values.
 _MOST_CATEGORIES = 300
@@ -93,14 +97,18 @@ class Values:
         """Whether the values look like "First Last" or "Last, First", and not like firms."""
         return self._share(set(filter(is_full_name, self._rows))) >= _AGREEING
 
-    def told(self) -> dict[str, float]:
-        """Maps the kinds that the values tell without a name to the share that is of them."""
+    def told(self, *, has_country: bool = False) -> dict[str, float]:
+        """Maps the kinds that the values tell without a name to the share that is of them.
+
+        Args:
+            has_country: Whether there is a column of countries, and none is looked for.
+        """
         kinds = {
             "gender": self._has_both("gender"),
             "title": self._has_both("title"),
             "email": True,
             PHONE: all(map(_MARKED_NUMBER.fullmatch, self._fitting(PHONE))),
-            "country": self._are_names_of_countries(),
+            "country": not has_country and self._are_names_of_countries(),
             "fullname": self._are_names_of_people(),
         }
         shares = {kind: self.agreement(kind) for kind, told in kinds.items() if told}
@@ -108,6 +116,9 @@ class Values:
 
     def _are_names_of_people(self) -> bool:
         """Whether nearly all look like full names, most of them with a known first name."""
+        first = list(islice(self._rows, _FEW))
+        if 2 * sum(map(is_full_name, first)) < len(first):
+            return False
         names = set(filter(is_full_name, self._rows))
         if self._share(names) < _TELLING:
             return False

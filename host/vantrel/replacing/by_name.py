@@ -20,6 +20,8 @@ def genders_by_name(names: Prints, place: Any, places: Places) -> Any:
     The lists of a place come before those of all others: "Andrea" is a woman in Germany and a man
     in Italy. Where no country is told, all lists count.
     """
+    if not len(names):
+        return np.zeros(0, dtype=np.uint8)
     codes = _codes(names, None)
     for number in np.flatnonzero(np.bincount(place)):
         if number:
@@ -31,7 +33,7 @@ def genders_by_name(names: Prints, place: Any, places: Places) -> Any:
 
 def _codes(names: Prints, locale: str | None) -> Any:
     known, codes = _lists(locale)
-    if not len(known) or not len(names):
+    if not len(known):
         return np.zeros(len(names), dtype=np.uint8)
     places = np.searchsorted(known, names).clip(max=len(known) - 1)
     return np.where(known[places] == names, codes[places], np.uint8(0))

@@ -113,7 +113,8 @@ def find_roles(
     key_of_table = keys or _usual_key(told)
     taken = [*key_of_table, *(column for columns in told.values() for column in columns)]
     undecided = {each for each in REPLACED if each not in kept and given.get(each) != ()}
-    further = () if is_only_read else _further(table, [*taken, *decided], undecided)
+    learnt = {name: those[0] for name, those in told.items() if name in LEARNT and those}
+    further = () if is_only_read else _further(table, learnt, [*taken, *decided], undecided)
     known = [*taken, *decided, *(choice.column for choice in further)]
     personal = () if is_only_read else find_personal(table, known)
     roles = Roles(key_of_table, told, kept, found, further, personal, bool(keys))
@@ -160,13 +161,16 @@ def _found(table: pd.DataFrame, given: Mapping[str, tuple[str, ...]]) -> Detecti
 
 
 def _further(
-    table: pd.DataFrame, taken: Iterable[str], undecided: Collection[str]
+    table: pd.DataFrame,
+    learnt: Mapping[str, str],
+    taken: Iterable[str],
+    undecided: Collection[str],
 ) -> tuple[Choice, ...]:
     """Finds columns that look like those of some attributes, beside the ones that are taken."""
     choices: list[Choice] = []
     while True:
         ignored = [*taken, *(choice.column for choice in choices)]
-        found = detect(table, ignored=ignored).choices
+        found = detect(table, known=learnt, ignored=ignored).choices
         more = [choice for choice in found if choice.attribute in undecided]
         if not more:
             return tuple(choices)
