@@ -185,14 +185,15 @@ def test_what_is_being_written_is_no_leftover(tmp_path: Path) -> None:
     assert list(tmp_path.iterdir()) == [path]
 
 
-def test_a_signal_before_the_first_byte_leaves_nothing(
-    tmp_path: Path, monkeypatch: pytest.MonkeyPatch
+@pytest.mark.parametrize("call", ["fcntl.flock", "os.fdopen", "os.fsync", "os.link"])
+def test_a_signal_at_any_time_leaves_nothing(
+    call: str, tmp_path: Path, monkeypatch: pytest.MonkeyPatch
 ) -> None:
-    def interrupt(*_: object) -> None:
+    def interrupt(*_: object, **__: object) -> None:
         raise KeyboardInterrupt
 
-    monkeypatch.setattr("fcntl.flock", interrupt)
-    with pytest.raises(KeyboardInterrupt), replacing(tmp_path / "f"):
+    monkeypatch.setattr(call, interrupt)
+    with pytest.raises(KeyboardInterrupt), replacing(tmp_path / "f", force=False):
         pass
     assert not list(tmp_path.iterdir())
 

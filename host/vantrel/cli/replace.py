@@ -281,7 +281,8 @@ def _tell(table: Replaced) -> None:
         for name, columns in table.roles.columns.items()
         for column in columns
     ]
-    rows += [("", column, "--other", str(action)) for column, action in table.others.items()]
+    by_option = "plan" if table.asked.is_planned else "--other"
+    rows += [("", column, by_option, str(action)) for column, action in table.others.items()]
     title = str(table.path)
     print_all([Section(title, ("Attribute", "Column", "Found by", ""), rows)])
     if table.staying:

@@ -7,8 +7,8 @@ from dataclasses import dataclass, field, replace
 from pathlib import Path
 
 from vantrel.attributes import ATTRIBUTES
-from vantrel.errors import ArgumentError
-from vantrel.hints import did_you_mean, listed
+from vantrel.errors import PlanError
+from vantrel.hints import argument, listed, named
 from vantrel.replacing.plan import KEEP, SCRUB, UNDECIDED, Plan, TablePlan
 from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
@@ -135,12 +135,11 @@ def names_of(path: Path) -> tuple[str, ...]:
     return path.name, path.name.split(".")[0]
 
 
-def refuse_unknown_tables(paths: Sequence[Path], asked: Asked) -> None:
-    """Refuses what is asked of a table that is not there."""
-    known = dict.fromkeys(path.name for path in paths)
-    for name in asked.of_tables:
-        if name not in known:
-            raise ArgumentError(
-                f"There is no table {name!r}.{did_you_mean(name, known)} Tables are:"
-                f" {listed(known)}."
+def refuse_unplanned(paths: Iterable[Path], plan: Plan | None) -> None:
+    """Refuses tables that a plan does not know."""
+    for path in paths:
+        if plan and path.name not in plan.tables:
+            raise PlanError(
+                f"Table {named(path)} is not in the plan, which knows: {listed(plan.tables)}. Write"
+                f" a plan of all tables, with {argument('write_plan')}."
             )

@@ -12,7 +12,7 @@ import pyarrow as pa
 
 from vantrel.errors import LeakError, UndecidedError
 from vantrel.hints import argument, named
-from vantrel.replacing.asked import Asked, refuse_unknown_tables
+from vantrel.replacing.asked import Asked, refuse_unplanned
 from vantrel.replacing.leaks import Leak
 from vantrel.replacing.notes import (
     further,
@@ -22,10 +22,15 @@ from vantrel.replacing.notes import (
 )
 from vantrel.replacing.opened import OpenedTable, open_table, refuse_unknown_columns
 from vantrel.replacing.outcome import Outcome, Replaced
-from vantrel.replacing.outputs import compression_of, made_if_missing, outputs_of
+from vantrel.replacing.outputs import (
+    compression_of,
+    made_if_missing,
+    outputs_of,
+    refuse_doubled_names,
+)
 from vantrel.replacing.passing import Passing
 from vantrel.replacing.people import People, Report, Table
-from vantrel.replacing.plan import Plan, read_plan, write_plan
+from vantrel.replacing.plan import write_plan
 from vantrel.replacing.record import write_record
 from vantrel.replacing.secret import checked_secret, read_or_draw_secret, write_secret
 from vantrel.storage.files import refuse_missing_folder, refuse_overwriting, replacing
@@ -73,7 +78,7 @@ def replace_files(
         OSError: A copy cannot be written.
     """
     read_only = [each for each in (secret_file, people) if each]
-    refuse_unknown_tables([*inputs, *([people] if people else [])], asked)
+    refuse_unplanned(inputs, asked.plan)
     outputs = outputs_of(inputs, output, read_only, force=force)
     with ExitStack() as stack:
         tables = [open_table(stack, each, asked, separator, encoding) for each in inputs]
@@ -116,7 +121,7 @@ def plan_files(
     separator: str | None = None,
     encoding: str | None = None,
     force: bool = False,
-) -> Plan:
+) -> None:
     """Writes as a plan what would become of each column of tables, and makes nothing else.
 
     Args:
@@ -131,7 +136,7 @@ def plan_files(
         VantrelError: A table, or what is asked for, cannot be used.
         OSError: The plan cannot be written.
     """
-    refuse_unknown_tables(inputs, asked)
+    refuse_doubled_names(inputs)
     refuse_missing_folder(plan)
     refuse_overwriting(plan, *inputs, force=force)
     with ExitStack() as stack:
@@ -145,7 +150,6 @@ def plan_files(
         )
     with replacing(plan, force=force) as file:
         file.write(text)
-    return read_plan(plan)
 
 
 def _learn(
@@ -184,7 +188,7 @@ def _copy_all(
             table.roles,
             table.asked,
             done.rows,
-            tuple(each for each in done.left if each not in (*table.others, *table.asked.scrub)),
+            table.staying,
             done.leaks(),
             table.others,
             done.notes(),

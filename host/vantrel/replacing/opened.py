@@ -17,7 +17,7 @@ from vantrel.hints import did_you_mean, listed, named
 from vantrel.replacing.asked import Asked, OfTable
 from vantrel.replacing.frames import excerpt_of, without_gaps
 from vantrel.replacing.others.action import Action
-from vantrel.replacing.others.decided import decided, without_decided
+from vantrel.replacing.others.decided import decided
 from vantrel.replacing.roles import Roles, find_roles, refuse_scrub
 from vantrel.tables.copying import Copied, open_copied
 
@@ -40,6 +40,13 @@ class OpenedTable:
     roles: Roles
     asked: OfTable
     others: Mapping[str, Action]
+
+    @property
+    def staying(self) -> tuple[str, ...]:
+        """The other columns, of which nothing else is asked."""
+        told = {column for columns in self.roles.columns.values() for column in columns}
+        decided = {*told, *self.others, *self.asked.scrub}
+        return tuple(column for column in self.copied.columns if column not in decided)
 
     @property
     def name(self) -> str:
@@ -67,7 +74,7 @@ def open_table(
         key=_key(own.key, copied.columns),
         columns=own.columns,
         keep=own.keep,
-        decided=[*own.scrub, *own.decided],
+        decided=[*own.scrub, *own.decided, *others],
         name=str(path),
         is_only_read=is_only_read,
         has_others=bool(others),
@@ -77,7 +84,7 @@ def open_table(
     if not is_only_read:
         refuse_scrub(copied.columns, roles, own.scrub)
     actions = decided(excerpt, roles, others, own.scrub)
-    return OpenedTable(copied, without_decided(roles, actions), own, actions)
+    return OpenedTable(copied, roles, own, actions)
 
 
 def _refuse_values_as_names(copied: Copied) -> None:

@@ -72,6 +72,12 @@ def _named(inputs: Sequence[Path], output: Path) -> list[Path]:
         raise OverwriteError(
             f"{named(output)} is there and no folder: several copies go into a folder."
         )
+    refuse_doubled_names(inputs)
+    return [output / path.name for path in inputs]
+
+
+def refuse_doubled_names(inputs: Sequence[Path]) -> None:
+    """Refuses tables whose copies, or plans, would have one name."""
     names = [path.name for path in inputs]
     for name in names:
         if names.count(name) > 1:
@@ -79,4 +85,3 @@ def _named(inputs: Sequence[Path], output: Path) -> list[Path]:
                 f"Two tables are called {named(name)}, and so would be their copies: copy them into"
                 " two folders, one after the other, with one secret."
             )
-    return [output / name for name in names]

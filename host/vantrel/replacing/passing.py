@@ -38,7 +38,6 @@ class Passing:
 
     Attributes:
         rows: The number of rows until now.
-        left: The columns that are not those of a person, once there was a batch.
     """
 
     def __init__(
@@ -57,7 +56,6 @@ class Passing:
         self._has_no_names = not has_names
         self._of_people = {column for columns in roles.columns.values() for column in columns}
         self.rows = 0
-        self.left: tuple[str, ...] = ()
 
     def __call__(self, batch: pa.RecordBatch) -> dict[str, pa.Array]:
         """Gives the new columns of a batch with all its columns; the others stay."""
@@ -69,8 +67,8 @@ class Passing:
             texts = batch.column(column)
             by_print = [] if names is None else _found_by_print(texts, names, new.made)
             columns[column] = scrubbed(texts, [*values, *by_print])
-        self.left = tuple(name for name in batch.schema.names if name not in self._of_people)
-        left = {name: columns.get(name, batch.column(name)) for name in self.left}
+        passed = [name for name in batch.schema.names if name not in self._of_people]
+        left = {name: columns.get(name, batch.column(name)) for name in passed}
         self._search.look(pa.RecordBatch.from_pydict(left), values, self.rows + 1, names)
         self.rows += batch.num_rows
         return columns

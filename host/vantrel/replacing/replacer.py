@@ -93,7 +93,7 @@ class Replacer:
     ) -> Any:
         """Replaces the people of a table; see :func:`replace`."""
         from vantrel.replacing.frames import excerpt, like, with_columns
-        from vantrel.replacing.others.decided import decided, without_decided
+        from vantrel.replacing.others.decided import decided
         from vantrel.replacing.passing import Passing
 
         refuse_text(scrub, "scrub", "columns")
@@ -102,13 +102,17 @@ class Replacer:
         table = _opened(df, "A table")
         if people is not None:
             self._learn_only(_opened(people, "A table of people"), key, name)
-        first = excerpt(table)
+        first, others = excerpt(table), _checked(others)
         roles = find_roles(
-            first, key=key, columns=columns, keep=keep, decided=scrub, has_others=bool(others)
+            first,
+            key=key,
+            columns=columns,
+            keep=keep,
+            decided=[*scrub, *others],
+            has_others=bool(others),
         )
         refuse_scrub(_names(table), roles, scrub)
-        actions = decided(first, roles, _checked(others), scrub)
-        roles = without_decided(roles, actions)
+        actions = decided(first, roles, others, scrub)
         batches = list(_batches(table))
         for batch in batches:
             self._people.learn(batch, roles, name)

@@ -104,7 +104,10 @@ def find_roles(
     the_table = "The table" if name is None else f"Table {named(name)}"
     _refuse_missing(table, keys, given, the_table)
     _refuse_shared(given, the_table)
+    decided = set(decided)
     found = _found(table, given)
+    doubts = [doubt for doubt in found.doubts if doubt.column not in decided]
+    found = replace(found, doubts=doubts)
     told = given | {
         attribute: (*given.get(attribute, ()), column)
         for attribute, column in found.columns.items()

@@ -58,10 +58,9 @@ def told_by(batch: pa.RecordBatch, roles: Roles, places: Places) -> Told:
 def _genders(batch: pa.RecordBatch, roles: Roles) -> Any:
     """Reads the codes of genders and of titles, also those that stand in the other's column."""
     told = np.zeros(batch.num_rows, dtype=np.uint8)
-    for attribute in ("gender", "title"):
-        for meaning in (attribute, "gender", "title"):
-            own = _first_told(batch, roles, attribute, _codes_of(meaning))
-            told = np.where(told == 0, own, told)
+    for attribute, other in (("gender", "title"), ("title", "gender")):
+        own = _first_told(batch, roles, attribute, _codes_of(attribute, other))
+        told = np.where(told == 0, own, told)
     for column in roles.columns.get("fullname", ()):
         if not told.all():
             titles = titles_of(as_texts(batch.column(column)))
@@ -99,19 +98,16 @@ def _numbers_in(places: Places) -> Callable[[pa.Array], Any]:
     )
 
 
-def _codes_of(attribute: str) -> Callable[[pa.Array], Any]:
-    """Reads the codes of genders, or of those that titles tell."""
-    codes = {key: code for code, key in enumerate(GENDERS)}
+def _codes_of(*attributes: str) -> Callable[[pa.Array], Any]:
+    """Reads the codes of genders as one attribute tells them, or else the next one."""
 
     def read(texts: pa.Array) -> Any:
-        values = texts.to_pylist()
-        words = {each: [each, *str(each).split()] for each in values}  # "Frau Dr."
-        keys = keys_of({word for those in words.values() for word in those}, _CONFIG, attribute)
-        told = {
-            each: next(filter(None, (codes.get(keys.get(word, ""), 0) for word in those)), 0)
-            for each, those in words.items()
-        }
-        return np.array([told[each] for each in values], dtype=np.uint8)
+        words = [[text, *text.split()] for text in texts.to_pylist()]  # "Frau Dr."
+        distinct = {word for those in words for word in those}
+        keys = [keys_of(distinct, _CONFIG, attribute) for attribute in attributes]
+        found = ([own[word] for own in keys for word in those if word in own] for those in words)
+        codes = [next((GENDERS.index(key) for key in each if key in GENDERS), 0) for each in found]
+        return np.array(codes, dtype=np.uint8)
 
     return read
 

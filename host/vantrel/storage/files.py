@@ -57,16 +57,17 @@ def replacing(
             return
         mode, is_replaced = _permissions(target, private_as, mode)
         temporary, descriptor = _made_beside(target, mode, path)
-        with _opened(descriptor, binary) as file:
-            try:
-                if is_replaced:
-                    os.fchmod(descriptor, mode)  # whatever the process's mask is
+        try:
+            if is_replaced:
+                os.fchmod(descriptor, mode)  # whatever the process's mask is
+            with _opened(os.dup(descriptor), binary) as file:
                 yield file
                 file.flush()
                 os.fsync(descriptor)
-                _name(temporary, target, path, force=force)
-            finally:  # while it is locked: nobody takes it for a leftover
-                temporary.unlink(missing_ok=True)
+            _name(temporary, target, path, force=force)
+        finally:  # while it is locked: nobody takes it for a leftover
+            temporary.unlink(missing_ok=True)
+            os.close(descriptor)
     except OverwriteError:
         raise
     except OSError as error:

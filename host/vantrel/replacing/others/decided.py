@@ -54,15 +54,6 @@ def decided(
     return found
 
 
-def without_decided(roles: Roles, others: Collection[str]) -> Roles:
-    """Leaves out of what is to be told of columns those of which it is decided what they become."""
-    doubts = [doubt for doubt in roles.found.doubts if doubt.column not in others]
-    further = tuple(choice for choice in roles.further if choice.column not in others)
-    personal = tuple(finding for finding in roles.personal if finding.column not in others)
-    found = replace(roles.found, doubts=doubts)
-    return replace(roles, found=found, further=further, personal=personal)
-
-
 def _refuse_contradiction(
     column: str, action: Action, roles: Roles, scrub: Collection[str]
 ) -> None:

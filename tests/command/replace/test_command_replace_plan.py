@@ -156,7 +156,28 @@ def test_a_plan_or_a_copy_is_named() -> None:
         assert message in fail(line, 2)
     succeed(PLAN)
     assert fail(PLAN, 2) == "plan.toml is there already: add --force to overwrite it."
-    assert "no plan" not in fail("replace born.csv -o x.csv --plan gone.toml", 1)
+    assert fail("replace born.csv -o x.csv --plan gone.toml", 1) == (
+        "Plan gone.toml cannot be read: No such file or directory."
+    )
+
+
+def test_a_table_that_a_plan_does_not_know_is_refused() -> None:
+    succeed("replace born.csv --key id --write-plan plan.toml")
+    assert fail(RUN.format("out"), 1) == (
+        "Table orders.csv is not in the plan, which knows: 'born.csv'. Write a plan of all tables,"
+        " with --write-plan."
+    )
+    succeed("replace born.csv -o out.csv --plan plan.toml --people orders.csv")
+
+
+def test_a_plan_of_two_tables_of_one_name_is_refused() -> None:
+    Path("other").mkdir()
+    Path("other/born.csv").write_text(BORN)
+    assert fail("replace born.csv other/born.csv --write-plan plan.toml", 2) == (
+        "Two tables are called born.csv, and so would be their copies: copy them into two folders,"
+        " one after the other, with one secret."
+    )
+    assert not Path("plan.toml").exists()
 
 
 def test_actions_of_other_columns_go_into_a_plan_and_come_of_it() -> None:

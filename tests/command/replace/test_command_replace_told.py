@@ -1,0 +1,130 @@
+"""``vantrel replace``: what is printed, noted and recorded."""
+
+import json
+from pathlib import Path
+
+import pytest
+
+from support.command import fail, run, succeed
+from support.replaced_tables import BOTH, ORDERS, REPLACE, read
+
+pytest.importorskip("pyarrow", reason="replacing people needs pyarrow")
+
+
+def test_what_was_found_and_left_is_told() -> None:
+    result = succeed(REPLACE)
+    assert result.stdout.splitlines() == [
+        "",
+        "customers.csv",
+        "Attribute  Column      Found by",
+        "gender     sex         name and values  stays",
+        "title      title       name and values  stays",
+        "firstname  first_name  name             replaced",
+        "lastname   last_name   name             replaced",
+        "email      email       name and values  replaced",
+        "country    land        name and values  stays",
+        "Other columns stay: 'id', 'notes', 'points'.",
+        "Replaced the people of 4 rows; wrote copy.csv.",
+    ]
+    assert result.stderr.splitlines() == [
+        "vantrel: note: 1 row without a key: each is a person of its own.",
+        "vantrel: note: Column 'notes': 1 cell still names the row's person (row 1): add"
+        " --scrub notes.",
+        "vantrel: note: Column 'notes': 1 cell has the row's first or last name alone (row 3).",
+    ]
+
+
+def test_the_record_names_nobody() -> None:
+    succeed(f"{REPLACE} --keep title")
+    text = Path("copy.csv.made.json").read_text()
+    record = json.loads(text)
+    assert record["format"] == "vantrel-replace"
+    assert record["replaced"] == {
+        "first_name": "firstname",
+        "last_name": "lastname",
+        "email": "email",
+    }
+    assert (record["rows"], record["people"], record["key"]) == (4, 4, ["id"])
+    assert record["leaks"] == [
+        {"column": "notes", "kind": "person", "cells": 1},
+        {"column": "notes", "kind": "name", "cells": 1},
+    ]
+    secret = Path("s").read_text().splitlines()[1].split()[1]
+    assert not [each for each in ("Ann", "Lee", "Hans", "web.de", secret) if each in text]
+
+
+def test_a_secret_that_others_can_read_is_told() -> None:
+    succeed(REPLACE)
+    Path("s").chmod(0o644)
+    result = run(f"{REPLACE} --force")
+    assert result.stderr.splitlines()[0] == (
+        "vantrel: warning: Others can read secret file s, and tell who became whom: chmod 600 s."
+    )
+
+
+def test_columns_that_look_personal_and_stay_are_told() -> None:
+    lines = [f"{each},f,GB,a{each}@web.de,b{each}@web.de" for each in range(20)]
+    Path("two.csv").write_text("\n".join(["id,sex,country,email,e-mail", *lines]))
+    line = "replace two.csv -o copy.csv --key id --secret s"
+    told = (
+        "Column 'e-mail' looks like email, too, and stays: add --column email=e-mail to replace it"
+    )
+    assert succeed(line).stderr == f"vantrel: note: {told}.\n"
+    assert fail(f"{line} --force --fail-on-leak", 3) == (
+        f"Nothing was written, as people are still named. two.csv: {told}. Do so, or leave these"
+        " columns out of the tables."
+    )
+    assert succeed(f"{line} --force --fail-on-leak --column email=e-mail").stderr == ""
+
+
+def test_what_was_decided_is_not_told_as_undecided() -> None:
+    lines = [f"{each},f,GB,A,a{each}@web.de,b{each}@web.de" for each in range(20)]
+    Path("two.csv").write_text("\n".join(["id,sex,country,first_name,email,e-mail", *lines]))
+    line = "replace two.csv -o copy.csv --key id --secret s --fail-on-leak --keep email"
+    assert succeed(line).stderr == ""
+    assert read("copy.csv")[["email", "e-mail"]].equals(read("two.csv")[["email", "e-mail"]])
+
+
+def test_numbers_that_are_too_few_are_told() -> None:
+    lines = [f"{each},DE,0171 39200{each:02}" for each in range(100)]
+    lines += [f"1{each:02},DE,0176 040690{each:02}" for each in range(100)]
+    Path("numbers.csv").write_text("\n".join(["id,land,mobile", *lines]))
+    line = "replace numbers.csv -o copy.csv --key id --secret s --no-real"
+    assert "There are too few others." in succeed(line).stderr
+
+
+def test_columns_of_other_kinds_that_look_personal_are_told() -> None:
+    lines = [f"{each},f,GB,Ann,19{each + 40}-05-06,x" for each in range(30)]
+    Path("born.csv").write_text("\n".join(["id,sex,country,first_name,dob,maiden_name", *lines]))
+    told = succeed("replace born.csv -o copy.csv --key id --secret s").stderr.splitlines()
+    assert told[0].startswith(
+        "vantrel: note: Column 'dob' looks personal (date of birth): its name says so, and"
+    )
+    assert told[1:] == [
+        "vantrel: note: Column 'maiden_name' looks personal (further name): its name says so. It"
+        " stays; --other maiden_name=blank decides."
+    ]
+
+
+def test_notes_name_their_table_where_there_are_several() -> None:
+    told = succeed(f"{BOTH} --scrub notes").stderr.splitlines()
+    assert told == [
+        "vantrel: note: customers.csv: 1 row without a key: each is a person of its own."
+    ]
+    told = succeed("replace orders.csv customers.csv -o other").stderr.splitlines()
+    assert told[0] == "vantrel: note: orders.csv: No key was named: 'full name' tells who is who."
+    assert told[1] == "vantrel: note: customers.csv: No key was named: 'email' tells who is who."
+
+
+def test_what_a_table_tells_that_is_only_read() -> None:
+    Path("orders.csv").write_text(f"{ORDERS}d;9;New Man;1\n")
+    line = "replace orders.csv -o copy.csv --key id --secret s --people customers.csv"
+    assert succeed(line).stderr.splitlines() == [
+        "vantrel: note: customers.csv: 1 row without a key: each is a person of its own.",
+        "vantrel: note: The table that was only read tells of 2 of 3 people: of the others their"
+        " own rows alone tell.",
+        "vantrel: note: The country of 1 of 3 people is not known: their names and numbers are"
+        " those of en_GB, unless --locale or --people tells others.",
+        "vantrel: note: The gender of 1 of 3 people is not known: they have names of any.",
+    ]
+    assert succeed(f"{BOTH} --scrub notes").stderr.count("only read") == 0
