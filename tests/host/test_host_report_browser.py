@@ -64,19 +64,19 @@ def files(tmp_path_factory: pytest.TempPathFactory) -> dict[str, Path]:
     return {name: folder / f"{name}.html" for name in TABLES}
 
 
-@pytest.fixture(params=TABLES)
+@pytest.fixture(scope="module", params=TABLES)
 def name(request: pytest.FixtureRequest) -> str:
     return str(request.param)
 
 
-@pytest.fixture(params=THEMES)
+@pytest.fixture(scope="module", params=THEMES)
 def theme(request: pytest.FixtureRequest) -> Any:
     return request.param
 
 
-@pytest.fixture
-def shown(browser: Browser, files: dict[str, Path], name: str, theme: Any) -> Iterator[Shown]:
-    """A page, opened from its file in a theme, with all that folds unfolded."""
+@pytest.fixture(scope="module")
+def opened(browser: Browser, files: dict[str, Path], name: str, theme: Any) -> Iterator[Shown]:
+    """A page, opened from its file in a theme."""
     context = browser.new_context(color_scheme=theme)
     found = Shown(context.new_page())
     found.page.on("request", lambda request: found.requests.append(request.url))
@@ -84,9 +84,17 @@ def shown(browser: Browser, files: dict[str, Path], name: str, theme: Any) -> It
     found.page.on("pageerror", lambda error: found.troubles.append(str(error)))
     found.page.on("dialog", lambda dialog: found.troubles.append(dialog.message))
     found.page.goto(files[name].as_uri())
-    found.page.eval_on_selector_all("details", "all => all.forEach(each => each.open = true)")
     yield found
     context.close()
+
+
+@pytest.fixture
+def shown(opened: Shown, theme: Any) -> Shown:
+    """The page as it is at first, but with all that folds unfolded."""
+    opened.page.set_viewport_size({"width": 1280, "height": 720})
+    opened.page.emulate_media(media="screen", color_scheme=theme)
+    opened.page.eval_on_selector_all("details", "all => all.forEach(each => each.open = true)")
+    return opened
 
 
 def luminance(color: list[float]) -> float:

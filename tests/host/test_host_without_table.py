@@ -229,7 +229,7 @@ TESTS = """
 
 def test_the_fixture_gives_a_test_the_same_people_in_each_run(pytester: pytest.Pytester) -> None:
     pytester.makepyfile(TESTS)
-    runs = [pytester.runpytest_subprocess("-rP") for _ in range(2)]
+    runs = [pytester.runpytest_inprocess("-rP") for _ in range(2)]
     for run in runs:
         run.assert_outcomes(passed=2, failed=1)
     shown = [[line for line in run.outlines if ",DE" in line] for run in runs]
@@ -250,16 +250,16 @@ def test_a_run_of_a_test_has_the_same_people_as_the_one_before(pytester: pytest.
         """
     )
     pytester.makepyfile(ONE_TEST)
-    run = pytester.runpytest_subprocess("-rP")
+    run = pytester.runpytest_inprocess("-rP")
     run.assert_outcomes(passed=2)
     assert len(set(_made(run))) == 2
 
 
 def test_it_has_the_same_people_from_whatever_folder(pytester: pytest.Pytester) -> None:
     pytester.mkdir("inner").joinpath("test_it.py").write_text(cleandoc(ONE_TEST))
-    outer = pytester.runpytest_subprocess("-rP", "inner/test_it.py")
+    outer = pytester.runpytest_inprocess("-rP", "inner/test_it.py")
     os.chdir("inner")
-    inner = pytester.runpytest_subprocess("-rP", "--rootdir=.", "test_it.py")
+    inner = pytester.runpytest_inprocess("-rP", "--rootdir=.", "test_it.py")
     assert len(_made(outer)) == 2
     assert _made(outer) == _made(inner)
 

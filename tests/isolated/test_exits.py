@@ -9,6 +9,7 @@ from typing import Any
 
 import pytest
 
+from support.ending import EXIT_CODE, MILLISECONDS
 from support.isolated import answer_of, output_of
 
 PRELUDE = f"""
@@ -50,7 +51,7 @@ def endings(call: str, last: str = "nothing", before: str = "pass") -> Any:
 
 def well(written: str = "") -> list[list[Any]]:
     """Each with the main thread's own exit code, and with nothing written but by the main thread."""
-    return [[3, written]] * 20
+    return [[EXIT_CODE, written]] * len(MILLISECONDS)
 
 
 @pytest.mark.parametrize("call", CALLS.values(), ids=CALLS.keys())

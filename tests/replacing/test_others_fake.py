@@ -3,7 +3,9 @@
 from __future__ import annotations
 
 import decimal
+import sys
 from collections import Counter
+from concurrent.futures import ThreadPoolExecutor
 from typing import Any
 
 import numpy as np
@@ -47,6 +49,17 @@ def test_a_person_has_one_value_in_each_column() -> None:
     pd.testing.assert_series_equal(again["iban"], whole["iban"][::-1].head(9))
     other = vantrel.replace(table, "customer_id", SECRET[1:], others=others)
     assert not (other["iban"] == whole["iban"]).any()
+
+
+def test_threads_do_not_disturb_each_other() -> None:
+    usual = sys.getswitchinterval()
+    sys.setswitchinterval(1e-6)
+    try:
+        with ThreadPoolExecutor(4) as pool:
+            found = list(pool.map(lambda _: made("street_address", ["x"] * 5), range(200)))
+    finally:
+        sys.setswitchinterval(usual)
+    assert found == [made("street_address", ["x"] * 5)] * 200
 
 
 def test_gaps_stay() -> None:

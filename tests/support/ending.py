@@ -20,7 +20,8 @@ MODEL = fitted_model()
 NAMES = pd.Series(["Ann"] * 100)
 PASSWORDS = pd.Series([""] * 2_000_000)
 
-RUNS = 20
+# When, after the threads have begun, the main thread ends.
+MILLISECONDS = range(0, 20, 2)
 THREADS = 4
 EXIT_CODE = 3
 SECONDS = 30
@@ -49,7 +50,7 @@ def endings(call: Action, last: Action = nothing) -> list[tuple[int, str]]:
     # numpy's own C++ ends the process where one of its threads is ended there: plain Python sees it, too.
     numpys_sets._unique_hash = lambda *args, **kwargs: NotImplemented  # type: ignore[attr-defined]  # private
     gc.freeze()  # what is there already need not be looked through at each end
-    return [_ending_of(call, last, milliseconds) for milliseconds in range(RUNS)]
+    return [_ending_of(call, last, milliseconds) for milliseconds in MILLISECONDS]
 
 
 def _ending_of(call: Action, last: Action, milliseconds: int) -> tuple[int, str]:

@@ -125,20 +125,28 @@ def _drawn(locale: str, gender: str, latin: bool) -> _Drawn:
         seed=_SEED,
         latin=latin,
     )
-    first, names = pd.factorize(named["firstname"].to_numpy(dtype=object))
-    last, last_names = pd.factorize(named["lastname"].to_numpy(dtype=object))
+    first, names = _numbered(named["firstname"])
+    last, last_names = _numbered(named["lastname"])
     domain, domains = _domains(locale)
     pool = Pool(*map(_small, (first, last + len(names), domain)))
-    both = pa.array([*names, *last_names], pa.string())
-    return _Drawn(pool, both, _plain(both, locale), pa.array(domains, pa.string()))
+    both = pa.concat_arrays([names, last_names])
+    return _Drawn(pool, both, _plain(both, locale), domains)
 
 
 @lru_cache(maxsize=64)
-def _domains(locale: str) -> tuple[Any, Any]:
+def _domains(locale: str) -> tuple[Any, pa.Array]:
     """Draws the numbers of domains, and these."""
     emails = people(1 << DOMAIN_BITS, countries=[locale], columns=["email"], seed=_SEED)["email"]
-    numbers, domains = pd.factorize(emails.str.partition("@")[2].to_numpy(dtype=object))
-    return numbers, domains
+    return _numbered(emails.str.partition("@")[2])
+
+
+def _numbered(texts: pd.Series) -> tuple[Any, pa.Array]:
+    """Numbers texts in the order in which they first come, and gives these."""
+    encoded = pa.array(texts, pa.string(), from_pandas=True)
+    if isinstance(encoded, pa.ChunkedArray):
+        encoded = encoded.combine_chunks()
+    encoded = encoded.dictionary_encode()
+    return encoded.indices.to_numpy().astype(np.int64), encoded.dictionary
 
 
 def _small(numbers: Any) -> Any:

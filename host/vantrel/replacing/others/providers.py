@@ -6,7 +6,8 @@ import inspect
 from collections.abc import Callable
 from datetime import date, datetime
 from decimal import Decimal
-from functools import cache
+from functools import cache, lru_cache
+from threading import get_ident
 from typing import Any
 
 from faker import Faker
@@ -49,7 +50,7 @@ def refuse_unusable(name: str, where: str) -> None:
             f"{where} Faker has no method {shown(repr(name))}.{did_you_mean(name, known)} Those of"
             " its documentation that need no arguments will do, as in 'fake:street_address'."
         )
-    if reason := _why_not(known[name]):
+    if reason := _why_not(getattr(_usual(), name)):
         raise ReplaceError(f"{where} Faker's method {name!r} {reason}: name another one.")
 
 
@@ -59,7 +60,7 @@ def method_in(locale: str, name: str, where: str) -> tuple[Faker, Callable[[], A
     Raises:
         ReplaceError: Faker does not have the method in this language.
     """
-    faker = _fakers(locale)
+    faker = _faker_of(locale, get_ident())
     method = getattr(faker, name, None)
     if method is None:
         raise ReplaceError(
@@ -69,20 +70,25 @@ def method_in(locale: str, name: str, where: str) -> tuple[Faker, Callable[[], A
     return faker, method
 
 
-@cache
-def _fakers(locale: str) -> Faker:
+@lru_cache(maxsize=256)
+def _faker_of(locale: str, _thread: int) -> Faker:
+    """Makes a generator that no other thread seeds meanwhile."""
     return faker_in(locale)
 
 
+def _usual() -> Faker:
+    return _faker_of(_LOCALE, get_ident())
+
+
 @cache
-def _methods() -> dict[str, Callable[..., Any]]:
-    """The public methods of Faker's providers, by their names."""
+def _methods() -> frozenset[str]:
+    """The names of the public methods of Faker's providers."""
     names = {
         name
-        for provider in _fakers(_LOCALE).get_providers()
+        for provider in _usual().get_providers()
         for name, _ in inspect.getmembers(provider, callable)
     }
-    return {name: getattr(_fakers(_LOCALE), name) for name in names if not name.startswith("_")}
+    return frozenset(name for name in names if not name.startswith("_"))
 
 
 def _why_not(method: Callable[..., Any]) -> str | None:
@@ -110,5 +116,5 @@ def _needs_arguments(method: Callable[..., Any]) -> bool:
 
 
 def _seeded(method: Callable[..., Any]) -> Any:
-    _fakers(_LOCALE).seed_instance(_SEED)
+    _usual().seed_instance(_SEED)
     return method()
