@@ -13,14 +13,14 @@
 .SECONDEXPANSION:
 .PRECIOUS: %/.dependencies %/.installed
 .PHONY: help venv wheel demo lint test test-pandas2 test-noarrow test-lowest test-py313 test-all \
-    fuzz leaks asan interrupts bench clean
+    fuzz leaks asan interrupts bench docs clean
 
 # What a caller's own Python and pip are told to do is not meant for the environments made here.
 unexport PYTHONHOME PYTHONPATH
 unexport PIP_CONSTRAINT PIP_NO_DEPS PIP_PREFIX PIP_REQUIRE_HASHES PIP_ROOT PIP_TARGET PIP_USER
 
 # Each environment is a folder with the list of packages that makes it what it is.
-environments := .venv .venv-pandas2 .venv-noarrow .venv-lowest .venv-py313 .venv-bench .venv-asan .venv-lint
+environments := .venv .venv-pandas2 .venv-noarrow .venv-lowest .venv-py313 .venv-bench .venv-asan .venv-lint .venv-docs
 packages_.venv := requirements/pandas3-pyarrow.txt
 packages_.venv-pandas2 := requirements/pandas2.txt
 packages_.venv-noarrow := requirements/pandas3.txt
@@ -29,6 +29,7 @@ packages_.venv-py313 := requirements/py313.txt
 packages_.venv-bench := requirements/bench.txt
 packages_.venv-asan := requirements/pandas3-pyarrow.txt
 packages_.venv-lint := requirements/lint.txt
+packages_.venv-docs := requirements/docs.txt
 # The Python that it is made with, where that is not the one that the module is built for.
 version_.venv-py313 := 3.13
 
@@ -138,6 +139,10 @@ interrupts: .venv/.installed  ## interrupt long calls: how soon does Ctrl-C end 
 
 bench: .venv-bench/.installed .venv-noarrow/.installed .venv-pandas2/.installed  ## measure speed and memory, write benchmarks/RESULTS.md
 	@.venv-bench/bin/python -m benchmarks $(BENCH_ARGS)
+
+docs: .venv-docs/.installed  ## make the site of all documents in build/site/, with every link checked
+	@echo "==> Making the site"
+	@PATH=".venv-docs/bin:$$PATH" NO_MKDOCS_2_WARNING=1 .venv-docs/bin/mkdocs --quiet build
 
 clean:  ## remove everything that make made, environments included
 	rm -rf build dist $(environments) .pytest_cache .hypothesis .mypy_cache .ruff_cache

@@ -1,4 +1,4 @@
-"""Every command and snippet of the documents is run, from top to bottom of each document."""
+"""Every command and snippet for users is run, from top to bottom of each document."""
 
 import re
 import shutil
@@ -9,7 +9,8 @@ from pathlib import Path
 import pytest
 
 ROOT = Path(__file__).parents[2]
-DOCUMENTS = [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
+RUN = [ROOT / "README.md", *sorted((ROOT / "docs").rglob("*.md"))]
+DOCUMENTS = [*RUN, ROOT / "CONTRIBUTING.md", ROOT / "SECURITY.md"]
 SECONDS = 300
 
 # What is drawn or shown and not run: diagrams, and commands that need machines of the reader's.
@@ -19,6 +20,10 @@ FENCE = re.compile(r"^```(.*)$", re.MULTILINE)
 BLOCK = re.compile(r"^```(sh|python|toml)(?: file=(\S+))?\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 
 pytest.importorskip("dask", reason="the documents show all that can be installed")
+
+
+def name_of(document: Path) -> str:
+    return str(document.relative_to(ROOT))
 
 
 def anchors(document: Path) -> set[str]:
@@ -65,7 +70,7 @@ def is_of_the_build(text: str) -> bool:
     return text.startswith(("make ", ". .venv/"))
 
 
-@pytest.mark.parametrize("document", DOCUMENTS, ids=lambda path: path.name)
+@pytest.mark.parametrize("document", RUN, ids=name_of)
 def test_every_block_runs(document: Path, folder: Path) -> None:
     for language, file, text in blocks(document):
         if is_of_the_build(text):
@@ -78,21 +83,21 @@ def test_every_block_runs(document: Path, folder: Path) -> None:
             run([sys.executable, "-c", text], folder)
 
 
-@pytest.mark.parametrize("document", DOCUMENTS, ids=lambda path: path.name)
+@pytest.mark.parametrize("document", DOCUMENTS, ids=name_of)
 def test_every_block_is_run_or_only_shown(document: Path) -> None:
     opening = FENCE.findall(document.read_text(encoding="utf-8"))[::2]
     shown = [words for words in opening if words in SHOWN]
     assert len(shown) + len(blocks(document)) == len(opening)
 
 
-@pytest.mark.parametrize("document", DOCUMENTS, ids=lambda path: path.name)
+@pytest.mark.parametrize("document", DOCUMENTS, ids=name_of)
 def test_every_make_target_exists(document: Path) -> None:
     for _, _, text in blocks(document):
         for target in re.findall(r"^make ([\w-]+)", text, re.MULTILINE):
             assert re.search(rf"^{target}:", (ROOT / "Makefile").read_text(), re.MULTILINE), target
 
 
-@pytest.mark.parametrize("document", DOCUMENTS, ids=lambda path: path.name)
+@pytest.mark.parametrize("document", DOCUMENTS, ids=name_of)
 def test_every_link_leads_somewhere(document: Path) -> None:
     text = document.read_text(encoding="utf-8")
     for link, anchor in re.findall(r"\]\(([^)#]*)(?:#([^)]*))?\)", text):

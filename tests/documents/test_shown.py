@@ -1,0 +1,60 @@
+"""What the documents show is what comes out: people before and after, and figures."""
+
+import re
+from pathlib import Path
+
+import pandas as pd
+import pytest
+
+import vantrel
+
+ROOT = Path(__file__).parents[2]
+
+SECRET = b"thirty-two bytes of no meaning.."
+
+
+def tables(document: str) -> list[pd.DataFrame]:
+    """The tables of a document of Markdown."""
+    text = (ROOT / document).read_text(encoding="utf-8")
+    found = []
+    for lines in re.findall(r"(?:^\|.*\n)+", text, re.MULTILINE):
+        head, _, *rows = (
+            [cell.strip() for cell in line.split("|")[1:-1]] for line in lines.splitlines()
+        )
+        found.append(pd.DataFrame(rows, columns=head))
+    return found
+
+
+@pytest.mark.parametrize("document", ["README.md", "docs/index.md"])
+def test_the_people_before_and_after(document: str) -> None:
+    pytest.importorskip("pyarrow", reason="replacing people needs pyarrow")
+    before, after, *_ = tables(document)
+    made = vantrel.replace(before, key="id", secret=SECRET, scrub=["notes"])
+    pd.testing.assert_frame_equal(made, after)
+
+
+def test_the_figures_of_the_readme_are_measured() -> None:
+    results = (ROOT / "benchmarks/RESULTS.md").read_text(encoding="utf-8")
+    (figures,) = (table for table in tables("README.md") if "A row" in table)
+    assert len(figures) == 4
+    for row in figures["A row"]:
+        assert f" {row} |" in results, row
+    measured = [float(each) for each in re.findall(r"\| +([\d.]+) \|", results)]
+    for times in figures["Against ours"][1:]:
+        assert any(round(each) == int(times.removesuffix(" times")) for each in measured), times
+
+
+def test_the_figures_in_the_words_of_the_readme_are_measured() -> None:
+    results = (ROOT / "benchmarks/RESULTS.md").read_text(encoding="utf-8")
+    readme = " ".join((ROOT / "README.md").read_text(encoding="utf-8").split())
+
+    def measured(work: str, column: int) -> float:
+        (line,) = re.findall(rf"^\| {re.escape(work)} +\|.*$", results, re.MULTILINE)
+        return float(line.split("|")[column].removesuffix(" µs "))
+
+    growth, costs, times = re.findall(
+        r"costs (\d+) % more than .* takes ([\d.]+) µs a row, ([\d.]+) times", readme
+    )[0]
+    assert int(growth) == round(100 * measured("a row of 400,000, of 20,000", 4) - 100)
+    assert float(costs) == round(measured("replace, 1,000,000 rows, loop over Faker", 3), 1)
+    assert float(times) == round(measured("replace, 1,000,000 rows, copy of each cell", 4), 1)
