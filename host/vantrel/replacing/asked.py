@@ -9,7 +9,8 @@ from pathlib import Path
 from vantrel.attributes import ATTRIBUTES
 from vantrel.errors import PlanError
 from vantrel.hints import argument, listed, named
-from vantrel.replacing.plan import KEEP, SCRUB, UNDECIDED, Plan, TablePlan
+from vantrel.replacing.of_person import OfPerson
+from vantrel.replacing.plan import KEEP, SCRUB, UNDECIDED, Person, Plan, TablePlan
 from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
@@ -19,7 +20,7 @@ class OfTable:
     """What is asked of a table.
 
     Attributes:
-        key: The columns of the key; chosen if there is none.
+        keys: The columns of the keys of people; chosen where there is none.
         columns: The columns of attributes that are not to be found; none where an attribute is
             not to be looked for.
         keep: Attributes that stay as they are.
@@ -27,16 +28,18 @@ class OfTable:
         decided: Other columns that stay, as somebody has decided.
         undecided: Other columns of which somebody has yet to decide.
         others: The actions of other columns.
+        people: The people of each row, as a plan has them.
         is_planned: Whether a plan knows the table, and has to know each of its columns.
     """
 
-    key: tuple[str, ...] = ()
+    keys: tuple[tuple[str, ...], ...] = ()
     columns: Mapping[str, Sequence[str]] = field(default_factory=dict)
     keep: frozenset[str] = frozenset()
     scrub: tuple[str, ...] = ()
     decided: tuple[str, ...] = ()
     undecided: tuple[str, ...] = ()
     others: Mapping[str, str] = field(default_factory=dict)
+    people: tuple[OfPerson, ...] = ()
     is_planned: bool = False
 
     @property
@@ -55,13 +58,14 @@ class OfTable:
 
         more = {column: action for column, action in other.others.items() if column not in own}
         return OfTable(
-            self.key or other.key,
+            self.keys or other.keys,
             {**other.columns, **self.columns},
             self.keep | other.keep,
             with_more(self.scrub, other.scrub),
             with_more(self.decided, other.decided),
             with_more(self.undecided, other.undecided),
             {**more, **self.others},
+            self.people or other.people,
             self.is_planned or other.is_planned,
         )
 
@@ -113,20 +117,27 @@ class Asked:
 
 def _planned(plan: TablePlan) -> OfTable:
     """Gives what a plan asks of a table: nothing is looked for that is not in it."""
-    (person,) = plan.people
     fates = {
         fate: tuple(column for column, its in plan.other.items() if its == fate)
         for fate in (KEEP, SCRUB, UNDECIDED)
     }
     return OfTable(
-        tuple(person.key),
-        {attribute: person.of(attribute) for attribute in ATTRIBUTES},
-        frozenset(person.keep),
-        fates[SCRUB],
-        fates[KEEP],
-        fates[UNDECIDED],
-        {column: fate for column, fate in plan.other.items() if fate not in fates},
+        scrub=fates[SCRUB],
+        decided=fates[KEEP],
+        undecided=fates[UNDECIDED],
+        others={column: fate for column, fate in plan.other.items() if fate not in fates},
+        people=tuple(map(_person, plan.people)),
         is_planned=True,
+    )
+
+
+def _person(person: Person) -> OfPerson:
+    return OfPerson(
+        person.name,
+        tuple(person.key),
+        {attribute: tuple(person.columns_of(attribute)) for attribute in ATTRIBUTES},
+        frozenset(person.keep),
+        person.of,
     )
 
 

@@ -19,7 +19,7 @@ from vantrel.replacing.notes import (
     notes_on_table,
     notes_on_undecided,
 )
-from vantrel.replacing.roles import Columns, Roles, find_roles, refuse_scrub
+from vantrel.replacing.roles import Columns, Keys, Roles, find_roles, refuse_scrub
 from vantrel.replacing.secret import checked_secret
 from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
@@ -84,7 +84,7 @@ class Replacer:
     def replace(
         self,
         df: Any,
-        key: str | Iterable[str] | None = None,
+        key: Keys | None = None,
         people: Any = None,
         columns: Columns | None = None,
         keep: Iterable[str] = (),
@@ -145,7 +145,7 @@ class Replacer:
 
 def replace(
     df: Any,
-    key: str | Iterable[str] | None = None,
+    key: Keys | None = None,
     secret: bytes | None = None,
     people: Any = None,
     columns: Columns | None = None,
@@ -169,7 +169,10 @@ def replace(
         key: The column that names the person of each row, or several together. It is the same key
             whatever type it is stored in: 7, "7" and 7.0. If None, the e-mail address is the key,
             without regard to case, or else the full name, or else each row is a person. A row
-            without a key is a person of its own, known by all that stands in it.
+            without a key is a person of its own, known by all that stands in it. Where a row has
+            several people, found by what their columns' names have in common, this is the key of
+            the one whose name it bears, else of the first; ``{"buyer": "buyer_id", "seller":
+            "seller_id"}`` names those of several.
         secret: 16 to 64 bytes that decide who becomes whom; see :class:`Replacer`.
         people: A table with the genders and countries of the people, which the first need not have;
             it has the same key.

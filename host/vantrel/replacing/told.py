@@ -1,4 +1,4 @@
-"""What the rows of a table tell of their people: gender, country, and the prints of real names.
+"""What the rows of a table tell of a person: gender, country, and the prints of real names.
 
 A gender is told by its own column, else by a title, else by the first name where Faker's lists have
 it for one gender alone.
@@ -18,9 +18,9 @@ from vantrel.replacing.by_name import genders_by_name
 from vantrel.replacing.form import titles_of, without_titles
 from vantrel.replacing.keys import as_texts
 from vantrel.replacing.names import first_names, folded, halves, last_names
+from vantrel.replacing.person import Person
 from vantrel.replacing.places import GENDERS, Places
 from vantrel.replacing.prints import Prints
-from vantrel.replacing.roles import Roles
 
 _CONFIG = PersonModelConfig()
 
@@ -45,23 +45,23 @@ class Told(NamedTuple):
         return Told(*(values[rows] for values in self))
 
 
-def told_by(batch: pa.RecordBatch, roles: Roles, places: Places) -> Told:
-    """Reads what each row tells."""
-    place = _first_told(batch, roles, "country", _numbers_in(places))
-    first, last = _names(batch, roles, places.is_last_first[place])
-    gender = _genders(batch, roles)
+def told_by(batch: pa.RecordBatch, person: Person, places: Places) -> Told:
+    """Reads what each row tells of a person."""
+    place = _first_told(batch, person, "country", _numbers_in(places))
+    first, last = _names(batch, person, places.is_last_first[place])
+    gender = _genders(batch, person)
     untold = np.flatnonzero(gender == 0)
     gender[untold] = genders_by_name(first[untold], place[untold], places)
     return Told(gender, place, first, last)
 
 
-def _genders(batch: pa.RecordBatch, roles: Roles) -> Any:
+def _genders(batch: pa.RecordBatch, person: Person) -> Any:
     """Reads the codes of genders and of titles, also those that stand in the other's column."""
     told = np.zeros(batch.num_rows, dtype=np.uint8)
     for attribute, other in (("gender", "title"), ("title", "gender")):
-        own = _first_told(batch, roles, attribute, _codes_of(attribute, other))
+        own = _first_told(batch, person, attribute, _codes_of(attribute, other))
         told = np.where(told == 0, own, told)
-    for column in roles.columns.get("fullname", ()):
+    for column in person.columns.get("fullname", ()):
         if not told.all():
             titles = titles_of(as_texts(batch.column(column)))
             told = np.where(told == 0, by_value(titles, _codes_of("title")), told)
@@ -69,11 +69,11 @@ def _genders(batch: pa.RecordBatch, roles: Roles) -> Any:
 
 
 def _first_told(
-    batch: pa.RecordBatch, roles: Roles, attribute: str, read: Callable[[pa.Array], Any]
+    batch: pa.RecordBatch, person: Person, attribute: str, read: Callable[[pa.Array], Any]
 ) -> Any:
     """Reads the columns of an attribute; the first that tells something counts."""
     told = np.zeros(batch.num_rows, dtype=read(pa.array([], pa.string())).dtype)
-    for column in roles.columns.get(attribute, ()):
+    for column in person.columns.get(attribute, ()):
         told = np.where(told == 0, by_value(batch.column(column), read), told)
     return told
 
@@ -112,11 +112,11 @@ def _codes_of(*attributes: str) -> Callable[[pa.Array], Any]:
     return read
 
 
-def _names(batch: pa.RecordBatch, roles: Roles, is_last_first: Any) -> tuple[Prints, Prints]:
+def _names(batch: pa.RecordBatch, person: Person, is_last_first: Any) -> tuple[Prints, Prints]:
     """The prints of first and last names, of full names where there is no other."""
-    first = _first_told(batch, roles, "firstname", lambda names: first_names(folded(names)))
-    last = _first_told(batch, roles, "lastname", lambda names: last_names(folded(names)))
-    for column in roles.columns.get("fullname", ()):
+    first = _first_told(batch, person, "firstname", lambda names: first_names(folded(names)))
+    last = _first_told(batch, person, "lastname", lambda names: last_names(folded(names)))
+    for column in person.columns.get("fullname", ()):
         if first.all() and last.all():
             break
         whole = without_titles(as_texts(batch.column(column)))
