@@ -46,8 +46,8 @@ _NAMES = frozenset({"firstname", "lastname", "fullname"})
 _ACCOUNTS = frozenset({"email", "username"})
 
 type Groups = Mapping[str, Mapping[str, str]]
-"""The label of each person, "" where there is none, and her columns, each by its name without the
-label."""
+"""The label of each person, "" for her whose columns bear none, and her columns, each with what it
+is called without the label."""
 
 
 def groups_of(columns: Iterable[object]) -> Groups:
@@ -69,7 +69,8 @@ def groups_of(columns: Iterable[object]) -> Groups:
     groups: dict[str, dict[str, str]] = {label: {} for label in labels}
     for column in texts:
         label = owner_of(column, labels)
-        groups[label if label in groups else labels[0]][column] = without_label(column, label)
+        if label in groups:
+            groups[label][column] = without_label(column, label)
     return groups
 
 

@@ -75,7 +75,7 @@ def with_keys(
     """
     names = [person.name for person in people]
     for name in named:
-        if not name or name not in names:
+        if name not in names:
             raise ReplaceError(
                 f"{the_table} has nobody called {name!r} in its rows.{did_you_mean(name, names)}"
                 f" {_people_told(names)}"

@@ -46,18 +46,17 @@ def _plan(content: dict[str, Any]) -> Plan:
 
 
 def _refuse_unusable_names(people: Sequence[Person], where: str) -> None:
-    """Refuses people whom no name tells apart."""
+    """Refuses people whom no name tells apart; one of them may be without."""
     if not people:
         raise ValueError(f"{where} has 0 people: each row has one")
     names = [person.name for person in people]
-    for name in names if len(names) > 1 else ():
-        if not name:
+    for name in names:
+        if names.count(name) > 1:
+            called = f"called {shown(repr(name))}" if name else "without a name"
             raise ValueError(
-                f"{where} has {len(people)} people in a row: each needs a name, as in"
+                f"{where} has several people in a row who are {called}: tell them apart, as in"
                 ' name = "buyer"'
             )
-        if names.count(name) > 1:
-            raise ValueError(f"{where} has two people called {shown(repr(name))}")
 
 
 def _check_person(person: Person, other: Mapping[str, str], where: str) -> None:
