@@ -75,23 +75,38 @@ def _others(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str,
     return found
 
 
+def _households(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, str]:
+    found: dict[str | None, str] = {}
+    for text in given:
+        tables, column = _tables_and_rest(text, inputs)
+        for table in tables:
+            if table in found:
+                raise click.UsageError(
+                    f"There are two columns of households, {found[table]!r} and {column!r}: name"
+                    " one of each table."
+                )
+            found[table] = column
+    return found
+
+
 def _of_tables(
-    keys: _Texts, columns: _Texts, others: _Texts, inputs: Sequence[Path]
+    keys: _Texts, columns: _Texts, others: _Texts, households: _Texts, inputs: Sequence[Path]
 ) -> tuple[OfTable, dict[str, OfTable]]:
     """Gives what is asked of all tables, and of single ones by their names."""
     from vantrel.replacing.asked import OfTable
 
     keys_of, columns_of = _keys(keys, inputs), _columns(columns, inputs)
-    others_of = _others(others, inputs)
+    others_of, households_of = _others(others, inputs), _households(households, inputs)
 
     def asked(table: str | None) -> OfTable:
         return OfTable(
             tuple(keys_of.get(table, ())),
             columns_of.get(table, {}),
             others=others_of.get(table, {}),
+            household=households_of.get(table, ""),
         )
 
-    named_tables = {**keys_of, **columns_of, **others_of}
+    named_tables = {**keys_of, **columns_of, **others_of, **households_of}
     return asked(None), {table: asked(table) for table in named_tables if table}
 
 
@@ -151,6 +166,13 @@ def _of_tables(
     " (what that method of Faker gives, one value for each person); may be repeated.",
 )
 @click.option(
+    "--household",
+    multiple=True,
+    metavar="[TABLE:]COLUMN",
+    help="The column that tells households: people of one who share a family name share the made-up"
+    " one, in the form of each one's gender; may be repeated for several tables.",
+)
+@click.option(
     "--fail-on-leak",
     is_flag=True,
     help="Write nothing, and end with status 3, where a column still names the row's person.",
@@ -198,6 +220,7 @@ def replace(
     keep: list[str],
     scrub: _Texts,
     others: _Texts,
+    household: _Texts,
     fail_on_leak: bool,
     plan: Path | None,
     write_plan: Path | None,
@@ -240,7 +263,7 @@ def replace(
     from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
     all_tables = [*tables, *([people] if people else [])]
-    of_all, of_tables = _of_tables(keys, columns, others, all_tables)
+    of_all, of_tables = _of_tables(keys, columns, others, household, all_tables)
     asked = Asked(
         OfTable(keep=frozenset(keep), scrub=scrub).over(of_all),
         of_tables,

@@ -28,6 +28,7 @@ class OfTable:
         decided: Other columns that stay, as somebody has decided.
         undecided: Other columns of which somebody has yet to decide.
         others: The actions of other columns.
+        household: The column in whose households people share family names; "" if none.
         people: The people of each row, as a plan has them.
         is_planned: Whether a plan knows the table, and has to know each of its columns.
     """
@@ -39,6 +40,7 @@ class OfTable:
     decided: tuple[str, ...] = ()
     undecided: tuple[str, ...] = ()
     others: Mapping[str, str] = field(default_factory=dict)
+    household: str = ""
     people: tuple[OfPerson, ...] = ()
     is_planned: bool = False
 
@@ -65,6 +67,7 @@ class OfTable:
             with_more(self.decided, other.decided),
             with_more(self.undecided, other.undecided),
             {**more, **self.others},
+            self.household or other.household,
             self.people or other.people,
             self.is_planned or other.is_planned,
         )
@@ -109,6 +112,7 @@ class Asked:
             },
             scrub=tuple(column for column in self.of_all.scrub if column in known),
             others={name: each for name, each in self.of_all.others.items() if name in known},
+            household=self.of_all.household if self.of_all.household in known else "",
         )
         table = self.of_tables.get(path.name, OfTable()).over(of_all)
         planned = self.plan.tables.get(path.name) if self.plan else None
@@ -138,6 +142,7 @@ def _person(person: Person) -> OfPerson:
         {attribute: tuple(person.columns_of(attribute)) for attribute in ATTRIBUTES},
         frozenset(person.keep),
         person.of,
+        person.household,
     )
 
 

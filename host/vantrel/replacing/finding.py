@@ -37,17 +37,19 @@ class Found(NamedTuple):
             told[attribute] = (*told.get(attribute, ()), column)
         return {attribute: told[attribute] for attribute in ATTRIBUTES if told.get(attribute)}
 
-    def keyed(self, key: tuple[str, ...]) -> Person:
-        """Gives her with the key that was named, or else the usual one."""
+    @property
+    def person(self) -> Person:
+        """Gives what is known of her, with the usual key where none was named."""
         asked, columns = self.asked, self.columns
         return Person(
-            key or _usual_key(columns),
+            asked.key or _usual_key(columns),
             columns,
             asked.kept,
             tuple(self.detection.choices),
-            bool(key),
+            bool(asked.key),
             asked.name,
             asked.of,
+            asked.household,
         )
 
 

@@ -20,6 +20,7 @@ class OfPerson:
         columns: The columns of attributes that are not to be found.
         kept: Attributes that stay as they are.
         of: The kind of person that her key tells apart.
+        household: The column of her household; "" if none.
     """
 
     name: str = ""
@@ -27,6 +28,7 @@ class OfPerson:
     columns: Mapping[str, tuple[str, ...]] = field(default_factory=dict)
     kept: frozenset[str] = frozenset()
     of: str = ""
+    household: str = ""
 
 
 def owner_among(column: str, names: Sequence[str]) -> str:
@@ -53,6 +55,19 @@ def with_columns(
     return [
         replace(person, columns={**person.columns, **given[person.name]}, kept=person.kept | kept)
         for person in people
+    ]
+
+
+def with_household(people: Sequence[OfPerson], column: str) -> list[OfPerson]:
+    """Asks besides that those of a household share family names.
+
+    Args:
+        people: The people of a row.
+        column: What tells the household of the person whose name it bears, or else of all.
+    """
+    owner = owner_of(column, [person.name for person in people])
+    return [
+        replace(each, household=column) if owner in ("", each.name) else each for each in people
     ]
 
 

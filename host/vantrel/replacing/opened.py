@@ -78,6 +78,7 @@ def open_table(
         is_only_read=is_only_read,
         has_others=bool(others),
         people=own.people,
+        household=own.household,
     )
     if own.is_planned and asked.plan and asked.plan.new_columns == "refuse":
         _refuse_unplanned(copied, roles, own)
@@ -142,6 +143,7 @@ def refuse_unknown_columns(tables: Sequence[OpenedTable], asked: Asked) -> None:
     wanted = [(each, f"for {name!r}") for name, those in of_all.columns.items() for each in those]
     wanted += [(column, "to scrub") for column in of_all.scrub]
     wanted += [(column, "to change") for column in of_all.others]
+    wanted += [(of_all.household, "for households")] if of_all.household else []
     for column, what_for in wanted:
         if column not in known:
             raise ReplaceError(

@@ -49,7 +49,9 @@ from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
 _AT_ONCE = 100_000
 
-_OF_OTHERS = b"other columns"  # keeps apart what is derived for them from the digests of keys
+# Keep apart what is derived for them from the digests of keys.
+_OF_OTHERS = b"other columns"
+_OF_FAMILIES = b"families"
 
 
 @dataclass
@@ -154,7 +156,8 @@ class People:
         self._seeds = secrets.randbits(64), secrets.randbits(64)
         self._no_real = no_real
         self._places = Places(place)
-        self._makers = Makers(self._places, ways or Ways())
+        key = blake2b(key=secret, person=_OF_FAMILIES).digest()
+        self._makers = Makers(self._places, ways or Ways(), key)
         self._who = Who()
         self._real = RealPeople()
         self._without_key = Tally(self._makers, self._real, no_real=no_real)

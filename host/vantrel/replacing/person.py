@@ -25,6 +25,7 @@ class Person:
         is_key_named: Whether the key was named, or else chosen.
         name: What she is called where a row has several people, such as "buyer".
         of: The kind of person that her key tells apart, such as "customer".
+        household: The column of the household, in which people share family names; "" if none.
     """
 
     key: tuple[str, ...]
@@ -34,6 +35,7 @@ class Person:
     is_key_named: bool = False
     name: str = ""
     of: str = ""
+    household: str = ""
 
     @property
     def replaced(self) -> dict[str, str]:
@@ -53,4 +55,4 @@ class Person:
     @property
     def needed(self) -> tuple[str, ...]:
         """The columns to read, each once."""
-        return tuple(dict.fromkeys([*self.key, *self.told]))
+        return tuple(dict.fromkeys(filter(None, [*self.key, *self.told, self.household])))

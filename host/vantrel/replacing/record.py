@@ -38,10 +38,10 @@ def _people(people: Sequence[Person]) -> dict[str, Any]:
 
 
 def _person(person: Person) -> dict[str, Any]:
-    of = {"of": person.of} if person.of else {}
+    told = {"of": person.of, "household": person.household}
     return {
         "key": list(person.key),
-        **of,
+        **{name: value for name, value in told.items() if value},
         "replaced": person.replaced,
         "kept": sorted(person.kept),
     }

@@ -90,6 +90,7 @@ class Replacer:
         keep: Iterable[str] = (),
         scrub: Iterable[str] = (),
         others: Mapping[str, str] | None = None,
+        household: str | None = None,
     ) -> Any:
         """Replaces the people of a table; see :func:`replace`."""
         from vantrel.replacing.frames import excerpt, like, with_columns
@@ -100,9 +101,10 @@ class Replacer:
         scrub = list(scrub)
         name = f"table {len(self._people.tables) + 1}"
         table = _opened(df, "A table")
+        others, household = _checked(others), _checked_household(household)
         if people is not None:
-            self._learn_only(_opened(people, "A table of people"), key, name)
-        first, others = excerpt(table), _checked(others)
+            self._learn_only(_opened(people, "A table of people"), key, household, name)
+        first = excerpt(table)
         roles = find_roles(
             first,
             key=key,
@@ -110,6 +112,7 @@ class Replacer:
             keep=keep,
             decided=[*scrub, *others],
             has_others=bool(others),
+            household=household,
         )
         refuse_scrub(_names(table), roles, scrub)
         actions = decided(first, roles, others, scrub)
@@ -133,11 +136,14 @@ class Replacer:
         replaced = with_columns(table, made)
         return replaced if isinstance(df, pd.DataFrame) else like(replaced, df)
 
-    def _learn_only(self, table: pd.DataFrame | pa.Table, key: Any, name: str) -> None:
+    def _learn_only(
+        self, table: pd.DataFrame | pa.Table, key: Any, household: str, name: str
+    ) -> None:
         """Learns who is who from a table that is not replaced."""
         from vantrel.replacing.frames import excerpt
 
-        roles = find_roles(excerpt(table), key=key, name="people", is_only_read=True)
+        own = household if household in _names(table) else ""
+        roles = find_roles(excerpt(table), key=key, name="people", is_only_read=True, household=own)
         for batch in _batches(table):
             self._people.learn(batch, roles, f"people of {name}")
         self._people.end_what_is_only_read()
@@ -152,6 +158,7 @@ def replace(
     keep: Iterable[str] = (),
     scrub: Iterable[str] = (),
     others: Mapping[str, str] | None = None,
+    household: str | None = None,
     *,
     place: str = DEFAULT_LOCALE,
     no_real: bool = False,
@@ -184,6 +191,8 @@ def replace(
             the same form, the same everywhere; ``"shift:DAYS"``, all dates of a person moved by the
             same number of days up to so many; ``"fake:PROVIDER"``, what this method of Faker gives,
             one value for each person.
+        household: The column that tells households: people of one who share a family name share
+            the made-up one, in the form of each one's gender.
         place: The country, or locale of Faker, of the people for whom no table tells one.
         no_real: Whether nobody gets the full name or the telephone number of a real person of the
             tables. People then depend on these tables, too.
@@ -211,7 +220,7 @@ def replace(
     replacer = Replacer(
         secret, place=place, no_real=no_real, phone_numbers=phone_numbers, latin=latin
     )
-    return replacer.replace(df, key, people, columns, keep, scrub, others)
+    return replacer.replace(df, key, people, columns, keep, scrub, others, household)
 
 
 def _people(secret: bytes, place: str, no_real: bool, ways: Ways) -> People:
@@ -243,6 +252,13 @@ def _checked(others: Any) -> Mapping[str, str]:
             f" others={{'notes': 'blank'}}, not {kind_of(others)}."
         )
     return others or {}
+
+
+def _checked_household(household: object) -> str:
+    """Refuses what is not the name of a column."""
+    if household is not None and not isinstance(household, str):
+        raise ArgumentTypeError(f"A column is named by a text, not by {household!r}.")
+    return household or ""
 
 
 def _names(table: pd.DataFrame | pa.Table) -> list[str]:

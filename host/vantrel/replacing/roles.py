@@ -14,8 +14,8 @@ from vantrel.detection.personal import Finding, find_personal
 from vantrel.errors import ArgumentTypeError, ReplaceError
 from vantrel.fitting.checks import refuse_unknown_attribute
 from vantrel.hints import argument, did_you_mean, listed, named
-from vantrel.replacing.finding import find_people
-from vantrel.replacing.of_person import OfPerson, owner_among, with_keys
+from vantrel.replacing.finding import Found, find_people
+from vantrel.replacing.of_person import OfPerson, owner_among, with_household, with_keys
 from vantrel.replacing.person import REPLACED, Person
 
 __all__ = ["REPLACED", "Columns", "Key", "Keys", "Roles", "find_roles", "refuse_scrub"]
@@ -92,6 +92,7 @@ def find_roles(
     is_only_read: bool = False,
     has_others: bool = False,
     people: Sequence[OfPerson] = (),
+    household: str = "",
 ) -> Roles:
     """Finds what the columns of a table are, as a fit finds them, where they are not named.
 
@@ -109,6 +110,7 @@ def find_roles(
         is_only_read: Whether the table need have no column to replace, only one of a person.
         has_others: Whether other columns are changed, so that it need have none of a person.
         people: The people of each row, as a plan has them; found if there are none.
+        household: The column in whose households people share family names.
 
     Raises:
         ArgumentTypeError: There is one text in the place of several.
@@ -125,13 +127,16 @@ def find_roles(
     by_name, keys = _keys(key, more_keys)
     for those in (*by_name.values(), *keys):
         _refuse_missing(table, those, {}, the_table)
+    _refuse_missing(table, [household] if household else [], {}, the_table, "for households")
     _refuse_missing(table, (), given, the_table)
     found = find_people(table, people, given, kept)
     asked = with_keys([each.asked for each in found], keys, by_name, the_table)
+    asked = with_household(asked, household) if household else asked
     for each in asked:
         _refuse_missing(table, each.key, each.columns, the_table)
+        _refuse_missing(table, filter(None, [each.household]), {}, the_table, "for households")
     _refuse_shared(asked, the_table)
-    of_row = [each.keyed(own.key) for each, own in zip(found, asked, strict=True)]
+    of_row = [Found(own, each.detection).person for each, own in zip(found, asked, strict=True)]
     roles = Roles(tuple(of_row))
     decided = set(decided)
     doubts = [doubt for each in found for doubt in each.detection.doubts]
@@ -213,12 +218,13 @@ def _undecided(asked: Iterable[OfPerson]) -> set[str]:
 
 def _refuse_missing(
     table: pd.DataFrame,
-    key: tuple[str, ...],
+    key: Iterable[str],
     given: Mapping[str, tuple[str, ...]],
     the_table: str,
+    what_for: str = "for the key",
 ) -> None:
     """Refuses columns that the table has not."""
-    wanted = [(column, "for the key") for column in key]
+    wanted = [(column, what_for) for column in key]
     wanted += [(each, f"for {name!r}") for name, columns in given.items() for each in columns]
     for column, why in wanted:
         if column not in table.columns:

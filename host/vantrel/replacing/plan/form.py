@@ -26,12 +26,14 @@ class Person(msgspec.Struct, forbid_unknown_fields=True):
         of: The kind of person that the key tells apart, in all tables; keys of no kind are of one.
         columns: The column, or columns, of each attribute. Others are not looked for.
         keep: The attributes that stay as they are.
+        household: The column in whose households people share family names.
     """
 
     columns: dict[str, Columns]
     name: str = ""
     key: list[str] = []
     of: str = ""
+    household: str = ""
     keep: list[str] = []
 
     def columns_of(self, attribute: str) -> Sequence[str]:

@@ -60,6 +60,8 @@ def _person(found: Person) -> Table:
         person["key"] = _told(_array(found.key), chosen)
     if found.of:
         person["of"] = found.of
+    if found.household:
+        person["household"] = _told(found.household, "people of one share family names")
     if found.kept:
         person["keep"] = _array(sorted(found.kept))
     of_attributes = tomlkit.table()
