@@ -207,3 +207,51 @@ def test_country_and_gender_may_be_those_of_several() -> None:
     Path("plan.toml").write_text(HEAD + people)
     told = succeed("replace pairs.csv -o out.csv --plan plan.toml --secret s").stderr
     assert "The country of" not in told
+
+
+def homes() -> str:
+    """Two families of two in each of ten households."""
+    rows = [f"{n},{n // 4},{'fm'[n % 2]},GB,Q{chr(97 + n)},Z{'ab'[n % 4 // 2]}" for n in range(20)]
+    return "\n".join(["id,home,sex,land,first_name,last_name", *rows])
+
+
+def test_households_are_named_by_an_option_or_a_plan() -> None:
+    Path("homes.csv").write_text(homes())
+    Path("other.csv").write_text("id,last_name\n0,Za\n")
+    both = "replace homes.csv other.csv --key id"
+    succeed(f"{both} -o a --household home --secret s")
+    succeed(f"{both} -o b --household homes:home --secret s")
+    succeed(f"{both} --household home --write-plan plan.toml")
+    text = Path("plan.toml").read_text()
+    assert text.count("household = ") == 1 + 1
+    assert 'household = "home" # people of one share family names\n' in text
+    succeed("replace homes.csv other.csv -o c --plan plan.toml --secret s")
+    for name in ("homes.csv", "other.csv"):
+        made = {Path(folder, name).read_bytes() for folder in "abc"}
+        assert len(made) == 1
+    names = [row["last_name"] for row in rows("a/homes.csv")]
+    assert names[::2] == names[1::2]
+    assert rows("a/other.csv")[0]["last_name"] == names[0]
+    assert json.loads(Path("a/homes.csv.made.json").read_text())["household"] == "home"
+
+
+def test_households_that_are_not_there() -> None:
+    Path("homes.csv").write_text(homes())
+    line = "replace homes.csv users.csv -o out --key id --secret s --household"
+    columns = "'id', 'sex', 'land', 'first_name', 'last_name', 'email'"
+    assert fail(f"{line} hom", 1) == (
+        "No table has a column 'hom' for households. Did you mean 'home'? Columns are: 'id', 'home',"
+        " 'sex', 'land', 'first_name', 'last_name', 'email'."
+    )
+    assert fail(f"{line} users:home", 1) == (
+        f"Table users.csv has no column 'home' for households. Its columns are: {columns}."
+    )
+    assert "There are two columns of households, 'home' and 'sex': name one of each table." in fail(
+        f"{line} homes:home --household homes:sex", 2
+    )
+    succeed("replace homes.csv --key id --household home --write-plan plan.toml")
+    text = Path("plan.toml").read_text().replace('household = "home"', 'household = "homes"')
+    Path("plan.toml").write_text(text)
+    assert fail("replace homes.csv -o out.csv --plan plan.toml", 1).startswith(
+        "Table homes.csv has no column 'homes' for households. Did you mean 'home'?"
+    )

@@ -17,7 +17,11 @@ What becomes of each column. Look at it, change it, and run
   vantrel replace TABLE... -o COPY --plan THIS_FILE
 
 A column of [tables.*.other] has "keep", "blank", "scrub" (what names the row's person is replaced),
-"hash", "fake:PROVIDER", "shift:DAYS", or "undecided", which stays and is told."""
+"hash", "fake:PROVIDER", "shift:DAYS", or "undecided", which stays and is told.
+
+A table has an entry [[tables.*.people]] for each person of a row. Equal keys are one person in all
+tables; of = "customer" makes those of customers apart from all others. household = "COLUMN" gives
+the people of a household who share a family name one that they share."""
 
 
 def write_plan(tables: Mapping[str, tuple[Roles, Sequence[str], Mapping[str, str]]]) -> str:
