@@ -149,8 +149,15 @@ def test_columns_without_a_label_are_the_first_persons(users: pd.DataFrame) -> N
     assert find_roles(renamed).owner("contact_note") == contact
 
 
+def test_what_is_called_as_a_column_of_the_first_person_is_not_hers(orders: pd.DataFrame) -> None:
+    table = orders.assign(email=[f"q{number}@q.org" for number in range(200)])
+    roles = find_roles(table)
+    assert roles.people[0].columns["email"] == ("buyer_email",)
+    assert [choice.column for choice in roles.further] == ["email"]
+
+
 def test_labels_whose_columns_hold_nothing_of_a_person_are_none(users: pd.DataFrame) -> None:
-    table = users.assign(seller=range(60), buyer_name=range(60), driver_name=1)
+    table = users.assign(contact_name=range(60), guardian_first_name=1)
     (person,) = find_roles(table, key="id").people
     assert person.name == ""
     assert person.columns["firstname"] == ("first_name",)
