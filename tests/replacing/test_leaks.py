@@ -13,7 +13,7 @@ pytest.importorskip("pyarrow", reason="leaks are looked for with pyarrow")
 
 import pyarrow as pa
 
-from vantrel.replacing.leaks import Leak, LeakSearch, Names, PrintedWords, Value, scrubbed
+from vantrel.replacing.leaks import Known, Leak, LeakSearch, Names, PrintedWords, Value, scrubbed
 from vantrel.replacing.names import first_names, folded, last_names
 
 ANN = {
@@ -50,7 +50,9 @@ def _repeated(value: str | None, rows: int) -> pa.Array:
 
 def leaks(cells: pa.Array, person: dict[str, str] = ANN, first_row: int = 1) -> list[Leak]:
     search = LeakSearch()
-    search.look(pa.record_batch({"notes": cells}), values_of(len(cells), person), first_row)
+    search.look(
+        pa.record_batch({"notes": cells}), [Known(values_of(len(cells), person))], first_row
+    )
     return search.found()
 
 
@@ -122,7 +124,7 @@ def test_cells_that_are_nothing_but_a_number(digits: str) -> None:
 def test_who_has_no_name_is_not_the_person_of_the_next_row() -> None:
     search = LeakSearch()
     names = Value("firstname", pa.array([None, "", "Ann"]))
-    search.look(pa.record_batch({"notes": pa.array(["Ann", "Ann", "Eve"])}), [names], 1)
+    search.look(pa.record_batch({"notes": pa.array(["Ann", "Ann", "Eve"])}), [Known([names])], 1)
     assert not search.found()
 
 
@@ -169,7 +171,7 @@ def test_other_rows_people_are_no_leaks() -> None:
         Value("firstname", pa.array(["Ann", "Bo", None])),
         Value("lastname", pa.array(["Lee", "Ray", "Kim"])),
     ]
-    search.look(pa.record_batch({"notes": ["Bo Ray", "Ann Lee", "Ann Lee"]}), real, 1)
+    search.look(pa.record_batch({"notes": ["Bo Ray", "Ann Lee", "Ann Lee"]}), [Known(real)], 1)
     assert search.found() == []
 
 
@@ -178,7 +180,7 @@ def test_what_is_told() -> None:
     search = LeakSearch()
     for first_row in (1, 8):
         batch = pa.record_batch({"id": pa.array(range(7)), "notes": cells})
-        search.look(batch, values_of(7, ANN), first_row)
+        search.look(batch, [Known(values_of(7, ANN))], first_row)
     assert search.found() == [
         Leak("notes", "person", 8, (2, 4, 6)),
         Leak("notes", "name", 2, (1, 8)),
@@ -241,7 +243,7 @@ def test_a_table_without_any() -> None:
         "home_number": [f"030 {5_550_000 + n}" for n in range(rows)],
     }
     values = [Value(attribute, pa.array(each)) for attribute, each in real.items()]
-    search.look(pa.record_batch(passed), values, 1)
+    search.look(pa.record_batch(passed), [Known(values)], 1)
     assert search.found() == []
 
 
@@ -303,7 +305,7 @@ def test_people_whom_another_table_names_are_found() -> None:
     cells = pa.array([*NAMED_BY_OTHERS, None])
     search = LeakSearch()
     names = names_of(*[("Ann Mary", "de Vries")] * len(cells))
-    search.look(pa.record_batch({"notes": cells}), [], 1, names)
+    search.look(pa.record_batch({"notes": cells}), [Known([], names)], 1)
     assert search.found() == [
         Leak("notes", "person", 3, (1, 2, 3)),
         Leak("notes", "name", 1, (4,)),
@@ -314,7 +316,7 @@ def test_accents_do_not_hide_whom_another_table_names() -> None:
     cells = pa.array(["Günter Jürgens-Weiß", "Gunter Jurgens-Weiß!", "Günter", "Gun ter"])
     search = LeakSearch()
     names = names_of(*[("Günter", "Jürgens-Weiß")] * 4)
-    search.look(pa.record_batch({"notes": cells}), [], 1, names)
+    search.look(pa.record_batch({"notes": cells}), [Known([], names)], 1)
     assert search.found() == [Leak("notes", "person", 2, (1, 2)), Leak("notes", "name", 1, (3,))]
 
 
@@ -398,7 +400,7 @@ def test_the_same_is_found_as_by_a_plain_search(table: list[Row]) -> None:
         kinds.append("person" if is_person else "name" if any(alone) else None)
     search = LeakSearch()
     real = [Value(each, pa.array([p[each] for p in people], pa.string())) for each in people[0]]
-    search.look(pa.record_batch({"notes": pa.array(cells, pa.string())}), real, 0)
+    search.look(pa.record_batch({"notes": pa.array(cells, pa.string())}), [Known(real)], 0)
     expected = [
         (kind, kinds.count(kind), tuple(n for n, each in enumerate(kinds) if each == kind)[:3])
         for kind in ("person", "name")
@@ -411,5 +413,5 @@ def test_slices_of_large_texts_are_searched_to_their_ends() -> None:
     names = pa.array([f"Qa{number} {'Qb' * number}" for number in range(9)], pa.large_string())
     value = Value("email", names[5:], None)
     search = LeakSearch()
-    search.look(pa.record_batch({"note": names[5:]}), [value], 1)
+    search.look(pa.record_batch({"note": names[5:]}), [Known([value])], 1)
     assert [leak.cells for leak in search.found()] == [4]

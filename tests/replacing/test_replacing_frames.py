@@ -199,7 +199,7 @@ def test_what_was_found_is_logged(table: pd.DataFrame, caplog: pytest.LogCapture
         " unless place=... or people=... tells others.",
     ]
     assert replacer.roles is not None
-    assert replacer.roles.columns["gender"] == ("sex",)
+    assert replacer.roles.people[0].columns["gender"] == ("sex",)
 
 
 def test_a_failed_table_leaves_a_replacer_fit_for_others(

@@ -253,7 +253,7 @@ def test_without_key_and_names_each_row_is_a_person() -> None:
     assert out["first_name"].nunique() > 25
     assert replacer.report is not None
     assert replacer.report.people == 50
-    assert replacer.report.tables["table 1"].without_key == 50
+    assert replacer.report.tables["table 1"].without_key == {"": 50}
 
 
 def test_contradictions_are_counted_by_table() -> None:

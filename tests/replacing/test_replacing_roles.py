@@ -27,8 +27,10 @@ def table() -> pd.DataFrame:
 
 def test_roles_are_found(table: pd.DataFrame) -> None:
     roles = find_roles(table, key=["customer_id", "email"])
-    assert roles.key == ("customer_id", "email")
-    assert roles.is_key_named
+    (person,) = roles.people
+    assert person.key == ("customer_id", "email")
+    assert person.is_key_named
+    assert person.name == ""
     assert roles.replaced == {
         "first_name": "firstname",
         "last_name": "lastname",
@@ -37,7 +39,7 @@ def test_roles_are_found(table: pd.DataFrame) -> None:
         "password": "password",
         "mobile": "mobile_number",
     }
-    assert roles.columns["gender"] == ("sex",)
+    assert person.columns["gender"] == ("sex",)
     assert roles.needed[:2] == ("customer_id", "email")
     assert len(set(roles.needed)) == len(roles.needed)
 
@@ -51,14 +53,14 @@ def test_roles_are_found(table: pd.DataFrame) -> None:
     ],
 )
 def test_keys_that_are_not_named(table: pd.DataFrame, left_out: list[str], key: tuple[str]) -> None:
-    roles = find_roles(table.drop(columns=left_out))
-    assert roles.key == key
-    assert not roles.is_key_named
+    (person,) = find_roles(table.drop(columns=left_out)).people
+    assert person.key == key
+    assert not person.is_key_named
 
 
 def test_the_full_name_is_a_key(table: pd.DataFrame) -> None:
     names = table[["note"]].assign(full_name=[f"Qa{number} Qb" for number in range(20)])
-    assert find_roles(names).key == ("full_name",)
+    assert find_roles(names).people[0].key == ("full_name",)
 
 
 @pytest.mark.parametrize(

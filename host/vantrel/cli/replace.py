@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Sequence
+from collections.abc import Iterator, Sequence
 from pathlib import Path
 from typing import TYPE_CHECKING, Any
 
@@ -26,6 +26,7 @@ from vantrel.wording import counted
 if TYPE_CHECKING:
     from vantrel.replacing.asked import OfTable
     from vantrel.replacing.outcome import Replaced
+    from vantrel.replacing.person import Person
 
 type _Texts = tuple[str, ...]
 
@@ -39,18 +40,12 @@ def _tables_and_rest(text: str, inputs: Sequence[Path]) -> tuple[list[str | None
     return ([*dict.fromkeys(found)], rest) if found else ([None], text)
 
 
-def _keys(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, list[str]]:
-    keys: dict[str | None, list[str]] = {}
+def _keys(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, list[_Texts]]:
+    keys: dict[str | None, list[_Texts]] = {}
     for text in given:
         tables, columns = _tables_and_rest(text, inputs)
         for table in tables:
-            if table in keys:
-                of = f"of table {table!r}" if table else "of all tables"
-                raise click.UsageError(
-                    f"There are two keys {of}: join columns of one key by a comma, as in --key"
-                    f" {','.join(keys[table])},{columns}."
-                )
-            keys[table] = columns.split(",")
+            keys.setdefault(table, []).append(tuple(columns.split(",")))
     return keys
 
 
@@ -80,23 +75,38 @@ def _others(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str,
     return found
 
 
+def _households(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, str]:
+    found: dict[str | None, str] = {}
+    for text in given:
+        tables, column = _tables_and_rest(text, inputs)
+        for table in tables:
+            if table in found:
+                raise click.UsageError(
+                    f"There are two columns of households, {found[table]!r} and {column!r}: name"
+                    " one of each table."
+                )
+            found[table] = column
+    return found
+
+
 def _of_tables(
-    keys: _Texts, columns: _Texts, others: _Texts, inputs: Sequence[Path]
+    keys: _Texts, columns: _Texts, others: _Texts, households: _Texts, inputs: Sequence[Path]
 ) -> tuple[OfTable, dict[str, OfTable]]:
     """Gives what is asked of all tables, and of single ones by their names."""
     from vantrel.replacing.asked import OfTable
 
     keys_of, columns_of = _keys(keys, inputs), _columns(columns, inputs)
-    others_of = _others(others, inputs)
+    others_of, households_of = _others(others, inputs), _households(households, inputs)
 
     def asked(table: str | None) -> OfTable:
         return OfTable(
             tuple(keys_of.get(table, ())),
             columns_of.get(table, {}),
             others=others_of.get(table, {}),
+            household=households_of.get(table, ""),
         )
 
-    named_tables = {**keys_of, **columns_of, **others_of}
+    named_tables = {**keys_of, **columns_of, **others_of, **households_of}
     return asked(None), {table: asked(table) for table in named_tables if table}
 
 
@@ -115,8 +125,9 @@ def _of_tables(
     "keys",
     multiple=True,
     metavar="[TABLE:]COLUMN,...",
-    help="The column that names the person of a row, or several together. [default: the e-mail"
-    " address, or else the full name, or else each row is a person]",
+    help="The column that names the person of a row, or several together; may be repeated where"
+    " a row has several people: a column such as buyer_id is the key of the buyer. [default: the"
+    " e-mail address, or else the full name, or else each row is a person]",
 )
 @path_option(
     "--secret",
@@ -153,6 +164,13 @@ def _of_tables(
     help="What becomes of another column: keep, blank, hash (another value of the same form, the"
     " same everywhere), shift:DAYS (all dates of a person moved by as many days) or fake:PROVIDER"
     " (what that method of Faker gives, one value for each person); may be repeated.",
+)
+@click.option(
+    "--household",
+    multiple=True,
+    metavar="[TABLE:]COLUMN",
+    help="The column that tells households: people of one who share a family name share the made-up"
+    " one, in the form of each one's gender; may be repeated for several tables.",
 )
 @click.option(
     "--fail-on-leak",
@@ -202,6 +220,7 @@ def replace(
     keep: list[str],
     scrub: _Texts,
     others: _Texts,
+    household: _Texts,
     fail_on_leak: bool,
     plan: Path | None,
     write_plan: Path | None,
@@ -244,7 +263,7 @@ def replace(
     from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
     all_tables = [*tables, *([people] if people else [])]
-    of_all, of_tables = _of_tables(keys, columns, others, all_tables)
+    of_all, of_tables = _of_tables(keys, columns, others, household, all_tables)
     asked = Asked(
         OfTable(keep=frozenset(keep), scrub=scrub).over(of_all),
         of_tables,
@@ -274,23 +293,36 @@ def _tell(table: Replaced) -> None:
     from vantrel.cli.console import print_all
     from vantrel.reporting.sections import Section
 
-    told_by = {choice.attribute: choice.reason for choice in table.roles.found.choices}
-    otherwise = "plan" if table.asked.is_planned else "--column"
-    rows = [
-        (name, column, told_by.get(name, otherwise), _fate(table, column, name))
-        for name, columns in table.roles.columns.items()
-        for column in columns
-    ]
-    by_option = "plan" if table.asked.is_planned else "--other"
-    rows += [("", column, by_option, str(action)) for column, action in table.others.items()]
-    title = str(table.path)
-    print_all([Section(title, ("Attribute", "Column", "Found by", ""), rows)])
+    sections = []
+    for person in table.roles.people:
+        title = f"{table.path}: {person.name}" if person.name else str(table.path)
+        rows = [*_rows(table, person), *_rows_of_others(table, person)]
+        sections.append(Section(title, ("Attribute", "Column", "Found by", ""), rows))
+    print_all(sections)
     if table.staying:
         click.echo(f"Other columns stay: {listed(table.staying)}.")
     click.echo(f"Replaced the people of {counted(table.rows, 'row')}; wrote {named(table.output)}.")
 
 
-def _fate(table: Replaced, column: str, attribute: str) -> str:
-    if column in table.roles.replaced:
+def _rows(table: Replaced, person: Person) -> Iterator[tuple[str, str, str, str]]:
+    """What the columns of a person were taken for."""
+    told_by = {choice.attribute: choice.reason for choice in person.choices}
+    otherwise = "plan" if table.asked.is_planned else "--column"
+    for attribute, columns in person.columns.items():
+        for column in columns:
+            told = told_by.get(attribute, otherwise)
+            yield attribute, column, told, _fate(person, column, attribute)
+
+
+def _rows_of_others(table: Replaced, person: Person) -> Iterator[tuple[str, str, str, str]]:
+    """What becomes of the other columns that are a person's."""
+    by_option = "plan" if table.asked.is_planned else "--other"
+    for column, action in table.others.items():
+        if table.roles.owner(column) is person:
+            yield "", column, by_option, str(action)
+
+
+def _fate(person: Person, column: str, attribute: str) -> str:
+    if column in person.replaced:
         return "replaced"
-    return "kept" if attribute in table.roles.kept else "stays"
+    return "kept" if attribute in person.kept else "stays"

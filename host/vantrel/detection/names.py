@@ -219,7 +219,7 @@ def kinds_of(name: str) -> dict[str, Match]:
         At most one kind is meant by the whole name.
     """
     words = without_number(words_of(name), _kinds())
-    if whole := _kinds().get("".join(words)):
+    if whole := whole_kind(words):
         return {whole: Match.WHOLE}
     if is_of_others(name):
         return {}
@@ -241,6 +241,16 @@ def _kind_of_part(part: list[str], rest: list[str], at_the_end: bool) -> str | N
     if kind is None or joined in _ONLY_WHOLE or not (at_the_end or kind in _TOLD_BY_VALUES):
         return None
     return kind if kind != NAME or PERSONS.issuperset(rest) else None
+
+
+def whole_kind(words: list[str]) -> str | None:
+    """Tells what the words of a name mean together, if that is known."""
+    return _kinds().get("".join(without_number(words, _kinds())))
+
+
+def names_of_kind(kind: str) -> list[str]:
+    """The names, as they are written, that columns of a kind bear."""
+    return _KNOWN[kind].split()
 
 
 def is_of_others(name: str) -> bool:

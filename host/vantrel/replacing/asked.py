@@ -9,7 +9,8 @@ from pathlib import Path
 from vantrel.attributes import ATTRIBUTES
 from vantrel.errors import PlanError
 from vantrel.hints import argument, listed, named
-from vantrel.replacing.plan import KEEP, SCRUB, UNDECIDED, Plan, TablePlan
+from vantrel.replacing.of_person import OfPerson
+from vantrel.replacing.plan import KEEP, SCRUB, UNDECIDED, Person, Plan, TablePlan
 from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
@@ -19,7 +20,7 @@ class OfTable:
     """What is asked of a table.
 
     Attributes:
-        key: The columns of the key; chosen if there is none.
+        keys: The columns of the keys of people; chosen where there is none.
         columns: The columns of attributes that are not to be found; none where an attribute is
             not to be looked for.
         keep: Attributes that stay as they are.
@@ -27,16 +28,20 @@ class OfTable:
         decided: Other columns that stay, as somebody has decided.
         undecided: Other columns of which somebody has yet to decide.
         others: The actions of other columns.
+        household: The column in whose households people share family names; "" if none.
+        people: The people of each row, as a plan has them.
         is_planned: Whether a plan knows the table, and has to know each of its columns.
     """
 
-    key: tuple[str, ...] = ()
+    keys: tuple[tuple[str, ...], ...] = ()
     columns: Mapping[str, Sequence[str]] = field(default_factory=dict)
     keep: frozenset[str] = frozenset()
     scrub: tuple[str, ...] = ()
     decided: tuple[str, ...] = ()
     undecided: tuple[str, ...] = ()
     others: Mapping[str, str] = field(default_factory=dict)
+    household: str = ""
+    people: tuple[OfPerson, ...] = ()
     is_planned: bool = False
 
     @property
@@ -55,13 +60,15 @@ class OfTable:
 
         more = {column: action for column, action in other.others.items() if column not in own}
         return OfTable(
-            self.key or other.key,
+            self.keys or other.keys,
             {**other.columns, **self.columns},
             self.keep | other.keep,
             with_more(self.scrub, other.scrub),
             with_more(self.decided, other.decided),
             with_more(self.undecided, other.undecided),
             {**more, **self.others},
+            self.household or other.household,
+            self.people or other.people,
             self.is_planned or other.is_planned,
         )
 
@@ -105,6 +112,7 @@ class Asked:
             },
             scrub=tuple(column for column in self.of_all.scrub if column in known),
             others={name: each for name, each in self.of_all.others.items() if name in known},
+            household=self.of_all.household if self.of_all.household in known else "",
         )
         table = self.of_tables.get(path.name, OfTable()).over(of_all)
         planned = self.plan.tables.get(path.name) if self.plan else None
@@ -113,20 +121,28 @@ class Asked:
 
 def _planned(plan: TablePlan) -> OfTable:
     """Gives what a plan asks of a table: nothing is looked for that is not in it."""
-    (person,) = plan.people
     fates = {
         fate: tuple(column for column, its in plan.other.items() if its == fate)
         for fate in (KEEP, SCRUB, UNDECIDED)
     }
     return OfTable(
-        tuple(person.key),
-        {attribute: person.of(attribute) for attribute in ATTRIBUTES},
-        frozenset(person.keep),
-        fates[SCRUB],
-        fates[KEEP],
-        fates[UNDECIDED],
-        {column: fate for column, fate in plan.other.items() if fate not in fates},
+        scrub=fates[SCRUB],
+        decided=fates[KEEP],
+        undecided=fates[UNDECIDED],
+        others={column: fate for column, fate in plan.other.items() if fate not in fates},
+        people=tuple(map(_person, plan.people)),
         is_planned=True,
+    )
+
+
+def _person(person: Person) -> OfPerson:
+    return OfPerson(
+        person.name,
+        tuple(person.key),
+        {attribute: tuple(person.columns_of(attribute)) for attribute in ATTRIBUTES},
+        frozenset(person.keep),
+        person.of,
+        person.household,
     )
 
 

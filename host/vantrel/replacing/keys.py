@@ -21,11 +21,19 @@ _END_OF_TIME = r"(:\d{2}(?:\.\d*[1-9])?)\.?0*(Z|[+-]\d{2}:?\d{2})?$"
 # Begins the keys of several parts, and those few of one part that begin with it themselves.
 _PARTS = b"\0"
 _ROW = b"\0row"
+_OF = b"\0of"
 
 
-def keys_of(columns: Sequence[pa.Array]) -> pa.Array:
-    """Gives the key of each row, of one column or several; null where one is missing or empty."""
+def keys_of(columns: Sequence[pa.Array], of: str = "") -> pa.Array:
+    """Gives the key of each row, of one column or several; null where one is missing or empty.
+
+    Args:
+        columns: The columns.
+        of: The kind of person that they tell apart: equal keys of two kinds are two people.
+    """
     parts = [canonical(column) for column in columns]
+    if of:
+        return _joined(_OF, [pa.scalar(of.encode()), *parts])
     if len(parts) > 1:
         return _joined(_PARTS, parts)
     (key,) = parts
@@ -33,13 +41,19 @@ def keys_of(columns: Sequence[pa.Array]) -> pa.Array:
     return pc.if_else(is_taken, _joined(_PARTS, parts), key) if pc.any(is_taken).as_py() else key
 
 
-def keys_of_rows(columns: Sequence[pa.Array]) -> pa.Array:
+def keys_of_rows(columns: Sequence[pa.Array], name: str = "") -> pa.Array:
     """Gives keys to rows that have none: all that stands in them.
 
     So they do not depend on where a row stands and what other rows there are, and two rows are two
     people unless they are alike in every cell.
+
+    Args:
+        columns: All columns of the table.
+        name: What the person is called where a row has several, who are different people.
     """
     parts = [pc.fill_null(canonical(column), b"") for column in columns]
+    if name:
+        parts.insert(0, pa.scalar(name.encode()))
     return _joined(_ROW, parts)
 
 

@@ -15,7 +15,7 @@ import numpy as np
 import pyarrow as pa
 import pyarrow.compute as pc
 
-from vantrel.replacing.keys import Digests
+from vantrel.replacing.keys import Digests, digests
 from vantrel.replacing.names import paired
 from vantrel.replacing.numbers import Forms, ends_of_numbers, passwords
 from vantrel.replacing.places import GENDERS, Places
@@ -47,10 +47,12 @@ class Makers:
     Args:
         places: The places.
         ways: Which numbers people have, and in what letters their names are.
+        key: What decides which names families have.
     """
 
-    def __init__(self, places: Places, ways: Ways) -> None:
+    def __init__(self, places: Places, ways: Ways, key: bytes) -> None:
         self.places = places
+        self._key = key
         self._ways = ways
         self.vocabulary = Vocabulary(latin=ways.latin)
         self._forms: dict[str, tuple[int, Forms]] = {}
@@ -64,6 +66,14 @@ class Makers:
             forms = Forms(self.places.known, attribute, is_valid=is_valid)
             self._forms[attribute] = count, forms
         return forms
+
+    def words_of_families(self, families: Prints) -> Prints:
+        """Gives a word to each family of a household, which chooses its last name."""
+        distinct, which = np.unique(families, return_inverse=True)
+        words: Prints = digests((each.tobytes() for each in distinct.astype("<u8")), self._key)[
+            :, 0
+        ]
+        return words[which]
 
     @property
     def orders(self) -> list[Order]:
@@ -130,33 +140,46 @@ class MadeUp:
     def _first(self) -> Any:
         """The numbers of first names: none has her own."""
 
+        def pick(rows: Any, words: Prints) -> Any:
+            return self._words.picked("first", self._pools[rows], _bits_of_names(words))
+
         def is_refused(rows: Any, picked: Any) -> Any:
             return self._words.first_prints[picked] == self._told.first[rows]
 
-        return self._in_turn("first", 0, is_refused)
+        return _first_allowed(self._digests[:, 0], pick, is_refused)
 
     @cached_property
     def _last(self) -> Any:
-        """The numbers of last names: none has her own, nor the whole name of whom to avoid."""
+        """The numbers of last names: none has her own, nor the whole name of whom to avoid.
+
+        The people of a family have one, and so none has another one's own.
+        """
+        families = self._told.family
+        in_family = np.flatnonzero(families)
+        words = self._digests[:, 1].copy()
+        if len(in_family):
+            words[in_family] = self._makers.words_of_families(families[in_family])
+
+        def pick(rows: Any, words: Prints) -> Any:
+            bits = _bits_of_names(words)
+            picked = self._words.picked("last", self._pools[rows], bits)
+            if len(in_family):
+                shared = np.flatnonzero(families[rows])
+                picked[shared] = self._words.shared(self._pools[rows[shared]], bits[shared])
+            return picked
 
         def is_refused(rows: Any, picked: Any) -> Any:
-            last = self._words.last_prints[picked]
-            is_own = last == self._told.last[rows]
+            last, own = self._words.last_prints[picked], self._told.last[rows]
+            is_own = last == own
+            if len(in_family):
+                other = self._words.last_prints[self._words.other_forms[picked]]
+                is_own |= (other == own) & (families[rows] != 0)
             if self._avoided is None:
                 return is_own
             first = self._words.first_prints[self._first[rows]]
             return is_own | self._avoided.names.has(paired(first, last))
 
-        return self._in_turn("last", 1, is_refused)
-
-    def _in_turn(self, part: str, word: int, is_refused: Callable[[Any, Any], Any]) -> Any:
-        """Picks a name for each, and the next of her sequence while it is refused."""
-
-        def pick(rows: Any, words: Prints) -> Any:
-            bits = (words >> np.uint64(64 - NAME_BITS)).astype(np.int64)
-            return self._words.picked(part, self._pools[rows], bits)
-
-        return _first_allowed(self._digests[:, word], pick, is_refused)
+        return _first_allowed(words, pick, is_refused)
 
     @cached_property
     def _firstname(self) -> pa.Array:
@@ -235,6 +258,11 @@ def _first_allowed(
         step = np.uint64(tries * _STEP % (1 << 64))
         picked[rows] = pick(rows, mixed(words[rows] + step))
     return picked
+
+
+def _bits_of_names(words: Prints) -> Any:
+    """The bits of words that choose names from pools."""
+    return (words >> np.uint64(64 - NAME_BITS)).astype(np.int64)
 
 
 def _written(codes: Prints) -> Characters:

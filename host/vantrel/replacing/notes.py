@@ -11,6 +11,7 @@ from pandas.api.types import is_datetime64_any_dtype, is_numeric_dtype, is_timed
 from vantrel.detection import Choice
 from vantrel.detection.personal import Finding, Kind
 from vantrel.hints import argument, listed
+from vantrel.replacing.person import Person
 from vantrel.replacing.roles import Roles
 from vantrel.wording import counted, shown, some
 
@@ -65,22 +66,15 @@ def further(choice: Choice) -> str:
 
 def notes_on_table(roles: Roles, table: Table, leaks: list[Leak]) -> Iterator[str]:
     """Tells who the rows were taken for, what was odd in them, and who is still named."""
-    if not roles.is_key_named:
-        yield (
-            f"No key was named: {listed(roles.key)} tells who is who."
-            if roles.key
-            else "No key was named, and none was found: each row is a person of its own."
-        )
-    if roles.key and table.without_key:
-        rows = counted(table.without_key, "row")
-        yield f"{rows} without a key: each is a person of its own."
+    for person in roles.people:
+        yield from _notes_on_key(person, table)
     for told, count in table.contradictions.items():
         if count:
             yield (
                 f"The rows of {counted(count, 'person', 'people')} contradict each other in"
                 f" {told}: what was told first holds."
             )
-    for doubt in roles.found.doubts:
+    for doubt in roles.doubts:
         remedy = argument("columns", {doubt.attribute: doubt.column})
         yield (
             f"Column {shown(repr(doubt.column))} is not taken for {doubt.attribute}, as its values"
@@ -89,6 +83,18 @@ def notes_on_table(roles: Roles, table: Table, leaks: list[Leak]) -> Iterator[st
     for leak in leaks:
         remedy = f": add {argument('scrub', [leak.column])}." if leak.kind == "person" else "."
         yield f"{leak}{remedy}"
+
+
+def _notes_on_key(person: Person, table: Table) -> Iterator[str]:
+    whose = f" of {person.name!r}" if person.name else ""
+    if not person.is_key_named:
+        yield (
+            f"No key{whose} was named: {listed(person.key)} tells who is who."
+            if person.key
+            else f"No key{whose} was named, and none was found: each row is a person of its own."
+        )
+    if person.key and (count := table.without_key[person.name]):
+        yield f"{counted(count, 'row')} without a key{whose}: each is a person of its own."
 
 
 def notes_on_undecided(roles: Roles, undecided: Iterable[str] = ()) -> Iterator[str]:

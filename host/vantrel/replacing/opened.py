@@ -44,8 +44,7 @@ class OpenedTable:
     @property
     def staying(self) -> tuple[str, ...]:
         """The other columns, of which nothing else is asked."""
-        told = {column for columns in self.roles.columns.values() for column in columns}
-        decided = {*told, *self.others, *self.asked.scrub}
+        decided = {*self.roles.told, *self.others, *self.asked.scrub}
         return tuple(column for column in self.copied.columns if column not in decided)
 
     @property
@@ -71,13 +70,15 @@ def open_table(
     others = {} if is_only_read else own.others
     roles = find_roles(
         excerpt,
-        key=_key(own.key, copied.columns),
+        more_keys=[_key(key, copied.columns) for key in own.keys],
         columns=own.columns,
         keep=own.keep,
         decided=[*own.scrub, *own.decided, *others],
         name=str(path),
         is_only_read=is_only_read,
         has_others=bool(others),
+        people=own.people,
+        household=own.household,
     )
     if own.is_planned and asked.plan and asked.plan.new_columns == "refuse":
         _refuse_unplanned(copied, roles, own)
@@ -110,11 +111,12 @@ def _excerpt(copied: Copied) -> pd.DataFrame:
     return excerpt_of({name: pa.chunked_array(own or [[]]) for name, own in values.items()})
 
 
-def _key(given: Sequence[str], columns: Sequence[str]) -> Sequence[str] | None:
+def _key(given: Sequence[str], columns: Sequence[str]) -> Sequence[str]:
     """Gives the columns of a key, of which one may have a comma in its name."""
     whole = ",".join(given)
-    stripped = [name if name in columns else name.strip() for name in given]
-    return [whole] if whole in columns else stripped or None
+    if whole in columns:
+        return [whole]
+    return [name if name in columns else name.strip() for name in given]
 
 
 def _refuse_unplanned(copied: Copied, roles: Roles, asked: OfTable) -> None:
@@ -141,6 +143,7 @@ def refuse_unknown_columns(tables: Sequence[OpenedTable], asked: Asked) -> None:
     wanted = [(each, f"for {name!r}") for name, those in of_all.columns.items() for each in those]
     wanted += [(column, "to scrub") for column in of_all.scrub]
     wanted += [(column, "to change") for column in of_all.others]
+    wanted += [(of_all.household, "for households")] if of_all.household else []
     for column, what_for in wanted:
         if column not in known:
             raise ReplaceError(

@@ -10,10 +10,11 @@ report = people.finish()
 from __future__ import annotations
 
 import secrets
-from collections.abc import Mapping
+from collections import Counter
+from collections.abc import Mapping, Sequence
 from dataclasses import dataclass, field
 from hashlib import blake2b
-from typing import Any
+from typing import Any, NamedTuple
 
 import numpy as np
 import pyarrow as pa
@@ -23,10 +24,19 @@ from vantrel.errors import ReplaceError
 from vantrel.hints import listed
 from vantrel.replacing.cells import put_in
 from vantrel.replacing.form import in_case_of, in_form_of
-from vantrel.replacing.keys import WORDS, Digests, as_texts, digests, keys_of, keys_of_rows
+from vantrel.replacing.keys import (
+    WORDS,
+    Digests,
+    as_texts,
+    canonical,
+    digests,
+    keys_of,
+    keys_of_rows,
+)
 from vantrel.replacing.made import MadeUp, Makers
 from vantrel.replacing.others.action import Action
 from vantrel.replacing.others.changed import Changed
+from vantrel.replacing.person import REPLACED, Person
 from vantrel.replacing.places import Places
 from vantrel.replacing.prints import Prints, prints
 from vantrel.replacing.real import RealPeople
@@ -39,7 +49,9 @@ from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
 _AT_ONCE = 100_000
 
-_OF_OTHERS = b"other columns"  # keeps apart what is derived for them from the digests of keys
+# Keep apart what is derived for them from the digests of keys.
+_OF_OTHERS = b"other columns"
+_OF_FAMILIES = b"families"
 
 
 @dataclass
@@ -47,17 +59,19 @@ class Table:
     """What was met in one table.
 
     Attributes:
-        key: The columns of its key.
         rows: The number of its rows.
-        without_key: The number of those that have no key, and are people of their own.
+        without_key: The number of those that have no key, and are people of their own, by what that
+            person of the row is called.
         contradictions: The number of its people whose rows contradict what was told of them before,
             by ``gender`` and ``country``.
+        named_keys: The columns of the keys that were named, by the same, of people who have none in
+            all rows until now.
     """
 
-    key: tuple[str, ...] = ()
     rows: int = 0
-    without_key: int = 0
+    without_key: Counter[str] = field(default_factory=Counter)
     contradictions: dict[str, int] = field(default_factory=dict)
+    named_keys: dict[str, tuple[str, ...]] = field(default_factory=dict)
 
 
 @dataclass(frozen=True)
@@ -86,20 +100,38 @@ class Report:
 
 
 @dataclass(frozen=True)
-class NewValues:
-    """What becomes of a batch.
+class NewPerson:
+    """What becomes of one person of each row of a batch.
 
     Attributes:
-        columns: The new values of the columns that are replaced, in their types.
+        person: Which of her columns are there.
+        columns: The new values of those that are replaced, in their types.
         digests: The digest of the key of each row's person.
         told: What is told of each.
         made: Who becomes of each.
     """
 
+    person: Person
     columns: dict[str, pa.Array]
     digests: Digests
     told: Told
     made: MadeUp
+
+
+@dataclass(frozen=True)
+class NewValues:
+    """What becomes of a batch.
+
+    Attributes:
+        people: What becomes of each person of its rows.
+    """
+
+    people: list[NewPerson]
+
+    @property
+    def columns(self) -> dict[str, pa.Array]:
+        """The new values of the columns of all of them."""
+        return {name: new for person in self.people for name, new in person.columns.items()}
 
 
 class People:
@@ -124,7 +156,8 @@ class People:
         self._seeds = secrets.randbits(64), secrets.randbits(64)
         self._no_real = no_real
         self._places = Places(place)
-        self._makers = Makers(self._places, ways or Ways())
+        key = blake2b(key=secret, person=_OF_FAMILIES).digest()
+        self._makers = Makers(self._places, ways or Ways(), key)
         self._who = Who()
         self._real = RealPeople()
         self._without_key = Tally(self._makers, self._real, no_real=no_real)
@@ -144,15 +177,9 @@ class People:
         if table != self._current:
             self._end_table()
             self._current = table
-        told = told_by(batch, roles, self._places)
-        self._real.learn(batch, roles, told)
-        keys = _keys(batch, roles)
-        own = prints(keys, self._seeds[0])
-        rows = np.flatnonzero(own)
-        self._who.learn(own[rows], prints(keys, self._seeds[1])[rows], told.of(rows))
-        met = self.tables.setdefault(table, Table(roles.key if roles.is_key_named else ()))
+        met = self.tables.setdefault(table, Table(named_keys=_named_keys(roles)))
         met.rows += batch.num_rows
-        met.without_key += batch.num_rows - len(rows)
+        self._who.learn(*_by_rows([self._read(batch, each, met) for each in roles.people]))
 
     def end_what_is_only_read(self) -> None:
         """Ends the tables that are not replaced, and only tell of people."""
@@ -167,13 +194,10 @@ class People:
         """
         self._end_table()
         for name, table in list(self.tables.items()):
-            if table.key and 0 < table.rows == table.without_key:
-                del self.tables[name]
-                where = f"In {name} the" if name else "The"
-                raise ReplaceError(
-                    f"{where} key {listed(table.key)} is missing in every row: name another one, or"
-                    " none."
-                )
+            for person, key in table.named_keys.items():
+                if table.without_key[person]:
+                    del self.tables[name]
+                    raise _key_missing(name, person, key)
 
     def replaced(self, batch: pa.RecordBatch, roles: Roles) -> NewValues:
         """Makes the new columns of a batch that was learnt.
@@ -184,13 +208,7 @@ class People:
             roles: What the columns are.
         """
         self._replaced.update(roles.replaced.values())
-        found, told = self._identities(batch, roles)
-        made = MadeUp(found, told, self._makers, self._avoided)
-        columns = {
-            column: _written(made, attribute, batch.column(column), column)
-            for column, attribute in roles.replaced.items()
-        }
-        return NewValues(columns, found, told, made)
+        return NewValues([self._become(batch, person) for person in roles.people])
 
     def changed(self, actions: Mapping[str, Action]) -> Changed:
         """Gives what makes the columns of a table that have actions of their own."""
@@ -238,9 +256,32 @@ class People:
             }
         self._current = None
 
-    def _identities(self, batch: pa.RecordBatch, roles: Roles) -> tuple[Digests, Told]:
-        """Gives the digest of each row's key, and what is told of its person."""
-        keys = _keys(batch, roles)
+    def _read(self, batch: pa.RecordBatch, person: Person, met: Table) -> _Rows:
+        """Reads what the rows of a batch that have a key tell of a person."""
+        told = told_by(batch, person, self._places)
+        self._real.learn(batch, person, told)
+        keys = _keys(batch, person)
+        own = prints(keys, self._seeds[0])
+        rows = np.flatnonzero(own)
+        if len(rows):
+            met.named_keys.pop(person.name, None)
+        if len(rows) < len(own):
+            met.without_key[person.name] += int(_is_there(batch, person)[own == 0].sum())
+        return _Rows(rows, own[rows], prints(keys, self._seeds[1])[rows], told.of(rows))
+
+    def _become(self, batch: pa.RecordBatch, person: Person) -> NewPerson:
+        """Makes the new columns of one person of each row."""
+        found, told = self._identities(batch, person)
+        made = MadeUp(found, told, self._makers, self._avoided)
+        columns = {
+            column: _written(made, attribute, batch.column(column), column)
+            for column, attribute in person.replaced.items()
+        }
+        return NewPerson(person, columns, found, told, made)
+
+    def _identities(self, batch: pa.RecordBatch, person: Person) -> tuple[Digests, Told]:
+        """Gives the digest of each row's key, and what is told of that person."""
+        keys = _keys(batch, person)
         own = prints(keys, self._seeds[0])
         found = np.zeros((batch.num_rows, WORDS), dtype=np.uint64)
         told = Told(*(np.zeros(len(own), dtype=each.dtype) for each in self._who.told))
@@ -251,8 +292,8 @@ class People:
         _put(told, keyed, self._who.told.of(people))
         if len(others):
             apart = batch.take(pa.array(others))
-            of_others = told_by(apart, roles, self._places)
-            found[others] = self._digests_of_rows(apart, of_others)
+            of_others = told_by(apart, person, self._places)
+            found[others] = self._digests_of_rows(apart, person, of_others)
             _put(told, others, of_others)
         return found, told
 
@@ -266,21 +307,75 @@ class People:
         self._who.digests[whom] = digests(texts, self._secret)
         self._who.is_hashed[whom] = True
 
-    def _digests_of_rows(self, batch: pa.RecordBatch, told: Told) -> Digests:
+    def _digests_of_rows(self, batch: pa.RecordBatch, person: Person, told: Told) -> Digests:
         """Hashes rows without a key, and counts their people, whom nobody knows afterwards."""
         names = batch.schema.names
         in_order = sorted(range(len(names)), key=names.__getitem__)  # whatever the table's is
-        keys = keys_of_rows([batch.column(place) for place in in_order])
+        keys = keys_of_rows([batch.column(place) for place in in_order], person.name)
         made = digests(keys.to_pylist(), self._secret)
-        self._without_key.add(prints(keys, self._seeds[0]), made, told, self._replaced)
+        there = np.flatnonzero(_is_there(batch, person))
+        own = prints(keys, self._seeds[0])[there]
+        self._without_key.add(own, made[there], told.of(there), self._replaced)
         return made
 
 
-def _keys(batch: pa.RecordBatch, roles: Roles) -> pa.Array:
-    """Gives the key of each row, all of them missing where the table has none."""
-    if not roles.key:
+class _Rows(NamedTuple):
+    """What the rows of a batch that have a key tell of a person.
+
+    Attributes:
+        rows: Their places in the batch.
+        prints: The prints of their keys.
+        checks: Other prints of these.
+        told: What each tells.
+    """
+
+    rows: Any
+    prints: Prints
+    checks: Prints
+    told: Told
+
+
+def _by_rows(people: Sequence[_Rows]) -> tuple[Prints, Prints, Told]:
+    """Gives what is told of several people in the order of the rows, whatever their batches are."""
+    if len(people) == 1:
+        _, own, checks, told = people[0]
+        return own, checks, told
+    order = np.argsort(np.concatenate([each.rows for each in people]), kind="stable")
+    own = np.concatenate([each.prints for each in people])
+    checks = np.concatenate([each.checks for each in people])
+    told = Told(*map(np.concatenate, zip(*(each.told for each in people), strict=True)))
+    return own[order], checks[order], told.of(order)
+
+
+def _keys(batch: pa.RecordBatch, person: Person) -> pa.Array:
+    """Gives the key of each row, all of them missing where there is none."""
+    if not person.key:
         return pa.nulls(batch.num_rows, pa.binary())
-    return keys_of([batch.column(column) for column in roles.key])
+    return keys_of([batch.column(column) for column in person.key], person.of)
+
+
+def _named_keys(roles: Roles) -> dict[str, tuple[str, ...]]:
+    return {person.name: person.key for person in roles.people if person.is_key_named}
+
+
+def _is_there(batch: pa.RecordBatch, person: Person) -> Any:
+    """Tells which rows have anything of a person; of the only one of a row all do."""
+    if not person.name:
+        return np.ones(batch.num_rows, dtype=bool)
+    own = [each for name in REPLACED for each in person.columns.get(name, ())]
+    is_there = np.zeros(batch.num_rows, dtype=bool)
+    for column in {*person.key, *own}:
+        cells = canonical(batch.column(column))
+        is_there |= cells.is_valid().to_numpy(zero_copy_only=False)
+    return is_there
+
+
+def _key_missing(table: str, person: str, key: Sequence[str]) -> ReplaceError:
+    whose = f" of {person!r}" if person else ""
+    where = f"In {table} the" if table else "The"
+    return ReplaceError(
+        f"{where} key {listed(key)}{whose} is missing in every row: name another one, or none."
+    )
 
 
 def _written(made: MadeUp, attribute: str, column: pa.Array, name: str) -> pa.Array:

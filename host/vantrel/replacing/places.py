@@ -8,6 +8,7 @@ from typing import Any, NamedTuple
 import numpy as np
 from faker import Faker
 
+from vantrel.replacing.families import has_forms
 from vantrel.sampling.names import Order, order_of_names
 from vantrel.util.locale.locale import (
     Provider,
@@ -82,6 +83,11 @@ class Places:
     def is_last_first(self) -> Any:
         """Whether last names come first, for each place."""
         return np.array([order.is_last_first for order in self.orders])
+
+    @property
+    def has_forms(self) -> Any:
+        """Whether last names have forms for men and women that are known, for each place."""
+        return np.array([has_forms(place.locale) for place in self.known])
 
 
 def _place(text: str) -> Place:

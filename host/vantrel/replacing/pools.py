@@ -13,6 +13,7 @@ import numpy as np
 import pandas as pd
 import pyarrow as pa
 
+from vantrel.replacing.families import forms_of
 from vantrel.replacing.names import first_names, folded, last_names
 from vantrel.replacing.places import faker_in
 from vantrel.replacing.prints import Prints, prints
@@ -24,6 +25,9 @@ NAME_BITS = 17
 DOMAIN_BITS = 13
 
 _SEED = 0
+
+# The share of men's last names for which that of women of the same family must be known.
+_FEWEST_PAIRED = 0.5
 
 # Two of these, a code and what joins them are within the 64 characters that an address may have
 # before its "@".
@@ -58,6 +62,8 @@ class Vocabulary:
         last_prints: The same as a last name.
         plain_prints: The prints of what is written in accounts.
         domains: The domains of e-mail addresses.
+        other_forms: For each name that families share the number of the other gender's form, else
+            its own.
     """
 
     def __init__(self, *, latin: bool = False) -> None:
@@ -69,11 +75,15 @@ class Vocabulary:
         self._pools: list[Pool] = []
         self._starts: list[Pool] = []  # what is added to the numbers of each pool
         self._numbers: dict[tuple[str, str], int] = {}
+        self._kinds: list[tuple[str, str]] = []
+        self._families: dict[str, tuple[Any, Any]] = {}
+        self.other_forms: Any = np.zeros(0, dtype=np.int64)
 
     def number(self, locale: str, gender: str) -> int:
         """Gives the number of the pool of a locale and the key of a gender; draws it if need be."""
         if (locale, gender) not in self._numbers:
             self._numbers[locale, gender] = len(self._pools)
+            self._kinds.append((locale, gender))
             self._add(_drawn(locale, gender, self._latin))
         return self._numbers[locale, gender]
 
@@ -92,6 +102,53 @@ class Vocabulary:
             picked[rows] += getattr(self._starts[number], part)
         return picked
 
+    def shared(self, pools: Any, bits: Any) -> Any:
+        """Gives the numbers of families' last names, in the form of the gender of each row's pool.
+
+        Args:
+            pools: The number of each row's pool.
+            bits: What chooses the name, whatever the gender is.
+        """
+        picked = np.zeros(len(pools), dtype=np.int64)
+        for number in np.flatnonzero(np.bincount(pools)).tolist():
+            rows = np.flatnonzero(pools == number)
+            names = self._names_of_families(number)
+            picked[rows] = names[bits[rows] % len(names)]
+        return picked
+
+    def _names_of_families(self, number: int) -> Any:
+        """The last names of families as often as they are drawn, in the form of a pool's gender.
+
+        Where Faker has few families of which both forms are known, each gender has its own names.
+        """
+        locale, gender = self._kinds[number]
+        if locale not in self._families:
+            self._families[locale] = self._paired(locale)
+        men, women = self._families[locale]
+        return self._last_names(number) if len(men) == 0 else women if gender == "F" else men
+
+    def _paired(self, locale: str) -> tuple[Any, Any]:
+        """Gives men's last names, as often as they are drawn, and those of women beside them."""
+        men, women = (self._last_names(self.number(locale, gender)) for gender in "MF")
+        number_of, by_man = self._by_text(women), self._by_text(men)
+        woman_of = np.full(len(self.names), -1)
+        for man, woman in forms_of(list(by_man), number_of).items():
+            woman_of[by_man[man]] = number_of[woman]
+        drawn = men[woman_of[men] >= 0]
+        if len(drawn) < _FEWEST_PAIRED * len(men):
+            return drawn[:0], drawn[:0]
+        self.other_forms[woman_of[drawn]] = drawn
+        self.other_forms[drawn] = woman_of[drawn]
+        return drawn, woman_of[drawn]
+
+    def _last_names(self, number: int) -> Any:
+        return self._pools[number].last.astype(np.int64) + self._starts[number].last
+
+    def _by_text(self, numbers: Any) -> dict[str, int]:
+        distinct = np.unique(numbers)
+        texts = self.names.take(pa.array(distinct)).to_pylist()
+        return dict(zip(texts, distinct.tolist(), strict=True))
+
     def _add(self, drawn: _Drawn) -> None:
         """Adds a pool, with its names behind all others."""
         self._pools.append(drawn.pool)
@@ -99,6 +156,8 @@ class Vocabulary:
         self.names = pa.concat_arrays([self.names, drawn.names])
         self.plain = pa.concat_arrays([self.plain, drawn.plain])
         self.domains = pa.concat_arrays([self.domains, drawn.domains])
+        more = np.arange(len(self.other_forms), len(self.names))
+        self.other_forms = np.concatenate([self.other_forms, more])
         names = folded(drawn.names)
         self.first_prints = np.concatenate([self.first_prints, first_names(names)])
         self.last_prints = np.concatenate([self.last_prints, last_names(names)])

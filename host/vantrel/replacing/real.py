@@ -12,8 +12,8 @@ from vantrel.attributes import PHONES
 from vantrel.replacing.keys import as_texts
 from vantrel.replacing.names import paired
 from vantrel.replacing.numbers import ends_of_numbers
+from vantrel.replacing.person import Person
 from vantrel.replacing.prints import WORD, Prints, layout, prints, words_from_each_byte
-from vantrel.replacing.roles import Roles
 from vantrel.replacing.told import Told
 
 _FEWEST_TO_MERGE = 1_000_000
@@ -68,13 +68,13 @@ class RealPeople:
     def __init__(self) -> None:
         self.names, self.numbers, self.addresses = Distinct(), Distinct(), Distinct()
 
-    def learn(self, batch: pa.RecordBatch, roles: Roles, told: Told) -> None:
-        """Takes in what the rows of a batch have."""
+    def learn(self, batch: pa.RecordBatch, person: Person, told: Told) -> None:
+        """Takes in what the rows of a batch have of a person."""
         self.names.add(paired(told.first, told.last))
         for attribute in PHONES:
-            for column in roles.columns.get(attribute, ()):
+            for column in person.columns.get(attribute, ()):
                 self.numbers.add(ends_of_numbers(as_texts(batch.column(column))))
-        for column in roles.columns.get("email", ()):
+        for column in person.columns.get("email", ()):
             texts = as_texts(batch.column(column))
             self.addresses.add(prints_of_addresses(texts))
 

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import json
+from collections.abc import Sequence
 from typing import TYPE_CHECKING, Any
 
 from vantrel.replacing.secret import deciding_versions
@@ -14,6 +15,7 @@ if TYPE_CHECKING:
     from vantrel.replacing.asked import Asked
     from vantrel.replacing.outcome import Replaced
     from vantrel.replacing.people import Report
+    from vantrel.replacing.person import Person
 
 FORMAT = "vantrel-replace"
 
@@ -28,17 +30,31 @@ def write_record(opened: Opener, table: Replaced, asked: Asked, report: Report) 
     file.flush()
 
 
+def _people(people: Sequence[Person]) -> dict[str, Any]:
+    """Tells of the person of each row; under her name where a row has several."""
+    if len(people) == 1:
+        return _person(people[0])
+    return {"people_of_a_row": {person.name: _person(person) for person in people}}
+
+
+def _person(person: Person) -> dict[str, Any]:
+    told = {"of": person.of, "household": person.household}
+    return {
+        "key": list(person.key),
+        **{name: value for name, value in told.items() if value},
+        "replaced": person.replaced,
+        "kept": sorted(person.kept),
+    }
+
+
 def _form(table: Replaced, asked: Asked, report: Report) -> dict[str, Any]:
-    roles = table.roles
     return {
         "format": FORMAT,
         "schema_version": _SCHEMA_VERSION,
         "table": shown(table.path.name, 255),
         "rows": table.rows,
         "people": report.people,
-        "key": list(roles.key),
-        "replaced": roles.replaced,
-        "kept": sorted(roles.kept),
+        **_people(table.roles.people),
         "others": {column: str(action) for column, action in table.others.items()},
         "options": {
             "scrub": list(table.asked.scrub),

@@ -19,7 +19,7 @@ from vantrel.replacing.notes import (
     notes_on_table,
     notes_on_undecided,
 )
-from vantrel.replacing.roles import Columns, Roles, find_roles, refuse_scrub
+from vantrel.replacing.roles import Columns, Keys, Roles, find_roles, refuse_scrub
 from vantrel.replacing.secret import checked_secret
 from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
@@ -84,12 +84,13 @@ class Replacer:
     def replace(
         self,
         df: Any,
-        key: str | Iterable[str] | None = None,
+        key: Keys | None = None,
         people: Any = None,
         columns: Columns | None = None,
         keep: Iterable[str] = (),
         scrub: Iterable[str] = (),
         others: Mapping[str, str] | None = None,
+        household: str | None = None,
     ) -> Any:
         """Replaces the people of a table; see :func:`replace`."""
         from vantrel.replacing.frames import excerpt, like, with_columns
@@ -100,9 +101,10 @@ class Replacer:
         scrub = list(scrub)
         name = f"table {len(self._people.tables) + 1}"
         table = _opened(df, "A table")
+        others, household = _checked(others), _checked_household(household)
         if people is not None:
-            self._learn_only(_opened(people, "A table of people"), key, name)
-        first, others = excerpt(table), _checked(others)
+            self._learn_only(_opened(people, "A table of people"), key, household, name)
+        first = excerpt(table)
         roles = find_roles(
             first,
             key=key,
@@ -110,6 +112,7 @@ class Replacer:
             keep=keep,
             decided=[*scrub, *others],
             has_others=bool(others),
+            household=household,
         )
         refuse_scrub(_names(table), roles, scrub)
         actions = decided(first, roles, others, scrub)
@@ -133,11 +136,14 @@ class Replacer:
         replaced = with_columns(table, made)
         return replaced if isinstance(df, pd.DataFrame) else like(replaced, df)
 
-    def _learn_only(self, table: pd.DataFrame | pa.Table, key: Any, name: str) -> None:
+    def _learn_only(
+        self, table: pd.DataFrame | pa.Table, key: Any, household: str, name: str
+    ) -> None:
         """Learns who is who from a table that is not replaced."""
         from vantrel.replacing.frames import excerpt
 
-        roles = find_roles(excerpt(table), key=key, name="people", is_only_read=True)
+        own = household if household in _names(table) else ""
+        roles = find_roles(excerpt(table), key=key, name="people", is_only_read=True, household=own)
         for batch in _batches(table):
             self._people.learn(batch, roles, f"people of {name}")
         self._people.end_what_is_only_read()
@@ -145,13 +151,14 @@ class Replacer:
 
 def replace(
     df: Any,
-    key: str | Iterable[str] | None = None,
+    key: Keys | None = None,
     secret: bytes | None = None,
     people: Any = None,
     columns: Columns | None = None,
     keep: Iterable[str] = (),
     scrub: Iterable[str] = (),
     others: Mapping[str, str] | None = None,
+    household: str | None = None,
     *,
     place: str = DEFAULT_LOCALE,
     no_real: bool = False,
@@ -169,7 +176,10 @@ def replace(
         key: The column that names the person of each row, or several together. It is the same key
             whatever type it is stored in: 7, "7" and 7.0. If None, the e-mail address is the key,
             without regard to case, or else the full name, or else each row is a person. A row
-            without a key is a person of its own, known by all that stands in it.
+            without a key is a person of its own, known by all that stands in it. Where a row has
+            several people, found by what their columns' names have in common, this is the key of
+            the one whose name it bears, else of the first; ``{"buyer": "buyer_id", "seller":
+            "seller_id"}`` names those of several.
         secret: 16 to 64 bytes that decide who becomes whom; see :class:`Replacer`.
         people: A table with the genders and countries of the people, which the first need not have;
             it has the same key.
@@ -181,6 +191,8 @@ def replace(
             the same form, the same everywhere; ``"shift:DAYS"``, all dates of a person moved by the
             same number of days up to so many; ``"fake:PROVIDER"``, what this method of Faker gives,
             one value for each person.
+        household: The column that tells households: people of one who share a family name share
+            the made-up one, in the form of each one's gender.
         place: The country, or locale of Faker, of the people for whom no table tells one.
         no_real: Whether nobody gets the full name or the telephone number of a real person of the
             tables. People then depend on these tables, too.
@@ -208,7 +220,7 @@ def replace(
     replacer = Replacer(
         secret, place=place, no_real=no_real, phone_numbers=phone_numbers, latin=latin
     )
-    return replacer.replace(df, key, people, columns, keep, scrub, others)
+    return replacer.replace(df, key, people, columns, keep, scrub, others, household)
 
 
 def _people(secret: bytes, place: str, no_real: bool, ways: Ways) -> People:
@@ -240,6 +252,13 @@ def _checked(others: Any) -> Mapping[str, str]:
             f" others={{'notes': 'blank'}}, not {kind_of(others)}."
         )
     return others or {}
+
+
+def _checked_household(household: object) -> str:
+    """Refuses what is not the name of a column."""
+    if household is not None and not isinstance(household, str):
+        raise ArgumentTypeError(f"A column is named by a text, not by {household!r}.")
+    return household or ""
 
 
 def _names(table: pd.DataFrame | pa.Table) -> list[str]:

@@ -1,28 +1,33 @@
-"""Which columns of a table name the person of a row, tell of the person, and are replaced."""
+"""Which columns of a table name the people of its rows, tell of them, and are replaced."""
 
 from __future__ import annotations
 
-from collections import Counter
-from collections.abc import Collection, Iterable, Mapping, Sequence
+from collections.abc import Collection, Iterable, Iterator, Mapping, Sequence
 from dataclasses import dataclass, replace
 
 import pandas as pd
 
 from vantrel.arguments import refuse_text
-from vantrel.attributes import ATTRIBUTES, LEARNT
-from vantrel.detection import NOTHING, Choice, Detection, detect
+from vantrel.attributes import LEARNT
+from vantrel.detection import Choice, Doubt, detect
 from vantrel.detection.personal import Finding, find_personal
 from vantrel.errors import ArgumentTypeError, ReplaceError
 from vantrel.fitting.checks import refuse_unknown_attribute
 from vantrel.hints import argument, did_you_mean, listed, named
+from vantrel.replacing.finding import Found, find_people
+from vantrel.replacing.of_person import OfPerson, owner_among, with_household, with_keys
+from vantrel.replacing.person import REPLACED, Person
+
+__all__ = ["REPLACED", "Columns", "Key", "Keys", "Roles", "find_roles", "refuse_scrub"]
 
 type Columns = Mapping[str, str | Iterable[str]]
 """The column, or columns, of each attribute."""
 
-REPLACED = tuple(name for name in ATTRIBUTES if name not in LEARNT)
-"""The attributes that are replaced; the others are read and stay."""
+type Key = str | Iterable[str]
+"""The column that names a person, or several together."""
 
-_DEFAULT_KEYS = (("email",), ("fullname",), ("firstname", "lastname"))
+type Keys = Key | Mapping[str, Key]
+"""The key of the person of a row, or the keys of several by what they are called."""
 
 
 @dataclass(frozen=True)
@@ -30,98 +35,118 @@ class Roles:
     """What the columns of one table are.
 
     Attributes:
-        key: The columns whose values together name the person of a row. Where there are none, each
-            row is a person.
-        columns: The columns of each attribute, gender, title and country among them.
-        kept: The attributes that are read and stay as they are, though they could be replaced.
-        found: What told the columns that were not named.
+        people: The people of each row, one or more.
+        doubts: Columns that are not taken, as their values contradict their names.
         further: Columns that look like those of a person as well, and stay.
         personal: Columns of other kinds that look personal, and stay.
-        is_key_named: Whether the key was named, or else chosen.
     """
 
-    key: tuple[str, ...]
-    columns: Mapping[str, tuple[str, ...]]
-    kept: frozenset[str] = frozenset()
-    found: Detection = NOTHING
+    people: tuple[Person, ...]
+    doubts: tuple[Doubt, ...] = ()
     further: tuple[Choice, ...] = ()
     personal: tuple[Finding, ...] = ()
-    is_key_named: bool = False
 
     @property
     def replaced(self) -> dict[str, str]:
         """The columns that get new values, each with its attribute."""
-        return {
-            column: attribute
-            for attribute, columns in self.columns.items()
-            if attribute in REPLACED and attribute not in self.kept
-            for column in columns
-        }
+        return {name: what for person in self.people for name, what in person.replaced.items()}
+
+    @property
+    def told(self) -> frozenset[str]:
+        """The columns of all attributes of all people."""
+        return frozenset(column for person in self.people for column in person.told)
+
+    @property
+    def keys(self) -> frozenset[str]:
+        """The columns of all keys."""
+        return frozenset(column for person in self.people for column in person.key)
 
     @property
     def needed(self) -> tuple[str, ...]:
         """The columns to read, each once."""
-        told = [column for columns in self.columns.values() for column in columns]
-        return tuple(dict.fromkeys([*self.key, *told]))
+        return tuple(dict.fromkeys(each for person in self.people for each in person.needed))
+
+    def attribute_of(self, column: str) -> tuple[str, bool]:
+        """The attribute that a column has, "" if none, and whether it is kept that could go."""
+        for person in self.people:
+            for attribute, columns in person.columns.items():
+                if column in columns:
+                    return attribute, attribute in person.kept
+        return "", False
+
+    def owner(self, column: str) -> Person:
+        """Whose a column of another kind is: hers whose name it bears, or else the first one's."""
+        name = owner_among(column, [person.name for person in self.people])
+        return next(person for person in self.people if person.name == name)
 
 
 def find_roles(
     table: pd.DataFrame,
     *,
-    key: str | Iterable[str] | None = None,
+    key: Keys | None = None,
+    more_keys: Iterable[Key] = (),
     columns: Columns | None = None,
     keep: Iterable[str] = (),
     decided: Iterable[str] = (),
     name: str | None = None,
     is_only_read: bool = False,
     has_others: bool = False,
+    people: Sequence[OfPerson] = (),
+    household: str = "",
 ) -> Roles:
     """Finds what the columns of a table are, as a fit finds them, where they are not named.
 
     Args:
         table: The table, or as much of its beginning as tells what its columns hold.
-        key: The column that names the person of each row, or several together. If None, the e-mail
-            address is, or else the full name, or else each row is a person.
+        key: The column that names the person of each row, or several together; where a row has
+            several people, the key of the one whose name it bears, or the keys of some by their
+            names. Where none is named, the e-mail address is the key, or else the full name, or
+            else each row is a person.
+        more_keys: Keys of more people.
         columns: The columns of attributes that are not to be found.
         keep: Attributes that stay as they are.
         decided: Columns of other things of which it is known what becomes of them.
         name: What errors call the table, where there are several.
         is_only_read: Whether the table need have no column to replace, only one of a person.
         has_others: Whether other columns are changed, so that it need have none of a person.
+        people: The people of each row, as a plan has them; found if there are none.
+        household: The column in whose households people share family names.
 
     Raises:
         ArgumentTypeError: There is one text in the place of several.
         ArgumentError: An attribute is not known.
-        ReplaceError: A column is not there or has two attributes, the key is wholly missing, or no
-            column of a person was found.
+        ReplaceError: A column is not there or has two attributes, there are two keys of a person or
+            one of nobody, or no column of a person was found.
     """
     refuse_text(keep, "keep", "attributes")
     given = {attribute: _as_several(those) for attribute, those in (columns or {}).items()}
     kept = frozenset(keep)
     for attribute in (*given, *sorted(kept)):
         refuse_unknown_attribute(attribute)
-    keys = () if key is None else _as_several(key)
     the_table = "The table" if name is None else f"Table {named(name)}"
-    _refuse_missing(table, keys, given, the_table)
-    _refuse_shared(given, the_table)
+    by_name, keys = _keys(key, more_keys)
+    for those in (*by_name.values(), *keys):
+        _refuse_missing(table, those, {}, the_table)
+    _refuse_missing(table, [household] if household else [], {}, the_table, "for households")
+    _refuse_missing(table, (), given, the_table)
+    found = find_people(table, people, given, kept)
+    asked = with_keys([each.asked for each in found], keys, by_name, the_table)
+    asked = with_household(asked, household) if household else asked
+    for each in asked:
+        _refuse_missing(table, each.key, each.columns, the_table)
+        _refuse_missing(table, filter(None, [each.household]), {}, the_table, "for households")
+    _refuse_shared(asked, the_table)
+    of_row = [Found(own, each.detection).person for each, own in zip(found, asked, strict=True)]
+    roles = Roles(tuple(of_row))
     decided = set(decided)
-    found = _found(table, given)
-    doubts = [doubt for doubt in found.doubts if doubt.column not in decided]
-    found = replace(found, doubts=doubts)
-    told = given | {
-        attribute: (*given.get(attribute, ()), column)
-        for attribute, column in found.columns.items()
-    }
-    told = {attribute: told[attribute] for attribute in ATTRIBUTES if attribute in told}
-    key_of_table = keys or _usual_key(told)
-    taken = [*key_of_table, *(column for columns in told.values() for column in columns)]
-    undecided = {each for each in REPLACED if each not in kept and given.get(each) != ()}
-    learnt = {name: those[0] for name, those in told.items() if name in LEARNT and those}
-    further = () if is_only_read else _further(table, learnt, [*taken, *decided], undecided)
-    known = [*taken, *decided, *(choice.column for choice in further)]
-    personal = () if is_only_read else find_personal(table, known)
-    roles = Roles(key_of_table, told, kept, found, further, personal, bool(keys))
-    if len(table) and not (has_others or (roles.columns if is_only_read else roles.replaced)):
+    doubts = [doubt for each in found for doubt in each.detection.doubts]
+    roles = replace(roles, doubts=tuple(each for each in doubts if each.column not in decided))
+    if not is_only_read:
+        taken = {*roles.needed, *decided}
+        further = _further(table, of_row, taken, _undecided(asked))
+        known = {*taken, *(choice.column for choice in further)}
+        roles = replace(roles, further=further, personal=find_personal(table, known))
+    if len(table) and not (has_others or (roles.told if is_only_read else roles.replaced)):
         raise _nothing_found(table, roles, the_table)
     return roles
 
@@ -139,10 +164,19 @@ def refuse_scrub(names: Sequence[str], roles: Roles, scrub: Iterable[str]) -> No
                 f"Column {column!r} is replaced whole, as {roles.replaced[column]}: it need not be"
                 " scrubbed."
             )
-        if column in roles.key:
+        if column in roles.keys:
             raise ReplaceError(
                 f"Column {column!r} tells who is who: scrubbed, it would no longer do so."
             )
+
+
+def _keys(
+    key: Keys | None, more: Iterable[Key]
+) -> tuple[dict[str, tuple[str, ...]], list[tuple[str, ...]]]:
+    """Gives the keys that have people's names, and those that have not."""
+    if isinstance(key, Mapping):
+        return {whose: _as_several(each) for whose, each in key.items()}, [*map(_as_several, more)]
+    return {}, [_as_several(each) for each in (key, *more) if each is not None]
 
 
 def _as_several(names: str | Iterable[str]) -> tuple[str, ...]:
@@ -153,23 +187,15 @@ def _as_several(names: str | Iterable[str]) -> tuple[str, ...]:
     return tuple(dict.fromkeys(several))
 
 
-def _found(table: pd.DataFrame, given: Mapping[str, tuple[str, ...]]) -> Detection:
-    """Finds the columns of what is not named, and those of what is replaced besides."""
-    named = [column for columns in given.values() for column in columns]
-    settled = {name: those for name, those in given.items() if name in LEARNT or not those}
-    known = {name: those[0] for name, those in settled.items() if those}
-    found = detect(table, known=known, ignored=named)
-    choices = [choice for choice in found.choices if choice.attribute not in settled]
-    return replace(found, choices=choices)
-
-
 def _further(
     table: pd.DataFrame,
-    learnt: Mapping[str, str],
+    people: Iterable[Person],
     taken: Iterable[str],
     undecided: Collection[str],
 ) -> tuple[Choice, ...]:
     """Finds columns that look like those of some attributes, beside the ones that are taken."""
+    columns = [pair for person in people for pair in person.columns.items()]
+    learnt = {name: those[0] for name, those in columns if name in LEARNT and those}
     choices: list[Choice] = []
     while True:
         ignored = [*taken, *(choice.column for choice in choices)]
@@ -180,22 +206,25 @@ def _further(
         choices += more
 
 
-def _usual_key(told: Mapping[str, tuple[str, ...]]) -> tuple[str, ...]:
-    """The columns that name a person where no key is given."""
-    for attributes in _DEFAULT_KEYS:
-        if all(attribute in told for attribute in attributes):
-            return tuple(told[attribute][0] for attribute in attributes)
-    return ()
+def _undecided(asked: Iterable[OfPerson]) -> set[str]:
+    """The attributes of which it is not said for everybody that they stay or are not there."""
+    return {
+        attribute
+        for person in asked
+        for attribute in REPLACED
+        if attribute not in person.kept and person.columns.get(attribute) != ()
+    }
 
 
 def _refuse_missing(
     table: pd.DataFrame,
-    key: tuple[str, ...],
+    key: Iterable[str],
     given: Mapping[str, tuple[str, ...]],
     the_table: str,
+    what_for: str = "for the key",
 ) -> None:
     """Refuses columns that the table has not."""
-    wanted = [(column, "for the key") for column in key]
+    wanted = [(column, what_for) for column in key]
     wanted += [(each, f"for {name!r}") for name, columns in given.items() for each in columns]
     for column, why in wanted:
         if column not in table.columns:
@@ -212,24 +241,37 @@ def _no_table(column: str) -> str:
     return f" No table is called {prefix!r}." if colon else ""
 
 
-def _refuse_shared(given: Mapping[str, tuple[str, ...]], the_table: str) -> None:
-    """Refuses a column that is given to two attributes."""
-    counts = Counter(column for columns in given.values() for column in columns)
-    for column, count in counts.items():
-        if count > 1:
-            sharers = [repr(name) for name, columns in given.items() if column in columns]
-            raise ReplaceError(
-                f"{the_table}: column {column!r} is given to {' and '.join(sharers)}: a column"
-                " holds one attribute."
-            )
+def _refuse_shared(people: Iterable[OfPerson], the_table: str) -> None:
+    """Refuses a column that is given to two attributes, or is replaced as two people's."""
+    given: dict[str, tuple[str, str]] = {}
+    for person in people:
+        for attribute, column in _pairs(person):
+            other, whose = given.setdefault(column, (attribute, person.name))
+            if other != attribute:
+                raise ReplaceError(
+                    f"{the_table}: column {column!r} is given to {other!r} and {attribute!r}: a"
+                    " column holds one attribute."
+                )
+            if whose != person.name and attribute in REPLACED:
+                raise ReplaceError(
+                    f"{the_table}: column {column!r} is given to {whose!r} and {person.name!r}: it"
+                    " holds the values of one person."
+                )
+
+
+def _pairs(person: OfPerson) -> Iterator[tuple[str, str]]:
+    for attribute, columns in person.columns.items():
+        for column in columns:
+            yield attribute, column
 
 
 def _nothing_found(table: pd.DataFrame, roles: Roles, the_table: str) -> ReplaceError:
     doubts = "".join(
         f" Column {doubt.column!r} is not taken for {doubt.attribute}: its values do not look so."
-        for doubt in roles.found.doubts
+        for doubt in roles.doubts
     )
-    kept = f" Kept as they are: {', '.join(sorted(roles.kept))}." if roles.kept else ""
+    stay = sorted({attribute for person in roles.people for attribute in person.kept})
+    kept = f" Kept as they are: {', '.join(stay)}." if stay else ""
     return ReplaceError(
         f"{the_table} has no column to replace that is found by its name and values: name one, as"
         f" in {argument('columns', {'lastname': 'COLUMN'})}.{doubts}{kept} Its columns are:"

@@ -1,4 +1,4 @@
-"""What the rows of a table tell of their people: gender, country, and the prints of real names.
+"""What the rows of a table tell of a person: gender, country, and the prints of real names.
 
 A gender is told by its own column, else by a title, else by the first name where Faker's lists have
 it for one gender alone.
@@ -15,12 +15,13 @@ import pyarrow as pa
 from vantrel.config import PersonModelConfig
 from vantrel.genders import keys_of
 from vantrel.replacing.by_name import genders_by_name
+from vantrel.replacing.families import stems
 from vantrel.replacing.form import titles_of, without_titles
-from vantrel.replacing.keys import as_texts
-from vantrel.replacing.names import first_names, folded, halves, last_names
+from vantrel.replacing.keys import as_texts, canonical
+from vantrel.replacing.names import first_names, folded, halves, last_names, paired
+from vantrel.replacing.person import Person
 from vantrel.replacing.places import GENDERS, Places
-from vantrel.replacing.prints import Prints
-from vantrel.replacing.roles import Roles
+from vantrel.replacing.prints import Prints, prints
 
 _CONFIG = PersonModelConfig()
 
@@ -33,35 +34,44 @@ class Told(NamedTuple):
         place: The number of each one's country in :class:`Places`.
         first: The print of each one's real first name.
         last: The same of last names.
+        family: The print of each one's household and real family name together, which is alike in
+            all forms of it.
     """
 
     gender: Any
     place: Any
     first: Any
     last: Any
+    family: Any
 
     def of(self, rows: Any) -> Told:
         """Gives what is told of some of them."""
         return Told(*(values[rows] for values in self))
 
 
-def told_by(batch: pa.RecordBatch, roles: Roles, places: Places) -> Told:
-    """Reads what each row tells."""
-    place = _first_told(batch, roles, "country", _numbers_in(places))
-    first, last = _names(batch, roles, places.is_last_first[place])
-    gender = _genders(batch, roles)
+def told_by(batch: pa.RecordBatch, person: Person, places: Places) -> Told:
+    """Reads what each row tells of a person."""
+    place = _first_told(batch, person, "country", _numbers_in(places))
+    is_last_first = places.is_last_first[place]
+    first, last = _names(batch, person, is_last_first)
+    gender = _genders(batch, person)
     untold = np.flatnonzero(gender == 0)
     gender[untold] = genders_by_name(first[untold], place[untold], places)
-    return Told(gender, place, first, last)
+    family = np.zeros(batch.num_rows, dtype=np.uint64)
+    if person.household:
+        alike = _names(batch, person, is_last_first, lambda names: stems(folded(names)))[1]
+        names = np.where(places.has_forms[place], alike, last)
+        family = paired(prints(canonical(batch.column(person.household))), names)
+    return Told(gender, place, first, last, family)
 
 
-def _genders(batch: pa.RecordBatch, roles: Roles) -> Any:
+def _genders(batch: pa.RecordBatch, person: Person) -> Any:
     """Reads the codes of genders and of titles, also those that stand in the other's column."""
     told = np.zeros(batch.num_rows, dtype=np.uint8)
     for attribute, other in (("gender", "title"), ("title", "gender")):
-        own = _first_told(batch, roles, attribute, _codes_of(attribute, other))
+        own = _first_told(batch, person, attribute, _codes_of(attribute, other))
         told = np.where(told == 0, own, told)
-    for column in roles.columns.get("fullname", ()):
+    for column in person.columns.get("fullname", ()):
         if not told.all():
             titles = titles_of(as_texts(batch.column(column)))
             told = np.where(told == 0, by_value(titles, _codes_of("title")), told)
@@ -69,11 +79,11 @@ def _genders(batch: pa.RecordBatch, roles: Roles) -> Any:
 
 
 def _first_told(
-    batch: pa.RecordBatch, roles: Roles, attribute: str, read: Callable[[pa.Array], Any]
+    batch: pa.RecordBatch, person: Person, attribute: str, read: Callable[[pa.Array], Any]
 ) -> Any:
     """Reads the columns of an attribute; the first that tells something counts."""
     told = np.zeros(batch.num_rows, dtype=read(pa.array([], pa.string())).dtype)
-    for column in roles.columns.get(attribute, ()):
+    for column in person.columns.get(attribute, ()):
         told = np.where(told == 0, by_value(batch.column(column), read), told)
     return told
 
@@ -112,14 +122,26 @@ def _codes_of(*attributes: str) -> Callable[[pa.Array], Any]:
     return read
 
 
-def _names(batch: pa.RecordBatch, roles: Roles, is_last_first: Any) -> tuple[Prints, Prints]:
-    """The prints of first and last names, of full names where there is no other."""
-    first = _first_told(batch, roles, "firstname", lambda names: first_names(folded(names)))
-    last = _first_told(batch, roles, "lastname", lambda names: last_names(folded(names)))
-    for column in roles.columns.get("fullname", ()):
+def _names(
+    batch: pa.RecordBatch,
+    person: Person,
+    is_last_first: Any,
+    plain: Callable[[pa.Array], pa.Array] = folded,
+) -> tuple[Prints, Prints]:
+    """The prints of first and last names, of full names where there is no other.
+
+    Args:
+        batch: The rows.
+        person: Whose names.
+        is_last_first: Whether the language of each has the last name first.
+        plain: Takes from names what does not tell them apart.
+    """
+    first = _first_told(batch, person, "firstname", lambda names: first_names(plain(names)))
+    last = _first_told(batch, person, "lastname", lambda names: last_names(plain(names)))
+    for column in person.columns.get("fullname", ()):
         if first.all() and last.all():
             break
         whole = without_titles(as_texts(batch.column(column)))
-        start, end = halves(folded(whole), is_last_first)
+        start, end = halves(plain(whole), is_last_first)
         first, last = np.where(first, first, start), np.where(last, last, end)
     return first, last

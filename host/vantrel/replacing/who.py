@@ -17,7 +17,7 @@ from vantrel.replacing.told import Told
 
 _FEWEST_TO_MERGE = 1_000_000
 
-_TYPES = (np.uint8, np.uint16, np.uint64, np.uint64)
+_TYPES = (np.uint8, np.uint16, np.uint64, np.uint64, np.uint64)
 _CONTRADICTED = ("gender", "place")
 
 

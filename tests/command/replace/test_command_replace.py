@@ -118,9 +118,9 @@ def test_a_key_for_tables_of_one_name() -> None:
     line = "replace orders.2024.csv orders.2025.csv -o copy --key orders:buyer --secret s"
     succeed(line)
     assert Path("copy/orders.2024.csv").read_bytes() == Path("copy/orders.2025.csv").read_bytes()
-    assert fail(f"{line} --force --key orders.2025.csv:order", 2) == (
-        "There are two keys of table 'orders.2025.csv': join columns of one key by a comma, as in"
-        " --key buyer,order."
+    assert fail(f"{line} --force --key orders.2025.csv:order", 1) == (
+        "Table orders.2025.csv: there are two keys, 'buyer' and 'order'. Join the columns of one"
+        " key, as in --key buyer,order."
     )
 
 

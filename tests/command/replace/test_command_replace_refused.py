@@ -38,13 +38,13 @@ BAD = [
     ),
     (
         f"{REPLACE} --key land",
-        2,
-        "There are two keys of all tables: join columns of one key by a comma, as in --key id,land.",
+        1,
+        "Table customers.csv: there are two keys, 'id' and 'land'. Join the columns of one key, as in --key id,land.",
     ),
     (
         f"{REPLACE} --key customers:id --key customers:land",
-        2,
-        "There are two keys of table 'customers.csv': join columns of one key by a comma, as in --key id,land.",
+        1,
+        "Table customers.csv: there are two keys, 'id' and 'land'. Join the columns of one key, as in --key id,land.",
     ),
     (
         "replace customers.csv -o customers.csv",

@@ -5,6 +5,6 @@ It needs pyarrow.
 
 from vantrel.replacing.leaks.by_print import PrintedWords
 from vantrel.replacing.leaks.scrub import scrubbed
-from vantrel.replacing.leaks.search import Leak, LeakSearch, Names, Value
+from vantrel.replacing.leaks.search import Known, Leak, LeakSearch, Names, Value
 
-__all__ = ["Leak", "LeakSearch", "Names", "PrintedWords", "Value", "scrubbed"]
+__all__ = ["Known", "Leak", "LeakSearch", "Names", "PrintedWords", "Value", "scrubbed"]

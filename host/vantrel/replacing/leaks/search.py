@@ -91,8 +91,21 @@ class Names(NamedTuple):
         return PrintedWords(texts, self.is_sought | ~is_ascii.to_numpy(zero_copy_only=False))
 
 
+class Known(NamedTuple):
+    """What is known of one person of each row, to look for.
+
+    Attributes:
+        values: What she is known by.
+        names: Her names without regard to accents, or where the table does not have them; None
+            where they are to stay.
+    """
+
+    values: Sequence[Value]
+    names: Names | None = None
+
+
 class LeakSearch:
-    """Searches the columns that pass through for what each row's own person is known by."""
+    """Searches the columns that pass through for what each row's own people are known by."""
 
     def __init__(self) -> None:
         """Begins with nothing found."""
@@ -101,32 +114,26 @@ class LeakSearch:
     def look(
         self,
         passed: pa.RecordBatch,
-        values: Sequence[Value],
+        people: Sequence[Known],
         first_row: int,
-        names: Names | None = None,
     ) -> None:
         """Looks at some rows.
 
         Args:
             passed: The columns that pass through.
-            values: What the people of the same rows are known by.
+            people: The people of the same rows.
             first_row: The number of the first of the rows.
-            names: Their names without regard to accents, or where the table does not have them.
         """
-        wanted = Wanted(values)
+        wanted = [(Wanted(values), names) for values, names in people]
         for column, cells in zip(passed.schema.names, passed.columns, strict=True):
             texts = _texts(cells)
             if texts is None:
                 continue
-            has = wanted.found_in(texts)
-            if names is not None:
-                words = names.words_in(texts)
-                has["firstname"][words.rows_with(names.first)] = True
-                has["lastname"][words.rows_with(names.last)] = True
-            first, last = has.pop("firstname"), has.pop("lastname")
-            names_person = np.logical_or.reduce([first & last, *has.values()])
+            found = [_found(texts, *each) for each in wanted]
+            names_person = np.logical_or.reduce([is_named for is_named, _ in found])
+            has_name = np.logical_or.reduce([has_part for _, has_part in found])
             self._add(column, "person", names_person, first_row)
-            self._add(column, "name", (first | last) & ~names_person, first_row)
+            self._add(column, "name", has_name & ~names_person, first_row)
 
     def found(self) -> list[Leak]:
         """What was found; people first, and columns in the order in which they came up."""
@@ -174,6 +181,17 @@ class Wanted:
             is_there = [is_found(attribute, text, value) for text, value in pairs]
             has[attribute][rows] |= np.array(is_there, dtype=bool)
         return has
+
+
+def _found(texts: pa.Array, wanted: Wanted, names: Names | None) -> tuple[Flags, Flags]:
+    """Tells which texts name the person of their row, and which have a first or a last name."""
+    has = wanted.found_in(texts)
+    if names is not None:
+        words = names.words_in(texts)
+        has["firstname"][words.rows_with(names.first)] = True
+        has["lastname"][words.rows_with(names.last)] = True
+    first, last = has.pop("firstname"), has.pop("lastname")
+    return np.logical_or.reduce([first & last, *has.values()]), first | last
 
 
 def _texts(values: pa.Array) -> pa.Array | None:

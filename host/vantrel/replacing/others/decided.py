@@ -58,7 +58,7 @@ def _refuse_contradiction(
     column: str, action: Action, roles: Roles, scrub: Collection[str]
 ) -> None:
     """Refuses a column with which something else is to be done, too."""
-    attribute = next((name for name, those in roles.columns.items() if column in those), "")
+    attribute, kept = roles.attribute_of(column)
     one = f"Column {shown(repr(column))}"
     if column in roles.replaced:
         raise ReplaceError(
@@ -66,7 +66,7 @@ def _refuse_contradiction(
             f" {argument('others', {column: str(action)})} it is replaced;"
             f" {argument('keep', [attribute])} keeps it."
         )
-    if attribute in roles.kept and action.kind != "keep":
+    if kept and action.kind != "keep":
         raise ReplaceError(
             f"{one} is kept, as {attribute}, and {str(action)!r} would change it: take one of the"
             " two."

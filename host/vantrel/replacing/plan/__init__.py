@@ -1,6 +1,6 @@
 """Plans: what becomes of each column of the tables of a run, in a file that people can review."""
 
-from vantrel.replacing.plan.form import KEEP, SCRUB, UNDECIDED, Plan, TablePlan
+from vantrel.replacing.plan.form import KEEP, SCRUB, UNDECIDED, Person, Plan, TablePlan
 from vantrel.replacing.plan.reading import read_plan
 from vantrel.replacing.plan.writing import write_plan
 
@@ -8,6 +8,7 @@ __all__ = [
     "KEEP",
     "SCRUB",
     "UNDECIDED",
+    "Person",
     "Plan",
     "TablePlan",
     "read_plan",

@@ -18,34 +18,41 @@ type Columns = str | list[str]
 
 
 class Person(msgspec.Struct, forbid_unknown_fields=True):
-    """The person of each row of a table.
+    """A person of each row of a table.
 
     Attributes:
+        name: What she is called, where a row has several people.
         key: The columns that name her together; chosen if there is none.
+        of: The kind of person that the key tells apart, in all tables; keys of no kind are of one.
         columns: The column, or columns, of each attribute. Others are not looked for.
         keep: The attributes that stay as they are.
+        household: The column in whose households people share family names.
     """
 
     columns: dict[str, Columns]
+    name: str = ""
     key: list[str] = []
+    of: str = ""
+    household: str = ""
     keep: list[str] = []
 
-    def of(self, attribute: str) -> Sequence[str]:
-        """The columns of an attribute."""
+    def columns_of(self, attribute: str) -> Sequence[str]:
+        """The columns of an attribute, as several."""
         those = self.columns.get(attribute, [])
         return [those] if isinstance(those, str) else those
 
     @property
     def named(self) -> list[str]:
         """All columns that are named."""
-        return [*self.key, *(column for attribute in self.columns for column in self.of(attribute))]
+        told = [column for attribute in self.columns for column in self.columns_of(attribute)]
+        return [*self.key, *told]
 
 
 class TablePlan(msgspec.Struct, forbid_unknown_fields=True):
     """What becomes of a table.
 
     Attributes:
-        people: The person of each row.
+        people: The people of each row, one or more.
         other: What becomes of each other column: an action, or one of the words above.
     """
 

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from collections.abc import Mapping, Sequence
 from pathlib import Path
 from typing import Any
 
@@ -11,7 +12,8 @@ from vantrel.attributes import ATTRIBUTES
 from vantrel.errors import PlanError
 from vantrel.hints import did_you_mean
 from vantrel.replacing.others.action import read_action
-from vantrel.replacing.plan.form import KEEP, SCRUB, UNDECIDED, Plan
+from vantrel.replacing.person import REPLACED
+from vantrel.replacing.plan.form import KEEP, SCRUB, UNDECIDED, Person, Plan
 from vantrel.storage.toml import read_toml
 from vantrel.wording import shown
 
@@ -33,19 +35,51 @@ def _plan(content: dict[str, Any]) -> Plan:
     plan = msgspec.convert(content, Plan)
     for name, table in plan.tables.items():
         where = f"Table {shown(repr(name))}"
-        if len(table.people) != 1:
-            raise ValueError(f"{where} has {len(table.people)} people: each row has one")
-        (person,) = table.people
-        for attribute in (*person.columns, *person.keep):
-            if attribute not in ATTRIBUTES:
-                hint = did_you_mean(attribute, ATTRIBUTES)
-                raise ValueError(f"{where}: {shown(repr(attribute))} is no attribute.{hint}")
+        _refuse_unusable_names(table.people, where)
         for column, fate in table.other.items():
             if fate not in (KEEP, SCRUB, UNDECIDED):
                 read_action(fate, column)
-        for column in person.named:
-            if table.other.get(column, "keep") != "keep" and column not in person.key:
-                raise ValueError(
-                    f"{where}: column {shown(repr(column))} is the person's and in other, too"
-                )
+        for person in table.people:
+            _check_person(person, table.other, where)
+        _refuse_shared(table.people, where)
     return plan
+
+
+def _refuse_unusable_names(people: Sequence[Person], where: str) -> None:
+    """Refuses people whom no name tells apart; one of them may be without."""
+    if not people:
+        raise ValueError(f"{where} has 0 people: each row has one")
+    names = [person.name for person in people]
+    for name in names:
+        if names.count(name) > 1:
+            called = f"called {shown(repr(name))}" if name else "without a name"
+            raise ValueError(
+                f"{where} has several people in a row who are {called}: tell them apart, as in"
+                ' name = "buyer"'
+            )
+
+
+def _check_person(person: Person, other: Mapping[str, str], where: str) -> None:
+    for attribute in (*person.columns, *person.keep):
+        if attribute not in ATTRIBUTES:
+            hint = did_you_mean(attribute, ATTRIBUTES)
+            raise ValueError(f"{where}: {shown(repr(attribute))} is no attribute.{hint}")
+    for column in person.named:
+        if other.get(column, "keep") != "keep" and column not in person.key:
+            raise ValueError(
+                f"{where}: column {shown(repr(column))} is the person's and in other, too"
+            )
+
+
+def _refuse_shared(people: Sequence[Person], where: str) -> None:
+    """Refuses columns that two people have; gender, title and country may be those of several."""
+    owners: dict[str, str] = {}
+    for person in people:
+        for attribute in REPLACED:
+            for column in person.columns_of(attribute):
+                owner = owners.setdefault(column, person.name)
+                if owner != person.name:
+                    raise ValueError(
+                        f"{where}: column {shown(repr(column))} is given to {shown(repr(owner))}"
+                        f" and {shown(repr(person.name))}: it holds the values of one person"
+                    )

@@ -7,8 +7,9 @@ from collections.abc import Mapping, Sequence
 import tomlkit
 from tomlkit.items import Array, Item, Table
 
+from vantrel.replacing.person import REPLACED, Person
 from vantrel.replacing.plan.form import FORMAT, KEEP, SCHEMA_VERSION, UNDECIDED
-from vantrel.replacing.roles import REPLACED, Roles
+from vantrel.replacing.roles import Roles
 
 _HEAD = """\
 What becomes of each column. Look at it, change it, and run
@@ -16,7 +17,11 @@ What becomes of each column. Look at it, change it, and run
   vantrel replace TABLE... -o COPY --plan THIS_FILE
 
 A column of [tables.*.other] has "keep", "blank", "scrub" (what names the row's person is replaced),
-"hash", "fake:PROVIDER", "shift:DAYS", or "undecided", which stays and is told."""
+"hash", "fake:PROVIDER", "shift:DAYS", or "undecided", which stays and is told.
+
+A table has an entry [[tables.*.people]] for each person of a row. Equal keys are one person in all
+tables; of = "customer" makes those of customers apart from all others. household = "COLUMN" gives
+the people of a household who share a family name one that they share."""
 
 
 def write_plan(tables: Mapping[str, tuple[Roles, Sequence[str], Mapping[str, str]]]) -> str:
@@ -43,23 +48,30 @@ def write_plan(tables: Mapping[str, tuple[Roles, Sequence[str], Mapping[str, str
 def _table(roles: Roles, columns: Sequence[str], decided: Mapping[str, str]) -> Table:
     table = tomlkit.table()
     people = tomlkit.aot()
-    people.append(_person(roles))
+    for person in roles.people:
+        people.append(_person(person))
     table["people"] = people
     table["other"] = _others(roles, columns, decided)
     return table
 
 
-def _person(roles: Roles) -> Table:
+def _person(found: Person) -> Table:
     person = tomlkit.table()
-    if roles.key:
-        chosen = "named" if roles.is_key_named else "chosen, as none was named"
-        person["key"] = _told(_array(roles.key), chosen)
-    if roles.kept:
-        person["keep"] = _array(sorted(roles.kept))
+    if found.name:
+        person["name"] = found.name
+    if found.key:
+        chosen = "named" if found.is_key_named else "chosen, as none was named"
+        person["key"] = _told(_array(found.key), chosen)
+    if found.of:
+        person["of"] = found.of
+    if found.household:
+        person["household"] = _told(found.household, "people of one share family names")
+    if found.kept:
+        person["keep"] = _array(sorted(found.kept))
     of_attributes = tomlkit.table()
-    reasons = {choice.attribute: choice.reason for choice in roles.found.choices}
-    for attribute, those in roles.columns.items():
-        fate = "replaced" if attribute in REPLACED and attribute not in roles.kept else "stays"
+    reasons = {choice.attribute: choice.reason for choice in found.choices}
+    for attribute, those in found.columns.items():
+        fate = "replaced" if attribute in REPLACED and attribute not in found.kept else "stays"
         why = f"found by its {reasons[attribute]}" if attribute in reasons else "named"
         value = tomlkit.item(those[0]) if len(those) == 1 else _array(those)
         of_attributes[attribute] = _told(value, f"{fate}; {why}")
@@ -70,20 +82,27 @@ def _person(roles: Roles) -> Table:
 def _others(roles: Roles, columns: Sequence[str], decided: Mapping[str, str]) -> Table:
     """Tells what becomes of the columns that are not a person's."""
     table = tomlkit.table()
-    of_person = {column for those in roles.columns.values() for column in those}
     why = {each.column: f"{each.kind}: {each.why}" for each in roles.personal}
     why |= {each.column: f"looks like {each.attribute}, too" for each in roles.further}
     why |= {
         doubt.column: f"named like {doubt.attribute}, but its values do not look so"
-        for doubt in roles.found.doubts
+        for doubt in roles.doubts
     }
     for column in columns:
-        if column in of_person:
+        if column in roles.told:
             continue
-        fate = decided.get(column, UNDECIDED if column in why and column not in roles.key else KEEP)
-        told = why.get(column) or ("the key" if column in roles.key else None)
+        is_open = column in why and column not in roles.keys
+        fate = decided.get(column, UNDECIDED if is_open else KEEP)
+        told = why.get(column) or _whose_key(roles, column)
         table[column] = _told(fate, told) if told else fate
     return table
+
+
+def _whose_key(roles: Roles, column: str) -> str:
+    """Tells that a column is the key of somebody, or part of it; "" if it is not."""
+    owners = [person.name for person in roles.people if column in person.key]
+    names = " and ".join(filter(None, owners))
+    return f"the key of {names}" if names else "the key" if owners else ""
 
 
 def _array(values: object) -> Array:

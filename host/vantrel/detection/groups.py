@@ -1,0 +1,142 @@
+"""Tells the columns of several people in a row apart by what their names begin or end with.
+
+``buyer_first_name``, ``BuyerEmail`` and ``dob_buyer`` are the buyer's, and what a table has beside
+them of a seller is the seller's. Groups are told by names alone: whether columns hold what they are
+called is for detection to say.
+"""
+
+from __future__ import annotations
+
+from collections import defaultdict
+from collections.abc import Collection, Iterable, Iterator, Mapping
+from functools import cache
+
+from vantrel.detection.names import (
+    NAME,
+    PERSONS,
+    SOMEBODY,
+    joined,
+    names_of_kind,
+    whole_kind,
+    words_of,
+)
+
+# Beside a person whose columns bear no label these are another one, who belongs to her.
+_BELONGING = frozenset(
+    """
+    contact mother father parent spouse partner husband wife child emergency kin next guardian
+    referee carer caregiver beneficiary manager supervisor doctor physician gp lawyer attorney
+    kontakt kontaktperson notfall mutter vater ehepartner partnerin elternteil vormund contacto
+    contatto arzt hausarzt vorgesetzter vorgesetzte betreuer
+    """.split()
+)
+_FURTHER = frozenset(
+    """
+    agent broker landlord lender borrower applicant sponsor reporter assignee approver reviewer
+    creditor debtor plaintiff defendant witness insured policyholder nurse consignee consignor
+    shipper receiver payer bride groom caller referrer teacher trainer coach billing shipping
+    """.split()
+)
+# Before a name these leave it that of the same person.
+_OF_THE_SAME = frozenset("account legal display complete whole ihr your dein".split())
+
+# What a column without more words is told by its values to hold.
+_WHOLE_NAMES = {NAME: "fullname", SOMEBODY: "fullname"}
+_NAMES = frozenset({"firstname", "lastname", "fullname"})
+_ACCOUNTS = frozenset({"email", "username"})
+
+type Groups = Mapping[str, Mapping[str, str]]
+"""The label of each person, "" for her whose columns bear none, and her columns, each with what it
+is called without the label."""
+
+
+def groups_of(columns: Iterable[object]) -> Groups:
+    """Finds the people whom the names of columns tell apart; none where there is one at most.
+
+    A label is a word for somebody, alone or with others, such as "buyer" or "emergency contact". It
+    tells of a person where a name stands under it, or an e-mail address or user name that another
+    label has, too. Columns without a label are another person's where they have names as well, and
+    those with one share an attribute with them or are of somebody who belongs to her.
+    """
+    texts = [column for column in columns if isinstance(column, str)]
+    kinds = _kinds_by_label(texts)
+    of_nobody = kinds.pop("", set())
+    labels = [label for label in kinds if _tells_a_person(label, kinds)]
+    if of_nobody & _NAMES:
+        labels = ["", *(each for each in labels if _is_another(each, kinds[each], of_nobody))]
+    if len(labels) < 2:
+        return {}
+    groups: dict[str, dict[str, str]] = {label: {} for label in labels}
+    for column in texts:
+        label = owner_of(column, labels)
+        if label in groups:
+            groups[label][column] = without_label(column, label)
+    return groups
+
+
+def owner_of(column: str, labels: Iterable[str]) -> str:
+    """Gives the longest label that the name of a column bears, or ""."""
+    borne = (label for label in labels if label and _rest(column, label) is not None)
+    return max(borne, key=len, default="")
+
+
+def without_label(column: str, label: str) -> str:
+    """Gives the name of a column without a label that it bears; all of it where nothing is left."""
+    rest = _rest(column, label) if label else None
+    return "_".join(rest) if rest else column
+
+
+def _rest(column: str, label: str) -> list[str] | None:
+    """The words of a name beside those of a label; None if it does not bear the label."""
+    words, own = words_of(column), words_of(label)
+    if own and words[: len(own)] == own:
+        return words[len(own) :]
+    return words[: -len(own)] if own and words[-len(own) :] == own else None
+
+
+def _kinds_by_label(columns: Iterable[str]) -> dict[str, set[str]]:
+    """What stands under each label, "" for no label, in the order of the columns."""
+    found: defaultdict[str, set[str]] = defaultdict(set)
+    for column in columns:
+        whole = whole_kind(words_of(column))
+        if whole == SOMEBODY:
+            found["_".join(words_of(column))].add("fullname")
+        elif whole is not None:
+            found[""].add(_WHOLE_NAMES.get(whole, whole))
+        else:
+            for label, kind in list(_labels_of(column))[:1]:
+                found[label].add(kind)
+    return dict(found)
+
+
+def _labels_of(column: str) -> Iterator[tuple[str, str]]:
+    """The labels that a name may have, and what is under them; the shortest label first."""
+    words = words_of(column)
+    for length in range(1, len(words)):
+        for label, rest in ((words[:length], words[length:]), (words[-length:], words[:-length])):
+            kind = whole_kind(rest)
+            if kind and kind != SOMEBODY and _is_of_somebody(label):
+                yield "_".join(label), _WHOLE_NAMES.get(kind, kind)
+
+
+def _is_of_somebody(label: list[str]) -> bool:
+    return not _words_for_people().isdisjoint([*label, "".join(label)])
+
+
+def _tells_a_person(label: str, kinds: Mapping[str, Collection[str]]) -> bool:
+    others = {kind for other, its in kinds.items() if other != label for kind in its}
+    return not _NAMES.isdisjoint(kinds[label]) or not _ACCOUNTS.isdisjoint(
+        others.intersection(kinds[label])
+    )
+
+
+def _is_another(label: str, own: set[str], of_nobody: set[str]) -> bool:
+    """Whether a label tells of another person than the columns without one."""
+    belongs = not _BELONGING.isdisjoint(words_of(label))
+    return bool(own & _NAMES) and (belongs or bool(own & of_nobody))
+
+
+@cache
+def _words_for_people() -> frozenset[str]:
+    somebody = {joined(name) for name in names_of_kind(SOMEBODY)}
+    return (PERSONS | _BELONGING | _FURTHER).union(somebody) - _OF_THE_SAME

@@ -1,0 +1,70 @@
+"""What people are known by before they are replaced: what is looked for in other columns."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable, Iterator
+
+import numpy as np
+import pyarrow as pa
+import pyarrow.compute as pc
+
+from vantrel.attributes import NAMES
+from vantrel.replacing.form import without_titles
+from vantrel.replacing.keys import as_texts, is_text
+from vantrel.replacing.leaks import Known, Names, Value
+from vantrel.replacing.people import NewPerson
+from vantrel.replacing.person import Person
+
+# "Smith, John" and "John Smith"; of several words the last is apart.
+_TWO_NAMES = (
+    r"^\s*(?:(?P<before>[^,]*[^,\s])\s*,\s*(?P<behind>.*\S)|(?P<start>.*\S)\s+(?P<end>\S+))\s*$"
+)
+
+_PARTS = ("firstname", "lastname")
+
+
+def known_of(batch: pa.RecordBatch, new: NewPerson) -> Known:
+    """Gives what one person of each row is known by; the parts of full names, too."""
+    values = [
+        Value(attribute, as_texts(batch.column(column)), as_texts(new.columns[column]))
+        for column, attribute in new.person.replaced.items()
+    ]
+    missing = [part for part in _PARTS if part not in new.person.columns]
+    for _, real, made in [each for each in values if missing and each.attribute == "fullname"]:
+        parts = zip(_PARTS, _halves(real), _halves(made), strict=True)
+        values += [Value(*part) for part in parts if part[0] in missing]
+    return Known(values, _names(new, values))
+
+
+def found_by_print(texts: pa.Array, known: Known, new: NewPerson) -> Iterator[Value]:
+    """Gives the names that another table tells, as they are in texts."""
+    if known.names is None or not is_text(texts.type):
+        return
+    words = known.names.words_in(texts.cast(pa.string()))
+    for part, wanted in zip(_PARTS, (known.names.first, known.names.last), strict=True):
+        yield Value(part, words.found(wanted), new.made.column(part))
+
+
+def _names(new: NewPerson, values: Iterable[Value]) -> Names | None:
+    """Gives the names to look for by prints; None where names are to stay."""
+    if not new.person.kept.isdisjoint(NAMES):
+        return None
+    if not _has_names(new.person):
+        return Names(new.told.first, new.told.last)
+    parts = [value.real for value in values if value.attribute in _PARTS]
+    plain = [pc.fill_null(pc.string_is_ascii(part), True) for part in parts]
+    is_plain = np.logical_and.reduce([each.to_numpy(zero_copy_only=False) for each in plain])
+    return Names(new.told.first, new.told.last, ~is_plain)
+
+
+def _has_names(person: Person) -> bool:
+    return "fullname" in person.columns or person.columns.keys() >= set(_PARTS)
+
+
+def _halves(names: pa.Array) -> tuple[pa.Array, pa.Array]:
+    """Gives the first and the last names of full ones, missing where there is one word."""
+    found = pc.extract_regex(without_titles(names), _TWO_NAMES)
+    before, behind, start, end = (
+        pc.if_else(pc.equal(part, ""), None, part) for part in found.flatten()
+    )
+    return pc.coalesce(behind, start), pc.coalesce(before, end)

@@ -1,0 +1,118 @@
+"""What is asked of each person of a table's rows."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable, Mapping, Sequence
+from dataclasses import dataclass, field, replace
+
+from vantrel.detection.groups import owner_of
+from vantrel.errors import ReplaceError
+from vantrel.hints import argument, did_you_mean, listed
+
+
+@dataclass(frozen=True)
+class OfPerson:
+    """What is asked of one person of each row.
+
+    Attributes:
+        name: What she is called where a row has several people.
+        key: The columns that name her together; chosen if there is none.
+        columns: The columns of attributes that are not to be found.
+        kept: Attributes that stay as they are.
+        of: The kind of person that her key tells apart.
+        household: The column of her household; "" if none.
+    """
+
+    name: str = ""
+    key: tuple[str, ...] = ()
+    columns: Mapping[str, tuple[str, ...]] = field(default_factory=dict)
+    kept: frozenset[str] = frozenset()
+    of: str = ""
+    household: str = ""
+
+
+def owner_among(column: str, names: Sequence[str]) -> str:
+    """Tells whose a column is: hers whose name it bears, or else the first one's."""
+    return owner_of(column, names) or names[0]
+
+
+def with_columns(
+    people: Sequence[OfPerson], columns: Mapping[str, Sequence[str]], kept: frozenset[str]
+) -> list[OfPerson]:
+    """Asks besides for columns of attributes, each of the person whose name it bears.
+
+    They come before what was asked of her for the same attribute. Attributes without columns are
+    not looked for with anybody.
+    """
+    names = [person.name for person in people]
+    given: dict[str, dict[str, tuple[str, ...]]] = {name: {} for name in names}
+    for attribute, those in columns.items():
+        for column in those:
+            of_owner = given[owner_among(column, names)]
+            of_owner[attribute] = (*of_owner.get(attribute, ()), column)
+        if not those:
+            given = {name: {**own, attribute: ()} for name, own in given.items()}
+    return [
+        replace(person, columns={**person.columns, **given[person.name]}, kept=person.kept | kept)
+        for person in people
+    ]
+
+
+def with_household(people: Sequence[OfPerson], column: str) -> list[OfPerson]:
+    """Asks besides that those of a household share family names.
+
+    Args:
+        people: The people of a row.
+        column: What tells the household of the person whose name it bears, or else of all.
+    """
+    owner = owner_of(column, [person.name for person in people])
+    return [
+        replace(each, household=column) if owner in ("", each.name) else each for each in people
+    ]
+
+
+def with_keys(
+    people: Sequence[OfPerson],
+    keys: Iterable[tuple[str, ...]],
+    named: Mapping[str, tuple[str, ...]],
+    the_table: str,
+) -> list[OfPerson]:
+    """Asks besides for keys, which come before those that were asked for.
+
+    Args:
+        people: The people of a row.
+        keys: Keys, each of the person whose name its first column bears.
+        named: Keys by the names of people.
+        the_table: What errors call the table.
+
+    Raises:
+        ReplaceError: Two keys are one person's, or there is nobody of a name.
+    """
+    names = [person.name for person in people]
+    for name in named:
+        if name not in names:
+            raise ReplaceError(
+                f"{the_table} has nobody called {name!r} in its rows.{did_you_mean(name, names)}"
+                f" {_people_told(names)}"
+            )
+    given = dict(named)
+    for key in keys:
+        owner = owner_among(key[0], names)
+        if owner in given:
+            raise _two_keys(given[owner], key, owner, the_table)
+        given[owner] = key
+    return [replace(each, key=given.get(each.name, each.key)) for each in people]
+
+
+def _people_told(names: Sequence[str]) -> str:
+    if len(names) == 1:
+        return "Its rows have one person each: name the key alone."
+    return f"People are: {listed(name for name in names if name)}."
+
+
+def _two_keys(one: Sequence[str], other: Sequence[str], name: str, the_table: str) -> ReplaceError:
+    whose = f" of {name!r}" if name else ""
+    return ReplaceError(
+        f"{the_table}: there are two keys{whose}, {listed(one)} and {listed(other)}. Join the"
+        f" columns of one key, as in {argument('key', [*one, *other])}."
+    )

@@ -1,0 +1,95 @@
+"""Which people the names of columns tell apart."""
+
+from __future__ import annotations
+
+import pytest
+
+from vantrel.detection.groups import groups_of, owner_of, without_label
+
+TOLD_APART = [
+    (
+        "buyer_first_name BuyerEmail dob_buyer seller_name sellerEmail SELLER-ID total",
+        {
+            "buyer": {"buyer_first_name": "first_name", "BuyerEmail": "email", "dob_buyer": "dob"},
+            "seller": {"seller_name": "name", "sellerEmail": "email", "SELLER-ID": "id"},
+        },
+    ),
+    (
+        "id first_name last_name emergency_contact_name emergency_contact_phone ward",
+        {
+            "": {each: each for each in ("id", "first_name", "last_name", "ward")},
+            "emergency_contact": {
+                "emergency_contact_name": "name",
+                "emergency_contact_phone": "phone",
+            },
+        },
+    ),
+    ("name contact_name", {"": {"name": "name"}, "contact": {"contact_name": "name"}}),
+    ("käufer verkäufer", {"kaufer": {"käufer": "käufer"}, "verkaufer": {"verkäufer": "verkäufer"}}),
+    (
+        "buyer_email seller_email",
+        {"buyer": {"buyer_email": "email"}, "seller": {"seller_email": "email"}},
+    ),
+    (
+        "driver1_name driver2_name driver2_licence",
+        {
+            "driver_1": {"driver1_name": "name"},
+            "driver_2": {"driver2_name": "name", "driver2_licence": "licence"},
+        },
+    ),
+]
+
+TOGETHER = [
+    "id first_name last_name email",
+    "customer_id customer_first_name customer_last_name customer_email",
+    "full_name contact_email",
+    "name contact_phone",
+    "first_name last_name customer_name",
+    "email billing_email",
+    "work_phone home_phone mobile_phone name",
+    "legal_name display_name",
+    "first_name first_name_2",
+    "company_name product_name name",
+    "birth_name maiden_name first_name last_name",
+    "",
+]
+
+
+@pytest.mark.parametrize(("columns", "groups"), TOLD_APART)
+def test_people_whom_names_tell_apart(columns: str, groups: dict[str, dict[str, str]]) -> None:
+    assert groups_of(columns.split()) == groups
+
+
+@pytest.mark.parametrize("columns", TOGETHER)
+def test_names_that_tell_nobody_apart(columns: str) -> None:
+    assert groups_of(columns.split()) == {}
+
+
+def test_names_that_are_no_texts_are_nobodys() -> None:
+    assert groups_of([1, None, ("buyer_name",)]) == {}
+    assert groups_of(["buyer_name", 1, "seller_name", "имя"]) == {
+        "buyer": {"buyer_name": "name"},
+        "seller": {"seller_name": "name"},
+    }
+
+
+@pytest.mark.parametrize(
+    ("column", "owner"),
+    [
+        ("contactName", "contact"),
+        ("contact_person_name", "contact_person"),
+        ("name_contact", "contact"),
+        ("contact", "contact"),
+        ("contacts_name", ""),
+        ("name", ""),
+    ],
+)
+def test_the_owner_of_a_column(column: str, owner: str) -> None:
+    assert owner_of(column, ["", "contact", "contact_person"]) == owner
+
+
+def test_what_is_left_of_a_name() -> None:
+    assert without_label("buyer_first_name", "buyer") == "first_name"
+    assert without_label("Buyer", "buyer") == "Buyer"
+    assert without_label("name", "buyer") == "name"
+    assert without_label("name", "") == "name"
