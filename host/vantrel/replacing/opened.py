@@ -65,6 +65,12 @@ def open_table(
 ) -> OpenedTable:
     """Opens a table for as long as ``stack``, and finds what its columns are."""
     copied = stack.enter_context(open_copied(path, separator, encoding))
+    return looked_at(copied, asked, is_only_read=is_only_read)
+
+
+def looked_at(copied: Copied, asked: Asked, *, is_only_read: bool = False) -> OpenedTable:
+    """Finds what the columns of a table are that is open."""
+    path = copied.path
     _refuse_values_as_names(copied)
     excerpt = _excerpt(copied)
     own = asked.of(path, copied.columns)

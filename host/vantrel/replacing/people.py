@@ -10,7 +10,7 @@ report = people.finish()
 from __future__ import annotations
 
 import secrets
-from collections.abc import Mapping
+from collections.abc import Iterable, Mapping
 from dataclasses import dataclass, field
 from hashlib import blake2b
 from typing import Any
@@ -33,13 +33,21 @@ from vantrel.replacing.real import RealPeople
 from vantrel.replacing.roles import Roles
 from vantrel.replacing.tally import Tally
 from vantrel.replacing.told import Told, told_by
-from vantrel.replacing.who import Who
+from vantrel.replacing.who import Facts, Who
 from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
 _AT_ONCE = 100_000
 
 _OF_OTHERS = b"other columns"  # keeps apart what is derived for them from the digests of keys
+
+
+type Seeds = tuple[int, int]
+
+
+def drawn_seeds() -> Seeds:
+    """Draws what the prints of a run are made with, so that nobody can choose keys that clash."""
+    return secrets.randbits(64), secrets.randbits(64)
 
 
 @dataclass
@@ -110,6 +118,13 @@ class People:
         place: The country or locale where those live who have none.
         no_real: Whether nobody gets the full name or the number of a real person of the tables.
         ways: Which telephone numbers people have, and in what letters their names are.
+        seeds: Where these are some of the people of a run, what prints of keys are made with in
+            all of it. What they share with real people is not counted then.
+
+    Attributes:
+        tables: What was met in each table, by its name.
+        places: The countries of the run.
+        without_key: What was counted of the people of rows without a key.
     """
 
     def __init__(
@@ -119,15 +134,17 @@ class People:
         place: str = DEFAULT_LOCALE,
         no_real: bool = False,
         ways: Ways | None = None,
+        seeds: Seeds | None = None,
     ) -> None:
         self._secret = secret
-        self._seeds = secrets.randbits(64), secrets.randbits(64)
+        self._is_part = seeds is not None
+        self._seeds = seeds or drawn_seeds()
         self._no_real = no_real
-        self._places = Places(place)
-        self._makers = Makers(self._places, ways or Ways())
+        self.places = Places(place)
+        self._makers = Makers(self.places, ways or Ways())
         self._who = Who()
         self._real = RealPeople()
-        self._without_key = Tally(self._makers, self._real, no_real=no_real)
+        self.without_key = Tally(self._makers, self._real, no_real=no_real)
         self._replaced: set[str] = set()
         self._current: str | None = None
         self._only_read: Prints | None = None
@@ -144,8 +161,9 @@ class People:
         if table != self._current:
             self._end_table()
             self._current = table
-        told = told_by(batch, roles, self._places)
-        self._real.learn(batch, roles, told)
+        told = told_by(batch, roles, self.places)
+        if not self._is_part:
+            self._real.learn(batch, roles, told)
         keys = _keys(batch, roles)
         own = prints(keys, self._seeds[0])
         rows = np.flatnonzero(own)
@@ -175,6 +193,30 @@ class People:
                     " none."
                 )
 
+    def know(self, facts: Facts, made: Iterable[str]) -> None:
+        """Takes in what other parts of a run have learnt.
+
+        Args:
+            facts: That.
+            made: The attributes that are made up.
+        """
+        self._who.know(facts)
+        self._replaced.update(made)
+
+    def facts(self) -> Facts:
+        """Gives what is known of all keys."""
+        return self._who.facts()
+
+    def meet(self, batch: pa.RecordBatch, roles: Roles) -> tuple[Digests, Told]:
+        """Tells who the people of a batch are that was learnt: their digests, what is told of them.
+
+        Args:
+            batch: Rows; with all their columns if some of them have no key.
+            roles: What the columns are.
+        """
+        self._replaced.update(roles.replaced.values())
+        return self._identities(batch, roles)
+
     def replaced(self, batch: pa.RecordBatch, roles: Roles) -> NewValues:
         """Makes the new columns of a batch that was learnt.
 
@@ -183,8 +225,7 @@ class People:
                 that stands in it.
             roles: What the columns are.
         """
-        self._replaced.update(roles.replaced.values())
-        found, told = self._identities(batch, roles)
+        found, told = self.meet(batch, roles)
         made = MadeUp(found, told, self._makers, self._avoided)
         columns = {
             column: _written(made, attribute, batch.column(column), column)
@@ -195,7 +236,7 @@ class People:
     def changed(self, actions: Mapping[str, Action]) -> Changed:
         """Gives what makes the columns of a table that have actions of their own."""
         key = blake2b(key=self._secret, person=_OF_OTHERS).digest()
-        return Changed(actions, key, self._places)
+        return Changed(actions, key, self.places)
 
     def finish(self) -> Report:
         """Makes sure that no two people share an account, and counts what real people bear.
@@ -203,23 +244,29 @@ class People:
         Raises:
             ReplaceError: Two people would share one.
         """
-        tally = self._without_key.copy()
-        hashed = np.flatnonzero(self._who.is_hashed)
-        for start in range(0, len(hashed), _AT_ONCE):
-            rows = hashed[start : start + _AT_ONCE]
-            who = self._who
-            tally.add(who.prints[rows], who.digests[rows], who.told.of(rows), self._replaced)
+        tally = self.tally()
         tally.refuse_shared_accounts()
+        hashed = self._who.prints[self._who.is_hashed]
         return Report(
             tally.people,
             self.tables,
             dict(tally.borne),
             dict(tally.by_chance),
             dict(tally.untold),
-            self._places.known[0].locale,
+            self.places.known[0].locale,
             list(tally.scarce_numbers()),
-            self._met_before(self._who.prints[hashed]),
+            self._met_before(hashed),
         )
+
+    def tally(self) -> Tally:
+        """Counts all people who were made up."""
+        tally = self.without_key.copy()
+        hashed = np.flatnonzero(self._who.is_hashed)
+        for start in range(0, len(hashed), _AT_ONCE):
+            rows = hashed[start : start + _AT_ONCE]
+            who = self._who
+            tally.add(who.prints[rows], who.digests[rows], who.told.of(rows), self._replaced)
+        return tally
 
     def _met_before(self, people: Prints) -> int | None:
         known = self._only_read
@@ -251,7 +298,7 @@ class People:
         _put(told, keyed, self._who.told.of(people))
         if len(others):
             apart = batch.take(pa.array(others))
-            of_others = told_by(apart, roles, self._places)
+            of_others = told_by(apart, roles, self.places)
             found[others] = self._digests_of_rows(apart, of_others)
             _put(told, others, of_others)
         return found, told
@@ -272,7 +319,7 @@ class People:
         in_order = sorted(range(len(names)), key=names.__getitem__)  # whatever the table's is
         keys = keys_of_rows([batch.column(place) for place in in_order])
         made = digests(keys.to_pylist(), self._secret)
-        self._without_key.add(prints(keys, self._seeds[0]), made, told, self._replaced)
+        self.without_key.add(prints(keys, self._seeds[0]), made, told, self._replaced)
         return made
 
 

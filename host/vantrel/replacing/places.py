@@ -48,6 +48,13 @@ class Places:
         self._numbers: dict[str | None, int] = {None: 0}
         self._by_place: dict[Place, int] = {}
 
+    def number_of(self, place: Place) -> int:
+        """Gives the number of a place that another run, or another part of this one, has told."""
+        if place not in self._by_place:
+            self._by_place[place] = len(self.known)
+            self.known.append(place)
+        return self._by_place[place]
+
     def number(self, text: str | None) -> int:
         """Gives the number of a country, however it is written; 0 if it is none.
 
@@ -64,9 +71,7 @@ class Places:
         place = _place(text)
         if place not in self._by_place:
             warn_of_borrowed([text])
-            self._by_place[place] = len(self.known)
-            self.known.append(place)
-        return self._by_place[place]
+        return self.number_of(place)
 
     @property
     def orders(self) -> list[Order]:
