@@ -14,6 +14,7 @@ from vantrel.replacing.keys import as_texts, is_text
 from vantrel.replacing.leaks import Leak, LeakSearch, Names, Value, scrubbed
 from vantrel.replacing.made import MadeUp
 from vantrel.replacing.others.action import Action
+from vantrel.replacing.others.changed import Lost
 from vantrel.replacing.people import People
 from vantrel.replacing.roles import Roles
 from vantrel.replacing.told import Told
@@ -76,6 +77,11 @@ class Passing:
     def notes(self) -> list[str]:
         """What is to be told of the columns that have actions."""
         return list(self._changed.notes())
+
+    @property
+    def lost(self) -> Mapping[str, Lost]:
+        """The cells that held no date which could be moved, by their column."""
+        return self._changed.lost
 
     def leaks(self) -> list[Leak]:
         """Who is still named in the columns that passed through."""

@@ -78,7 +78,6 @@ class Who:
     def know(self, facts: Facts) -> None:
         """Takes in what others have learnt; what was known before comes before it."""
         self.learn(facts.prints, facts.checks, facts.told)
-        self._merge()
         people = self.find(facts.prints)
         if facts.digests is not None:
             self.digests[people] = facts.digests
@@ -105,6 +104,7 @@ class Who:
 
     def find(self, prints: Prints) -> Any:
         """Gives the places of people in the arrays, by the prints of their keys."""
+        self._merge()
         places = np.searchsorted(self.prints, prints)
         if len(places) and (
             not len(self) or (self.prints.take(places, mode="clip") != prints).any()
