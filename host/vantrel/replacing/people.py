@@ -119,7 +119,8 @@ class People:
         no_real: Whether nobody gets the full name or the number of a real person of the tables.
         ways: Which telephone numbers people have, and in what letters their names are.
         seeds: Where these are some of the people of a run, what prints of keys are made with in
-            all of it. What they share with real people is not counted then.
+            all of it. What they share with real people is not counted then, and whoever joins
+            the parts warns of countries.
 
     Attributes:
         tables: What was met in each table, by its name.
@@ -140,7 +141,7 @@ class People:
         self._is_part = seeds is not None
         self._seeds = seeds or drawn_seeds()
         self._no_real = no_real
-        self.places = Places(place)
+        self.places = Places(place, warns=not self._is_part)
         self._makers = Makers(self.places, ways or Ways())
         self._who = Who()
         self._real = RealPeople()
@@ -203,9 +204,10 @@ class People:
         self._who.know(facts)
         self._replaced.update(made)
 
-    def facts(self) -> Facts:
-        """Gives what is known of all keys."""
-        return self._who.facts()
+    def facts(self, keys: Prints | None = None) -> Facts:
+        """Gives what is known of all keys, or of those of some prints."""
+        facts = self._who.facts()
+        return facts if keys is None else facts.of(self._who.find(keys))
 
     def meet(self, batch: pa.RecordBatch, roles: Roles) -> tuple[Digests, Told]:
         """Tells who the people of a batch are that was learnt: their digests, what is told of them.

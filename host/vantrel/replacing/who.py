@@ -38,6 +38,11 @@ class Facts(NamedTuple):
     digests: Digests | None = None
     is_contradicted: Any = None
 
+    def of(self, rows: Any) -> Facts:
+        """Gives what is known of some of them."""
+        rest = (None if each is None else each[rows] for each in self[3:])
+        return Facts(self.prints[rows], self.checks[rows], self.told.of(rows), *rest)
+
 
 class Who:
     """The people of all tables of a run, by the prints of their keys.

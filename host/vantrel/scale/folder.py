@@ -25,6 +25,7 @@ from vantrel.scale.run import (
     follow,
     on_cluster,
     refuse_another_run,
+    refuse_lost,
     refuse_workers_of_a_scheduler,
     run_of,
 )
@@ -94,7 +95,8 @@ def sample_to_folder(
                 if earlier is None:
                     begin(stack, folder, record)
                 follow(write_partitions(todo, client), files, todo, folder, progress)
-        finish(files, folder)
+        refuse_lost(files, folder)
+        finish(folder)
     return record
 
 

@@ -24,7 +24,7 @@ from vantrel.errors import ArgumentError, ClusterError, OverwriteError, Partitio
 from vantrel.hints import argument, named
 from vantrel.sampling.record import Record, read_record_of, record_path, write_record
 from vantrel.sampling.to_file import Progress
-from vantrel.scale.cluster import connected, warn_of_no_workers
+from vantrel.scale.cluster import connected, refuse_other_versions, warn_of_no_workers
 from vantrel.storage.files import owned, refuse_missing_folder
 from vantrel.tables.kinds import is_named_as_table
 
@@ -101,7 +101,7 @@ def on_cluster(
     """
     resume = argument("resume")
     try:
-        with connected(scheduler, workers) if client is None else nullcontext(client) as connection:
+        with connected(scheduler, workers) if client is None else _checked(client) as connection:
             yield connection
     except KilledWorker as error:
         raise PartitionError(
@@ -112,6 +112,12 @@ def on_cluster(
         raise ClusterError(
             f"The scheduler was lost. What is finished is kept: repeat the call with {resume}."
         ) from error
+
+
+@contextmanager
+def _checked(client: Client) -> Iterator[Client]:
+    refuse_other_versions(client)
+    yield client
 
 
 def refuse_workers_of_a_scheduler(scheduler: str | None, workers: int | None) -> None:
@@ -157,7 +163,7 @@ def follow[F: FileOfRun](
             leftover.unlink(missing_ok=True)
 
 
-def as_written[F: FileOfRun](futures: Mapping[Future, F], client: Client) -> Iterator[F]:
+def as_written[F: FileOfRun](futures: Mapping[Future[Any], F], client: Client) -> Iterator[F]:
     """Gives each file when it is there, and calls off what is left if nobody waits any more.
 
     When a worker is lost, others make what it had not finished.
@@ -184,14 +190,14 @@ def refuse_another_run(differences: Sequence[str], folder: Path) -> None:
 def differing(was: Mapping[str, Any], now: Mapping[str, Any]) -> list[str]:
     """Names in what two runs differ, with what it is in each."""
     return [
-        f"{name} {was.get(name)!r} then and {now[name]!r} now"
-        for name in now
-        if was.get(name) != now[name]
+        f"{name} {was.get(name)!r} then and {now.get(name)!r} now"
+        for name in dict.fromkeys((*now, *was))
+        if was.get(name) != now.get(name)
     ]
 
 
-def finish(files: Sequence[FileOfRun], folder: Path) -> None:
-    """Notes that the run in a folder is finished, if all files are there."""
+def refuse_lost(files: Sequence[FileOfRun], folder: Path) -> None:
+    """Refuses that workers have written into a folder that is another one."""
     if lost := [file for file in files if not file.is_made()]:
         raise ClusterError(
             f"{len(lost):,} files were written where {named(folder)} is another folder, the first"
@@ -199,6 +205,10 @@ def finish(files: Sequence[FileOfRun], folder: Path) -> None:
             f" {named(lost[0].path.name)}: name a folder that all machines share, under the same"
             " path."
         )
+
+
+def finish(folder: Path) -> None:
+    """Notes that the run in a folder is finished."""
     begun = record_path(folder, unfinished=True)
     if begun.exists():
         begun.replace(record_path(folder))
