@@ -85,7 +85,7 @@ def facts_of(frame: pd.DataFrame, places: Places) -> Facts:
 
 def _frame(facts: Facts, places: Places) -> pd.DataFrame:
     texts = [_NOWHERE, *(f"{place.locale} {place.region}" for place in places.known[1:])]
-    place = pd.array(texts, dtype=_TEXT).take(facts.told.place.astype(np.int64))
+    place = pd.Series(texts, dtype=_TEXT).array.take(facts.told.place.astype(np.int64))
     told = facts.told._replace(place=place)._asdict()
     return pd.DataFrame({"print": facts.prints, "check": facts.checks, **told})
 

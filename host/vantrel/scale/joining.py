@@ -34,7 +34,7 @@ from vantrel.scale.facts import (
 from vantrel.scale.shared import Shared
 from vantrel.tables.copying.parquet_folder import opened_file
 
-_ON_DISK = {"shuffle_method": "p2p"}  # rows go from worker to worker, and wait on disk
+_ON_DISK = "p2p"  # rows go from worker to worker, and wait on disk
 
 _CONTRADICTED = ("gender", "country")
 
@@ -95,15 +95,16 @@ def joined(
     pairs = enumerate(zip(files, is_wanted, strict=True))
     learnt = [_task(learn, 3, number, *pair, shared) for number, pair in pairs]
     facts, of_rows, met = zip(*learnt, strict=True)
-    parts = _frame(facts, NO_FACTS).shuffle("print", npartitions=len(files), **_ON_DISK)
-    merged = [_task(merge, 3, part, shared) for part in parts.to_delayed()]
+    parts = _shuffled(_frame(facts, NO_FACTS), "print", len(files))
+    merged = [_task(merge, 3, part, shared) for part in parts]
     answers, of_keys, counts = zip(*merged, strict=True)
     accounts = _frame((*of_rows, *of_keys), NO_ACCOUNTS)
-    accounts = accounts.shuffle("account", npartitions=len(files), **_ON_DISK)
-    clashes = [_task(_clashes, None, part) for part in accounts.to_delayed()]
+    parts = _shuffled(accounts, "account", len(files))
+    clashes = [_task(_clashes, None, part) for part in parts]
     checked = _task(check, None, list(met), list(counts), clashes, shared)
+    borders = list(range(len(files) + 1))
     by_file = _frame(answers, NO_ANSWERS).set_index(
-        "file", divisions=list(range(len(files) + 1)), **_ON_DISK
+        "file", divisions=borders, shuffle_method=_ON_DISK
     )
     return by_file.to_delayed(), checked
 
@@ -113,7 +114,15 @@ def _task(function: Any, results: int | None, *given: Any) -> Any:
 
 
 def _frame(parts: Sequence[Delayed], form: pd.DataFrame) -> dd.DataFrame:
-    return dd.from_delayed(list(parts), meta=form, verify_meta=False)
+    frame: dd.DataFrame = dd.from_delayed(list(parts), meta=form, verify_meta=False)
+    return frame
+
+
+def _shuffled(frame: dd.DataFrame, column: str, parts: int) -> list[Delayed]:
+    """Brings all rows of one value of a column into one part."""
+    shuffled = frame.shuffle(column, npartitions=parts, shuffle_method=_ON_DISK)
+    of_rows: list[Delayed] = shuffled.to_delayed()
+    return of_rows
 
 
 def learn(
@@ -178,7 +187,7 @@ def check(
     )
     people.settle()
     refuse_shared(sum(clashes))
-    for each in (*met, *merged):
-        people.without_key.take_in(each.counts)
+    for counts in (*(each.counts for each in met), *(each.counts for each in merged)):
+        people.without_key.take_in(counts)
     texts = {place: text for each in reversed(met) for place, text in each.texts.items()}
     return Checked(people.finish(), texts)

@@ -12,7 +12,7 @@ import msgspec
 from dask.delayed import Delayed, delayed
 from distributed import Client
 
-from vantrel.errors import ArgumentError, ReplaceError
+from vantrel.errors import ArgumentError, ClusterError, ReplaceError
 from vantrel.hints import named
 from vantrel.replacing.asked import Asked, refuse_unplanned
 from vantrel.replacing.files import Progress, notes_on_tables, refuse_undecided, write_plan_of
@@ -23,8 +23,14 @@ from vantrel.replacing.outcome import Outcome, Replaced
 from vantrel.replacing.outputs import made_if_missing
 from vantrel.replacing.people import Report
 from vantrel.replacing.places import Places
-from vantrel.replacing.secret import checked_secret, read_or_draw_secret, write_secret
+from vantrel.replacing.secret import (
+    checked_secret,
+    deciding_versions,
+    read_or_draw_secret,
+    write_secret,
+)
 from vantrel.sampling.record import record_path, write_record
+from vantrel.sampling.to_file import Progress as RowProgress
 from vantrel.sampling.to_file import untold
 from vantrel.scale.copies import CopiedFile, Found, found_in, write_copy
 from vantrel.scale.joining import Checked, joined
@@ -32,6 +38,7 @@ from vantrel.scale.replaced_record import ReplaceRecord, record_of
 from vantrel.scale.run import (
     as_written,
     begin,
+    differing,
     entered,
     finish,
     follow,
@@ -88,6 +95,7 @@ def replace_folder(
         report = earlier.report if earlier else None
         if todo or report is None:
             with on_cluster(scheduler, workers, client) as connection:
+                _refuse_other_versions(connection)
                 if earlier is None:
                     run.begin(stack)
                 report = run.make(files, todo, connection, partial(progress, "Replacing"))
@@ -153,7 +161,7 @@ class _Run:
         files: Sequence[CopiedFile],
         todo: Sequence[CopiedFile],
         client: Client,
-        progress: Progress,
+        progress: RowProgress,
     ) -> Report:
         """Makes copies, and warns of countries of which Faker has no names."""
         tasks = _tasks(files, todo, self._shared())
@@ -233,6 +241,16 @@ def _secret_of(given: bytes | Path | None) -> tuple[bytes, Path | None]:
         return checked_secret(given), None
     secret, is_new = read_or_draw_secret(given)
     return secret, given if is_new else None
+
+
+def _refuse_other_versions(client: Client) -> None:
+    here = deciding_versions()
+    for worker, there in client.run(deciding_versions).items():
+        if different := differing(there, here, ("there", "here")):
+            raise ClusterError(
+                f"Worker {worker} would make other people: {', '.join(different)}. Install the same"
+                " versions everywhere."
+            )
 
 
 def _refuse_output_inside(source: Path, output: Path) -> None:

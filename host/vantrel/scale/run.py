@@ -187,10 +187,12 @@ def refuse_another_run(differences: Sequence[str], folder: Path) -> None:
         )
 
 
-def differing(was: Mapping[str, Any], now: Mapping[str, Any]) -> list[str]:
-    """Names in what two runs differ, with what it is in each."""
+def differing(
+    was: Mapping[str, Any], now: Mapping[str, Any], when: tuple[str, str] = ("then", "now")
+) -> list[str]:
+    """Names in what two runs differ, or two machines, with what it is in each."""
     return [
-        f"{name} {was.get(name)!r} then and {now.get(name)!r} now"
+        f"{name} {was.get(name)!r} {when[0]} and {now.get(name)!r} {when[1]}"
         for name in dict.fromkeys((*now, *was))
         if was.get(name) != now.get(name)
     ]
