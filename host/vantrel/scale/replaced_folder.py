@@ -100,7 +100,8 @@ def replace_folder(
                     run.begin(stack)
                 report = run.make(files, todo, connection, partial(progress, "Replacing"))
             refuse_lost(files, output)
-            run.finish(report, found_in(files))
+            run.note(report, found_in(files))
+        finish(output)
         return run.outcome(report, found_in(files))
 
 
@@ -179,11 +180,10 @@ class _Run:
             places.number(text)
         return found.report
 
-    def finish(self, report: Report, found: Found) -> None:
-        """Notes that the run is finished."""
+    def note(self, report: Report, found: Found) -> None:
+        """Notes what came of the run beside what it was to make."""
         whole = msgspec.structs.replace(self.record, report=report, leaks=tuple(found.leaks))
         write_record(whole, self.output, unfinished=True)
-        finish(self.output)
 
     def outcome(self, report: Report, found: Found) -> Outcome:
         """What came of the run."""
