@@ -116,8 +116,8 @@ def test_one_worker_writes_the_same_files(client: Any, table: pd.DataFrame) -> N
 def test_the_first_file_that_tells_counts(client: Any, table: pd.DataFrame) -> None:
     few = table.head(6).assign(
         customer_id=[1, 1, 1, 2, 2, 3],
-        sex=[None, "f", "m", "m", "m", None],
-        country=[None, "DE", "FR", None, "JP", "FR"],
+        sex=["", "f", "m", "m", "m", ""],
+        country=["", "DE", "FR", "", "JP", "FR"],
         first_name="Qa",
         last_name="Qb",
     )

@@ -248,14 +248,14 @@ def test_bad_arguments_in_python() -> None:
 
 
 def test_a_key_that_is_missing_in_every_row(client: Any) -> None:
-    write_folder(Path("keyless"), visits(60).assign(customer_id=pd.NA), 3)
+    write_folder(Path("keyless"), visits(60).assign(customer_id=float("nan")), 3)
     assert refusal(client, ReplaceError, source="keyless") == (
         "In keyless the key 'customer_id' is missing in every row: name another one, or none."
     )
 
 
 def test_a_key_that_is_missing_in_one_file(client: Any) -> None:
-    visits(20).assign(customer_id=pd.NA).to_parquet("many/part.001.parquet", index=False)
+    visits(20).assign(customer_id=float("nan")).to_parquet("many/part.001.parquet", index=False)
     outcome = scale.replace("many", "copy", KEY, SECRET, client=client)
     assert outcome.report.tables["many"].without_key == 21
 
