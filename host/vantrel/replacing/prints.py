@@ -1,6 +1,6 @@
 """Prints: 64 bits of each text of a column, by which texts are compared that nobody need hold.
 
-A print is no keyed hash and never leaves the process. Made by whole columns, it takes some tens of
+A print is no keyed hash and never leaves the processes of a run. Made by whole columns, it takes some tens of
 nanoseconds a text.
 """
 
