@@ -10,11 +10,13 @@ from pathlib import Path
 from typing import Any
 
 import pandas as pd
-import pyarrow as pa
-import pyarrow.parquet as pq
 import pytest
 
 pytest.importorskip("distributed", reason="clusters need distributed")
+pytest.importorskip("pyarrow", reason="Parquet files need pyarrow")
+
+import pyarrow as pa
+import pyarrow.parquet as pq
 
 from support.replaced_folders import KEY, in_rows, read_files, visits, write_folder
 from support.replacing import SECRET
@@ -113,7 +115,8 @@ def test_one_worker_writes_the_same_files(client: Any, table: pd.DataFrame) -> N
     assert made == alone
 
 
-def test_the_first_file_that_tells_counts(client: Any, table: pd.DataFrame) -> None:
+@pytest.mark.parametrize("files", [2, 6])
+def test_the_first_file_that_tells_counts(files: int, client: Any, table: pd.DataFrame) -> None:
     few = table.head(6).assign(
         customer_id=[1, 1, 1, 2, 2, 3],
         sex=["", "f", "m", "m", "m", ""],
@@ -121,7 +124,7 @@ def test_the_first_file_that_tells_counts(client: Any, table: pd.DataFrame) -> N
         first_name="Qa",
         last_name="Qb",
     )
-    write_folder(Path("many"), few, 6)
+    write_folder(Path("many"), few, files)
     outcome = replace(client)
     folder = Path("one machine")
     folder.mkdir()

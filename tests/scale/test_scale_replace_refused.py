@@ -14,6 +14,8 @@ import pandas as pd
 import pytest
 
 pytest.importorskip("distributed", reason="clusters need distributed")
+pytest.importorskip("pyarrow", reason="Parquet files need pyarrow")
+
 
 from dask.base import tokenize
 
@@ -22,7 +24,9 @@ from support.replaced_folders import KEY, visits, write_folder
 from support.replacing import SECRET
 from vantrel import scale
 from vantrel.errors import ArgumentTypeError, ClusterError, ReplaceError, SecretError
-from vantrel.scale.shared import Hidden
+from vantrel.replacing.roles import Roles
+from vantrel.rows import Ways
+from vantrel.scale.shared import Hidden, Shared
 
 RUN = f"replace many -o copy --dask --key {KEY}"
 CLASH = (
@@ -341,5 +345,7 @@ def test_no_log_shows_the_secret(client: Any, caplog: pytest.LogCaptureFixture) 
 def test_what_is_hidden_has_no_name_of_its_own() -> None:
     one, other = Hidden(SECRET), Hidden(SECRET)
     assert repr(one) == str(one) == f"{one}" == "<hidden>"
+    shared = Shared(one, Path("t"), Roles(("id",), {}), (), {}, "en_GB", Ways())
+    assert "secret=<hidden>" in repr(shared)
     assert tokenize(one) == tokenize(one)
     assert tokenize(one) != tokenize(other)  # so it is no hash of the value

@@ -16,10 +16,12 @@ from pathlib import Path
 from typing import Any
 
 import pandas as pd
-import pyarrow.parquet as pq
 import pytest
 
 pytest.importorskip("distributed", reason="clusters need distributed")
+pytest.importorskip("pyarrow", reason="Parquet files need pyarrow")
+
+import pyarrow.parquet as pq
 
 from support.command import fail, succeed
 from support.replaced_folders import KEY, visits, write_folder
