@@ -345,7 +345,7 @@ def test_no_log_shows_the_secret(client: Any, caplog: pytest.LogCaptureFixture) 
 def test_what_is_hidden_has_no_name_of_its_own() -> None:
     one, other = Hidden(SECRET), Hidden(SECRET)
     assert repr(one) == str(one) == f"{one}" == "<hidden>"
-    shared = Shared(one, Path("t"), Roles(("id",), {}), (), {}, "en_GB", Ways())
+    shared = Shared(Shared.hidden(SECRET), Path("t"), Roles(("id",), {}), (), {}, "en_GB", Ways())
     assert "secret=<hidden>" in repr(shared)
     assert tokenize(one) == tokenize(one)
     assert tokenize(one) != tokenize(other)  # so it is no hash of the value
