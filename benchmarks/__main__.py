@@ -9,7 +9,7 @@ import time
 from collections.abc import Callable, Iterator
 from pathlib import Path
 
-from . import command, goals, parts, replacing, report, results, rows, scale, sizes
+from . import command, goals, parts, replacing, report, results, rows, scale, scale_replacing, sizes
 from .tables import table
 
 DESCRIPTION = "Measures what sampling costs, prints it and writes it to benchmarks/RESULTS.md."
@@ -37,6 +37,7 @@ SECTIONS: dict[str, Section] = {
 }
 PARTS = "parts"
 SCALE = "scale"
+SCALE_REPLACING = "scale-replacing"
 
 
 def main() -> None:
@@ -47,6 +48,8 @@ def main() -> None:
         print(table(parts.HEAD, parts.costs_of_parts(arguments.rounds)))
     elif arguments.only == SCALE:
         print(table(scale.HEAD, scale.costs_of_ways(arguments.rounds)))
+    elif arguments.only == SCALE_REPLACING:
+        print(table(scale_replacing.HEAD, [*scale_replacing.costs_of_replacing(arguments.rounds)]))
     else:
         _, measure = SECTIONS[arguments.only]
         lines = [line.cells() for line in measure(arguments.rounds)]
@@ -60,7 +63,7 @@ def _arguments() -> argparse.Namespace:
     )
     parser.add_argument(
         "--only",
-        choices=[*SECTIONS, PARTS, SCALE],
+        choices=[*SECTIONS, PARTS, SCALE, SCALE_REPLACING],
         help="measure and print one table; RESULTS.md stays as it is",
     )
     return parser.parse_args()
@@ -82,8 +85,10 @@ def _measure_all(rounds: int) -> None:
     costs = parts.costs_of_parts(rounds)
     _say(scale.HEADING)
     ways = scale.costs_of_ways(rounds)
+    _say(scale_replacing.HEADING)
+    replaced = list(scale_replacing.costs_of_replacing(rounds))
     wall_over_cpu = (time.perf_counter() - wall) / (_cpu_seconds() - cpu)
-    text = report.text(measured, costs, ways, rounds, wall_over_cpu)
+    text = report.text(measured, costs, ways, replaced, rounds, wall_over_cpu)
     RESULTS.write_text(text, encoding="utf-8")
     print(text)
 

@@ -45,14 +45,14 @@ def sampling(rows: int) -> Memory:
     """Measures one sample of so many rows in this process."""
     model = fitted_model()
     seed_everything(model, SEED)
-    before = _resident("VmRSS")
+    before = resident("VmRSS")
     frame = model.sample(rows)
     # The highest mark of this program alone; getrusage would count the one that started it, too.
-    peak = _resident("VmHWM") - before
+    peak = resident("VmHWM") - before
     return Memory(peak, int(frame.memory_usage(deep=True).sum()))
 
 
-def _resident(field: str) -> int:
+def resident(field: str) -> int:
     """Reads a number of resident bytes from the kernel."""
     for line in STATUS.read_text().splitlines():
         if line.startswith(f"{field}:"):

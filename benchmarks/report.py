@@ -5,7 +5,7 @@ from __future__ import annotations
 from collections.abc import Mapping, Sequence
 from textwrap import fill
 
-from . import goals, orders, parts, replacing, results, scale
+from . import goals, orders, parts, replacing, results, scale, scale_replacing
 from .machine import surroundings
 from .people import MIXED
 from .tables import Row, table
@@ -58,6 +58,7 @@ def text(
     sections: Mapping[str, Sequence[results.Result]],
     parts_rows: Sequence[Row],
     scale_rows: Sequence[Row],
+    scale_replacing_rows: Sequence[Row],
     rounds: int,
     wall: float,
 ) -> str:
@@ -67,6 +68,7 @@ def text(
         sections: From heading to what was measured.
         parts_rows: What each generator costs.
         scale_rows: What blocks and processes cost.
+        scale_replacing_rows: What replacing people on processes costs.
         rounds: How many rounds there were.
         wall: How many times the CPU time the wall time was.
     """
@@ -98,4 +100,6 @@ def text(
     blocks += [f"## {PARTS_HEADING}", fill(PARTS_NOTE.format(**filled), WIDTH)]
     blocks.append(table(parts.HEAD, parts_rows))
     blocks += [f"## {scale.HEADING}", fill(scale.NOTE, WIDTH), table(scale.HEAD, scale_rows)]
+    blocks += [f"## {scale_replacing.HEADING}", fill(scale_replacing.NOTE, WIDTH)]
+    blocks.append(table(scale_replacing.HEAD, scale_replacing_rows))
     return "\n\n".join(blocks) + "\n"

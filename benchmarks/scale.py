@@ -91,7 +91,7 @@ def _ways(model: PersonModel, folder: Path, stack: ExitStack) -> Iterator[Way]:
     yield Way("blocks, to Parquet", partial(_blocks_to_parquet, model, folder / "people.parquet"))
     for processes in PROCESSES:
         client = stack.enter_context(connected(None, processes))
-        clock = partial(_cpu_seconds, client)
+        clock = partial(cpu_seconds, client)
         name = f"Dask, {processes} process{'es' if processes > 1 else ''}"
         yield Way(name, partial(_on_dask, model, client), clock)
         to_parquet = partial(_on_dask_to_parquet, model, client, folder)
@@ -123,7 +123,7 @@ def _on_dask_to_parquet(model: PersonModel, client: Client, folder: Path) -> Non
         pass
 
 
-def _cpu_seconds(client: Client) -> float:
+def cpu_seconds(client: Client) -> float:
     """Gives the CPU time of this process and of the workers."""
     workers: dict[str, float] = client.run(time.process_time)
     return time.process_time() + sum(workers.values())

@@ -26,6 +26,16 @@ def test_the_command(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
     assert not Path("people").exists()
 
 
+def test_replacing(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    pytest.importorskip("pyarrow", reason="it is asked for first")
+    monkeypatch.chdir(tmp_path)
+    result = CliRunner().invoke(main, "replace many -o copy --dask".split())
+    assert result.exit_code == 1
+    assert result.stderr == (
+        "vantrel: error: Work on Dask needs dask: pip install 'vantrel[dask]'.\n"
+    )
+
+
 def test_in_python() -> None:
     with pytest.raises(MissingPackageError) as caught:
         from vantrel.scale import sample  # noqa: F401 - to import it is the test

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Callable, Sequence
+from collections.abc import Callable, Iterable, Mapping, Sequence
 from pathlib import Path
 from typing import Any, Protocol
 
@@ -68,6 +68,50 @@ def as_option(name: str, value: object) -> str:
         return option
     values = value if isinstance(value, list) else [value]
     return f"{option} {quoted(','.join(map(str, values)))}"
+
+
+def dask_option(does: str) -> _Decorator:
+    """The option that has something done on Dask."""
+    return click.option("--dask", "on_dask", is_flag=True, help=does)
+
+
+scheduler_option = click.option(
+    "--scheduler",
+    metavar="ADDRESS",
+    help="The cluster's scheduler, such as tcp://10.0.0.1:8786. [default: a cluster on this"
+    " machine]",
+)
+
+workers_option = click.option(
+    "--workers",
+    metavar="N",
+    type=click.IntRange(min=1),
+    help="The number of processes of the cluster on this machine. [default: one a core]",
+)
+
+resume_option = click.option(
+    "--resume", is_flag=True, help="Go on with a run on Dask that was stopped."
+)
+
+
+def refuse_superfluous(
+    asked: Mapping[str, Any], on_dask: bool, makes: str, more: Iterable[str] = ()
+) -> None:
+    """Refuses options that go with the other way of making something only.
+
+    Args:
+        asked: The values of the options of the other way, by their keywords.
+        on_dask: Whether it is made on Dask.
+        makes: What is made there.
+        more: Further options that do not go with it.
+    """
+    options = ", ".join([*(as_option(name, ...) for name, value in asked.items() if value), *more])
+    if options:
+        raise click.UsageError(
+            f"--dask makes {makes}: leave {options} out."
+            if on_dask
+            else f"Only --dask makes use of {options}: add it."
+        )
 
 
 def path_option(

@@ -10,14 +10,20 @@ import click
 
 from vantrel.cli.group import TerseCommand
 from vantrel.cli.options import (
+    as_option,
     attribute_and_column,
+    dask_option,
     encoding_option,
     force_option,
     latin_option,
     list_option,
     path_option,
     phone_numbers_option,
+    refuse_superfluous,
+    resume_option,
+    scheduler_option,
     separator_option,
+    workers_option,
 )
 from vantrel.hints import listed, named
 from vantrel.storage.files import STANDARD_STREAM
@@ -209,6 +215,10 @@ def _of_tables(
 @latin_option
 @separator_option("the tables")
 @encoding_option("the tables")
+@dask_option("Copy a folder of Parquet files, the only TABLE, on a Dask cluster.")
+@scheduler_option
+@workers_option
+@resume_option
 @force_option
 def replace(
     tables: tuple[Path, ...],
@@ -229,7 +239,12 @@ def replace(
     place: str | None,
     phone_numbers: str | None,
     latin: bool,
-    **of_files: Any,
+    on_dask: bool,
+    scheduler: str | None,
+    workers: int | None,
+    resume: bool,
+    force: bool,
+    **of_csv: Any,
 ) -> None:
     """Copy tables with every person replaced by a made-up one.
 
@@ -246,11 +261,21 @@ def replace(
       vantrel replace customers.csv orders.parquet -o copy --key customer_id --secret people.secret
       vantrel replace customers.csv --key customer_id --write-plan replace.toml
       vantrel replace customers.csv -o copy.csv --plan replace.toml --secret people.secret
+      vantrel replace customers -o copy --dask --key customer_id --secret people.secret
     """
     if (output is None) == (write_plan is None):
         raise click.UsageError("Name either the copy to write, by -o, or a plan, by --write-plan.")
     if output == STANDARD_STREAM:
         raise click.UsageError("Copies are not written to standard output: name a file for -o.")
+    of_cluster: dict[str, Any] = {"scheduler": scheduler, "workers": workers, "resume": resume}
+    of_process = {"people": people, "fail_on_leak": fail_on_leak, "no_real": no_real, **of_csv}
+    if on_dask:
+        _refuse_without_cluster(tables, write_plan, of_cluster)
+        refuse_superfluous(
+            of_process | {"force": force and output}, on_dask, "a new folder of Parquet files"
+        )
+    else:
+        refuse_superfluous(of_cluster, on_dask, "")
     # These take a second to import; help need not wait for them.
     from vantrel.cli.console import say, working
     from vantrel.fitting.checks import check_ways
@@ -276,16 +301,48 @@ def replace(
     )
     if output is None:
         assert write_plan is not None
-        plan_files(tables, write_plan, asked, **of_files)
+        if on_dask:
+            from vantrel.scale import plan_folder
+
+            plan_folder(tables[0], write_plan, asked, force=force)
+        else:
+            plan_files(tables, write_plan, asked, force=force, **of_csv)
         click.echo(f"Wrote {named(write_plan)}: look at it, then run it with --plan.")
         return
-    outcome = replace_files(
-        tables, output, asked, secret_file=secret, people=people, progress=working, **of_files
-    )
+    if on_dask:
+        from vantrel.scale import replace_folder
+
+        outcome = replace_folder(
+            tables[0], output, asked, secret=secret, progress=working, **of_cluster
+        )
+    else:
+        outcome = replace_files(
+            tables,
+            output,
+            asked,
+            secret_file=secret,
+            people=people,
+            force=force,
+            progress=working,
+            **of_csv,
+        )
     for table in outcome.tables:
         _tell(table)
     for note in outcome.notes:
         say("note", note)
+
+
+def _refuse_without_cluster(
+    tables: Sequence[Path], write_plan: Path | None, of_cluster: dict[str, Any]
+) -> None:
+    """Refuses what does not go with a folder on Dask, or with its plan."""
+    if len(tables) > 1:
+        raise click.UsageError("--dask copies one folder of Parquet files: name one TABLE.")
+    options = [as_option(name, ...) for name, value in of_cluster.items() if value]
+    if write_plan is not None and options:
+        raise click.UsageError(
+            f"A plan is written without a cluster: leave {', '.join(options)} out."
+        )
 
 
 def _tell(table: Replaced) -> None:

@@ -7,14 +7,18 @@ import click
 
 from vantrel.cli.group import TerseCommand
 from vantrel.cli.options import (
-    as_option,
+    dask_option,
     encoding_option,
     force_option,
     list_option,
     path_option,
     patterns_option,
+    refuse_superfluous,
+    resume_option,
+    scheduler_option,
     separator_option,
     values_option,
+    workers_option,
 )
 from vantrel.hints import named
 from vantrel.storage.files import STANDARD_STREAM
@@ -78,31 +82,16 @@ _IN_THIS_PROCESS = ("conditions", "separator", "encoding", "csv_safe", "show_val
     help="Put an apostrophe before each cell that a spreadsheet would run as a formula, and quotes"
     " around every cell.",
 )
-@click.option(
-    "--dask",
-    "on_dask",
-    is_flag=True,
-    help="Make the people on a Dask cluster and write a folder of Parquet files.",
-)
-@click.option(
-    "--scheduler",
-    metavar="ADDRESS",
-    help="The cluster's scheduler, such as tcp://10.0.0.1:8786. [default: a cluster on this"
-    " machine]",
-)
-@click.option(
-    "--workers",
-    metavar="N",
-    type=click.IntRange(min=1),
-    help="The number of processes of the cluster on this machine. [default: one a core]",
-)
+@dask_option("Make the people on a Dask cluster and write a folder of Parquet files.")
+@scheduler_option
+@workers_option
 @click.option(
     "--partitions",
     metavar="N",
     type=click.IntRange(min=1),
     help="The number of Parquet files. [default: one for every 200,000 people]",
 )
-@click.option("--resume", is_flag=True, help="Go on with a run on Dask that was stopped.")
+@resume_option
 @values_option
 @patterns_option
 @force_option
@@ -120,16 +109,8 @@ def sample(
       vantrel sample model.json -n 1000000000 --seed 7 -o people --dask
     """
     others = {name: asked.pop(name) for name in (_IN_THIS_PROCESS if on_dask else _ON_DASK)}
-    superfluous = [as_option(name, ...) for name, value in others.items() if value]
-    if on_dask and output == STANDARD_STREAM:
-        superfluous.append("-o -")
-    if superfluous:
-        options = ", ".join(superfluous)
-        raise click.UsageError(
-            f"--dask makes a new folder of Parquet files: leave {options} out."
-            if on_dask
-            else f"Only --dask makes use of {options}: add it."
-        )
+    more = ["-o -"] if on_dask and output == STANDARD_STREAM else []
+    refuse_superfluous(others, on_dask, "a new folder of Parquet files", more)
 
     # These take a second to import; help and usage errors need not wait for them.
     from vantrel.cli.console import progress

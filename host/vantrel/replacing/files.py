@@ -7,6 +7,7 @@ from collections.abc import Callable, Iterable, Iterator, Sequence
 from contextlib import AbstractContextManager, ExitStack, nullcontext
 from itertools import chain
 from pathlib import Path
+from typing import Any
 
 import pyarrow as pa
 
@@ -20,7 +21,7 @@ from vantrel.replacing.notes import (
     notes_on_table,
     notes_on_undecided,
 )
-from vantrel.replacing.opened import OpenedTable, open_table, refuse_unknown_columns
+from vantrel.replacing.opened import DecidedTable, OpenedTable, open_table, refuse_unknown_columns
 from vantrel.replacing.outcome import Outcome, Replaced
 from vantrel.replacing.outputs import (
     compression_of,
@@ -91,7 +92,7 @@ def replace_files(
             told.append(open_table(stack, people, asked, separator, encoding, is_only_read=True))
         refuse_unknown_columns([*tables, *told], asked)
         if asked.strict:
-            _refuse_undecided(tables)
+            refuse_undecided(tables)
         secret, is_new = (
             (checked_secret(None), False)
             if secret_file is None
@@ -107,7 +108,7 @@ def replace_files(
             if secret_file is not None and is_new:  # takes its place before the copies do
                 write_secret(secret_file, secret, opened)
     notes = [
-        *_notes(told, tables, replaced, report),
+        *notes_on_tables(told, tables, replaced, report),
         *notes_on_people(report, no_real=asked.no_real),
     ]
     return Outcome(replaced, report, notes)
@@ -142,12 +143,17 @@ def plan_files(
     with ExitStack() as stack:
         tables = [open_table(stack, each, asked, separator, encoding) for each in inputs]
         refuse_unknown_columns(tables, asked)
-        text = write_plan(
-            {
-                table.copied.path.name: (table.roles, table.copied.columns, table.asked.fates)
-                for table in tables
-            }
-        )
+        write_plan_of(tables, plan, force=force)
+
+
+def write_plan_of(tables: Iterable[DecidedTable[Any]], plan: Path, *, force: bool) -> None:
+    """Writes what would become of each column of tables."""
+    text = write_plan(
+        {
+            table.copied.path.name: (table.roles, table.copied.columns, table.asked.fates)
+            for table in tables
+        }
+    )
     with replacing(plan, force=force) as file:
         file.write(text)
 
@@ -225,14 +231,15 @@ def _write(
     return passing
 
 
-def _notes(
-    only_read: Sequence[OpenedTable],
-    tables: Sequence[OpenedTable],
+def notes_on_tables(
+    only_read: Sequence[DecidedTable[Any]],
+    tables: Sequence[DecidedTable[Any]],
     replaced: Sequence[Replaced],
     report: Report,
 ) -> Iterator[str]:
     """Tells of each table what is to be told; by its name where there are several."""
-    known: list[tuple[OpenedTable, list[Leak], list[str]]] = [(each, [], []) for each in only_read]
+    known: list[tuple[DecidedTable[Any], list[Leak], list[str]]]
+    known = [(each, [], []) for each in only_read]
     known += [(table, done.leaks, done.notes) for table, done in zip(tables, replaced, strict=True)]
     for table, leaks, on_others in known:
         met = report.tables.get(table.name, Table())
@@ -241,7 +248,7 @@ def _notes(
             yield f"{named(table.name)}: {note}" if len(known) > 1 else note
 
 
-def _refuse_undecided(tables: Sequence[OpenedTable]) -> None:
+def refuse_undecided(tables: Sequence[DecidedTable[Any]]) -> None:
     """Refuses tables that have columns of which nobody has decided what becomes of them."""
     undecided = [
         f"{named(table.name)}: {note}"

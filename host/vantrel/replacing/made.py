@@ -30,6 +30,9 @@ from vantrel.sampling.names import Order
 CODE_BITS = 50
 """So many bits of the digest tell accounts apart."""
 
+ACCOUNT_WORDS = 3
+"""So many words of a digest, the first ones, decide about accounts."""
+
 _CODE_LETTERS = np.frombuffer(b"abcdefghijkmnpqrstuvwxyz23456789", dtype=np.uint8)  # no l, o, 0, 1
 _CODE_LENGTH = 10
 _CODE_LETTER_BITS = np.uint64(5)

@@ -93,7 +93,7 @@ def _notes_on_key(person: Person, table: Table) -> Iterator[str]:
             if person.key
             else f"No key{whose} was named, and none was found: each row is a person of its own."
         )
-    if person.key and (count := table.without_key[person.name]):
+    if person.key and (count := table.without_key.get(person.name)):
         yield f"{counted(count, 'row')} without a key{whose}: each is a person of its own."
 
 

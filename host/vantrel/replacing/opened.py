@@ -7,6 +7,7 @@ from collections.abc import Mapping, Sequence
 from contextlib import ExitStack
 from dataclasses import dataclass
 from pathlib import Path
+from typing import Any
 
 import pandas as pd
 import pyarrow as pa
@@ -19,14 +20,14 @@ from vantrel.replacing.frames import excerpt_of, without_gaps
 from vantrel.replacing.others.action import Action
 from vantrel.replacing.others.decided import decided
 from vantrel.replacing.roles import Roles, find_roles, refuse_scrub
-from vantrel.tables.copying import Copied, open_copied
+from vantrel.tables.copying import Copied, InBatches, open_copied
 
 # An e-mail address or a telephone number, which no column is called.
 _VALUE = re.compile(r"[^@\s]+@[^@\s]+\.[^@\s.]+|\+?[\d\s()./-]{8,}")
 
 
 @dataclass(frozen=True)
-class OpenedTable:
+class DecidedTable[T: InBatches]:
     """A table of a run.
 
     Attributes:
@@ -36,7 +37,7 @@ class OpenedTable:
         others: The actions of other columns.
     """
 
-    copied: Copied
+    copied: T
     roles: Roles
     asked: OfTable
     others: Mapping[str, Action]
@@ -53,6 +54,9 @@ class OpenedTable:
         return str(self.copied.path)
 
 
+type OpenedTable = DecidedTable[Copied]
+
+
 def open_table(
     stack: ExitStack,
     path: Path,
@@ -64,6 +68,12 @@ def open_table(
 ) -> OpenedTable:
     """Opens a table for as long as ``stack``, and finds what its columns are."""
     copied = stack.enter_context(open_copied(path, separator, encoding))
+    return decide(copied, asked, is_only_read=is_only_read)
+
+
+def decide[T: InBatches](copied: T, asked: Asked, *, is_only_read: bool = False) -> DecidedTable[T]:
+    """Decides what becomes of a table that is open."""
+    path = copied.path
     _refuse_values_as_names(copied)
     excerpt = _excerpt(copied)
     own = asked.of(path, copied.columns)
@@ -85,10 +95,10 @@ def open_table(
     if not is_only_read:
         refuse_scrub(copied.columns, roles, own.scrub)
     actions = decided(excerpt, roles, others, own.scrub)
-    return OpenedTable(copied, roles, own, actions)
+    return DecidedTable(copied, roles, own, actions)
 
 
-def _refuse_values_as_names(copied: Copied) -> None:
+def _refuse_values_as_names(copied: InBatches) -> None:
     """Refuses a table whose first line is a person's."""
     if any(_VALUE.fullmatch(name.strip()) for name in copied.columns):
         raise ReplaceError(
@@ -97,7 +107,7 @@ def _refuse_values_as_names(copied: Copied) -> None:
         )
 
 
-def _excerpt(copied: Copied) -> pd.DataFrame:
+def _excerpt(copied: InBatches) -> pd.DataFrame:
     """Gives as many values of each column as tell what it is, wherever in the table they begin."""
     values: dict[str, list[pa.Array]] = {name: [] for name in copied.columns}
     rows = 0
@@ -119,7 +129,7 @@ def _key(given: Sequence[str], columns: Sequence[str]) -> Sequence[str]:
     return [name if name in columns else name.strip() for name in given]
 
 
-def _refuse_unplanned(copied: Copied, roles: Roles, asked: OfTable) -> None:
+def _refuse_unplanned(copied: InBatches, roles: Roles, asked: OfTable) -> None:
     """Refuses columns that a plan does not know."""
     known = {*roles.needed, *asked.fates}
     for column in copied.columns:
@@ -136,7 +146,7 @@ def _refuse_unplanned(copied: Copied, roles: Roles, asked: OfTable) -> None:
             )
 
 
-def refuse_unknown_columns(tables: Sequence[OpenedTable], asked: Asked) -> None:
+def refuse_unknown_columns(tables: Sequence[DecidedTable[Any]], asked: Asked) -> None:
     """Refuses columns that are asked of all tables and are in none."""
     known = dict.fromkeys(column for table in tables for column in table.copied.columns)
     of_all = asked.of_all

@@ -9,6 +9,7 @@ import pyarrow as pa
 from vantrel.replacing.known import found_by_print, known_of
 from vantrel.replacing.leaks import Leak, LeakSearch, scrubbed
 from vantrel.replacing.others.action import Action
+from vantrel.replacing.others.changed import Lost
 from vantrel.replacing.people import People
 from vantrel.replacing.roles import Roles
 
@@ -67,6 +68,11 @@ class Passing:
     def notes(self) -> list[str]:
         """What is to be told of the columns that have actions."""
         return [note for changed in self._changed for note in changed.notes()]
+
+    @property
+    def lost(self) -> Mapping[str, Lost]:
+        """The cells that held no date which could be moved, by their column."""
+        return {column: lost for changed in self._changed for column, lost in changed.lost.items()}
 
     def leaks(self) -> list[Leak]:
         """Who is still named in the columns that passed through."""

@@ -10,8 +10,7 @@ report = people.finish()
 from __future__ import annotations
 
 import secrets
-from collections import Counter
-from collections.abc import Mapping, Sequence
+from collections.abc import Iterable, Mapping, Sequence
 from dataclasses import dataclass, field
 from hashlib import blake2b
 from typing import Any, NamedTuple
@@ -43,7 +42,7 @@ from vantrel.replacing.real import RealPeople
 from vantrel.replacing.roles import Roles
 from vantrel.replacing.tally import Tally
 from vantrel.replacing.told import Told, told_by
-from vantrel.replacing.who import Who
+from vantrel.replacing.who import Facts, Who
 from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
@@ -52,6 +51,14 @@ _AT_ONCE = 100_000
 # Keep apart what is derived for them from the digests of keys.
 _OF_OTHERS = b"other columns"
 _OF_FAMILIES = b"families"
+
+
+type Seeds = tuple[int, int]
+
+
+def drawn_seeds() -> Seeds:
+    """Draws what the prints of a run are made with, so that nobody can choose keys that clash."""
+    return secrets.randbits(64), secrets.randbits(64)
 
 
 @dataclass
@@ -66,12 +73,14 @@ class Table:
             by ``gender`` and ``country``.
         named_keys: The columns of the keys that were named, by the same, of people who have none in
             all rows until now.
+        lacks_keys: Whether somebody has no key.
     """
 
     rows: int = 0
-    without_key: Counter[str] = field(default_factory=Counter)
+    without_key: dict[str, int] = field(default_factory=dict)
     contradictions: dict[str, int] = field(default_factory=dict)
     named_keys: dict[str, tuple[str, ...]] = field(default_factory=dict)
+    lacks_keys: bool = False
 
 
 @dataclass(frozen=True)
@@ -142,6 +151,14 @@ class People:
         place: The country or locale where those live who have none.
         no_real: Whether nobody gets the full name or the number of a real person of the tables.
         ways: Which telephone numbers people have, and in what letters their names are.
+        seeds: Where these are some of the people of a run, what prints of keys are made with in
+            all of it. What they share with real people is not counted then, and whoever joins
+            the parts warns of countries.
+
+    Attributes:
+        tables: What was met in each table, by its name.
+        places: The countries of the run.
+        without_key: What was counted of the people of rows without a key.
     """
 
     def __init__(
@@ -151,16 +168,18 @@ class People:
         place: str = DEFAULT_LOCALE,
         no_real: bool = False,
         ways: Ways | None = None,
+        seeds: Seeds | None = None,
     ) -> None:
         self._secret = secret
-        self._seeds = secrets.randbits(64), secrets.randbits(64)
+        self._is_part = seeds is not None
+        self._seeds = seeds or drawn_seeds()
         self._no_real = no_real
-        self._places = Places(place)
+        self.places = Places(place, warns=not self._is_part)
         key = blake2b(key=secret, person=_OF_FAMILIES).digest()
-        self._makers = Makers(self._places, ways or Ways(), key)
+        self._makers = Makers(self.places, ways or Ways(), key)
         self._who = Who()
         self._real = RealPeople()
-        self._without_key = Tally(self._makers, self._real, no_real=no_real)
+        self.without_key = Tally(self._makers, self._real, no_real=no_real)
         self._replaced: set[str] = set()
         self._current: str | None = None
         self._only_read: Prints | None = None
@@ -195,9 +214,35 @@ class People:
         self._end_table()
         for name, table in list(self.tables.items()):
             for person, key in table.named_keys.items():
-                if table.without_key[person]:
+                if table.without_key.get(person):
                     del self.tables[name]
                     raise _key_missing(name, person, key)
+
+    def know(self, facts: Facts, made: Iterable[str]) -> None:
+        """Takes in what other parts of a run have learnt.
+
+        Args:
+            facts: That.
+            made: The attributes that are made up.
+        """
+        self._who.know(facts)
+        self._replaced.update(made)
+
+    def facts(self, keys: Prints | None = None) -> Facts:
+        """Gives what is known of all keys, or of those of some prints."""
+        facts = self._who.facts()
+        return facts if keys is None else facts.of(self._who.find(keys))
+
+    def meet(self, batch: pa.RecordBatch, roles: Roles) -> None:
+        """Counts the people of a batch that was learnt, as replacing them does.
+
+        Args:
+            batch: Rows; with all their columns if somebody in some table has no key.
+            roles: What the columns are.
+        """
+        self._replaced.update(roles.replaced.values())
+        for person in roles.people:
+            self._identities(batch, person)
 
     def replaced(self, batch: pa.RecordBatch, roles: Roles) -> NewValues:
         """Makes the new columns of a batch that was learnt.
@@ -213,7 +258,7 @@ class People:
     def changed(self, actions: Mapping[str, Action]) -> Changed:
         """Gives what makes the columns of a table that have actions of their own."""
         key = blake2b(key=self._secret, person=_OF_OTHERS).digest()
-        return Changed(actions, key, self._places)
+        return Changed(actions, key, self.places)
 
     def finish(self) -> Report:
         """Makes sure that no two people share an account, and counts what real people bear.
@@ -221,23 +266,29 @@ class People:
         Raises:
             ReplaceError: Two people would share one.
         """
-        tally = self._without_key.copy()
-        hashed = np.flatnonzero(self._who.is_hashed)
-        for start in range(0, len(hashed), _AT_ONCE):
-            rows = hashed[start : start + _AT_ONCE]
-            who = self._who
-            tally.add(who.prints[rows], who.digests[rows], who.told.of(rows), self._replaced)
+        tally = self.tally()
         tally.refuse_shared_accounts()
+        hashed = self._who.prints[self._who.is_hashed]
         return Report(
             tally.people,
             self.tables,
             dict(tally.borne),
             dict(tally.by_chance),
             dict(tally.untold),
-            self._places.known[0].locale,
+            self.places.known[0].locale,
             list(tally.scarce_numbers()),
-            self._met_before(self._who.prints[hashed]),
+            self._met_before(hashed),
         )
+
+    def tally(self) -> Tally:
+        """Counts all people who were made up."""
+        tally = self.without_key.copy()
+        hashed = np.flatnonzero(self._who.is_hashed)
+        for start in range(0, len(hashed), _AT_ONCE):
+            rows = hashed[start : start + _AT_ONCE]
+            who = self._who
+            tally.add(who.prints[rows], who.digests[rows], who.told.of(rows), self._replaced)
+        return tally
 
     def _met_before(self, people: Prints) -> int | None:
         known = self._only_read
@@ -258,15 +309,18 @@ class People:
 
     def _read(self, batch: pa.RecordBatch, person: Person, met: Table) -> _Rows:
         """Reads what the rows of a batch that have a key tell of a person."""
-        told = told_by(batch, person, self._places)
-        self._real.learn(batch, person, told)
+        told = told_by(batch, person, self.places)
+        if not self._is_part:
+            self._real.learn(batch, person, told)
         keys = _keys(batch, person)
         own = prints(keys, self._seeds[0])
         rows = np.flatnonzero(own)
         if len(rows):
             met.named_keys.pop(person.name, None)
         if len(rows) < len(own):
-            met.without_key[person.name] += int(_is_there(batch, person)[own == 0].sum())
+            met.lacks_keys = True
+            before = met.without_key.get(person.name, 0)
+            met.without_key[person.name] = before + int(_is_there(batch, person)[own == 0].sum())
         return _Rows(rows, own[rows], prints(keys, self._seeds[1])[rows], told.of(rows))
 
     def _become(self, batch: pa.RecordBatch, person: Person) -> NewPerson:
@@ -292,7 +346,7 @@ class People:
         _put(told, keyed, self._who.told.of(people))
         if len(others):
             apart = batch.take(pa.array(others))
-            of_others = told_by(apart, person, self._places)
+            of_others = told_by(apart, person, self.places)
             found[others] = self._digests_of_rows(apart, person, of_others)
             _put(told, others, of_others)
         return found, told
@@ -315,7 +369,7 @@ class People:
         made = digests(keys.to_pylist(), self._secret)
         there = np.flatnonzero(_is_there(batch, person))
         own = prints(keys, self._seeds[0])[there]
-        self._without_key.add(own, made[there], told.of(there), self._replaced)
+        self.without_key.add(own, made[there], told.of(there), self._replaced)
         return made
 
 

@@ -41,13 +41,27 @@ class Places:
 
     Args:
         default: A country or locale.
+        warns: Whether it warns of those of which Faker has no names.
+
+    Attributes:
+        known: The places by their numbers.
+        texts: How those that were told by a text were written first.
     """
 
-    def __init__(self, default: str) -> None:
+    def __init__(self, default: str, *, warns: bool = True) -> None:
+        self._warns = warns
         recognise_known(default)
         self.known: list[Place] = [_place(default)]
         self._numbers: dict[str | None, int] = {None: 0}
         self._by_place: dict[Place, int] = {}
+        self.texts: dict[Place, str] = {}
+
+    def number_of(self, place: Place) -> int:
+        """Gives the number of a place that another run, or another part of this one, has told."""
+        if place not in self._by_place:
+            self._by_place[place] = len(self.known)
+            self.known.append(place)
+        return self._by_place[place]
 
     def number(self, text: str | None) -> int:
         """Gives the number of a country, however it is written; 0 if it is none.
@@ -64,10 +78,10 @@ class Places:
             return 0
         place = _place(text)
         if place not in self._by_place:
-            warn_of_borrowed([text])
-            self._by_place[place] = len(self.known)
-            self.known.append(place)
-        return self._by_place[place]
+            self.texts[place] = text
+            if self._warns:
+                warn_of_borrowed([text])
+        return self.number_of(place)
 
     @property
     def orders(self) -> list[Order]:

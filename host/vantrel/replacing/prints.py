@@ -1,7 +1,7 @@
 """Prints: 64 bits of each text of a column, by which texts are compared that nobody need hold.
 
-A print is no keyed hash and never leaves the process. Made by whole columns, it takes some tens of
-nanoseconds a text.
+A print is no keyed hash and never leaves the processes of a run. Made by whole columns, it takes
+some tens of nanoseconds a text.
 """
 
 from __future__ import annotations

@@ -33,11 +33,12 @@ def write_record(opened: Opener, table: Replaced, asked: Asked, report: Report) 
 def _people(people: Sequence[Person]) -> dict[str, Any]:
     """Tells of the person of each row; under her name where a row has several."""
     if len(people) == 1:
-        return _person(people[0])
-    return {"people_of_a_row": {person.name: _person(person) for person in people}}
+        return form_of(people[0])
+    return {"people_of_a_row": {person.name: form_of(person) for person in people}}
 
 
-def _person(person: Person) -> dict[str, Any]:
+def form_of(person: Person) -> dict[str, Any]:
+    """Tells of a person of each row which columns are hers, and what becomes of them."""
     told = {"of": person.of, "household": person.household}
     return {
         "key": list(person.key),

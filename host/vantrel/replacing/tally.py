@@ -4,6 +4,7 @@ from __future__ import annotations
 
 from collections import Counter
 from collections.abc import Collection, Iterator
+from dataclasses import dataclass, field
 from typing import Any
 
 import numpy as np
@@ -13,6 +14,7 @@ from vantrel.errors import ReplaceError
 from vantrel.replacing.keys import Digests
 from vantrel.replacing.made import MadeUp, Makers
 from vantrel.replacing.numbers import ends_of_numbers
+from vantrel.replacing.places import Place
 from vantrel.replacing.prints import Prints, mixed
 from vantrel.replacing.real import RealPeople, prints_of_addresses
 from vantrel.replacing.told import Told
@@ -21,6 +23,21 @@ from vantrel.wording import counted
 FULL_NAMES, NUMBERS, ADDRESSES = "full names", "telephone numbers", "e-mail addresses"
 
 _ACCOUNTS = ("username", "email")
+
+
+@dataclass(frozen=True)
+class Counts:
+    """What was counted of some of the people of a run, wherever that was.
+
+    Attributes:
+        people: How many there are.
+        untold: How many have no country, or no gender, that is known.
+        by_place: How many have numbers of an attribute and a place; None where none is told.
+    """
+
+    people: int = 0
+    untold: Counter[str] = field(default_factory=Counter)
+    by_place: Counter[tuple[str, Place | None]] = field(default_factory=Counter)
 
 
 class Tally:
@@ -81,8 +98,29 @@ class Tally:
         self._count(made_up, made, self.borne)
         self._count(MadeUp(mixed(digests), told, self._makers), made, self.by_chance)
 
+    @property
+    def counts(self) -> Counts:
+        """What was counted, but for what real people bear."""
+        known = [None, *self._makers.places.known[1:]]
+        by_place = {(what, known[place]): count for (what, place), count in self._by_place.items()}
+        return Counts(self.people, self.untold, Counter(by_place))
+
+    @property
+    def accounts(self) -> tuple[Prints, Prints]:
+        """The prints of keys, and those of the accounts that go with them."""
+        none = [np.zeros(0, dtype=np.uint64)]
+        return np.concatenate(none + self._whose), np.concatenate(none + self._accounts)
+
+    def take_in(self, counts: Counts) -> None:
+        """Adds what was counted elsewhere."""
+        places = self._makers.places
+        self.people += counts.people
+        self.untold.update(counts.untold)
+        for (what, place), count in counts.by_place.items():
+            self._by_place[what, places.number_of(place) if place else 0] += count
+
     def _count(self, people: MadeUp, made: Collection[str], counts: Counter[str]) -> None:
-        if any(attribute in made for attribute in NAMES):
+        if any(attribute in made for attribute in NAMES) and len(self._real.names):
             counts[FULL_NAMES] += _number_of(self._real.names.has(people.names))
         for attribute in PHONES if len(self._real.numbers) else ():
             if attribute in made:
@@ -102,17 +140,28 @@ class Tally:
 
     def refuse_shared_accounts(self) -> None:
         """Refuses two people of one user name; those of one address have one user name, too."""
-        if not self._accounts:
-            return
-        whose, accounts = np.concatenate(self._whose), np.concatenate(self._accounts)
-        order = np.argsort(accounts)
-        whose, accounts = whose[order], accounts[order]
-        shared = _number_of((accounts[1:] == accounts[:-1]) & (whose[1:] != whose[:-1]))
-        if shared:
-            raise ReplaceError(
-                f"{counted(shared, 'user name')} would be of two people, as chance has it once in a"
-                " great while: take another secret, with which everybody becomes another person."
-            )
+        refuse_shared(shared_accounts(*self.accounts))
+
+
+def shared_accounts(whose: Prints, accounts: Prints) -> int:
+    """Counts the accounts that are of two people.
+
+    Args:
+        whose: The prints of keys.
+        accounts: The print of the account of each.
+    """
+    order = np.argsort(accounts)
+    whose, accounts = whose[order], accounts[order]
+    return _number_of((accounts[1:] == accounts[:-1]) & (whose[1:] != whose[:-1]))
+
+
+def refuse_shared(accounts: int) -> None:
+    """Refuses so many accounts that are of two people, if there are any."""
+    if accounts:
+        raise ReplaceError(
+            f"{counted(accounts, 'user name')} would be of two people, as chance has it once in a"
+            " great while: take another secret, with which everybody becomes another person."
+        )
 
 
 def _number_of(found: Any) -> int:

@@ -6,7 +6,7 @@ put aside and merged when there is as much of it as is known, so that merging co
 
 from __future__ import annotations
 
-from typing import Any
+from typing import Any, NamedTuple
 
 import numpy as np
 
@@ -19,6 +19,29 @@ _FEWEST_TO_MERGE = 1_000_000
 
 _TYPES = (np.uint8, np.uint16, np.uint64, np.uint64, np.uint64)
 _CONTRADICTED = ("gender", "place")
+
+
+class Facts(NamedTuple):
+    """What is known of people, each of whom is there once.
+
+    Attributes:
+        prints: The prints of their keys.
+        checks: Other prints of the same keys.
+        told: What is told of each.
+        digests: The digest of each one's key; None if that is not known.
+        is_contradicted: Of whom rows contradict what is told, as ``gender`` and as ``place``.
+    """
+
+    prints: Prints
+    checks: Prints
+    told: Told
+    digests: Digests | None = None
+    is_contradicted: Any = None
+
+    def of(self, rows: Any) -> Facts:
+        """Gives what is known of some of them."""
+        rest = (None if each is None else each[rows] for each in self[3:])
+        return Facts(self.prints[rows], self.checks[rows], self.told.of(rows), *rest)
 
 
 class Who:
@@ -57,6 +80,22 @@ class Who:
         if self._new_rows > max(_FEWEST_TO_MERGE, len(self)):
             self._merge()
 
+    def know(self, facts: Facts) -> None:
+        """Takes in what others have learnt; what was known before comes before it."""
+        self.learn(facts.prints, facts.checks, facts.told)
+        people = self.find(facts.prints)
+        if facts.digests is not None:
+            self.digests[people] = facts.digests
+            self.is_hashed[people] = True
+        if facts.is_contradicted is not None:
+            rows, facts_told = np.nonzero(facts.is_contradicted)
+            self._is_contradicted[people[rows], facts_told] = True
+
+    def facts(self) -> Facts:
+        """Gives what is known, with the contradictions since the table began."""
+        self._merge()
+        return Facts(self.prints, self._checks, self.told, self.digests, self._is_contradicted)
+
     def end_table(self) -> dict[str, int]:
         """Counts the people of whom the rows since the last call contradict what is told.
 
@@ -70,6 +109,7 @@ class Who:
 
     def find(self, prints: Prints) -> Any:
         """Gives the places of people in the arrays, by the prints of their keys."""
+        self._merge()
         places = np.searchsorted(self.prints, prints)
         if len(places) and (
             not len(self) or (self.prints.take(places, mode="clip") != prints).any()

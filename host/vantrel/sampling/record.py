@@ -1,10 +1,10 @@
-"""Keeps beside a sample how it was made."""
+"""Keeps beside a sample, or another table that was made, how that was done."""
 
 from __future__ import annotations
 
 import json
 from pathlib import Path
-from typing import Annotated, Any, Literal
+from typing import Annotated, Any, ClassVar, Literal
 
 import msgspec
 
@@ -16,10 +16,20 @@ from vantrel.storage.models import LoadedModel
 from vantrel.versions import versions
 from vantrel.wording import shown
 
-_MOST_BYTES = 2**20
+_MOST_BYTES = 2**24  # of a folder of a hundred thousand files
 
 
-class SampleRecord(msgspec.Struct, frozen=True, kw_only=True, forbid_unknown_fields=True):
+class Record(msgspec.Struct, frozen=True, kw_only=True, forbid_unknown_fields=True):
+    """How a table was made.
+
+    Attributes:
+        of: What it is the record of, as errors say it.
+    """
+
+    of: ClassVar[str]
+
+
+class SampleRecord(Record, frozen=True, kw_only=True, forbid_unknown_fields=True):
     """How a sample was made: with it and the model file, the sample can be made again.
 
     Args:
@@ -33,6 +43,8 @@ class SampleRecord(msgspec.Struct, frozen=True, kw_only=True, forbid_unknown_fie
         options: What else was asked for, by the option's name.
         versions: The versions that the rows depend on, by name.
     """
+
+    of: ClassVar[str] = "a sample"
 
     format: Literal["vantrel-sample"] = "vantrel-sample"
     schema_version: Literal[1] = 1
@@ -64,7 +76,7 @@ def record_of(loaded: LoadedModel, plan: Plan, **options: Any) -> SampleRecord:
 
 
 def record_path(output: Path, *, unfinished: bool = False) -> Path:
-    """Where the record of a sample is kept: beside a file, and inside a folder of files.
+    """Where the record of a table is kept: beside a file, and inside a folder of files.
 
     Readers of Parquet folders skip names that begin with an underscore. That of a folder some files
     of which are still to be made is another one.
@@ -74,28 +86,33 @@ def record_path(output: Path, *, unfinished: bool = False) -> Path:
     return output.with_name(f"{output.name}.made.json")
 
 
-def write_record(record: SampleRecord, output: Path, *, unfinished: bool = False) -> None:
-    """Writes the record of a sample, whole or not at all, where :func:`record_path` tells."""
+def write_record(record: Record, output: Path, *, unfinished: bool = False) -> None:
+    """Writes the record of a table, whole or not at all, where :func:`record_path` tells."""
     form = msgspec.to_builtins(record)
     with replacing(record_path(output, unfinished=unfinished)) as file:
         file.write(json.dumps(form, ensure_ascii=False, allow_nan=False, indent=2) + "\n")
 
 
 def read_record(output: Path, *, unfinished: bool = False) -> SampleRecord | None:
-    """Reads the record of a sample where :func:`record_path` tells; None if it has none.
+    """Reads the record of a sample; see :func:`read_record_of`."""
+    return read_record_of(SampleRecord, output, unfinished=unfinished)
+
+
+def read_record_of[R: Record](kind: type[R], output: Path, *, unfinished: bool = False) -> R | None:
+    """Reads a record of a kind where :func:`record_path` tells; None if there is none.
 
     Raises:
-        RecordError: There is a file in its place that is no record.
+        RecordError: There is a file in its place that is no such record.
     """
     path = record_path(output, unfinished=unfinished)
     try:
-        return msgspec.json.decode(read_whole(path, _MOST_BYTES), type=SampleRecord)
+        return msgspec.json.decode(read_whole(path, _MOST_BYTES), type=kind)
     except (FileNotFoundError, NotADirectoryError):
         return None
     except OSError as error:
         raise RecordError(f"{named(path)} {why_unreadable(path, error)}") from error
     except (msgspec.DecodeError, RecursionError) as error:
         raise RecordError(
-            f"{named(path)} is no record of a sample that this version knows ({shown(error)}):"
+            f"{named(path)} is no record of {kind.of} that this version knows ({shown(error)}):"
             " move it away."
         ) from error

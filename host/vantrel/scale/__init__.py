@@ -1,7 +1,8 @@
-"""Fits and samples past one machine, on Dask: on threads, on processes or on a cluster.
+"""Fits, samples and replaces people past one machine, on Dask.
 
-The rows are those of :mod:`vantrel.sampling`: they depend on the model and the plan alone, and not
-on the partitions, the workers, the scheduler or the order in which they run.
+The rows are those of :mod:`vantrel.sampling`, and of :mod:`vantrel.replacing`: they depend on the
+model and the plan alone, or on the tables and the secret, and not on the partitions, the workers,
+the scheduler or the order in which they run.
 """
 
 from importlib import import_module
@@ -13,10 +14,27 @@ if TYPE_CHECKING:
     from vantrel.scale.fitting import fit
     from vantrel.scale.folder import sample_to_folder
     from vantrel.scale.frame import sample
+    from vantrel.scale.replaced_folder import plan_folder, replace_folder
+    from vantrel.scale.replacing import replace
 
-__all__ = ["PartitionError", "fit", "sample", "sample_to_folder"]
+__all__ = [
+    "PartitionError",
+    "fit",
+    "plan_folder",
+    "replace",
+    "replace_folder",
+    "sample",
+    "sample_to_folder",
+]
 
-_HOMES = {"fit": "fitting", "sample": "frame", "sample_to_folder": "folder"}
+_HOMES = {
+    "fit": "fitting",
+    "plan_folder": "replaced_folder",
+    "replace": "replacing",
+    "replace_folder": "replaced_folder",
+    "sample": "frame",
+    "sample_to_folder": "folder",
+}
 
 
 def __getattr__(name: str) -> Any:

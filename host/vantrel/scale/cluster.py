@@ -32,7 +32,7 @@ def connected(address: str | None, workers: int | None) -> Iterator[Client]:
         if address is not None:
             asyncio.run(_knock(address))
             with Client(address, timeout=_SECONDS_TO_ANSWER) as client:
-                _refuse_other_versions(client)
+                refuse_other_versions(client)
                 yield client
         else:
             with ExitStack() as stack:
@@ -110,7 +110,8 @@ async def _knock(address: str) -> None:
         ) from error
 
 
-def _refuse_other_versions(client: Client) -> None:
+def refuse_other_versions(client: Client) -> None:
+    """Refuses workers that would make other rows than this process."""
     try:
         installed = client.run(versions)
     except ModuleNotFoundError as error:

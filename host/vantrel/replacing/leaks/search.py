@@ -44,6 +44,11 @@ class Leak:
     cells: int
     rows: tuple[int, ...]
 
+    def add(self, cells: int, rows: Iterable[int]) -> None:
+        """Adds cells in rows behind those that are there."""
+        self.cells += cells
+        self.rows = (*self.rows, *rows)[:_MOST_ROWS]
+
     def __str__(self) -> str:
         """Tells it in a line."""
         one = self.cells == 1
@@ -53,6 +58,11 @@ class Leak:
             does = f"{'has' if one else 'have'} the row's first or last name alone"
         cells = counted(self.cells, "cell")
         return f"Column {shown(repr(self.column))}: {cells} {does} ({in_rows(self.rows)})"
+
+
+def people_first(leaks: Iterable[Leak]) -> list[Leak]:
+    """Sorts leaks: those that name people come first, else columns stay in their order."""
+    return sorted(leaks, key=lambda leak: leak.kind != "person")
 
 
 class Value(NamedTuple):
@@ -137,14 +147,13 @@ class LeakSearch:
 
     def found(self) -> list[Leak]:
         """What was found; people first, and columns in the order in which they came up."""
-        return sorted(self._leaks.values(), key=lambda leak: leak.kind != "person")
+        return people_first(self._leaks.values())
 
     def _add(self, column: str, kind: Kind, is_leak: Flags, first_row: int) -> None:
         rows = np.flatnonzero(is_leak)
         if len(rows):
             leak = self._leaks.setdefault((column, kind), Leak(column, kind, 0, ()))
-            leak.cells += len(rows)
-            leak.rows = (*leak.rows, *(rows[:_MOST_ROWS] + first_row).tolist())[:_MOST_ROWS]
+            leak.add(len(rows), (rows[:_MOST_ROWS] + first_row).tolist())
 
 
 class Wanted:

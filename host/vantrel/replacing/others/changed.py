@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterator, Mapping, Sequence
+from collections.abc import Iterable, Iterator, Mapping, Sequence
 from dataclasses import dataclass
 
 import numpy as np
@@ -23,11 +23,21 @@ _MOST_ROWS = 3
 
 
 @dataclass
-class _Lost:
-    """The cells of a column that held no date, and are missing now."""
+class Lost:
+    """The cells of a column that held no date, and are missing now.
+
+    Attributes:
+        cells: How many they are.
+        rows: The first of their rows.
+    """
 
     cells: int = 0
     rows: tuple[int, ...] = ()
+
+    def add(self, cells: int, rows: Iterable[int]) -> None:
+        """Adds cells in rows behind those that are there."""
+        self.cells += cells
+        self.rows = (*self.rows, *rows)[:_MOST_ROWS]
 
 
 class Changed:
@@ -37,6 +47,9 @@ class Changed:
         actions: The action of each column; those that are kept may be left out.
         key: What decides what is hashed to what.
         places: The countries by whose numbers people are told to live there.
+
+    Attributes:
+        lost: The cells of each column that held no date, where there are any.
     """
 
     def __init__(self, actions: Mapping[str, Action], key: bytes, places: Places) -> None:
@@ -44,7 +57,7 @@ class Changed:
         self._key = key
         self._places = places
         self._rows = 0
-        self._lost: dict[str, _Lost] = {}
+        self.lost: dict[str, Lost] = {}
 
     def __call__(self, batch: pa.RecordBatch, digests: Digests, told: Told) -> dict[str, pa.Array]:
         """Makes the new columns of a batch, which comes behind those before it.
@@ -66,13 +79,7 @@ class Changed:
 
     def notes(self) -> Iterator[str]:
         """Tells which columns held something else than dates."""
-        for column, lost in self._lost.items():
-            form = self._actions[column].form
-            written = f" of the form {form}" if form else ""
-            yield (
-                f"Column {shown(repr(column))}: {counted(lost.cells, 'cell')} without a date"
-                f"{written} that could be moved, now empty ({in_rows(lost.rows)})."
-            )
+        return notes_on_lost(self.lost, self._actions)
 
     def _new(
         self, batch: pa.RecordBatch, name: str, action: Action, digests: Digests, told: Told
@@ -91,9 +98,18 @@ class Changed:
 
     def _note(self, column: str, rows: Sequence[int]) -> None:
         if len(rows):
-            lost = self._lost.setdefault(column, _Lost())
-            lost.cells += len(rows)
-            lost.rows = (*lost.rows, *rows[:_MOST_ROWS])[:_MOST_ROWS]
+            self.lost.setdefault(column, Lost()).add(len(rows), rows[:_MOST_ROWS])
+
+
+def notes_on_lost(found: Mapping[str, Lost], actions: Mapping[str, Action]) -> Iterator[str]:
+    """Tells which columns held something else than dates."""
+    for column, lost in found.items():
+        form = actions[column].form
+        written = f" of the form {form}" if form else ""
+        yield (
+            f"Column {shown(repr(column))}: {counted(lost.cells, 'cell')} without a date"
+            f"{written} that could be moved, now empty ({in_rows(lost.rows)})."
+        )
 
 
 def _blank(column: pa.Array, field: pa.Field) -> pa.Array:

@@ -15,8 +15,8 @@ if TYPE_CHECKING:
 type Change = Callable[[pa.RecordBatch], Mapping[str, pa.Array]]
 
 
-class Copied(Protocol):
-    """A table that is read in batches of rows, and copied with some columns changed.
+class InBatches(Protocol):
+    """A table that is read in batches of rows.
 
     Whatever fails of the table itself is a ``TableError``.
     """
@@ -24,14 +24,6 @@ class Copied(Protocol):
     @property
     def path(self) -> Path:
         """What the user calls it."""
-
-    @property
-    def format(self) -> Format:
-        """How its rows are written, and those of a copy."""
-
-    @property
-    def compression(self) -> Compression | None:
-        """How the whole file is compressed, if it is."""
 
     @property
     def columns(self) -> tuple[str, ...]:
@@ -43,6 +35,18 @@ class Copied(Protocol):
         Those of CSV are texts, in which an empty cell is missing and one in quotation marks an
         empty text. Those of Parquet have the types that they are kept in.
         """
+
+
+class Copied(InBatches, Protocol):
+    """A table that is copied with some columns changed."""
+
+    @property
+    def format(self) -> Format:
+        """How its rows are written, and those of a copy."""
+
+    @property
+    def compression(self) -> Compression | None:
+        """How the whole file is compressed, if it is."""
 
     def write(
         self,

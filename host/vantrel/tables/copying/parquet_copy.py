@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterator, Mapping, Sequence
+from collections.abc import Callable, Iterator, Mapping, Sequence
 from contextlib import contextmanager
 from dataclasses import dataclass
 from io import BytesIO
@@ -75,8 +75,9 @@ class CopiedParquet:
         change: Change,
         *,
         compression: Compression | None = None,
+        notes: Callable[[], Mapping[str, str]] = dict,
     ) -> int:
-        """Writes a copy."""
+        """Writes a copy; ``notes`` gives in the end what it keeps beside the rows."""
         rows = 0
         parts = ((each, change(each.select(list(columns)))) for each in self._read(None))
         first = list(islice(parts, 1))
@@ -90,6 +91,8 @@ class CopiedParquet:
                 written = self._with(batch, changed, schema)
                 writer.write_batch(written, row_group_size=max(1, len(batch)))
                 rows += len(batch)
+            if told := notes():
+                writer.add_key_value_metadata(dict(told))
         return rows
 
     def _schema(self, changed: Mapping[str, pa.Array]) -> pa.Schema:

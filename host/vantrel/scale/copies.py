@@ -1,0 +1,113 @@
+"""Copies of the files of a folder, in which people are replaced."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable
+from dataclasses import dataclass, field, replace
+from pathlib import Path
+
+import msgspec
+import pandas as pd
+from pyarrow.parquet import read_metadata
+
+from vantrel.replacing.leaks import Leak
+from vantrel.replacing.leaks.search import people_first
+from vantrel.replacing.others.changed import Lost
+from vantrel.replacing.passing import Passing
+from vantrel.scale.facts import facts_of
+from vantrel.scale.joining import Checked
+from vantrel.scale.run import FileOfRun
+from vantrel.scale.shared import Shared
+from vantrel.storage.files import replacing
+from vantrel.tables.copying.parquet_folder import opened_file
+
+_NOTE = "vantrel.found"
+
+
+@dataclass(frozen=True)
+class CopiedFile(FileOfRun):
+    """The copy of a file, of the same name.
+
+    Attributes:
+        source: The file.
+        folder: Where the copy goes.
+        run: Of which run it is.
+        number: The number of the file.
+        row_count: The number of its rows.
+    """
+
+    source: Path
+    folder: Path
+    run: str
+    number: int
+    row_count: int
+
+    @property
+    def path(self) -> Path:
+        return self.folder / self.source.name
+
+    @property
+    def rows(self) -> int:
+        return self.row_count
+
+    @property
+    def place(self) -> str:
+        return f"{self.run}/{self.number}"
+
+    def everywhere(self) -> CopiedFile:
+        """Gives the same with the paths under which all workers see it."""
+        return replace(self, source=self.source.resolve(), folder=self.folder.resolve())
+
+
+@dataclass(frozen=True)
+class Found:
+    """What was found in the rows of a table.
+
+    Attributes:
+        leaks: Who is still named.
+        lost: The cells of each column that held no date.
+    """
+
+    leaks: list[Leak] = field(default_factory=list)
+    lost: dict[str, Lost] = field(default_factory=dict)
+
+
+def write_copy(file: CopiedFile, answers: pd.DataFrame, _checked: Checked, shared: Shared) -> None:
+    """Writes a copy, which keeps what was found in its rows.
+
+    Args:
+        file: The copy.
+        answers: What is known of its keys.
+        _checked: Is there when it is sure that the run may go on.
+        shared: What all workers are told.
+    """
+    people = shared.people()
+    people.know(facts_of(answers, people.places), shared.roles.replaced.values())
+    passing = Passing(people, shared.roles, shared.scrub, shared.others)
+
+    def notes() -> dict[str, str]:
+        found = Found(passing.leaks(), dict(passing.lost))
+        return file.note | {_NOTE: msgspec.json.encode(found).decode()}
+
+    with (
+        opened_file(file.source) as copied,
+        replacing(file.path, binary=True, private_as=file.source) as target,
+    ):
+        copied.write(target, copied.columns, passing, notes=notes)
+
+
+def found_in(files: Iterable[CopiedFile]) -> Found:
+    """Gives what was found in the rows of all copies, numbered from the first one's on."""
+    leaks: dict[tuple[str, str], Leak] = {}
+    lost: dict[str, Lost] = {}
+    before = 0
+    for file in files:
+        note = read_metadata(file.path).metadata[_NOTE.encode()]
+        found = msgspec.json.decode(note, type=Found)
+        for leak in found.leaks:
+            known = leaks.setdefault((leak.column, leak.kind), Leak(leak.column, leak.kind, 0, ()))
+            known.add(leak.cells, (row + before for row in leak.rows))
+        for column, cells in found.lost.items():
+            lost.setdefault(column, Lost()).add(cells.cells, (row + before for row in cells.rows))
+        before += file.rows
+    return Found(people_first(leaks.values()), lost)

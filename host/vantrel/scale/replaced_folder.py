@@ -1,0 +1,280 @@
+"""Copies of a folder of Parquet files in which people are replaced, made on a cluster."""
+
+from __future__ import annotations
+
+from collections.abc import Iterator, Sequence
+from contextlib import ExitStack, contextmanager
+from dataclasses import dataclass
+from functools import partial
+from pathlib import Path
+
+import msgspec
+from dask.delayed import Delayed, delayed
+from distributed import Client
+
+from vantrel.errors import ArgumentError, ClusterError, ReplaceError
+from vantrel.hints import named
+from vantrel.replacing.asked import Asked, refuse_unplanned
+from vantrel.replacing.files import Progress, notes_on_tables, refuse_undecided, write_plan_of
+from vantrel.replacing.notes import notes_on_people
+from vantrel.replacing.opened import DecidedTable, decide, refuse_unknown_columns
+from vantrel.replacing.others.changed import notes_on_lost
+from vantrel.replacing.outcome import Outcome, Replaced
+from vantrel.replacing.outputs import made_if_missing
+from vantrel.replacing.people import Report
+from vantrel.replacing.places import Places
+from vantrel.replacing.secret import (
+    checked_secret,
+    deciding_versions,
+    read_or_draw_secret,
+    write_secret,
+)
+from vantrel.sampling.record import record_path, write_record
+from vantrel.sampling.to_file import Progress as RowProgress
+from vantrel.sampling.to_file import untold
+from vantrel.scale.copies import CopiedFile, Found, found_in, write_copy
+from vantrel.scale.joining import Checked, joined
+from vantrel.scale.replaced_record import ReplaceRecord, record_of
+from vantrel.scale.run import (
+    as_written,
+    begin,
+    differing,
+    entered,
+    finish,
+    follow,
+    on_cluster,
+    refuse_another_run,
+    refuse_lost,
+    refuse_workers_of_a_scheduler,
+    run_of,
+)
+from vantrel.scale.shared import Shared
+from vantrel.storage.files import refuse_missing_folder, refuse_overwriting
+from vantrel.storage.together import replacing_together
+from vantrel.tables.copying.parquet_folder import CopiedFolder
+
+type _Table = DecidedTable[CopiedFolder]
+
+
+def replace_folder(
+    source: Path,
+    output: Path,
+    asked: Asked,
+    *,
+    secret: bytes | Path | None = None,
+    client: Client | None = None,
+    scheduler: str | None = None,
+    workers: int | None = None,
+    resume: bool = False,
+    progress: Progress = lambda _, rows: untold(rows or 0),
+) -> Outcome:
+    """Makes the copies of :func:`vantrel.scale.replace`, or what is missing of them.
+
+    Args:
+        source: The folder.
+        output: The folder to make.
+        asked: What is asked for.
+        secret: The secret, or the file with it, which is made if it is not there. If None, it is
+            that of the environment, or one that nobody ever knows.
+        client: A client of the cluster, if one is connected already.
+        scheduler: The address of the cluster's scheduler.
+        workers: The number of processes of a cluster on this machine.
+        resume: Whether to go on with a run that was stopped.
+        progress: What is told how far the rows are.
+    """
+    refuse_workers_of_a_scheduler(scheduler, workers)
+    _refuse_output_inside(source, output)
+    with ExitStack() as stack:
+        earlier = entered(stack, output, ReplaceRecord, resume=resume)
+        table = _decided(source, asked)
+        run = _Run(table, output, asked, *_secret_of(secret))
+        if earlier is not None:
+            refuse_another_run(earlier.differences(run.record), output)
+        files = run.files()
+        todo = [file for file in files if not file.is_made()]
+        report = earlier.report if earlier else None
+        if todo or report is None:
+            with on_cluster(scheduler, workers, client) as connection:
+                _refuse_other_versions(connection)
+                if earlier is None:
+                    run.begin(stack)
+                report = run.make(files, todo, connection, partial(progress, "Replacing"))
+            refuse_lost(files, output)
+            run.note(report, found_in(files))
+        finish(output)
+        return run.outcome(report, found_in(files))
+
+
+def plan_folder(source: Path, plan: Path, asked: Asked, *, force: bool = False) -> None:
+    """Writes as a plan what would become of each column of a folder, and makes nothing else.
+
+    Args:
+        source: The folder.
+        plan: The file of the plan.
+        asked: What is asked for already.
+        force: Whether a file is overwritten that is there.
+    """
+    refuse_missing_folder(plan)
+    refuse_overwriting(plan, force=force)
+    write_plan_of([_decided(source, asked)], plan, force=force)
+
+
+@dataclass(frozen=True)
+class _Run:
+    """A run.
+
+    Attributes:
+        table: The folder that is copied.
+        output: Where its copy goes.
+        asked: What is asked for.
+        secret: The secret.
+        secret_file: Where the secret is to be kept; None if it is, or if nobody is to know it.
+    """
+
+    table: _Table
+    output: Path
+    asked: Asked
+    secret: bytes
+    secret_file: Path | None
+
+    @property
+    def record(self) -> ReplaceRecord:
+        return record_of(self.table, self.asked, self.secret)
+
+    def files(self) -> list[CopiedFile]:
+        """The copies of all files."""
+        copied, run = self.table.copied, run_of(self.record.decisive)
+        return [
+            CopiedFile(file, self.output, run, number, rows)
+            for number, (file, rows) in enumerate(zip(copied.files, copied.rows, strict=True))
+        ]
+
+    def begin(self, stack: ExitStack) -> None:
+        """Keeps a new secret, without which nothing could be resumed, and makes the folder."""
+        if self.secret_file is not None:
+            with replacing_together(force=False) as opened:
+                write_secret(self.secret_file, self.secret, opened)
+        stack.enter_context(made_if_missing(self.output))
+        begin(stack, self.output, self.record)
+
+    def make(
+        self,
+        files: Sequence[CopiedFile],
+        todo: Sequence[CopiedFile],
+        client: Client,
+        progress: RowProgress,
+    ) -> Report:
+        """Makes copies, and warns of countries of which Faker has no names."""
+        tasks = _tasks(files, todo, self._shared())
+        futures = client.compute(tasks)
+        checked, *copies = futures
+        try:
+            with self._forgotten_if_refused(files):
+                written = as_written(dict(zip(copies, todo, strict=True)), client)
+                follow(written, files, todo, self.output, progress)
+                found: Checked = checked.result()
+        finally:
+            client.cancel(futures)
+        places = Places(self.asked.place)
+        for text in found.texts.values():
+            places.number(text)
+        return found.report
+
+    def note(self, report: Report, found: Found) -> None:
+        """Notes what came of the run beside what it was to make."""
+        whole = msgspec.structs.replace(self.record, report=report, leaks=tuple(found.leaks))
+        write_record(whole, self.output, unfinished=True)
+
+    def outcome(self, report: Report, found: Found) -> Outcome:
+        """What came of the run."""
+        table = self.table
+        done = Replaced(
+            table.copied.path,
+            self.output,
+            table.roles,
+            table.asked,
+            sum(table.copied.rows),
+            table.staying,
+            found.leaks,
+            table.others,
+            list(notes_on_lost(found.lost, table.others)),
+        )
+        on_table = notes_on_tables([], [table], [done], report)
+        return Outcome([done], report, [*on_table, *notes_on_people(report, no_real=False)])
+
+    def _shared(self) -> Shared:
+        table, asked = self.table, self.asked
+        return Shared(
+            Shared.hidden(self.secret),
+            table.copied.path,
+            table.roles,
+            table.asked.scrub,
+            table.others,
+            asked.place,
+            asked.ways,
+        )
+
+    @contextmanager
+    def _forgotten_if_refused(self, files: Sequence[CopiedFile]) -> Iterator[None]:
+        """Leaves no run to resume where nothing was made, as it cannot be made at all."""
+        try:
+            yield
+        except ReplaceError:
+            if not any(file.path.exists() for file in files):
+                record_path(self.output, unfinished=True).unlink(missing_ok=True)
+            raise
+
+
+def _decided(source: Path, asked: Asked) -> _Table:
+    """Opens a folder, and decides what becomes of its columns."""
+    refuse_unplanned([source], asked.plan)
+    table = decide(CopiedFolder.opened(source), asked)
+    refuse_unknown_columns([table], asked)
+    if asked.strict:
+        refuse_undecided([table])
+    return table
+
+
+def _secret_of(given: bytes | Path | None) -> tuple[bytes, Path | None]:
+    """Gives a secret, and the file where it is to be kept if it is a new one."""
+    if not isinstance(given, Path):
+        return checked_secret(given), None
+    secret, is_new = read_or_draw_secret(given)
+    return secret, given if is_new else None
+
+
+def _refuse_other_versions(client: Client) -> None:
+    here = deciding_versions()
+    for worker, there in client.run(deciding_versions).items():
+        if different := differing(there, here, ("there", "here")):
+            raise ClusterError(
+                f"Worker {worker} would make other people: {', '.join(different)}. Install the same"
+                " versions everywhere."
+            )
+
+
+def _refuse_output_inside(source: Path, output: Path) -> None:
+    if output.resolve().is_relative_to(source.resolve()):
+        raise ArgumentError(
+            f"{named(output)} is in the folder to read, or that folder itself: name another one."
+        )
+
+
+def _tasks(
+    files: Sequence[CopiedFile], todo: Sequence[CopiedFile], shared: Shared
+) -> list[Delayed]:
+    """Plans the check of all people, and the copies that are to be made."""
+    wanted = set(todo)
+    everywhere = [file.everywhere() for file in files]
+    answers, checked = joined(
+        [file.source for file in everywhere], [file in wanted for file in files], shared
+    )
+    copy = delayed(write_copy, pure=False)
+    return [
+        checked,
+        *(
+            copy(file, answer, checked, shared)
+            for file, answer, seen in zip(everywhere, answers, files, strict=True)
+            if seen in wanted
+        ),
+    ]
