@@ -4,11 +4,12 @@ from __future__ import annotations
 
 from collections.abc import Callable, Sequence
 from pathlib import Path
-from typing import Any, Protocol
+from typing import Any, Protocol, override
 
 import click
 
 from vantrel.attributes import ATTRIBUTES, WORDS
+from vantrel.databases.address import Address, is_address, read_address
 from vantrel.hints import quoted
 
 
@@ -16,6 +17,26 @@ class _Decorator(Protocol):
     """Adds an option to a command."""
 
     def __call__[F: Callable[..., Any] | click.Command](self, command: F, /) -> F: ...
+
+
+class TableType(click.ParamType):  # type: ignore[type-arg]  # not generic in all versions
+    """A table in a file, or the address of a database.
+
+    Args:
+        has_table: Whether an address names a table of its database.
+    """
+
+    name = "table"
+
+    def __init__(self, *, has_table: bool = False) -> None:
+        self._has_table = has_table
+
+    @override
+    def convert(self, value: Any, _param: object, _ctx: object) -> Path | Address:
+        """Reads what was given."""
+        if isinstance(value, str) and is_address(value):
+            return read_address(value, has_table=self._has_table)
+        return Path(value)
 
 
 # The options whose names are not those of the library's keywords.

@@ -7,6 +7,7 @@ from collections.abc import Mapping, Sequence
 from contextlib import ExitStack
 from dataclasses import dataclass
 from pathlib import Path
+from typing import Any
 
 import pandas as pd
 import pyarrow as pa
@@ -19,14 +20,14 @@ from vantrel.replacing.frames import excerpt_of, without_gaps
 from vantrel.replacing.others.action import Action
 from vantrel.replacing.others.decided import decided
 from vantrel.replacing.roles import Roles, find_roles, refuse_scrub
-from vantrel.tables.copying import Copied, open_copied
+from vantrel.tables.copying import Batched, Copied, open_copied
 
 # An e-mail address or a telephone number, which no column is called.
 _VALUE = re.compile(r"[^@\s]+@[^@\s]+\.[^@\s.]+|\+?[\d\s()./-]{8,}")
 
 
 @dataclass(frozen=True)
-class OpenedTable:
+class OpenedTable[TableT: Batched]:
     """A table of a run.
 
     Attributes:
@@ -36,7 +37,7 @@ class OpenedTable:
         others: The actions of other columns.
     """
 
-    copied: Copied
+    copied: TableT
     roles: Roles
     asked: OfTable
     others: Mapping[str, Action]
@@ -62,10 +63,18 @@ def open_table(
     encoding: str | None,
     *,
     is_only_read: bool = False,
-) -> OpenedTable:
-    """Opens a table for as long as ``stack``, and finds what its columns are."""
+) -> OpenedTable[Copied]:
+    """Opens a file for as long as ``stack``, and finds what its columns are."""
     copied = stack.enter_context(open_copied(path, separator, encoding))
     _refuse_values_as_names(copied)
+    return understood(copied, asked, is_only_read=is_only_read)
+
+
+def understood[TableT: Batched](
+    copied: TableT, asked: Asked, *, is_only_read: bool = False
+) -> OpenedTable[TableT]:
+    """Finds what the columns of an open table are."""
+    path = copied.path
     excerpt = _excerpt(copied)
     own = asked.of(path, copied.columns)
     others = {} if is_only_read else own.others
@@ -96,7 +105,7 @@ def _refuse_values_as_names(copied: Copied) -> None:
         )
 
 
-def _excerpt(copied: Copied) -> pd.DataFrame:
+def _excerpt(copied: Batched) -> pd.DataFrame:
     """Gives as many values of each column as tell what it is, wherever in the table they begin."""
     values: dict[str, list[pa.Array]] = {name: [] for name in copied.columns}
     rows = 0
@@ -117,7 +126,7 @@ def _key(given: Sequence[str], columns: Sequence[str]) -> Sequence[str] | None:
     return [whole] if whole in columns else stripped or None
 
 
-def _refuse_unplanned(copied: Copied, roles: Roles, asked: OfTable) -> None:
+def _refuse_unplanned(copied: Batched, roles: Roles, asked: OfTable) -> None:
     """Refuses columns that a plan does not know."""
     known = {*roles.needed, *asked.fates}
     for column in copied.columns:
@@ -134,7 +143,7 @@ def _refuse_unplanned(copied: Copied, roles: Roles, asked: OfTable) -> None:
             )
 
 
-def refuse_unknown_columns(tables: Sequence[OpenedTable], asked: Asked) -> None:
+def refuse_unknown_columns(tables: Sequence[OpenedTable[Any]], asked: Asked) -> None:
     """Refuses columns that are asked of all tables and are in none."""
     known = dict.fromkeys(column for table in tables for column in table.copied.columns)
     of_all = asked.of_all

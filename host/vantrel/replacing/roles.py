@@ -12,7 +12,7 @@ from vantrel.arguments import refuse_text
 from vantrel.attributes import ATTRIBUTES, LEARNT
 from vantrel.detection import NOTHING, Choice, Detection, detect
 from vantrel.detection.personal import Finding, find_personal
-from vantrel.errors import ArgumentTypeError, ReplaceError
+from vantrel.errors import ArgumentTypeError, NoPeopleError, ReplaceError
 from vantrel.fitting.checks import refuse_unknown_attribute
 from vantrel.hints import argument, did_you_mean, listed, named
 
@@ -224,13 +224,13 @@ def _refuse_shared(given: Mapping[str, tuple[str, ...]], the_table: str) -> None
             )
 
 
-def _nothing_found(table: pd.DataFrame, roles: Roles, the_table: str) -> ReplaceError:
+def _nothing_found(table: pd.DataFrame, roles: Roles, the_table: str) -> NoPeopleError:
     doubts = "".join(
         f" Column {doubt.column!r} is not taken for {doubt.attribute}: its values do not look so."
         for doubt in roles.found.doubts
     )
     kept = f" Kept as they are: {', '.join(sorted(roles.kept))}." if roles.kept else ""
-    return ReplaceError(
+    return NoPeopleError(
         f"{the_table} has no column to replace that is found by its name and values: name one, as"
         f" in {argument('columns', {'lastname': 'COLUMN'})}.{doubts}{kept} Its columns are:"
         f" {listed(table.columns)}."

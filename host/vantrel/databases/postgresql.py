@@ -1,0 +1,139 @@
+"""PostgreSQL, by way of psycopg."""
+
+from __future__ import annotations
+
+from collections.abc import Mapping, Sequence
+from contextlib import AbstractContextManager
+from typing import Any
+
+import pyarrow as pa
+import pyarrow.csv
+from sqlalchemy import Engine as Connector
+from sqlalchemy import Integer, NullPool, create_engine
+
+from vantrel.databases.address import Address
+from vantrel.databases.engine import Kind, quoted
+
+# Dates and times that Arrow writes and reads alike; rows in one order in both passes; an error in
+# place of rows that are hidden from the user; and no waiting for a table that is in use.
+_SETTINGS = """
+    SET LOCAL datestyle = 'ISO, YMD';
+    SET LOCAL timezone = 'UTC';
+    SET LOCAL synchronize_seqscans = off;
+    SET LOCAL row_security = off;
+    SET LOCAL lock_timeout = '10s';
+"""
+
+_KINDS = """
+    SELECT c.relname, c.relkind, c.relispartition,
+           EXISTS (SELECT 1 FROM pg_catalog.pg_inherits i WHERE i.inhparent = c.oid)
+    FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace
+    WHERE n.nspname = %s AND c.relkind IN ('r', 'p', 'v', 'm', 'f')
+"""
+
+# Of the bits of a trigger's type the one that stands for changes of rows.
+_TRIGGERS = """
+    SELECT t.tgname FROM pg_catalog.pg_trigger t
+    WHERE t.tgrelid = %s::regclass AND NOT t.tgisinternal AND t.tgenabled <> 'D'
+      AND t.tgtype & 16 <> 0
+    ORDER BY t.tgname
+"""
+
+_RIGHTS = """
+    SELECT has_table_privilege(%(table)s::regclass, 'SELECT'),
+           has_table_privilege(%(table)s::regclass, 'UPDATE'),
+           has_database_privilege(current_database(), 'TEMPORARY')
+"""
+_NEEDED = ("SELECT on it", "UPDATE on it", "TEMPORARY on the database")
+
+
+class Postgresql:
+    """A database of PostgreSQL."""
+
+    def __init__(self, address: Address) -> None:
+        self._address = address
+        self._driver: Any = None
+
+    def connector(self, *, is_changing: bool) -> Connector:
+        """What makes one connection."""
+        del is_changing  # is of the transaction here
+        return create_engine(
+            self._address.url, poolclass=NullPool, connect_args={"client_encoding": "utf8"}
+        )
+
+    def begin(self, driver: Any, *, is_changing: bool) -> None:
+        """Begins the transaction; one that changes locks its tables before it looks at them."""
+        import psycopg
+
+        self._driver = driver
+        levels = psycopg.IsolationLevel
+        driver.isolation_level = levels.READ_COMMITTED if is_changing else levels.REPEATABLE_READ
+        driver.read_only = not is_changing
+        driver.execute(_SETTINGS)
+        if is_changing:
+            driver.execute("SET CONSTRAINTS ALL DEFERRED")
+
+    def settle(self) -> None:
+        """Checks the constraints that were deferred."""
+        self._driver.execute("SET CONSTRAINTS ALL IMMEDIATE")
+
+    def kinds(self, schema: str) -> Mapping[str, Kind]:
+        """What there is in a schema, by name."""
+        rows = self._driver.execute(_KINDS, [schema]).fetchall()
+        return {name: _kind(*told) for name, *told in rows}
+
+    def lock(self, tables: Sequence[str]) -> None:
+        """Keeps others from changing tables; they can still read them."""
+        self._driver.execute(f"LOCK TABLE {', '.join(tables)} IN SHARE ROW EXCLUSIVE MODE")
+
+    def missing_right(self, table: str) -> str | None:
+        """What the user may not do with a table that is to be changed, if anything."""
+        rights = self._driver.execute(_RIGHTS, {"table": table}).fetchone()
+        return next((need for need, has in zip(_NEEDED, rights, strict=True) if not has), None)
+
+    def triggers(self, schema: str, table: str) -> list[str]:
+        """The names of the triggers that run where rows are changed."""
+        found = self._driver.execute(_TRIGGERS, [quoted(schema, table)]).fetchall()
+        return [name for (name,) in found]
+
+    def is_whole(self, table: str, column: str, declared: Any) -> bool:
+        """Whether a column is of integers."""
+        del table, column  # types tell
+        return isinstance(declared, Integer)
+
+    def as_text(self, column: str) -> str:
+        """A column in SQL as a text, which every type has."""
+        return f"{column}::text"
+
+    def as_key(self, column: str) -> str:
+        """The same: what is read as a text is written as one."""
+        return self.as_text(column)
+
+    def cursor(self) -> AbstractContextManager[Any]:
+        """A cursor of the server."""
+        cursor: AbstractContextManager[Any] = self._driver.cursor(name="vantrel")
+        return cursor
+
+    def put(
+        self, table: str, names: Sequence[str], columns: Sequence[pa.Array | tuple[Any, ...]]
+    ) -> None:
+        """Adds rows by COPY, as CSV: an empty text in quotation marks, a missing one without."""
+        rows = pa.Table.from_arrays([pa.array(each) for each in columns], names=list(names))
+        sink = pa.BufferOutputStream()
+        pa.csv.write_csv(rows, sink, pa.csv.WriteOptions(include_header=False))
+        listed = ", ".join(names)
+        with (
+            self._driver.cursor() as cursor,
+            cursor.copy(f"COPY {table} ({listed}) FROM STDIN (FORMAT csv)") as copy,
+        ):
+            copy.write(memoryview(sink.getvalue()))
+
+
+def _kind(relation: str, is_partition: bool, has_children: bool) -> Kind:
+    if relation in "vm":
+        return "view"
+    if relation == "f":
+        return "foreign table"
+    if is_partition:
+        return "partition"
+    return "parent" if has_children and relation == "r" else "table"
