@@ -68,7 +68,6 @@ class Postgresql:
         self._driver = driver
         levels = psycopg.IsolationLevel
         driver.isolation_level = levels.READ_COMMITTED if is_changing else levels.REPEATABLE_READ
-        driver.read_only = not is_changing
         driver.execute(_SETTINGS)
         if is_changing:
             driver.execute("SET CONSTRAINTS ALL DEFERRED")

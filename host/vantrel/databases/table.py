@@ -90,8 +90,9 @@ class DatabaseTable:
 
     def batches(self, columns: Sequence[str]) -> Iterator[pa.RecordBatch]:
         """Reads columns: whole numbers as such, all else as texts."""
-        for cells in self.fetched([self._read(column) for column in columns]):
-            yield self.batch(columns, cells)
+        if columns:
+            for cells in self.fetched([self._read(column) for column in columns]):
+                yield self.batch(columns, cells)
 
     def batch(self, columns: Sequence[str], cells: Sequence[tuple[Any, ...]]) -> pa.RecordBatch:
         """Makes a batch of columns that were fetched as :meth:`batches` reads them."""
@@ -109,7 +110,7 @@ class DatabaseTable:
     def fetched(self, cells: Sequence[str]) -> Iterator[list[tuple[Any, ...]]]:
         """Reads columns of SQL in parts that take about as much memory, whatever rows hold."""
         with self.database.engine.cursor() as cursor:
-            cursor.execute(f"SELECT {', '.join(cells) or 'NULL'} FROM {self.sql}")
+            cursor.execute(f"SELECT {', '.join(cells)} FROM {self.sql}")
             rows = cursor.fetchmany(_FIRST_ROWS)
             while rows:
                 yield list(zip(*rows, strict=True))
