@@ -10,10 +10,17 @@ import pandas as pd
 import pytest
 
 from support.command import succeed
-from support.databases import Post, Trial, contents, customers, orders, shop
+from support.databases import (
+    OF_CUSTOMERS,
+    OF_ORDERS,
+    Post,
+    Trial,
+    contents,
+    customers,
+    orders,
+    shop,
+)
 
-OF_CUSTOMERS = "id sex first_name last_name email mobile country born note".split()
-OF_ORDERS = "number customer_id full_name total".split()
 KEYS = "--key customers.id --key orders.customer_id --secret s"
 RUN = f"replace '{{}}' --table customers --table orders {KEYS}"
 

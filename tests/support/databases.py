@@ -14,9 +14,11 @@ import psycopg
 CUSTOMERS = """
 CREATE TABLE customers (
     id integer PRIMARY KEY, sex varchar(1), first_name varchar(40), last_name varchar(40),
-    email varchar(80) UNIQUE, mobile text, country char(2), born date, note text
+    email varchar(80) UNIQUE, mobile text, country char(2), born date, note text{more}
 )
 """
+OF_CUSTOMERS = "id sex first_name last_name email mobile country born note".split()
+OF_ORDERS = "number customer_id full_name total".split()
 ORDERS = """
 CREATE TABLE orders (
     number integer PRIMARY KEY, customer_id integer REFERENCES customers, full_name text, total numeric(9, 2)
@@ -67,11 +69,11 @@ class Trial(Protocol):
         """The rows of a query."""
 
 
-def shop(trial: Trial) -> None:
-    """Makes the tables of a shop."""
-    trial.run(CUSTOMERS)
+def shop(trial: Trial, more: str = "") -> None:
+    """Makes the tables of a shop, the customers' with more columns."""
+    trial.run(CUSTOMERS.format(more=f", {more}" if more else ""))
     trial.run(ORDERS)
-    trial.add("customers", customers())
+    trial.add(f"customers ({', '.join(OF_CUSTOMERS)})", customers())
     trial.add("orders", orders())
 
 

@@ -51,10 +51,15 @@ class Address:
 
     def __str__(self) -> str:
         """Writes it without passwords, and without what else only the driver reads."""
-        shown = self.url.set(drivername=self.url.get_backend_name(), password=None, query={})
-        asked = {"table": self.table, "schema": self.schema}
+        from sqlalchemy import URL
+
+        url = self.url
+        plain = URL.create(
+            url.get_backend_name(), url.username, None, url.host, url.port, url.database
+        )
+        asked = {"table": self.table, "schema": self.table and self.schema}
         query = "&".join(f"{name}={value}" for name, value in asked.items() if value)
-        return shown.render_as_string() + (f"?{query}" if query else "")
+        return plain.render_as_string() + (f"?{query}" if query else "")
 
     def hidden(self, text: str) -> str:
         """Gives what a driver says without the secrets of the address."""

@@ -5,9 +5,9 @@ from __future__ import annotations
 import pyarrow as pa
 import pyarrow.compute as pc
 
-from vantrel.attributes import ATTRIBUTES, NAMES
+from vantrel.attributes import NAMES
+from vantrel.databases.refusals import keeping
 from vantrel.errors import DatabaseError
-from vantrel.hints import argument
 from vantrel.wording import shown
 
 # What reads as what it is when words are missing at its end.
@@ -44,11 +44,9 @@ def fitted(new: pa.Array, most: int | None, column: str, what: str) -> pa.Array:
     long = new.filter(is_long).to_pylist()
     short = [_shortened(text, most, what) for text in long]
     if None in short:
-        is_of_person = what in ATTRIBUTES
-        kept = argument(*(("keep", [what]) if is_of_person else ("others", {column: "keep"})))
         raise DatabaseError(
             f"Column {shown(repr(column))} holds {most} characters, and what is made for it has up"
-            f" to {max(map(len, long))}: make it longer, or keep it by {kept}."
+            f" to {max(map(len, long))}: make it longer, or keep it by {keeping(column, what)}."
         )
     return pc.replace_with_mask(new, is_long, pa.array(short, pa.string()))
 

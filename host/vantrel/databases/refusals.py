@@ -6,6 +6,7 @@ from collections.abc import Iterable, Mapping, Sequence
 
 from sqlalchemy import Numeric, String
 
+from vantrel.attributes import ATTRIBUTES
 from vantrel.databases.database import Database
 from vantrel.databases.engine import Kind
 from vantrel.databases.table import DatabaseTable
@@ -45,8 +46,7 @@ def refuse_tied(database: Database, tables: Mapping[DatabaseTable, Mapping[str, 
 
     Args:
         database: The database.
-        tables: The columns of each table that are to be changed, each with the attribute that it
-            holds, or no text where it is none of a person.
+        tables: The columns of each table that are to be changed, and what each is made as.
     """
     foreign = list(_foreign_keys(database))
     for table, changed in tables.items():
@@ -57,17 +57,23 @@ def refuse_tied(database: Database, tables: Mapping[DatabaseTable, Mapping[str, 
         }
         ties |= {column: why for (name, column), why in foreign if name == table.name}
         ties |= dict.fromkeys(table.key, "rows are found by it, as a part of the primary key")
-        for column, attribute in changed.items():
+        for column, what in changed.items():
             if column in ties:
-                kept = (
-                    argument("keep", [attribute])
-                    if attribute
-                    else argument("others", {column: "keep"})
-                )
                 raise DatabaseError(
                     f"Column {shown(repr(column))} of table {table.name!r} cannot be changed:"
-                    f" {ties[column]}. {kept} keeps it."
+                    f" {ties[column]}. {keeping(column, what)} keeps it."
                 )
+
+
+def keeping(column: str, what: str) -> str:
+    """Writes the option that keeps a column as it is.
+
+    Args:
+        column: The column.
+        what: The attribute that it holds, or else what is done with it, as plans have it.
+    """
+    is_of_person = what in ATTRIBUTES
+    return argument("keep", [what]) if is_of_person else argument("others", {column: "keep"})
 
 
 def refuse_unhashable(table: DatabaseTable, columns: Iterable[str]) -> None:
