@@ -36,14 +36,14 @@ def socket_folder() -> Iterator[Path]:
 
 
 @pytest.fixture
-def lite(tmp_path: Path) -> Trial:
+def lite(tmp_path: Path) -> Lite:
     """An empty database of SQLite."""
     sqlite3.connect(tmp_path / "shop.db").close()
     return Lite(tmp_path / "shop.db")
 
 
 @pytest.fixture
-def post(socket_folder: Path) -> Trial:
+def post(socket_folder: Path) -> Post:
     """An empty database of PostgreSQL."""
     return Post.made(socket_folder, f"trial_{next(_numbers)}")
 

@@ -3,15 +3,18 @@
 from __future__ import annotations
 
 import signal
+import sqlite3
 import subprocess
 import time
 from collections.abc import Callable
+from contextlib import closing
 from pathlib import Path
 
 import pytest
 
 from support.command import command_line, fail, succeed
 from support.databases import Lite, Post, Trial, contents, shop
+from vantrel.databases import postgresql, sqlite
 
 KEYS = "--key customers.id --key orders.customer_id --secret s"
 
@@ -278,26 +281,24 @@ def test_people_who_are_still_named(trial: Trial) -> None:
     assert contents(trial) == before
 
 
-def test_a_table_in_use(trial: Trial, monkeypatch: pytest.MonkeyPatch) -> None:
-    shop(trial)
-    message = "ADDRESS: a table is in use by another connection: try again when that has ended."
-    if isinstance(trial, Post):
-        from vantrel.databases import postgresql
+IN_USE = "ADDRESS: a table is in use by another connection: try again when that has ended."
 
-        monkeypatch.setattr(postgresql, "_SETTINGS", postgresql._SETTINGS.replace("10s", "100ms"))
-        with trial.connect() as other, other.transaction():
-            other.execute("UPDATE customers SET note = note")
-            assert refused(trial, f"--table customers {KEYS}") == message
-    else:
-        import sqlite3
-        from contextlib import closing
 
-        from vantrel.databases import sqlite
+def test_a_table_in_use(post: Post, monkeypatch: pytest.MonkeyPatch) -> None:
+    shop(post)
+    quick = postgresql._SETTINGS.replace("10s", "100ms")
+    monkeypatch.setattr(postgresql, "_SETTINGS", quick)
+    with post.connect() as other, other.transaction():
+        other.execute("UPDATE customers SET note = note")
+        assert refused(post, f"--table customers {KEYS}") == IN_USE
 
-        monkeypatch.setattr(sqlite, "_SECONDS", 0.1)
-        with closing(sqlite3.connect(trial.file, isolation_level=None)) as other:
-            other.execute("BEGIN IMMEDIATE")
-            assert refused(trial, f"--table customers {KEYS}") == message
+
+def test_a_file_in_use(lite: Lite, monkeypatch: pytest.MonkeyPatch) -> None:
+    shop(lite)
+    monkeypatch.setattr(sqlite, "_SECONDS", 0.1)
+    with closing(sqlite3.connect(lite.file, isolation_level=None)) as other:
+        other.execute("BEGIN IMMEDIATE")
+        assert refused(lite, f"--table customers {KEYS}") == IN_USE
 
 
 def test_rights(post: Post) -> None:

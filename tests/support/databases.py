@@ -57,7 +57,9 @@ def orders(rows: int = 60) -> list[tuple[Any, ...]]:
 class Trial(Protocol):
     """A database to try things on."""
 
-    address: str
+    @property
+    def address(self) -> str:
+        """Where it is."""
 
     def run(self, sql: str) -> None:
         """Runs statements."""

@@ -39,8 +39,13 @@ class TableType(click.ParamType):  # type: ignore[type-arg]  # not generic in al
         return Path(value)
 
 
+def files_of(*tables: Path | Address | None) -> list[Path]:
+    """Those of several tables that are files."""
+    return [table for table in tables if isinstance(table, Path)]
+
+
 # The options whose names are not those of the library's keywords.
-_NAMES = {"n": "-n", "locales": "--locale", "place": "--locale"}
+_NAMES = {"n": "-n", "on_dask": "--dask", "locales": "--locale", "place": "--locale"}
 
 force_option = click.option("--force", is_flag=True, help="Overwrite the output if it is there.")
 

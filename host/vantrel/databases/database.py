@@ -19,9 +19,14 @@ from vantrel.databases.sqlite import Sqlite
 from vantrel.errors import DatabaseError
 from vantrel.hints import did_you_mean, listed
 
+_ERRORS: tuple[type[Exception], ...] = (SQLAlchemyError, sqlite3.Error)
+if find_spec("psycopg") is not None:  # SQLite does without
+    import psycopg
+
+    _ERRORS += (psycopg.Error,)
+
 _UNIQUE = "23505"
 _IN_USE = "55P03"
-_HIDDEN_ROWS = "42501"
 
 
 @dataclass(frozen=True)
@@ -112,18 +117,10 @@ def _telling(address: Address) -> Iterator[None]:
     """Turns what the driver raises into one line without values of rows and without passwords."""
     try:
         yield
-    except (SQLAlchemyError, *_driver_errors()) as error:
+    except _ERRORS as error:
         cause = error.orig if isinstance(error, DBAPIError) else error
         # The cause is not shown: its text may have the address in it.
         raise DatabaseError(f"{address}: {_told(address, cause)}") from None
-
-
-def _driver_errors() -> tuple[type[Exception], ...]:
-    if find_spec("psycopg") is None:
-        return (sqlite3.Error,)
-    import psycopg
-
-    return sqlite3.Error, psycopg.Error
 
 
 def _told(address: Address, error: Any) -> str:
