@@ -6,15 +6,14 @@ import itertools
 import sqlite3
 from collections.abc import Iterator
 from pathlib import Path
+from typing import TYPE_CHECKING
 
 import pytest
 
-pytest.importorskip("pyarrow", reason="tables of databases are read by way of Arrow")
-pytest.importorskip("sqlalchemy", reason="databases need SQLAlchemy")
-pytest.importorskip("psycopg", reason="PostgreSQL needs psycopg")
+from checks.postgresql import programs, server
 
-from support.databases import Lite, Post, Trial
-from support.server import programs, server
+if TYPE_CHECKING:  # where a package is missing, the tests that import it are skipped
+    from support.databases import Lite, Post, Trial
 
 _numbers = itertools.count()
 
@@ -38,6 +37,8 @@ def socket_folder() -> Iterator[Path]:
 @pytest.fixture
 def lite(tmp_path: Path) -> Lite:
     """An empty database of SQLite."""
+    from support.databases import Lite
+
     sqlite3.connect(tmp_path / "shop.db").close()
     return Lite(tmp_path / "shop.db")
 
@@ -45,6 +46,8 @@ def lite(tmp_path: Path) -> Lite:
 @pytest.fixture
 def post(socket_folder: Path) -> Post:
     """An empty database of PostgreSQL."""
+    from support.databases import Post
+
     return Post.made(socket_folder, f"trial_{next(_numbers)}")
 
 

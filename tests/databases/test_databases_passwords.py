@@ -9,6 +9,7 @@ import pytest
 
 from support.command import run
 from support.databases import Post, shop
+from vantrel.databases.address import read_address
 
 # One that is written otherwise in an address, which some messages have decoded.
 PASSWORD = "p:l/an@ted%"
@@ -68,15 +69,18 @@ def written_here() -> str:
 
 
 @pytest.mark.parametrize("line", [*GOOD, *BAD])
-@pytest.mark.parametrize("password", [WRITTEN, PLAIN])
-def test_no_command_shows_it(
-    post: Post, caplog: pytest.LogCaptureFixture, line: str, password: str
-) -> None:
+def test_no_command_shows_it(post: Post, caplog: pytest.LogCaptureFixture, line: str) -> None:
     shop(post)
-    address = post.address.replace("postgres@", f"postgres:{password}@")
+    address = post.address.replace("postgres@", f"postgres:{WRITTEN}@")
     told = run(line.format(address))
     assert (told.exit_code == 0) == (line in GOOD), told.output
     refuse_shown(told.stdout + told.stderr + caplog.text + written_here())
+
+
+def test_what_a_driver_says_is_shown_without_it() -> None:
+    address = read_address(f"postgresql://me:{WRITTEN}@h/db?sslpassword={PLAIN}")
+    said = f"password={PASSWORD} or {WRITTEN} of {PLAIN} for user me"
+    assert address.hidden(said) == "password=*** or *** of *** for user me"
 
 
 @pytest.mark.parametrize("address", ELSEWHERE)

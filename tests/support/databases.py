@@ -9,6 +9,12 @@ from dataclasses import dataclass
 from pathlib import Path
 from typing import Any, Protocol, Self
 
+import pytest
+
+pytest.importorskip("pyarrow", reason="tables of databases are read by way of Arrow")
+pytest.importorskip("sqlalchemy", reason="databases need SQLAlchemy")
+pytest.importorskip("psycopg", reason="PostgreSQL needs psycopg")
+
 import psycopg
 
 CUSTOMERS = """

@@ -69,11 +69,9 @@ class Postgresql:
         levels = psycopg.IsolationLevel
         driver.isolation_level = levels.READ_COMMITTED if is_changing else levels.REPEATABLE_READ
         driver.execute(_SETTINGS)
-        if is_changing:
-            driver.execute("SET CONSTRAINTS ALL DEFERRED")
 
     def settle(self) -> None:
-        """Checks the constraints that were deferred."""
+        """Checks the constraints that are deferred to the end."""
         self._driver.execute("SET CONSTRAINTS ALL IMMEDIATE")
 
     def kinds(self, schema: str) -> Mapping[str, Kind]:

@@ -21,7 +21,7 @@ from vantrel.hints import named
 
 _SECONDS = 10
 
-_ON_UPDATE = re.compile(r"\bUPDATE\b(?=.*?\bON\b)", re.IGNORECASE | re.DOTALL)
+_UPDATE = re.compile(r"\bUPDATE\b", re.IGNORECASE)
 _BODY = re.compile(r"\bBEGIN\b", re.IGNORECASE)
 
 
@@ -77,7 +77,7 @@ class Sqlite:
             " WHERE type = 'trigger' AND tbl_name = ? COLLATE NOCASE ORDER BY name",
             [table],
         )
-        return [name for name, sql in rows if _ON_UPDATE.search(_BODY.split(sql)[0])]
+        return [name for name, sql in rows if _UPDATE.search(_BODY.split(sql)[0])]
 
     def is_whole(self, table: str, column: str, declared: Any) -> bool:
         """Whether a column has integers alone: types are those of values, not of columns."""
