@@ -20,6 +20,10 @@ from support.databases import (
     orders,
     shop,
 )
+from vantrel.databases import fetching
+from vantrel.databases.address import read_address
+from vantrel.databases.database import opened_database
+from vantrel.databases.table import opened_table
 
 KEYS = "--key customers.id --key orders.customer_id --secret s"
 RUN = f"replace '{{}}' --table customers --table orders {KEYS}"
@@ -150,8 +154,6 @@ def test_a_record_tells_how_it_was_made_but_not_where(trial: Trial) -> None:
 
 
 def test_many_rows_in_several_batches(trial: Trial, monkeypatch: pytest.MonkeyPatch) -> None:
-    from vantrel.databases import table
-
     rows = customers(3_000)
     shop(trial)
     trial.run("DELETE FROM orders; DELETE FROM customers")
@@ -160,8 +162,8 @@ def test_many_rows_in_several_batches(trial: Trial, monkeypatch: pytest.MonkeyPa
     Path("s").write_text("secret: " + "5" * 64 + "\n")
     Path("s").chmod(0o600)
     at_once = succeed(whole).stdout
-    monkeypatch.setattr(table, "_FIRST_ROWS", 7)
-    monkeypatch.setattr(table, "_BYTES", 5_000)
+    monkeypatch.setattr(fetching, "_FIRST_ROWS", 7)
+    monkeypatch.setattr(fetching, "_BYTES", 5_000)
     assert succeed(whole).stdout == at_once
     succeed(whole.removesuffix(" --dry-run"))
     found = trial.rows("SELECT first_name, email FROM customers")
@@ -208,6 +210,47 @@ def test_triggers_are_named(trial: Trial) -> None:
         "vantrel: note: customers: trigger runs where rows are changed, and may keep what was"
         " there: 'audit'.\n"
     ) in succeed(RUN.format(trial.address)).stderr
+
+
+ODD = [
+    "",
+    " ",
+    "a,b",
+    'say "x"',
+    "back\\slash\\\\",
+    "(x)",
+    "two\nlines",
+    "\r\n",
+    "\\N",
+    "\\.",
+    "é\u00a0ö",
+    "NULL",
+    None,
+]
+
+
+def test_odd_texts_stay_to_the_letter(trial: Trial) -> None:
+    trial.run(
+        "CREATE TABLE odd (key varchar(20) PRIMARY KEY, text text, alone text, last_name text)"
+    )
+    rows = [(f"{number}{text or ''}", text, None, "Lee") for number, text in enumerate(ODD)]
+    trial.add("odd", rows)
+    succeed(
+        f"replace '{trial.address}' --table odd --key key --secret s --column lastname=last_name"
+        " --column username=text --keep username --scrub alone --other text=keep"
+    )
+    found = trial.rows("SELECT key, text, alone FROM odd")
+    assert sorted(found) == sorted(row[:3] for row in rows)
+    assert "Lee" not in {name for (name,) in trial.rows("SELECT last_name FROM odd")}
+
+
+def test_odd_texts_come_as_they_are(post: Post) -> None:
+    post.run("CREATE TABLE odd (text text)")
+    post.add("odd", [(text,) for text in ODD])
+    with opened_database(read_address(post.address)) as database:
+        table = opened_table(database, "odd")
+        found = [cell for batch in table.batches(["text"]) for cell in batch.column(0).to_pylist()]
+    assert found == ODD
 
 
 def test_names_that_need_quotation_marks(trial: Trial) -> None:

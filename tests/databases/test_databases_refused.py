@@ -158,6 +158,18 @@ def test_options_that_do_not_go_together(options: str, message: str) -> None:
     assert fail(f"replace {options}", 2) == message
 
 
+@pytest.mark.parametrize(
+    ("package", "address"), [("sqlalchemy", "sqlite:///a.db"), ("psycopg", "postgresql://h/db")]
+)
+def test_a_package_that_is_missing(
+    monkeypatch: pytest.MonkeyPatch, package: str, address: str
+) -> None:
+    monkeypatch.setattr("vantrel.databases.address.find_spec", lambda name: name != package or None)
+    assert fail(f"replace {address} --dry-run", 1) == (
+        f"A database needs {package}: pip install 'vantrel[database]'."
+    )
+
+
 ADDRESSES = [
     (
         "mysql://me:hidden@h/db",

@@ -25,6 +25,7 @@ class NewValues:
         self._table = table
         self._columns = columns
         self._driver = table.database.driver
+        self._engine = table.database.engine
         self._name = quoted(f"vantrel_new_{number}")
         self._keys = [quoted(f"key_{place}") for place in range(len(table.key))]
         self._new = [quoted(f"new_{place}") for place in range(len(columns))]
@@ -36,11 +37,13 @@ class NewValues:
         They have the types of their columns there: what a column cannot hold is refused.
         """
         self._create()
-        names = [*self._keys, *self._new]
         for batch, keys in self._table.with_keys():
             new = change(batch)
-            made = [*keys, *(new[column] for column in self._columns)]
-            self._table.database.engine.put(self._name, names, made)
+            made = dict(zip(self._keys, keys, strict=True))
+            made |= {
+                name: new[column] for name, column in zip(self._new, self._columns, strict=True)
+            }
+            self._engine.put(self._name, made)
             self.rows += batch.num_rows
 
     def take_effect(self) -> None:
@@ -52,7 +55,7 @@ class NewValues:
             for column, name in zip(self._columns, self._new, strict=True)
         )
         is_same = " AND ".join(
-            f"old.{quoted(column)} = made.{name}"
+            f"{self._engine.key(f'old.{quoted(column)}')} = made.{name}"
             for column, name in zip(self._table.key, self._keys, strict=True)
         )
         changed = self._driver.execute(
@@ -66,12 +69,11 @@ class NewValues:
             )
 
     def _create(self) -> None:
-        columns = [*self._table.key, *self._columns]
+        cells = [self._engine.key(quoted(column)) for column in self._table.key]
+        cells += map(quoted, self._columns)
         names = [*self._keys, *self._new]
-        cells = ", ".join(
-            f"{quoted(column)} AS {name}" for column, name in zip(columns, names, strict=True)
-        )
+        listed = ", ".join(f"{cell} AS {name}" for cell, name in zip(cells, names, strict=True))
         self._driver.execute(
             f"CREATE TEMPORARY TABLE {self._name} AS"
-            f" SELECT {cells} FROM {self._table.sql} WHERE false"
+            f" SELECT {listed} FROM {self._table.sql} WHERE false"
         )

@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 from collections.abc import Iterator, Mapping, Sequence
-from contextlib import AbstractContextManager
 from typing import TYPE_CHECKING, Any, Literal, Protocol
 
 if TYPE_CHECKING:
@@ -14,8 +13,6 @@ type Kind = Literal["table", "view", "foreign table", "partition", "parent", "vi
 """What a name stands for. A ``parent`` is a table from which others inherit rows."""
 
 TABLE: Kind = "table"
-
-type Rows = Iterator[list[tuple[Any, ...]]]
 
 
 class Engine(Protocol):
@@ -54,15 +51,13 @@ class Engine(Protocol):
     def as_text(self, column: str) -> str:
         """A column in SQL as a text that loses nothing."""
 
-    def as_key(self, column: str) -> str:
-        """A column in SQL as :meth:`put` takes it, to find its rows again."""
+    def key(self, column: str) -> str:
+        """What rows are found by, in SQL: equal where the values of a column of the key are."""
 
-    def cursor(self) -> AbstractContextManager[Any]:
-        """A cursor that leaves its rows where they are until they are asked for."""
+    def read(self, table: str, cells: Mapping[pa.Field, str]) -> Iterator[pa.RecordBatch]:
+        """Reads what stands in rows, in SQL, into columns of Arrow, in parts of a table."""
 
-    def put(
-        self, table: str, names: Sequence[str], columns: Sequence[pa.Array | tuple[Any, ...]]
-    ) -> None:
+    def put(self, table: str, columns: Mapping[str, pa.Array]) -> None:
         """Adds rows to some columns of a table."""
 
 

@@ -27,9 +27,11 @@ def append_to(address: Address, frames: Iterable[pd.DataFrame]) -> None:
         if database.kinds[table.name] in ("view", "foreign table"):
             raise DatabaseError(f"{address} is no table that rows are added to, but a view.")
         for frame in _checked(frames, table):
-            names = [quoted(str(column)) for column in frame]
-            cells = [pa.array(frame[column], pa.string(), from_pandas=True) for column in frame]
-            database.engine.put(table.sql, names, cells)
+            cells = {
+                quoted(str(column)): pa.array(frame[column], pa.string(), from_pandas=True)
+                for column in frame
+            }
+            database.engine.put(table.sql, cells)
         database.engine.settle()
         database.commit()
 

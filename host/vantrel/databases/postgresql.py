@@ -2,17 +2,18 @@
 
 from __future__ import annotations
 
-from collections.abc import Mapping, Sequence
-from contextlib import AbstractContextManager
+from collections.abc import Iterator, Mapping, Sequence
 from typing import Any
 
 import pyarrow as pa
+import pyarrow.compute as pc
 import pyarrow.csv
 from sqlalchemy import Engine as Connector
 from sqlalchemy import Integer, NullPool, create_engine
 
 from vantrel.databases.address import Address
 from vantrel.databases.engine import Kind, quoted
+from vantrel.databases.fetching import fetched
 
 # Dates and times that Arrow writes and reads alike; rows in one order in both passes; an error in
 # place of rows that are hidden from the user; and no waiting for a table that is in use.
@@ -102,28 +103,59 @@ class Postgresql:
         """A column in SQL as a text, which every type has."""
         return f"{column}::text"
 
-    def as_key(self, column: str) -> str:
-        """The same: what is read as a text is written as one."""
-        return self.as_text(column)
+    def key(self, column: str) -> str:
+        """The column itself."""
+        return column
 
-    def cursor(self) -> AbstractContextManager[Any]:
-        """A cursor of the server."""
-        cursor: AbstractContextManager[Any] = self._driver.cursor(name="vantrel")
-        return cursor
+    def read(self, table: str, cells: Mapping[pa.Field, str]) -> Iterator[pa.RecordBatch]:
+        """Reads by a cursor of the server, and each row as one text.
 
-    def put(
-        self, table: str, names: Sequence[str], columns: Sequence[pa.Array | tuple[Any, ...]]
-    ) -> None:
+        That is all but CSV, which Arrow reads in a tenth of the time that a value for each cell
+        takes: in parentheses, and with backslashes doubled.
+        """
+        schema = pa.schema(list(cells))
+        with self._driver.cursor(name="vantrel") as cursor:
+            cursor.execute(f"SELECT ROW({', '.join(cells.values())})::text FROM {table}")
+            for rows in fetched(cursor):
+                yield _read_rows("".join([row[1:-1] + "\n" for (row,) in rows]), schema)
+
+    def put(self, table: str, columns: Mapping[str, pa.Array]) -> None:
         """Adds rows by COPY, as CSV: an empty text in quotation marks, a missing one without."""
-        rows = pa.Table.from_arrays([pa.array(each) for each in columns], names=list(names))
         sink = pa.BufferOutputStream()
-        pa.csv.write_csv(rows, sink, pa.csv.WriteOptions(include_header=False))
-        listed = ", ".join(names)
+        options = pa.csv.WriteOptions(include_header=False)
+        pa.csv.write_csv(pa.table(dict(columns)), sink, options)
         with (
             self._driver.cursor() as cursor,
-            cursor.copy(f"COPY {table} ({listed}) FROM STDIN (FORMAT csv)") as copy,
+            cursor.copy(f"COPY {table} ({', '.join(columns)}) FROM STDIN (FORMAT csv)") as copy,
         ):
             copy.write(memoryview(sink.getvalue()))
+
+
+def _read_rows(text: str, schema: pa.Schema) -> pa.RecordBatch:
+    """Reads rows as PostgreSQL writes them, without their parentheses."""
+    data = text.encode()
+    places = [str(place) for place in range(len(schema))]
+    rows = pa.csv.read_csv(
+        pa.py_buffer(data),
+        pa.csv.ReadOptions(column_names=places, block_size=len(data) + 1),
+        pa.csv.ParseOptions(newlines_in_values=True, ignore_empty_lines=False),
+        pa.csv.ConvertOptions(
+            column_types=dict(zip(places, schema.types, strict=True)),
+            null_values=[""],
+            strings_can_be_null=True,
+            quoted_strings_can_be_null=False,
+            check_utf8=False,
+        ),
+    )
+    columns = [column.combine_chunks() for column in rows.columns]
+    if b"\\" in data:
+        columns = [
+            pc.replace_substring(column, "\\\\", "\\")
+            if pa.types.is_string(column.type)
+            else column
+            for column in columns
+        ]
+    return pa.RecordBatch.from_arrays(columns, schema=schema)
 
 
 def _kind(relation: str, is_partition: bool, has_children: bool) -> Kind:

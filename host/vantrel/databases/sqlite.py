@@ -4,10 +4,10 @@ from __future__ import annotations
 
 import re
 import sqlite3
-from collections.abc import Mapping, Sequence
-from contextlib import AbstractContextManager, closing
+from collections.abc import Iterator, Mapping, Sequence
+from contextlib import closing
 from pathlib import Path
-from typing import Any, cast
+from typing import Any
 from urllib.parse import quote
 
 import pyarrow as pa
@@ -16,6 +16,7 @@ from sqlalchemy import NullPool, String, create_engine
 
 from vantrel.databases.address import Address
 from vantrel.databases.engine import Kind
+from vantrel.databases.fetching import fetched
 from vantrel.errors import DatabaseError
 from vantrel.hints import named
 
@@ -95,21 +96,23 @@ class Sqlite:
             f"CASE typeof({column}) WHEN 'blob' THEN hex({column}) ELSE CAST({column} AS TEXT) END"
         )
 
-    def as_key(self, column: str) -> str:
-        """A column as it is, since values of different types are never equal."""
-        return column
+    def key(self, column: str) -> str:
+        """How a value is written in SQL, since values of different types are never equal."""
+        return f"quote({column})"
 
-    def cursor(self) -> AbstractContextManager[Any]:
-        """A cursor, which reads row by row."""
-        return cast(AbstractContextManager[Any], closing(self._driver.cursor()))
+    def read(self, table: str, cells: Mapping[pa.Field, str]) -> Iterator[pa.RecordBatch]:
+        """Reads row by row."""
+        schema = pa.schema(list(cells))
+        with closing(self._driver.cursor()) as cursor:
+            cursor.execute(f"SELECT {', '.join(cells.values())} FROM {table}")
+            for rows in fetched(cursor):
+                values = zip(schema.types, zip(*rows, strict=True), strict=True)
+                columns = [pa.array(own, kind) for kind, own in values]
+                yield pa.RecordBatch.from_arrays(columns, schema=schema)
 
-    def put(
-        self, table: str, names: Sequence[str], columns: Sequence[pa.Array | tuple[Any, ...]]
-    ) -> None:
+    def put(self, table: str, columns: Mapping[str, pa.Array]) -> None:
         """Adds rows one by one."""
-        listed = ", ".join(names)
-        values = [each if isinstance(each, tuple) else each.to_pylist() for each in columns]
         self._driver.executemany(
-            f"INSERT INTO {table} ({listed}) VALUES ({', '.join('?' * len(names))})",
-            zip(*values, strict=True),
+            f"INSERT INTO {table} ({', '.join(columns)}) VALUES ({', '.join('?' * len(columns))})",
+            zip(*(column.to_pylist() for column in columns.values()), strict=True),
         )

@@ -15,12 +15,6 @@ from vantrel.databases.database import Database
 from vantrel.databases.engine import quoted
 from vantrel.errors import DatabaseError
 
-# The rows that are read at first, and then as many as take about so many bytes.
-_FIRST_ROWS = 1_000
-_MOST_ROWS = 50_000
-_BYTES = 16_000_000
-_MEASURED_ROWS = 200
-
 
 @dataclass(frozen=True)
 class Column:
@@ -91,31 +85,17 @@ class DatabaseTable:
     def batches(self, columns: Sequence[str]) -> Iterator[pa.RecordBatch]:
         """Reads columns: whole numbers as such, all else as texts."""
         if columns:
-            for cells in self.fetched([self._read(column) for column in columns]):
-                yield self.batch(columns, cells)
+            cells = {self.told[column].field: self._read(column) for column in columns}
+            yield from self.database.engine.read(self.sql, cells)
 
-    def batch(self, columns: Sequence[str], cells: Sequence[tuple[Any, ...]]) -> pa.RecordBatch:
-        """Makes a batch of columns that were fetched as :meth:`batches` reads them."""
-        schema = pa.schema([self.told[column].field for column in columns])
-        arrays = [pa.array(values, field.type) for field, values in zip(schema, cells, strict=True)]
-        return pa.RecordBatch.from_arrays(arrays, schema=schema)
-
-    def with_keys(self) -> Iterator[tuple[pa.RecordBatch, list[tuple[Any, ...]]]]:
-        """Reads all columns, and beside them the values of the key as the database takes them."""
-        cells = [self._read(column) for column in self.columns]
-        keys = [self.database.engine.as_key(quoted(column)) for column in self.key]
-        for fetched in self.fetched([*cells, *keys]):
-            yield self.batch(self.columns, fetched[: len(cells)]), fetched[len(cells) :]
-
-    def fetched(self, cells: Sequence[str]) -> Iterator[list[tuple[Any, ...]]]:
-        """Reads columns of SQL in parts that take about as much memory, whatever rows hold."""
-        with self.database.engine.cursor() as cursor:
-            cursor.execute(f"SELECT {', '.join(cells)} FROM {self.sql}")
-            rows = cursor.fetchmany(_FIRST_ROWS)
-            while rows:
-                yield list(zip(*rows, strict=True))
-                wanted = _BYTES // _bytes_of_a_row(rows)
-                rows = cursor.fetchmany(min(max(1, wanted), _MOST_ROWS))
+    def with_keys(self) -> Iterator[tuple[pa.RecordBatch, list[pa.Array]]]:
+        """Reads all columns, and beside them what their rows are found by, as texts."""
+        engine = self.database.engine
+        cells = {column.field: self._read(name) for name, column in self.told.items()}
+        for place, name in enumerate(self.key):
+            cells[pa.field(f"key {place}", pa.string())] = engine.as_text(engine.key(quoted(name)))
+        for batch in engine.read(self.sql, cells):
+            yield batch.select(list(self.columns)), batch.columns[len(self.columns) :]
 
     def _read(self, column: str) -> str:
         name = quoted(column)
@@ -132,13 +112,6 @@ class DatabaseTable:
             bool(found.get("computed") or identity.get("always")),
             declared,
         )
-
-
-def _bytes_of_a_row(rows: Sequence[tuple[Any, ...]]) -> int:
-    """About how many bytes a row takes, as told by some of them."""
-    some = rows[:: 1 + len(rows) // _MEASURED_ROWS]
-    lengths = (len(cell) if isinstance(cell, str | bytes) else 8 for row in some for cell in row)
-    return 1 + sum(lengths) // len(some)
 
 
 def opened_table(database: Database, name: str) -> DatabaseTable:
