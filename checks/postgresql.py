@@ -1,4 +1,4 @@
-"""A server of PostgreSQL of the tests' own, on a socket in a temporary folder."""
+"""A server of PostgreSQL of one's own, on a socket in a temporary folder."""
 
 from __future__ import annotations
 
@@ -7,15 +7,15 @@ import pwd
 import shutil
 import subprocess
 import tempfile
-from collections.abc import Iterator
+from collections.abc import Iterator, Mapping
 from contextlib import contextmanager
 from pathlib import Path
 
 SECONDS = 60
 
-# As quick as it can be: what is in it is not to outlive the tests.
-SETTINGS = {
-    "listen_addresses": "",
+# As quick as it can be: what is in it is not to outlive a test.
+QUICK = {
+    "listen_addresses": "''",
     "fsync": "off",
     "synchronous_commit": "off",
     "full_page_writes": "off",
@@ -36,8 +36,8 @@ def programs() -> Path | None:
 
 
 @contextmanager
-def server(**settings: str) -> Iterator[Path]:
-    """Runs a server, and gives the folder of its socket.
+def server(settings: Mapping[str, str] = QUICK) -> Iterator[Path]:
+    """Runs a server with some settings, and gives the folder of its socket.
 
     It refuses to run as root, in whose place somebody else runs it.
     """
@@ -47,10 +47,8 @@ def server(**settings: str) -> Iterator[Path]:
     # Not below the tests' own folder, which others cannot enter, and whose name may be too long.
     folder = Path(tempfile.mkdtemp(prefix="vantrel-pg-", dir="/tmp"))
     data = folder / "data"
-    options = " ".join(
-        f"-c {name}={value or chr(39) * 2}"
-        for name, value in (SETTINGS | settings | {"unix_socket_directories": str(folder)}).items()
-    )
+    own = {**settings, "unix_socket_directories": str(folder)}
+    options = " ".join(f"-c {name}={value}" for name, value in own.items())
     try:
         if user is not None:
             shutil.chown(folder, user)
