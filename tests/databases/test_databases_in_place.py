@@ -347,9 +347,9 @@ def test_types_of_postgresql(post: Post) -> None:
 def test_values_of_sqlite_keep_their_types(lite: Trial) -> None:
     lite.run("CREATE TABLE people (id, name text, last_name text, phone, n, PRIMARY KEY (id))")
     rows = [
-        (1, "a", "Lee", 442079460001, 1.5),
-        ("1", "b", "Ott", 442079460002, "x"),
-        (b"\xff", "c", "Hall", None, b"y"),
+        (1, "a", "Qa", 442079460001, 1.5),
+        ("1", "b", "Qb", 442079460002, "x"),
+        (b"\xff", "c", "Qc", None, b"y"),
         (2.5, "d", None, 1, None),
     ]
     lite.add("people", rows)
@@ -360,4 +360,4 @@ def test_values_of_sqlite_keep_their_types(lite: Trial) -> None:
     found = lite.rows("SELECT * FROM people ORDER BY name")
     assert [(row[0], row[1], row[4]) for row in found] == [(row[0], row[1], row[4]) for row in rows]
     assert [type(row[3]) for row in found] == [int, int, type(None), int]
-    assert not {row[2] for row in found} & {"Lee", "Ott", "Hall"}
+    assert not {row[2] for row in found} & {"Qa", "Qb", "Qc"}

@@ -3,6 +3,8 @@
 from __future__ import annotations
 
 from collections.abc import Iterator, Sequence
+from concurrent.futures import ThreadPoolExecutor
+from threading import Lock
 from typing import Any
 
 # The rows that are fetched at first, and then as many as take about so many bytes.
@@ -19,6 +21,20 @@ def fetched(cursor: Any) -> Iterator[list[tuple[Any, ...]]]:
         yield rows
         wanted = _BYTES // _bytes_of_a_row(rows)
         rows = cursor.fetchmany(min(max(1, wanted), _MOST_ROWS))
+
+
+def ahead[PartT](parts: Iterator[PartT], lock: Lock) -> Iterator[PartT]:
+    """Has the next part made in a thread, which holds a lock, while the one before is used."""
+
+    def following() -> PartT | None:
+        with lock:
+            return next(parts, None)
+
+    with ThreadPoolExecutor(1) as pool:
+        coming = pool.submit(following)
+        while (part := coming.result()) is not None:
+            coming = pool.submit(following)
+            yield part
 
 
 def _bytes_of_a_row(rows: Sequence[tuple[Any, ...]]) -> int:

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Iterator, Mapping, Sequence
+from threading import Lock
 from typing import Any
 
 import pyarrow as pa
@@ -13,7 +14,7 @@ from sqlalchemy import Integer, NullPool, create_engine
 
 from vantrel.databases.address import Address
 from vantrel.databases.engine import Kind, quoted
-from vantrel.databases.fetching import fetched
+from vantrel.databases.fetching import ahead, fetched
 
 # Dates and times that Arrow writes and reads alike; rows in one order in both passes; an error in
 # place of rows that are hidden from the user; and no waiting for a table that is in use.
@@ -54,6 +55,7 @@ class Postgresql:
     def __init__(self, address: Address) -> None:
         self._address = address
         self._driver: Any = None
+        self._lock = Lock()
 
     def connector(self, *, is_changing: bool) -> Connector:
         """What makes one connection."""
@@ -116,7 +118,8 @@ class Postgresql:
         schema = pa.schema(list(cells))
         with self._driver.cursor(name="vantrel") as cursor:
             cursor.execute(f"SELECT ROW({', '.join(cells.values())})::text FROM {table}")
-            for rows in fetched(cursor):
+            # The server reads while these rows are worked on, but not while it is given others.
+            for rows in ahead(fetched(cursor), self._lock):
                 yield _read_rows("".join([row[1:-1] + "\n" for (row,) in rows]), schema)
 
     def put(self, table: str, columns: Mapping[str, pa.Array]) -> None:
@@ -125,6 +128,7 @@ class Postgresql:
         options = pa.csv.WriteOptions(include_header=False)
         pa.csv.write_csv(pa.table(dict(columns)), sink, options)
         with (
+            self._lock,
             self._driver.cursor() as cursor,
             cursor.copy(f"COPY {table} ({', '.join(columns)}) FROM STDIN (FORMAT csv)") as copy,
         ):
