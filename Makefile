@@ -12,8 +12,8 @@
 .DELETE_ON_ERROR:
 .SECONDEXPANSION:
 .PRECIOUS: %/.dependencies %/.installed
-.PHONY: help venv wheel demo lint test test-pandas2 test-noarrow test-lowest test-py313 test-all \
-    fuzz leaks asan interrupts bench docs clean
+.PHONY: help venv wheel demo demo-database lint test test-pandas2 test-noarrow test-lowest test-py313 \
+    test-all fuzz leaks asan interrupts bench docs clean
 
 # What a caller's own Python and pip are told to do is not meant for the environments made here.
 unexport PYTHONHOME PYTHONPATH
@@ -66,6 +66,14 @@ wheel: dist/.extension  ## build the wheel of the extension module into dist/
 
 demo: .venv/.installed  ## replace the people of a table, learn from two others, sample, compare
 	@.venv/bin/python examples/demo.py
+
+shop := sqlite:///build/demo/shop.db
+planned := --plan examples/shop.toml --secret build/demo/people.secret
+demo-database: .venv/.installed  ## replace the people of a small database: first for show, then in earnest
+	@mkdir -p build/demo
+	@.venv/bin/python examples/shop.py build/demo/shop.db
+	@.venv/bin/vantrel replace $(shop) $(planned) --dry-run
+	@.venv/bin/vantrel replace $(shop) $(planned)
 
 # Each in a make of its own that goes on where one has failed.
 lint:  ## check style and types of all that is written, and look for mistakes

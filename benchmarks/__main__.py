@@ -9,7 +9,19 @@ import time
 from collections.abc import Callable, Iterator
 from pathlib import Path
 
-from . import command, goals, parts, replacing, report, results, rows, scale, scale_replacing, sizes
+from . import (
+    command,
+    databases,
+    goals,
+    parts,
+    replacing,
+    report,
+    results,
+    rows,
+    scale,
+    scale_replacing,
+    sizes,
+)
 from .tables import table
 
 DESCRIPTION = "Measures what sampling costs, prints it and writes it to benchmarks/RESULTS.md."
@@ -33,6 +45,7 @@ SECTIONS: dict[str, Section] = {
     "memory": ("Peak memory beyond what the process held before", goals.peak_memory),
     "command": ("The command on large tables, in new processes", command.large_tables),
     "replacing": ("Replacing the people of large tables", replacing.large_tables),
+    "databases": ("Replacing the people of tables of databases", databases.large_tables),
     "alone": ("Single generators, 100,000 rows, against the plain way", goals.generators_alone),
 }
 PARTS = "parts"

@@ -18,6 +18,7 @@ __all__ = [
     "ColumnNotFoundError",
     "CompareError",
     "ConditionsError",
+    "DatabaseError",
     "FittingError",
     "LeakError",
     "LeftoverWarning",
@@ -25,6 +26,7 @@ __all__ = [
     "MissingPackageError",
     "ModelFileError",
     "ModelNotFittedError",
+    "NoPeopleError",
     "OtherVersionsWarning",
     "OverwriteError",
     "PartitionError",
@@ -70,6 +72,10 @@ class MissingPackageError(VantrelError, ImportError):
 
 class TableError(VantrelError, ValueError):
     """A table cannot be read or written, or holds nothing to learn from."""
+
+
+class DatabaseError(VantrelError, ValueError):
+    """A database cannot be used, or its tables cannot be changed as it is asked."""
 
 
 class ColumnNotFoundError(VantrelError, KeyError):
@@ -130,6 +136,10 @@ class RecordError(VantrelError, ValueError):
 
 class ReplaceError(VantrelError, ValueError):
     """The people of a table cannot be replaced as it is asked."""
+
+
+class NoPeopleError(ReplaceError):
+    """A table has no column of a person that could be replaced."""
 
 
 class PlanError(ReplaceError):

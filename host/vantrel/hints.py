@@ -11,7 +11,7 @@ from difflib import get_close_matches
 from pathlib import Path
 from typing import Any
 
-from vantrel.wording import counted, shown, some
+from vantrel.wording import counted, shown, some, without_passwords
 
 NOTES_LOGGER = "vantrel.notes"
 """Where that is logged which the command prints as a note."""
@@ -53,8 +53,9 @@ def named(name: object) -> str:
     """Writes the name of a file as it is, or as a shell takes it where a sign cannot be seen.
 
     A line break, a sign that turns the direction or an escape sequence would let it pose as more.
+    What should have been the address of a database is shown without its password.
     """
-    text = str(name)
+    text = without_passwords(str(name))
     return text if text.isprintable() else _escaped(text)
 
 

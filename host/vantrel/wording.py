@@ -2,11 +2,16 @@
 
 from __future__ import annotations
 
+import re
 import unicodedata
 from collections.abc import Sequence
 from decimal import Decimal
 
 MOST_CHARACTERS = 120
+
+# What stands between the name of a user and a host in an address. Of paths one of the two slashes
+# may be lost.
+_PASSWORD = re.compile(r"(?<=[A-Za-z0-9]:/)(/?[^\s/:@]*):[^\s]*@")
 
 # Stands for a sign that no reader could see.
 _UNSEEN = "\N{REPLACEMENT CHARACTER}"
@@ -71,6 +76,11 @@ def _seen(character: str) -> str:
         return " "
     is_unseen = unicodedata.category(character) in ("Cc", "Cs")
     return _UNSEEN if is_unseen or unicodedata.bidirectional(character) in _TURNS else character
+
+
+def without_passwords(text: str) -> str:
+    """Gives a text without the passwords of the addresses that are in it."""
+    return _PASSWORD.sub(r"\1:***@", text)
 
 
 def some(texts: Sequence[str], most: int) -> str:

@@ -10,6 +10,8 @@ from typing import TYPE_CHECKING
 
 import click
 
+from vantrel.wording import without_passwords
+
 if TYPE_CHECKING:
     from vantrel.reporting.sections import Section
 
@@ -37,7 +39,7 @@ def say(what: str, message: str) -> None:
         message: What is told. Names of others' are shown in it so that they can be used; what has
             come through all the same, by a message of another package perhaps, is replaced.
     """
-    line = " ".join(message.split())
+    line = without_passwords(" ".join(message.split()))
     seen = "".join(sign if sign.isprintable() else "\N{REPLACEMENT CHARACTER}" for sign in line)
     click.echo(f"vantrel: {what}: {seen}", err=True)
 

@@ -9,9 +9,11 @@ import click
 
 from vantrel.cli.group import TerseCommand
 from vantrel.cli.options import (
+    TableType,
     columns_option,
     email_domain_option,
     encoding_option,
+    files_of,
     force_option,
     latin_option,
     list_option,
@@ -20,6 +22,7 @@ from vantrel.cli.options import (
     separator_option,
     values_option,
 )
+from vantrel.databases.address import Address
 from vantrel.hints import named
 from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting
 
@@ -39,7 +42,7 @@ def _by_country(
 
 
 @click.command(cls=TerseCommand)
-@click.argument("table", type=click.Path(path_type=Path))
+@click.argument("table", type=TableType(has_table=True))
 @path_option("-o", "--output", metavar="MODEL.json", required=True, help="The model file to write.")
 @columns_option(
     "An attribute of a person and the table's column that holds it, whatever would be found;"
@@ -88,7 +91,7 @@ def _by_country(
 @values_option
 @force_option
 def fit(
-    table: Path,
+    table: Path | Address,
     output: Path,
     columns: Any,
     ignore: tuple[str, ...],
@@ -108,10 +111,12 @@ def fit(
     """Learn from a table and write a model file.
 
     TABLE is CSV, JSON Lines (.jsonl) or Parquet (.parquet) by the end of its name, compressed if
-    that is .gz or .zst; - is standard input. The columns of a person (gender, title, names, e-mail
-    address, username, password, telephone numbers, country) are found by their names and values,
-    and what was chosen is printed. --column overrides a choice, --ignore leaves a column out; with
-    --no-detect only the columns of --column are taken.
+    that is .gz or .zst; - is standard input. It may be one of a database, as in
+    'postgresql://host/database?table=customers' or 'sqlite:///file.db?table=customers'. The
+    columns of a person (gender, title, names, e-mail address, username, password, telephone
+    numbers, country) are found by their names and values, and what was chosen is printed. --column
+    overrides a choice, --ignore leaves a column out; with --no-detect only the columns of --column
+    are taken.
 
     \b
     Examples:
@@ -120,7 +125,7 @@ def fit(
     """
     if output == STANDARD_STREAM:
         raise click.UsageError("A model is not written to standard output: name a file for -o.")
-    refuse_overwriting(output, *filter(None, (table, config_file)), force=force)
+    refuse_overwriting(output, *files_of(table, config_file), force=force)
 
     # These take a second to import; help need not wait for them.
     import vantrel

@@ -19,6 +19,7 @@ from vantrel.cli.console import say
 from vantrel.cli.options import as_option
 from vantrel.errors import ArgumentError, ArgumentTypeError, LeakError, VantrelError
 from vantrel.hints import NOTES_LOGGER, named, spelling
+from vantrel.wording import without_passwords
 
 BAD_DATA = 1
 BAD_USAGE = 2
@@ -81,7 +82,7 @@ class TerseGroup(TerseCommand, click.Group):
             raise  # whoever read the output has seen enough: click ends the command quietly
         except Exception as error:
             if ctx.meta.get(_DEBUG):
-                traceback.print_exc()
+                click.echo(without_passwords(traceback.format_exc()), err=True, nl=False)
             raise _reported(error) from error
 
 

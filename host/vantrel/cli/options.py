@@ -4,11 +4,12 @@ from __future__ import annotations
 
 from collections.abc import Callable, Iterable, Mapping, Sequence
 from pathlib import Path
-from typing import Any, Protocol
+from typing import Any, Protocol, override
 
 import click
 
 from vantrel.attributes import ATTRIBUTES, WORDS
+from vantrel.databases.address import Address, is_address, read_address
 from vantrel.hints import quoted
 
 
@@ -18,8 +19,33 @@ class _Decorator(Protocol):
     def __call__[F: Callable[..., Any] | click.Command](self, command: F, /) -> F: ...
 
 
+class TableType(click.ParamType):  # type: ignore[type-arg]  # not generic in all versions
+    """A table in a file, or the address of a database.
+
+    Args:
+        has_table: Whether an address names a table of its database.
+    """
+
+    name = "table"
+
+    def __init__(self, *, has_table: bool = False) -> None:
+        self._has_table = has_table
+
+    @override
+    def convert(self, value: Any, _param: object, _ctx: object) -> Path | Address:
+        """Reads what was given."""
+        if isinstance(value, str) and is_address(value):
+            return read_address(value, has_table=self._has_table)
+        return Path(value)
+
+
+def files_of(*tables: Path | Address | None) -> list[Path]:
+    """Those of several tables that are files."""
+    return [table for table in tables if isinstance(table, Path)]
+
+
 # The options whose names are not those of the library's keywords.
-_NAMES = {"n": "-n", "locales": "--locale", "place": "--locale"}
+_NAMES = {"n": "-n", "on_dask": "--dask", "locales": "--locale", "place": "--locale"}
 
 force_option = click.option("--force", is_flag=True, help="Overwrite the output if it is there.")
 

@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterator, Sequence
 from pathlib import Path
 from typing import TYPE_CHECKING, Any
 
@@ -10,8 +9,7 @@ import click
 
 from vantrel.cli.group import TerseCommand
 from vantrel.cli.options import (
-    as_option,
-    attribute_and_column,
+    TableType,
     dask_option,
     encoding_option,
     force_option,
@@ -25,106 +23,52 @@ from vantrel.cli.options import (
     separator_option,
     workers_option,
 )
-from vantrel.hints import listed, named
+from vantrel.cli.replace_asked import Texts, Wanted
+from vantrel.cli.replace_dask import replace_on_dask
+from vantrel.cli.replace_database import (
+    Changes,
+    refuse_with_database,
+    refuse_without_database,
+    replace_in_database,
+)
+from vantrel.cli.replace_told import tell
+from vantrel.hints import named
 from vantrel.storage.files import STANDARD_STREAM
-from vantrel.wording import counted
 
 if TYPE_CHECKING:
-    from vantrel.replacing.asked import OfTable
-    from vantrel.replacing.outcome import Replaced
-    from vantrel.replacing.person import Person
-
-type _Texts = tuple[str, ...]
-
-
-def _tables_and_rest(text: str, inputs: Sequence[Path]) -> tuple[list[str | None], str]:
-    """Splits off what is before the first colon if it names tables, and gives their names."""
-    from vantrel.replacing.asked import names_of
-
-    table, colon, rest = text.partition(":")
-    found = [path.name for path in inputs if colon and table in names_of(path)]
-    return ([*dict.fromkeys(found)], rest) if found else ([None], text)
-
-
-def _keys(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, list[_Texts]]:
-    keys: dict[str | None, list[_Texts]] = {}
-    for text in given:
-        tables, columns = _tables_and_rest(text, inputs)
-        for table in tables:
-            keys.setdefault(table, []).append(tuple(columns.split(",")))
-    return keys
-
-
-def _columns(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str, list[str]]]:
-    found: dict[str | None, dict[str, list[str]]] = {}
-    for text in given:
-        tables, pair = _tables_and_rest(text, inputs)
-        attribute, column = attribute_and_column(pair, "[TABLE:]ATTRIBUTE=COLUMN")
-        for table in tables:
-            found.setdefault(table, {}).setdefault(attribute, []).append(column)
-    return found
-
-
-def _others(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str, str]]:
-    found: dict[str | None, dict[str, str]] = {}
-    for text in given:
-        tables, pair = _tables_and_rest(text, inputs)
-        column, equals, action = pair.rpartition("=")
-        if not (column and equals and action):
-            raise click.BadParameter(
-                f"{text!r} is not of the form [TABLE:]COLUMN=ACTION.", param_hint="'--other'"
-            )
-        for table in tables:
-            if column in found.setdefault(table, {}):
-                raise click.UsageError(f"There are two actions of column {column!r}: name one.")
-            found[table][column] = action
-    return found
-
-
-def _households(given: _Texts, inputs: Sequence[Path]) -> dict[str | None, str]:
-    found: dict[str | None, str] = {}
-    for text in given:
-        tables, column = _tables_and_rest(text, inputs)
-        for table in tables:
-            if table in found:
-                raise click.UsageError(
-                    f"There are two columns of households, {found[table]!r} and {column!r}: name"
-                    " one of each table."
-                )
-            found[table] = column
-    return found
-
-
-def _of_tables(
-    keys: _Texts, columns: _Texts, others: _Texts, households: _Texts, inputs: Sequence[Path]
-) -> tuple[OfTable, dict[str, OfTable]]:
-    """Gives what is asked of all tables, and of single ones by their names."""
-    from vantrel.replacing.asked import OfTable
-
-    keys_of, columns_of = _keys(keys, inputs), _columns(columns, inputs)
-    others_of, households_of = _others(others, inputs), _households(households, inputs)
-
-    def asked(table: str | None) -> OfTable:
-        return OfTable(
-            tuple(keys_of.get(table, ())),
-            columns_of.get(table, {}),
-            others=others_of.get(table, {}),
-            household=households_of.get(table, ""),
-        )
-
-    named_tables = {**keys_of, **columns_of, **others_of, **households_of}
-    return asked(None), {table: asked(table) for table in named_tables if table}
+    from vantrel.databases.address import Address
 
 
 @click.command(cls=TerseCommand)
-@click.argument(
-    "tables", metavar="TABLE...", nargs=-1, required=True, type=click.Path(path_type=Path)
-)
+@click.argument("tables", metavar="TABLE...", nargs=-1, required=True, type=TableType())
 @path_option(
     "-o",
     "--output",
     metavar="COPY",
     help="The copy to write, of the kind of the table; of several tables the folder of the copies.",
+)
+@click.option(
+    "--table",
+    "in_database",
+    multiple=True,
+    metavar="NAME",
+    help="A table of the database; may be repeated. [default: all in which people are found]",
+)
+@click.option(
+    "--schema",
+    metavar="NAME",
+    help="The schema of the tables of the database. [default: that of the connection]",
+)
+@click.option(
+    "--dry-run",
+    is_flag=True,
+    help="Make all new values for the database, show ten rows before and after, and change"
+    " nothing.",
+)
+@path_option(
+    "--record",
+    metavar="FILE",
+    help="Write how the people of the database were replaced, which copies have beside them.",
 )
 @click.option(
     "--key",
@@ -221,32 +165,27 @@ def _of_tables(
 @resume_option
 @force_option
 def replace(
-    tables: tuple[Path, ...],
+    tables: tuple[Path | Address, ...],
     output: Path | None,
-    keys: _Texts,
-    secret: Path | None,
-    people: Path | None,
-    columns: _Texts,
-    keep: list[str],
-    scrub: _Texts,
-    others: _Texts,
-    household: _Texts,
-    fail_on_leak: bool,
+    in_database: Texts,
+    schema: str | None,
+    dry_run: bool,
+    record: Path | None,
     plan: Path | None,
     write_plan: Path | None,
-    strict: bool,
-    no_real: bool,
-    place: str | None,
-    phone_numbers: str | None,
-    latin: bool,
+    keys: Texts,
+    columns: Texts,
+    others: Texts,
+    household: Texts,
+    people: Path | None,
+    secret: Path | None,
     on_dask: bool,
     scheduler: str | None,
     workers: int | None,
     resume: bool,
-    force: bool,
-    **of_csv: Any,
+    **options: Any,
 ) -> None:
-    """Copy tables with every person replaced by a made-up one.
+    """Copy tables with every person replaced by a made-up one, or replace people in a database.
 
     TABLE is CSV or Parquet (.parquet) by the end of its name, compressed if that is .gz or .zst.
     Names, e-mail addresses, user names, passwords and telephone numbers are replaced; they follow
@@ -255,6 +194,9 @@ def replace(
     same people of the same keys whenever it is used. Beside each copy, a small file that ends in
     .made.json tells how it was made.
 
+    In the place of files, TABLE is the address of a PostgreSQL or SQLite database, whose tables are
+    changed where they are, all at once or not at all; --dry-run shows how.
+
     \b
     Examples:
       vantrel replace customers.csv -o copy.csv --key customer_id --secret people.secret
@@ -262,124 +204,44 @@ def replace(
       vantrel replace customers.csv --key customer_id --write-plan replace.toml
       vantrel replace customers.csv -o copy.csv --plan replace.toml --secret people.secret
       vantrel replace customers -o copy --dask --key customer_id --secret people.secret
+      vantrel replace postgresql://localhost/staging --table customers --key id --dry-run
     """
+    of_files = {name: options.pop(name) for name in ("separator", "encoding", "force")}
+    of_cluster = {"scheduler": scheduler, "workers": workers, "resume": resume}
+    wanted = Wanted(keys, columns, others, household, plan, people, **options)
+    files = [table for table in tables if isinstance(table, Path)]
+    if len(files) < len(tables):
+        if output is not None:
+            raise click.UsageError("Tables of a database are changed in place: leave -o out.")
+        refuse_with_database({"on_dask": on_dask, **of_cluster})
+        changes = Changes(in_database, schema, secret, record, dry_run, write_plan)
+        replace_in_database(tables, wanted, changes, **of_files)
+        return
+    refuse_without_database(
+        {"table": in_database, "schema": schema, "dry_run": dry_run, "record": record}
+    )
     if (output is None) == (write_plan is None):
         raise click.UsageError("Name either the copy to write, by -o, or a plan, by --write-plan.")
     if output == STANDARD_STREAM:
         raise click.UsageError("Copies are not written to standard output: name a file for -o.")
-    of_cluster: dict[str, Any] = {"scheduler": scheduler, "workers": workers, "resume": resume}
-    of_process = {"people": people, "fail_on_leak": fail_on_leak, "no_real": no_real, **of_csv}
     if on_dask:
-        _refuse_without_cluster(tables, write_plan, of_cluster)
-        refuse_superfluous(
-            of_process | {"force": force and output}, on_dask, "a new folder of Parquet files"
-        )
-    else:
-        refuse_superfluous(of_cluster, on_dask, "")
+        replace_on_dask(files, output, write_plan, secret, wanted, of_cluster, of_files)
+        return
+    refuse_superfluous(of_cluster, on_dask, "")
     # These take a second to import; help need not wait for them.
-    from vantrel.cli.console import say, working
-    from vantrel.fitting.checks import check_ways
+    from vantrel.cli.console import working
     from vantrel.replacing import require_pyarrow
 
     require_pyarrow()
-    from vantrel.replacing.asked import Asked, OfTable
     from vantrel.replacing.files import plan_files, replace_files
-    from vantrel.replacing.plan import read_plan
-    from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
-    all_tables = [*tables, *([people] if people else [])]
-    of_all, of_tables = _of_tables(keys, columns, others, household, all_tables)
-    asked = Asked(
-        OfTable(keep=frozenset(keep), scrub=scrub).over(of_all),
-        of_tables,
-        read_plan(plan) if plan else None,
-        place=place or DEFAULT_LOCALE,
-        no_real=no_real,
-        ways=check_ways(phone_numbers=phone_numbers or "fiction", latin=latin),
-        fail_on_leak=fail_on_leak,
-        strict=strict,
-    )
+    asked = wanted.asked([*files, *([people] if people else [])])
     if output is None:
         assert write_plan is not None
-        if on_dask:
-            from vantrel.scale import plan_folder
-
-            plan_folder(tables[0], write_plan, asked, force=force)
-        else:
-            plan_files(tables, write_plan, asked, force=force, **of_csv)
+        plan_files(files, write_plan, asked, **of_files)
         click.echo(f"Wrote {named(write_plan)}: look at it, then run it with --plan.")
         return
-    if on_dask:
-        from vantrel.scale import replace_folder
-
-        outcome = replace_folder(
-            tables[0], output, asked, secret=secret, progress=working, **of_cluster
-        )
-    else:
-        outcome = replace_files(
-            tables,
-            output,
-            asked,
-            secret_file=secret,
-            people=people,
-            force=force,
-            progress=working,
-            **of_csv,
-        )
-    for table in outcome.tables:
-        _tell(table)
-    for note in outcome.notes:
-        say("note", note)
-
-
-def _refuse_without_cluster(
-    tables: Sequence[Path], write_plan: Path | None, of_cluster: dict[str, Any]
-) -> None:
-    """Refuses what does not go with a folder on Dask, or with its plan."""
-    if len(tables) > 1:
-        raise click.UsageError("--dask copies one folder of Parquet files: name one TABLE.")
-    options = [as_option(name, ...) for name, value in of_cluster.items() if value]
-    if write_plan is not None and options:
-        raise click.UsageError(
-            f"A plan is written without a cluster: leave {', '.join(options)} out."
-        )
-
-
-def _tell(table: Replaced) -> None:
-    """Prints what the columns of a table were taken for."""
-    from vantrel.cli.console import print_all
-    from vantrel.reporting.sections import Section
-
-    sections = []
-    for person in table.roles.people:
-        title = f"{table.path}: {person.name}" if person.name else str(table.path)
-        rows = [*_rows(table, person), *_rows_of_others(table, person)]
-        sections.append(Section(title, ("Attribute", "Column", "Found by", ""), rows))
-    print_all(sections)
-    if table.staying:
-        click.echo(f"Other columns stay: {listed(table.staying)}.")
-    click.echo(f"Replaced the people of {counted(table.rows, 'row')}; wrote {named(table.output)}.")
-
-
-def _rows(table: Replaced, person: Person) -> Iterator[tuple[str, str, str, str]]:
-    """What the columns of a person were taken for."""
-    told_by = {choice.attribute: choice.reason for choice in person.choices}
-    otherwise = "plan" if table.asked.is_planned else "--column"
-    for attribute, columns in person.columns.items():
-        for column in columns:
-            told = told_by.get(attribute, otherwise)
-            yield attribute, column, told, _fate(person, column, attribute)
-
-
-def _rows_of_others(table: Replaced, person: Person) -> Iterator[tuple[str, str, str, str]]:
-    """What becomes of the other columns that are a person's."""
-    by_option = "plan" if table.asked.is_planned else "--other"
-    for column, action in table.others.items():
-        if table.roles.owner(column) is person:
-            yield "", column, by_option, str(action)
-
-
-def _fate(person: Person, column: str, attribute: str) -> str:
-    if column in person.replaced:
-        return "replaced"
-    return "kept" if attribute in person.kept else "stays"
+    outcome = replace_files(
+        files, output, asked, secret_file=secret, people=people, progress=working, **of_files
+    )
+    tell(outcome)

@@ -3,25 +3,31 @@
 from __future__ import annotations
 
 from pathlib import Path
-from typing import Any
+from typing import TYPE_CHECKING, Any
 
 import click
 
 from vantrel.cli.group import TerseCommand
 from vantrel.cli.options import (
+    TableType,
     columns_option,
     encoding_option,
+    files_of,
     force_option,
     path_option,
     separator_option,
 )
+from vantrel.databases.address import Address
 from vantrel.hints import named
 from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting, replacing, same_file
 
+if TYPE_CHECKING:
+    from vantrel.sampling.record import SampleRecord
+
 
 @click.command(cls=TerseCommand, short_help="Compare a real table with a sample.")
-@click.argument("table", type=click.Path(path_type=Path))
-@click.argument("sampled", metavar="SAMPLE", type=click.Path(path_type=Path))
+@click.argument("table", type=TableType(has_table=True))
+@click.argument("sampled", metavar="SAMPLE", type=TableType(has_table=True))
 @path_option("-o", "--output", metavar="REPORT.html", required=True, help="The page to write.")
 @columns_option(
     "An attribute of a person and the column that holds it in both tables or in one; may be"
@@ -31,8 +37,8 @@ from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting, replacing
 @encoding_option("TABLE")
 @force_option
 def report(
-    table: Path,
-    sampled: Path,
+    table: Path | Address,
+    sampled: Path | Address,
     output: Path,
     columns: Any,
     separator: str | None,
@@ -52,20 +58,21 @@ def report(
     """
     if output == STANDARD_STREAM:
         raise click.UsageError("A report is not written to standard output: name a file for -o.")
-    refuse_overwriting(output, table, sampled, force=force)
-    if same_file(table, sampled):
+    files = files_of(table, sampled)
+    refuse_overwriting(output, *files, force=force)
+    is_same = same_file(*files) if len(files) == 2 else table == sampled
+    if is_same:
         raise click.UsageError(
-            f"{named(table)} and {named(sampled)} are the same file: name the real table, then a"
-            " sample of it."
+            f"{named(table)} and {named(sampled)} are the same {'file' if files else 'table'}:"
+            " name the real table, then a sample of it."
         )
 
     # These take a second to import; help need not wait for them.
     import vantrel
-    from vantrel.sampling.record import read_record
     from vantrel.tables import open_table
 
-    record = read_record(sampled)
-    if record is None and read_record(table):
+    record = _record_of(sampled)
+    if record is None and _record_of(table):
         raise click.UsageError(
             f"{named(table)} is a sample, as its record says: the real table comes first."
         )
@@ -74,8 +81,21 @@ def report(
         open_table(sampled, empty_is_missing=True) as people,
     ):
         comparison = vantrel.compare(real, people, record=record, **columns)
-    names = [click.format_filename(path.absolute().name) for path in (table, sampled)]
-    page = comparison.to_html(*names)
-    with replacing(output, force=force, private_as=table) as file:
+    page = comparison.to_html(_name_of(table), _name_of(sampled))
+    private: Any = {"private_as": table} if isinstance(table, Path) else {"mode": 0o600}
+    with replacing(output, force=force, **private) as file:
         file.write(page)
     click.echo(f"{comparison.summary}; wrote {named(output)}.")
+
+
+def _record_of(table: Path | Address) -> SampleRecord | None:
+    """The record beside a table; one of a database has none."""
+    from vantrel.sampling.record import read_record
+
+    return read_record(table) if isinstance(table, Path) else None
+
+
+def _name_of(table: Path | Address) -> str:
+    if isinstance(table, Path):
+        return click.format_filename(table.absolute().name)
+    return str(table.table)

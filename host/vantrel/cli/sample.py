@@ -1,12 +1,16 @@
 """``vantrel sample``: from a model file to a table."""
 
+from __future__ import annotations
+
 from pathlib import Path
-from typing import Any
+from typing import TYPE_CHECKING, Any
 
 import click
 
 from vantrel.cli.group import TerseCommand
 from vantrel.cli.options import (
+    TableType,
+    as_option,
     dask_option,
     encoding_option,
     force_option,
@@ -20,9 +24,13 @@ from vantrel.cli.options import (
     values_option,
     workers_option,
 )
+from vantrel.databases.address import Address
 from vantrel.hints import named
 from vantrel.storage.files import STANDARD_STREAM
 from vantrel.wording import counted
+
+if TYPE_CHECKING:
+    from vantrel.sampling.record import SampleRecord
 
 # The options that go with the one way of making people only.
 _ON_DASK = ("scheduler", "workers", "partitions", "resume")
@@ -37,13 +45,18 @@ _IN_THIS_PROCESS = ("conditions", "separator", "encoding", "csv_safe", "show_val
     type=click.IntRange(min=0),
     help="The number of people to make; not needed with --conditions.",
 )
-@path_option(
+@click.option(
     "-o",
     "--output",
     required=True,
     metavar="PEOPLE",
+    type=TableType(has_table=True),
     help="The table to write: CSV, JSON Lines (.jsonl) or Parquet (.parquet) by the end of its"
-    " name, compressed if that is .gz or .zst; - is standard output.",
+    " name, compressed if that is .gz or .zst; - is standard output. With --append also one of a"
+    " database, as in 'postgresql://host/database?table=customers'.",
+)
+@click.option(
+    "--append", is_flag=True, help="Add the people to a table of a database, all or none of them."
 )
 @click.option(
     "--seed",
@@ -96,7 +109,13 @@ _IN_THIS_PROCESS = ("conditions", "separator", "encoding", "csv_safe", "show_val
 @patterns_option
 @force_option
 def sample(
-    model_file: Path, output: Path, n: int | None, seed: int | None, on_dask: bool, **asked: Any
+    model_file: Path,
+    output: Path | Address,
+    n: int | None,
+    seed: int | None,
+    on_dask: bool,
+    append: bool,
+    **asked: Any,
 ) -> None:
     """Make people as a model describes them.
 
@@ -108,6 +127,11 @@ def sample(
       vantrel sample model.json -n 1000 --seed 7 -o people.csv
       vantrel sample model.json -n 1000000000 --seed 7 -o people --dask
     """
+    if not isinstance(output, Path):
+        _to_database(model_file, output, n, seed, append=append, on_dask=on_dask, **asked)
+        return
+    if append:
+        raise click.UsageError("Only tables of databases get more rows: leave --append out.")
     others = {name: asked.pop(name) for name in (_IN_THIS_PROCESS if on_dask else _ON_DASK)}
     more = ["-o -"] if on_dask and output == STANDARD_STREAM else []
     refuse_superfluous(others, on_dask, "a new folder of Parquet files", more)
@@ -124,7 +148,24 @@ def sample(
 
         made = sample_to_file(model_file, output, n, seed=seed, progress=progress, **asked)
     if output != STANDARD_STREAM:
-        people = counted(made.rows, "person", "people")
-        click.echo(f"Made {people} with the seed {made.seed}; wrote {named(output)}.")
+        click.echo(f"{_told(made)}; wrote {named(output)}.")
     elif seed is None:
         click.echo(f"vantrel: note: the seed is {made.seed}", err=True)
+
+
+def _to_database(
+    model_file: Path, output: Address, n: int | None, seed: int | None, **asked: Any
+) -> None:
+    others = {name: asked.pop(name) for name in ("on_dask", *_ON_DASK, "csv_safe", "force")}
+    if given := [as_option(name, ...) for name, value in others.items() if value]:
+        raise click.UsageError(f"A database makes no use of {', '.join(given)}: leave that out.")
+    from vantrel.cli.console import progress
+    from vantrel.sampling.to_file import sample_to_database
+
+    made = sample_to_database(model_file, output, n, seed=seed, progress=progress, **asked)
+    click.echo(f"{_told(made)}; added them to {named(output)}.")
+
+
+def _told(made: SampleRecord) -> str:
+    people = counted(made.rows, "person", "people")
+    return f"Made {people} with the seed {made.seed}"

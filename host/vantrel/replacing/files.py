@@ -3,25 +3,15 @@
 from __future__ import annotations
 
 import os
-from collections.abc import Callable, Iterable, Iterator, Sequence
-from contextlib import AbstractContextManager, ExitStack, nullcontext
-from itertools import chain
+from collections.abc import Callable, Sequence
+from contextlib import ExitStack, nullcontext
 from pathlib import Path
-from typing import Any
 
 import pyarrow as pa
 
-from vantrel.errors import LeakError, UndecidedError
-from vantrel.hints import argument, named
 from vantrel.replacing.asked import Asked, refuse_unplanned
-from vantrel.replacing.leaks import Leak
-from vantrel.replacing.notes import (
-    further,
-    notes_on_people,
-    notes_on_table,
-    notes_on_undecided,
-)
-from vantrel.replacing.opened import DecidedTable, OpenedTable, open_table, refuse_unknown_columns
+from vantrel.replacing.notes import notes_on_people
+from vantrel.replacing.opened import OpenedTable, open_table, refuse_unknown_columns
 from vantrel.replacing.outcome import Outcome, Replaced
 from vantrel.replacing.outputs import (
     compression_of,
@@ -30,19 +20,27 @@ from vantrel.replacing.outputs import (
     refuse_doubled_names,
 )
 from vantrel.replacing.passing import Passing
-from vantrel.replacing.people import People, Report, Table
-from vantrel.replacing.plan import write_plan
-from vantrel.replacing.record import write_record
-from vantrel.replacing.secret import checked_secret, read_or_draw_secret, write_secret
+from vantrel.replacing.people import People, Report
+from vantrel.replacing.record import record_of, write_record
+from vantrel.replacing.running import (
+    Progress,
+    learnt,
+    notes_on,
+    plan_of,
+    refuse_leaks,
+    refuse_undecided,
+    replaced_by,
+    rows_learnt,
+    secret_of,
+)
+from vantrel.replacing.secret import write_secret
 from vantrel.storage.files import refuse_missing_folder, refuse_overwriting, replacing
 from vantrel.storage.together import Opener, replacing_together
+from vantrel.tables.copying import Copied
 from vantrel.tables.kinds import Compression
 
 # A table, the file of its copy, and how that is compressed.
-type _Copy = tuple[OpenedTable, Path, Compression | None]
-
-# From what is done and the number of rows, where it is known, to what is told of further rows.
-type Progress = Callable[[str, int | None], AbstractContextManager[Callable[[int], object]]]
+type _Copy = tuple[OpenedTable[Copied], Path, Compression | None]
 
 
 def replace_files(
@@ -93,13 +91,8 @@ def replace_files(
         refuse_unknown_columns([*tables, *told], asked)
         if asked.strict:
             refuse_undecided(tables)
-        secret, is_new = (
-            (checked_secret(None), False)
-            if secret_file is None
-            else read_or_draw_secret(secret_file)
-        )
-        who = People(secret, place=asked.place, no_real=asked.no_real, ways=asked.ways)
-        _learn(who, told, tables, progress)
+        secret, is_new = secret_of(secret_file)
+        who = learnt(secret, asked, told, tables, progress)
         with (
             made_if_missing(outputs[0].parent) if outputs[0] != output else nullcontext(),
             replacing_together(force=force) as opened,
@@ -108,7 +101,7 @@ def replace_files(
             if secret_file is not None and is_new:  # takes its place before the copies do
                 write_secret(secret_file, secret, opened)
     notes = [
-        *notes_on_tables(told, tables, replaced, report),
+        *notes_on(told, tables, replaced, report),
         *notes_on_people(report, no_real=asked.no_real),
     ]
     return Outcome(replaced, report, notes)
@@ -143,68 +136,26 @@ def plan_files(
     with ExitStack() as stack:
         tables = [open_table(stack, each, asked, separator, encoding) for each in inputs]
         refuse_unknown_columns(tables, asked)
-        write_plan_of(tables, plan, force=force)
-
-
-def write_plan_of(tables: Iterable[DecidedTable[Any]], plan: Path, *, force: bool) -> None:
-    """Writes what would become of each column of tables."""
-    text = write_plan(
-        {
-            table.copied.path.name: (table.roles, table.copied.columns, table.asked.fates)
-            for table in tables
-        }
-    )
+        text = plan_of(tables)
     with replacing(plan, force=force) as file:
         file.write(text)
-
-
-def _learn(
-    who: People,
-    only_read: Sequence[OpenedTable],
-    replaced: Sequence[OpenedTable],
-    progress: Progress,
-) -> None:
-    with progress("Reading", None) as further:
-
-        def learn(tables: Sequence[OpenedTable]) -> None:
-            for table in tables:
-                for batch in table.copied.batches(table.roles.needed):
-                    who.learn(batch, table.roles, table.name)
-                    further(batch.num_rows)
-
-        if only_read:
-            learn(only_read)
-            who.end_what_is_only_read()
-        learn(replaced)
-    who.settle()
 
 
 def _copy_all(
     opened: Opener, who: People, copies: Sequence[_Copy], asked: Asked, progress: Progress
 ) -> tuple[list[Replaced], Report]:
     """Writes all copies, and the records beside them."""
-    rows = sum(who.tables[table.name].rows for table, *_ in copies if table.name in who.tables)
-    with progress("Replacing", rows) as further:
+    with progress("Replacing", rows_learnt(who, (table for table, *_ in copies))) as further:
         passed = [_write(opened, who, copy, further) for copy in copies]
     report = who.finish()
     replaced = [
-        Replaced(
-            table.copied.path,
-            output,
-            table.roles,
-            table.asked,
-            done.rows,
-            table.staying,
-            done.leaks(),
-            table.others,
-            done.notes(),
-        )
+        replaced_by(done, table, output)
         for (table, output, _), done in zip(copies, passed, strict=True)
     ]
     if asked.fail_on_leak:
-        _refuse_leaks(replaced)
-    for table in replaced:
-        write_record(opened, table, asked, report)
+        refuse_leaks(replaced)
+    for done, (_, output, _) in zip(replaced, copies, strict=True):
+        write_record(opened, output, record_of(done, asked, report))
     return replaced, report
 
 
@@ -229,53 +180,3 @@ def _write(
     file.flush()
     os.fsync(file.fileno())  # a disk that is full is heard of before any copy has its name
     return passing
-
-
-def notes_on_tables(
-    only_read: Sequence[DecidedTable[Any]],
-    tables: Sequence[DecidedTable[Any]],
-    replaced: Sequence[Replaced],
-    report: Report,
-) -> Iterator[str]:
-    """Tells of each table what is to be told; by its name where there are several."""
-    known: list[tuple[DecidedTable[Any], list[Leak], list[str]]]
-    known = [(each, [], []) for each in only_read]
-    known += [(table, done.leaks, done.notes) for table, done in zip(tables, replaced, strict=True)]
-    for table, leaks, on_others in known:
-        met = report.tables.get(table.name, Table())
-        undecided = notes_on_undecided(table.roles, table.asked.undecided)
-        for note in chain(notes_on_table(table.roles, met, leaks), on_others, undecided):
-            yield f"{named(table.name)}: {note}" if len(known) > 1 else note
-
-
-def refuse_undecided(tables: Sequence[DecidedTable[Any]]) -> None:
-    """Refuses tables that have columns of which nobody has decided what becomes of them."""
-    undecided = [
-        f"{named(table.name)}: {note}"
-        for table in tables
-        for note in notes_on_undecided(table.roles, table.asked.undecided)
-    ]
-    if undecided:
-        raise UndecidedError(
-            f"Nothing was written, as columns look personal and are not decided."
-            f" {' '.join(undecided)}"
-        )
-
-
-def _refuse_leaks(tables: Iterable[Replaced]) -> None:
-    leaks = [
-        f"{named(table.path)}: {leak}: add {argument('scrub', [leak.column])}"
-        for table in tables
-        for leak in table.leaks
-        if leak.kind == "person"
-    ]
-    leaks += [
-        f"{named(table.path)}: {further(choice)}"
-        for table in tables
-        for choice in table.roles.further
-    ]
-    if leaks:
-        raise LeakError(
-            f"Nothing was written, as people are still named. {'; '.join(leaks)}. Do so, or leave"
-            " these columns out of the tables."
-        )

@@ -20,14 +20,14 @@ from vantrel.replacing.frames import excerpt_of, without_gaps
 from vantrel.replacing.others.action import Action
 from vantrel.replacing.others.decided import decided
 from vantrel.replacing.roles import Roles, find_roles, refuse_scrub
-from vantrel.tables.copying import Copied, InBatches, open_copied
+from vantrel.tables.copying import Batched, Copied, open_copied
 
 # An e-mail address or a telephone number, which no column is called.
 _VALUE = re.compile(r"[^@\s]+@[^@\s]+\.[^@\s.]+|\+?[\d\s()./-]{8,}")
 
 
 @dataclass(frozen=True)
-class DecidedTable[T: InBatches]:
+class OpenedTable[TableT: Batched]:
     """A table of a run.
 
     Attributes:
@@ -37,7 +37,7 @@ class DecidedTable[T: InBatches]:
         others: The actions of other columns.
     """
 
-    copied: T
+    copied: TableT
     roles: Roles
     asked: OfTable
     others: Mapping[str, Action]
@@ -54,9 +54,6 @@ class DecidedTable[T: InBatches]:
         return str(self.copied.path)
 
 
-type OpenedTable = DecidedTable[Copied]
-
-
 def open_table(
     stack: ExitStack,
     path: Path,
@@ -65,16 +62,18 @@ def open_table(
     encoding: str | None,
     *,
     is_only_read: bool = False,
-) -> OpenedTable:
-    """Opens a table for as long as ``stack``, and finds what its columns are."""
+) -> OpenedTable[Copied]:
+    """Opens a file for as long as ``stack``, and finds what its columns are."""
     copied = stack.enter_context(open_copied(path, separator, encoding))
-    return decide(copied, asked, is_only_read=is_only_read)
-
-
-def decide[T: InBatches](copied: T, asked: Asked, *, is_only_read: bool = False) -> DecidedTable[T]:
-    """Decides what becomes of a table that is open."""
-    path = copied.path
     _refuse_values_as_names(copied)
+    return understood(copied, asked, is_only_read=is_only_read)
+
+
+def understood[TableT: Batched](
+    copied: TableT, asked: Asked, *, is_only_read: bool = False
+) -> OpenedTable[TableT]:
+    """Finds what the columns of an open table are."""
+    path = copied.path
     excerpt = _excerpt(copied)
     own = asked.of(path, copied.columns)
     others = {} if is_only_read else own.others
@@ -95,10 +94,10 @@ def decide[T: InBatches](copied: T, asked: Asked, *, is_only_read: bool = False)
     if not is_only_read:
         refuse_scrub(copied.columns, roles, own.scrub)
     actions = decided(excerpt, roles, others, own.scrub)
-    return DecidedTable(copied, roles, own, actions)
+    return OpenedTable(copied, roles, own, actions)
 
 
-def _refuse_values_as_names(copied: InBatches) -> None:
+def _refuse_values_as_names(copied: Batched) -> None:
     """Refuses a table whose first line is a person's."""
     if any(_VALUE.fullmatch(name.strip()) for name in copied.columns):
         raise ReplaceError(
@@ -107,7 +106,7 @@ def _refuse_values_as_names(copied: InBatches) -> None:
         )
 
 
-def _excerpt(copied: InBatches) -> pd.DataFrame:
+def _excerpt(copied: Batched) -> pd.DataFrame:
     """Gives as many values of each column as tell what it is, wherever in the table they begin."""
     values: dict[str, list[pa.Array]] = {name: [] for name in copied.columns}
     rows = 0
@@ -129,7 +128,7 @@ def _key(given: Sequence[str], columns: Sequence[str]) -> Sequence[str]:
     return [name if name in columns else name.strip() for name in given]
 
 
-def _refuse_unplanned(copied: InBatches, roles: Roles, asked: OfTable) -> None:
+def _refuse_unplanned(copied: Batched, roles: Roles, asked: OfTable) -> None:
     """Refuses columns that a plan does not know."""
     known = {*roles.needed, *asked.fates}
     for column in copied.columns:
@@ -146,7 +145,7 @@ def _refuse_unplanned(copied: InBatches, roles: Roles, asked: OfTable) -> None:
             )
 
 
-def refuse_unknown_columns(tables: Sequence[DecidedTable[Any]], asked: Asked) -> None:
+def refuse_unknown_columns(tables: Sequence[OpenedTable[Any]], asked: Asked) -> None:
     """Refuses columns that are asked of all tables and are in none."""
     known = dict.fromkeys(column for table in tables for column in table.copied.columns)
     of_all = asked.of_all

@@ -1,4 +1,4 @@
-"""What came of a run on files."""
+"""What came of a run on files or on a database."""
 
 from __future__ import annotations
 
@@ -19,7 +19,7 @@ class Replaced:
 
     Attributes:
         path: The table.
-        output: The copy.
+        output: The copy; None where the table itself was changed.
         roles: What its columns were taken for.
         asked: What was asked of it.
         rows: The number of its rows.
@@ -30,7 +30,7 @@ class Replaced:
     """
 
     path: Path
-    output: Path
+    output: Path | None
     roles: Roles
     asked: OfTable
     rows: int

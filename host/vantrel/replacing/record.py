@@ -3,7 +3,8 @@
 from __future__ import annotations
 
 import json
-from collections.abc import Sequence
+from collections.abc import Mapping, Sequence
+from pathlib import Path
 from typing import TYPE_CHECKING, Any
 
 from vantrel.replacing.secret import deciding_versions
@@ -22,11 +23,15 @@ FORMAT = "vantrel-replace"
 _SCHEMA_VERSION = 1
 
 
-def write_record(opened: Opener, table: Replaced, asked: Asked, report: Report) -> None:
-    """Writes the record of a copy."""
-    form = _form(table, asked, report)
-    file = opened(record_path(table.output))
-    file.write(json.dumps(form, ensure_ascii=False, indent=2) + "\n")
+def write_record(opened: Opener, output: Path, record: Mapping[str, Any]) -> None:
+    """Writes the record of a copy beside it."""
+    write_form(opened, record_path(output), record)
+
+
+def write_form(opened: Opener, path: Path, record: Mapping[str, Any]) -> None:
+    """Writes a record to a file."""
+    file = opened(path)
+    file.write(json.dumps(record, ensure_ascii=False, indent=2) + "\n")
     file.flush()
 
 
@@ -48,7 +53,17 @@ def form_of(person: Person) -> dict[str, Any]:
     }
 
 
-def _form(table: Replaced, asked: Asked, report: Report) -> dict[str, Any]:
+def database_record_of(tables: Sequence[Replaced], asked: Asked, report: Report) -> dict[str, Any]:
+    """Tells how the people of the tables of a database were replaced, without its address."""
+    return {
+        "format": f"{FORMAT}-database",
+        "schema_version": _SCHEMA_VERSION,
+        "tables": [record_of(table, asked, report) for table in tables],
+    }
+
+
+def record_of(table: Replaced, asked: Asked, report: Report) -> dict[str, Any]:
+    """Tells how the people of a table were replaced."""
     return {
         "format": FORMAT,
         "schema_version": _SCHEMA_VERSION,

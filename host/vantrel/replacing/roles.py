@@ -11,7 +11,7 @@ from vantrel.arguments import refuse_text
 from vantrel.attributes import LEARNT
 from vantrel.detection import Choice, Doubt, detect
 from vantrel.detection.personal import Finding, find_personal
-from vantrel.errors import ArgumentTypeError, ReplaceError
+from vantrel.errors import ArgumentTypeError, NoPeopleError, ReplaceError
 from vantrel.fitting.checks import refuse_unknown_attribute
 from vantrel.hints import argument, did_you_mean, listed, named
 from vantrel.replacing.finding import Found, find_people
@@ -265,14 +265,14 @@ def _pairs(person: OfPerson) -> Iterator[tuple[str, str]]:
             yield attribute, column
 
 
-def _nothing_found(table: pd.DataFrame, roles: Roles, the_table: str) -> ReplaceError:
+def _nothing_found(table: pd.DataFrame, roles: Roles, the_table: str) -> NoPeopleError:
     doubts = "".join(
         f" Column {doubt.column!r} is not taken for {doubt.attribute}: its values do not look so."
         for doubt in roles.doubts
     )
     stay = sorted({attribute for person in roles.people for attribute in person.kept})
     kept = f" Kept as they are: {', '.join(stay)}." if stay else ""
-    return ReplaceError(
+    return NoPeopleError(
         f"{the_table} has no column to replace that is found by its name and values: name one, as"
         f" in {argument('columns', {'lastname': 'COLUMN'})}.{doubts}{kept} Its columns are:"
         f" {listed(table.columns)}."

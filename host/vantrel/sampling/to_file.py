@@ -1,4 +1,4 @@
-"""Samples into a file, in memory that does not grow with the rows."""
+"""Samples into a file or a database, in memory that does not grow with the rows."""
 
 from __future__ import annotations
 
@@ -7,15 +7,18 @@ from collections.abc import Callable, Iterable, Iterator
 from contextlib import AbstractContextManager, contextmanager
 from functools import partial
 from pathlib import Path
-from typing import Any
+from typing import Any, NamedTuple
 
 import pandas as pd
 
-from vantrel.sampling.blocks import sample_blocks
+from vantrel.databases.address import Address
+from vantrel.errors import ArgumentError
+from vantrel.hints import argument, named
+from vantrel.sampling.blocks import Plan, sample_blocks
 from vantrel.sampling.record import SampleRecord, read_record, record_of, record_path, write_record
 from vantrel.sampling.whole import beside, plan_sample, refuse_neither_or_both
 from vantrel.storage.files import STANDARD_STREAM, is_special, refuse_overwriting
-from vantrel.storage.models import read_model
+from vantrel.storage.models import LoadedModel, read_model
 from vantrel.tables import open_table, write_table
 from vantrel.wording import shown
 
@@ -76,29 +79,92 @@ def sample_to_file(
     is_recorded = output != STANDARD_STREAM and not is_special(output)
     if is_recorded:
         read_record(output)  # what is there and no record is not overwritten by one
-    loaded = read_model(model_file, allow_patterns=allow_patterns)
-    wanted = _read_conditions(conditions, separator, encoding) if conditions else None
-    plan, given = plan_sample(
-        loaded.model,
+    made = _made(
+        model_file,
         n,
-        wanted,
+        conditions,
+        separator,
+        encoding,
+        allow_patterns=allow_patterns,
         seed=seed,
         unique=unique,
         strict=strict,
         show_values=show_values,
         exact=exact,
     )
-    with progress(plan.rows) as further:
-        people = sample_blocks(loaded.model, plan, given)
-        if wanted is not None:
-            people = map(partial(beside, wanted), people)
-        write_table(told(people, further), output, csv_safe=csv_safe, force=force)
+    with progress(made.plan.rows) as further:
+        write_table(told(made.people, further), output, csv_safe=csv_safe, force=force)
     options = {"csv_safe": csv_safe} | (_told_of(conditions) if conditions else {})
-    record = record_of(loaded, plan, **options)
+    record = record_of(made.model, made.plan, **options)
     if is_recorded:
         record_path(output).unlink(missing_ok=True)  # it tells of the table that was there before
         write_record(record, output)
     return record
+
+
+def sample_to_database(
+    model_file: Path,
+    table: Address,
+    n: int | None = None,
+    *,
+    append: bool = False,
+    conditions: Path | None = None,
+    separator: str | None = None,
+    encoding: str | None = None,
+    allow_patterns: bool = False,
+    progress: Progress = untold,
+    **asked: Any,
+) -> SampleRecord:
+    """Adds the people of :func:`vantrel.sample` to a table of a database: all or none.
+
+    What is not told here is as :func:`sample_to_file` takes it.
+
+    Args:
+        model_file: The model.
+        table: The table, which has all columns of the sample. Its others have their defaults.
+        append: Whether rows may be added to a table that is there.
+
+    Raises:
+        VantrelError: The model, the conditions or the table cannot be used.
+    """
+    from vantrel.databases.filling import append_to
+
+    refuse_neither_or_both(n, conditions)
+    if not append:
+        raise ArgumentError(f"{named(table)} would get more rows: add {argument('append')}.")
+    made = _made(
+        model_file, n, conditions, separator, encoding, allow_patterns=allow_patterns, **asked
+    )
+    with progress(made.plan.rows) as further:
+        append_to(table, told(made.people, further))
+    return record_of(made.model, made.plan)
+
+
+class _Made(NamedTuple):
+    """People who are made when they are asked for, and what they are made from."""
+
+    model: LoadedModel
+    plan: Plan
+    people: Iterator[pd.DataFrame]
+
+
+def _made(
+    model_file: Path,
+    n: int | None,
+    conditions: Path | None,
+    separator: str | None,
+    encoding: str | None,
+    *,
+    allow_patterns: bool,
+    **asked: Any,
+) -> _Made:
+    loaded = read_model(model_file, allow_patterns=allow_patterns)
+    wanted = _read_conditions(conditions, separator, encoding) if conditions else None
+    plan, given = plan_sample(loaded.model, n, wanted, **asked)
+    people = sample_blocks(loaded.model, plan, given)
+    if wanted is not None:
+        people = map(partial(beside, wanted), people)
+    return _Made(loaded, plan, people)
 
 
 def _read_conditions(path: Path, separator: str | None, encoding: str | None) -> pd.DataFrame:

@@ -15,14 +15,14 @@ from distributed import Client
 from vantrel.errors import ArgumentError, ClusterError, ReplaceError
 from vantrel.hints import named
 from vantrel.replacing.asked import Asked, refuse_unplanned
-from vantrel.replacing.files import Progress, notes_on_tables, refuse_undecided, write_plan_of
 from vantrel.replacing.notes import notes_on_people
-from vantrel.replacing.opened import DecidedTable, decide, refuse_unknown_columns
+from vantrel.replacing.opened import OpenedTable, refuse_unknown_columns, understood
 from vantrel.replacing.others.changed import notes_on_lost
 from vantrel.replacing.outcome import Outcome, Replaced
 from vantrel.replacing.outputs import made_if_missing
 from vantrel.replacing.people import Report
 from vantrel.replacing.places import Places
+from vantrel.replacing.running import Progress, notes_on, plan_of, refuse_undecided
 from vantrel.replacing.secret import (
     checked_secret,
     deciding_versions,
@@ -49,11 +49,11 @@ from vantrel.scale.run import (
     run_of,
 )
 from vantrel.scale.shared import Shared
-from vantrel.storage.files import refuse_missing_folder, refuse_overwriting
+from vantrel.storage.files import refuse_missing_folder, refuse_overwriting, replacing
 from vantrel.storage.together import replacing_together
 from vantrel.tables.copying.parquet_folder import CopiedFolder
 
-type _Table = DecidedTable[CopiedFolder]
+type _Table = OpenedTable[CopiedFolder]
 
 
 def replace_folder(
@@ -116,7 +116,9 @@ def plan_folder(source: Path, plan: Path, asked: Asked, *, force: bool = False) 
     """
     refuse_missing_folder(plan)
     refuse_overwriting(plan, force=force)
-    write_plan_of([_decided(source, asked)], plan, force=force)
+    text = plan_of([_decided(source, asked)])
+    with replacing(plan, force=force) as file:
+        file.write(text)
 
 
 @dataclass(frozen=True)
@@ -199,7 +201,7 @@ class _Run:
             table.others,
             list(notes_on_lost(found.lost, table.others)),
         )
-        on_table = notes_on_tables([], [table], [done], report)
+        on_table = notes_on([], [table], [done], report)
         return Outcome([done], report, [*on_table, *notes_on_people(report, no_real=False)])
 
     def _shared(self) -> Shared:
@@ -228,7 +230,7 @@ class _Run:
 def _decided(source: Path, asked: Asked) -> _Table:
     """Opens a folder, and decides what becomes of its columns."""
     refuse_unplanned([source], asked.plan)
-    table = decide(CopiedFolder.opened(source), asked)
+    table = understood(CopiedFolder.opened(source), asked)
     refuse_unknown_columns([table], asked)
     if asked.strict:
         refuse_undecided([table])

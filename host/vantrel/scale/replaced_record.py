@@ -9,7 +9,7 @@ from typing import Any, ClassVar, Literal
 from vantrel.hints import named
 from vantrel.replacing.asked import Asked
 from vantrel.replacing.leaks import Leak
-from vantrel.replacing.opened import DecidedTable
+from vantrel.replacing.opened import OpenedTable
 from vantrel.replacing.people import Report
 from vantrel.replacing.record import form_of
 from vantrel.replacing.secret import deciding_versions
@@ -84,7 +84,7 @@ class ReplaceRecord(Record, frozen=True, kw_only=True, forbid_unknown_fields=Tru
         return [*told, *differing(was, its)]
 
 
-def record_of(table: DecidedTable[CopiedFolder], asked: Asked, secret: bytes) -> ReplaceRecord:
+def record_of(table: OpenedTable[CopiedFolder], asked: Asked, secret: bytes) -> ReplaceRecord:
     """Notes how a folder is copied."""
     roles, copied = table.roles, table.copied
     return ReplaceRecord(

@@ -13,6 +13,7 @@ from typing import Any
 import duckdb
 import pandas as pd
 
+from vantrel.databases.address import Address
 from vantrel.errors import TableError
 from vantrel.hints import named
 from vantrel.tables.counts import Found, TableCounts
@@ -159,18 +160,19 @@ class Table:
 
 @contextmanager
 def open_table(
-    path: Path,
+    path: Path | Address,
     *,
     separator: str | None = None,
     encoding: str | None = None,
     empty_is_missing: bool = False,
     may_be_empty: bool = False,
 ) -> Iterator[Table]:
-    """Opens a table: CSV, JSON Lines or Parquet by the end of its name.
+    """Opens a table: CSV, JSON Lines or Parquet by the end of its name, or that of a database.
 
     Args:
-        path: The file; a folder is one of Parquet files, and ``-`` is standard input. The name may
-            end in .gz or .zst. What has no name, such as a pipe, is told by how it begins.
+        path: The address of a table of a database, or the file; a folder is one of Parquet files,
+            and ``-`` is standard input. The name may end in .gz or .zst. What has no name, such as
+            a pipe, is told by how it begins.
         separator: What separates the cells of CSV; found if None.
         encoding: The encoding of CSV or JSON Lines, as Python names it. If None it is UTF-8, or
             UTF-16 where the file begins with its mark.
@@ -180,23 +182,40 @@ def open_table(
 
     Raises:
         TableError: The file cannot be read, is no such table or has no rows.
+        DatabaseError: The database cannot be read.
     """
     with ExitStack() as stack:
         folder = Path(stack.enter_context(TemporaryDirectory(prefix="vantrel-")))
         connection = stack.enter_context(connect(folder))
-        file, kind = readable(path, encoding, folder)
-        if kind.format == "parquet":
-            source = parquet_source(path, file, folder, connection)
-        elif kind.format == "jsonl":
-            source = jsonl_source(path, file, kind, connection)
+        if isinstance(path, Path):
+            source = _file_source(path, connection, folder, separator, encoding, empty_is_missing)
         else:
-            source = csv_source(
-                path, file, kind, folder, separator=separator, empty_is_missing=empty_is_missing
-            )
+            from vantrel.tables.from_database import database_source
+
+            source = database_source(path, folder, empty_is_missing=empty_is_missing)
+            path = Path(path.table or "")
         table = Table(path, source, connection, folder)
         if not may_be_empty and not table.query("SELECT 1 FROM {rows} LIMIT 1"):
             raise TableError(f"Table {named(path)} has a header but no rows: give it at least one.")
         yield table
+
+
+def _file_source(
+    path: Path,
+    connection: duckdb.DuckDBPyConnection,
+    folder: Path,
+    separator: str | None,
+    encoding: str | None,
+    empty_is_missing: bool,
+) -> Source:
+    file, kind = readable(path, encoding, folder)
+    if kind.format == "parquet":
+        return parquet_source(path, file, folder, connection)
+    if kind.format == "jsonl":
+        return jsonl_source(path, file, kind, connection)
+    return csv_source(
+        path, file, kind, folder, separator=separator, empty_is_missing=empty_is_missing
+    )
 
 
 def frame_table(df: pd.DataFrame) -> Table:

@@ -19,7 +19,7 @@ FIRST_DAY, LAST_DAY = (
 _PARTS = {"YYYY": "year", "MM": "month", "DD": "day"}
 _TIME = (
     r"[ T]\d{1,2}:\d{2}(?::\d{2}(?:[.,]\d+)?)?"
-    r"(?: ?[AaPp]\.?[Mm]\.?)?(?: ?(?:Z|UTC|[+-]\d{2}:?\d{2}))?"
+    r"(?: ?[AaPp]\.?[Mm]\.?)?(?: ?(?:Z|UTC|[+-]\d{2}(?::?\d{2})?))?"
 )
 
 

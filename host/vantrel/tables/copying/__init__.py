@@ -5,7 +5,7 @@ metadata, compression and row groups. Of neither is more in memory than a block.
 but for :func:`open_copied` itself, which says so.
 """
 
-from vantrel.tables.copying.copied import Change, Copied, InBatches
+from vantrel.tables.copying.copied import Batched, Change, Copied
 from vantrel.tables.copying.opening import open_copied
 
-__all__ = ["Change", "Copied", "InBatches", "open_copied"]
+__all__ = ["Batched", "Change", "Copied", "open_copied"]

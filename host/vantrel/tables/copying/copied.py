@@ -1,4 +1,4 @@
-"""What every table can do that is copied with some columns changed."""
+"""What every table can do that is read in batches, and what those can that are copied."""
 
 from __future__ import annotations
 
@@ -15,11 +15,8 @@ if TYPE_CHECKING:
 type Change = Callable[[pa.RecordBatch], Mapping[str, pa.Array]]
 
 
-class InBatches(Protocol):
-    """A table that is read in batches of rows.
-
-    Whatever fails of the table itself is a ``TableError``.
-    """
+class Batched(Protocol):
+    """A table that is read in batches of rows."""
 
     @property
     def path(self) -> Path:
@@ -33,12 +30,16 @@ class InBatches(Protocol):
         """Reads columns, in the order that they are asked for, some rows at a time.
 
         Those of CSV are texts, in which an empty cell is missing and one in quotation marks an
-        empty text. Those of Parquet have the types that they are kept in.
+        empty text. Those of Parquet have the types that they are kept in. Those of a database are
+        whole numbers or texts.
         """
 
 
-class Copied(InBatches, Protocol):
-    """A table that is copied with some columns changed."""
+class Copied(Batched, Protocol):
+    """A table in a file, which is copied with some columns changed.
+
+    Whatever fails of the table itself is a ``TableError``.
+    """
 
     @property
     def format(self) -> Format:

@@ -1,0 +1,66 @@
+"""What is done in another way by each kind of database."""
+
+from __future__ import annotations
+
+from collections.abc import Iterator, Mapping, Sequence
+from typing import TYPE_CHECKING, Any, Literal, Protocol
+
+if TYPE_CHECKING:
+    import pyarrow as pa
+    from sqlalchemy import Engine as Connector
+
+type Kind = Literal["table", "view", "foreign table", "partition", "parent", "virtual table"]
+"""What a name stands for. A ``parent`` is a table from which others inherit rows."""
+
+TABLE: Kind = "table"
+
+
+class Engine(Protocol):
+    """A kind of database, over an open connection of its driver once :meth:`begin` was called.
+
+    Tables and columns are named as SQL names them (:func:`quoted`) where nothing else is said.
+    """
+
+    def connector(self, *, is_changing: bool) -> Connector:
+        """What makes one connection."""
+
+    def begin(self, driver: Any, *, is_changing: bool) -> None:
+        """Begins the transaction, which sees one state of the tables that nobody else changes."""
+
+    def settle(self) -> None:
+        """Checks what would otherwise be checked where the transaction ends."""
+
+    def kinds(self, schema: str) -> Mapping[str, Kind]:
+        """What there is in a schema, by plain names."""
+
+    def lock(self, tables: Sequence[str]) -> None:
+        """Keeps others from changing tables."""
+
+    def missing_right(self, table: str) -> str | None:
+        """What the user may not do with a table that is to be changed, if anything."""
+
+    def triggers(self, schema: str, table: str) -> list[str]:
+        """The plain names of the triggers that run where rows of a table are changed.
+
+        Schema and table are plain names, too.
+        """
+
+    def is_whole(self, table: str, column: str, declared: Any) -> bool:
+        """Whether a column has nothing but whole numbers of 64 bits at most."""
+
+    def as_text(self, column: str) -> str:
+        """A column in SQL as a text that loses nothing."""
+
+    def key(self, column: str) -> str:
+        """What rows are found by, in SQL: equal where the values of a column of the key are."""
+
+    def read(self, table: str, cells: Mapping[pa.Field, str]) -> Iterator[pa.RecordBatch]:
+        """Reads what stands in rows, in SQL, into columns of Arrow, in parts of a table."""
+
+    def put(self, table: str, columns: Mapping[str, pa.Array]) -> None:
+        """Adds rows to some columns of a table."""
+
+
+def quoted(*names: str) -> str:
+    """Writes a name, or one within others, as SQL does."""
+    return ".".join('"' + name.replace('"', '""') + '"' for name in names)

@@ -1,0 +1,105 @@
+"""Refuses, before anything is changed, tables that cannot be changed in place."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable, Mapping, Sequence
+
+from sqlalchemy import Numeric, String
+
+from vantrel.attributes import ATTRIBUTES
+from vantrel.databases.database import Database
+from vantrel.databases.engine import Kind
+from vantrel.databases.table import DatabaseTable
+from vantrel.errors import DatabaseError
+from vantrel.hints import argument
+from vantrel.wording import shown
+
+_OTHERS: dict[Kind, str] = {
+    "view": "is a view: name the tables that it shows.",
+    "foreign table": "is of another database: change it there.",
+    "partition": "is a part of another table: name the whole table.",
+    "parent": "has tables that inherit from it, whose rows are no rows of its key.",
+    "virtual table": "is a virtual table, which has no rows of its own.",
+}
+
+
+def refuse_unchangeable(tables: Sequence[DatabaseTable]) -> None:
+    """Refuses tables whose rows cannot be found again or that the user may not change."""
+    for table in tables:
+        kind = table.database.kinds[table.name]
+        if kind in _OTHERS:
+            raise DatabaseError(f"Table {table.name!r} {_OTHERS[kind]}")
+        if not table.key:
+            raise DatabaseError(
+                f"Table {table.name!r} has no primary key, by which its rows would be found again:"
+                " give it one."
+            )
+        if right := table.database.engine.missing_right(table.sql):
+            raise DatabaseError(
+                f"Table {table.name!r} cannot be changed: the user of the address lacks the right"
+                f" {right}."
+            )
+
+
+def refuse_tied(database: Database, tables: Mapping[DatabaseTable, Mapping[str, str]]) -> None:
+    """Refuses to change columns by which rows are found or that others refer to.
+
+    Args:
+        database: The database.
+        tables: The columns of each table that are to be changed, and what each is made as.
+    """
+    foreign = list(_foreign_keys(database))
+    for table, changed in tables.items():
+        ties = {
+            name: "the database makes its values"
+            for name, column in table.told.items()
+            if column.is_generated
+        }
+        ties |= {column: why for (name, column), why in foreign if name == table.name}
+        ties |= dict.fromkeys(table.key, "rows are found by it, as a part of the primary key")
+        for column, what in changed.items():
+            if column in ties:
+                raise DatabaseError(
+                    f"Column {shown(repr(column))} of table {table.name!r} cannot be changed:"
+                    f" {ties[column]}. {keeping(column, what)} keeps it."
+                )
+
+
+def keeping(column: str, what: str) -> str:
+    """Writes the option that keeps a column as it is.
+
+    Args:
+        column: The column.
+        what: The attribute that it holds, or else what is done with it, as plans have it.
+    """
+    is_of_person = what in ATTRIBUTES
+    return argument("keep", [what]) if is_of_person else argument("others", {column: "keep"})
+
+
+def refuse_unhashable(table: DatabaseTable, columns: Iterable[str]) -> None:
+    """Refuses to hash columns that hold neither texts nor whole numbers, though read as texts."""
+    for column in columns:
+        declared = table.told[column].declared
+        is_whole = table.told[column].is_whole or (
+            isinstance(declared, Numeric) and declared.scale == 0
+        )
+        if not (is_whole or isinstance(declared, String)):
+            raise DatabaseError(
+                f"Column {shown(repr(column))} of table {table.name!r} is of type {declared}: only"
+                " texts and whole numbers can be hashed."
+            )
+
+
+def _foreign_keys(database: Database) -> Iterable[tuple[tuple[str, str], str]]:
+    """Tells of the columns of the schema that refer to others, or are referred to."""
+    inspector = database.inspector
+    for schema in inspector.get_schema_names():
+        for (_, table), keys in inspector.get_multi_foreign_keys(schema=schema).items():
+            for key in keys:
+                to = key["referred_table"]
+                pairs = zip(key["constrained_columns"], key["referred_columns"], strict=True)
+                for column, referred in pairs:
+                    if schema == database.schema:
+                        yield (table, column), f"it refers to {shown(f'{to}.{referred}')}"
+                    if (key["referred_schema"] or schema) == database.schema:
+                        yield (to, referred), f"{shown(f'{table}.{column}')} refers to it"

@@ -1,0 +1,118 @@
+"""SQLite, by way of the standard library."""
+
+from __future__ import annotations
+
+import re
+import sqlite3
+from collections.abc import Iterator, Mapping, Sequence
+from contextlib import closing
+from pathlib import Path
+from typing import Any
+from urllib.parse import quote
+
+import pyarrow as pa
+from sqlalchemy import Engine as Connector
+from sqlalchemy import NullPool, String, create_engine
+
+from vantrel.databases.address import Address
+from vantrel.databases.engine import Kind
+from vantrel.databases.fetching import fetched
+from vantrel.errors import DatabaseError
+from vantrel.hints import named
+
+_SECONDS = 10
+
+_UPDATE = re.compile(r"\bUPDATE\b", re.IGNORECASE)
+_BODY = re.compile(r"\bBEGIN\b", re.IGNORECASE)
+
+
+class Sqlite:
+    """A file of SQLite."""
+
+    def __init__(self, address: Address) -> None:
+        self._file = Path(address.file)
+        self._driver: Any = None
+
+    def connector(self, *, is_changing: bool) -> Connector:
+        """What opens the file, which must be there."""
+        if not self._file.is_file():
+            raise DatabaseError(f"There is no database {named(self._file)}.")
+        mode = "rw" if is_changing else "ro"
+        uri = f"file:{quote(str(self._file.absolute()))}?mode={mode}"
+
+        def opened() -> sqlite3.Connection:
+            # Without a level the driver begins no transaction by itself.
+            driver = sqlite3.connect(uri, uri=True, timeout=_SECONDS, isolation_level=None)
+            driver.text_factory = lambda text: text.decode(errors="replace")
+            return driver
+
+        return create_engine("sqlite+pysqlite://", creator=opened, poolclass=NullPool)
+
+    def begin(self, driver: Any, *, is_changing: bool) -> None:
+        """Begins the transaction; one that changes keeps all others from doing so."""
+        self._driver = driver
+        driver.execute("BEGIN IMMEDIATE" if is_changing else "BEGIN")
+
+    def settle(self) -> None:
+        """Checks nothing: SQLite defers nothing that is changed here."""
+
+    def kinds(self, schema: str) -> Mapping[str, Kind]:
+        """What there is, by name, but for what SQLite itself keeps."""
+        rows = self._driver.execute(
+            "SELECT name, type FROM pragma_table_list WHERE schema = ?", [schema]
+        )
+        kinds: dict[str, Kind] = {"table": "table", "view": "view", "virtual": "virtual table"}
+        return {name: kinds[kind] for name, kind in rows if kind in kinds and name[:7] != "sqlite_"}
+
+    def lock(self, tables: Sequence[str]) -> None:
+        """Does nothing: the transaction has locked the whole file."""
+
+    def missing_right(self, table: str) -> None:
+        """Nothing: whoever can open the file to write may change all that is in it."""
+
+    def triggers(self, schema: str, table: str) -> list[str]:
+        """The names of the triggers that run where rows are changed."""
+        del schema  # of a file there is one
+        rows = self._driver.execute(
+            "SELECT name, sql FROM sqlite_master"
+            " WHERE type = 'trigger' AND tbl_name = ? COLLATE NOCASE ORDER BY name",
+            [table],
+        )
+        return [name for name, sql in rows if _UPDATE.search(_BODY.split(sql)[0])]
+
+    def is_whole(self, table: str, column: str, declared: Any) -> bool:
+        """Whether a column has integers alone: types are those of values, not of columns."""
+        if isinstance(declared, String):
+            return False
+        (others,) = self._driver.execute(
+            f"SELECT EXISTS (SELECT 1 FROM {table}"
+            f" WHERE typeof({column}) NOT IN ('integer', 'null'))"
+        ).fetchone()
+        return not others
+
+    def as_text(self, column: str) -> str:
+        """A column in SQL as a text; bytes by their hexadecimal digits."""
+        return (
+            f"CASE typeof({column}) WHEN 'blob' THEN hex({column}) ELSE CAST({column} AS TEXT) END"
+        )
+
+    def key(self, column: str) -> str:
+        """How a value is written in SQL, since values of different types are never equal."""
+        return f"quote({column})"
+
+    def read(self, table: str, cells: Mapping[pa.Field, str]) -> Iterator[pa.RecordBatch]:
+        """Reads row by row."""
+        schema = pa.schema(list(cells))
+        with closing(self._driver.cursor()) as cursor:
+            cursor.execute(f"SELECT {', '.join(cells.values())} FROM {table}")
+            for rows in fetched(cursor):
+                values = zip(schema.types, zip(*rows, strict=True), strict=True)
+                columns = [pa.array(own, kind) for kind, own in values]
+                yield pa.RecordBatch.from_arrays(columns, schema=schema)
+
+    def put(self, table: str, columns: Mapping[str, pa.Array]) -> None:
+        """Adds rows one by one."""
+        self._driver.executemany(
+            f"INSERT INTO {table} ({', '.join(columns)}) VALUES ({', '.join('?' * len(columns))})",
+            zip(*(column.to_pylist() for column in columns.values()), strict=True),
+        )

@@ -1,0 +1,289 @@
+"""Replaces the people of tables of a database where they are, in one transaction."""
+
+from __future__ import annotations
+
+from collections.abc import Callable, Iterator, Mapping, Sequence
+from contextlib import ExitStack
+from dataclasses import dataclass, field, replace
+from pathlib import Path
+
+import pyarrow as pa
+
+from vantrel.databases.changing import NewValues
+from vantrel.databases.database import Database
+from vantrel.databases.lengths import fitted
+from vantrel.databases.refusals import refuse_tied, refuse_unchangeable, refuse_unhashable
+from vantrel.databases.table import DatabaseTable, opened_table
+from vantrel.errors import DatabaseError, NoPeopleError
+from vantrel.hints import argument, listed, named
+from vantrel.replacing.asked import Asked, OfTable, refuse_unplanned
+from vantrel.replacing.notes import notes_on_people
+from vantrel.replacing.opened import (
+    OpenedTable,
+    open_table,
+    refuse_unknown_columns,
+    understood,
+)
+from vantrel.replacing.outcome import Outcome
+from vantrel.replacing.passing import Passing
+from vantrel.replacing.people import People
+from vantrel.replacing.record import database_record_of, write_form
+from vantrel.replacing.running import (
+    Progress,
+    learnt,
+    notes_on,
+    plan_of,
+    refuse_leaks,
+    refuse_undecided,
+    replaced_by,
+    rows_learnt,
+    secret_of,
+)
+from vantrel.replacing.secret import write_secret
+from vantrel.storage.files import refuse_missing_folder, refuse_overwriting, replacing
+from vantrel.storage.together import replacing_together
+from vantrel.wording import listed as joined
+
+_SHOWN_ROWS = 10
+
+
+@dataclass(frozen=True)
+class Excerpt:
+    """The first rows of a table as they are, and as they would be.
+
+    Attributes:
+        table: The name of the table.
+        key: The columns of its primary key.
+        columns: The columns that are changed.
+        keys: The values of the key in each row.
+        before: The values of the columns that are changed.
+        after: Those that take their place.
+    """
+
+    table: str
+    key: tuple[str, ...]
+    columns: tuple[str, ...]
+    keys: list[list[object]] = field(default_factory=list)
+    before: list[list[object]] = field(default_factory=list)
+    after: list[list[object]] = field(default_factory=list)
+
+    def add(self, batch: pa.RecordBatch, new: Mapping[str, pa.Array]) -> None:
+        """Takes the first rows of a batch, if there are too few yet."""
+        rows = min(_SHOWN_ROWS - len(self.before), batch.num_rows)
+        self.keys.extend(_rows([batch.column(name) for name in self.key], rows))
+        self.before.extend(_rows([batch.column(name) for name in self.columns], rows))
+        self.after.extend(_rows([new[name] for name in self.columns], rows))
+
+
+def _rows(columns: Sequence[pa.Array], rows: int) -> list[list[object]]:
+    return [[column[row].as_py() for column in columns] for row in range(rows)]
+
+
+class _Changed:
+    """A table on its way to be changed."""
+
+    def __init__(
+        self,
+        table: OpenedTable[DatabaseTable],
+        who: People,
+        number: int,
+        further: Callable[[int], object],
+    ) -> None:
+        columns = _changed_columns(table)
+        self.excerpt = Excerpt(table.copied.name, table.copied.key, tuple(columns))
+        self.values = NewValues(table.copied, list(columns), number)
+        self.passing = Passing(who, table.roles, table.asked.scrub, table.others)
+        self._made_as = columns
+        self._told = table.copied.told
+        self._further = further
+
+    def __call__(self, batch: pa.RecordBatch) -> dict[str, pa.Array]:
+        """Makes the new values of a batch."""
+        made = self.passing(batch)
+        new = {
+            column: fitted(made[column], self._told[column].most, column, what)
+            for column, what in self._made_as.items()
+        }
+        self.excerpt.add(batch, new)
+        self._further(batch.num_rows)
+        return new
+
+
+def replace_in_place(
+    database: Database,
+    tables: Sequence[str],
+    asked: Asked,
+    *,
+    secret_file: Path | None = None,
+    people: Path | None = None,
+    separator: str | None = None,
+    encoding: str | None = None,
+    record: Path | None = None,
+    force: bool = False,
+    is_rehearsal: bool = False,
+    progress: Progress,
+) -> tuple[Outcome, list[Excerpt]]:
+    """Replaces the people of tables and commits; if anything fails, nothing is changed.
+
+    All new values are made, and known to fit, before the first row is changed.
+
+    Args:
+        database: The database, opened to be changed unless it is a rehearsal.
+        tables: The names of tables. If there are none, those of the plan, or else all in which
+            people are found.
+        asked: What else is asked for.
+        secret_file: The file with the secret, made if it is not there. If None, the secret is that
+            of the environment, or one that nobody ever knows.
+        people: A file with the genders and countries of people, which is only read.
+        separator: What separates the cells of that file; found if None.
+        encoding: The encoding of that file.
+        record: The file of a record of the run, if one is wanted.
+        force: Whether that file is overwritten.
+        is_rehearsal: Whether all is done but the changes.
+        progress: What is told how far the rows are.
+
+    Returns:
+        What came of it, and the first rows of each table before and after.
+
+    Raises:
+        VantrelError: A table, the secret or what is asked for cannot be used.
+        LeakError: Somebody is still named, where that is to be an error.
+        OSError: The secret or the record cannot be written.
+    """
+    if record is not None:
+        refuse_missing_folder(record)
+        refuse_overwriting(record, *filter(None, (secret_file, people)), force=force)
+    opened = _opened(database, tables, asked, is_changing=not is_rehearsal)
+    with ExitStack() as stack:
+        told = []
+        if people is not None:
+            told.append(open_table(stack, people, asked, separator, encoding, is_only_read=True))
+        refuse_unknown_columns([*opened, *told], asked)
+        if asked.strict:
+            refuse_undecided(opened)
+        secret, is_new = secret_of(secret_file)
+        who = learnt(secret, asked, told, opened, progress)
+    with replacing_together(force=force) as opener:
+        with progress("Replacing", rows_learnt(who, opened)) as further:
+            changed = [_Changed(each, who, place, further) for place, each in enumerate(opened)]
+            for each in changed:
+                each.values.make(each)
+        report = who.finish()
+        replaced = [
+            replaced_by(each.passing, table, None)
+            for each, table in zip(changed, opened, strict=True)
+        ]
+        if asked.fail_on_leak:
+            refuse_leaks(replaced)
+        notes = [
+            *_notes_on_triggers(opened),
+            *notes_on(told, opened, replaced, report),
+            *notes_on_people(report, no_real=asked.no_real),
+        ]
+        if not is_rehearsal:
+            for each in changed:
+                each.values.take_effect()
+            database.engine.settle()
+            if record is not None:
+                write_form(opener, record, database_record_of(replaced, asked, report))
+            if secret_file is not None and is_new:
+                write_secret(secret_file, secret, opener)
+    if is_rehearsal:
+        if secret_file is not None and is_new:
+            notes.append("No secret was kept: another one decides when this is done.")
+    else:
+        database.commit()
+    return Outcome(replaced, report, notes), [each.excerpt for each in changed]
+
+
+def plan_database(
+    database: Database, tables: Sequence[str], plan: Path, asked: Asked, *, force: bool = False
+) -> None:
+    """Writes as a plan what would become of each column of tables, and changes nothing.
+
+    Args:
+        database: The database.
+        tables: The names of tables; if there are none, all in which people are found.
+        plan: The file of the plan.
+        asked: What is asked for already.
+        force: Whether a file is overwritten that is there.
+    """
+    refuse_missing_folder(plan)
+    refuse_overwriting(plan, force=force)
+    opened = [
+        understood(opened_table(database, name), asked) for name in _names(database, tables, asked)
+    ]
+    refuse_unknown_columns(opened, asked)
+    text = plan_of(opened)
+    with replacing(plan, force=force) as file:
+        file.write(text)
+
+
+def _opened(
+    database: Database, names: Sequence[str], asked: Asked, *, is_changing: bool
+) -> list[OpenedTable[DatabaseTable]]:
+    """Opens tables that can be changed, and keeps others from changing them."""
+    chosen = _names(database, names, asked)
+    refuse_unplanned(map(Path, chosen), asked.plan)
+    tables = [opened_table(database, name) for name in chosen]
+    refuse_unchangeable(tables)
+    if is_changing:
+        database.engine.lock([table.sql for table in tables])
+    opened = [understood(table, asked) for table in tables]
+    changes = {table.copied: _changed_columns(table) for table in opened}
+    refuse_tied(database, changes)
+    for table in opened:
+        hashed = [column for column, each in table.others.items() if each.kind == "hash"]
+        refuse_unhashable(table.copied, hashed)
+    return opened
+
+
+def _names(database: Database, named_tables: Sequence[str], asked: Asked) -> list[str]:
+    """The tables that are named, or those of the plan, or those in which people are found."""
+    if named_tables:
+        return [*dict.fromkeys(named_tables)]
+    if asked.plan:
+        return [*asked.plan.tables]
+    found = [
+        name
+        for name in database.tables
+        if name in asked.of_tables or _has_people(opened_table(database, name), asked)
+    ]
+    if not found:
+        raise DatabaseError(
+            f"No people were found in schema {database.schema!r} of {database.address}: name"
+            f" tables, by {argument('table', ...)}. Its tables are: {listed(database.tables)}."
+        )
+    return found
+
+
+def _has_people(table: DatabaseTable, asked: Asked) -> bool:
+    """Tells whether people are found in a table, or columns of it are to be changed otherwise."""
+    of_any = OfTable(
+        columns=asked.of(table.path, table.columns).columns, others=asked.of_all.others
+    )
+    try:
+        found = understood(table, replace(asked, of_all=of_any, plan=None))
+    except NoPeopleError:
+        return False
+    return bool(_changed_columns(found))
+
+
+def _changed_columns(table: OpenedTable[DatabaseTable]) -> dict[str, str]:
+    """The columns of a table that get new values, and what these are made as."""
+    others = {
+        column: str(action) for column, action in table.others.items() if action.kind != "keep"
+    }
+    return {**table.roles.replaced, **others, **dict.fromkeys(table.asked.scrub, "scrub")}
+
+
+def _notes_on_triggers(tables: Sequence[OpenedTable[DatabaseTable]]) -> Iterator[str]:
+    for table in tables:
+        of = table.copied
+        names = of.database.engine.triggers(of.database.schema, of.name)
+        if names:
+            run = "triggers run" if len(names) > 1 else "trigger runs"
+            yield (
+                f"{named(of.name)}: {run} where rows are changed, and may keep what was there:"
+                f" {joined([repr(name) for name in names])}."
+            )

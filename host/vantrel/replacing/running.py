@@ -1,0 +1,136 @@
+"""What runs on files and on databases have in common: learning, and telling what came of it."""
+
+from __future__ import annotations
+
+from collections.abc import Callable, Iterable, Iterator, Sequence
+from contextlib import AbstractContextManager
+from itertools import chain
+from pathlib import Path
+from typing import Any
+
+from vantrel.errors import LeakError, UndecidedError
+from vantrel.hints import argument, named
+from vantrel.replacing.asked import Asked
+from vantrel.replacing.leaks import Leak
+from vantrel.replacing.notes import further, notes_on_table, notes_on_undecided
+from vantrel.replacing.opened import OpenedTable
+from vantrel.replacing.outcome import Replaced
+from vantrel.replacing.passing import Passing
+from vantrel.replacing.people import People, Report, Table
+from vantrel.replacing.plan import write_plan
+from vantrel.replacing.secret import checked_secret, read_or_draw_secret
+
+# From what is done and the number of rows, where it is known, to what is told of further rows.
+type Progress = Callable[[str, int | None], AbstractContextManager[Callable[[int], object]]]
+
+type Opened = OpenedTable[Any]
+
+
+def secret_of(file: Path | None) -> tuple[bytes, bool]:
+    """Gives the secret of a run, and whether it is a new one that the file is to keep."""
+    return (checked_secret(None), False) if file is None else read_or_draw_secret(file)
+
+
+def learnt(
+    secret: bytes,
+    asked: Asked,
+    only_read: Sequence[Opened],
+    replaced: Sequence[Opened],
+    progress: Progress,
+) -> People:
+    """Learns who is who from the tables of a run, first from those that are only read."""
+    who = People(secret, place=asked.place, no_real=asked.no_real, ways=asked.ways)
+    with progress("Reading", None) as further:
+
+        def learn(tables: Sequence[Opened]) -> None:
+            for table in tables:
+                for batch in table.copied.batches(table.roles.needed):
+                    who.learn(batch, table.roles, table.name)
+                    further(batch.num_rows)
+
+        if only_read:
+            learn(only_read)
+            who.end_what_is_only_read()
+        learn(replaced)
+    who.settle()
+    return who
+
+
+def plan_of(tables: Iterable[Opened]) -> str:
+    """Writes what would become of each column of tables as a plan."""
+    return write_plan(
+        {
+            table.copied.path.name: (table.roles, table.copied.columns, table.asked.fates)
+            for table in tables
+        }
+    )
+
+
+def rows_learnt(who: People, tables: Iterable[Opened]) -> int:
+    """The number of the rows of tables that were learnt."""
+    return sum(who.tables[table.name].rows for table in tables if table.name in who.tables)
+
+
+def replaced_by(passing: Passing, table: Opened, output: Path | None) -> Replaced:
+    """Tells what became of a table, all of whose rows have passed."""
+    return Replaced(
+        table.copied.path,
+        output,
+        table.roles,
+        table.asked,
+        passing.rows,
+        table.staying,
+        passing.leaks(),
+        table.others,
+        passing.notes(),
+    )
+
+
+def notes_on(
+    only_read: Sequence[Opened],
+    tables: Sequence[Opened],
+    replaced: Sequence[Replaced],
+    report: Report,
+) -> Iterator[str]:
+    """Tells of each table what is to be told; by its name where there are several."""
+    known: list[tuple[Opened, list[Leak], list[str]]] = [(each, [], []) for each in only_read]
+    known += [(table, done.leaks, done.notes) for table, done in zip(tables, replaced, strict=True)]
+    for table, leaks, on_others in known:
+        met = report.tables.get(table.name, Table())
+        undecided = notes_on_undecided(table.roles, table.asked.undecided)
+        for note in chain(notes_on_table(table.roles, met, leaks), on_others, undecided):
+            yield f"{named(table.name)}: {note}" if len(known) > 1 else note
+
+
+def refuse_undecided(tables: Sequence[Opened]) -> None:
+    """Refuses tables that have columns of which nobody has decided what becomes of them."""
+    undecided = [
+        f"{named(table.name)}: {note}"
+        for table in tables
+        for note in notes_on_undecided(table.roles, table.asked.undecided)
+    ]
+    if undecided:
+        raise UndecidedError(
+            f"Nothing was written, as columns look personal and are not decided."
+            f" {' '.join(undecided)}"
+        )
+
+
+def refuse_leaks(tables: Iterable[Replaced]) -> None:
+    """Refuses tables in which somebody is still named."""
+    leaks = [
+        f"{named(table.path)}: {leak}: add {argument('scrub', [leak.column])}"
+        for table in tables
+        for leak in table.leaks
+        if leak.kind == "person"
+    ]
+    leaks += [
+        f"{named(table.path)}: {further(choice)}"
+        for table in tables
+        for choice in table.roles.further
+    ]
+    if leaks:
+        raise LeakError(
+            f"Nothing was written, as people are still named. {'; '.join(leaks)}. Do so, or leave"
+            " these columns out of the tables."
+        )
