@@ -37,7 +37,8 @@ CREATE TABLE addresses (
 );
 CREATE TABLE orders (
     id integer PRIMARY KEY, customer_id integer NOT NULL REFERENCES customers,
-    name varchar(80), email varchar(80), ordered date, total numeric(9, 2), payment text
+    name varchar(80), email varchar(80), ordered date, total numeric(9, 2), payment text,
+    recipient_id integer REFERENCES customers, recipient_name varchar(80)
 );
 CREATE TABLE payments (
     id integer PRIMARY KEY, order_id integer NOT NULL REFERENCES orders,
@@ -84,8 +85,10 @@ def addresses() -> Iterator[Row]:
 
 
 def orders() -> Iterator[Row]:
-    """The orders as they are."""
-    yield from rows_of("orders")
+    """The orders, of which each third is a gift for another customer."""
+    friends = [(number, f"{first} {last}") for number, _, first, last, *_ in rows_of("customers")]
+    for place, row in enumerate(rows_of("orders")):
+        yield (*row, *(friends[place % len(friends)] if place % 3 == 0 else (None, None)))
 
 
 def payments() -> Iterator[Row]:
