@@ -37,6 +37,40 @@ TOLD_APART = [
             "driver_2": {"driver2_name": "name", "driver2_licence": "licence"},
         },
     ),
+    (
+        "buyer_name buyer_home_email seller_name seller_home_email",
+        {
+            "buyer": {"buyer_name": "name", "buyer_home_email": "home_email"},
+            "seller": {"seller_name": "name", "seller_home_email": "home_email"},
+        },
+    ),
+    (
+        "owner_name co_owner_name driver_name driver_2_name",
+        {
+            "owner": {"owner_name": "name"},
+            "co_owner": {"co_owner_name": "name"},
+            "driver": {"driver_name": "name"},
+            "driver_2": {"driver_2_name": "name"},
+        },
+    ),
+    (
+        "customer_name customer_email user_name user_email",
+        {
+            "customer": {"customer_name": "name", "customer_email": "email"},
+            "user": {"user_name": "user_name", "user_email": "email"},
+        },
+    ),
+    (
+        "kaeufer_vorname verkaeufer_vorname",
+        {
+            "kaeufer": {"kaeufer_vorname": "vorname"},
+            "verkaeufer": {"verkaeufer_vorname": "vorname"},
+        },
+    ),
+    (
+        "acheteur_nom vendeur_nom",
+        {"acheteur": {"acheteur_nom": "nom"}, "vendeur": {"vendeur_nom": "nom"}},
+    ),
 ]
 
 TOGETHER = [
@@ -51,6 +85,10 @@ TOGETHER = [
     "first_name first_name_2",
     "company_name product_name name",
     "birth_name maiden_name first_name last_name",
+    "customer_first_name customer_last_name customer_home_email customer_work_email",
+    "customer_id customer_home_email customer_work_email",
+    "customer_first_name customer_last_name customer_display_name customer_legal_name",
+    "customer_name customer_company_name customer_street_name customer_city_name",
     "",
 ]
 
