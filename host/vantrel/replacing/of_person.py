@@ -81,7 +81,7 @@ def with_keys(
 
     Args:
         people: The people of a row.
-        keys: Keys, each of the person whose name its first column bears.
+        keys: Keys, each of the person whose name one of its columns bears, the first that does.
         named: Keys by the names of people.
         the_table: What errors call the table.
 
@@ -97,7 +97,7 @@ def with_keys(
             )
     given = dict(named)
     for key in keys:
-        owner = owner_among(key[0], names)
+        owner = next((each for column in key if (each := owner_of(column, names))), names[0])
         if owner in given:
             raise _two_keys(given[owner], key, owner, the_table)
         given[owner] = key
