@@ -161,6 +161,18 @@ def test_what_is_called_as_a_column_of_the_first_person_is_not_hers(orders: pd.D
     assert [choice.column for choice in roles.further] == ["email"]
 
 
+def test_columns_that_are_named_are_beside_those_of_a_plan(orders: pd.DataFrame) -> None:
+    people = [OfPerson(name, (), {"email": (f"{name}_email",)}) for name in KEYS]
+    table = orders.assign(seller_mail="q@q.org")
+    named = {"email": ["seller_mail", "seller_email"]}
+    _, seller = find_roles(table, people=people, columns=named).people
+    assert seller.columns["email"] == ("seller_mail", "seller_email")
+    _, seller = find_roles(table, people=people, columns={"email": ["seller_mail"]}).people
+    assert seller.columns["email"] == ("seller_mail", "seller_email")
+    _, seller = find_roles(table, people=people, columns={"email": []}, has_others=True).people
+    assert "email" not in seller.columns
+
+
 def test_what_is_of_somebody_else_is_not_the_first_persons(orders: pd.DataFrame) -> None:
     accounts = {"buyer_email": "agent_email", "buyer_mobile": "agent_mobile"}
     table = orders.rename(columns=accounts).drop(columns=["seller_email", "seller_mobile"])

@@ -41,8 +41,8 @@ def with_columns(
 ) -> list[OfPerson]:
     """Asks besides for columns of attributes, each of the person whose name it bears.
 
-    They come before what was asked of her for the same attribute. Attributes without columns are
-    not looked for with anybody.
+    They come beside those that were asked of her for the same attribute, and before them.
+    Attributes without columns are not looked for with anybody.
     """
     names = [person.name for person in people]
     given: dict[str, dict[str, tuple[str, ...]]] = {name: {} for name in names}
@@ -53,9 +53,20 @@ def with_columns(
         if not those:
             given = {name: {**own, attribute: ()} for name, own in given.items()}
     return [
-        replace(person, columns={**person.columns, **given[person.name]}, kept=person.kept | kept)
+        replace(person, columns=_both(given[person.name], person.columns), kept=person.kept | kept)
         for person in people
     ]
+
+
+def _both(
+    given: Mapping[str, tuple[str, ...]], before: Mapping[str, tuple[str, ...]]
+) -> dict[str, tuple[str, ...]]:
+    """Joins the columns of each attribute, but for what is not to be looked for."""
+    joined = {
+        attribute: tuple(dict.fromkeys((*those, *before.get(attribute, ())))) if those else ()
+        for attribute, those in given.items()
+    }
+    return {**before, **joined}
 
 
 def with_household(people: Sequence[OfPerson], column: str) -> list[OfPerson]:
