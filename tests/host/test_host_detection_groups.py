@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import pytest
 
-from vantrel.detection.groups import groups_of, owner_of, without_label
+from vantrel.detection.groups import groups_of, is_of_somebody_else, owner_of, without_label
 
 TOLD_APART = [
     (
@@ -131,3 +131,19 @@ def test_what_is_left_of_a_name() -> None:
     assert without_label("Buyer", "buyer") == "Buyer"
     assert without_label("name", "buyer") == "name"
     assert without_label("name", "") == "name"
+
+
+@pytest.mark.parametrize(
+    ("column", "is_of_another"),
+    [
+        ("agent_email", True),
+        ("contact", True),
+        ("contact_number", False),
+        ("customer_email", False),
+        ("seller_email", False),
+        ("broker_email", False),
+        ("billing_email", False),
+    ],
+)
+def test_columns_of_somebody_who_is_not_there(column: str, is_of_another: bool) -> None:
+    assert is_of_somebody_else(column, ["", "seller", "broker"]) == is_of_another

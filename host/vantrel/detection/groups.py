@@ -93,17 +93,23 @@ def without_label(column: str, label: str) -> str:
     name does that is the user's.
     """
     rest = _rest(column, label) if label else None
-    is_whole = whole_kind(words_of(column)) not in (None, SOMEBODY)
-    return "_".join(rest) if rest and not is_whole else column
+    return "_".join(rest) if rest and not _is_whole(column) else column
+
+
+def _is_whole(column: str) -> bool:
+    """Whether all of a name means something that a person has."""
+    return whole_kind(words_of(column)) not in (None, SOMEBODY)
 
 
 def is_of_somebody_else(column: str, labels: Iterable[str]) -> bool:
     """Whether a name has a word for somebody who is none of the people with these labels.
 
-    Words that may be for anybody, such as "customer", do not say so.
+    Words that may be for anybody, such as "customer", do not say so, nor do names that mean
+    something as they are, such as "contact number".
     """
     own = {word for label in labels for word in words_of(label)}
-    return not (_BELONGING | _FURTHER).isdisjoint({*words_of(column)} - own)
+    is_borne = not (_BELONGING | _FURTHER).isdisjoint({*words_of(column)} - own)
+    return is_borne and not _is_whole(column)
 
 
 def _rest(column: str, label: str) -> list[str] | None:

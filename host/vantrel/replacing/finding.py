@@ -119,7 +119,7 @@ def _without_owner(
 ) -> dict[str, str]:
     """The columns that bear no label, unless a labelled one of the first person is called so.
 
-    Nor are those hers that name somebody else, who would be taken for her if she had no such column.
+    Nor are those hers that name somebody else, whose address might become her key.
     """
     known = {joined(short) for short in own.values()}
     return {
