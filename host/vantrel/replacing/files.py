@@ -30,7 +30,7 @@ from vantrel.replacing.outputs import (
 )
 from vantrel.replacing.passing import Passing
 from vantrel.replacing.people import People, Report, Table
-from vantrel.replacing.plan import write_plan
+from vantrel.replacing.plan import Decided, write_plan
 from vantrel.replacing.record import write_record
 from vantrel.replacing.secret import checked_secret, read_or_draw_secret, write_secret
 from vantrel.storage.files import refuse_missing_folder, refuse_overwriting, replacing
@@ -144,7 +144,9 @@ def plan_files(
         refuse_unknown_columns(tables, asked)
         text = write_plan(
             {
-                table.copied.path.name: (table.roles, table.copied.columns, table.asked.fates)
+                table.copied.path.name: Decided(
+                    table.roles, table.copied.columns, table.asked.fates, table.empty
+                )
                 for table in tables
             }
         )

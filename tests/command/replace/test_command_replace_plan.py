@@ -114,6 +114,20 @@ def test_what_nobody_has_decided() -> None:
     )
 
 
+def test_a_column_that_is_empty_yet_is_not_decided() -> None:
+    lines = [f"{n},Ann Lee,,," for n in range(30)]
+    Path("empty.csv").write_text("\n".join(["id,name,contact_id,contact_email,memo", *lines]))
+    succeed("replace empty.csv --key id --other memo=blank --write-plan plan.toml")
+    assert Path("plan.toml").read_text().split("\n\n")[-1] == (
+        '[tables."empty.csv".other]\nid = "keep" # the key\n'
+        'contact_id = "undecided" # empty: no value tells what it holds\n'
+        'contact_email = "undecided" # empty: no value tells what it holds\n'
+        'memo = "blank" # empty: no value tells what it holds\n'
+    )
+    refused = fail("replace empty.csv -o out.csv --plan plan.toml --secret s --strict", 1)
+    assert "Column 'contact_email' is undecided." in refused
+
+
 BAD = [
     ("", 'Plan plan.toml: It has no line format = "vantrel-plan", so it is no plan.'),
     ("[[", "Plan plan.toml is not TOML: "),
