@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import pytest
 
-from vantrel.detection.groups import groups_of, owner_of, without_label
+from vantrel.detection.groups import groups_of, is_of_somebody_else, owner_of, without_label
 
 TOLD_APART = [
     (
@@ -37,6 +37,40 @@ TOLD_APART = [
             "driver_2": {"driver2_name": "name", "driver2_licence": "licence"},
         },
     ),
+    (
+        "buyer_name buyer_home_email seller_name seller_home_email",
+        {
+            "buyer": {"buyer_name": "name", "buyer_home_email": "home_email"},
+            "seller": {"seller_name": "name", "seller_home_email": "home_email"},
+        },
+    ),
+    (
+        "owner_name co_owner_name driver_name driver_2_name",
+        {
+            "owner": {"owner_name": "name"},
+            "co_owner": {"co_owner_name": "name"},
+            "driver": {"driver_name": "name"},
+            "driver_2": {"driver_2_name": "name"},
+        },
+    ),
+    (
+        "customer_name customer_email user_name user_email",
+        {
+            "customer": {"customer_name": "name", "customer_email": "email"},
+            "user": {"user_name": "user_name", "user_email": "email"},
+        },
+    ),
+    (
+        "kaeufer_vorname verkaeufer_vorname",
+        {
+            "kaeufer": {"kaeufer_vorname": "vorname"},
+            "verkaeufer": {"verkaeufer_vorname": "vorname"},
+        },
+    ),
+    (
+        "acheteur_nom vendeur_nom",
+        {"acheteur": {"acheteur_nom": "nom"}, "vendeur": {"vendeur_nom": "nom"}},
+    ),
 ]
 
 TOGETHER = [
@@ -51,6 +85,10 @@ TOGETHER = [
     "first_name first_name_2",
     "company_name product_name name",
     "birth_name maiden_name first_name last_name",
+    "customer_first_name customer_last_name customer_home_email customer_work_email",
+    "customer_id customer_home_email customer_work_email",
+    "customer_first_name customer_last_name customer_display_name customer_legal_name",
+    "customer_name customer_company_name customer_street_name customer_city_name",
     "",
 ]
 
@@ -93,3 +131,19 @@ def test_what_is_left_of_a_name() -> None:
     assert without_label("Buyer", "buyer") == "Buyer"
     assert without_label("name", "buyer") == "name"
     assert without_label("name", "") == "name"
+
+
+@pytest.mark.parametrize(
+    ("column", "is_of_another"),
+    [
+        ("agent_email", True),
+        ("contact", True),
+        ("contact_number", False),
+        ("customer_email", False),
+        ("seller_email", False),
+        ("broker_email", False),
+        ("billing_email", False),
+    ],
+)
+def test_columns_of_somebody_who_is_not_there(column: str, is_of_another: bool) -> None:
+    assert is_of_somebody_else(column, ["", "seller", "broker"]) == is_of_another

@@ -119,6 +119,11 @@ def test_keys_go_to_whom_their_name_tells(orders: pd.DataFrame) -> None:
     assert keys("order") == [("order",), ("seller_email",)]
     assert keys(["buyer_id", "order"]) == [("buyer_id", "order"), ("seller_email",)]
     assert keys("buyer_id", ["seller_id"]) == keys(KEYS) == [("buyer_id",), ("seller_id",)]
+    assert keys(["order", "seller_id"]) == [("buyer_email",), ("order", "seller_id")]
+    assert keys(["order", "buyer_id"], [["order", "seller_id"]]) == [
+        ("order", "buyer_id"),
+        ("order", "seller_id"),
+    ]
     assert keys({"seller": "buyer_id"}) == [("buyer_email",), ("buyer_id",)]
     assert keys(None) == [("buyer_email",), ("seller_email",)]
 
@@ -154,6 +159,37 @@ def test_what_is_called_as_a_column_of_the_first_person_is_not_hers(orders: pd.D
     roles = find_roles(table)
     assert roles.people[0].columns["email"] == ("buyer_email",)
     assert [choice.column for choice in roles.further] == ["email"]
+
+
+def test_columns_that_are_named_are_beside_those_of_a_plan(orders: pd.DataFrame) -> None:
+    people = [OfPerson(name, (), {"email": (f"{name}_email",)}) for name in KEYS]
+    table = orders.assign(seller_mail="q@q.org")
+    named = {"email": ["seller_mail", "seller_email"]}
+    _, seller = find_roles(table, people=people, columns=named).people
+    assert seller.columns["email"] == ("seller_mail", "seller_email")
+    _, seller = find_roles(table, people=people, columns={"email": ["seller_mail"]}).people
+    assert seller.columns["email"] == ("seller_mail", "seller_email")
+    _, seller = find_roles(table, people=people, columns={"email": []}, has_others=True).people
+    assert "email" not in seller.columns
+
+
+def test_what_is_of_somebody_else_is_not_the_first_persons(orders: pd.DataFrame) -> None:
+    accounts = {"buyer_email": "agent_email", "buyer_mobile": "agent_mobile"}
+    table = orders.rename(columns=accounts).drop(columns=["seller_email", "seller_mobile"])
+    roles = find_roles(table)
+    assert roles.people[0].key == ("buyer_first_name", "buyer_last_name")
+    assert {choice.column for choice in roles.further} == set(accounts.values())
+
+
+@pytest.mark.parametrize("rows", [0, 20])
+def test_a_person_with_a_key_whom_no_row_has(orders: pd.DataFrame, rows: int) -> None:
+    table = orders.head(rows).copy()
+    sellers = [column for column in map(str, table) if column.startswith("seller")]
+    table[sellers] = None
+    out = vantrel.replace(table, KEYS, SECRET)
+    alone = vantrel.replace(table.drop(columns=sellers), "buyer_id", SECRET)
+    pd.testing.assert_frame_equal(out.drop(columns=sellers), alone)
+    assert out[sellers].isna().all(axis=None)
 
 
 def test_labels_whose_columns_hold_nothing_of_a_person_are_none(users: pd.DataFrame) -> None:

@@ -34,9 +34,13 @@ _FURTHER = frozenset(
     """
     agent broker landlord lender borrower applicant sponsor reporter assignee approver reviewer
     creditor debtor plaintiff defendant witness insured policyholder nurse consignee consignor
-    shipper receiver payer bride groom caller referrer teacher trainer coach billing shipping
+    shipper receiver payer bride groom caller referrer teacher trainer coach
+    kaeufer verkaeufer absender zahler vendeur vendeuse acheteuse expediteur vendedor vendedora
+    comprador compradora remitente venditore mittente verkoper koper afzender
     """.split()
 )
+# There is a name and an address for each, which may be one person's or another's.
+_PURPOSES = frozenset("billing shipping".split())
 # Before a name these leave it that of the same person.
 _OF_THE_SAME = frozenset("account legal display complete whole ihr your dein".split())
 
@@ -55,13 +59,15 @@ def groups_of(columns: Iterable[object]) -> Groups:
 
     A label is a word for somebody, alone or with others, such as "buyer" or "emergency contact". It
     tells of a person where a name stands under it, or an e-mail address or user name that another
-    label has, too. Columns without a label are another person's where they have names as well, and
-    those with one share an attribute with them or are of somebody who belongs to her.
+    label has, too. What follows the word tells nobody apart: "buyer home" is the buyer. Columns
+    without a label are another person's where they have names as well, and those with one share an
+    attribute with them or are of somebody who belongs to her.
     """
     texts = [column for column in columns if isinstance(column, str)]
     kinds = _kinds_by_label(texts)
     of_nobody = kinds.pop("", set())
     labels = [label for label in kinds if _tells_a_person(label, kinds)]
+    labels = [label for label in labels if _person_of(label) not in {*labels} - {label}]
     if of_nobody & _NAMES:
         labels = ["", *(each for each in labels if _is_another(each, kinds[each], of_nobody))]
     if len(labels) < 2:
@@ -81,9 +87,29 @@ def owner_of(column: str, labels: Iterable[str]) -> str:
 
 
 def without_label(column: str, label: str) -> str:
-    """Gives the name of a column without a label that it bears; all of it where nothing is left."""
+    """Gives the name of a column without a label that it bears.
+
+    All of it is given where nothing would be left, or where it means something as it is, as a user
+    name does that is the user's.
+    """
     rest = _rest(column, label) if label else None
-    return "_".join(rest) if rest else column
+    return "_".join(rest) if rest and not _is_whole(column) else column
+
+
+def _is_whole(column: str) -> bool:
+    """Whether all of a name means something that a person has."""
+    return whole_kind(words_of(column)) not in (None, SOMEBODY)
+
+
+def is_of_somebody_else(column: str, labels: Iterable[str]) -> bool:
+    """Whether a name has a word for somebody who is none of the people with these labels.
+
+    Words that may be for anybody, such as "customer", do not say so, nor do names that mean
+    something as they are, such as "contact number".
+    """
+    own = {word for label in labels for word in words_of(label)}
+    is_borne = not (_BELONGING | _FURTHER).isdisjoint({*words_of(column)} - own)
+    return is_borne and not _is_whole(column)
 
 
 def _rest(column: str, label: str) -> list[str] | None:
@@ -120,11 +146,27 @@ def _labels_of(column: str) -> Iterator[tuple[str, str]]:
 
 
 def _is_of_somebody(label: list[str]) -> bool:
-    return not _words_for_people().isdisjoint([*label, "".join(label)])
+    return not _words_for_people().isdisjoint(label) or _is_joined(label)
+
+
+def _person_of(label: str) -> str:
+    """Leaves out what follows the last word for somebody, but for what numbers several people."""
+    words = words_of(label)
+    while len(words) > 1 and len(words[-1]) > 1 and not words[-1].isdigit():
+        if _is_of_somebody(words[-1:]) or _is_joined(words):
+            break
+        words = words[:-1]
+    return "_".join(words)
+
+
+def _is_joined(words: list[str]) -> bool:
+    """Whether words are for somebody only together, as in "ship to"."""
+    return "".join(words) in _words_for_people()
 
 
 def _tells_a_person(label: str, kinds: Mapping[str, Collection[str]]) -> bool:
-    others = {kind for other, its in kinds.items() if other != label for kind in its}
+    who = _person_of(label)
+    others = {kind for other, its in kinds.items() if _person_of(other) != who for kind in its}
     return not _NAMES.isdisjoint(kinds[label]) or not _ACCOUNTS.isdisjoint(
         others.intersection(kinds[label])
     )
@@ -139,4 +181,4 @@ def _is_another(label: str, own: set[str], of_nobody: set[str]) -> bool:
 @cache
 def _words_for_people() -> frozenset[str]:
     somebody = {joined(name) for name in names_of_kind(SOMEBODY)}
-    return (PERSONS | _BELONGING | _FURTHER).union(somebody) - _OF_THE_SAME
+    return (PERSONS | _BELONGING | _FURTHER | _PURPOSES).union(somebody) - _OF_THE_SAME

@@ -139,7 +139,7 @@ def _person(person: Person) -> OfPerson:
     return OfPerson(
         person.name,
         tuple(person.key),
-        {attribute: tuple(person.columns_of(attribute)) for attribute in ATTRIBUTES},
+        {name: tuple(those) for name in ATTRIBUTES if (those := person.columns_of(name))},
         frozenset(person.keep),
         person.of,
         person.household,

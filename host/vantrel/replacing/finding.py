@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Mapping, Sequence
+from collections.abc import Collection, Iterable, Mapping, Sequence
 from dataclasses import replace
 from typing import NamedTuple
 
@@ -10,7 +10,7 @@ import pandas as pd
 
 from vantrel.attributes import ATTRIBUTES, LEARNT
 from vantrel.detection import NOTHING, Detection, detect
-from vantrel.detection.groups import groups_of, owner_of
+from vantrel.detection.groups import groups_of, is_of_somebody_else, owner_of
 from vantrel.detection.names import joined
 from vantrel.replacing.of_person import OfPerson, with_columns
 from vantrel.replacing.person import REPLACED, Person
@@ -58,6 +58,7 @@ def find_people(
     planned: Sequence[OfPerson],
     given: Mapping[str, Sequence[str]],
     kept: frozenset[str],
+    keyed: Iterable[str] = (),
 ) -> list[Found]:
     """Finds the people of each row: those of a plan, or several that names tell apart, or one.
 
@@ -66,10 +67,11 @@ def find_people(
         planned: The people of a plan; none if they are to be found.
         given: The columns of attributes that are not to be found.
         kept: Attributes that stay as they are.
+        keyed: The columns of keys that are named, and the names of people who have one.
     """
     if planned:
         return [Found(each, NOTHING) for each in with_columns(planned, given, kept)]
-    several = _several(table, given, kept)
+    several = _several(table, given, kept, keyed)
     if len(several) > 1:
         return several
     (one,) = with_columns([OfPerson()], given, kept)
@@ -77,9 +79,14 @@ def find_people(
 
 
 def _several(
-    table: pd.DataFrame, given: Mapping[str, Sequence[str]], kept: frozenset[str]
+    table: pd.DataFrame,
+    given: Mapping[str, Sequence[str]],
+    kept: frozenset[str],
+    keyed: Iterable[str],
 ) -> list[Found]:
     """Finds several people, each of whom has something to replace; what is nobody's is the first's.
+
+    One whose columns are all empty is there if she has a key: other rows may have her.
 
     Returns:
         None or one where names do not tell several apart.
@@ -89,7 +96,13 @@ def _several(
         return []
     asked = with_columns([OfPerson(label) for label in groups], given, kept)
     told = [_found(table, each, groups[each.name]) for each in asked]
-    told = [each for each in told if not each.columns.keys().isdisjoint(REPLACED)]
+    with_key = {owner_of(each, groups) or each for each in keyed}
+    told = [
+        each
+        for each in told
+        if not each.columns.keys().isdisjoint(REPLACED)
+        or (each.asked.name in with_key and _is_empty(table, groups[each.asked.name]))
+    ]
     for first in told[:1]:
         own = groups[first.asked.name]
         of_nobody = _without_owner(table.columns, groups, own)
@@ -97,15 +110,25 @@ def _several(
     return told
 
 
+def _is_empty(table: pd.DataFrame, columns: Iterable[str]) -> bool:
+    return bool(table[list(columns)].isna().all(axis=None))
+
+
 def _without_owner(
-    columns: Iterable[object], groups: Iterable[str], own: Mapping[str, str]
+    columns: Iterable[object], groups: Collection[str], own: Mapping[str, str]
 ) -> dict[str, str]:
-    """The columns that bear no label, unless a labelled one of the first person is called so."""
+    """The columns that bear no label, unless a labelled one of the first person is called so.
+
+    Nor are those hers that name somebody else, whose address might become her key.
+    """
     known = {joined(short) for short in own.values()}
     return {
         column: column
         for column in columns
-        if isinstance(column, str) and not owner_of(column, groups) and joined(column) not in known
+        if isinstance(column, str)
+        and not owner_of(column, groups)
+        and not is_of_somebody_else(column, groups)
+        and joined(column) not in known
     }
 
 

@@ -101,8 +101,11 @@ def notes_on_undecided(roles: Roles, undecided: Iterable[str] = ()) -> Iterator[
     """Tells which columns look personal and stay, as nobody has decided otherwise."""
     for choice in roles.further:
         yield f"{further(choice)}."
+    told = {choice.column for choice in roles.further}
     why = {finding.column: finding for finding in roles.personal}
     for column in dict.fromkeys((*why, *undecided)):
+        if column in told:
+            continue
         finding = why.get(column)
         looks = f"looks personal ({finding.kind}): {finding.why}" if finding else "is undecided"
         decision = _decision(column, finding)

@@ -41,8 +41,8 @@ def with_columns(
 ) -> list[OfPerson]:
     """Asks besides for columns of attributes, each of the person whose name it bears.
 
-    They come before what was asked of her for the same attribute. Attributes without columns are
-    not looked for with anybody.
+    They come beside those that were asked of her for the same attribute, and before them.
+    Attributes without columns are not looked for with anybody.
     """
     names = [person.name for person in people]
     given: dict[str, dict[str, tuple[str, ...]]] = {name: {} for name in names}
@@ -53,9 +53,20 @@ def with_columns(
         if not those:
             given = {name: {**own, attribute: ()} for name, own in given.items()}
     return [
-        replace(person, columns={**person.columns, **given[person.name]}, kept=person.kept | kept)
+        replace(person, columns=_both(given[person.name], person.columns), kept=person.kept | kept)
         for person in people
     ]
+
+
+def _both(
+    given: Mapping[str, tuple[str, ...]], before: Mapping[str, tuple[str, ...]]
+) -> dict[str, tuple[str, ...]]:
+    """Joins the columns of each attribute, but for what is not to be looked for."""
+    joined = {
+        attribute: tuple(dict.fromkeys((*those, *before.get(attribute, ())))) if those else ()
+        for attribute, those in given.items()
+    }
+    return {**before, **joined}
 
 
 def with_household(people: Sequence[OfPerson], column: str) -> list[OfPerson]:
@@ -81,7 +92,7 @@ def with_keys(
 
     Args:
         people: The people of a row.
-        keys: Keys, each of the person whose name its first column bears.
+        keys: Keys, each of the person whose name one of its columns bears, the first that does.
         named: Keys by the names of people.
         the_table: What errors call the table.
 
@@ -97,7 +108,7 @@ def with_keys(
             )
     given = dict(named)
     for key in keys:
-        owner = owner_among(key[0], names)
+        owner = next((each for column in key if (each := owner_of(column, names))), names[0])
         if owner in given:
             raise _two_keys(given[owner], key, owner, the_table)
         given[owner] = key

@@ -35,12 +35,14 @@ class OpenedTable[TableT: Batched]:
         roles: What its columns are.
         asked: What is asked of it.
         others: The actions of other columns.
+        empty: The columns without a value in any row.
     """
 
     copied: TableT
     roles: Roles
     asked: OfTable
     others: Mapping[str, Action]
+    empty: tuple[str, ...]
 
     @property
     def staying(self) -> tuple[str, ...]:
@@ -94,7 +96,8 @@ def understood[TableT: Batched](
     if not is_only_read:
         refuse_scrub(copied.columns, roles, own.scrub)
     actions = decided(excerpt, roles, others, own.scrub)
-    return OpenedTable(copied, roles, own, actions)
+    empty = tuple(name for name in copied.columns if excerpt[name].isna().all())
+    return OpenedTable(copied, roles, own, actions, empty)
 
 
 def _refuse_values_as_names(copied: Batched) -> None:

@@ -129,7 +129,8 @@ def find_roles(
         _refuse_missing(table, those, {}, the_table)
     _refuse_missing(table, [household] if household else [], {}, the_table, "for households")
     _refuse_missing(table, (), given, the_table)
-    found = find_people(table, people, given, kept)
+    keyed = [*by_name, *(column for those in keys for column in those)]
+    found = find_people(table, people, given, kept, keyed)
     asked = with_keys([each.asked for each in found], keys, by_name, the_table)
     asked = with_household(asked, household) if household else asked
     for each in asked:

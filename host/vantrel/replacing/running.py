@@ -17,7 +17,7 @@ from vantrel.replacing.opened import OpenedTable
 from vantrel.replacing.outcome import Replaced
 from vantrel.replacing.passing import Passing
 from vantrel.replacing.people import People, Report, Table
-from vantrel.replacing.plan import write_plan
+from vantrel.replacing.plan import Decided, write_plan
 from vantrel.replacing.secret import checked_secret, read_or_draw_secret
 
 # From what is done and the number of rows, where it is known, to what is told of further rows.
@@ -60,7 +60,9 @@ def plan_of(tables: Iterable[Opened]) -> str:
     """Writes what would become of each column of tables as a plan."""
     return write_plan(
         {
-            table.copied.path.name: (table.roles, table.copied.columns, table.asked.fates)
+            table.copied.path.name: Decided(
+                table.roles, table.copied.columns, table.asked.fates, table.empty
+            )
             for table in tables
         }
     )

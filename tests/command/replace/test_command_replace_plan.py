@@ -16,6 +16,7 @@ BORN = "\n".join(
         *(f"{n},f,GB,Ann Lee,19{n + 40}-05-06,x,y" for n in range(30)),
     ]
 )
+NEW = ["first_name", *(f"Q{chr(97 + n % 26)}" for n in range(30))]
 ORDERS = "order,id,to\n1,7,Ann Lee\n"
 PLAN = "replace born.csv orders.csv --key id --write-plan plan.toml"
 RUN = "replace born.csv orders.csv -o {} --plan plan.toml --secret s"
@@ -112,6 +113,38 @@ def test_what_nobody_has_decided() -> None:
         "Column 'memo' is undecided. It stays; --other memo=keep decides."
         in succeed(f"{planned} --force").stderr
     )
+
+
+def test_a_new_column_of_somebody_is_told_where_new_ones_stay() -> None:
+    succeed("replace born.csv --key id --write-plan plan.toml")
+    text = Path("plan.toml").read_text().replace('"refuse"', '"keep"')
+    Path("plan.toml").write_text(text)
+    grown = [f"{line},{new}" for line, new in zip(BORN.split("\n"), NEW, strict=True)]
+    Path("born.csv").write_text("\n".join(grown))
+    told = succeed("replace born.csv -o out.csv --plan plan.toml --secret s").stderr
+    assert (
+        "Column 'first_name' looks like firstname, too, and stays: add --column"
+        " firstname=first_name to replace it." in told
+    )
+    text = text.replace('memo = "keep"', 'memo = "keep"\nfirst_name = "undecided"')
+    Path("plan.toml").write_text(text)
+    notes = succeed("replace born.csv -o c.csv --plan plan.toml --secret s").stderr.splitlines()
+    assert len([note for note in notes if "'first_name'" in note]) == 1
+    assert "first_name" in fail("replace born.csv -o b.csv --plan plan.toml --secret s --strict", 1)
+
+
+def test_a_column_that_is_empty_yet_is_not_decided() -> None:
+    lines = [f"{n},Ann Lee,,," for n in range(30)]
+    Path("empty.csv").write_text("\n".join(["id,name,contact_id,contact_email,memo", *lines]))
+    succeed("replace empty.csv --key id --other memo=blank --write-plan plan.toml")
+    assert Path("plan.toml").read_text().split("\n\n")[-1] == (
+        '[tables."empty.csv".other]\nid = "keep" # the key\n'
+        'contact_id = "undecided" # empty: no value tells what it holds\n'
+        'contact_email = "undecided" # empty: no value tells what it holds\n'
+        'memo = "blank" # empty: no value tells what it holds\n'
+    )
+    refused = fail("replace empty.csv -o out.csv --plan plan.toml --secret s --strict", 1)
+    assert "Column 'contact_email' is undecided." in refused
 
 
 BAD = [

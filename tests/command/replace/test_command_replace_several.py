@@ -186,8 +186,17 @@ BAD = [
         NOBODY + BUYER + '[tables.a.other]\nx = "hash"',
         "Table 'a': column 'x' is the person's and in other, too.",
     ),
-    (NOBODY + "of = 3", "Expected `str`, got `int` - at `$.tables[...].people[0].of`."),
-    (NOBODY + 'kind = "a"', "Object contains unknown field `kind` - at `$.tables[...].people[0]`."),
+    (
+        BUYER + BUYER.replace('"buyer"', '"Buyer "').replace('"x"', '"y"'),
+        "Table 'a' has several people in a row who are called 'buyer' and 'Buyer ': tell them apart,"
+        ' as in name = "buyer".',
+    ),
+    (NOBODY + "of = 3", "Table 'a': Expected `str`, got `int` - at `$.people[0].of`."),
+    (
+        NOBODY + 'kind = "a"',
+        "Table 'a': Object contains unknown field `kind` - at `$.people[0]`.",
+    ),
+    ("[tables]\na = 3", "Table 'a': Expected `object`, got `int`."),
 ]
 
 

@@ -2,12 +2,13 @@
 
 from vantrel.replacing.plan.form import KEEP, SCRUB, UNDECIDED, Person, Plan, TablePlan
 from vantrel.replacing.plan.reading import read_plan
-from vantrel.replacing.plan.writing import write_plan
+from vantrel.replacing.plan.writing import Decided, write_plan
 
 __all__ = [
     "KEEP",
     "SCRUB",
     "UNDECIDED",
+    "Decided",
     "Person",
     "Plan",
     "TablePlan",

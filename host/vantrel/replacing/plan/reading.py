@@ -9,11 +9,12 @@ from typing import Any
 import msgspec
 
 from vantrel.attributes import ATTRIBUTES
+from vantrel.detection.names import joined
 from vantrel.errors import PlanError
 from vantrel.hints import did_you_mean
 from vantrel.replacing.others.action import read_action
 from vantrel.replacing.person import REPLACED
-from vantrel.replacing.plan.form import KEEP, SCRUB, UNDECIDED, Person, Plan
+from vantrel.replacing.plan.form import KEEP, SCRUB, UNDECIDED, Person, Plan, TablePlan
 from vantrel.storage.toml import read_toml
 from vantrel.wording import shown
 
@@ -32,7 +33,7 @@ def read_plan(path: Path) -> Plan:
 def _plan(content: dict[str, Any]) -> Plan:
     if "format" not in content:
         raise ValueError('It has no line format = "vantrel-plan", so it is no plan')
-    plan = msgspec.convert(content, Plan)
+    plan = _converted(content)
     for name, table in plan.tables.items():
         where = f"Table {shown(repr(name))}"
         _refuse_unusable_names(table.people, where)
@@ -45,18 +46,35 @@ def _plan(content: dict[str, Any]) -> Plan:
     return plan
 
 
+def _converted(content: dict[str, Any]) -> Plan:
+    """Gives the plan; an error tells in which table it is, for the library leaves that out."""
+    try:
+        return msgspec.convert(content, Plan)
+    except msgspec.ValidationError:
+        tables = content.get("tables")
+        for name, table in tables.items() if isinstance(tables, dict) else ():
+            try:
+                msgspec.convert(table, TablePlan)
+            except msgspec.ValidationError as error:
+                raise ValueError(f"Table {shown(repr(name))}: {error}") from None
+        raise
+
+
 def _refuse_unusable_names(people: Sequence[Person], where: str) -> None:
     """Refuses people whom no name tells apart; one of them may be without."""
     if not people:
         raise ValueError(f"{where} has 0 people: each row has one")
-    names = [person.name for person in people]
-    for name in names:
-        if names.count(name) > 1:
-            called = f"called {shown(repr(name))}" if name else "without a name"
+    met: dict[str, str] = {}
+    for name in (person.name for person in people):
+        words = joined(name) or name  # columns bear a name in any spelling of Latin letters
+        if words in met:
+            both = " and ".join(shown(repr(each)) for each in dict.fromkeys((met[words], name)))
+            called = f"called {both}" if name else "without a name"
             raise ValueError(
                 f"{where} has several people in a row who are {called}: tell them apart, as in"
                 ' name = "buyer"'
             )
+        met[words] = name
 
 
 def _check_person(person: Person, other: Mapping[str, str], where: str) -> None:

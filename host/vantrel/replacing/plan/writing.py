@@ -2,7 +2,8 @@
 
 from __future__ import annotations
 
-from collections.abc import Mapping, Sequence
+from collections.abc import Collection, Mapping, Sequence
+from typing import NamedTuple
 
 import tomlkit
 from tomlkit.items import Array, Item, Table
@@ -24,13 +25,24 @@ tables; of = "customer" makes those of customers apart from all others. househol
 the people of a household who share a family name one that they share."""
 
 
-def write_plan(tables: Mapping[str, tuple[Roles, Sequence[str], Mapping[str, str]]]) -> str:
-    """Writes what was found in tables as a plan.
+class Decided(NamedTuple):
+    """What a plan tells of a table.
 
-    Args:
-        tables: For each, by its name, what its columns are, all of them, and what becomes of those
-            that are decided.
+    Attributes:
+        roles: What its columns are.
+        columns: All of them.
+        fates: What becomes of those that are decided.
+        empty: Those without a value, of which nothing but the name tells what they will hold.
     """
+
+    roles: Roles
+    columns: Sequence[str]
+    fates: Mapping[str, str]
+    empty: Collection[str]
+
+
+def write_plan(tables: Mapping[str, Decided]) -> str:
+    """Writes what was found in tables, by their names, as a plan."""
     document = tomlkit.document()
     for line in _HEAD.splitlines():
         document.add(tomlkit.comment(line) if line else tomlkit.comment(""))
@@ -39,19 +51,19 @@ def write_plan(tables: Mapping[str, tuple[Roles, Sequence[str], Mapping[str, str
     document["schema_version"] = SCHEMA_VERSION
     document["new_columns"] = _told("refuse", '"keep": columns that are not here stay')
     plans = tomlkit.table(is_super_table=True)
-    for name, (roles, columns, decided) in tables.items():
-        plans[name] = _table(roles, columns, decided)
+    for name, decided in tables.items():
+        plans[name] = _table(decided)
     document["tables"] = plans
     return tomlkit.dumps(document)
 
 
-def _table(roles: Roles, columns: Sequence[str], decided: Mapping[str, str]) -> Table:
+def _table(decided: Decided) -> Table:
     table = tomlkit.table()
     people = tomlkit.aot()
-    for person in roles.people:
+    for person in decided.roles.people:
         people.append(_person(person))
     table["people"] = people
-    table["other"] = _others(roles, columns, decided)
+    table["other"] = _others(*decided)
     return table
 
 
@@ -79,10 +91,13 @@ def _person(found: Person) -> Table:
     return person
 
 
-def _others(roles: Roles, columns: Sequence[str], decided: Mapping[str, str]) -> Table:
+def _others(
+    roles: Roles, columns: Sequence[str], decided: Mapping[str, str], empty: Collection[str]
+) -> Table:
     """Tells what becomes of the columns that are not a person's."""
     table = tomlkit.table()
-    why = {each.column: f"{each.kind}: {each.why}" for each in roles.personal}
+    why = dict.fromkeys(empty, "empty: no value tells what it holds")
+    why |= {each.column: f"{each.kind}: {each.why}" for each in roles.personal}
     why |= {each.column: f"looks like {each.attribute}, too" for each in roles.further}
     why |= {
         doubt.column: f"named like {doubt.attribute}, but its values do not look so"
