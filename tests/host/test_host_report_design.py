@@ -16,7 +16,8 @@ from vantrel.reporting.figures import Figures, compare_labelled
 from vantrel.reporting.frequencies import compare_frequencies
 from vantrel.reporting.labelled import LabelledTable
 from vantrel.reporting.missing import compare_missing_rates
-from vantrel.reporting.verdicts import FINE, KNOWN, LOOK, OPEN, verdicts
+from vantrel.reporting.verdict import FINE, KNOWN, LOOK, OPEN
+from vantrel.reporting.verdicts import verdicts
 from vantrel.sampling import Plan, sample_blocks
 from vantrel.tables import frame_table, read_table
 

@@ -14,10 +14,11 @@ from vantrel.hints import argument, did_you_mean, listed
 from vantrel.reporting.column_mapping import label
 from vantrel.reporting.figures import Figures, compare_labelled
 from vantrel.reporting.labelled import LabelledTable
-from vantrel.reporting.overlap import has_whole_names
+from vantrel.reporting.nearness.nearness import has_whole_names
 from vantrel.reporting.page import Sources, render
 from vantrel.reporting.provenance import Provenance, provenance
-from vantrel.reporting.verdicts import Verdict, verdicts
+from vantrel.reporting.verdict import Verdict
+from vantrel.reporting.verdicts import verdicts
 from vantrel.sampling.record import SampleRecord
 from vantrel.tables import Table, frame_table
 from vantrel.wording import counted, distance
@@ -55,7 +56,7 @@ class Comparison:
             if each.distance is not None
         ]
         parts = [f"distance of {joined(distances)}"] if distances else []
-        if bearing := [each.bearing for each in figures.overlaps if each.is_whole]:
+        if bearing := [each.bearing for each in figures.nearness.names]:
             parts.append(f"{counted(max(bearing), 'row')} with a real full name")
         return ": ".join([compared, ", ".join(parts)] if parts else [compared])
 

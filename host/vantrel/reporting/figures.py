@@ -12,7 +12,7 @@ from vantrel.reporting.labelled import LabelledTable
 from vantrel.reporting.lengths import Lengths, compare_lengths
 from vantrel.reporting.missing import MissingRates, compare_missing_rates
 from vantrel.reporting.names import Places, frequent_names
-from vantrel.reporting.overlap import Overlap, are_unchecked, name_overlaps
+from vantrel.reporting.nearness.nearness import Nearness, compare_nearness
 
 DISTINCT = (*UNIQUE, "fullname")
 
@@ -22,8 +22,6 @@ class Figures:
     """How a real table and a sample of it compare.
 
     Only labelled columns are looked at. An attribute that neither table holds has no entry.
-    ``has_unchecked_names`` tells whether the sample has names and the real table has no columns to
-    look for them in.
     """
 
     real_rows: int
@@ -33,8 +31,7 @@ class Figures:
     names: Places
     lengths: tuple[Lengths, ...]
     duplicates: tuple[Duplicates, ...]
-    overlaps: tuple[Overlap, ...]
-    has_unchecked_names: bool
+    nearness: Nearness
 
 
 def compare_labelled(
@@ -56,7 +53,6 @@ def compare_labelled(
     """
     design = Design(real, sampled, has_conditions, is_bare)
     there = [attribute for attribute in WORDS if real.has(attribute) or sampled.has(attribute)]
-    reappearing = name_overlaps(real, sampled)
     return Figures(
         len(real),
         len(sampled),
@@ -68,6 +64,5 @@ def compare_labelled(
             compare_rows(real, sampled),
             *(compare_duplicates(real, sampled, each) for each in DISTINCT if each in there),
         ),
-        reappearing,
-        are_unchecked(real, sampled, reappearing),
+        compare_nearness(real, sampled),
     )

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Mapping
+from collections.abc import Mapping, Sequence
 from dataclasses import dataclass
 from functools import cached_property
 
@@ -58,6 +58,14 @@ class LabelledTable:
                 " ORDER BY 2 DESC, 1"
             )
         )
+
+    def combinations(self, attributes: Sequence[str]) -> dict[tuple[str | None, ...], int]:
+        """Counts what attributes that the table has hold together; a missing value is None."""
+        if not attributes:
+            return {}
+        cells = ", ".join(map(self.column, attributes))
+        found = self.table.query(f"SELECT {cells}, count(*) FROM {{rows}} GROUP BY ALL")
+        return {tuple(cells): rows for *cells, rows in found}
 
     @cached_property
     def _filled(self) -> dict[str | None, int]:

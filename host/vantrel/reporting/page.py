@@ -13,9 +13,9 @@ from vantrel.reporting.figures import Figures
 from vantrel.reporting.frequencies import MOST_SHARES, Frequencies, Frequency
 from vantrel.reporting.lengths import LengthBin, Lengths
 from vantrel.reporting.names import MOST_NAMES, MOST_PLACES
-from vantrel.reporting.overlap import MOST_EXAMPLES
+from vantrel.reporting.nearness.judged import unchecked_names
 from vantrel.reporting.provenance import Provenance
-from vantrel.reporting.verdicts import unchecked_names, verdicts, why_not_compared
+from vantrel.reporting.verdicts import verdicts, why_not_compared
 
 # More bars than these hide what they show; further values stand in a list that can be opened.
 MOST_BARS = 12
@@ -68,7 +68,6 @@ def render(figures: Figures, sources: Sources, made: Provenance | None) -> str:
         most_shares=MOST_SHARES,
         most_names=MOST_NAMES,
         most_places=MOST_PLACES,
-        most_examples=MOST_EXAMPLES,
     )
 
 

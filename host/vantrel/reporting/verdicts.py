@@ -3,52 +3,16 @@
 from __future__ import annotations
 
 from collections.abc import Sequence
-from dataclasses import dataclass
 
-from vantrel.attributes import NAMES, UNIQUE, WORDS
-from vantrel.hints import argument
+from vantrel.attributes import UNIQUE, WORDS
 from vantrel.reporting.duplicates import Duplicates
 from vantrel.reporting.figures import Figures
 from vantrel.reporting.frequencies import Frequencies
 from vantrel.reporting.missing import MissingRates
+from vantrel.reporting.nearness.judged import judge_nearness
 from vantrel.reporting.provenance import Provenance
-from vantrel.wording import counted, distance, listed, percent, points, shown
-
-FINE = "fine"
-LOOK = "look"
-KNOWN = "known"
-OPEN = "open"
-
-_UNCHECKED_NAMES = (
-    "Which columns of the real table hold whole names is not known. If there are any, name them:"
-    " {firstname} and {lastname}, or {fullname}."
-)
-
-
-def unchecked_names() -> str:
-    """Tells that real names were not looked for, and how they can be."""
-    named = {attribute: argument(attribute, "COLUMN") for attribute in NAMES}
-    return _UNCHECKED_NAMES.format_map(named)
-
-
-@dataclass(frozen=True)
-class Verdict:
-    """A main figure.
-
-    Args:
-        about: What it is a figure of.
-        figure: The figure itself, with its unit.
-        state: :data:`FINE`, :data:`LOOK` where it asks for a look, :data:`KNOWN` where a
-            difference is meant to be, :data:`OPEN` where there is nothing to judge by.
-        words: What it means, in a sentence or two.
-        section: The part of the report that tells more.
-    """
-
-    about: str
-    figure: str
-    state: str
-    words: str
-    section: str
+from vantrel.reporting.verdict import FINE, KNOWN, LOOK, OPEN, Verdict
+from vantrel.wording import distance, listed, points, shown
 
 
 def verdicts(figures: Figures, origin: Provenance | None) -> list[Verdict]:
@@ -61,7 +25,7 @@ def verdicts(figures: Figures, origin: Provenance | None) -> list[Verdict]:
     found = [_of_shares(shares) for shares in figures.frequencies]
     found += _of_gaps(figures.missing_rates)
     found += _of_repeats(figures.duplicates)
-    found += _of_reappearing(figures)
+    found += judge_nearness(figures.nearness)
     return [*found, _of_origin(origin)]
 
 
@@ -125,26 +89,6 @@ def _of_repeats(repeats: Sequence[Duplicates]) -> list[Verdict]:
         return [Verdict(about, "0", FINE, "No two sampled rows share one.", "repeats")]
     words = "So many sampled values repeat an earlier one."
     return [Verdict(about, f"{repeated:,}", LOOK, words, "repeats")]
-
-
-def _of_reappearing(figures: Figures) -> list[Verdict]:
-    about = "Real full names in the sample"
-    if figures.has_unchecked_names:
-        return [Verdict(about, "not checked", OPEN, unchecked_names(), "real-names")]
-    whole = [
-        each for each in figures.overlaps if each.is_whole and each.real_names and each.sampled_rows
-    ]
-    if not whole:
-        return []
-    most = max(whole, key=lambda each: each.bearing)
-    if not most.bearing:
-        words = "No whole name of a real person is in the sample."
-        return [Verdict(about, "0", FINE, words, "real-names")]
-    words = (
-        f"{percent(most.bearing / most.sampled_rows)} of the sampled rows bear the whole name of a"
-        " real person. Names are made up without looking at real ones: common ones meet by chance."
-    )
-    return [Verdict(about, counted(most.bearing, "row"), LOOK, words, "real-names")]
 
 
 def _of_origin(origin: Provenance | None) -> Verdict:
