@@ -5,6 +5,8 @@ from __future__ import annotations
 from dataclasses import dataclass
 
 from vantrel.attributes import LEARNT, UNIQUE, WORDS
+from vantrel.reporting.agreement.agreements import compare_agreement
+from vantrel.reporting.agreement.rates import Agreement
 from vantrel.reporting.design import Design
 from vantrel.reporting.duplicates import Duplicates, compare_duplicates, compare_rows
 from vantrel.reporting.frequencies import Frequencies, compare_frequencies
@@ -31,6 +33,7 @@ class Figures:
     names: Places
     lengths: tuple[Lengths, ...]
     duplicates: tuple[Duplicates, ...]
+    agreement: tuple[Agreement, ...]
     nearness: Nearness
 
 
@@ -64,5 +67,6 @@ def compare_labelled(
             compare_rows(real, sampled),
             *(compare_duplicates(real, sampled, each) for each in DISTINCT if each in there),
         ),
+        compare_agreement(real, sampled),
         compare_nearness(real, sampled),
     )

@@ -5,6 +5,7 @@ from __future__ import annotations
 from collections.abc import Sequence
 
 from vantrel.attributes import UNIQUE, WORDS
+from vantrel.reporting.agreement.judged import judge_agreement
 from vantrel.reporting.duplicates import Duplicates
 from vantrel.reporting.figures import Figures
 from vantrel.reporting.frequencies import Frequencies
@@ -24,6 +25,7 @@ def verdicts(figures: Figures, origin: Provenance | None) -> list[Verdict]:
     """
     found = [_of_shares(shares) for shares in figures.frequencies]
     found += _of_gaps(figures.missing_rates)
+    found += judge_agreement(figures.agreement)
     found += _of_repeats(figures.duplicates)
     found += judge_nearness(figures.nearness)
     return [*found, _of_origin(origin)]

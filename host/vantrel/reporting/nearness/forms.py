@@ -26,6 +26,7 @@ _TITLES = (
 )
 _NO_LETTERS = r"[^\p{L}\p{M}\p{N}]+"
 
+_WORD = r"\p{L}[\p{L}\p{M}'\x{2019}-]*"
 _FIRST_WORD = "^([^0-9@._+-]*)"
 
 # Telephone numbers agree if their last digits do: a country's prefix may be there or not.
@@ -75,6 +76,19 @@ def first_and_last_name(table: LabelledTable) -> list[Form]:
 def whole_names(table: LabelledTable) -> list[Form]:
     """Whole names, wherever a table has them."""
     return full_name(table) + first_and_last_name(table)
+
+
+def first_word_of_first_name(table: LabelledTable) -> str | None:
+    """The first word of first names, in lower case but with its accents, in SQL."""
+    if table.has("firstname"):
+        name = table.column("firstname")
+    elif table.has("fullname"):
+        name = table.column("fullname")
+        name = f"CASE WHEN contains({name}, ',') THEN split_part({name}, ',', 2) ELSE {name} END"
+    else:
+        return None
+    untitled = f"regexp_replace(lower({name}), {quoted(_TITLES)}, ' ', 'g')"
+    return f"regexp_extract({untitled}, {quoted(_WORD)})"
 
 
 def addresses(table: LabelledTable) -> list[Form]:
