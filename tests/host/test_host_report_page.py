@@ -14,7 +14,7 @@ from vantrel.reporting.figures import compare_labelled
 from vantrel.reporting.frequencies import MOST_SHARES
 from vantrel.reporting.page import MOST_BARS, Sources
 from vantrel.reporting.provenance import provenance
-from vantrel.reporting.verdict import FINE, KNOWN, LOOK, OPEN, Verdict
+from vantrel.reporting.verdict import FINE, LOOK, OPEN, Verdict
 from vantrel.reporting.verdicts import verdicts
 from vantrel.sampling.record import SampleRecord
 
@@ -163,6 +163,12 @@ def test_a_table_agrees_with_itself() -> None:
         "Title shares": FINE,
         "Country shares": FINE,
         "Missing values": FINE,
+        "Gender, title and country together": FINE,
+        "Titles and genders": FINE,
+        "First names and genders": FINE,
+        "First names and countries": FINE,
+        "E-mail addresses and names": FINE,
+        "Usernames and names": FINE,
         "Repeated e-mail address and username": FINE,
         "Real full names in the sample": FINE,
         "Real e-mail addresses in the sample": LOOK,
@@ -181,15 +187,10 @@ def test_shares_further_apart_than_chance_ask_for_a_look() -> None:
         "Country shares",
         "1.000",
         LOOK,
-        "Further apart than chance explains: 99 in 100 samples of so many rows stay within 0.078.",
+        "Further apart than chance explains: 99 in 100 samples of so many rows stay within 0.078."
+        " Tests that rely on these shares may mislead.",
         "shares",
     )
-
-
-def test_shares_of_titles_may_differ() -> None:
-    found = judged(REAL, SAMPLED.assign(title="Sir"))["Title shares"]
-    assert (found.figure, found.state) == ("1.000", KNOWN)
-    assert found.words == "Titles are drawn evenly from those that only the row's gender bears."
 
 
 @pytest.mark.parametrize(

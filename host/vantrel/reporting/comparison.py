@@ -14,12 +14,13 @@ from vantrel.hints import argument, did_you_mean, listed
 from vantrel.reporting.column_mapping import label
 from vantrel.reporting.figures import Figures, compare_labelled
 from vantrel.reporting.labelled import LabelledTable
+from vantrel.reporting.meant import meant_of
 from vantrel.reporting.nearness.nearness import has_whole_names
 from vantrel.reporting.page import Sources, render
 from vantrel.reporting.provenance import Provenance, provenance
 from vantrel.reporting.verdict import Verdict
 from vantrel.reporting.verdicts import verdicts
-from vantrel.sampling.record import SampleRecord
+from vantrel.sampling.record import SampleRecord, sha256_of
 from vantrel.tables import Table, frame_table
 from vantrel.wording import counted, distance
 from vantrel.wording import listed as joined
@@ -109,10 +110,11 @@ def compare(
     _check_there(named, table, people)
     labelled = label(table, people, named, recorded)
     _check_comparable(labelled, (table, people))
-    has_conditions = bool(record and record.options.get("conditions"))
-    is_bare = record is None or bool(record.options.get("exact", True))
-    figures = compare_labelled(*labelled, has_conditions=has_conditions, is_bare=is_bare)
-    return Comparison(figures, provenance(record, figures.sampled_rows) if record else None)
+    figures = compare_labelled(*labelled, meant_of(record))
+    if record is None:
+        return Comparison(figures, None)
+    now = sha256_of(people.path) if isinstance(sample, Table) and record.file_sha256 else None
+    return Comparison(figures, provenance(record, figures.sampled_rows, now))
 
 
 def _as_table(table: Any, what: str) -> Table:

@@ -6,14 +6,20 @@ from collections.abc import Sequence
 
 from vantrel.attributes import UNIQUE, WORDS
 from vantrel.reporting.agreement.judged import judge_agreement
+from vantrel.reporting.distances import Distance
 from vantrel.reporting.duplicates import Duplicates
 from vantrel.reporting.figures import Figures
 from vantrel.reporting.frequencies import Frequencies
 from vantrel.reporting.missing import MissingRates
 from vantrel.reporting.nearness.judged import judge_nearness
 from vantrel.reporting.provenance import Provenance
+from vantrel.reporting.together import Together
 from vantrel.reporting.verdict import FINE, KNOWN, LOOK, OPEN, Verdict
 from vantrel.wording import distance, listed, points, shown
+
+_CHANGED = "See whether the sample was changed, or made from another model."
+_OTHER_TABLE = "The model was to give that: see whether it was fitted to this table."
+_MISLEADS = "Tests that rely on these shares may mislead."
 
 
 def verdicts(figures: Figures, origin: Provenance | None) -> list[Verdict]:
@@ -24,6 +30,7 @@ def verdicts(figures: Figures, origin: Provenance | None) -> list[Verdict]:
         origin: How the sample was made, if that is known.
     """
     found = [_of_shares(shares) for shares in figures.frequencies]
+    found += [_of_together(figures.together)] if figures.together else []
     found += _of_gaps(figures.missing_rates)
     found += judge_agreement(figures.agreement)
     found += _of_repeats(figures.duplicates)
@@ -35,14 +42,35 @@ def _of_shares(shares: Frequencies) -> Verdict:
     about = f"{WORDS[shares.attribute]} shares"
     if shares.distance is None or shares.limit is None:
         return Verdict(about, "none", OPEN, why_not_compared(shares), "shares")
-    limit = f"99 in 100 samples of so many rows stay within {distance(shares.limit)}."
-    if shares.is_by_chance:
+    figure = distance(shares.distance)
+    return _of_distance(about, figure, Distance(shares.distance, shares.limit), shares)
+
+
+def _of_together(together: Together) -> Verdict:
+    figure = distance(together.distance.value)
+    return _of_distance(together.words, figure, together.distance, together)
+
+
+def _of_distance(
+    about: str, figure: str, real: Distance, judged: Frequencies | Together
+) -> Verdict:
+    """Judges a distance from the real table, and from what the model was to give if it is known."""
+    limit = f"99 in 100 samples of so many rows stay within {distance(real.limit)}."
+    model = judged.from_model
+    if model and not model.is_by_chance:
+        words = (
+            f"Not what the model was to give: it is {distance(model.value)} from that, and chance"
+            f" explains {distance(model.limit)}. {_CHANGED}"
+        )
+        return Verdict(about, figure, LOOK, words, "shares")
+    if real.is_by_chance:
         words = f"As near as chance allows: {limit}"
-        return Verdict(about, distance(shares.distance), FINE, words, "shares")
-    if shares.by_design:
-        return Verdict(about, distance(shares.distance), KNOWN, shares.by_design, "shares")
-    words = f"Further apart than chance explains: {limit}"
-    return Verdict(about, distance(shares.distance), LOOK, words, "shares")
+        return Verdict(about, figure, FINE, words, "shares")
+    if judged.by_design:
+        words = f"What the model was to give. {judged.by_design}"
+        return Verdict(about, figure, KNOWN, words, "shares")
+    words = f"Further apart than chance explains: {limit} {_OTHER_TABLE if model else _MISLEADS}"
+    return Verdict(about, figure, LOOK, words, "shares")
 
 
 def why_not_compared(shares: Frequencies) -> str:
@@ -60,12 +88,21 @@ def _of_gaps(gaps: Sequence[MissingRates]) -> list[Verdict]:
     if not compared:
         return []
     beyond = [each for each in compared if each.is_beyond_chance]
-    unexplained = [each for each in beyond if not each.by_design]
-    largest = max(abs(each.difference or 0) for each in unexplained or compared)
+    unmeant = [each for each in gaps if each.from_model and not each.from_model.is_by_chance]
+    unexplained = [each for each in beyond if not each.by_design and each not in unmeant]
+    asking = [*unmeant, *unexplained]
+    largest = max(abs(each.difference or 0) for each in asking or compared)
     figure = f"{points(largest).lstrip('+')} points"
-    if unexplained:
-        names = listed([shown(each.column) for each in unexplained])
-        words, state = f"Further apart than chance explains in {names}.", LOOK
+    if asking:
+        words = " ".join(
+            f"{what} in {listed([shown(each.column) for each in those])}."
+            for what, those in (
+                ("Not what the model was to give", unmeant),
+                ("Further apart than chance explains", unexplained),
+            )
+            if those
+        )
+        state = LOOK
     elif beyond:
         words, state = " ".join(dict.fromkeys(each.by_design or "" for each in beyond)), KNOWN
     else:
@@ -101,6 +138,8 @@ def _of_origin(origin: Provenance | None) -> Verdict:
     found = []
     if origin.rows_now is not None:
         found.append("The table no longer has as many rows as were made.")
+    elif origin.was_changed:
+        found.append("The file was changed after it was made.")
     if origin.differences:
         found.append("The seed may give other rows here: versions differ.")
     figure = f"seed {origin.seed}"

@@ -2,21 +2,24 @@
 
 from __future__ import annotations
 
+import hashlib
 import json
 from pathlib import Path
 from typing import Annotated, Any, Literal
 
 import msgspec
+import pandas as pd
 
 from vantrel.errors import RecordError
 from vantrel.hints import named, why_unreadable
 from vantrel.sampling.blocks import Plan
+from vantrel.sampling.expected import Expected, expected_of
 from vantrel.storage.files import read_whole, replacing
 from vantrel.storage.models import LoadedModel
 from vantrel.versions import versions
 from vantrel.wording import shown
 
-_MOST_BYTES = 2**20
+_MOST_BYTES = 2**23
 
 
 class SampleRecord(msgspec.Struct, frozen=True, kw_only=True, forbid_unknown_fields=True):
@@ -32,10 +35,12 @@ class SampleRecord(msgspec.Struct, frozen=True, kw_only=True, forbid_unknown_fie
         columns: The sample's columns by the attribute that each holds.
         options: What else was asked for, by the option's name.
         versions: The versions that the rows depend on, by name.
+        expected: What the model was to give; None in records of schema 1.
+        file_sha256: The SHA-256 of the sample's file; None for a folder and in those records.
     """
 
     format: Literal["vantrel-sample"] = "vantrel-sample"
-    schema_version: Literal[1] = 1
+    schema_version: Literal[1, 2] = 2
     model: str
     model_sha256: str
     rows: Annotated[int, msgspec.Meta(ge=0)]
@@ -43,9 +48,13 @@ class SampleRecord(msgspec.Struct, frozen=True, kw_only=True, forbid_unknown_fie
     columns: dict[str, str]
     options: dict[str, Any]
     versions: dict[str, str]
+    expected: Expected | None = None
+    file_sha256: str | None = None
 
 
-def record_of(loaded: LoadedModel, plan: Plan, **options: Any) -> SampleRecord:
+def record_of(
+    loaded: LoadedModel, plan: Plan, conditions: pd.DataFrame | None = None, /, **options: Any
+) -> SampleRecord:
     """Notes how a sample is made; the options are those beside the plan's own."""
     return SampleRecord(
         model=shown(loaded.name, 255),
@@ -60,7 +69,16 @@ def record_of(loaded: LoadedModel, plan: Plan, **options: Any) -> SampleRecord:
             **options,
         },
         versions=versions(),
+        expected=expected_of(loaded.model, plan, conditions),
     )
+
+
+def sha256_of(path: Path) -> str | None:
+    """The SHA-256 of a file; None of what is none, such as a folder or a pipe."""
+    if not path.is_file():
+        return None
+    with path.open("rb") as file:
+        return hashlib.file_digest(file, "sha256").hexdigest()
 
 
 def record_path(output: Path, *, unfinished: bool = False) -> Path:

@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import hashlib
 from collections.abc import Callable, Iterable, Iterator
 from contextlib import AbstractContextManager, contextmanager
 from functools import partial
@@ -10,9 +9,17 @@ from pathlib import Path
 from typing import Any
 
 import pandas as pd
+from msgspec.structs import replace
 
 from vantrel.sampling.blocks import sample_blocks
-from vantrel.sampling.record import SampleRecord, read_record, record_of, record_path, write_record
+from vantrel.sampling.record import (
+    SampleRecord,
+    read_record,
+    record_of,
+    record_path,
+    sha256_of,
+    write_record,
+)
 from vantrel.sampling.whole import beside, plan_sample, refuse_neither_or_both
 from vantrel.storage.files import STANDARD_STREAM, is_special, refuse_overwriting
 from vantrel.storage.models import read_model
@@ -94,8 +101,9 @@ def sample_to_file(
             people = map(partial(beside, wanted), people)
         write_table(told(people, further), output, csv_safe=csv_safe, force=force)
     options = {"csv_safe": csv_safe} | (_told_of(conditions) if conditions else {})
-    record = record_of(loaded, plan, **options)
+    record = record_of(loaded, plan, given, **options)
     if is_recorded:
+        record = replace(record, file_sha256=sha256_of(output))
         record_path(output).unlink(missing_ok=True)  # it tells of the table that was there before
         write_record(record, output)
     return record
@@ -107,11 +115,8 @@ def _read_conditions(path: Path, separator: str | None, encoding: str | None) ->
 
 
 def _told_of(conditions: Path) -> dict[str, Any]:
-    sha256 = None
-    if conditions.is_file():  # a pipe has been read to its end
-        with conditions.open("rb") as file:
-            sha256 = hashlib.file_digest(file, "sha256").hexdigest()
-    return {"conditions": shown(conditions.name, 255), "conditions_sha256": sha256}
+    name, sha256 = shown(conditions.name, 255), sha256_of(conditions)  # a pipe has been read
+    return {"conditions": name, "conditions_sha256": sha256}
 
 
 def told(

@@ -15,7 +15,7 @@ _SHORTEST = 3
 _COUNTED = """
     WITH rows AS (
         SELECT {account} AS account, {shown} AS shown,
-            list_filter(string_split({words}, ' '), lambda word: length(word) >= {shortest}) AS words
+            list_filter({words}, lambda word: length(word) >= {shortest}) AS words
         FROM {{rows}}
     ),
     told AS (
@@ -41,7 +41,7 @@ def accounts_against_names(table: LabelledTable, attribute: str) -> Contradictio
     ((looked_at, against, examples),) = table.table.query(
         _COUNTED.format(
             account=_one_way(local),
-            words=_one_way(names[0].key),
+            words=f"string_split({_one_way(names[0].key)}, ' ')",
             shown=f"concat_ws(', ', {names[0].shown}, {column})",
             shortest=_SHORTEST,
             most=MOST_EXAMPLES,

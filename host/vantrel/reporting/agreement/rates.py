@@ -7,7 +7,7 @@ from dataclasses import dataclass
 
 import numpy as np
 
-from vantrel.reporting.frequencies import chance_limit, is_within
+from vantrel.reporting.distances import chance_limit, is_within
 
 MOST_EXAMPLES = 5
 

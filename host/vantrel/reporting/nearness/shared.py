@@ -7,7 +7,7 @@ from dataclasses import dataclass
 
 import numpy as np
 
-from vantrel.reporting.frequencies import RISK
+from vantrel.reporting.distances import RISK
 from vantrel.reporting.labelled import LabelledTable
 from vantrel.reporting.nearness.forms import Form
 
