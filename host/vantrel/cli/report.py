@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from pathlib import Path
-from typing import Any
+from typing import TYPE_CHECKING, Any
 
 import click
 
@@ -18,6 +18,11 @@ from vantrel.cli.options import (
 from vantrel.hints import named
 from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting, replacing, same_file
 
+if TYPE_CHECKING:
+    from vantrel.reporting.judged import Judged
+
+ASKS_FOR_LOOK = 4
+
 
 @click.command(cls=TerseCommand, short_help="Compare a real table with a sample.")
 @click.argument("table", type=click.Path(path_type=Path))
@@ -29,6 +34,12 @@ from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting, replacing
 )
 @separator_option("TABLE")
 @encoding_option("TABLE")
+@path_option("--json", metavar="FILE.json", help="Write verdicts and figures for machines, too.")
+@click.option(
+    "--fail-on",
+    type=click.Choice(["look"]),
+    help=f"End with status {ASKS_FOR_LOOK} if a verdict asks for a look; all is written all the same.",
+)
 @force_option
 def report(
     table: Path,
@@ -37,13 +48,16 @@ def report(
     columns: Any,
     separator: str | None,
     encoding: str | None,
+    json: Path | None,
+    fail_on: str | None,
     force: bool,
 ) -> None:
     """Compare the real table TABLE with a SAMPLE of it on one page.
 
     Which columns are compared is read from the record that 'vantrel sample' wrote beside SAMPLE;
     where there is none, and in TABLE where it names them otherwise, the columns of a person are
-    found by their names and values. The page needs no network. It shows some values of the real
+    found by their names and values. Beside a copy that 'vantrel replace' made, it is read what had to
+    stay and what had to change. The page needs no network. It shows some values of the real
     table: keep it as safe as that.
 
     \b
@@ -52,30 +66,81 @@ def report(
     """
     if output == STANDARD_STREAM:
         raise click.UsageError("A report is not written to standard output: name a file for -o.")
-    refuse_overwriting(output, table, sampled, force=force)
+    if json == STANDARD_STREAM:
+        raise click.UsageError(
+            "Figures are not written to standard output: name a file for --json."
+        )
+    for written in filter(None, (output, json)):
+        refuse_overwriting(written, table, sampled, force=force)
+    if json and json.absolute() == output.absolute():
+        raise click.UsageError(
+            "The page and the figures are two files: name another one for --json."
+        )
     if same_file(table, sampled):
         raise click.UsageError(
             f"{named(table)} and {named(sampled)} are the same file: name the real table, then a"
             " sample of it."
         )
 
+    names = [click.format_filename(path.absolute().name) for path in (table, sampled)]
+    found = _compared(table, sampled, columns, separator=separator, encoding=encoding)
+    with replacing(output, force=force, private_as=table) as file:
+        file.write(found.to_html(*names))
+    if json:
+        with replacing(json, force=force, private_as=table) as file:
+            file.write(found.to_json(*names))
+    wrote = " and ".join(named(path) for path in (output, json) if path)
+    click.echo(f"{found.summary}; wrote {wrote}.")
+    if fail_on and found.asks_for_look:
+        raise _AsksForLook(found)
+
+
+class _AsksForLook(click.ClickException):
+    """Some verdicts ask for a look."""
+
+    exit_code = ASKS_FOR_LOOK
+
+    def __init__(self, found: Judged) -> None:
+        about = [each.about for each in found.verdicts if each.state == "look"]
+        super().__init__(f"{len(about)} of the verdicts ask for a look: {'; '.join(about)}.")
+
+
+def _compared(
+    table: Path, sampled: Path, columns: Any, *, separator: str | None, encoding: str | None
+) -> Judged:
+    """Compares by the record beside the second table."""
     # These take a second to import; help need not wait for them.
     import vantrel
+    from vantrel.reporting.copies.comparison import compare_copy
+    from vantrel.reporting.copies.record import read_copy_record
     from vantrel.sampling.record import read_record
     from vantrel.tables import open_table
 
-    record = read_record(sampled)
-    if record is None and read_record(table):
+    copy = read_copy_record(sampled)
+    if copy and columns:
         raise click.UsageError(
-            f"{named(table)} is a sample, as its record says: the real table comes first."
+            "The columns of a copy are those that its record tells: leave --column out."
         )
+    record = None if copy else read_record(sampled)
+    if not (copy or record):
+        _refuse_made(table)
     with (
         open_table(table, separator=separator, encoding=encoding, empty_is_missing=True) as real,
         open_table(sampled, empty_is_missing=True) as people,
     ):
-        comparison = vantrel.compare(real, people, record=record, **columns)
-    names = [click.format_filename(path.absolute().name) for path in (table, sampled)]
-    page = comparison.to_html(*names)
-    with replacing(output, force=force, private_as=table) as file:
-        file.write(page)
-    click.echo(f"{comparison.summary}; wrote {named(output)}.")
+        if copy:
+            return compare_copy(real, people, copy)
+        return vantrel.compare(real, people, record=record, **columns)
+
+
+def _refuse_made(table: Path) -> None:
+    """Refuses a table that was made, in the place of the real one."""
+    from vantrel.reporting.copies.record import read_copy_record
+    from vantrel.sampling.record import read_record
+
+    is_copy = read_copy_record(table) is not None
+    if is_copy or read_record(table):
+        raise click.UsageError(
+            f"{named(table)} is a {'copy' if is_copy else 'sample'}, as its record says: the real"
+            " table comes first."
+        )

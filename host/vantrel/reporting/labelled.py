@@ -5,9 +5,11 @@ from __future__ import annotations
 from collections.abc import Mapping, Sequence
 from dataclasses import dataclass
 from functools import cached_property
+from typing import Any
 
+from vantrel.arguments import as_frame
 from vantrel.attributes import WORDS
-from vantrel.tables import Table
+from vantrel.tables import Table, frame_table
 
 
 @dataclass(frozen=True)
@@ -79,3 +81,8 @@ def column_names(real: LabelledTable, sampled: LabelledTable, attribute: str) ->
     """What an attribute's column is called: both names, the real one first, if they differ."""
     names = [table.columns[attribute] for table in (real, sampled) if table.has(attribute)]
     return " / ".join(dict.fromkeys(names))
+
+
+def as_table(table: Any, what: str) -> Table:
+    """Takes a table in any form; ``what`` is the subject of the sentence that refuses it."""
+    return table if isinstance(table, Table) else frame_table(as_frame(table, what))

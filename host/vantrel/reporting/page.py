@@ -4,17 +4,21 @@ from __future__ import annotations
 
 from collections.abc import Sequence
 from dataclasses import dataclass
+from typing import Any
 
 from jinja2 import Environment, PackageLoader, StrictUndefined
 
 from vantrel import wording
 from vantrel.attributes import WORDS
+from vantrel.reporting.copies.figures import CopyFigures
+from vantrel.reporting.copies.record import CopyRecord
 from vantrel.reporting.figures import Figures
 from vantrel.reporting.frequencies import MOST_SHARES, Frequencies, Frequency
 from vantrel.reporting.lengths import LengthBin, Lengths
 from vantrel.reporting.names import MOST_NAMES, MOST_PLACES
 from vantrel.reporting.nearness.judged import unchecked_names
 from vantrel.reporting.provenance import Provenance
+from vantrel.reporting.verdict import Verdict
 from vantrel.reporting.verdicts import verdicts, why_not_compared
 
 # More bars than these hide what they show; further values stand in a list that can be opened.
@@ -42,6 +46,31 @@ def render(figures: Figures, sources: Sources, made: Provenance | None) -> str:
         sources: Which tables were compared.
         made: How the sample was made, if that is known.
     """
+    return _page(
+        "report.html",
+        figures=figures,
+        sources=sources,
+        origin=made,
+        conditions=made and made.conditions,
+        verdicts=verdicts(figures, made),
+        bars=bars,
+        scale=scale,
+        ticks=ticks,
+        why_not_compared=why_not_compared,
+        most_shares=MOST_SHARES,
+        most_names=MOST_NAMES,
+        most_places=MOST_PLACES,
+    )
+
+
+def render_copy(
+    figures: CopyFigures, judged: Sequence[Verdict], sources: Sources, made: CopyRecord
+) -> str:
+    """Makes the page of a copy, as :func:`render` makes that of a sample."""
+    return _page("copy.html", figures=figures, verdicts=judged, sources=sources, made=made)
+
+
+def _page(template: str, **values: Any) -> str:
     environment = Environment(
         loader=PackageLoader("vantrel.reporting", "template"),
         autoescape=True,
@@ -53,22 +82,8 @@ def render(figures: Figures, sources: Sources, made: Provenance | None) -> str:
         name: getattr(wording, name)
         for name in ("number", "counted", "percent", "distance", "points", "shown", "listed")
     }
-    return environment.get_template("report.html").render(
-        figures=figures,
-        sources=sources,
-        origin=made,
-        conditions=made and made.conditions,
-        verdicts=verdicts(figures, made),
-        words=WORDS,
-        bars=bars,
-        scale=scale,
-        ticks=ticks,
-        why_not_compared=why_not_compared,
-        unchecked_names=unchecked_names(),
-        most_shares=MOST_SHARES,
-        most_names=MOST_NAMES,
-        most_places=MOST_PLACES,
-    )
+    shared = {"words": WORDS, "unchecked_names": unchecked_names()}
+    return environment.get_template(template).render(shared | values)
 
 
 def bars(shares: Frequencies) -> tuple[Frequency, ...]:

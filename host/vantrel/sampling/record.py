@@ -19,7 +19,7 @@ from vantrel.storage.models import LoadedModel
 from vantrel.versions import versions
 from vantrel.wording import shown
 
-_MOST_BYTES = 2**23
+MOST_BYTES = 2**23
 
 
 class SampleRecord(msgspec.Struct, frozen=True, kw_only=True, forbid_unknown_fields=True):
@@ -107,7 +107,7 @@ def read_record(output: Path, *, unfinished: bool = False) -> SampleRecord | Non
     """
     path = record_path(output, unfinished=unfinished)
     try:
-        return msgspec.json.decode(read_whole(path, _MOST_BYTES), type=SampleRecord)
+        return msgspec.json.decode(read_whole(path, MOST_BYTES), type=SampleRecord)
     except (FileNotFoundError, NotADirectoryError):
         return None
     except OSError as error:

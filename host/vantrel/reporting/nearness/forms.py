@@ -117,8 +117,10 @@ def numbers(table: LabelledTable) -> list[Form]:
 
 
 def _number(column: str) -> Form:
-    digits = f"regexp_replace({column}, '[^0-9]', '', 'g')"
-    key = f"CASE WHEN length({digits}) >= {_FEWEST_DIGITS} THEN right({digits}, {_LAST_DIGITS}) END"
+    written = digits(column)
+    key = (
+        f"CASE WHEN length({written}) >= {_FEWEST_DIGITS} THEN right({written}, {_LAST_DIGITS}) END"
+    )
     return Form(key, (f"left({key}, -{_OF_A_RANGE})", f"right({key}, {_OF_A_RANGE})"), column)
 
 
@@ -151,6 +153,16 @@ def _words(name: str) -> str:
     """The words of a name, without titles, each but the first behind one blank."""
     untitled = f"regexp_replace({folded(name)}, {quoted(_TITLES)}, ' ', 'g')"
     return f"trim(regexp_replace({untitled}, {quoted(_NO_LETTERS)}, ' ', 'g'))"
+
+
+def sorted_words(name: str) -> str:
+    """The words of a name in any order, without titles, capitals, accents and signs."""
+    return _sorted(_words(name))
+
+
+def digits(number: str) -> str:
+    """The digits of a telephone number."""
+    return f"regexp_replace({number}, '[^0-9]', '', 'g')"
 
 
 def _sorted(words: str) -> str:

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Mapping, Sequence
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 
 from vantrel.attributes import NAMES
 from vantrel.reporting.labelled import LabelledTable
@@ -57,6 +57,11 @@ class Nearness:
 
 
 def compare_nearness(real: LabelledTable, sampled: LabelledTable) -> Nearness:
+    """Looks in a sample for all that single real people bear, and for what few have."""
+    return replace(compare_shared_with_people(real, sampled), rare=compare_rare(real, sampled))
+
+
+def compare_shared_with_people(real: LabelledTable, sampled: LabelledTable) -> Nearness:
     """Looks in a sample for all that single real people bear."""
     tables = (real, sampled)
     real_names = whole_names(real)
@@ -82,9 +87,7 @@ def compare_nearness(real: LabelledTable, sampled: LabelledTable) -> Nearness:
         # Who shares a whole row shares all of its parts.
         most = min(each.chance for each in [*names, *parts])
         rows = compare_shared("Whole row", tables, forms_of_rows, most)
-    return Nearness(
-        names, parts, rows, compare_rare(real, sampled), _has_unchecked_names(real, sampled)
-    )
+    return Nearness(names, parts, rows, (), _has_unchecked_names(real, sampled))
 
 
 def has_whole_names(table: LabelledTable) -> bool:
