@@ -1,5 +1,6 @@
 """``vantrel report``, as a shell runs it."""
 
+import json
 import os
 import shlex
 import shutil
@@ -350,3 +351,97 @@ def test_a_report_that_came_meanwhile_is_not_lost(monkeypatch: pytest.MonkeyPatc
         "vantrel: error: report.html is there already: add --force to overwrite it.\n"
     )
     assert Path("report.html").read_text() == "of another run"
+
+
+@pytest.mark.usefixtures("recorded")
+def test_figures_are_written_for_machines() -> None:
+    result = succeed(f"{REPORT} --json report.json")
+    assert result.stdout.endswith("; wrote report.html and report.json.\n")
+    form = json.loads(Path("report.json").read_text(encoding="utf-8"))
+    assert (form["format"], form["schema_version"]) == ("vantrel-report", 1)
+    assert (form["compared"], form["real"], form["sample"]) == (
+        "sample",
+        "people.csv",
+        "made-up.csv",
+    )
+    assert form["asks_for_look"] == any(each["state"] == "look" for each in form["verdicts"])
+    assert form["figures"]["real_rows"] == 50
+    assert {"about", "figure", "state", "words", "section"} == form["verdicts"][0].keys()
+
+
+def test_a_pipeline_is_stopped_by_what_asks_for_a_look(people: pd.DataFrame) -> None:
+    people.to_csv("made-up.csv", index=False)
+    people.assign(sex="f").to_csv("people.csv", index=False)
+    line = f"{REPORT} --json report.json --force"
+    succeed(line)
+    Path("report.html").unlink()
+    Path("report.json").unlink()
+    result = run(f"{line} --fail-on look")
+    assert result.exit_code == 4
+    assert result.stderr.startswith("vantrel: error: ")
+    assert "verdicts ask for a look: Gender shares; " in result.stderr
+    assert Path("report.html").is_file()
+    assert json.loads(Path("report.json").read_text())["asks_for_look"]
+    assert "End with status 4 if a verdict asks for a look" in " ".join(
+        succeed("report --help").stdout.split()
+    )
+
+
+@pytest.mark.usefixtures("recorded")
+def test_a_good_sample_passes_a_pipeline() -> None:
+    succeed(f"{REPORT} --fail-on look")
+
+
+@pytest.mark.usefixtures("made_up")
+@pytest.mark.parametrize(
+    ("option", "message"),
+    [
+        ("-", "Figures are not written to standard output: name a file for --json."),
+        ("report.html", "The page and the figures are two files: name another one for --json."),
+        ("people.csv", "people.csv is the file to read: write to another one."),
+    ],
+)
+def test_figures_have_a_file_of_their_own(option: str, message: str) -> None:
+    assert fail(f"{REPORT} --json {option} --force", 2) == message
+
+
+@pytest.mark.usefixtures("recorded")
+def test_a_record_that_does_not_belong_is_told() -> None:
+    Path("made-up.csv").write_text("a,b\n1,2\n")
+    assert fail(REPORT, 1) == (
+        "The record beside the sample tells of none of its columns, but of 'sex', 'title',"
+        " 'firstname', 'surname', 'email', 'land': it belongs to another table. Move it away."
+    )
+
+
+@pytest.fixture
+def copied() -> None:
+    """A copy in which people were replaced."""
+    pytest.importorskip("pyarrow")
+    names = [f"{first},{last}" for first in ("Ann", "Bo", "Cy") for last in ("Lee", "Orr", "Ray")]
+    rows = "".join(f"{number},{name},GB,{number}\n" for number, name in enumerate(names))
+    Path("real.csv").write_text(f"id,first_name,last_name,country,total\n{rows}")
+    succeed("replace real.csv -o copy.csv --key id --secret s.secret")
+
+
+@pytest.mark.usefixtures("copied")
+def test_a_copy_is_compared_with_its_original() -> None:
+    result = succeed("report real.csv copy.csv -o report.html --fail-on look")
+    assert result.stdout == "Compared 9 rows with 9 rows of a copy; wrote report.html.\n"
+    assert "What had to stay" in Path("report.html").read_text(encoding="utf-8")
+    Path("copy.csv").write_text(Path("copy.csv").read_text().replace("GB,3", "GB,33"))
+    result = run("report real.csv copy.csv -o report.html --fail-on look --force")
+    assert (result.exit_code, result.stderr) == (
+        4,
+        "vantrel: error: 1 of the verdicts asks for a look: Cells that had to stay.\n",
+    )
+
+
+@pytest.mark.usefixtures("copied")
+def test_a_copy_has_the_columns_of_its_record_and_does_not_come_first() -> None:
+    assert fail("report real.csv copy.csv -o r.html --column lastname=last_name", 2) == (
+        "The columns of a copy are those that its record tells: leave --column out."
+    )
+    assert fail("report copy.csv real.csv -o r.html", 2) == (
+        "copy.csv is a copy, as its record says: the real table comes first."
+    )

@@ -7,7 +7,7 @@ from typing import TYPE_CHECKING, Any
 
 import click
 
-from vantrel.cli.group import TerseCommand
+from vantrel.cli.group import ASKS_FOR_LOOK, TerseCommand
 from vantrel.cli.options import (
     columns_option,
     encoding_option,
@@ -20,8 +20,6 @@ from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting, replacing
 
 if TYPE_CHECKING:
     from vantrel.reporting.judged import Judged
-
-ASKS_FOR_LOOK = 4
 
 
 @click.command(cls=TerseCommand, short_help="Compare a real table with a sample.")
@@ -38,7 +36,7 @@ ASKS_FOR_LOOK = 4
 @click.option(
     "--fail-on",
     type=click.Choice(["look"]),
-    help=f"End with status {ASKS_FOR_LOOK} if a verdict asks for a look; all is written all the same.",
+    help=f"End with status {ASKS_FOR_LOOK} if a verdict asks for a look, after all is written.",
 )
 @force_option
 def report(
@@ -56,9 +54,9 @@ def report(
 
     Which columns are compared is read from the record that 'vantrel sample' wrote beside SAMPLE;
     where there is none, and in TABLE where it names them otherwise, the columns of a person are
-    found by their names and values. Beside a copy that 'vantrel replace' made, it is read what had to
-    stay and what had to change. The page needs no network. It shows some values of the real
-    table: keep it as safe as that.
+    found by their names and values. SAMPLE may also be the copy of TABLE that 'vantrel replace'
+    made: its record tells what had to stay and what had to change. The page needs no network. It
+    shows some values of the real table: keep it as safe as that.
 
     \b
     Example:
@@ -102,7 +100,8 @@ class _AsksForLook(click.ClickException):
 
     def __init__(self, found: Judged) -> None:
         about = [each.about for each in found.verdicts if each.state == "look"]
-        super().__init__(f"{len(about)} of the verdicts ask for a look: {'; '.join(about)}.")
+        ask = "asks" if len(about) == 1 else "ask"
+        super().__init__(f"{len(about)} of the verdicts {ask} for a look: {'; '.join(about)}.")
 
 
 def _compared(
