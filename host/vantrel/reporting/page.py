@@ -2,11 +2,13 @@
 
 from __future__ import annotations
 
+import re
 from collections.abc import Sequence
 from dataclasses import dataclass
 from typing import Any
 
 from jinja2 import Environment, PackageLoader, StrictUndefined
+from markupsafe import Markup, escape
 
 from vantrel import wording
 from vantrel.attributes import WORDS
@@ -26,6 +28,9 @@ MOST_BARS = 12
 
 # As many figures fit under the bars of lengths on a telephone.
 _MOST_TICKS = 8
+
+# So many letters fit beside the figures of a table on a telephone.
+_LONGEST_WORD = 16
 
 
 @dataclass(frozen=True)
@@ -82,6 +87,7 @@ def _page(template: str, **values: Any) -> str:
         name: getattr(wording, name)
         for name in ("number", "counted", "percent", "distance", "points", "shown", "listed")
     }
+    environment.filters["unbroken"] = unbroken
     shared = {"words": WORDS, "unchecked_names": unchecked_names()}
     return environment.get_template(template).render(shared | values)
 
@@ -105,3 +111,18 @@ def ticks(lengths: Lengths) -> list[str]:
         (f"{each.low}" if each.high is not None else f"{each.low}+") if place % step == 0 else ""
         for place, each in enumerate(lengths.bins)
     ]
+
+
+def unbroken(text: str) -> Markup:
+    """A name whose words are not broken where it may be broken between them, as at an underscore.
+
+    A word that is longer than a line of a telephone is broken all the same.
+    """
+    between_and_words = re.split(r"([^\W_]+)", wording.shown(text))
+    pieces = [
+        Markup('<span class="word">{}</span>').format(piece)
+        if place % 2 and len(piece) <= _LONGEST_WORD
+        else escape(piece) + Markup("<wbr>")
+        for place, piece in enumerate(between_and_words)
+    ]
+    return Markup().join(pieces)

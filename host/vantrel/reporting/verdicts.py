@@ -55,6 +55,7 @@ def _of_distance(
     about: str, figure: str, real: Distance, judged: Frequencies | Together
 ) -> Verdict:
     """Judges a distance from the real table, and from what the model was to give if it is known."""
+    section = "together" if isinstance(judged, Together) else "shares"
     limit = f"99 in 100 samples of so many rows stay within {distance(real.limit)}."
     model = judged.from_model
     if model and not model.is_by_chance:
@@ -62,15 +63,15 @@ def _of_distance(
             f"Not what the model was to give: it is {distance(model.value)} from that, and chance"
             f" explains {distance(model.limit)}. {_CHANGED}"
         )
-        return Verdict(about, figure, LOOK, words, "shares")
+        return Verdict(about, figure, LOOK, words, section)
     if real.is_by_chance:
         words = f"As near as chance allows: {limit}"
-        return Verdict(about, figure, FINE, words, "shares")
+        return Verdict(about, figure, FINE, words, section)
     if judged.by_design:
         words = f"What the model was to give. {judged.by_design}"
-        return Verdict(about, figure, KNOWN, words, "shares")
+        return Verdict(about, figure, KNOWN, words, section)
     words = f"Further apart than chance explains: {limit} {_OTHER_TABLE if model else _MISLEADS}"
-    return Verdict(about, figure, LOOK, words, "shares")
+    return Verdict(about, figure, LOOK, words, section)
 
 
 def why_not_compared(shares: Frequencies) -> str:
