@@ -65,16 +65,19 @@ def genders_of_first_names(locale: str | None = None) -> Mapping[str, str]:
 @cache
 def first_names() -> frozenset[str]:
     """The first names, in lower case, that are hardly ever something else."""
-    lists = ("first_names", "first_names_female", "first_names_male")
-    names = {
+    names = {name for locale in _LOCALES for name in first_names_of(locale)}
+    return frozenset({name for name in names if len(name) >= _SHORTEST} - _WORDS)
+
+
+@cache
+def first_names_of(locale: str) -> frozenset[str]:
+    """The first names, in lower case, that people of a locale get."""
+    return frozenset(
         name.lower()
-        for locale in _LOCALES
         for provider in _providers(locale)
-        for which in lists
+        for which in ("first_names", "first_names_female", "first_names_male")
         for name in _list(provider, which)
-        if len(name) >= _SHORTEST
-    }
-    return frozenset(names - _WORDS)
+    )
 
 
 def _providers(locale: str | None = None) -> Iterator[Any]:

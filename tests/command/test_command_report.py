@@ -1,6 +1,8 @@
 """``vantrel report``, as a shell runs it."""
 
+import json
 import os
+import re
 import shlex
 import shutil
 import subprocess
@@ -29,6 +31,12 @@ def recorded() -> None:
     succeed("sample m.json -n 1500 --seed 7 -o made-up.csv")
 
 
+def shown_page() -> str:
+    """The page, without what keeps words whole."""
+    page = Path("report.html").read_text(encoding="utf-8")
+    return re.sub(r'<span class="word">(.*?)</span>', r"\1", page)
+
+
 @pytest.mark.usefixtures("recorded")
 def test_from_table_and_sample_to_report() -> None:
     result = succeed(REPORT)
@@ -36,7 +44,7 @@ def test_from_table_and_sample_to_report() -> None:
     (line,) = result.stdout.splitlines()
     assert line.startswith("Compared 50 real rows with 1,500 sampled rows: distance of gender 0.0")
     assert line.endswith("; wrote report.html.")
-    html = Path("report.html").read_text(encoding="utf-8")
+    html = shown_page()
     assert "<title>People report: people.csv</title>" in html
     assert "There is no record" not in html
     for column in ("sex", "title", "surname", "land", "firstname", "email"):
@@ -64,7 +72,7 @@ def test_without_a_record_the_columns_are_named() -> None:
     assert result.stdout == (
         "Compared 50 real rows with 4 sampled rows: distance of gender 0.250; wrote report.html.\n"
     )
-    html = Path("report.html").read_text(encoding="utf-8")
+    html = shown_page()
     assert "There is no record beside the sample of how it was made." in html
     assert "Not compared: the sample has no such column." in html
 
@@ -72,7 +80,7 @@ def test_without_a_record_the_columns_are_named() -> None:
 @pytest.mark.usefixtures("recorded")
 def test_a_named_column_comes_before_the_record() -> None:
     succeed(f"{REPORT} --column lastname=firstname --column firstname=surname")
-    html = Path("report.html").read_text(encoding="utf-8")
+    html = shown_page()
     assert 'Last name <small class="column"><bdi>firstname</bdi>' in html
     assert 'First name <small class="column"><bdi>surname</bdi>' in html
 
@@ -88,7 +96,7 @@ def test_a_named_column_that_is_recorded_for_another_attribute_is_refused() -> N
 @pytest.mark.usefixtures("made_up")
 def test_without_a_record_or_columns_they_are_found() -> None:
     succeed(REPORT)
-    html = Path("report.html").read_text(encoding="utf-8")
+    html = shown_page()
     assert 'Gender <small class="column"><bdi>sex</bdi>' in html
     assert 'Last name <small class="column"><bdi>surname</bdi>' in html
 
@@ -120,7 +128,7 @@ def named() -> None:
 @pytest.mark.usefixtures("named")
 def test_real_names_are_found_in_columns_that_are_named_otherwise() -> None:
     succeed(REPORT)
-    html = Path("report.html").read_text(encoding="utf-8")
+    html = shown_page()
     assert "2 rows" in names_in_the_sample(html)
     assert 'First name <small class="column"><bdi>first_name / firstname</bdi>' in html
 
@@ -137,7 +145,7 @@ def test_real_names_are_found_beside_the_columns_of_a_record() -> None:
     first, last = plain.iloc[0][["firstname", "lastname"]]
     Path("people.csv").write_text(f"sex,first_name,last_name\nm,{first},{last}\n")
     succeed(REPORT)
-    html = Path("report.html").read_text(encoding="utf-8")
+    html = shown_page()
     assert "1 row" in names_in_the_sample(html)
     assert f"<bdi>{first} {last}</bdi>" in html
 
@@ -147,7 +155,7 @@ def test_names_in_columns_that_are_not_known_are_said_to_be_unchecked() -> None:
     real = pd.read_csv("people.csv").set_axis(["sex", "n1", "n2"], axis="columns")
     real.to_csv("people.csv", index=False)
     succeed(REPORT)
-    words = names_in_the_sample(Path("report.html").read_text(encoding="utf-8"))
+    words = names_in_the_sample(shown_page())
     assert "not checked" in words
     assert "No verdict" in words
     assert "--column firstname=COLUMN and --column lastname=COLUMN" in words
@@ -158,7 +166,7 @@ def test_a_column_may_be_named_that_only_one_table_has() -> None:
     real = pd.read_csv("people.csv").set_axis(["sex", "n1", "n2"], axis="columns")
     real.to_csv("people.csv", index=False)
     succeed(f"{REPORT} --column firstname=n1 --column lastname=n2")
-    html = Path("report.html").read_text(encoding="utf-8")
+    html = shown_page()
     assert "2 rows" in names_in_the_sample(html)
 
 
@@ -204,7 +212,7 @@ def test_a_report_that_is_there_is_overwritten_by_force_only() -> None:
         "report.html is there already: add --force to overwrite it."
     )
     succeed(f"{REPORT} --column gender=sex --force")
-    assert "<!doctype html>" in Path("report.html").read_text(encoding="utf-8")
+    assert "<!doctype html>" in shown_page()
 
 
 @pytest.mark.usefixtures("made_up")
@@ -296,7 +304,7 @@ def test_a_file_of_any_name_is_reported(people: pd.DataFrame) -> None:
     name = os.fsdecode(b"odd \xff<b>.csv")
     people.to_csv(name, index=False)
     succeed(f"report {shlex.quote(name)} people.csv -o report.html --column gender=sex")
-    html = Path("report.html").read_text(encoding="utf-8")
+    html = shown_page()
     assert "<title>People report: odd \ufffd&lt;b&gt;.csv</title>" in html
 
 
@@ -314,7 +322,7 @@ def test_a_sample_that_is_safe_for_spreadsheets_is_compared_as_it_was_made() -> 
     assert Path("made-up.csv").read_text().startswith('"\'=sex"')
     result = succeed(REPORT)
     assert "distance of gender 0.0" in result.stdout
-    html = Path("report.html").read_text(encoding="utf-8")
+    html = shown_page()
     assert 'Gender <small class="column"><bdi>=sex</bdi>' in html
     assert "<bdi>&#39;x</bdi>" in html
     assert "&#39;-m" not in html
@@ -325,7 +333,7 @@ def test_a_sample_of_given_people_has_their_shares_by_design() -> None:
     Path("given.csv").write_text("sex\n" + "f\n" * 200)
     succeed("sample m.json --conditions given.csv --seed 7 -o made-up.csv")
     succeed(REPORT)
-    html = Path("report.html").read_text(encoding="utf-8")
+    html = shown_page()
     card = html.split("<h3>Gender shares</h3>")[1].split("</li>", maxsplit=1)[0]
     assert "By design" in card
     assert "made for given genders or countries" in card
@@ -350,3 +358,97 @@ def test_a_report_that_came_meanwhile_is_not_lost(monkeypatch: pytest.MonkeyPatc
         "vantrel: error: report.html is there already: add --force to overwrite it.\n"
     )
     assert Path("report.html").read_text() == "of another run"
+
+
+@pytest.mark.usefixtures("recorded")
+def test_figures_are_written_for_machines() -> None:
+    result = succeed(f"{REPORT} --json report.json")
+    assert result.stdout.endswith("; wrote report.html and report.json.\n")
+    form = json.loads(Path("report.json").read_text(encoding="utf-8"))
+    assert (form["format"], form["schema_version"]) == ("vantrel-report", 1)
+    assert (form["compared"], form["real"], form["sample"]) == (
+        "sample",
+        "people.csv",
+        "made-up.csv",
+    )
+    assert form["asks_for_look"] == any(each["state"] == "look" for each in form["verdicts"])
+    assert form["figures"]["real_rows"] == 50
+    assert {"about", "figure", "state", "words", "section"} == form["verdicts"][0].keys()
+
+
+def test_a_pipeline_is_stopped_by_what_asks_for_a_look(people: pd.DataFrame) -> None:
+    people.to_csv("made-up.csv", index=False)
+    people.assign(sex="f").to_csv("people.csv", index=False)
+    line = f"{REPORT} --json report.json --force"
+    succeed(line)
+    Path("report.html").unlink()
+    Path("report.json").unlink()
+    result = run(f"{line} --fail-on look")
+    assert result.exit_code == 4
+    assert result.stderr.startswith("vantrel: error: ")
+    assert "verdicts ask for a look: Gender shares; " in result.stderr
+    assert Path("report.html").is_file()
+    assert json.loads(Path("report.json").read_text())["asks_for_look"]
+    assert "End with status 4 if a verdict asks for a look" in " ".join(
+        succeed("report --help").stdout.split()
+    )
+
+
+@pytest.mark.usefixtures("recorded")
+def test_a_good_sample_passes_a_pipeline() -> None:
+    succeed(f"{REPORT} --fail-on look")
+
+
+@pytest.mark.usefixtures("made_up")
+@pytest.mark.parametrize(
+    ("option", "message"),
+    [
+        ("-", "Figures are not written to standard output: name a file for --json."),
+        ("report.html", "The page and the figures are two files: name another one for --json."),
+        ("people.csv", "people.csv is the file to read: write to another one."),
+    ],
+)
+def test_figures_have_a_file_of_their_own(option: str, message: str) -> None:
+    assert fail(f"{REPORT} --json {option} --force", 2) == message
+
+
+@pytest.mark.usefixtures("recorded")
+def test_a_record_that_does_not_belong_is_told() -> None:
+    Path("made-up.csv").write_text("a,b\n1,2\n")
+    assert fail(REPORT, 1) == (
+        "The record beside the sample tells of none of its columns, but of 'sex', 'title',"
+        " 'firstname', 'surname', 'email', 'land': it belongs to another table. Move it away."
+    )
+
+
+@pytest.fixture
+def copied() -> None:
+    """A copy in which people were replaced."""
+    pytest.importorskip("pyarrow")
+    names = [f"{first},{last}" for first in ("Ann", "Bo", "Cy") for last in ("Lee", "Orr", "Ray")]
+    rows = "".join(f"{number},{name},GB,{number}\n" for number, name in enumerate(names))
+    Path("real.csv").write_text(f"id,first_name,last_name,country,total\n{rows}")
+    succeed("replace real.csv -o copy.csv --key id --secret s.secret")
+
+
+@pytest.mark.usefixtures("copied")
+def test_a_copy_is_compared_with_its_original() -> None:
+    result = succeed("report real.csv copy.csv -o report.html --fail-on look")
+    assert result.stdout == "Compared 9 rows with 9 rows of a copy; wrote report.html.\n"
+    assert "What had to stay" in shown_page()
+    Path("copy.csv").write_text(Path("copy.csv").read_text().replace("GB,3", "GB,33"))
+    result = run("report real.csv copy.csv -o report.html --fail-on look --force")
+    assert (result.exit_code, result.stderr) == (
+        4,
+        "vantrel: error: 1 of the verdicts asks for a look: Cells that had to stay.\n",
+    )
+
+
+@pytest.mark.usefixtures("copied")
+def test_a_copy_has_the_columns_of_its_record_and_does_not_come_first() -> None:
+    assert fail("report real.csv copy.csv -o r.html --column lastname=last_name", 2) == (
+        "The columns of a copy are those that its record tells: leave --column out."
+    )
+    assert fail("report copy.csv real.csv -o r.html", 2) == (
+        "copy.csv is a copy, as its record says: the real table comes first."
+    )

@@ -57,7 +57,7 @@ def test_a_record_is_read_as_it_was_written(output: Path) -> None:
 def test_a_record_can_be_read_by_others(output: Path) -> None:
     assert json.loads(record_path(output).read_text(encoding="utf-8")) == {
         "format": "vantrel-sample",
-        "schema_version": 1,
+        "schema_version": 2,
         "model": "modèle.json",
         "model_sha256": "ab" * 32,
         "rows": 12,
@@ -65,7 +65,17 @@ def test_a_record_can_be_read_by_others(output: Path) -> None:
         "columns": {"gender": "sex", "country": "Länder"},
         "options": {"unique": ["email"], "conditions": None, "block_rows": 50_000},
         "versions": versions(),
+        "expected": None,
+        "file_sha256": None,
     }
+
+
+def test_a_record_of_schema_1_is_read(output: Path) -> None:
+    path = record_path(output)
+    form = json.loads(path.read_text(encoding="utf-8")) | {"schema_version": 1}
+    del form["expected"], form["file_sha256"]
+    path.write_text(json.dumps(form))
+    assert read_record(output) == msgspec.structs.replace(RECORD, schema_version=1)
 
 
 def test_a_record_stands_beside_a_file_and_in_a_folder(tmp_path: Path) -> None:
@@ -114,7 +124,7 @@ def test_a_file_of_something_else(output: Path, content: str, why: str) -> None:
     ("changes", "why"),
     [
         ({"format": "x"}, "Invalid enum value 'x' - at `$.format`"),
-        ({"schema_version": 2}, "Invalid enum value 2 - at `$.schema_version`"),
+        ({"schema_version": 3}, "Invalid enum value 3 - at `$.schema_version`"),
         ({"seed": None}, "Object missing required field `seed`"),
         ({"extra": 1}, "Object contains unknown field `extra`"),
         ({"rows": "12"}, "Expected `int`, got `str` - at `$.rows`"),

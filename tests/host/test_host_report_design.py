@@ -1,5 +1,6 @@
-"""Which differences the report says to be by design."""
+"""What the report says where the record of a sample tells what its model was to give."""
 
+import json
 from pathlib import Path
 from typing import Any
 
@@ -9,206 +10,244 @@ import pytest
 
 import vantrel
 from support.report_tables import both
-from vantrel.fitting import fit
-from vantrel.reporting import design
-from vantrel.reporting.design import Design
-from vantrel.reporting.figures import Figures, compare_labelled
-from vantrel.reporting.frequencies import compare_frequencies
-from vantrel.reporting.labelled import LabelledTable
-from vantrel.reporting.missing import compare_missing_rates
-from vantrel.reporting.verdicts import FINE, KNOWN, LOOK, OPEN, verdicts
-from vantrel.sampling import Plan, sample_blocks
-from vantrel.tables import frame_table, read_table
+from vantrel.reporting import meant
+from vantrel.reporting.comparison import Comparison
+from vantrel.reporting.figures import compare_labelled
+from vantrel.reporting.verdict import FINE, KNOWN, LOOK, Verdict
+from vantrel.sampling import sample_to_file
+from vantrel.sampling.record import read_record, record_path
+from vantrel.tables import open_table, read_table
 
-COLUMNS = {"gender": "sex", "title": "title", "lastname": "last", "country": "land"}
+COLUMNS: Any = {"gender": "sex", "title": "title", "lastname": "last", "country": "land"}
 ROWS = 4000
 
+TOGETHER = "Gender, title and country together"
+SHARES = ("Gender shares", "Title shares", "Country shares", TOGETHER)
 
-def table(**columns: dict[str | None, float]) -> pd.DataFrame:
-    """A table of such shares of values; the columns are independent."""
+
+def real_people(*, has_gaps: bool) -> pd.DataFrame:
+    """Rows in which titles go with genders, and some values are rare."""
     rng = np.random.default_rng(1)
-    return pd.DataFrame(
-        {
-            name: pd.Series(rng.permutation(np.repeat(np.array([*shares], object), counts(shares))))
-            for name, shares in columns.items()
-        }
-    )
-
-
-def counts(shares: dict[str | None, float]) -> list[int]:
-    return [round(share * ROWS) for share in shares.values()]
-
-
-def states(figures: Figures) -> dict[str, str]:
-    return {each.about: each.state for each in verdicts(figures, None)}
-
-
-def gap(real: pd.DataFrame, sampled: pd.DataFrame, attribute: str) -> str | None:
-    """Why the missing rate of an attribute is by design; it is never what chance explains."""
-    found = compare_missing_rates(Design(*both(real, sampled, COLUMNS)), attribute)
-    assert found.is_beyond_chance
-    return found.by_design
-
-
-PEOPLE = table(
-    sex={"female": 0.4, "male": 0.35, "M": 0.05, "nb": 0.05, "klingon": 0.05, None: 0.1},
-    title={"Mr": 0.4, "Mrs": 0.3, "Mx": 0.05, "Dr": 0.05, None: 0.2},
-    last={"Lee": 0.5, "Ray": 0.2, None: 0.3},
-    land={"Norway": 0.5, "Sweden": 0.47, None: 0.03},
-)
-SEX = {"female": 0.5, "male": 0.4, None: 0.1}
-
-
-@pytest.mark.parametrize("left_out", [(), ("sex",), ("sex", "title")])
-def test_a_sample_of_a_model_asks_for_no_look(left_out: tuple[str, ...]) -> None:
-    real = PEOPLE.drop(columns=list(left_out))
-    columns: Any = {attribute: name for attribute, name in COLUMNS.items() if name in real}
-    sampled = pd.concat(sample_blocks(fit(real, **columns), Plan(6000, 1, exact=True)))
-    found = states(compare_labelled(*both(real, sampled, columns)))
-    assert LOOK not in found.values()
-    assert found["Missing values"] == KNOWN
-    assert found.get("Gender shares", KNOWN) == KNOWN
-
-
-def test_rows_as_real_ones_are_need_no_reason() -> None:
-    columns: Any = COLUMNS
-    sampled = pd.concat(sample_blocks(fit(PEOPLE, **columns), Plan(6000, 1)))
-    tables = both(PEOPLE, sampled, columns)
-    found = states(compare_labelled(*tables, is_bare=False))
-    assert {found[about] for about in ("Gender shares", "Title shares", "Missing values")} == {FINE}
-    shuffled = sampled.assign(title="Mr", last="Lee")
-    found = states(compare_labelled(*both(PEOPLE, shuffled, columns), is_bare=False))
-    assert found["Title shares"] == found["Missing values"] == LOOK
-
-
-def test_each_reason_of_a_gap_is_told() -> None:
-    sampled = PEOPLE.copy()
-    sampled.loc[~PEOPLE["sex"].isin(["female", "male", "M", "nb"])] = None
-    sampled.loc[PEOPLE["sex"] == "nb", "title"] = None
-    sampled["title"] = sampled["title"].mask(sampled["sex"].isin(["female", "male", "M"]), "Mr")
-    sampled["last"] = sampled["last"].mask(sampled["sex"].notna(), "Lee")
-    sampled["land"] = sampled["land"].mask(sampled["sex"].notna(), "Norway")
-    assert gap(PEOPLE, sampled, "gender") == design.UNCLEAR_GENDERS
-    assert gap(PEOPLE, sampled, "lastname") == design.UNLEARNT
-    assert gap(PEOPLE, sampled, "country") == design.BLANK_ROWS
-    real = PEOPLE.assign(title="Mr")  # no woman and nobody else has a title
-    sampled["title"] = real["title"].where(sampled["sex"].isin(["male", "M"]))
-    assert gap(real, sampled, "title") == design.NO_TITLES
-
-
-def test_titles_that_genders_are_learnt_from_are_missing_where_they_tell_none() -> None:
-    real = table(title={"Mr": 0.5, "Mrs": 0.3, "Captain Nemo": 0.2})
-    sampled = real.where(real["title"] != "Captain Nemo")
-    assert gap(real, sampled, "title") == design.UNCLEAR_TITLES
-
-
-@pytest.mark.parametrize("attribute", COLUMNS)
-def test_gaps_that_no_model_makes_are_not_by_design(attribute: str) -> None:
-    real = table(sex=SEX, title={"Mr": 0.5, "Mrs": 0.5}, last={"Lee": 1}, land={"Norway": 1})
-    sampled = real.where(real["sex"].notna())
-    sampled.loc[: ROWS // 2, COLUMNS[attribute]] = None
-    assert gap(real, sampled, attribute) is None
-    found = compare_labelled(*both(real, sampled, COLUMNS))
-    assert states(found)["Missing values"] == LOOK
-
-
-def test_a_country_that_was_missing_more_often_than_gender_stays_so() -> None:
-    real = table(sex=SEX, land={"Norway": 0.7, None: 0.3})
-    blank = real.assign(land=real["land"].fillna("Norway")).where(real["sex"].notna())
-    assert gap(real, blank, "country") is None
-
-
-def test_gaps_are_not_by_design_where_the_real_genders_are_not_known() -> None:
-    real = LabelledTable(frame_table(PEOPLE.drop(columns="sex")), COLUMNS)
-    sampled = PEOPLE.assign(last=None)
-    found = compare_missing_rates(
-        Design(real, LabelledTable(frame_table(sampled), COLUMNS)), "lastname"
-    )
-    assert (found.is_beyond_chance, found.by_design) == (True, None)
-
-
-def test_spellings_of_a_gender_are_drawn_evenly() -> None:
-    real = table(sex={"female": 0.45, "male": 0.45, "M": 0.05, "klingon": 0.05})
-    drawn = table(sex={"female": 0.474, "male": 0.263, "M": 0.263})
-    found = compare_frequencies(Design(*both(real, drawn, COLUMNS)), "gender")
-    assert (found.is_by_chance, found.by_design) == (False, design.EVEN_SPELLINGS)
-
-
-def test_shares_of_genders_that_are_not_kept_are_not_by_design() -> None:
-    real = table(sex={"female": 0.5, "male": 0.45, "M": 0.05})
-    drawn = table(sex={"female": 0.6, "male": 0.2, "M": 0.2})
-    figures = compare_labelled(*both(real, drawn, COLUMNS))
-    assert figures.frequencies[0].by_design is None
-    assert states(figures)["Gender shares"] == LOOK
-
-
-def test_a_gender_that_was_sampled_is_understood() -> None:
-    real = table(sex={"female": 0.5, "male": 0.3, "klingon": 0.1, "vulcan": 0.1})
-    drawn = table(sex={"female": 0.5 / 0.9, "male": 0.3 / 0.9, "klingon": 0.1 / 0.9})
-    sides = both(real, drawn, COLUMNS)
-    genders = Design(*sides).genders(sides[0], "gender")
-    assert genders == {
-        "F": 0.5 * ROWS,
-        "M": 0.3 * ROWS,
-        "klingon": 0.1 * ROWS,
-    }
-
-
-def test_what_was_given_as_conditions_is_by_design() -> None:
-    real = table(sex=SEX, last={"Lee": 1}, land={"Norway": 1})
-    given = table(sex={"female": 0.2, "male": 0.4, None: 0.4}, land={"Chad": 0.3, None: 0.7})
-    given["last"] = pd.Series("Ray", given.index).where(given["sex"].notna())
-    figures = compare_labelled(*both(real, given, COLUMNS), has_conditions=True)
-    assert [each.by_design for each in figures.frequencies] == [design.CONDITIONS] * 2
-    assert [(each.attribute, each.by_design) for each in figures.missing_rates] == [
-        ("gender", design.CONDITIONS),
-        ("lastname", design.UNLEARNT),
-        ("country", design.CONDITIONS),
+    sex = rng.choice(["female", "male", "M", "nb"], ROWS, p=[0.5, 0.4, 0.05, 0.05])
+    titles = {"female": ["Mrs", "Ms", "Dr"], "nb": ["Mx"] * 3}
+    shares = {"female": [0.6, 0.3, 0.1], "nb": [0.2, 0.2, 0.6]}
+    title = [
+        rng.choice(titles.get(each, ["Mr", "Sir", "Dr"]), p=shares.get(each, [0.85, 0.05, 0.1]))
+        for each in sex
     ]
-    found = states(figures)
-    assert found == {
-        "Gender shares": KNOWN,
-        "Country shares": KNOWN,
-        "Missing values": KNOWN,
-        "Repeated rows": OPEN,
-        "How it was made": OPEN,
-    }
-    assert states(compare_labelled(*both(real, given, COLUMNS)))["Gender shares"] == LOOK
+    land = rng.choice(["Norway", "Sweden", "UK"], ROWS, p=[0.5, 0.3, 0.2])
+    last = [f"L{number}" for number in range(ROWS)]
+    people = pd.DataFrame({"sex": sex, "title": title, "last": last, "land": land}, dtype=object)
+    people.loc[:2, "title"], people.loc[1:3, "land"] = "Duke", "Chad"
+    if has_gaps:
+        people = people.mask(pd.DataFrame(rng.random(people.shape) < 0.1, columns=people.columns))
+        people.loc[rng.random(ROWS) < 0.05] = None
+    return people
 
 
-def test_names_that_are_missing_more_often_than_given_genders_are_not_by_design() -> None:
-    real = table(sex=SEX, last={"Lee": 1})
-    given = table(sex={"female": 0.6, "male": 0.4}, last={"Ray": 0.5, None: 0.5})
-    figures = compare_labelled(*both(real, given, COLUMNS), has_conditions=True)
-    assert states(figures)["Missing values"] == LOOK
+class Made:
+    """A model's sample in a file, with its record."""
+
+    def __init__(self, folder: Path, real: pd.DataFrame, rows: int, **options: Any) -> None:
+        self.real, self.path, model = real, folder / "made.csv", folder / "model.json"
+        given = options.pop("given", None)
+        vantrel.save(vantrel.fit(real, detect=False, **COLUMNS), model)
+        if given is not None:
+            options["conditions"] = folder / "given.csv"
+            given.to_csv(options["conditions"], index=False)
+        sample_to_file(model, self.path, rows or None, seed=7, **options)
+
+    def compared(self, *, knows_model: bool = True) -> Comparison:
+        record = read_record(self.path) if knows_model else None
+        with open_table(self.path, empty_is_missing=True) as sample:
+            return vantrel.compare(self.real, sample, record=record, **COLUMNS)
+
+    def verdicts(self, *, knows_model: bool = True) -> dict[str, Verdict]:
+        return {each.about: each for each in self.compared(knows_model=knows_model).verdicts}
+
+    def states(self, *, knows_model: bool = True) -> dict[str, str]:
+        return {about: each.state for about, each in self.verdicts(knows_model=knows_model).items()}
+
+    def change(self, **columns: Any) -> None:
+        """Changes columns by functions of the whole table."""
+        table = read_table(self.path)
+        for name, function in columns.items():
+            table[name] = function(table)
+        table.to_csv(self.path, index=False)
 
 
-def test_the_figure_of_gaps_is_of_those_that_ask_for_a_look() -> None:
-    real = table(sex=SEX, last={"Lee": 0.5, None: 0.5}, land={"Norway": 1})
-    sampled = real.assign(last="Lee").where(real["sex"].notna())
-    sampled.loc[: ROWS // 25, "land"] = None
-    (card,) = (
-        each
-        for each in verdicts(compare_labelled(*both(real, sampled, COLUMNS)), None)
-        if each.about == "Missing values"
+def shuffled(column: str) -> Any:
+    return lambda table: table[column].sample(frac=1, random_state=1).to_numpy()
+
+
+@pytest.mark.parametrize("has_gaps", [False, True])
+@pytest.mark.parametrize("rows", [200, 20_000])
+@pytest.mark.parametrize("knows_model", [False, True])
+def test_a_good_sample_asks_for_no_look(
+    tmp_path: Path, rows: int, has_gaps: bool, knows_model: bool
+) -> None:
+    made = Made(tmp_path, real_people(has_gaps=has_gaps), rows)
+    found = made.states(knows_model=knows_model)
+    assert LOOK not in found.values()
+    assert {found[each] for each in SHARES} == {FINE}
+
+
+@pytest.mark.parametrize("knows_model", [False, True])
+@pytest.mark.parametrize(
+    ("column", "function", "looks"),
+    [
+        ("title", shuffled("title"), {TOGETHER, "Titles and genders"}),
+        ("land", lambda table: table["land"].sort_values().to_numpy(), set()),
+        (
+            "title",
+            lambda table: table["title"].replace("Sir", "Mr"),
+            {"Title shares", TOGETHER},
+        ),
+        (
+            "title",
+            lambda table: np.random.default_rng(1).choice(["Mr", "Mrs", "Mx", "Dr"], len(table)),
+            {"Title shares", TOGETHER, "Titles and genders"},
+        ),
+        (
+            "title",
+            lambda table: table["title"].mask(table["sex"] == "female", "Mr"),
+            {"Title shares", TOGETHER, "Titles and genders"},
+        ),
+        (
+            "sex",
+            lambda table: table["sex"].map({"female": "male", "male": "female"}),
+            {"Gender shares", TOGETHER, "Titles and genders", "Missing values"},
+        ),
+        ("land", lambda table: "UK", {"Country shares", TOGETHER}),
+        ("last", lambda table: table["last"].mask(table.index < 400), {"Missing values"}),
+    ],
+    ids=["shuffled", "sorted", "dropped", "even", "everybody Mr", "swapped", "one land", "gaps"],
+)
+def test_a_planted_fault_asks_for_a_look(
+    tmp_path: Path, column: str, function: Any, looks: set[str], knows_model: bool
+) -> None:
+    made = Made(tmp_path, real_people(has_gaps=False), 4000)
+    made.change(**{column: function})
+    states = made.states(knows_model=knows_model)
+    found = {about for about, state in states.items() if state == LOOK}
+    assert found - {"How it was made"} == looks
+    assert KNOWN not in states.values()
+
+
+@pytest.mark.parametrize("has_gaps", [False, True])
+def test_what_the_bare_model_gives_is_by_design_where_the_model_is_known(
+    tmp_path: Path, has_gaps: bool
+) -> None:
+    real = real_people(has_gaps=has_gaps)
+    real["last"] = real["last"].fillna("Lee")  # blank rows have none
+    made = Made(tmp_path, real, 4000, exact=True)
+    found = made.verdicts()
+    assert LOOK not in {each.state for each in found.values()}
+    assert found["Title shares"].state == found["Gender shares"].state == KNOWN
+    assert found["Title shares"].words == f"What the model was to give. {meant.BARE}"
+    if has_gaps:
+        assert (found["Missing values"].state, found["Missing values"].words) == (KNOWN, meant.BARE)
+    unknown = made.states(knows_model=False)
+    assert unknown["Title shares"] == LOOK
+    assert KNOWN not in unknown.values()
+
+
+def test_by_design_does_not_excuse_what_no_model_made(tmp_path: Path) -> None:
+    made = Made(tmp_path, real_people(has_gaps=False), 4000, exact=True)
+    made.change(title=lambda _: "Mr")
+    found = made.verdicts()["Title shares"]
+    assert found.state == LOOK
+    assert found.words.startswith("Not what the model was to give: it is 0.")
+    assert found.words.endswith("See whether the sample was changed, or made from another model.")
+
+
+def test_given_rows_have_their_own_shares_by_design(tmp_path: Path) -> None:
+    given = pd.DataFrame({"sex": ["male"] * 900 + ["female"] * 100, "land": ["UK", None] * 500})
+    made = Made(tmp_path, real_people(has_gaps=False), 0, given=given)
+    found = made.verdicts()
+    assert found["Gender shares"].words == f"What the model was to give. {meant.CONDITIONS}"
+    assert {found[each].state for each in SHARES} == {KNOWN}
+    assert (found["Missing values"].state, found["Missing values"].words) == (
+        KNOWN,
+        meant.CONDITIONS,
     )
-    assert (card.state, card.words) == (LOOK, "Further apart than chance explains in land.")
-    missing = sampled["land"].isna().mean() * 100
-    assert card.figure == f"{missing:.1f} points"
+    made.change(sex=lambda table: np.where(np.arange(len(table)) % 2, "male", "female"))
+    assert made.states()["Gender shares"] == LOOK  # near the real table, and not what was given
 
 
-def test_rows_need_no_labels_of_their_own() -> None:
-    real = PEOPLE.set_axis([0] * ROWS)
-    assert compare_labelled(*both(real, real, COLUMNS)) == compare_labelled(
-        *both(PEOPLE, PEOPLE, COLUMNS)
+def test_what_is_left_out_as_too_rare_is_told(tmp_path: Path) -> None:
+    real = real_people(has_gaps=False)
+    real.loc[:23, "land"] = np.repeat(["Chad", "Peru", "Cuba", "Fiji", "Oman", "Mali"], 4)
+    made = Made(tmp_path, real, 300_000)
+    found = made.verdicts()["Country shares"]
+    assert (found.state, found.words) == (
+        KNOWN,
+        "What the model was to give. The model leaves out values that fewer than 5 real rows have,"
+        " and draws combinations in fewer by coarser counts.",
+    )
+    assert made.states(knows_model=False)["Country shares"] == LOOK
+
+
+def test_a_model_of_another_table_is_no_excuse(tmp_path: Path) -> None:
+    made = Made(tmp_path, real_people(has_gaps=False), 2000)
+    made.real = made.real.assign(land=["UK", "Norway", "Sweden", "UK"] * (ROWS // 4))
+    found = made.verdicts()["Country shares"]
+    assert found.state == LOOK
+    assert found.words.endswith(
+        "The model was to give that: see whether it was fitted to this table."
     )
 
 
-def test_equal_tables_need_no_reason() -> None:
-    figures = compare_labelled(*both(PEOPLE, PEOPLE, COLUMNS), has_conditions=True)
-    assert {each.by_design for each in figures.frequencies} == {None}
-    assert {each.by_design for each in figures.missing_rates} == {None}
-    assert states(figures)["Missing values"] == FINE
+def test_missing_values_that_the_model_was_not_to_give_are_named(tmp_path: Path) -> None:
+    made = Made(tmp_path, real_people(has_gaps=False), 2000)
+    made.real.loc[: ROWS // 4, "land"] = None
+    made.change(last=lambda table: table["last"].mask(table.index < 500))
+    found = made.verdicts()["Missing values"]
+    assert (found.state, found.words) == (
+        LOOK,
+        "Not what the model was to give in last. Further apart than chance explains in land.",
+    )
+
+
+def test_a_file_that_was_changed_is_judged_and_said_to_be_changed(tmp_path: Path) -> None:
+    made = Made(tmp_path, real_people(has_gaps=False), 500)
+    assert made.verdicts()["How it was made"].state == FINE
+    made.change(last=lambda table: "Lee")
+    comparison = made.compared()
+    assert comparison.verdicts[-1].words == "The file was changed after it was made."
+    assert comparison.verdicts[-1].state == LOOK
+    assert "The file is not the one that was made: it was changed since." in comparison.to_html()
+
+
+def test_a_record_of_schema_1_is_read_and_tells_nothing_of_the_model(tmp_path: Path) -> None:
+    made = Made(tmp_path, real_people(has_gaps=False), 4000, exact=True)
+    path = record_path(made.path)
+    form = json.loads(path.read_text())
+    del form["expected"], form["file_sha256"]
+    path.write_text(json.dumps(form | {"schema_version": 1}))
+    assert made.states() == made.states(knows_model=False) | {"How it was made": FINE}
+
+
+def test_combinations_are_told_where_their_shares_differ_most() -> None:
+    real = pd.DataFrame({"sex": ["m", "m", "f", None], "land": ["UK", "UK", "UK", "US"]})
+    sampled = pd.DataFrame({"sex": ["m", "f", "f", None], "land": ["UK", "UK", "UK", "US"]})
+    found = compare_labelled(*both(real, sampled, COLUMNS)).together
+    assert found
+    assert found.attributes == ("gender", "country")
+    assert found.distance.value == 0.25
+    told = [(each.values, each.real, each.sampled) for each in found.furthest]
+    assert told == [
+        (("f", "UK"), 0.25, 0.5),
+        (("m", "UK"), 0.5, 0.25),
+        ((None, "US"), 0.25, 0.25),
+    ]
+
+
+def test_a_column_alone_has_no_combinations() -> None:
+    alone = pd.DataFrame({"sex": ["m"]})
+    assert compare_labelled(*both(alone, alone, COLUMNS)).together is None
+    pair = pd.DataFrame({"sex": ["m"], "land": ["UK"]})
+    assert compare_labelled(*both(pair, pair.head(0), COLUMNS)).together is None
 
 
 EXAMPLES = Path(__file__).parents[2] / "examples"
@@ -227,6 +266,6 @@ def test_shares_of_rows_as_real_ones_are_as_expected_without_a_reason(
 ) -> None:
     real = read_table(EXAMPLES / f"{name}.csv")
     sampled = vantrel.sample(vantrel.fit(real, detect=False, **columns), 1_000, seed=7)
-    found = states(vantrel.compare(real, sampled).figures)
+    found = {each.about: each.state for each in vantrel.compare(real, sampled).verdicts}
     assert {state for about, state in found.items() if about.endswith(" shares")} == {FINE}
     assert KNOWN not in found.values()

@@ -24,7 +24,6 @@ from vantrel.reporting.names import (
     Place,
     frequent_names,
 )
-from vantrel.reporting.overlap import MOST_EXAMPLES, Overlap, name_overlaps
 
 NAMES = {"firstname": "first", "lastname": "last"}
 FULL = {"fullname": "full"}
@@ -178,47 +177,6 @@ def test_repeated_rows_are_those_of_pandas() -> None:
     repeated = int(table.duplicated().sum())
     assert 0 < repeated < 199
     assert compare_rows(*both(table, table, columns)).sampled == DuplicateCount(200, repeated)
-
-
-def test_whole_names_that_reappear_are_told_apart_from_parts() -> None:
-    real = people(("Ann", "Lee"), ("Bob", "Ray"), ("Bob", "Orr"), ("Cy", None))
-    sampled = people(("Ann", "Ray"), ("Bob", "Orr"), ("Bob", "Orr"), ("Di", "Orr"))
-    assert name_overlaps(*both(real, sampled, NAMES)) == (
-        Overlap("First and last name together", True, 3, 1, 4, 2, ("Bob Orr",)),
-        Overlap("First name", False, 3, 2, 4, 3, ("Bob", "Ann")),
-        Overlap("Last name", False, 3, 2, 4, 4, ("Orr", "Ray")),
-    )
-
-
-def test_case_and_white_space_do_not_hide_a_name() -> None:
-    real = pd.DataFrame({"full": ["Ann  LEE", "ANN Lee", " ", "Straße Ray"]})
-    sampled = pd.DataFrame({"full": ["ann\tlee ", "STRASSE RAY", "\u00a0", "Bob Orr"]})
-    (found,) = name_overlaps(*both(real, sampled, FULL))
-    assert found == Overlap("Full name", True, 2, 2, 4, 2, ("ANN Lee", "Straße Ray"))
-
-
-@pytest.mark.parametrize("swapped", [False, True])
-def test_first_and_last_names_are_compared_with_full_names(swapped: bool) -> None:
-    parts, full = people(("Ann", "Lee"), ("Bob", "Ray")), pd.DataFrame({"full": ["Ann Lee"]})
-    real, sampled = (full, parts) if swapped else (parts, full)
-    (found,) = name_overlaps(*both(real, sampled, {**NAMES, **FULL}))
-    assert (found.kind, found.found, found.examples) == ("Full name", 1, ("Ann Lee",))
-
-
-def test_tables_without_common_names_have_nothing_to_compare() -> None:
-    assert name_overlaps(*both(NONE, people(("Ann", "Lee")), {**NAMES, **FULL})) == ()
-    assert (
-        name_overlaps(*both(pd.DataFrame({"first": ["A"]}), pd.DataFrame({"last": ["A"]}), NAMES))
-        == ()
-    )
-
-
-def test_the_examples_are_those_of_the_most_rows_and_only_so_many() -> None:
-    letters = list("abcdefgh")
-    sampled = pd.DataFrame({"full": [*letters, "h", "h", "g"]})
-    (found,) = name_overlaps(*both(pd.DataFrame({"full": letters}), sampled, FULL))
-    assert found.examples == ("h", "g", "a", "b", "c")
-    assert len(found.examples) == MOST_EXAMPLES
 
 
 def test_an_attribute_that_neither_table_holds_is_left_out() -> None:

@@ -14,7 +14,8 @@ from vantrel.reporting.figures import compare_labelled
 from vantrel.reporting.frequencies import MOST_SHARES
 from vantrel.reporting.page import MOST_BARS, Sources
 from vantrel.reporting.provenance import provenance
-from vantrel.reporting.verdicts import FINE, KNOWN, LOOK, OPEN, Verdict, verdicts
+from vantrel.reporting.verdict import FINE, LOOK, OPEN, Verdict
+from vantrel.reporting.verdicts import verdicts
 from vantrel.sampling.record import SampleRecord
 
 REAL, SAMPLED = ordinary(400, 1), ordinary(300, 2)
@@ -162,8 +163,18 @@ def test_a_table_agrees_with_itself() -> None:
         "Title shares": FINE,
         "Country shares": FINE,
         "Missing values": FINE,
+        "Gender, title and country together": FINE,
+        "Titles and genders": FINE,
+        "First names and genders": FINE,
+        "First names and countries": FINE,
+        "E-mail addresses and names": FINE,
+        "Usernames and names": FINE,
         "Repeated e-mail address and username": FINE,
-        "Real full names in the sample": LOOK,
+        "Real full names in the sample": FINE,
+        "Real e-mail addresses in the sample": LOOK,
+        "Real usernames in the sample": LOOK,
+        "What few real people have": FINE,
+        "Whole real rows in the sample": LOOK,
         "How it was made": OPEN,
     }
     assert found["Gender shares"].figure == "0.000"
@@ -176,15 +187,10 @@ def test_shares_further_apart_than_chance_ask_for_a_look() -> None:
         "Country shares",
         "1.000",
         LOOK,
-        "Further apart than chance explains: 99 in 100 samples of so many rows stay within 0.078.",
+        "Further apart than chance explains: 99 in 100 samples of so many rows stay within 0.078."
+        " Tests that rely on these shares may mislead.",
         "shares",
     )
-
-
-def test_shares_of_titles_may_differ() -> None:
-    found = judged(REAL, SAMPLED.assign(title="Sir"))["Title shares"]
-    assert (found.figure, found.state) == ("1.000", KNOWN)
-    assert found.words == "Titles are drawn evenly from those that only the row's gender bears."
 
 
 @pytest.mark.parametrize(
@@ -240,14 +246,12 @@ def test_a_real_name_in_the_sample_asks_for_a_look() -> None:
     sampled.loc[3:4, "full"] = "ann lee"
     found = judged(REAL, sampled)["Real full names in the sample"]
     assert (found.figure, found.state) == ("2 rows", LOOK)
-    assert found.words.startswith("0.7% of the sampled rows bear the whole name of a real person.")
-    assert "Ann Lee" in text_of(page(REAL, sampled)).split("Real names in the sample")[-1]
-
-
-def test_parts_of_names_are_said_to_be_expected() -> None:
-    words = text_of(page(REAL, SAMPLED))
-    assert "A first or a last name alone tells nobody apart" in words
-    assert "First name expected Real names found in the sample 3 of 3, 100%" in words
+    assert found.words.startswith(
+        "0.7% of the sampled values are the whole name of a real person, and chance explains about"
+        " none of them."
+    )
+    words = text_of(page(REAL, sampled)).split("Real people in the sample")[-1]
+    assert "Ann Lee 2 rows, first in row 4 of the sample" in words
 
 
 def test_a_sample_without_rows_has_no_verdict_on_names() -> None:

@@ -9,16 +9,8 @@ from hypothesis import given
 from hypothesis import strategies as st
 
 from support.report_tables import both
-from vantrel.reporting.design import Design
-from vantrel.reporting.frequencies import (
-    MOST_SHARES,
-    RISK,
-    Frequencies,
-    Frequency,
-    chance_limit,
-    compare_frequencies,
-    total_variation,
-)
+from vantrel.reporting.distances import RISK, chance_limit, total_variation
+from vantrel.reporting.frequencies import MOST_SHARES, Frequencies, Frequency, compare_frequencies
 from vantrel.reporting.missing import MissingRates, compare_missing_rates
 
 COLUMNS = {"gender": "sex"}
@@ -29,7 +21,7 @@ def frame(*values: object) -> pd.DataFrame:
 
 
 def compared(real: pd.DataFrame, sampled: pd.DataFrame) -> Frequencies:
-    return compare_frequencies(Design(*both(real, sampled, COLUMNS)), "gender")
+    return compare_frequencies(*both(real, sampled, COLUMNS), "gender")
 
 
 @st.composite
@@ -188,7 +180,7 @@ def test_only_so_many_values_are_listed_and_all_of_them_count() -> None:
 
 def test_missing_rates_are_of_all_rows() -> None:
     found = compare_missing_rates(
-        Design(*both(frame("m", None, None, None), frame("m", "f", None, "f"), COLUMNS)), "gender"
+        *both(frame("m", None, None, None), frame("m", "f", None, "f"), COLUMNS), "gender"
     )
     assert (found.real, found.sampled, found.difference) == (0.75, 0.25, -0.5)
 
@@ -197,13 +189,10 @@ def test_missing_rates_are_of_all_rows() -> None:
 def test_a_table_without_the_column_or_without_rows_has_no_missing_rate(
     lacking: pd.DataFrame,
 ) -> None:
-    assert compare_missing_rates(
-        Design(*both(lacking, frame("m"), COLUMNS)), "gender"
-    ) == MissingRates("gender", "sex", None, 0, None)
-    assert (
-        compare_missing_rates(Design(*both(frame("m"), lacking, COLUMNS)), "gender").difference
-        is None
+    assert compare_missing_rates(*both(lacking, frame("m"), COLUMNS), "gender") == MissingRates(
+        "gender", "sex", None, 0, None
     )
+    assert compare_missing_rates(*both(frame("m"), lacking, COLUMNS), "gender").difference is None
 
 
 def missing(rate: float, rows: int) -> pd.DataFrame:
@@ -228,6 +217,6 @@ def test_missing_rates_are_held_against_the_simulated_limit(
     real: float, sampled: float, is_beyond: bool
 ) -> None:
     tables = both(missing(real, 1000), missing(sampled, 1000), {"gender": "sex"})
-    found = compare_missing_rates(Design(*tables), "gender")
+    found = compare_missing_rates(*tables, "gender")
     assert found.limit == chance_limit(np.array([real, 1 - real]), 1000)
     assert found.is_beyond_chance == is_beyond

@@ -24,6 +24,7 @@ from vantrel.wording import without_passwords
 BAD_DATA = 1
 BAD_USAGE = 2
 LEFT_OVER = 3
+ASKS_FOR_LOOK = 4
 INTERRUPTED = 130
 
 _STDERR = 2

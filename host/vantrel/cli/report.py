@@ -7,7 +7,7 @@ from typing import TYPE_CHECKING, Any
 
 import click
 
-from vantrel.cli.group import TerseCommand
+from vantrel.cli.group import ASKS_FOR_LOOK, TerseCommand
 from vantrel.cli.options import (
     TableType,
     columns_option,
@@ -22,7 +22,7 @@ from vantrel.hints import named
 from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting, replacing, same_file
 
 if TYPE_CHECKING:
-    from vantrel.sampling.record import SampleRecord
+    from vantrel.reporting.judged import Judged
 
 
 @click.command(cls=TerseCommand, short_help="Compare a real table with a sample.")
@@ -35,6 +35,12 @@ if TYPE_CHECKING:
 )
 @separator_option("TABLE")
 @encoding_option("TABLE")
+@path_option("--json", metavar="FILE.json", help="Write verdicts and figures for machines, too.")
+@click.option(
+    "--fail-on",
+    type=click.Choice(["look"]),
+    help=f"End with status {ASKS_FOR_LOOK} if a verdict asks for a look, after all is written.",
+)
 @force_option
 def report(
     table: Path | Address,
@@ -43,14 +49,17 @@ def report(
     columns: Any,
     separator: str | None,
     encoding: str | None,
+    json: Path | None,
+    fail_on: str | None,
     force: bool,
 ) -> None:
     """Compare the real table TABLE with a SAMPLE of it on one page.
 
     Which columns are compared is read from the record that 'vantrel sample' wrote beside SAMPLE;
     where there is none, and in TABLE where it names them otherwise, the columns of a person are
-    found by their names and values. The page needs no network. It shows some values of the real
-    table: keep it as safe as that.
+    found by their names and values. SAMPLE may also be the copy of TABLE that 'vantrel replace'
+    made: its record tells what had to stay and what had to change. The page needs no network. It
+    shows some values of the real table: keep it as safe as that.
 
     \b
     Example:
@@ -58,8 +67,17 @@ def report(
     """
     if output == STANDARD_STREAM:
         raise click.UsageError("A report is not written to standard output: name a file for -o.")
+    if json == STANDARD_STREAM:
+        raise click.UsageError(
+            "Figures are not written to standard output: name a file for --json."
+        )
     files = files_of(table, sampled)
-    refuse_overwriting(output, *files, force=force)
+    for written in filter(None, (output, json)):
+        refuse_overwriting(written, *files, force=force)
+    if json and json.absolute() == output.absolute():
+        raise click.UsageError(
+            "The page and the figures are two files: name another one for --json."
+        )
     is_same = same_file(*files) if len(files) == 2 else table == sampled
     if is_same:
         raise click.UsageError(
@@ -67,35 +85,78 @@ def report(
             " name the real table, then a sample of it."
         )
 
-    # These take a second to import; help need not wait for them.
-    import vantrel
-    from vantrel.tables import open_table
-
-    record = _record_of(sampled)
-    if record is None and _record_of(table):
-        raise click.UsageError(
-            f"{named(table)} is a sample, as its record says: the real table comes first."
-        )
-    with (
-        open_table(table, separator=separator, encoding=encoding, empty_is_missing=True) as real,
-        open_table(sampled, empty_is_missing=True) as people,
-    ):
-        comparison = vantrel.compare(real, people, record=record, **columns)
-    page = comparison.to_html(_name_of(table), _name_of(sampled))
+    found = _compared(table, sampled, columns, separator=separator, encoding=encoding)
+    names = [_name_of(table), _name_of(sampled)]
     private: Any = {"private_as": table} if isinstance(table, Path) else {"mode": 0o600}
     with replacing(output, force=force, **private) as file:
-        file.write(page)
-    click.echo(f"{comparison.summary}; wrote {named(output)}.")
-
-
-def _record_of(table: Path | Address) -> SampleRecord | None:
-    """The record beside a table; one of a database has none."""
-    from vantrel.sampling.record import read_record
-
-    return read_record(table) if isinstance(table, Path) else None
+        file.write(found.to_html(*names))
+    if json:
+        with replacing(json, force=force, **private) as file:
+            file.write(found.to_json(*names))
+    wrote = " and ".join(named(path) for path in (output, json) if path)
+    click.echo(f"{found.summary}; wrote {wrote}.")
+    if fail_on and found.asks_for_look:
+        raise _AsksForLook(found)
 
 
 def _name_of(table: Path | Address) -> str:
     if isinstance(table, Path):
         return click.format_filename(table.absolute().name)
     return str(table.table)
+
+
+class _AsksForLook(click.ClickException):
+    """Some verdicts ask for a look."""
+
+    exit_code = ASKS_FOR_LOOK
+
+    def __init__(self, found: Judged) -> None:
+        about = [each.about for each in found.verdicts if each.state == "look"]
+        ask = "asks" if len(about) == 1 else "ask"
+        super().__init__(f"{len(about)} of the verdicts {ask} for a look: {'; '.join(about)}.")
+
+
+def _compared(
+    table: Path | Address,
+    sampled: Path | Address,
+    columns: Any,
+    *,
+    separator: str | None,
+    encoding: str | None,
+) -> Judged:
+    """Compares by the record beside the second table."""
+    # These take a second to import; help need not wait for them.
+    import vantrel
+    from vantrel.reporting.copies.comparison import compare_copy
+    from vantrel.reporting.copies.record import read_copy_record
+    from vantrel.sampling.record import read_record
+    from vantrel.tables import open_table
+
+    copy = read_copy_record(sampled) if isinstance(sampled, Path) else None
+    if copy and columns:
+        raise click.UsageError(
+            "The columns of a copy are those that its record tells: leave --column out."
+        )
+    record = None if copy or isinstance(sampled, Address) else read_record(sampled)
+    if isinstance(table, Path) and not (copy or record):
+        _refuse_made(table)
+    with (
+        open_table(table, separator=separator, encoding=encoding, empty_is_missing=True) as real,
+        open_table(sampled, empty_is_missing=True) as people,
+    ):
+        if copy:
+            return compare_copy(real, people, copy)
+        return vantrel.compare(real, people, record=record, **columns)
+
+
+def _refuse_made(table: Path) -> None:
+    """Refuses a table that was made, in the place of the real one."""
+    from vantrel.reporting.copies.record import read_copy_record
+    from vantrel.sampling.record import read_record
+
+    is_copy = read_copy_record(table) is not None
+    if is_copy or read_record(table):
+        raise click.UsageError(
+            f"{named(table)} is a {'copy' if is_copy else 'sample'}, as its record says: the real"
+            " table comes first."
+        )

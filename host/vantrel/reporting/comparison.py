@@ -4,28 +4,30 @@ from __future__ import annotations
 
 from collections.abc import Mapping
 from dataclasses import dataclass
-from typing import Any, Unpack
+from typing import Any, Unpack, override
 
-from vantrel.arguments import as_frame
 from vantrel.attributes import WORDS, PersonColumns
 from vantrel.errors import CompareError
 from vantrel.fitting.checks import make_person, refuse_unknown_attribute
 from vantrel.hints import argument, did_you_mean, listed
 from vantrel.reporting.column_mapping import label
 from vantrel.reporting.figures import Figures, compare_labelled
-from vantrel.reporting.labelled import LabelledTable
-from vantrel.reporting.overlap import has_whole_names
+from vantrel.reporting.judged import Judged
+from vantrel.reporting.labelled import LabelledTable, as_table
+from vantrel.reporting.meant import meant_of
+from vantrel.reporting.nearness.nearness import has_whole_names
 from vantrel.reporting.page import Sources, render
 from vantrel.reporting.provenance import Provenance, provenance
-from vantrel.reporting.verdicts import Verdict, verdicts
-from vantrel.sampling.record import SampleRecord
-from vantrel.tables import Table, frame_table
+from vantrel.reporting.verdict import Verdict
+from vantrel.reporting.verdicts import verdicts
+from vantrel.sampling.record import SampleRecord, sha256_of
+from vantrel.tables import Table
 from vantrel.wording import counted, distance
 from vantrel.wording import listed as joined
 
 
 @dataclass(frozen=True, repr=False)
-class Comparison:
+class Comparison(Judged):
     """How a real table and a sample of it compare; ``print`` shows the verdicts.
 
     Args:
@@ -37,13 +39,13 @@ class Comparison:
     provenance: Provenance | None
 
     @property
+    @override
     def verdicts(self) -> list[Verdict]:
-        """The main figures, and whether they ask for a look."""
         return verdicts(self.figures, self.provenance)
 
     @property
+    @override
     def summary(self) -> str:
-        """The main figures in one line."""
         figures = self.figures
         compared = (
             f"Compared {counted(figures.real_rows, 'real row')} with"
@@ -55,25 +57,12 @@ class Comparison:
             if each.distance is not None
         ]
         parts = [f"distance of {joined(distances)}"] if distances else []
-        if bearing := [each.bearing for each in figures.overlaps if each.is_whole]:
+        if bearing := [each.bearing for each in figures.nearness.names]:
             parts.append(f"{counted(max(bearing), 'row')} with a real full name")
         return ": ".join([compared, ", ".join(parts)] if parts else [compared])
 
-    def __repr__(self) -> str:
-        judged = [
-            f"{each.state:<6}{each.about}: {each.figure}. {each.words}" for each in self.verdicts
-        ]
-        return "\n".join([self.summary, *judged])
-
+    @override
     def to_html(self, real: str = "real table", sample: str = "sample") -> str:
-        """Makes one HTML page that needs nothing else: no script, no network, no other file.
-
-        The page shows some values of the real table: keep it as safe as that.
-
-        Args:
-            real: The name of the real table, as the reader shall see it.
-            sample: The name of the sample.
-        """
         return render(self.figures, Sources(real, sample), self.provenance)
 
 
@@ -95,10 +84,11 @@ def compare(
     Raises:
         ArgumentTypeError: One of the tables is none.
         ArgumentError: An attribute is not known, or two share a column.
-        CompareError: A named column is in neither table, or there is nothing to compare.
+        CompareError: A named column is in neither table, there is nothing to compare, or the record
+            is that of another table.
     """
     named: dict[str, Any] = dict(columns)
-    table, people = _as_table(real, "A real table"), _as_table(sample, "A sample")
+    table, people = as_table(real, "A real table"), as_table(sample, "A sample")
     if record and record.options.get("csv_safe"):
         people = people.unguarded()
     recorded = record.columns if record else {}
@@ -106,16 +96,22 @@ def compare(
         refuse_unknown_attribute(attribute)
     make_person({**recorded, **named}, (), None)  # refuses attributes that share a column
     _check_there(named, table, people)
+    _refuse_other_record(recorded, people)
     labelled = label(table, people, named, recorded)
     _check_comparable(labelled, (table, people))
-    has_conditions = bool(record and record.options.get("conditions"))
-    is_bare = record is None or bool(record.options.get("exact", True))
-    figures = compare_labelled(*labelled, has_conditions=has_conditions, is_bare=is_bare)
-    return Comparison(figures, provenance(record, figures.sampled_rows) if record else None)
+    figures = compare_labelled(*labelled, meant_of(record))
+    if record is None:
+        return Comparison(figures, None)
+    now = sha256_of(people.path) if isinstance(sample, Table) and record.file_sha256 else None
+    return Comparison(figures, provenance(record, figures.sampled_rows, now))
 
 
-def _as_table(table: Any, what: str) -> Table:
-    return table if isinstance(table, Table) else frame_table(as_frame(table, what))
+def _refuse_other_record(recorded: Mapping[str, str], sampled: Table) -> None:
+    if recorded and not set(recorded.values()) & set(sampled.columns):
+        raise CompareError(
+            "The record beside the sample tells of none of its columns, but of"
+            f" {listed(list(recorded.values()))}: it belongs to another table. Move it away."
+        )
 
 
 def _check_there(named: Mapping[str, str], real: Table, sampled: Table) -> None:

@@ -5,14 +5,17 @@ from __future__ import annotations
 from dataclasses import dataclass
 
 from vantrel.attributes import LEARNT, UNIQUE, WORDS
-from vantrel.reporting.design import Design
+from vantrel.reporting.agreement.agreements import compare_agreement
+from vantrel.reporting.agreement.rates import Agreement
 from vantrel.reporting.duplicates import Duplicates, compare_duplicates, compare_rows
 from vantrel.reporting.frequencies import Frequencies, compare_frequencies
 from vantrel.reporting.labelled import LabelledTable
 from vantrel.reporting.lengths import Lengths, compare_lengths
+from vantrel.reporting.meant import Meant
 from vantrel.reporting.missing import MissingRates, compare_missing_rates
 from vantrel.reporting.names import Places, frequent_names
-from vantrel.reporting.overlap import Overlap, are_unchecked, name_overlaps
+from vantrel.reporting.nearness.nearness import Nearness, compare_nearness
+from vantrel.reporting.together import Together, compare_together
 
 DISTINCT = (*UNIQUE, "fullname")
 
@@ -22,27 +25,22 @@ class Figures:
     """How a real table and a sample of it compare.
 
     Only labelled columns are looked at. An attribute that neither table holds has no entry.
-    ``has_unchecked_names`` tells whether the sample has names and the real table has no columns to
-    look for them in.
     """
 
     real_rows: int
     sampled_rows: int
     frequencies: tuple[Frequencies, ...]
+    together: Together | None
     missing_rates: tuple[MissingRates, ...]
     names: Places
     lengths: tuple[Lengths, ...]
     duplicates: tuple[Duplicates, ...]
-    overlaps: tuple[Overlap, ...]
-    has_unchecked_names: bool
+    agreement: tuple[Agreement, ...]
+    nearness: Nearness
 
 
 def compare_labelled(
-    real: LabelledTable,
-    sampled: LabelledTable,
-    *,
-    has_conditions: bool = False,
-    is_bare: bool = True,
+    real: LabelledTable, sampled: LabelledTable, meant: Meant | None = None
 ) -> Figures:
     """Compares a real table with a sample of it.
 
@@ -51,23 +49,21 @@ def compare_labelled(
     Args:
         real: The real table; it may have no rows.
         sampled: The sample; it may have no rows and lack columns, as the real table may.
-        has_conditions: Whether genders or countries were given to make the sample.
-        is_bare: Whether the bare model may have made it.
+        meant: What the model of the sample was to give, if that is known.
     """
-    design = Design(real, sampled, has_conditions, is_bare)
     there = [attribute for attribute in WORDS if real.has(attribute) or sampled.has(attribute)]
-    reappearing = name_overlaps(real, sampled)
     return Figures(
         len(real),
         len(sampled),
-        tuple(compare_frequencies(design, each) for each in LEARNT if each in there),
-        tuple(compare_missing_rates(design, each) for each in there),
+        tuple(compare_frequencies(real, sampled, each, meant) for each in LEARNT if each in there),
+        compare_together(real, sampled, meant),
+        tuple(compare_missing_rates(real, sampled, each, meant) for each in there),
         frequent_names(real, sampled),
         tuple(compare_lengths(real, sampled, each) for each in UNIQUE if each in there),
         (
             compare_rows(real, sampled),
             *(compare_duplicates(real, sampled, each) for each in DISTINCT if each in there),
         ),
-        reappearing,
-        are_unchecked(real, sampled, reappearing),
+        compare_agreement(real, sampled),
+        compare_nearness(real, sampled),
     )

@@ -3,29 +3,24 @@
 from __future__ import annotations
 
 from collections.abc import Mapping
-from dataclasses import dataclass, replace
+from dataclasses import dataclass
 
 import numpy as np
-import numpy.typing as npt
 
-from vantrel.reporting.design import CONDITIONS, EVEN_SPELLINGS, EVEN_TITLES, Design
-from vantrel.reporting.labelled import column_names
+from vantrel.reporting.distances import (
+    Distance,
+    Floats,
+    chance_limit,
+    distance_to_model,
+    is_within,
+    total_variation,
+)
+from vantrel.reporting.labelled import LabelledTable, column_names
+from vantrel.reporting.meant import Meant
 
 # A column that holds another value in every row must not make a page of as many lines.
 MOST_SHARES = 200
 
-# How often a sample drawn with the real shares may pass the limit of chance.
-RISK = 0.01
-
-# How many samples tell what chance does, and how many values are drawn for all of them if possible.
-_MOST_SAMPLES = 5_000
-_FEWEST_SAMPLES = 50
-_SIMULATED_COUNTS = 500_000
-
-# Equal distances may differ by as much, as their sums are rounded.
-_ROUNDING = 1e-9
-
-Floats = npt.NDArray[np.float64]
 Counts = Mapping[str, int]
 
 
@@ -57,7 +52,8 @@ class Frequencies:
         shares: At most :data:`MOST_SHARES` values, those most frequent in either table first.
         distance: The total variation distance, or None where one side has no value.
         limit: What the distance stays within by chance, see :func:`chance_limit`.
-        by_design: Why the model is meant to make a greater distance, else None.
+        from_model: The distance from what the model was to give, if that is known.
+        reason: Why that may be further from the real table than chance has it.
     """
 
     attribute: str
@@ -68,43 +64,46 @@ class Frequencies:
     shares: tuple[Frequency, ...]
     distance: float | None
     limit: float | None
-    by_design: str | None = None
+    from_model: Distance | None = None
+    reason: str = ""
 
     @property
     def is_by_chance(self) -> bool:
         """Whether the distance is one that chance explains."""
         return is_within(self.distance, self.limit)
 
+    @property
+    def by_design(self) -> str | None:
+        """Why the distance is as great as the model is meant to make it, if it is; else None."""
+        is_meant = self.from_model is not None and self.from_model.is_by_chance
+        return (self.reason or None) if is_meant and not self.is_by_chance else None
 
-def compare_frequencies(design: Design, attribute: str) -> Frequencies:
+
+def compare_frequencies(
+    real: LabelledTable, sampled: LabelledTable, attribute: str, meant: Meant | None = None
+) -> Frequencies:
     """Compares how frequent the values of an attribute are; missing ones do not count."""
-    real, sampled = design.real, design.sampled
     real_counts, sampled_counts = real.counts(attribute), sampled.counts(attribute)
     values, p, q = _distributions(real_counts, sampled_counts)
-    found = Frequencies(
+    distance, limit = _distance(p, q, sampled.filled(attribute))
+    from_model, reason = None, ""
+    if meant and sampled_counts:
+        shares, rows = meant.shares(attribute), meant.filled(attribute)
+        from_model = distance_to_model(sampled_counts, shares, rows)
+        excess = (distance or 0) - (limit or 0)
+        reason = meant.excuse(excess, (real_counts or {}).values())
+    return Frequencies(
         attribute,
         column_names(real, sampled, attribute),
         real.filled(attribute),
         sampled.filled(attribute),
         len(values),
         _most_frequent_shares(values, p, q),
-        *_distance(p, q, sampled.filled(attribute)),
+        distance,
+        limit,
+        from_model,
+        reason,
     )
-    return found if found.is_by_chance else replace(found, by_design=_reason(found, design))
-
-
-def _reason(shares: Frequencies, design: Design) -> str | None:
-    if shares.distance is None:
-        return None
-    if shares.attribute == "title" and design.is_bare:
-        return EVEN_TITLES
-    if design.has_conditions:
-        return CONDITIONS
-    if not design.is_bare or shares.attribute != "gender":
-        return None
-    genders = [design.genders(each, "gender") for each in (design.real, design.sampled)]
-    _, p, q = _distributions(*genders)
-    return EVEN_SPELLINGS if is_within(*_distance(p, q, sum(genders[1].values()))) else None
 
 
 def _distributions(
@@ -128,11 +127,6 @@ def _distance(
     return total_variation(p, q), chance_limit(p, sampled)
 
 
-def is_within(distance: float | None, limit: float | None) -> bool:
-    """Tells whether a distance is one that chance explains."""
-    return distance is not None and limit is not None and distance <= limit + _ROUNDING
-
-
 def _normalised(counts: Floats) -> Floats | None:
     total = counts.sum()
     return counts / total if total else None
@@ -151,28 +145,3 @@ def _most_frequent_shares(
         )
         for place in np.argsort(-greater, kind="stable")[:MOST_SHARES]
     )
-
-
-def total_variation(p: Floats, q: Floats) -> float:
-    """The total variation distance of two distributions: 0 if alike, 1 with no value in common."""
-    return min(1.0, float(np.abs(p - q).sum()) / 2)
-
-
-def chance_limit(p: Floats, rows: int) -> float:
-    """The distance that a sample of the very distribution stays within, 99 times in 100.
-
-    Rows drawn one by one with the shares ``p`` do not have these very shares. How far they are from
-    them is tried out: the limit is that quantile of the distances of simulated samples, which
-    differ from ``p`` as a sample of so many rows does. They are the same ones in each call. The
-    more values there are, the fewer samples are simulated: their distances spread less. How many
-    rows ``p`` was counted in does not matter: they are what a model learns, and a sample is drawn
-    from, as they are.
-
-    Args:
-        p: The share of each value, adding up to 1.
-        rows: How many rows the sample has, at least 1.
-    """
-    samples = min(max(_SIMULATED_COUNTS // len(p), _FEWEST_SAMPLES), _MOST_SAMPLES)
-    drawn = np.random.default_rng(0).multinomial(rows, p, samples) / rows
-    distances = np.minimum(np.abs(drawn - p).sum(axis=1) / 2, 1.0)
-    return float(np.quantile(distances, 1 - RISK, method="higher"))

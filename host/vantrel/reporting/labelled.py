@@ -2,12 +2,14 @@
 
 from __future__ import annotations
 
-from collections.abc import Mapping
+from collections.abc import Mapping, Sequence
 from dataclasses import dataclass
 from functools import cached_property
+from typing import Any
 
+from vantrel.arguments import as_frame
 from vantrel.attributes import WORDS
-from vantrel.tables import Table
+from vantrel.tables import Table, frame_table
 
 
 @dataclass(frozen=True)
@@ -59,6 +61,14 @@ class LabelledTable:
             )
         )
 
+    def combinations(self, attributes: Sequence[str]) -> dict[tuple[str | None, ...], int]:
+        """Counts what attributes that the table has hold together; a missing value is None."""
+        if not attributes:
+            return {}
+        cells = ", ".join(map(self.column, attributes))
+        found = self.table.query(f"SELECT {cells}, count(*) FROM {{rows}} GROUP BY ALL")
+        return {tuple(cells): rows for *cells, rows in found}
+
     @cached_property
     def _filled(self) -> dict[str | None, int]:
         attributes = list(filter(self.has, WORDS))
@@ -71,3 +81,8 @@ def column_names(real: LabelledTable, sampled: LabelledTable, attribute: str) ->
     """What an attribute's column is called: both names, the real one first, if they differ."""
     names = [table.columns[attribute] for table in (real, sampled) if table.has(attribute)]
     return " / ".join(dict.fromkeys(names))
+
+
+def as_table(table: Any, what: str) -> Table:
+    """Takes a table in any form; ``what`` is the subject of the sentence that refuses it."""
+    return table if isinstance(table, Table) else frame_table(as_frame(table, what))

@@ -2,13 +2,13 @@
 
 from __future__ import annotations
 
-from dataclasses import dataclass, replace
+from dataclasses import dataclass
 
 import numpy as np
 
-from vantrel.reporting.design import Design
-from vantrel.reporting.frequencies import chance_limit, is_within
-from vantrel.reporting.labelled import column_names
+from vantrel.reporting.distances import Distance, chance_limit, distance_to_model, is_within
+from vantrel.reporting.labelled import LabelledTable, column_names
+from vantrel.reporting.meant import Meant
 
 
 @dataclass(frozen=True)
@@ -22,8 +22,8 @@ class MissingRates:
             no such column or no rows.
         sampled: The same of the sample.
         limit: What the difference stays within by chance; None where a rate is.
-        by_design: Why the rates differ by more, if the sample's is one that the model is meant to
-            make; else None.
+        from_model: The difference from what the model was to give, if that is known.
+        reason: Why that may differ from the real table by more than chance has it.
     """
 
     attribute: str
@@ -31,7 +31,14 @@ class MissingRates:
     real: float | None
     sampled: float | None
     limit: float | None
-    by_design: str | None = None
+    from_model: Distance | None = None
+    reason: str = ""
+
+    @property
+    def by_design(self) -> str | None:
+        """Why the difference is as great as the model is meant to make it, if it is; else None."""
+        is_meant = self.from_model is not None and self.from_model.is_by_chance
+        return (self.reason or None) if is_meant and self.is_beyond_chance else None
 
     @property
     def difference(self) -> float | None:
@@ -46,20 +53,29 @@ class MissingRates:
         return self.difference is not None and not is_within(abs(self.difference), self.limit)
 
 
-def compare_missing_rates(design: Design, attribute: str) -> MissingRates:
+def compare_missing_rates(
+    real: LabelledTable, sampled: LabelledTable, attribute: str, meant: Meant | None = None
+) -> MissingRates:
     """Compares the missing rates of an attribute."""
-    real, sampled = design.real, design.sampled
     rate, sampled_rate = (table.missing_rate(attribute) for table in (real, sampled))
-    found = MissingRates(
-        attribute, column_names(real, sampled, attribute), rate, sampled_rate, None
+    limit = from_model = None
+    if rate is not None and sampled_rate is not None:
+        limit = _limit(rate, len(sampled))
+    expected = meant.expected.missing.get(attribute) if meant else None
+    if meant and expected is not None and sampled_rate is not None:
+        missing = round(sampled_rate * len(sampled))
+        counts = {True: missing, False: len(sampled) - missing}
+        shares = {True: expected, False: 1 - expected}
+        from_model = distance_to_model(counts, shares, meant.expected.rows)
+    return MissingRates(
+        attribute,
+        column_names(real, sampled, attribute),
+        rate,
+        sampled_rate,
+        limit,
+        from_model,
+        meant.reason if meant and meant.is_otherwise else "",
     )
-    if rate is None or sampled_rate is None:
-        return found
-    found = replace(found, limit=_limit(rate, len(sampled)))
-    meant, reason = design.gap(attribute, rate, sampled_rate)
-    if meant is None or not is_within(abs(sampled_rate - meant), _limit(meant, len(sampled))):
-        return found
-    return replace(found, by_design=reason if found.is_beyond_chance else None)
 
 
 def _limit(rate: float, rows: int) -> float:

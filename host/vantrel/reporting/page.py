@@ -2,26 +2,35 @@
 
 from __future__ import annotations
 
+import re
 from collections.abc import Sequence
 from dataclasses import dataclass
+from typing import Any
 
 from jinja2 import Environment, PackageLoader, StrictUndefined
+from markupsafe import Markup, escape
 
 from vantrel import wording
 from vantrel.attributes import WORDS
+from vantrel.reporting.copies.figures import CopyFigures
+from vantrel.reporting.copies.record import CopyRecord
 from vantrel.reporting.figures import Figures
 from vantrel.reporting.frequencies import MOST_SHARES, Frequencies, Frequency
 from vantrel.reporting.lengths import LengthBin, Lengths
 from vantrel.reporting.names import MOST_NAMES, MOST_PLACES
-from vantrel.reporting.overlap import MOST_EXAMPLES
+from vantrel.reporting.nearness.judged import unchecked_names
 from vantrel.reporting.provenance import Provenance
-from vantrel.reporting.verdicts import unchecked_names, verdicts, why_not_compared
+from vantrel.reporting.verdict import Verdict
+from vantrel.reporting.verdicts import verdicts, why_not_compared
 
 # More bars than these hide what they show; further values stand in a list that can be opened.
 MOST_BARS = 12
 
 # As many figures fit under the bars of lengths on a telephone.
 _MOST_TICKS = 8
+
+# So many letters fit beside the figures of a table on a telephone.
+_LONGEST_WORD = 16
 
 
 @dataclass(frozen=True)
@@ -42,6 +51,31 @@ def render(figures: Figures, sources: Sources, made: Provenance | None) -> str:
         sources: Which tables were compared.
         made: How the sample was made, if that is known.
     """
+    return _page(
+        "report.html",
+        figures=figures,
+        sources=sources,
+        origin=made,
+        conditions=made and made.conditions,
+        verdicts=verdicts(figures, made),
+        bars=bars,
+        scale=scale,
+        ticks=ticks,
+        why_not_compared=why_not_compared,
+        most_shares=MOST_SHARES,
+        most_names=MOST_NAMES,
+        most_places=MOST_PLACES,
+    )
+
+
+def render_copy(
+    figures: CopyFigures, judged: Sequence[Verdict], sources: Sources, made: CopyRecord
+) -> str:
+    """Makes the page of a copy, as :func:`render` makes that of a sample."""
+    return _page("copy.html", figures=figures, verdicts=judged, sources=sources, made=made)
+
+
+def _page(template: str, **values: Any) -> str:
     environment = Environment(
         loader=PackageLoader("vantrel.reporting", "template"),
         autoescape=True,
@@ -53,23 +87,9 @@ def render(figures: Figures, sources: Sources, made: Provenance | None) -> str:
         name: getattr(wording, name)
         for name in ("number", "counted", "percent", "distance", "points", "shown", "listed")
     }
-    return environment.get_template("report.html").render(
-        figures=figures,
-        sources=sources,
-        origin=made,
-        conditions=made and made.conditions,
-        verdicts=verdicts(figures, made),
-        words=WORDS,
-        bars=bars,
-        scale=scale,
-        ticks=ticks,
-        why_not_compared=why_not_compared,
-        unchecked_names=unchecked_names(),
-        most_shares=MOST_SHARES,
-        most_names=MOST_NAMES,
-        most_places=MOST_PLACES,
-        most_examples=MOST_EXAMPLES,
-    )
+    environment.filters["unbroken"] = unbroken
+    shared = {"words": WORDS, "unchecked_names": unchecked_names()}
+    return environment.get_template(template).render(shared | values)
 
 
 def bars(shares: Frequencies) -> tuple[Frequency, ...]:
@@ -91,3 +111,18 @@ def ticks(lengths: Lengths) -> list[str]:
         (f"{each.low}" if each.high is not None else f"{each.low}+") if place % step == 0 else ""
         for place, each in enumerate(lengths.bins)
     ]
+
+
+def unbroken(text: str) -> Markup:
+    """A name whose words are not broken where it may be broken between them, as at an underscore.
+
+    A word that is longer than a line of a telephone is broken all the same.
+    """
+    between_and_words = re.split(r"([^\W_]+)", wording.shown(text))
+    pieces = [
+        Markup('<span class="word">{}</span>').format(piece)
+        if place % 2 and len(piece) <= _LONGEST_WORD
+        else escape(piece) + Markup("<wbr>")
+        for place, piece in enumerate(between_and_words)
+    ]
+    return Markup().join(pieces)

@@ -42,6 +42,7 @@ class Provenance:
         versions: The versions that the rows depend on.
         differences: What the versions that differ may change, a sentence each.
         rows_now: The rows of the table if they are not as many as were made, else None.
+        was_changed: Whether the file is known to be another one than was made.
     """
 
     seed: int
@@ -50,14 +51,16 @@ class Provenance:
     versions: tuple[Version, ...]
     differences: tuple[str, ...]
     rows_now: int | None
+    was_changed: bool
 
 
-def provenance(record: SampleRecord, rows: int) -> Provenance:
+def provenance(record: SampleRecord, rows: int, sha256: str | None = None) -> Provenance:
     """Tells how a sample was made.
 
     Args:
         record: What was kept beside the sample.
         rows: The rows that it has now.
+        sha256: The SHA-256 that its file has now, if that is known.
     """
     here = versions()
     facts = [
@@ -74,6 +77,7 @@ def provenance(record: SampleRecord, rows: int) -> Provenance:
         tuple(Version(name, made, here.get(name)) for name, made in record.versions.items()),
         tuple(differences(record.versions)),
         None if record.rows == rows else rows,
+        record.rows != rows or sha256 not in (None, record.file_sha256),
     )
 
 

@@ -3,52 +3,23 @@
 from __future__ import annotations
 
 from collections.abc import Sequence
-from dataclasses import dataclass
 
-from vantrel.attributes import NAMES, UNIQUE, WORDS
-from vantrel.hints import argument
+from vantrel.attributes import UNIQUE, WORDS
+from vantrel.reporting.agreement.judged import judge_agreement
+from vantrel.reporting.distances import Distance
 from vantrel.reporting.duplicates import Duplicates
 from vantrel.reporting.figures import Figures
 from vantrel.reporting.frequencies import Frequencies
 from vantrel.reporting.missing import MissingRates
+from vantrel.reporting.nearness.judged import judge_nearness
 from vantrel.reporting.provenance import Provenance
-from vantrel.wording import counted, distance, listed, percent, points, shown
+from vantrel.reporting.together import Together
+from vantrel.reporting.verdict import FINE, KNOWN, LOOK, OPEN, Verdict
+from vantrel.wording import distance, listed, points, shown
 
-FINE = "fine"
-LOOK = "look"
-KNOWN = "known"
-OPEN = "open"
-
-_UNCHECKED_NAMES = (
-    "Which columns of the real table hold whole names is not known. If there are any, name them:"
-    " {firstname} and {lastname}, or {fullname}."
-)
-
-
-def unchecked_names() -> str:
-    """Tells that real names were not looked for, and how they can be."""
-    named = {attribute: argument(attribute, "COLUMN") for attribute in NAMES}
-    return _UNCHECKED_NAMES.format_map(named)
-
-
-@dataclass(frozen=True)
-class Verdict:
-    """A main figure.
-
-    Args:
-        about: What it is a figure of.
-        figure: The figure itself, with its unit.
-        state: :data:`FINE`, :data:`LOOK` where it asks for a look, :data:`KNOWN` where a
-            difference is meant to be, :data:`OPEN` where there is nothing to judge by.
-        words: What it means, in a sentence or two.
-        section: The part of the report that tells more.
-    """
-
-    about: str
-    figure: str
-    state: str
-    words: str
-    section: str
+_CHANGED = "See whether the sample was changed, or made from another model."
+_OTHER_TABLE = "The model was to give that: see whether it was fitted to this table."
+_MISLEADS = "Tests that rely on these shares may mislead."
 
 
 def verdicts(figures: Figures, origin: Provenance | None) -> list[Verdict]:
@@ -59,9 +30,11 @@ def verdicts(figures: Figures, origin: Provenance | None) -> list[Verdict]:
         origin: How the sample was made, if that is known.
     """
     found = [_of_shares(shares) for shares in figures.frequencies]
+    found += [_of_together(figures.together)] if figures.together else []
     found += _of_gaps(figures.missing_rates)
+    found += judge_agreement(figures.agreement)
     found += _of_repeats(figures.duplicates)
-    found += _of_reappearing(figures)
+    found += judge_nearness(figures.nearness)
     return [*found, _of_origin(origin)]
 
 
@@ -69,14 +42,36 @@ def _of_shares(shares: Frequencies) -> Verdict:
     about = f"{WORDS[shares.attribute]} shares"
     if shares.distance is None or shares.limit is None:
         return Verdict(about, "none", OPEN, why_not_compared(shares), "shares")
-    limit = f"99 in 100 samples of so many rows stay within {distance(shares.limit)}."
-    if shares.is_by_chance:
+    figure = distance(shares.distance)
+    return _of_distance(about, figure, Distance(shares.distance, shares.limit), shares)
+
+
+def _of_together(together: Together) -> Verdict:
+    figure = distance(together.distance.value)
+    return _of_distance(together.words, figure, together.distance, together)
+
+
+def _of_distance(
+    about: str, figure: str, real: Distance, judged: Frequencies | Together
+) -> Verdict:
+    """Judges a distance from the real table, and from what the model was to give if it is known."""
+    section = "together" if isinstance(judged, Together) else "shares"
+    limit = f"99 in 100 samples of so many rows stay within {distance(real.limit)}."
+    model = judged.from_model
+    if model and not model.is_by_chance:
+        words = (
+            f"Not what the model was to give: it is {distance(model.value)} from that, and chance"
+            f" explains {distance(model.limit)}. {_CHANGED}"
+        )
+        return Verdict(about, figure, LOOK, words, section)
+    if real.is_by_chance:
         words = f"As near as chance allows: {limit}"
-        return Verdict(about, distance(shares.distance), FINE, words, "shares")
-    if shares.by_design:
-        return Verdict(about, distance(shares.distance), KNOWN, shares.by_design, "shares")
-    words = f"Further apart than chance explains: {limit}"
-    return Verdict(about, distance(shares.distance), LOOK, words, "shares")
+        return Verdict(about, figure, FINE, words, section)
+    if judged.by_design:
+        words = f"What the model was to give. {judged.by_design}"
+        return Verdict(about, figure, KNOWN, words, section)
+    words = f"Further apart than chance explains: {limit} {_OTHER_TABLE if model else _MISLEADS}"
+    return Verdict(about, figure, LOOK, words, section)
 
 
 def why_not_compared(shares: Frequencies) -> str:
@@ -94,12 +89,21 @@ def _of_gaps(gaps: Sequence[MissingRates]) -> list[Verdict]:
     if not compared:
         return []
     beyond = [each for each in compared if each.is_beyond_chance]
-    unexplained = [each for each in beyond if not each.by_design]
-    largest = max(abs(each.difference or 0) for each in unexplained or compared)
+    unmeant = [each for each in gaps if each.from_model and not each.from_model.is_by_chance]
+    unexplained = [each for each in beyond if not each.by_design and each not in unmeant]
+    asking = [*unmeant, *unexplained]
+    largest = max(abs(each.difference or 0) for each in asking or compared)
     figure = f"{points(largest).lstrip('+')} points"
-    if unexplained:
-        names = listed([shown(each.column) for each in unexplained])
-        words, state = f"Further apart than chance explains in {names}.", LOOK
+    if asking:
+        words = " ".join(
+            f"{what} in {listed([shown(each.column) for each in those])}."
+            for what, those in (
+                ("Not what the model was to give", unmeant),
+                ("Further apart than chance explains", unexplained),
+            )
+            if those
+        )
+        state = LOOK
     elif beyond:
         words, state = " ".join(dict.fromkeys(each.by_design or "" for each in beyond)), KNOWN
     else:
@@ -127,26 +131,6 @@ def _of_repeats(repeats: Sequence[Duplicates]) -> list[Verdict]:
     return [Verdict(about, f"{repeated:,}", LOOK, words, "repeats")]
 
 
-def _of_reappearing(figures: Figures) -> list[Verdict]:
-    about = "Real full names in the sample"
-    if figures.has_unchecked_names:
-        return [Verdict(about, "not checked", OPEN, unchecked_names(), "real-names")]
-    whole = [
-        each for each in figures.overlaps if each.is_whole and each.real_names and each.sampled_rows
-    ]
-    if not whole:
-        return []
-    most = max(whole, key=lambda each: each.bearing)
-    if not most.bearing:
-        words = "No whole name of a real person is in the sample."
-        return [Verdict(about, "0", FINE, words, "real-names")]
-    words = (
-        f"{percent(most.bearing / most.sampled_rows)} of the sampled rows bear the whole name of a"
-        " real person. Names are made up without looking at real ones: common ones meet by chance."
-    )
-    return [Verdict(about, counted(most.bearing, "row"), LOOK, words, "real-names")]
-
-
 def _of_origin(origin: Provenance | None) -> Verdict:
     about = "How it was made"
     if origin is None:
@@ -155,6 +139,8 @@ def _of_origin(origin: Provenance | None) -> Verdict:
     found = []
     if origin.rows_now is not None:
         found.append("The table no longer has as many rows as were made.")
+    elif origin.was_changed:
+        found.append("The file was changed after it was made.")
     if origin.differences:
         found.append("The seed may give other rows here: versions differ.")
     figure = f"seed {origin.seed}"

@@ -2,21 +2,24 @@
 
 from __future__ import annotations
 
+import hashlib
 import json
 from pathlib import Path
 from typing import Annotated, Any, ClassVar, Literal
 
 import msgspec
+import pandas as pd
 
 from vantrel.errors import RecordError
 from vantrel.hints import named, why_unreadable
 from vantrel.sampling.blocks import Plan
+from vantrel.sampling.expected import Expected, expected_of
 from vantrel.storage.files import read_whole, replacing
 from vantrel.storage.models import LoadedModel
 from vantrel.versions import versions
 from vantrel.wording import shown
 
-_MOST_BYTES = 2**24  # of a folder of a hundred thousand files
+MOST_BYTES = 2**24  # of a folder of a hundred thousand files
 
 
 class Record(msgspec.Struct, frozen=True, kw_only=True, forbid_unknown_fields=True):
@@ -42,12 +45,14 @@ class SampleRecord(Record, frozen=True, kw_only=True, forbid_unknown_fields=True
         columns: The sample's columns by the attribute that each holds.
         options: What else was asked for, by the option's name.
         versions: The versions that the rows depend on, by name.
+        expected: What the model was to give; None in records of schema 1.
+        file_sha256: The SHA-256 of the sample's file; None for a folder and in those records.
     """
 
     of: ClassVar[str] = "a sample"
 
     format: Literal["vantrel-sample"] = "vantrel-sample"
-    schema_version: Literal[1] = 1
+    schema_version: Literal[1, 2] = 2
     model: str
     model_sha256: str
     rows: Annotated[int, msgspec.Meta(ge=0)]
@@ -55,9 +60,13 @@ class SampleRecord(Record, frozen=True, kw_only=True, forbid_unknown_fields=True
     columns: dict[str, str]
     options: dict[str, Any]
     versions: dict[str, str]
+    expected: Expected | None = None
+    file_sha256: str | None = None
 
 
-def record_of(loaded: LoadedModel, plan: Plan, **options: Any) -> SampleRecord:
+def record_of(
+    loaded: LoadedModel, plan: Plan, conditions: pd.DataFrame | None = None, /, **options: Any
+) -> SampleRecord:
     """Notes how a sample is made; the options are those beside the plan's own."""
     return SampleRecord(
         model=shown(loaded.name, 255),
@@ -72,7 +81,16 @@ def record_of(loaded: LoadedModel, plan: Plan, **options: Any) -> SampleRecord:
             **options,
         },
         versions=versions(),
+        expected=expected_of(loaded.model, plan, conditions),
     )
+
+
+def sha256_of(path: Path) -> str | None:
+    """The SHA-256 of a file; None of what is none, such as a folder or a pipe."""
+    if not path.is_file():
+        return None
+    with path.open("rb") as file:
+        return hashlib.file_digest(file, "sha256").hexdigest()
 
 
 def record_path(output: Path, *, unfinished: bool = False) -> Path:
@@ -106,7 +124,7 @@ def read_record_of[R: Record](kind: type[R], output: Path, *, unfinished: bool =
     """
     path = record_path(output, unfinished=unfinished)
     try:
-        return msgspec.json.decode(read_whole(path, _MOST_BYTES), type=kind)
+        return msgspec.json.decode(read_whole(path, MOST_BYTES), type=kind)
     except (FileNotFoundError, NotADirectoryError):
         return None
     except OSError as error:

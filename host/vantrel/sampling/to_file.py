@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import hashlib
 from collections.abc import Callable, Iterable, Iterator
 from contextlib import AbstractContextManager, contextmanager
 from functools import partial
@@ -10,12 +9,20 @@ from pathlib import Path
 from typing import Any, NamedTuple
 
 import pandas as pd
+from msgspec.structs import replace
 
 from vantrel.databases.address import Address
 from vantrel.errors import ArgumentError
 from vantrel.hints import argument, named
 from vantrel.sampling.blocks import Plan, sample_blocks
-from vantrel.sampling.record import SampleRecord, read_record, record_of, record_path, write_record
+from vantrel.sampling.record import (
+    SampleRecord,
+    read_record,
+    record_of,
+    record_path,
+    sha256_of,
+    write_record,
+)
 from vantrel.sampling.whole import beside, plan_sample, refuse_neither_or_both
 from vantrel.storage.files import STANDARD_STREAM, is_special, refuse_overwriting
 from vantrel.storage.models import LoadedModel, read_model
@@ -95,8 +102,9 @@ def sample_to_file(
     with progress(made.plan.rows) as further:
         write_table(told(made.people, further), output, csv_safe=csv_safe, force=force)
     options = {"csv_safe": csv_safe} | (_told_of(conditions) if conditions else {})
-    record = record_of(made.model, made.plan, **options)
+    record = record_of(made.model, made.plan, made.given, **options)
     if is_recorded:
+        record = replace(record, file_sha256=sha256_of(output))
         record_path(output).unlink(missing_ok=True)  # it tells of the table that was there before
         write_record(record, output)
     return record
@@ -137,7 +145,7 @@ def sample_to_database(
     )
     with progress(made.plan.rows) as further:
         append_to(table, told(made.people, further))
-    return record_of(made.model, made.plan)
+    return record_of(made.model, made.plan, made.given)
 
 
 class _Made(NamedTuple):
@@ -145,6 +153,7 @@ class _Made(NamedTuple):
 
     model: LoadedModel
     plan: Plan
+    given: pd.DataFrame | None
     people: Iterator[pd.DataFrame]
 
 
@@ -164,7 +173,7 @@ def _made(
     people = sample_blocks(loaded.model, plan, given)
     if wanted is not None:
         people = map(partial(beside, wanted), people)
-    return _Made(loaded, plan, people)
+    return _Made(loaded, plan, given, people)
 
 
 def _read_conditions(path: Path, separator: str | None, encoding: str | None) -> pd.DataFrame:
@@ -173,11 +182,8 @@ def _read_conditions(path: Path, separator: str | None, encoding: str | None) ->
 
 
 def _told_of(conditions: Path) -> dict[str, Any]:
-    sha256 = None
-    if conditions.is_file():  # a pipe has been read to its end
-        with conditions.open("rb") as file:
-            sha256 = hashlib.file_digest(file, "sha256").hexdigest()
-    return {"conditions": shown(conditions.name, 255), "conditions_sha256": sha256}
+    name, sha256 = shown(conditions.name, 255), sha256_of(conditions)  # a pipe has been read
+    return {"conditions": name, "conditions_sha256": sha256}
 
 
 def told(

@@ -1,0 +1,1 @@
+"""Compares a table with its copy in which people were replaced."""

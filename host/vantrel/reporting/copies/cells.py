@@ -1,0 +1,129 @@
+"""Compares a table and its copy cell by cell, and person by person."""
+
+from __future__ import annotations
+
+from dataclasses import dataclass
+
+from vantrel.attributes import PHONES
+from vantrel.reporting.copies.record import CopyRecord
+from vantrel.reporting.nearness.forms import digits, plain, sorted_words
+from vantrel.reporting.nearness.shared import most_by_chance
+from vantrel.tables import Table
+
+_ACCOUNTS = ("email", "username")
+
+
+@dataclass(frozen=True)
+class Kept:
+    """A column that had to stay.
+
+    Args:
+        column: Its name.
+        differing: How many cells differ from those in the same row of the original.
+    """
+
+    column: str
+    differing: int
+
+
+@dataclass(frozen=True)
+class ReplacedColumn:
+    """A column whose people were replaced.
+
+    Args:
+        column: Its name.
+        attribute: What it holds.
+        cells: How many cells have a value in both tables.
+        same: How many of these mean the same as in the original.
+        chance: How many would if the copy's rows stood in any order.
+        torn: How many keys have several values here, and so became several people.
+        shared: How many values are of several keys, where none should be; else None.
+    """
+
+    column: str
+    attribute: str
+    cells: int
+    same: int
+    chance: float
+    torn: int | None
+    shared: int | None
+
+    @property
+    def is_replaced(self) -> bool:
+        """Whether no more cells are as they were than chance explains."""
+        return self.same <= most_by_chance(self.chance)
+
+
+_BESIDE = (
+    "(SELECT * FROM (SELECT {own} FROM {{rows}}) POSITIONAL JOIN (SELECT {made} FROM {{other}}))"
+)
+
+
+def compare_kept(original: Table, copy: Table, record: CopyRecord) -> tuple[Kept, ...]:
+    """Compares the columns that had to stay, row by row; both tables have as many rows."""
+    columns = [each for each in original.columns if each not in record.changed]
+    if not columns:
+        return ()
+    own = ", ".join(f"{original.named(each)} AS a{at}" for at, each in enumerate(columns))
+    made = ", ".join(f"{copy.named(each)} AS b{at}" for at, each in enumerate(columns))
+    counts = ", ".join(
+        f"count(*) FILTER (a{at} IS DISTINCT FROM b{at})" for at in range(len(columns))
+    )
+    beside = _BESIDE.format(own=own, made=made)
+    (found,) = original.query(f"SELECT {counts} FROM {beside}", copy)
+    return tuple(map(Kept, columns, found))
+
+
+_REPLACED = """
+    WITH beside AS MATERIALIZED {beside},
+    known AS (SELECT * FROM beside WHERE was <> '' AND became <> ''),
+    was AS (SELECT was AS value, count(*) AS rows FROM known GROUP BY 1),
+    became AS (SELECT became AS value, count(*) AS made FROM known GROUP BY 1),
+    people AS (SELECT DISTINCT key, became FROM known WHERE key IS NOT NULL)
+    SELECT
+        (SELECT count(*) FROM known), (SELECT count(*) FROM known WHERE was = became),
+        (SELECT coalesce(sum(rows * made), 0) FROM was JOIN became USING (value)),
+        (SELECT count(*) FROM (SELECT key FROM people GROUP BY key HAVING count(*) > 1)),
+        (SELECT count(*) FROM (SELECT became FROM people GROUP BY became HAVING count(*) > 1))
+"""
+
+
+def compare_replaced(
+    original: Table, copy: Table, record: CopyRecord
+) -> tuple[ReplacedColumn, ...]:
+    """Compares the columns whose people were replaced; both tables have as many rows."""
+    return tuple(
+        _replaced(original, copy, person.key, column, attribute)
+        for person in record.people
+        for column, attribute in person.replaced.items()
+    )
+
+
+def _replaced(
+    original: Table, copy: Table, key: list[str], column: str, attribute: str
+) -> ReplacedColumn:
+    keys = [original.named(each) for each in key]
+    whose = "NULL"
+    if keys:  # a key that is missing in part is nobody's
+        parts = " || chr(31) || ".join(keys)
+        whose = f"CASE WHEN {parts} IS NOT NULL THEN hash({parts}) END"
+    own = f"{_meaning(attribute, original.named(column))} AS was, {whose} AS key"
+    made = f"{_meaning(attribute, copy.named(column))} AS became"
+    beside = _BESIDE.format(own=own, made=made)
+    ((cells, same, pairs, torn, shared),) = original.query(_REPLACED.format(beside=beside), copy)
+    return ReplacedColumn(
+        column,
+        attribute,
+        cells,
+        same,
+        float(pairs) / cells if cells else 0.0,
+        torn if keys else None,
+        shared if keys and attribute in _ACCOUNTS else None,
+    )
+
+
+def _meaning(attribute: str, column: str) -> str:
+    """What a cell means, however it is written."""
+    if attribute in ("firstname", "lastname", "fullname"):
+        return sorted_words(column)
+    return digits(column) if attribute in PHONES else plain(column)

@@ -1,0 +1,111 @@
+"""Compares a table with its copy in which people were replaced."""
+
+from __future__ import annotations
+
+from collections.abc import Sequence
+from dataclasses import dataclass
+from typing import Any, override
+
+from vantrel.detection import detect
+from vantrel.detection.values import SAMPLE_SIZE
+from vantrel.errors import CompareError
+from vantrel.hints import listed
+from vantrel.reporting.copies.cells import compare_kept, compare_replaced
+from vantrel.reporting.copies.figures import CopyFigures
+from vantrel.reporting.copies.judged import judge_kept, judge_leaks, judge_replaced, judge_rows
+from vantrel.reporting.copies.record import CopyRecord
+from vantrel.reporting.judged import Judged
+from vantrel.reporting.labelled import LabelledTable, as_table
+from vantrel.reporting.nearness.judged import judge_nearness
+from vantrel.reporting.nearness.nearness import compare_shared_with_people
+from vantrel.reporting.page import Sources, render_copy
+from vantrel.reporting.verdict import Verdict
+from vantrel.tables import Table
+from vantrel.wording import counted
+
+
+@dataclass(frozen=True, repr=False)
+class CopyComparison(Judged):
+    """How a table and its copy compare; ``print`` shows the verdicts.
+
+    Args:
+        figures: All figures.
+        record: How the copy was made.
+    """
+
+    figures: CopyFigures
+    record: CopyRecord
+
+    @property
+    @override
+    def verdicts(self) -> list[Verdict]:
+        figures = self.figures
+        found = [judge_rows(figures.real_rows, figures.copied_rows, figures.made_rows)]
+        if figures.real_rows == figures.copied_rows:
+            found += [judge_kept(figures.kept), *judge_replaced(figures.replaced)]
+        return [*found, *judge_nearness(figures.nearness), judge_leaks(figures.leaks)]
+
+    @property
+    @override
+    def summary(self) -> str:
+        rows = counted(self.figures.real_rows, "row")
+        return f"Compared {rows} with {counted(self.figures.copied_rows, 'row')} of a copy"
+
+    @override
+    def to_html(self, real: str = "real table", sample: str = "copy") -> str:
+        return render_copy(self.figures, self.verdicts, Sources(real, sample), self.record)
+
+
+def compare_copy(real: Any, copied: Any, record: CopyRecord) -> CopyComparison:
+    """Compares a table with its copy.
+
+    Args:
+        real: The table whose people were replaced, as :func:`vantrel.compare` takes it.
+        copied: The copy, likewise.
+        record: How it was made, as ``read_copy_record`` of this room reads it.
+
+    Raises:
+        ArgumentTypeError: One of the tables is none.
+        CompareError: The record is not that of a copy of this table.
+    """
+    original, copy = as_table(real, "An original"), as_table(copied, "A copy")
+    _refuse_other_table(original, copy, record)
+    was = original.kept(original.columns)
+    became = copy.kept(copy.columns, beside=original)
+    columns = _people(original, record)
+    tables = LabelledTable(was, columns), LabelledTable(became, columns)
+    real_rows, copied_rows = map(len, tables)
+    is_whole = real_rows == copied_rows
+    figures = CopyFigures(
+        real_rows,
+        copied_rows,
+        record.rows,
+        compare_kept(was, became, record) if is_whole else (),
+        compare_replaced(was, became, record) if is_whole else (),
+        compare_shared_with_people(*tables),
+        tuple(record.leaks),
+    )
+    return CopyComparison(figures, record)
+
+
+def _refuse_other_table(original: Table, copy: Table, record: CopyRecord) -> None:
+    for what, table in (("original", original), ("copy", copy)):
+        if absent := [each for each in record.asked if each not in table.columns]:
+            raise CompareError(
+                f"The record beside the copy tells of columns that the {what} has not:"
+                f" {listed(absent)}. It belongs to another table. The columns of the {what} are:"
+                f" {listed(table.columns)}."
+            )
+    if absent := [each for each in original.columns if each not in copy.columns]:
+        raise CompareError(
+            f"The copy has not all columns of the original, without: {listed(absent)}. It is a copy"
+            " of another table, or was changed."
+        )
+
+
+def _people(original: Table, record: CopyRecord) -> dict[str, str]:
+    """The columns of a row's first person, and of gender and country, which tell who is alike."""
+    replaced = {attribute: column for column, attribute in record.people[0].replaced.items()}
+    found = detect(original.excerpt(SAMPLE_SIZE), known=replaced).columns
+    alike: Sequence[str] = ("gender", "country")
+    return replaced | {each: found[each] for each in alike if each in found}

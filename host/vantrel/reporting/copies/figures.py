@@ -1,0 +1,32 @@
+"""Everything that is compared of a table and its copy."""
+
+from __future__ import annotations
+
+from dataclasses import dataclass
+
+from vantrel.reporting.copies.cells import Kept, ReplacedColumn
+from vantrel.reporting.copies.record import FoundLeak
+from vantrel.reporting.nearness.nearness import Nearness
+
+
+@dataclass(frozen=True)
+class CopyFigures:
+    """How a table and its copy compare.
+
+    Args:
+        real_rows: The rows of the original.
+        copied_rows: The rows of the copy.
+        made_rows: How many rows were made.
+        kept: The columns that had to stay; empty where the rows are not as many.
+        replaced: The columns whose people were replaced; likewise.
+        nearness: What made-up people share with real ones.
+        leaks: Who was still named when the copy was made.
+    """
+
+    real_rows: int
+    copied_rows: int
+    made_rows: int
+    kept: tuple[Kept, ...]
+    replaced: tuple[ReplacedColumn, ...]
+    nearness: Nearness
+    leaks: tuple[FoundLeak, ...]

@@ -1,0 +1,105 @@
+"""What a record tells of a copy."""
+
+from __future__ import annotations
+
+from pathlib import Path
+from typing import Any, Literal
+
+import msgspec
+
+from vantrel.errors import RecordError
+from vantrel.hints import named
+from vantrel.sampling.record import MOST_BYTES, record_path
+from vantrel.storage.files import read_whole
+from vantrel.wording import shown
+
+_KEEP = "keep"
+
+
+class FoundLeak(msgspec.Struct, frozen=True):
+    """Cells in which somebody was still named when the copy was made."""
+
+    column: str
+    kind: str
+    cells: int
+
+
+class OfPerson(msgspec.Struct, frozen=True):
+    """One person of each row: her key, and the attribute of each column that was replaced."""
+
+    key: list[str]
+    replaced: dict[str, str]
+
+
+class CopyRecord(msgspec.Struct, frozen=True, kw_only=True):
+    """How a copy was made, as far as a report asks for it.
+
+    Args:
+        format: What the file is.
+        schema_version: The version of its form.
+        table: The name of the original.
+        rows: The number of rows.
+        key: The columns that tell who is who, where a row has one person.
+        replaced: The attribute of each column in which she was replaced.
+        people_of_a_row: The same of each person by her name, where a row has several.
+        others: What was done with further columns.
+        options: What else was asked for, by the option's name.
+        leaks: Who was still named.
+        versions: The versions that decide who people become.
+    """
+
+    format: Literal["vantrel-replace"]
+    schema_version: Literal[1]
+    table: str
+    rows: int
+    key: list[str] = []
+    replaced: dict[str, str] = {}
+    people_of_a_row: dict[str, OfPerson] = {}
+    others: dict[str, str]
+    options: dict[str, Any]
+    leaks: list[FoundLeak]
+    versions: dict[str, str]
+
+    @property
+    def people(self) -> list[OfPerson]:
+        """The people of each row."""
+        return list(self.people_of_a_row.values()) or [OfPerson(self.key, self.replaced)]
+
+    @property
+    def asked(self) -> list[str]:
+        """The columns of people and of their keys."""
+        own = (column for each in self.people for column in (*each.key, *each.replaced))
+        return list(dict.fromkeys(own))
+
+    @property
+    def changed(self) -> set[str]:
+        """The columns of which something was changed."""
+        acted = {column for column, action in self.others.items() if action != _KEEP}
+        replaced = {column for each in self.people for column in each.replaced}
+        return {*replaced, *self.options.get("scrub", ()), *acted}
+
+
+class _Kind(msgspec.Struct):
+    format: str = ""
+
+
+def read_copy_record(output: Path) -> CopyRecord | None:
+    """Reads the record beside a copy; None where there is none, or that of something else.
+
+    Raises:
+        RecordError: It is a record of a copy that this version does not know.
+    """
+    path = record_path(output)
+    try:
+        text = read_whole(path, MOST_BYTES)
+        if msgspec.json.decode(text, type=_Kind).format != "vantrel-replace":
+            return None
+    except (OSError, msgspec.DecodeError, RecursionError):
+        return None  # whoever reads the record of a sample tells what is wrong
+    try:
+        return msgspec.json.decode(text, type=CopyRecord)
+    except msgspec.DecodeError as error:
+        raise RecordError(
+            f"{named(path)} is no record of a copy that this version knows ({shown(error)}): move"
+            " it away."
+        ) from error

@@ -1,0 +1,101 @@
+"""Everything by which a sample could come near to real people."""
+
+from __future__ import annotations
+
+from collections.abc import Mapping, Sequence
+from dataclasses import dataclass, replace
+
+from vantrel.attributes import NAMES
+from vantrel.reporting.labelled import LabelledTable
+from vantrel.reporting.nearness.forms import (
+    PARTS,
+    Forms,
+    addresses,
+    first_and_last_name,
+    full_name,
+    usernames,
+    whole_names,
+)
+from vantrel.reporting.nearness.rare import Rare, compare_rare
+from vantrel.reporting.nearness.rows import row_forms
+from vantrel.reporting.nearness.shared import Shared, compare_shared
+
+# The columns of a sample that hold whole names. Each is looked up in all those of the real table.
+_WHOLE_NAMES: Mapping[str, Forms] = {
+    "Full name": full_name,
+    "First and last name together": first_and_last_name,
+}
+
+# They are made from names, so that they meet real ones no oftener than these do.
+_MADE_FROM_NAMES = (addresses, usernames)
+
+
+@dataclass(frozen=True)
+class Nearness:
+    """How near a sample comes to real people.
+
+    Args:
+        names: The whole names that it shares with them, by the columns that hold these.
+        parts: What else it shares that tells one person from another.
+        rows: The rows that it shares with them over all columns in common, if these tell people
+            apart.
+        rare: What few real people have.
+        has_unchecked_names: Whether the sample has names, and the real table has no known columns
+            to look for them in.
+    """
+
+    names: tuple[Shared, ...]
+    parts: tuple[Shared, ...]
+    rows: Shared | None
+    rare: tuple[Rare, ...]
+    has_unchecked_names: bool
+
+    @property
+    def shared(self) -> Sequence[Shared]:
+        """All that was looked for."""
+        return [*self.names, *self.parts, *([self.rows] if self.rows else [])]
+
+
+def compare_nearness(real: LabelledTable, sampled: LabelledTable) -> Nearness:
+    """Looks in a sample for all that single real people bear, and for what few have."""
+    return replace(compare_shared_with_people(real, sampled), rare=compare_rare(real, sampled))
+
+
+def compare_shared_with_people(real: LabelledTable, sampled: LabelledTable) -> Nearness:
+    """Looks in a sample for all that single real people bear."""
+    tables = (real, sampled)
+    real_names = whole_names(real)
+    names = tuple(
+        compare_shared(kind, tables, (real_names, forms(sampled)))
+        for kind, forms in _WHOLE_NAMES.items()
+        if real_names and forms(sampled)
+    )
+    of_names = max((each.chance for each in names), default=0.0)
+    parts = tuple(
+        compare_shared(
+            kind,
+            tables,
+            (forms(real), forms(sampled)),
+            of_names if forms in _MADE_FROM_NAMES else None,
+        )
+        for kind, forms in PARTS.items()
+        if forms(real) and forms(sampled)
+    )
+    forms_of_rows = row_forms(real, sampled)
+    rows = None
+    if forms_of_rows:
+        # Who shares a whole row shares all of its parts.
+        most = min(each.chance for each in [*names, *parts])
+        rows = compare_shared("Whole row", tables, forms_of_rows, most)
+    return Nearness(names, parts, rows, (), _has_unchecked_names(real, sampled))
+
+
+def has_whole_names(table: LabelledTable) -> bool:
+    """Tells whether a table holds full names, or first and last ones."""
+    return bool(whole_names(table))
+
+
+def _has_unchecked_names(real: LabelledTable, sampled: LabelledTable) -> bool:
+    if has_whole_names(sampled):
+        return not has_whole_names(real)
+    return any(map(sampled.has, NAMES)) and not any(map(real.has, NAMES))

@@ -1,0 +1,172 @@
+"""What a sample shares with real people, and how much of it chance explains."""
+
+from __future__ import annotations
+
+from collections.abc import Sequence
+from dataclasses import dataclass
+
+import numpy as np
+
+from vantrel.reporting.distances import RISK
+from vantrel.reporting.labelled import LabelledTable
+from vantrel.reporting.nearness.forms import Form
+
+MOST_EXAMPLES = 5
+
+# Halves are put together within one column and the rows of one country and gender, whose names and
+# numbers are alike, if there are as many; fewer rows tell little.
+_FEWEST_ROWS = 10
+
+_SIMULATED = 20_000
+
+
+@dataclass(frozen=True)
+class Example:
+    """A real value that the sample has, too.
+
+    Args:
+        value: The value as the real table has it.
+        rows: How many sampled rows have it.
+        first_row: The first of these, from 1 on.
+    """
+
+    value: str
+    rows: int
+    first_row: int
+
+
+@dataclass(frozen=True)
+class Shared:
+    """What of one kind the sample shares with real people.
+
+    Args:
+        kind: What is compared, in words.
+        real_values: The number of distinct values of the real table.
+        found: How many of these the sample has.
+        sampled_rows: How many sampled values there are: the rows that have one, for telephone
+            numbers of each column.
+        bearing: How many of these are one of the real table's.
+        chance: How many would be, by expectation, if the halves of the sampled values were put
+            together at random.
+        examples: Some, those of the most sampled rows first.
+    """
+
+    kind: str
+    real_values: int
+    found: int
+    sampled_rows: int
+    bearing: int
+    chance: float
+    examples: tuple[Example, ...]
+
+    @property
+    def limit(self) -> int:
+        """How many chance explains, 99 times in 100."""
+        return most_by_chance(self.chance)
+
+    @property
+    def is_by_chance(self) -> bool:
+        """Whether chance explains what is shared."""
+        return self.bearing <= self.limit
+
+
+def most_by_chance(expected: float) -> int:
+    """How many rare events chance makes of so many expected ones at most, 99 times in 100."""
+    drawn = np.random.default_rng(0).poisson(expected, _SIMULATED)
+    return int(np.quantile(drawn, 1 - RISK, method="higher"))
+
+
+# Keys and halves are compared by hashes of 64 bits, which take little memory.
+_VALUES = (
+    "SELECT number, hash({key}) AS key, hash({first}) AS first, hash({second}) AS second,"
+    " {group} AS grouped, {shown} AS shown"
+    " FROM (SELECT *, row_number() OVER () AS number FROM {table}) WHERE {key} <> ''"
+)
+_SHARED = """
+    WITH of_real AS MATERIALIZED ({real}), of_sampled AS MATERIALIZED ({sampled}),
+    real AS (SELECT DISTINCT key FROM of_real),
+    sampled AS (SELECT key, count(*) AS rows, min(number) AS row FROM of_sampled GROUP BY key),
+    shared AS MATERIALIZED (SELECT key, rows, row FROM real JOIN sampled USING (key)),
+    examples AS (SELECT * FROM shared ORDER BY rows DESC, row LIMIT {most}),
+    shown AS (
+        SELECT min(shown) AS value, any_value(rows) AS rows, any_value(row) AS row
+        FROM of_real JOIN examples USING (key) GROUP BY key
+    )
+    SELECT
+        (SELECT count(*) FROM real), (SELECT coalesce(sum(rows), 0) FROM sampled),
+        (SELECT count(*) FROM shared), (SELECT coalesce(sum(rows), 0) FROM shared),
+        (SELECT list(shown ORDER BY rows DESC, row) FROM shown),
+        ({chance})
+"""
+
+# Of n rows, n * (n - 1) ordered pairs of two can be made; as many of them as are counted here have
+# the first half of a real value in one row and the second half in the other. Real names may have
+# their halves in the other order. What is materialized keeps the engine from pairing all halves.
+_CHANCE = """
+    WITH sizes AS (SELECT grouped, count(*) AS size FROM of_sampled GROUP BY grouped),
+    sampled AS MATERIALIZED (
+        SELECT first, second, CASE WHEN size >= {fewest} THEN grouped ELSE 0 END AS place,
+            count(*) AS rows
+        FROM of_sampled JOIN sizes USING (grouped) GROUP BY ALL
+    ),
+    firsts AS (SELECT place, first, sum(rows) AS firsts FROM sampled GROUP BY ALL),
+    seconds AS (SELECT place, second, sum(rows) AS seconds FROM sampled GROUP BY ALL),
+    totals AS (SELECT place, sum(rows) AS total FROM sampled GROUP BY ALL HAVING total > 1),
+    real AS (
+        SELECT first, second FROM of_real UNION SELECT second AS first, first AS second FROM of_real
+    ),
+    begun AS MATERIALIZED (
+        SELECT first, second, place, firsts FROM real JOIN firsts USING (first)
+        WHERE second IN (SELECT second FROM seconds)
+    )
+    SELECT coalesce(sum((firsts * seconds - coalesce(rows, 0)) / (total - 1)), 0)
+    FROM begun JOIN seconds USING (second, place) JOIN totals USING (place)
+    LEFT JOIN sampled USING (first, second, place)
+"""
+_NO_CHANCE = "SELECT 0"
+
+
+def compare_shared(
+    kind: str,
+    tables: tuple[LabelledTable, LabelledTable],
+    forms: tuple[Sequence[Form], Sequence[Form]],
+    most_expected: float | None = None,
+) -> Shared:
+    """Looks for a real table's values of one kind in a sample.
+
+    Args:
+        kind: What is compared, in words.
+        tables: The real table, and a sample that is kept beside it.
+        forms: The values of each.
+        most_expected: What chance explains at most, if more than the halves is known.
+    """
+    real, sampled = tables
+    has_halves = forms[0][0].halves is not None and most_expected != 0
+    sql = _SHARED.format(
+        real=_values(real, forms[0], "{rows}"),
+        sampled=_values(sampled, forms[1], "{other}"),
+        most=MOST_EXAMPLES,
+        chance=_CHANCE.format(fewest=_FEWEST_ROWS) if has_halves else _NO_CHANCE,
+    )
+    ((real_values, rows, found, bearing, shown, met),) = real.table.query(sql, sampled.table)
+    chances = [float(met)] if has_halves else []
+    chances += [] if most_expected is None else [most_expected]
+    examples = tuple(Example(*each.values()) for each in shown or ())
+    return Shared(kind, real_values, found, int(rows), int(bearing), min(chances), examples)
+
+
+def _values(table: LabelledTable, forms: Sequence[Form], rows: str) -> str:
+    """The values of a table, a row for each."""
+    alike = [table.column(each) for each in ("country", "gender") if table.has(each)]
+    return " UNION ALL ".join(
+        _VALUES.format(
+            key=form.key,
+            first=first,
+            second=second,
+            group=f"hash({', '.join([str(column), *alike])})",
+            shown=form.shown,
+            table=rows,
+        )
+        for column, form in enumerate(forms)
+        for first, second in [form.halves or ("NULL", "NULL")]
+    )

@@ -1,0 +1,285 @@
+"""What the report says of real people in a sample: what is copied, and what chance explains."""
+
+from collections.abc import Callable
+from typing import Any
+
+import numpy as np
+import pandas as pd
+import pytest
+
+import vantrel
+from support.report_tables import COLUMNS, both
+from vantrel.reporting.nearness.nearness import Nearness, compare_nearness
+from vantrel.reporting.nearness.rare import Rare
+from vantrel.reporting.nearness.shared import MOST_EXAMPLES, Example, Shared, most_by_chance
+from vantrel.reporting.verdict import FINE, LOOK, Verdict
+
+ROWS = 400
+COUNTRIES = {"GB": 2, "DE": 1, "SE": 1}
+ALL = {name: name for name in vantrel.people(1, seed=1)}
+PARTS = ("email", "username", "password", "mobile_number")
+ABOUT = {
+    "fullname": "Real full names in the sample",
+    "email": "Real e-mail addresses in the sample",
+    "username": "Real usernames in the sample",
+    "password": "Real passwords in the sample",
+    "mobile_number": "Real telephone numbers in the sample",
+}
+
+
+def people(rows: int, seed: int) -> pd.DataFrame:
+    """People with numbers of any range: those for fiction are so few that many people share one."""
+    made = vantrel.people(rows, countries=COUNTRIES, seed=seed)
+    digits = np.random.default_rng(seed).integers(10**8, 10**9, rows)
+    made = made.assign(mobile_number=[f"0{number}" for number in digits])
+    return made.drop(columns=["home_number", "work_number"])
+
+
+REAL, GOOD = people(ROWS, 1), people(ROWS, 2)
+
+
+def near(real: pd.DataFrame, sampled: pd.DataFrame, columns: Any = ALL) -> Nearness:
+    return compare_nearness(*both(real, sampled, columns))
+
+
+def kind(found: Nearness, name: str) -> Shared:
+    return next(each for each in found.shared if each.kind == name)
+
+
+def judged(real: pd.DataFrame, sampled: pd.DataFrame) -> dict[str, Verdict]:
+    return {each.about: each for each in vantrel.compare(real, sampled).verdicts}
+
+
+def named(*names: tuple[str | None, str | None]) -> pd.DataFrame:
+    return pd.DataFrame(names, columns=["first", "last"], dtype=object)
+
+
+def full(*names: str | None) -> pd.DataFrame:
+    return pd.DataFrame({"full": pd.Series(names, dtype=object)})
+
+
+@pytest.mark.parametrize("rows", [200, ROWS, 3000])
+@pytest.mark.parametrize("seed", [5, 6])
+def test_people_who_are_made_up_come_as_near_as_chance_has_it(rows: int, seed: int) -> None:
+    real, sampled = (
+        vantrel.people(rows, countries=COUNTRIES, seed=each) for each in (seed, seed + 10)
+    )
+    sampled.loc[::7, ["email", "mobile_number"]] = None
+    found = near(real, sampled)
+    assert {each.kind for each in found.shared if not each.is_by_chance} == set()
+    assert kind(found, "Whole row").bearing == 0
+    if rows == 3000:
+        names = kind(found, "Full name")
+        assert names.bearing > 30
+        assert names.chance == pytest.approx(names.bearing, rel=0.35)
+
+
+@pytest.mark.parametrize("column", ABOUT)
+@pytest.mark.parametrize("copied", [ROWS, ROWS // 20])
+def test_a_copied_real_column_asks_for_a_look(column: str, copied: int) -> None:
+    fine = judged(REAL, GOOD)[ABOUT[column]]
+    assert (fine.state, fine.section) == (FINE, "real-people")
+    sampled = GOOD.copy()
+    sampled.loc[: copied - 1, column] = REAL.loc[: copied - 1, column].sample(frac=1).to_numpy()
+    found = judged(REAL, sampled)[ABOUT[column]]
+    assert found.state == LOOK
+    assert copied <= int(found.figure.removesuffix(" rows")) < copied + 3
+    assert found.words.endswith("Find out how they came into the sample before you hand it on.")
+
+
+@pytest.mark.parametrize(
+    "written",
+    [
+        lambda first, last: f"{last}, {first}",
+        lambda first, last: f"{last.upper()} {first}",
+        lambda first, last: f"Dr. {first}  {last}",
+        lambda first, last: f"{last}, Prof. Dr. {first}".casefold(),
+        lambda first, last: f"{first} {last}".translate(str.maketrans("äöüåéø", "aouaeo")),
+        lambda first, last: f"\t{first}-{last}, PhD",
+    ],
+)
+def test_a_real_table_in_another_spelling_is_not_a_sample(
+    written: Callable[[str, str], str],
+) -> None:
+    pairs = zip(REAL["firstname"], REAL["lastname"], strict=True)
+    respelt = full(*(written(*pair) for pair in pairs)).rename(columns={"full": "fullname"})
+    found = judged(REAL, respelt.sample(frac=1, random_state=1))
+    assert (found[ABOUT["fullname"]].figure, found[ABOUT["fullname"]].state) == ("400 rows", LOOK)
+
+
+def test_whole_rows_are_real_ones_in_another_spelling_too() -> None:
+    respelt = REAL.drop(columns=["firstname", "lastname"]).assign(
+        fullname=REAL["lastname"] + ", " + REAL["firstname"], email=REAL["email"].str.upper()
+    )
+    assert judged(REAL, respelt)["Whole real rows in the sample"].figure == "400 rows"
+    other = respelt.assign(gender=respelt["gender"].iloc[::-1].to_numpy())
+    assert 0 < kind(near(REAL, other), "Whole row").bearing < ROWS
+    assert judged(REAL, GOOD)["Whole real rows in the sample"].state == FINE
+
+
+def test_rows_that_tell_nobody_apart_are_not_looked_for() -> None:
+    learnt = REAL[["gender", "title", "country"]]
+    assert near(learnt, learnt).rows is None
+    assert near(REAL, learnt).rows is None
+
+
+def test_a_row_without_anything_that_tells_is_nobodys() -> None:
+    nobody = REAL.assign(**dict.fromkeys([*PARTS, "firstname", "lastname", "fullname"]))
+    assert kind(near(nobody, nobody), "Whole row").bearing == 0
+
+
+@pytest.mark.parametrize(
+    ("real", "sampled", "is_same"),
+    [
+        ("+49 151 23456789", "0151/23456789", True),
+        ("(231) 555-0142", "12315550142", True),
+        ("0151 23456789", "0151 23456780", False),
+        ("12 34", "12 34", False),
+    ],
+)
+def test_telephone_numbers_agree_by_their_digits(real: str, sampled: str, is_same: bool) -> None:
+    columns = {"mobile_number": "m", "work_number": "w"}
+    tables = pd.DataFrame({"w": [real, None]}), pd.DataFrame({"m": [sampled, "040 12345"]})
+    (found,) = near(pd.DataFrame({"m": ["x"] * 2}).join(tables[0]), tables[1], columns).parts
+    assert found.bearing == is_same
+
+
+def test_what_chance_explains_is_that_of_halves_put_together_at_random() -> None:
+    real = named(("Ann", "Lee"), ("Cy", "Ray"))
+    sampled = named(("Ann", "Lee"), ("Ann", "Ray"), ("Bob", "Lee"), ("Bob", "Ray"), (None, "Lee"))
+    (found, *_) = near(real, sampled, COLUMNS).names
+    # Of the twelve pairs of two rows three have "Ann" in the one and "Lee" in the other: 4 * 3 / 12.
+    assert found == Shared(
+        "First and last name together", 2, 1, 4, 1, 1.0, (Example("Ann Lee", 1, 1),)
+    )
+
+
+def test_names_meet_within_their_country() -> None:
+    sampled = pd.concat([named(*[("Ann", "Lee")] * 10), named(*[("Bob", "Ray")] * 10)])
+    columns = {**COLUMNS, "country": "land"}
+    apart = sampled.assign(land=["GB"] * 10 + ["US"] * 10)
+    real = named(("Ann", "Ray"))
+    assert near(real, sampled, columns).names[0].chance == pytest.approx(100 / 19)
+    assert near(real, apart, columns).names[0].chance == 0
+    few = apart[5:15]  # too few of each country to be looked at apart
+    assert near(real, few, columns).names[0].chance == pytest.approx(25 / 9)
+
+
+def test_a_real_name_that_is_turned_around_is_one() -> None:
+    sampled = full("Lee Ann", "Lee Bob", "Ray Ann", "Ray Bob")
+    (found,) = near(full("Ann Lee"), sampled, COLUMNS).names
+    assert (found.bearing, found.chance) == (1, 1.0)
+
+
+def test_names_in_one_column_are_those_in_two() -> None:
+    parts, whole = named(("Ann", "Lee"), ("Bob", "Ray")), full("Lee, Ann", "Cy Orr")
+    for real, sampled in ((parts, whole), (whole, parts)):
+        (found,) = near(real, sampled, COLUMNS).names
+        assert (found.bearing, found.found) == (1, 1)
+    twice = pd.concat([parts, whole], axis="columns")
+    names = near(full("Bob Ray"), twice, COLUMNS).names
+    assert [(each.kind, each.bearing) for each in names] == [
+        ("Full name", 0),
+        ("First and last name together", 1),
+    ]
+
+
+def test_case_white_space_and_accents_do_not_hide_a_name() -> None:
+    real = full("Ann  LEE", "ANN Lee", " ", "Straße Ærø", None)
+    sampled = full("ann\tlee ", "STRASSE AERO", "\u00a0", "Bob Orr")
+    (found,) = near(real, sampled, COLUMNS).names
+    assert (found.real_values, found.found, found.sampled_rows, found.bearing) == (2, 2, 3, 2)
+    assert found.examples == (Example("ANN Lee", 1, 1), Example("Straße Ærø", 1, 2))
+
+
+def test_the_examples_are_those_of_the_most_rows_and_only_so_many() -> None:
+    letters = list("abcdefgh")
+    (found,) = near(full(*letters), full(*letters, "h", "h", "g"), COLUMNS).names
+    assert [each.value for each in found.examples] == ["h", "g", "a", "b", "c"]
+    assert found.examples[:2] == (Example("h", 3, 8), Example("g", 2, 7))
+    assert len(found.examples) == MOST_EXAMPLES
+
+
+def test_tables_without_common_names_have_nothing_to_compare() -> None:
+    none = pd.DataFrame({"age": [1]})
+    assert near(none, named(("Ann", "Lee")), COLUMNS).has_unchecked_names
+    found = near(pd.DataFrame({"first": ["A"]}), pd.DataFrame({"last": ["A"]}), COLUMNS)
+    assert (found.shared, found.rare, found.has_unchecked_names) == ([], (), False)
+
+
+def test_tables_without_rows_share_nothing() -> None:
+    for real, sampled in ((REAL.head(0), GOOD), (REAL, GOOD.head(0)), (REAL.head(0),) * 2):
+        assert {each.bearing for each in near(real, sampled).shared} == {0}
+
+
+def test_rare_events_have_the_limits_of_the_poisson_distribution() -> None:
+    assert [most_by_chance(expected) for expected in (0, 0.005, 1, 10, 1000)] == [
+        0,
+        0,
+        4,
+        18,
+        pytest.approx(1074, abs=4),
+    ]  # fmt: skip - a table of figures
+
+
+def learnt(**counts: int) -> pd.DataFrame:
+    """Rows of gender, title and country, as in ``F_Ms_GB=10``."""
+    cells = [name.split("_") for name, rows in counts.items() for _ in range(rows)]
+    return pd.DataFrame(cells, columns=["sex", "title", "land"])
+
+
+COMMON = {"F_Ms_GB": 400, "M_Mr_GB": 400, "F_Ms_DE": 100, "M_Mr_DE": 96}
+
+
+def rare(real: pd.DataFrame, sampled: pd.DataFrame) -> dict[str, Rare]:
+    return {each.kind: each for each in near(real, sampled, COLUMNS).rare}
+
+
+def test_a_rare_title_that_came_through_asks_for_a_look() -> None:
+    real = learnt(**COMMON, M_Duke_GB=4)
+    assert rare(real, learnt(**COMMON)) == {
+        "Title of few people": Rare("Title of few people", ("title",), 1, 0, 0, 0.0, ())
+    }
+    found = rare(real, learnt(**COMMON, M_Duke_GB=1))["Title of few people"]
+    assert (found.bearing, found.examples, found.is_by_chance) == (1, (("Duke", 1),), False)
+    assert rare(learnt(**COMMON, M_Duke_GB=5), real) == {}
+
+
+def test_a_rare_spelling_of_a_gender_tells_of_nobody() -> None:
+    assert rare(learnt(**COMMON, female_Ms_GB=1), learnt(**COMMON)).keys() == {
+        "Gender, title and country together"
+    }
+    assert "Gender of few people" in rare(learnt(**COMMON, Klingon_Ms_GB=1), learnt(**COMMON))
+
+
+def test_a_rare_combination_may_come_about_by_chance_or_be_kept() -> None:
+    together = "Gender, title and country together"
+    real = learnt(**COMMON, M_Mr_FR=6, F_Ms_FR=3)
+    mixed = rare(real, learnt(**COMMON, M_Mr_FR=5, F_Ms_FR=4))[together]
+    assert (mixed.real, mixed.found, mixed.bearing) == (1, 1, 4)
+    assert mixed.chance == pytest.approx((504 * 9 - 4) / 1004)
+    assert mixed.is_by_chance
+    kept = rare(learnt(**COMMON, M_Ms_GB=2), learnt(**COMMON, M_Ms_GB=1))[together]
+    assert (kept.chance, kept.is_by_chance) == (0, False)
+
+
+def test_what_few_people_have_is_judged() -> None:
+    about = "What few real people have"
+    columns = {"sex": "gender", "title": "title", "land": "country"}
+    real, good, kept = (
+        learnt(**COMMON, **more).rename(columns=columns)
+        for more in ({"M_Sir_GB": 4}, {}, {"M_Sir_GB": 2})
+    )
+    assert judged(real, good)[about] == Verdict(
+        about,
+        "0 of 1",
+        FINE,
+        "No value or combination that fewer than five real rows have came through.",
+        "real-people",
+    )
+    found = judged(real, kept)[about]
+    assert (found.state, found.figure) == (LOOK, "1 of 1")
+    assert found.words.startswith(
+        "What fewer than five real rows have came through: title of few people in 2 rows."
+    )
+    assert about not in judged(good, good)
