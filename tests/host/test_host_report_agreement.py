@@ -143,6 +143,7 @@ def test_a_name_of_another_country_of_the_table_is_told() -> None:
         ("Jürgen Müller", "j.mueller@x.example", True),
         ("Jürgen Müller", "JURGEN@x.example", True),
         ("Søren Ærø", "soeren99@x.example", True),
+        ("Ed Jäger", "x.jaeger@x.example", True),
         ("Ann Lee", "bob@lee.example", False),
         ("Bo Ek", "any@x.example", None),
         ("Иван Петров", "any@x.example", None),

@@ -44,11 +44,13 @@ class Form:
         key: What is the same for all ways to write it.
         halves: What it is put together from, if that can be told.
         shown: The value as the table has it.
+        shape: What tells values that are put together in different ways.
     """
 
     key: str
     halves: tuple[str, str] | None
     shown: str
+    shape: str = "''"
 
 
 def full_name(table: LabelledTable) -> list[Form]:
@@ -133,7 +135,8 @@ def _accounts(table: LabelledTable, attribute: str) -> list[Form]:
     first, rest = (
         f"regexp_extract({text}, {quoted(_FIRST_WORD + '(.*)$')}, {group})" for group in (1, 2)
     )
-    return [Form(text, (first, rest), column)]
+    shape = f"regexp_replace(left({rest}, 1), '[0-9]', '0')"
+    return [Form(text, (first, rest), column, shape)]
 
 
 def plain(value: str) -> str:
