@@ -160,9 +160,9 @@ def test_a_full_disk_for_what_workers_send_each_other(client: Any) -> None:
     with pytest.raises(ClusterError) as raised, on_cluster(None, None, client):
         raise P2POutOfDiskError
     assert str(raised.value) == (
-        "The disk is full where workers keep what they send each other: name a folder with more room"
-        " by DASK_TEMPORARY_DIRECTORY in their environment. What is finished is kept: repeat the"
-        " call with resume=True."
+        "The disk is full where workers keep what they send each other: name a folder with more"
+        " room by DASK_TEMPORARY_DIRECTORY in their environment. What is finished is kept: repeat"
+        " the call with resume=True."
     )
 
 
