@@ -21,6 +21,8 @@ from vantrel.sampling import Plan
 distributed = pytest.importorskip("distributed", reason="clusters need distributed")
 pytest.importorskip("pyarrow", reason="Dask's frames need pyarrow")
 
+from distributed.shuffle._exceptions import P2POutOfDiskError  # noqa: E402 - after the question whether it can be
+
 from vantrel import scale  # noqa: E402 - after the question whether it can be
 from vantrel.scale import cluster as module  # noqa: E402 - after the question whether it can be
 from vantrel.scale.cluster import (  # noqa: E402 - after the question whether it can be
@@ -29,6 +31,7 @@ from vantrel.scale.cluster import (  # noqa: E402 - after the question whether i
 )
 from vantrel.scale.folder import PartFile, write_partitions  # noqa: E402 - after the question whether it can be
 from vantrel.scale.partitions import partitions  # noqa: E402 - after the question whether it can be
+from vantrel.scale.run import on_cluster  # noqa: E402 - after the question whether it can be
 
 PLAN = Plan(400_000, seed=7, block_rows=10_000)  # 40 blocks that take a moment each
 LABELS = PersonLabels(gender="gender", firstname="first")
@@ -150,6 +153,16 @@ def test_a_worker_without_the_package(address: str, monkeypatch: pytest.MonkeyPa
     monkeypatch.setattr(module, "versions", versions)
     assert refusal(address, ClusterError) == (
         "A worker lacks vantrel: install the same versions of everything everywhere."
+    )
+
+
+def test_a_full_disk_for_what_workers_send_each_other(client: Any) -> None:
+    with pytest.raises(ClusterError) as raised, on_cluster(None, None, client):
+        raise P2POutOfDiskError
+    assert str(raised.value) == (
+        "The disk is full where workers keep what they send each other: name a folder with more"
+        " room by DASK_TEMPORARY_DIRECTORY in their environment. What is finished is kept: repeat"
+        " the call with resume=True."
     )
 
 

@@ -179,6 +179,21 @@ def test_files_without_rows_and_folders_without_people(client: Any, table: pd.Da
     assert read_files(Path("no copy")).schema == read_files(Path("none")).schema
 
 
+def test_the_types_of_files_may_differ(
+    client: Any, table: pd.DataFrame, whole: tuple[pa.Table, Outcome]
+) -> None:
+    folder = write_folder(Path("many"), table, 4)
+    kinds = (pa.int64(), pa.string(), pa.float64(), pa.decimal128(19))
+    for kind, path in zip(kinds, sorted(folder.iterdir()), strict=True):
+        part = pq.read_table(path)
+        keys = part[KEY].cast(kind)
+        pq.write_table(part.set_column(part.column_names.index(KEY), KEY, keys), path)
+    assert told(replace(client)) == told(whole[1])
+    copies = [pq.read_table(path).drop(KEY) for path in sorted(Path("copy").glob("*.parquet"))]
+    made = pa.concat_tables(copies).replace_schema_metadata()
+    assert in_rows(made).equals(in_rows(whole[0].drop(KEY)))
+
+
 def test_a_record_tells_how_copies_were_made(client: Any, table: pd.DataFrame) -> None:
     write_folder(Path("many"), table, 2)
     outcome = replace(client)

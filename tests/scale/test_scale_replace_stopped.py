@@ -158,9 +158,10 @@ def a_lost_file() -> str:
         ),
         (lambda: f"{RUN} --other note=blank", "column 'note' None then and 'blank' now"),
         (
-            lambda: f"{RUN} --keep email",
-            "kept [] then and ['email'] now, column 'email' 'email' then and None now",
+            lambda: f"{RUN} --column gender=note",
+            "columns for gender ['sex'] then and ['note'] now",
         ),
+        (lambda: f"{RUN} --keep email", "kept [] then and ['email'] now"),
         (lambda: f"{RUN} --scrub note", "scrub [] then and ['note'] now"),
         (lambda: f"{RUN} --locale FR", "place 'en_GB' then and 'FR' now"),
         (lambda: f"{RUN} --latin", "latin False then and True now"),
@@ -189,6 +190,31 @@ def test_another_plan_is_not_resumed(on: str) -> None:
         "The run in copy cannot be resumed, for this is another one: column 'note' None then and"
         f" 'blank' now. {AGAIN}"
     )
+
+
+def test_other_people_of_a_plan_are_not_resumed(on: str) -> None:
+    """What is told first counts, so their order tells who becomes whom, and so do their columns."""
+    deals = pd.DataFrame({"a_id": [1, 2], "b_id": [2, 1], "a": ["Qa", "Qb"], "b": ["Qc", "Qd"]})
+    write_folder(Path("deals"), deals, 2)
+    head = 'format = "vantrel-plan"\nschema_version = 1\n'
+    person = '[[tables.deals.people]]\nname = "{0}"\nkey = ["{0}_id"]\ncolumns.firstname = "{1}"\n'
+    first, second = (person.format(name, name) for name in "ab")
+    line = "replace deals -o copy --dask --secret s.secret --plan p.toml"
+    Path("p.toml").write_text(head + first + second)
+    succeed(f"{line}{on}")
+    Path("copy", "part.001.parquet").unlink()
+    others = {
+        second + first: "people ['a', 'b'] then and ['b', 'a'] now",
+        person.format("a", "b") + person.format("b", "a"): (
+            "columns for firstname of 'a' ['a'] then and ['b'] now, columns for firstname of 'b'"
+            " ['b'] then and ['a'] now"
+        ),
+    }
+    for people, difference in others.items():
+        Path("p.toml").write_text(head + people)
+        assert fail(f"{line} --resume", 1) == (
+            f"The run in copy cannot be resumed, for this is another one: {difference}. {AGAIN}"
+        )
 
 
 def test_a_copy_of_another_run_is_made_again(on: str, whole: dict[str, bytes]) -> None:

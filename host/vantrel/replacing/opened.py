@@ -17,6 +17,7 @@ from vantrel.errors import PlanError, ReplaceError
 from vantrel.hints import did_you_mean, listed, named
 from vantrel.replacing.asked import Asked, OfTable
 from vantrel.replacing.frames import excerpt_of, without_gaps
+from vantrel.replacing.keys import as_texts
 from vantrel.replacing.others.action import Action
 from vantrel.replacing.others.decided import decided
 from vantrel.replacing.roles import Roles, find_roles, refuse_scrub
@@ -117,7 +118,7 @@ def _excerpt(copied: Batched) -> pd.DataFrame:
         rows += batch.num_rows
         for name, column in zip(batch.schema.names, batch.columns, strict=True):
             if (own := without_gaps(column)) and sum(map(len, values[name])) < SAMPLE_SIZE:
-                values[name].append(own)
+                values[name].append(as_texts(own[:SAMPLE_SIZE]))  # files differ in types
         if rows >= SAMPLE_SIZE and all(values.values()):
             break
     return excerpt_of({name: pa.chunked_array(own or [[]]) for name, own in values.items()})

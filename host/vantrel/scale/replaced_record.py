@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from collections.abc import Mapping
 from hashlib import blake2b
 from pathlib import Path
 from typing import Any, ClassVar, Literal
@@ -11,6 +12,7 @@ from vantrel.replacing.asked import Asked
 from vantrel.replacing.leaks import Leak
 from vantrel.replacing.opened import OpenedTable
 from vantrel.replacing.people import Report
+from vantrel.replacing.person import Person
 from vantrel.replacing.record import form_of
 from vantrel.replacing.secret import deciding_versions
 from vantrel.sampling.record import Record
@@ -30,8 +32,9 @@ class ReplaceRecord(Record, frozen=True, kw_only=True, forbid_unknown_fields=Tru
         schema_version: The version of its form.
         table: The name of the folder that was copied.
         rows: The number of rows.
-        people_of_a_row: Of each person of a row the columns of the key, the columns that were
-            replaced, each with its attribute, and the attributes that stayed; "" is the only one.
+        people_of_a_row: Of each person of a row the columns of the key, those of each attribute,
+            those that were replaced, each with its attribute, and the attributes that stayed; ""
+            is the only one.
         others: The actions of other columns.
         options: What else was asked for, by the option's name.
         versions: The versions that people depend on, by name.
@@ -59,17 +62,14 @@ class ReplaceRecord(Record, frozen=True, kw_only=True, forbid_unknown_fields=Tru
     @property
     def decisive(self) -> dict[str, Any]:
         """What decides what is made, by its name."""
-        people = self.people_of_a_row
-        fates = {name: what for own in people.values() for name, what in own["replaced"].items()}
-        fates |= self.others
         return {
+            "people": list(self.people_of_a_row),  # in their order: what is told first counts
             **{
                 f"{what} of {name!r}" if name else what: told
-                for name, own in people.items()
-                for what, told in own.items()
-                if what != "replaced"
+                for name, own in self.people_of_a_row.items()
+                for what, told in _deciding(own).items()
             },
-            **{f"column {column!r}": fate for column, fate in fates.items()},
+            **{f"column {column!r}": fate for column, fate in self.others.items()},
             **self.options,
             **self.versions,
             "secret": self.secret,
@@ -90,7 +90,10 @@ def record_of(table: OpenedTable[CopiedFolder], asked: Asked, secret: bytes) -> 
     return ReplaceRecord(
         table=shown(copied.path.name, 255),
         rows=sum(copied.rows),
-        people_of_a_row={person.name: form_of(person) for person in roles.people},
+        people_of_a_row={
+            person.name: {"columns": _columns_of(person), **form_of(person)}
+            for person in roles.people
+        },
         others={column: str(action) for column, action in table.others.items()},
         options={
             "scrub": list(table.asked.scrub),
@@ -102,6 +105,18 @@ def record_of(table: OpenedTable[CopiedFolder], asked: Asked, secret: bytes) -> 
         secret=blake2b(key=secret, person=_OF_CHECKS, digest_size=_CHECK_BYTES).hexdigest(),
         files={file.name: _state(file) for file in copied.files},
     )
+
+
+def _columns_of(person: Person) -> dict[str, list[str]]:
+    """The columns of each attribute, also of those that are only read."""
+    return {attribute: list(columns) for attribute, columns in person.columns.items()}
+
+
+def _deciding(person: Mapping[str, Any]) -> dict[str, Any]:
+    """What decides who becomes of a person of each row; what is replaced follows from it."""
+    rest = {what: told for what, told in person.items() if what not in ("columns", "replaced")}
+    columns = person.get("columns", {})
+    return rest | {f"columns for {attribute}": those for attribute, those in columns.items()}
 
 
 def _state(file: Path) -> str:

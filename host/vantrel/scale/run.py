@@ -17,6 +17,7 @@ from typing import Any
 from distributed import Client, Future, KilledWorker, as_completed
 from distributed.client import FutureCancelledError
 from distributed.comm.core import CommClosedError
+from distributed.shuffle._exceptions import P2POutOfDiskError
 from pyarrow import ArrowException
 from pyarrow.parquet import read_metadata
 
@@ -107,6 +108,12 @@ def on_cluster(
         raise PartitionError(
             "Workers died again and again, for want of memory perhaps. What is finished is kept:"
             f" repeat the call with {resume} and fewer {argument('workers', ...)}."
+        ) from error
+    except P2POutOfDiskError as error:
+        raise ClusterError(
+            "The disk is full where workers keep what they send each other: name a folder with more"
+            " room by DASK_TEMPORARY_DIRECTORY in their environment. What is finished is kept:"
+            f" repeat the call with {resume}."
         ) from error
     except (CommClosedError, FutureCancelledError) as error:
         raise ClusterError(
