@@ -361,3 +361,30 @@ def test_values_of_sqlite_keep_their_types(lite: Trial) -> None:
     assert [(row[0], row[1], row[4]) for row in found] == [(row[0], row[1], row[4]) for row in rows]
     assert [type(row[3]) for row in found] == [int, int, type(None), int]
     assert not {row[2] for row in found} & {"Qa", "Qb", "Qc"}
+
+
+def test_addresses_and_types_that_are_not_known(post: Post) -> None:
+    shop(post, "ip inet, place point")
+    post.run("UPDATE customers SET ip = ('81.2.69.' || id)::inet, place = point(id, id)")
+    told = succeed(f"replace '{post.address}' --table customers {KEYS} --dry-run").stderr
+    assert "Column 'ip' looks personal (IP address): its name says so. It stays" in told
+    assert "point" not in told
+
+
+def test_columns_that_the_database_makes_follow(trial: Trial) -> None:
+    shop(trial, "label text GENERATED ALWAYS AS (first_name || '!' || last_name) STORED")
+    run = f"replace '{trial.address}' --table customers {KEYS} --keep fullname --other note=blank"
+    told = succeed(f"{run} --fail-on-leak")
+    assert "label" not in told.stderr
+    assert not trial.rows("SELECT 1 FROM customers WHERE label <> first_name || '!' || last_name")
+
+
+def test_a_name_that_begins_as_that_of_another_table(trial: Trial) -> None:
+    shop(trial)
+    trial.run(
+        'CREATE TABLE "customers.old" (id integer PRIMARY KEY, first_name text, note text);'
+        """INSERT INTO "customers.old" VALUES (1, 'Qa1', 'as it was')"""
+    )
+    tables = "--table customers --table customers.old"
+    succeed(f"replace '{trial.address}' {tables} {KEYS} --other customers.note=blank")
+    assert trial.rows('SELECT note FROM "customers.old"') == [("as it was",)]

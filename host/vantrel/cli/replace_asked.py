@@ -84,7 +84,8 @@ def _tables_and_rest(text: str, inputs: Sequence[Path]) -> tuple[list[str | None
     from vantrel.replacing.asked import names_of
 
     table, colon, rest = text.partition(":")
-    found = [path.name for path in inputs if colon and table in names_of(path)]
+    whole = [path.name for path in inputs if colon and table == path.name]
+    found = whole or [path.name for path in inputs if colon and table in names_of(path)]
     return ([*dict.fromkeys(found)], rest) if found else ([None], text)
 
 

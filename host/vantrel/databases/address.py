@@ -120,6 +120,8 @@ def _url(text: str, engine: str) -> URL:
         url = None
     if url is None or not url.database:
         raise DatabaseError(f"The address names no database: write it as {_SAMPLES}.")
+    if "@" in (url.host or ""):  # what is before the second may be of the password
+        raise DatabaseError("The address has more than one @: write those of a password as %40.")
     name = _SQLITE if engine == _SQLITE else _POSTGRESQL
     return url.set(drivername=f"{name}+{_ENGINES[engine]}")
 

@@ -9,7 +9,7 @@ import pyarrow as pa
 from vantrel.databases.engine import quoted
 from vantrel.databases.table import DatabaseTable
 from vantrel.errors import DatabaseError
-from vantrel.wording import counted
+from vantrel.wording import counted, shown
 
 
 class NewValues:
@@ -43,7 +43,7 @@ class NewValues:
             made |= {
                 name: new[column] for name, column in zip(self._new, self._columns, strict=True)
             }
-            self._engine.put(self._name, made)
+            self._put(made)
             self.rows += batch.num_rows
 
     def take_effect(self) -> None:
@@ -67,6 +67,20 @@ class NewValues:
                 f" {changed:,}, so nothing was changed. A trigger or a rule may keep the others, or"
                 " they have no primary key."
             )
+
+    def _put(self, made: Mapping[str, pa.Array]) -> None:
+        try:
+            self._engine.put(self._name, made)
+        except Exception as error:
+            refused = self._engine.refused_cell(error)
+            if refused is None:
+                raise
+            column = dict(zip(self._new, self._columns, strict=True))[quoted(refused[0])]
+            # The cause is not shown: its text may have more rows in it.
+            raise DatabaseError(
+                f"Column {shown(repr(column))} of table {self._table.name!r} cannot hold what is"
+                f" made for it: {refused[1]}."
+            ) from None
 
     def _create(self) -> None:
         cells = [self._engine.key(quoted(column)) for column in self._table.key]

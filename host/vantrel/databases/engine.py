@@ -48,8 +48,8 @@ class Engine(Protocol):
     def is_whole(self, table: str, column: str, declared: Any) -> bool:
         """Whether a column has nothing but whole numbers of 64 bits at most."""
 
-    def as_text(self, column: str) -> str:
-        """A column in SQL as a text that loses nothing."""
+    def as_text(self, column: str, declared: Any = None) -> str:
+        """A column in SQL, of a type if one is told, as a text that loses nothing."""
 
     def key(self, column: str) -> str:
         """What rows are found by, in SQL: equal where the values of a column of the key are."""
@@ -59,6 +59,9 @@ class Engine(Protocol):
 
     def put(self, table: str, columns: Mapping[str, pa.Array]) -> None:
         """Adds rows to some columns of a table."""
+
+    def refused_cell(self, error: Exception) -> tuple[str, str] | None:
+        """Which column :meth:`put` could not fill, and why, where the error tells."""
 
 
 def quoted(*names: str) -> str:

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import re
 from collections.abc import Iterator, Mapping, Sequence
 from threading import Lock
 from typing import Any
@@ -11,6 +12,7 @@ import pyarrow.compute as pc
 import pyarrow.csv
 from sqlalchemy import Engine as Connector
 from sqlalchemy import Integer, NullPool, create_engine
+from sqlalchemy.dialects.postgresql import INET
 
 from vantrel.databases.address import Address
 from vantrel.databases.engine import Kind, quoted
@@ -47,6 +49,9 @@ _RIGHTS = """
            has_database_privilege(current_database(), 'TEMPORARY')
 """
 _NEEDED = ("SELECT on it", "UPDATE on it", "TEMPORARY on the database")
+
+# Where COPY was when it failed, as told in whatever language the server speaks.
+_COPIED = re.compile(r"COPY vantrel_new_\d+\b.*?\b(new_\d+)\b")
 
 
 class Postgresql:
@@ -101,9 +106,10 @@ class Postgresql:
         del table, column  # types tell
         return isinstance(declared, Integer)
 
-    def as_text(self, column: str) -> str:
+    def as_text(self, column: str, declared: Any = None) -> str:
         """A column in SQL as a text, which every type has."""
-        return f"{column}::text"
+        # As a text, an IP address would have /32 at its end, which nobody writes.
+        return f"abbrev({column})" if isinstance(declared, INET) else f"{column}::text"
 
     def key(self, column: str) -> str:
         """The column itself."""
@@ -133,6 +139,12 @@ class Postgresql:
             cursor.copy(f"COPY {table} ({', '.join(columns)}) FROM STDIN (FORMAT csv)") as copy,
         ):
             copy.write(memoryview(sink.getvalue()))
+
+    def refused_cell(self, error: Exception) -> tuple[str, str] | None:
+        """The column that COPY tells, and why it refused a value."""
+        told: Any = getattr(error, "diag", None)
+        place = _COPIED.search(getattr(told, "context", None) or "")
+        return (place[1], told.message_primary) if place else None
 
 
 def _read_rows(text: str, schema: pa.Schema) -> pa.RecordBatch:

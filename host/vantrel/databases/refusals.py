@@ -101,5 +101,7 @@ def _foreign_keys(database: Database) -> Iterable[tuple[tuple[str, str], str]]:
                 for column, referred in pairs:
                     if schema == database.schema:
                         yield (table, column), f"it refers to {shown(f'{to}.{referred}')}"
-                    if (key["referred_schema"] or schema) == database.schema:
+                    # Of what is on the search path no schema is told.
+                    where = key["referred_schema"] or inspector.default_schema_name
+                    if where == database.schema:
                         yield (to, referred), f"{shown(f'{table}.{column}')} refers to it"

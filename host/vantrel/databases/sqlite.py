@@ -90,15 +90,19 @@ class Sqlite:
         ).fetchone()
         return not others
 
-    def as_text(self, column: str) -> str:
+    def as_text(self, column: str, declared: Any = None) -> str:
         """A column in SQL as a text; bytes by their hexadecimal digits."""
+        del declared  # types are those of values
         return (
             f"CASE typeof({column}) WHEN 'blob' THEN hex({column}) ELSE CAST({column} AS TEXT) END"
         )
 
     def key(self, column: str) -> str:
-        """How a value is written in SQL, since values of different types are never equal."""
-        return f"quote({column})"
+        """How a value is written in SQL, since values of different types are never equal.
+
+        Nothing for NULL, which a primary key may have here in many rows: it finds none of them.
+        """
+        return f"nullif(quote({column}), 'NULL')"
 
     def read(self, table: str, cells: Mapping[pa.Field, str]) -> Iterator[pa.RecordBatch]:
         """Reads row by row."""
@@ -116,3 +120,6 @@ class Sqlite:
             f"INSERT INTO {table} ({', '.join(columns)}) VALUES ({', '.join('?' * len(columns))})",
             zip(*(column.to_pylist() for column in columns.values()), strict=True),
         )
+
+    def refused_cell(self, error: Exception) -> None:
+        """Nothing: the temporary table, of no types of its own, takes whatever there is."""

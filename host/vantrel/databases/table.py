@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import warnings
 from collections.abc import Iterator, Sequence
 from dataclasses import dataclass
 from functools import cached_property
@@ -10,6 +11,7 @@ from typing import Any
 
 import pyarrow as pa
 from sqlalchemy import String
+from sqlalchemy.exc import SAWarning
 
 from vantrel.databases.database import Database
 from vantrel.databases.engine import quoted
@@ -67,7 +69,9 @@ class DatabaseTable:
     @cached_property
     def told(self) -> dict[str, Column]:
         """Its columns, by their names."""
-        found = self.database.inspector.get_columns(self.name, schema=self.database.schema)
+        with warnings.catch_warnings():  # values of types that are not known are texts, too
+            warnings.filterwarnings("ignore", "Did not recognize type", SAWarning)
+            found = self.database.inspector.get_columns(self.name, schema=self.database.schema)
         return {each["name"]: self._column(each) for each in found}
 
     @property
@@ -98,8 +102,8 @@ class DatabaseTable:
             yield batch.select(list(self.columns)), batch.columns[len(self.columns) :]
 
     def _read(self, column: str) -> str:
-        name = quoted(column)
-        return name if self.told[column].is_whole else self.database.engine.as_text(name)
+        name, told = quoted(column), self.told[column]
+        return name if told.is_whole else self.database.engine.as_text(name, told.declared)
 
     def _column(self, found: Any) -> Column:
         declared = found["type"]

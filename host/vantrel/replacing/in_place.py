@@ -92,9 +92,10 @@ class _Changed:
         columns = _changed_columns(table)
         self.excerpt = Excerpt(table.copied.name, table.copied.key, tuple(columns))
         self.values = NewValues(table.copied, list(columns), number)
-        self.passing = Passing(who, table.roles, table.asked.scrub, table.others)
-        self._made_as = columns
         self._told = table.copied.told
+        derived = [name for name, column in self._told.items() if column.is_generated]
+        self.passing = Passing(who, table.roles, table.asked.scrub, table.others, derived)
+        self._made_as = columns
         self._further = further
 
     def __call__(self, batch: pa.RecordBatch) -> dict[str, pa.Array]:

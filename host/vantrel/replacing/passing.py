@@ -22,6 +22,7 @@ class Passing:
         roles: What the table's columns are.
         scrub: The columns in which the names of the row's people are replaced, too.
         others: The actions of other columns.
+        derived: The columns that are made anew from the others, in which nobody is looked for.
 
     Attributes:
         rows: The number of rows until now.
@@ -33,6 +34,7 @@ class Passing:
         roles: Roles,
         scrub: Iterable[str] = (),
         others: Mapping[str, Action] | None = None,
+        derived: Iterable[str] = (),
     ) -> None:
         self._people = people
         self._roles = roles
@@ -42,7 +44,7 @@ class Passing:
             people.changed({name: each for name, each in actions if roles.owner(name) is person})
             for person in roles.people
         ]
-        self._of_people = roles.told
+        self._unsearched = {*roles.told, *derived}
         self._search = LeakSearch()
         self.rows = 0
 
@@ -59,7 +61,7 @@ class Passing:
             for of_person, each in zip(known, new.people, strict=True):
                 values += found_by_print(texts, of_person, each)
             columns[column] = scrubbed(texts, values)
-        passed = [name for name in batch.schema.names if name not in self._of_people]
+        passed = [name for name in batch.schema.names if name not in self._unsearched]
         left = {name: columns.get(name, batch.column(name)) for name in passed}
         self._search.look(pa.RecordBatch.from_pydict(left), known, self.rows + 1)
         self.rows += batch.num_rows
