@@ -9,7 +9,7 @@ from pathlib import Path
 import pandas as pd
 import pytest
 
-from support.command import succeed
+from support.command import fail, succeed
 from support.databases import (
     OF_CUSTOMERS,
     OF_ORDERS,
@@ -139,6 +139,22 @@ def test_a_plan_is_written_and_run(trial: Trial) -> None:
     wanted = in_files("--other born=blank")
     succeed(f"replace '{trial.address}' --plan plan.toml --secret s")
     assert texts(contents(trial, "customers")) == wanted[:1]
+
+
+def test_a_new_table_with_people_is_not_left_out_of_a_plan(trial: Trial) -> None:
+    shop(trial)
+    succeed(f"replace '{trial.address}' {KEYS.rpartition(' --secret')[0]} --write-plan plan.toml")
+    trial.run("CREATE TABLE staff (id integer PRIMARY KEY, first_name text, last_name text)")
+    trial.add("staff", [(1, "Ann", "Lee")])
+    by_plan = f"replace '{trial.address}' --plan plan.toml --secret s"
+    assert fail(by_plan, 1) == (
+        "There are people in tables that are not in the plan: 'staff'. Write a plan of all tables,"
+        " with --write-plan, name those to change, by --table, or let new ones stay: new_columns ="
+        ' "keep".'
+    )
+    plan = Path("plan.toml").read_text()
+    Path("plan.toml").write_text(plan.replace('"refuse"', '"keep"', 1))
+    succeed(by_plan)
 
 
 def test_a_record_tells_how_it_was_made_but_not_where(trial: Trial) -> None:

@@ -14,7 +14,7 @@ from vantrel.databases.database import Database
 from vantrel.databases.lengths import fitted
 from vantrel.databases.refusals import refuse_tied, refuse_unchangeable, refuse_unhashable
 from vantrel.databases.table import DatabaseTable, opened_table
-from vantrel.errors import DatabaseError, NoPeopleError
+from vantrel.errors import DatabaseError, NoPeopleError, PlanError
 from vantrel.hints import argument, listed, named
 from vantrel.replacing.asked import Asked, OfTable, refuse_unplanned
 from vantrel.replacing.notes import notes_on_people
@@ -27,6 +27,7 @@ from vantrel.replacing.opened import (
 from vantrel.replacing.outcome import Outcome
 from vantrel.replacing.passing import Passing
 from vantrel.replacing.people import People
+from vantrel.replacing.plan import Plan
 from vantrel.replacing.record import database_record_of, write_form
 from vantrel.replacing.running import (
     Progress,
@@ -244,6 +245,7 @@ def _names(database: Database, named_tables: Sequence[str], asked: Asked) -> lis
     if named_tables:
         return [*dict.fromkeys(named_tables)]
     if asked.plan:
+        _refuse_new_tables(database, asked.plan, asked)
         return [*asked.plan.tables]
     found = [
         name
@@ -256,6 +258,19 @@ def _names(database: Database, named_tables: Sequence[str], asked: Asked) -> lis
             f" tables, by {argument('table', ...)}. Its tables are: {listed(database.tables)}."
         )
     return found
+
+
+def _refuse_new_tables(database: Database, plan: Plan, asked: Asked) -> None:
+    """Refuses a plan that does not know tables in which people are found, unless they may stay."""
+    if plan.new_columns == "keep":
+        return
+    new = [name for name in database.tables if name not in plan.tables]
+    if found := [name for name in new if _has_people(opened_table(database, name), asked)]:
+        raise PlanError(
+            f"There are people in tables that are not in the plan: {listed(found)}. Write a plan of"
+            f" all tables, with {argument('write_plan')}, name those to change, by"
+            f' {argument("table", ...)}, or let new ones stay: new_columns = "keep".'
+        )
 
 
 def _has_people(table: DatabaseTable, asked: Asked) -> bool:
