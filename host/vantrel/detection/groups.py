@@ -14,6 +14,7 @@ from functools import cache
 from vantrel.detection.names import (
     NAME,
     PERSONS,
+    RELATIVES,
     SOMEBODY,
     joined,
     names_of_kind,
@@ -22,10 +23,9 @@ from vantrel.detection.names import (
 )
 
 # Beside a person whose columns bear no label these are another one, who belongs to her.
-_BELONGING = frozenset(
+_BELONGING = RELATIVES | frozenset(
     """
-    contact mother father parent spouse partner husband wife child emergency kin next guardian
-    referee carer caregiver beneficiary manager supervisor doctor physician gp lawyer attorney
+    contact carer caregiver beneficiary manager supervisor doctor physician gp lawyer attorney
     kontakt kontaktperson notfall mutter vater ehepartner partnerin elternteil vormund contacto
     contatto arzt hausarzt vorgesetzter vorgesetzte betreuer
     """.split()
