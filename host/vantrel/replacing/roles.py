@@ -18,7 +18,16 @@ from vantrel.replacing.finding import Found, find_people
 from vantrel.replacing.of_person import OfPerson, owner_among, with_household, with_keys
 from vantrel.replacing.person import REPLACED, Person
 
-__all__ = ["REPLACED", "Columns", "Key", "Keys", "Roles", "find_roles", "refuse_scrub"]
+__all__ = [
+    "REPLACED",
+    "Columns",
+    "Key",
+    "Keys",
+    "Roles",
+    "find_roles",
+    "key_columns",
+    "refuse_scrub",
+]
 
 type Columns = Mapping[str, str | Iterable[str]]
 """The column, or columns, of each attribute."""
@@ -169,6 +178,12 @@ def refuse_scrub(names: Sequence[str], roles: Roles, scrub: Iterable[str]) -> No
             raise ReplaceError(
                 f"Column {column!r} tells who is who: scrubbed, it would no longer do so."
             )
+
+
+def key_columns(key: Keys | None) -> list[str]:
+    """Gives all columns that a key, or the keys of several people, are of."""
+    by_name, keys = _keys(key, ())
+    return [column for those in (*by_name.values(), *keys) for column in those]
 
 
 def _keys(
