@@ -135,7 +135,7 @@ class Replacer:
             note_on_columns(roles, actions),
             *notes_on_index(table),
             *notes_on_table(roles, self.report.tables[name], passing.leaks()),
-            *notes_on_undecided(roles),
+            *notes_on_undecided(roles, has_plans=False),
             *passing.notes(),
             *notes_on_people(self.report, no_real=self._no_real),
         ]

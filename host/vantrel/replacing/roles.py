@@ -10,6 +10,7 @@ import pandas as pd
 from vantrel.arguments import refuse_text
 from vantrel.attributes import LEARNT
 from vantrel.detection import Choice, Doubt, detect
+from vantrel.detection.groups import people_beside
 from vantrel.detection.personal import Finding, find_personal
 from vantrel.errors import ArgumentTypeError, NoPeopleError, PlanError, ReplaceError
 from vantrel.fitting.checks import refuse_unknown_attribute
@@ -80,6 +81,11 @@ class Roles:
     def needed(self) -> tuple[str, ...]:
         """The columns to read, each once."""
         return tuple(dict.fromkeys(each for person in self.people for each in person.needed))
+
+    @property
+    def beside(self) -> list[tuple[str, ...]]:
+        """Those of the further columns that look like another person's, hers together."""
+        return people_beside({choice.column: choice.attribute for choice in self.further})
 
     def attribute_of(self, column: str) -> tuple[str, bool]:
         """The attribute that a column has, "" if none, and whether it is kept that could go."""
