@@ -161,6 +161,7 @@ def find_roles(
         raise ReplaceError(f"{the_table}: {shared}.")
     of_row = [Found(own, each.detection).person for each, own in zip(found, asked, strict=True)]
     roles = Roles(tuple(of_row))
+    _refuse_replaced_households(asked, roles, the_table)
     decided = set(decided)
     doubts = [doubt for each in found for doubt in each.detection.doubts]
     roles = replace(roles, doubts=tuple(each for each in doubts if each.column not in decided))
@@ -273,6 +274,17 @@ def _refuse_missing_of_plan(table: pd.DataFrame, person: OfPerson, the_table: st
             raise PlanError(
                 f"{person.place or the_table}, {what}: there is no column {column!r}."
                 f"{did_you_mean(column, table.columns)} Columns are: {listed(table.columns)}."
+            )
+
+
+def _refuse_replaced_households(people: Iterable[OfPerson], roles: Roles, the_table: str) -> None:
+    """Refuses to tell households by what is replaced."""
+    for person in people:
+        if attribute := roles.replaced.get(person.household):
+            where = f"{person.place}, household" if person.place else the_table
+            raise ReplaceError(
+                f"{where}: column {person.household!r} is replaced, as {attribute}, and so cannot"
+                " tell households: name one that stays."
             )
 
 

@@ -201,6 +201,11 @@ BAD = [
         "Table 'a' has several people in a row who are called 'buyer' and 'Buyer ': tell them apart,"
         ' as in name = "buyer".',
     ),
+    (
+        BUYER + 'of = " "',
+        "Table 'a', person 'buyer': of = ' ' names no kind of person: write one, such as of ="
+        ' "customer", or leave it out.',
+    ),
     (NOBODY + "of = 3", "Table 'a': Expected `str`, got `int` - at `$.people[0].of`."),
     (
         NOBODY + 'kind = "a"',

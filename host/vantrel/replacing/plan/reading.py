@@ -84,6 +84,12 @@ def _check_person(person: Person, other: Mapping[str, str], where: str) -> None:
         if attribute not in ATTRIBUTES:
             hint = did_you_mean(attribute, ATTRIBUTES)
             raise ValueError(f"{where}: {shown(repr(attribute))} is no attribute.{hint}")
+    if person.of and not person.of.strip():
+        who = f", person {shown(repr(person.name))}" if person.name else ""
+        raise ValueError(
+            f"{where}{who}: of = {shown(repr(person.of))} names no kind of person: write one, such"
+            ' as of = "customer", or leave it out'
+        )
     for column in person.named:
         if other.get(column, "keep") != "keep" and column not in person.key:
             raise ValueError(
