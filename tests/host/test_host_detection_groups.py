@@ -4,7 +4,13 @@ from __future__ import annotations
 
 import pytest
 
-from vantrel.detection.groups import groups_of, is_of_somebody_else, owner_of, without_label
+from vantrel.detection.groups import (
+    groups_of,
+    is_of_somebody_else,
+    owner_of,
+    people_beside,
+    without_label,
+)
 
 TOLD_APART = [
     (
@@ -147,3 +153,31 @@ def test_what_is_left_of_a_name() -> None:
 )
 def test_columns_of_somebody_who_is_not_there(column: str, is_of_another: bool) -> None:
     assert is_of_somebody_else(column, ["", "seller", "broker"]) == is_of_another
+
+
+@pytest.mark.parametrize(
+    ("attributes", "groups"),
+    [
+        (
+            {"p2_first_name": "firstname", "P2 Email": "email", "email": "email"},
+            [("p2_first_name", "P2 Email")],
+        ),
+        ({"toName": "fullname", "toPhone": "mobile_number"}, [("toName", "toPhone")]),
+        (
+            {"first_name_2": "firstname", "last_name_2": "lastname", "email_3": "email"},
+            [("first_name_2", "last_name_2")],
+        ),
+        (
+            {"a_name": "fullname", "b_name": "fullname", "b_mail": "email", "a_tel": "home_number"},
+            [("a_name", "a_tel"), ("b_name", "b_mail")],
+        ),
+        ({"email_2": "email", "phone_2": "mobile_number"}, []),
+        ({"p2_name": "fullname", "p3_email": "email", "billing": "email"}, []),
+        ({"p2_name": "fullname", "p2_full_name": "fullname"}, []),
+        ({}, []),
+    ],
+)
+def test_people_who_are_called_nothing_known(
+    attributes: dict[str, str], groups: list[tuple[str, ...]]
+) -> None:
+    assert people_beside(attributes) == groups

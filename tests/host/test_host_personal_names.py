@@ -10,6 +10,8 @@ from vantrel.detection.personal import Finding, Kind, find_personal
 # Too few to tell anything by themselves.
 VALUES = {
     Kind.NAME: ["Maria", "J.", "von der Aue"],
+    Kind.EMAIL: ["maria@example.org", "j@example.com", "vda@example.org"],
+    Kind.PHONE: ["+44 7700 900123", "020 7946 0001", "(0161) 496-0002"],
     Kind.BIRTH: ["1984-02-29", "2001-07-01", "1955-11-30"],
     Kind.STREET: ["Unter den Linden 5", "Rue de la Paix 7", "Storgatan"],
     Kind.HOUSE_NUMBER: ["5", "12b", "7-9"],
@@ -77,7 +79,15 @@ NAMES = {
         "lat", "longitude", "home_lng", "Breitengrad", "latitud", "longitudine", "breddegrad",
         "gps_coordinates", "szerokość geograficzna",
     ],
-    Kind.NAME: ["middle_name", "Geburtsname", "maiden name", "initials", "segundo apellido"],
+    Kind.NAME: [
+        "middle_name", "Geburtsname", "maiden name", "initials", "segundo apellido",
+        "spouse_first_name", "formerLastName",
+    ],
+    Kind.EMAIL: ["spouse_email", "parentEmailAddress", "email (next of kin)", "old_email"],
+    Kind.PHONE: [
+        "mother_phone", "next_of_kin_phone", "emergency_phone", "guardianMobile", "spouse work phone",
+        "emergency_contact_phone", "emergency_contact", "previous_phone_2", "Notfallkontakt",
+    ],
     Kind.PROFILE: ["linkedin", "twitter_handle", "github_url", "xing", "Profile URL"],
 }  # fmt: skip
 
@@ -123,6 +133,8 @@ def test_every_kind_but_that_of_texts_has_names() -> None:
         ("position", ["Manager", "Clerk", "Analyst"]),
         ("lat", ["512.25", "634.5", "999.75"]),
         ("linkedin", ["yes", "no", "yes"]),
+        ("mother_phone", ["yes", "no", "no"]),
+        ("spouse_email", ["private", "none", "work"]),
     ],
 )
 def test_a_name_that_its_values_contradict(name: str, values: list[str]) -> None:
@@ -139,6 +151,8 @@ def test_a_name_that_its_values_contradict(name: str, values: list[str]) -> None
         ("web_address", Kind.STREET), ("address_type", Kind.STREET), ("birth_weight", Kind.POSITION),
         ("pet_birthday", Kind.BIRTH), ("birthday_gift_sent", Kind.BIRTH),
         ("iban_verified", Kind.ACCOUNT), ("ssn_hash", Kind.OFFICIAL), ("zip_file", Kind.POSTCODE),
+        ("company_phone", Kind.PHONE), ("parent_company_phone", Kind.PHONE),
+        ("spouse_email_verified", Kind.EMAIL), ("place_name", Kind.NAME),
         ("description", Kind.CITY), ("id", Kind.OFFICIAL), ("shipping", Kind.DOCUMENT),
     ],
 )  # fmt: skip
@@ -168,3 +182,20 @@ def test_a_town_named_after_somebody_is_still_a_town() -> None:
     towns = ["Anna Maria", "Thomas Town", "George West", "Helen Mills", "Maria Stein"]
     assert [finding.kind for finding in found("city", towns)] == [Kind.CITY]
     assert [finding.kind for finding in found("x", towns)] == [Kind.PROSE]
+
+
+@pytest.mark.parametrize("name", ["next_of_kin", "created", "updated_by", "guardian (any)"])
+@pytest.mark.parametrize(
+    ("kind", "what", "values"),
+    [
+        (Kind.EMAIL, "e-mail addresses", [f"q{n}@example.org" for n in range(5)]),
+        (Kind.PHONE, "telephone numbers", [f"+44 7700 90000{n}" for n in range(5)]),
+    ],
+)
+def test_values_by_which_others_can_be_reached(
+    name: str, kind: Kind, what: str, values: list[str]
+) -> None:
+    assert found(name, values) == (Finding(name, kind, f"100% of its different values are {what}"),)
+    for other in ("x", "shop_contact"):  # the person's own, or of a thing
+        assert found(other, values) == ()
+    assert found(name, [value.replace("@", "").lstrip("+") for value in values]) == ()

@@ -177,6 +177,23 @@ def test_columns_of_households_that_are_not_there() -> None:
     assert str(wrong.value) == "A column is named by a text, not by ['home']."
 
 
+def test_a_household_that_is_itself_replaced() -> None:
+    table = households([("Qa", "Qa")], homes=2)
+    with pytest.raises(vantrel.ReplaceError) as caught:
+        replaced(table, household="last_name")
+    assert str(caught.value) == (
+        "The table: column 'last_name' is replaced, as lastname, and so cannot tell households: name"
+        " one that stays."
+    )
+    people = [OfPerson("", ("id",), {"lastname": ("last_name",)}, household="last_name", place="Q")]
+    with pytest.raises(
+        vantrel.ReplaceError, match=r"^Q, household: column 'last_name' is replaced"
+    ):
+        find_roles(table, people=people)
+    kept = find_roles(table, household="last_name", keep=["lastname"])
+    assert [person.household for person in kept.people] == ["last_name"]
+
+
 def test_forms_of_names() -> None:
     men = ["Novák", "Svoboda", "Novotný", "Němec", "Beránek", "Ivanov", "Kowalski", "Lee", "Dej"]
     women = ["Nováková", "Svobodová", "Novotná", "Němcová", "Beránková", "Ivanova", "Kowalska"]

@@ -171,7 +171,8 @@ def test_people_without_the_key_of_the_table(table: pd.DataFrame) -> None:
     with pytest.raises(vantrel.ReplaceError) as caught:
         vantrel.replace(table, "customer_id", SECRET, people=table[["sex"]])
     assert str(caught.value) == (
-        "Table people has no column 'customer_id' for the key. Its columns are: 'sex'."
+        "The table of people has no column 'customer_id' for the key: name its own, as in"
+        " people_key='COLUMN'. Its columns are: 'sex'."
     )
 
 

@@ -317,3 +317,43 @@ def test_a_column_of_two_people_is_refused(orders: pd.DataFrame) -> None:
         "The table: column 'buyer_email' is given to 'buyer' and 'seller': it holds the values of"
         " one person."
     )
+
+
+def test_people_may_have_a_key_of_another_name(users: pd.DataFrame, orders: pd.DataFrame) -> None:
+    told = [f"{name}_{each}" for name in KEYS for each in ("sex", "country")]
+    bare = orders.drop(columns=told)
+    known = vantrel.replace(users, "id", SECRET).set_index("id")
+    made = vantrel.replace(bare, KEYS, SECRET, people=users, people_key="id")
+    alone = vantrel.replace(
+        bare.filter(like="seller"), "seller_id", SECRET, people=users, people_key="id"
+    )
+    for part in PARTS:
+        expected = known[part].loc[orders["seller_id"]].tolist()
+        assert made[f"seller_{part}"].tolist() == alone[f"seller_{part}"].tolist() == expected
+
+
+def test_people_may_themselves_be_several(orders: pd.DataFrame) -> None:
+    bare = orders.drop(columns=[f"{name}_country" for name in KEYS])
+    made = vantrel.replace(bare, KEYS, SECRET, people=orders)
+    assert made["seller_email"].equals(vantrel.replace(orders, KEYS, SECRET)["seller_email"])
+
+
+def test_people_without_the_keys_of_several(users: pd.DataFrame, orders: pd.DataFrame) -> None:
+    columns = "'id', 'first_name', 'email'"
+    with pytest.raises(vantrel.ReplaceError) as caught:
+        vantrel.replace(orders, KEYS, SECRET, people=users[["id", "first_name", "email"]])
+    assert str(caught.value) == (
+        "The table of people has no column 'buyer_id' for the key: name its own, as in"
+        f" people_key='COLUMN'. Its columns are: {columns}."
+    )
+    with pytest.raises(vantrel.ReplaceError) as caught:
+        vantrel.replace(
+            orders, KEYS, SECRET, people=users[["id", "first_name", "email"]], people_key="ids"
+        )
+    assert str(caught.value) == (
+        "Table people has no column 'ids' for the key. Did you mean 'id'? Its columns are:"
+        f" {columns}."
+    )
+    with pytest.raises(vantrel.ArgumentError) as wrong:
+        vantrel.replace(orders, KEYS, SECRET, people_key="id")
+    assert str(wrong.value) == "people_key names the key of a table of people, and none is given."

@@ -14,6 +14,7 @@ from functools import cache
 from vantrel.detection.names import (
     NAME,
     PERSONS,
+    RELATIVES,
     SOMEBODY,
     joined,
     names_of_kind,
@@ -22,10 +23,9 @@ from vantrel.detection.names import (
 )
 
 # Beside a person whose columns bear no label these are another one, who belongs to her.
-_BELONGING = frozenset(
+_BELONGING = RELATIVES | frozenset(
     """
-    contact mother father parent spouse partner husband wife child emergency kin next guardian
-    referee carer caregiver beneficiary manager supervisor doctor physician gp lawyer attorney
+    contact carer caregiver beneficiary manager supervisor doctor physician gp lawyer attorney
     kontakt kontaktperson notfall mutter vater ehepartner partnerin elternteil vormund contacto
     contatto arzt hausarzt vorgesetzter vorgesetzte betreuer
     """.split()
@@ -77,6 +77,30 @@ def groups_of(columns: Iterable[object]) -> Groups:
         label = owner_of(column, labels)
         if label in groups:
             groups[label][column] = without_label(column, label)
+    return groups
+
+
+def people_beside(attributes: Mapping[str, str]) -> list[tuple[str, ...]]:
+    """Groups columns that look like those of another person, whatever she is called.
+
+    A name and something else have one label that need be no word for somebody, such as "p2" or
+    "from".
+
+    Args:
+        attributes: What each column, beside those that are a person's, looks like.
+    """
+    by_label: defaultdict[str, list[str]] = defaultdict(list)
+    for column in attributes:
+        for label, _ in _parted(column):
+            by_label["_".join(label)].append(column)
+    groups = []
+    left = set(attributes)
+    for columns in sorted(by_label.values(), key=len, reverse=True):
+        own = tuple(column for column in columns if column in left)
+        kinds = {attributes[column] for column in own}
+        if len(kinds) > 1 and not _NAMES.isdisjoint(kinds):
+            groups.append(own)
+            left.difference_update(own)
     return groups
 
 
@@ -137,12 +161,18 @@ def _kinds_by_label(columns: Iterable[str]) -> dict[str, set[str]]:
 
 def _labels_of(column: str) -> Iterator[tuple[str, str]]:
     """The labels that a name may have, and what is under them; the shortest label first."""
+    for label, kind in _parted(column):
+        if kind != SOMEBODY and _is_of_somebody(label):
+            yield "_".join(label), _WHOLE_NAMES.get(kind, kind)
+
+
+def _parted(column: str) -> Iterator[tuple[list[str], str]]:
+    """The words at an end of a name beside others that mean something, and what these mean."""
     words = words_of(column)
     for length in range(1, len(words)):
         for label, rest in ((words[:length], words[length:]), (words[-length:], words[:-length])):
-            kind = whole_kind(rest)
-            if kind and kind != SOMEBODY and _is_of_somebody(label):
-                yield "_".join(label), _WHOLE_NAMES.get(kind, kind)
+            if kind := whole_kind(rest):
+                yield label, kind
 
 
 def _is_of_somebody(label: list[str]) -> bool:

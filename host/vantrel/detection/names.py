@@ -157,16 +157,19 @@ OF_THE_COLUMN = frozenset(
     has is hash salt type format status flag fax attempts visible
     """.split()
 )
+# People who belong to this one.
+RELATIVES = frozenset(
+    """
+    mother father parent spouse partner husband wife child emergency kin next guardian referee
+    """.split()
+)
+_OTHERWISE_CALLED = frozenset("middle maiden former previous old alias".split())
 _OF_OTHERS = (
     OF_THINGS
     | OF_THE_COLUMN
-    | frozenset(
-        """
-        street city town place region state currency language lang ip
-        mother father parent spouse partner husband wife child emergency kin next guardian referee
-        middle maiden former previous old alias
-        """.split()
-    )
+    | RELATIVES
+    | _OTHERWISE_CALLED
+    | frozenset("street city town place region state currency language lang ip".split())
 )
 # These say something only when they are the whole name ("last_visit" is no surname).
 _ONLY_WHOLE = frozenset("first last given user login handle nick nickname".split())
@@ -221,9 +224,23 @@ def kinds_of(name: str) -> dict[str, Match]:
     words = without_number(words_of(name), _kinds())
     if whole := whole_kind(words):
         return {whole: Match.WHOLE}
-    if is_of_others(name):
-        return {}
-    found: dict[str, Match] = {}
+    return {} if is_of_others(name) else dict.fromkeys(_kinds_of_parts(words), Match.PARTLY)
+
+
+def kinds_beside_this_person(name: str) -> list[str]:
+    """Tells what a column may be that is of a relative, or of what this person was called before.
+
+    A part says so, such as "phone" beside "mother". Names of things and of columns say nothing.
+    """
+    words = without_number(words_of(name), _kinds())
+    is_beside = not (RELATIVES | _OTHERWISE_CALLED).isdisjoint(words)
+    is_of_a_person = (OF_THINGS | OF_THE_COLUMN).isdisjoint(words)
+    return _kinds_of_parts(words) if is_beside and is_of_a_person else []
+
+
+def _kinds_of_parts(words: list[str]) -> list[str]:
+    """The kinds that the ends and beginnings of a name say."""
+    found = []
     for border in range(1, len(words)):
         for part, rest, at_the_end in (
             (words[border:], words[:border], True),
@@ -231,7 +248,7 @@ def kinds_of(name: str) -> dict[str, Match]:
         ):
             kind = _kind_of_part(part, rest, at_the_end)
             if kind:
-                found[kind] = Match.PARTLY
+                found.append(kind)
     return found
 
 

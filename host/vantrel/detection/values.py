@@ -107,7 +107,7 @@ class Values:
             "gender": self._has_both("gender"),
             "title": self._has_both("title"),
             "email": True,
-            PHONE: all(map(_MARKED_NUMBER.fullmatch, self._fitting(PHONE))),
+            PHONE: all(map(has_mark_of_phone, self._fitting(PHONE))),
             "country": not has_country and self._are_names_of_countries(),
             "fullname": self._are_names_of_people(),
         }
@@ -155,10 +155,21 @@ class Values:
         return 1 < len(self._rows) <= 2 * names and not unknown_places(self._rows)
 
 
-def _is_phone(value: str) -> bool:
+def is_email(value: str) -> bool:
+    """Whether a value has the form of an e-mail address."""
+    return bool(_EMAIL.fullmatch(value))
+
+
+def is_phone(value: str) -> bool:
+    """Whether a value can be a telephone number."""
     if not _NUMBER.fullmatch(value):
         return False
     return _FEWEST_DIGITS <= sum(map(str.isdigit, value)) <= _MOST_DIGITS
+
+
+def has_mark_of_phone(value: str) -> bool:
+    """Whether a number has a mark, such as "+", that no other numbers have."""
+    return bool(_MARKED_NUMBER.fullmatch(value))
 
 
 def is_full_name(value: str) -> bool:
@@ -182,11 +193,11 @@ _TESTS: dict[str, Callable[[str], object]] = {
     "lastname": _is_name,
     "fullname": _is_name,
     NAME: _is_name,
-    "email": _EMAIL.fullmatch,
+    "email": is_email,
     "username": _LOGIN.fullmatch,
     "password": re.compile(r"\S{4,}").fullmatch,
-    PHONE: _is_phone,
-    "mobile_number": _is_phone,
-    "home_number": _is_phone,
-    "work_number": _is_phone,
+    PHONE: is_phone,
+    "mobile_number": is_phone,
+    "home_number": is_phone,
+    "work_number": is_phone,
 }

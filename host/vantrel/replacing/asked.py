@@ -10,9 +10,10 @@ from vantrel.attributes import ATTRIBUTES
 from vantrel.errors import PlanError
 from vantrel.hints import argument, listed, named
 from vantrel.replacing.of_person import OfPerson
-from vantrel.replacing.plan import KEEP, SCRUB, UNDECIDED, Person, Plan, TablePlan
+from vantrel.replacing.plan import KEEP, SCRUB, UNDECIDED, Person, Plan
 from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
+from vantrel.wording import shown
 
 
 @dataclass(frozen=True)
@@ -115,12 +116,15 @@ class Asked:
             household=self.of_all.household if self.of_all.household in known else "",
         )
         table = self.of_tables.get(path.name, OfTable()).over(of_all)
-        planned = self.plan.tables.get(path.name) if self.plan else None
-        return table.over(_planned(planned)) if planned else table
+        if self.plan and path.name in self.plan.tables:
+            return table.over(_planned(self.plan, path.name))
+        return table
 
 
-def _planned(plan: TablePlan) -> OfTable:
+def _planned(of_run: Plan, table: str) -> OfTable:
     """Gives what a plan asks of a table: nothing is looked for that is not in it."""
+    plan = of_run.tables[table]
+    place = f"Plan {named(of_run.path)}: table {shown(repr(table))}"
     fates = {
         fate: tuple(column for column, its in plan.other.items() if its == fate)
         for fate in (KEEP, SCRUB, UNDECIDED)
@@ -130,12 +134,12 @@ def _planned(plan: TablePlan) -> OfTable:
         decided=fates[KEEP],
         undecided=fates[UNDECIDED],
         others={column: fate for column, fate in plan.other.items() if fate not in fates},
-        people=tuple(map(_person, plan.people)),
+        people=tuple(_person(person, place) for person in plan.people),
         is_planned=True,
     )
 
 
-def _person(person: Person) -> OfPerson:
+def _person(person: Person, place: str) -> OfPerson:
     return OfPerson(
         person.name,
         tuple(person.key),
@@ -143,6 +147,7 @@ def _person(person: Person) -> OfPerson:
         frozenset(person.keep),
         person.of,
         person.household,
+        f"{place}, person {shown(repr(person.name))}" if person.name else place,
     )
 
 

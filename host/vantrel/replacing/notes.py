@@ -8,7 +8,6 @@ from typing import TYPE_CHECKING
 import pandas as pd
 from pandas.api.types import is_datetime64_any_dtype, is_numeric_dtype, is_timedelta64_dtype
 
-from vantrel.detection import Choice
 from vantrel.detection.personal import Finding, Kind
 from vantrel.hints import argument, listed
 from vantrel.replacing.person import Person
@@ -55,13 +54,36 @@ def _is_of_numbers(values: pd.Index) -> bool:
     return any(test(values.dtype) for test in kinds)
 
 
-def further(choice: Choice) -> str:
-    """Tells of a column that looks like one of a person, and stays."""
-    remedy = argument("columns", {choice.attribute: choice.column})
-    return (
-        f"Column {shown(repr(choice.column))} looks like {choice.attribute}, too, and stays: add"
-        f" {remedy} to replace it"
-    )
+def further(roles: Roles, *, has_plans: bool = True) -> Iterator[str]:
+    """Tells of columns that look like those of a person, and stay.
+
+    Args:
+        roles: What the columns of the table are.
+        has_plans: Whether a plan can tell several people of a row apart, or else only the names of
+            columns.
+    """
+    attributes = {choice.column: choice.attribute for choice in roles.further}
+    together = {column for columns in roles.beside for column in columns}
+    for column, attribute in attributes.items():
+        if column not in together:
+            remedy = argument("columns", {attribute: column})
+            yield (
+                f"Column {shown(repr(column))} looks like {attribute}, too, and stays: add {remedy}"
+                " to replace it"
+            )
+    for columns in roles.beside:
+        remedy = argument("columns", {attributes[column]: column for column in columns})
+        yield (
+            f"Columns {listed(columns)} look like those of another person of the row, and stay:"
+            f" {_how_to_tell_apart(has_plans)}; if they are the same person's, add {remedy} to"
+            " replace them"
+        )
+
+
+def _how_to_tell_apart(has_plans: bool) -> str:
+    if has_plans:
+        return f"a plan, which {argument('write_plan')} writes, tells several people apart"
+    return "call the columns of each after who she is, as in 'buyer_email'"
 
 
 def notes_on_table(roles: Roles, table: Table, leaks: list[Leak]) -> Iterator[str]:
@@ -97,10 +119,11 @@ def _notes_on_key(person: Person, table: Table) -> Iterator[str]:
         yield f"{counted(count, 'row')} without a key{whose}: each is a person of its own."
 
 
-def notes_on_undecided(roles: Roles, undecided: Iterable[str] = ()) -> Iterator[str]:
+def notes_on_undecided(
+    roles: Roles, undecided: Iterable[str] = (), *, has_plans: bool = True
+) -> Iterator[str]:
     """Tells which columns look personal and stay, as nobody has decided otherwise."""
-    for choice in roles.further:
-        yield f"{further(choice)}."
+    yield from (f"{note}." for note in further(roles, has_plans=has_plans))
     told = {choice.column for choice in roles.further}
     why = {finding.column: finding for finding in roles.personal}
     for column in dict.fromkeys((*why, *undecided)):

@@ -2,12 +2,14 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Mapping, Sequence
+from collections.abc import Iterable, Iterator, Mapping, Sequence
 from dataclasses import dataclass, field, replace
 
 from vantrel.detection.groups import owner_of
 from vantrel.errors import ReplaceError
 from vantrel.hints import argument, did_you_mean, listed
+from vantrel.replacing.person import REPLACED
+from vantrel.wording import shown
 
 
 @dataclass(frozen=True)
@@ -21,6 +23,7 @@ class OfPerson:
         kept: Attributes that stay as they are.
         of: The kind of person that her key tells apart.
         household: The column of her household; "" if none.
+        place: Where a plan has her; "" if none does.
     """
 
     name: str = ""
@@ -29,6 +32,14 @@ class OfPerson:
     kept: frozenset[str] = frozenset()
     of: str = ""
     household: str = ""
+    place: str = ""
+
+    @property
+    def given(self) -> Iterator[tuple[str, str]]:
+        """Each attribute that has a column, and the column."""
+        for attribute, columns in self.columns.items():
+            for column in columns:
+                yield attribute, column
 
 
 def owner_among(column: str, names: Sequence[str]) -> str:
@@ -113,6 +124,30 @@ def with_keys(
             raise _two_keys(given[owner], key, owner, the_table)
         given[owner] = key
     return [replace(each, key=given.get(each.name, each.key)) for each in people]
+
+
+def shared_column(given: Iterable[tuple[str, str, str]]) -> str:
+    """Tells of a column that has two attributes, or is replaced as two people's; "" if none does.
+
+    Args:
+        given: The person, attribute and column of each column that is an attribute of somebody.
+    """
+    met: dict[str, tuple[str, str]] = {}
+    for name, attribute, column in given:
+        owner, before = met.setdefault(column, (name, attribute))
+        one = f"column {shown(repr(column))} is given to"
+        if attribute != before:
+            first = _of(before, owner) if owner != name else repr(before)
+            both = f"{first} and {_of(attribute, name)}"
+            return f"{one} {both}: a column holds one attribute"
+        if name != owner and attribute in REPLACED:
+            both = f"{shown(repr(owner))} and {shown(repr(name))}"
+            return f"{one} {both}: it holds the values of one person"
+    return ""
+
+
+def _of(attribute: str, name: str) -> str:
+    return f"{attribute!r} of {shown(repr(name))}" if name else repr(attribute)
 
 
 def _people_told(names: Sequence[str]) -> str:

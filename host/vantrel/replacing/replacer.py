@@ -3,14 +3,15 @@
 from __future__ import annotations
 
 import logging
-from collections.abc import Iterable, Iterator, Mapping
+from collections.abc import Iterable, Iterator, Mapping, Sequence
 from typing import TYPE_CHECKING, Any
 
 import pandas as pd
 
 from vantrel.arguments import as_frame, kind_of, refuse_text
-from vantrel.errors import ArgumentTypeError
+from vantrel.errors import ArgumentError, ArgumentTypeError, ReplaceError
 from vantrel.fitting.checks import check_ways
+from vantrel.hints import argument, listed
 from vantrel.replacing import require_pyarrow
 from vantrel.replacing.notes import (
     note_on_columns,
@@ -19,7 +20,7 @@ from vantrel.replacing.notes import (
     notes_on_table,
     notes_on_undecided,
 )
-from vantrel.replacing.roles import Columns, Keys, Roles, find_roles, refuse_scrub
+from vantrel.replacing.roles import Columns, Keys, Roles, find_roles, key_columns, refuse_scrub
 from vantrel.replacing.secret import checked_secret
 from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
@@ -91,6 +92,8 @@ class Replacer:
         scrub: Iterable[str] = (),
         others: Mapping[str, str] | None = None,
         household: str | None = None,
+        *,
+        people_key: Keys | None = None,
     ) -> Any:
         """Replaces the people of a table; see :func:`replace`."""
         from vantrel.replacing.frames import excerpt, like, with_columns
@@ -103,7 +106,12 @@ class Replacer:
         table = _opened(df, "A table")
         others, household = _checked(others), _checked_household(household)
         if people is not None:
-            self._learn_only(_opened(people, "A table of people"), key, household, name)
+            known = _opened(people, "A table of people")
+            if people_key is None:
+                _refuse_without_key(_names(known), key)
+            self._learn_only(known, key if people_key is None else people_key, household, name)
+        elif people_key is not None:
+            raise ArgumentError("people_key names the key of a table of people, and none is given.")
         first = excerpt(table)
         roles = find_roles(
             first,
@@ -127,7 +135,7 @@ class Replacer:
             note_on_columns(roles, actions),
             *notes_on_index(table),
             *notes_on_table(roles, self.report.tables[name], passing.leaks()),
-            *notes_on_undecided(roles),
+            *notes_on_undecided(roles, has_plans=False),
             *passing.notes(),
             *notes_on_people(self.report, no_real=self._no_real),
         ]
@@ -137,7 +145,7 @@ class Replacer:
         return replaced if isinstance(df, pd.DataFrame) else like(replaced, df)
 
     def _learn_only(
-        self, table: pd.DataFrame | pa.Table, key: Any, household: str, name: str
+        self, table: pd.DataFrame | pa.Table, key: Keys | None, household: str, name: str
     ) -> None:
         """Learns who is who from a table that is not replaced."""
         from vantrel.replacing.frames import excerpt
@@ -160,6 +168,7 @@ def replace(
     others: Mapping[str, str] | None = None,
     household: str | None = None,
     *,
+    people_key: Keys | None = None,
     place: str = DEFAULT_LOCALE,
     no_real: bool = False,
     phone_numbers: str = "fiction",
@@ -181,8 +190,7 @@ def replace(
             the one whose name it bears, else of the first; ``{"buyer": "buyer_id", "seller":
             "seller_id"}`` names those of several.
         secret: 16 to 64 bytes that decide who becomes whom; see :class:`Replacer`.
-        people: A table with the genders and countries of the people, which the first need not have;
-            it has the same key.
+        people: A table with the genders and countries of the people, which the first need not have.
         columns: The column, or columns, of attributes that are not to be found by their names and
             values, as in ``{"email": ["email", "billing_email"]}``.
         keep: Attributes that stay as they are.
@@ -193,6 +201,9 @@ def replace(
             one value for each person.
         household: The column that tells households: people of one who share a family name share
             the made-up one, in the form of each one's gender.
+        people_key: The key of the table of people, in the same way. If None, it is that of the
+            first: name it where it is called otherwise, as "customer_id" is where deals have a
+            "buyer_id" and a "seller_id".
         place: The country, or locale of Faker, of the people for whom no table tells one.
         no_real: Whether nobody gets the full name or the telephone number of a real person of the
             tables. People then depend on these tables, too.
@@ -207,7 +218,8 @@ def replace(
     Raises:
         ArgumentTypeError: The table or the secret is none, or there is a text in the place of
             several.
-        ArgumentError: An attribute, or which numbers are wanted, is not known.
+        ArgumentError: An attribute, or which numbers are wanted, is not known, or there is a key of
+            people without people.
         ReplaceError: A column is not there, there is nothing to replace, the key is missing in all
             rows, or two people would get one e-mail address.
         SecretError: The secret is too short or too long.
@@ -220,7 +232,9 @@ def replace(
     replacer = Replacer(
         secret, place=place, no_real=no_real, phone_numbers=phone_numbers, latin=latin
     )
-    return replacer.replace(df, key, people, columns, keep, scrub, others, household)
+    return replacer.replace(
+        df, key, people, columns, keep, scrub, others, household, people_key=people_key
+    )
 
 
 def _people(secret: bytes, place: str, no_real: bool, ways: Ways) -> People:
@@ -259,6 +273,16 @@ def _checked_household(household: object) -> str:
     if household is not None and not isinstance(household, str):
         raise ArgumentTypeError(f"A column is named by a text, not by {household!r}.")
     return household or ""
+
+
+def _refuse_without_key(names: Sequence[str], key: Keys | None) -> None:
+    """Refuses a table of people that has not the key of the table that is replaced."""
+    for column in key_columns(key):
+        if column not in names:
+            raise ReplaceError(
+                f"The table of people has no column {column!r} for the key: name its own, as in"
+                f" {argument('people_key', 'COLUMN')}. Its columns are: {listed(names)}."
+            )
 
 
 def _names(table: pd.DataFrame | pa.Table) -> list[str]:

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Collection, Iterable, Iterator, Mapping, Sequence
+from collections.abc import Collection, Iterable, Mapping, Sequence
 from dataclasses import dataclass, replace
 
 import pandas as pd
@@ -10,15 +10,31 @@ import pandas as pd
 from vantrel.arguments import refuse_text
 from vantrel.attributes import LEARNT
 from vantrel.detection import Choice, Doubt, detect
+from vantrel.detection.groups import people_beside
 from vantrel.detection.personal import Finding, find_personal
-from vantrel.errors import ArgumentTypeError, NoPeopleError, ReplaceError
+from vantrel.errors import ArgumentTypeError, NoPeopleError, PlanError, ReplaceError
 from vantrel.fitting.checks import refuse_unknown_attribute
 from vantrel.hints import argument, did_you_mean, listed, named
 from vantrel.replacing.finding import Found, find_people
-from vantrel.replacing.of_person import OfPerson, owner_among, with_household, with_keys
+from vantrel.replacing.of_person import (
+    OfPerson,
+    owner_among,
+    shared_column,
+    with_household,
+    with_keys,
+)
 from vantrel.replacing.person import REPLACED, Person
 
-__all__ = ["REPLACED", "Columns", "Key", "Keys", "Roles", "find_roles", "refuse_scrub"]
+__all__ = [
+    "REPLACED",
+    "Columns",
+    "Key",
+    "Keys",
+    "Roles",
+    "find_roles",
+    "key_columns",
+    "refuse_scrub",
+]
 
 type Columns = Mapping[str, str | Iterable[str]]
 """The column, or columns, of each attribute."""
@@ -65,6 +81,11 @@ class Roles:
     def needed(self) -> tuple[str, ...]:
         """The columns to read, each once."""
         return tuple(dict.fromkeys(each for person in self.people for each in person.needed))
+
+    @property
+    def beside(self) -> list[tuple[str, ...]]:
+        """Those of the further columns that look like another person's, hers together."""
+        return people_beside({choice.column: choice.attribute for choice in self.further})
 
     def attribute_of(self, column: str) -> tuple[str, bool]:
         """The attribute that a column has, "" if none, and whether it is kept that could go."""
@@ -115,6 +136,7 @@ def find_roles(
     Raises:
         ArgumentTypeError: There is one text in the place of several.
         ArgumentError: An attribute is not known.
+        PlanError: A column of the plan is not there.
         ReplaceError: A column is not there or has two attributes, there are two keys of a person or
             one of nobody, or no column of a person was found.
     """
@@ -134,11 +156,12 @@ def find_roles(
     asked = with_keys([each.asked for each in found], keys, by_name, the_table)
     asked = with_household(asked, household) if household else asked
     for each in asked:
-        _refuse_missing(table, each.key, each.columns, the_table)
-        _refuse_missing(table, filter(None, [each.household]), {}, the_table, "for households")
-    _refuse_shared(asked, the_table)
+        _refuse_missing_of_plan(table, each, the_table)
+    if shared := shared_column((each.name, *pair) for each in asked for pair in each.given):
+        raise ReplaceError(f"{the_table}: {shared}.")
     of_row = [Found(own, each.detection).person for each, own in zip(found, asked, strict=True)]
     roles = Roles(tuple(of_row))
+    _refuse_replaced_households(asked, roles, the_table)
     decided = set(decided)
     doubts = [doubt for each in found for doubt in each.detection.doubts]
     roles = replace(roles, doubts=tuple(each for each in doubts if each.column not in decided))
@@ -169,6 +192,12 @@ def refuse_scrub(names: Sequence[str], roles: Roles, scrub: Iterable[str]) -> No
             raise ReplaceError(
                 f"Column {column!r} tells who is who: scrubbed, it would no longer do so."
             )
+
+
+def key_columns(key: Keys | None) -> list[str]:
+    """Gives all columns that a key, or the keys of several people, are of."""
+    by_name, keys = _keys(key, ())
+    return [column for those in (*by_name.values(), *keys) for column in those]
 
 
 def _keys(
@@ -236,34 +265,33 @@ def _refuse_missing(
             )
 
 
+def _refuse_missing_of_plan(table: pd.DataFrame, person: OfPerson, the_table: str) -> None:
+    """Refuses columns that a plan has of a person, and the table has not."""
+    wanted = [*(("key", column) for column in person.key), *person.given]
+    wanted += [("household", person.household)] if person.household else []
+    for what, column in wanted:
+        if column not in table.columns:
+            raise PlanError(
+                f"{person.place or the_table}, {what}: there is no column {column!r}."
+                f"{did_you_mean(column, table.columns)} Columns are: {listed(table.columns)}."
+            )
+
+
+def _refuse_replaced_households(people: Iterable[OfPerson], roles: Roles, the_table: str) -> None:
+    """Refuses to tell households by what is replaced."""
+    for person in people:
+        if attribute := roles.replaced.get(person.household):
+            where = f"{person.place}, household" if person.place else the_table
+            raise ReplaceError(
+                f"{where}: column {person.household!r} is replaced, as {attribute}, and so cannot"
+                " tell households: name one that stays."
+            )
+
+
 def _no_table(column: str) -> str:
     """Tells that what stands before a colon is no table, in case it was meant for one."""
     prefix, colon, _ = column.partition(":")
     return f" No table is called {prefix!r}." if colon else ""
-
-
-def _refuse_shared(people: Iterable[OfPerson], the_table: str) -> None:
-    """Refuses a column that is given to two attributes, or is replaced as two people's."""
-    given: dict[str, tuple[str, str]] = {}
-    for person in people:
-        for attribute, column in _pairs(person):
-            other, whose = given.setdefault(column, (attribute, person.name))
-            if other != attribute:
-                raise ReplaceError(
-                    f"{the_table}: column {column!r} is given to {other!r} and {attribute!r}: a"
-                    " column holds one attribute."
-                )
-            if whose != person.name and attribute in REPLACED:
-                raise ReplaceError(
-                    f"{the_table}: column {column!r} is given to {whose!r} and {person.name!r}: it"
-                    " holds the values of one person."
-                )
-
-
-def _pairs(person: OfPerson) -> Iterator[tuple[str, str]]:
-    for attribute, columns in person.columns.items():
-        for column in columns:
-            yield attribute, column
 
 
 def _nothing_found(table: pd.DataFrame, roles: Roles, the_table: str) -> NoPeopleError:

@@ -126,11 +126,7 @@ def refuse_leaks(tables: Iterable[Replaced]) -> None:
         for leak in table.leaks
         if leak.kind == "person"
     ]
-    leaks += [
-        f"{named(table.path)}: {further(choice)}"
-        for table in tables
-        for choice in table.roles.further
-    ]
+    leaks += [f"{named(table.path)}: {note}" for table in tables for note in further(table.roles)]
     if leaks:
         raise LeakError(
             f"Nothing was written, as people are still named. {'; '.join(leaks)}. Do so, or leave"

@@ -183,6 +183,24 @@ def test_bad_plans(text: str, message: str) -> None:
     assert not Path("s").exists()
 
 
+def test_where_others_can_be_reached_is_to_be_decided() -> None:
+    lines = [f"Ann Lee,a{n}@q.org,b{n}@q.org,0161 49600{n:02}" for n in range(9)]
+    Path("kin.csv").write_text("\n".join(["name,email,spouse_email,mother_phone", *lines]))
+    told = (
+        "kin.csv: Column 'spouse_email' looks personal (e-mail address): its name says so, and 100% of"
+        " its different values are e-mail addresses. It stays; --other spouse_email=blank decides."
+        " kin.csv: Column 'mother_phone' looks personal (telephone number): its name says so. It"
+        " stays; --other mother_phone=blank decides."
+    )
+    assert fail("replace kin.csv -o out.csv --strict", 1).endswith(f"are not decided. {told}")
+    succeed("replace kin.csv --write-plan plan.toml")
+    text = Path("plan.toml").read_text()
+    assert 'mother_phone = "undecided" # telephone number: its name says so\n' in text
+    decided = "--other spouse_email=keep --other mother_phone=blank"
+    succeed(f"replace kin.csv -o out.csv --strict {decided}")
+    assert Path("out.csv").read_text().endswith("b8@q.org,")
+
+
 def test_a_plan_or_a_copy_is_named() -> None:
     message = "Name either the copy to write, by -o, or a plan, by --write-plan."
     for line in ("replace born.csv", f"{PLAN} -o out"):

@@ -179,6 +179,16 @@ BAD = [
         "Table 'a': column 'x' is given to 'buyer' and 'seller': it holds the values of one person.",
     ),
     (
+        BUYER.replace('"x"', '"x", username = "x"'),
+        "Table 'a': column 'x' is given to 'email' and 'username' of 'buyer': a column holds one"
+        " attribute.",
+    ),
+    (
+        BUYER + NOBODY.replace("{}", '{country = "x"}'),
+        "Table 'a': column 'x' is given to 'email' of 'buyer' and 'country': a column holds one"
+        " attribute.",
+    ),
+    (
         BUYER + NOBODY.replace("{}", '{emial = "y"}'),
         "Table 'a': 'emial' is no attribute. Did you mean 'email'?",
     ),
@@ -190,6 +200,11 @@ BAD = [
         BUYER + BUYER.replace('"buyer"', '"Buyer "').replace('"x"', '"y"'),
         "Table 'a' has several people in a row who are called 'buyer' and 'Buyer ': tell them apart,"
         ' as in name = "buyer".',
+    ),
+    (
+        BUYER + 'of = " "',
+        "Table 'a', person 'buyer': of = ' ' names no kind of person: write one, such as of ="
+        ' "customer", or leave it out.',
     ),
     (NOBODY + "of = 3", "Table 'a': Expected `str`, got `int` - at `$.people[0].of`."),
     (
@@ -261,6 +276,33 @@ def test_households_that_are_not_there() -> None:
     succeed("replace homes.csv --key id --household home --write-plan plan.toml")
     text = Path("plan.toml").read_text().replace('household = "home"', 'household = "homes"')
     Path("plan.toml").write_text(text)
-    assert fail("replace homes.csv -o out.csv --plan plan.toml", 1).startswith(
-        "Table homes.csv has no column 'homes' for households. Did you mean 'home'?"
+    assert fail("replace homes.csv -o out.csv --plan plan.toml", 1) == (
+        "Plan plan.toml: table 'homes.csv', household: there is no column 'homes'. Did you mean"
+        " 'home'? Columns are: 'id', 'home', 'sex', 'land', 'first_name', 'last_name'."
     )
+
+
+@pytest.mark.parametrize(
+    ("planned", "written", "place"),
+    [
+        ('key = ["buyer_id"]', 'key = ["buyr_id"]', "person 'buyer', key: there is no column 'buyr_id'"),
+        ('"sellerName"', '"selerName"', "person 'seller', fullname: there is no column 'selerName'"),
+    ],
+)  # fmt: skip
+def test_a_column_of_a_plan_that_is_not_there(planned: str, written: str, place: str) -> None:
+    succeed(PLAN)
+    text = Path("plan.toml").read_text()
+    assert planned in text
+    Path("plan.toml").write_text(text.replace(planned, written))
+    column = planned.split('"')[1]
+    assert fail(RUN.format("out"), 1) == (
+        f"Plan plan.toml: table 'orders.csv', {place}. Did you mean {column!r}? Columns are: 'order',"
+        " 'buyer_id', 'buyer_name', 'buyer_email', 'buyer_dob', 'sellerId', 'sellerName', 'memo'."
+    )
+
+
+def test_a_key_of_a_plan_that_is_not_there_but_named_otherwise() -> None:
+    succeed(PLAN)
+    text = Path("plan.toml").read_text()
+    Path("plan.toml").write_text(text.replace('key = ["sellerId"]', 'key = ["seler"]'))
+    succeed(RUN.format("out") + " --key orders:sellerId --other orders:sellerId=keep")

@@ -5,6 +5,7 @@ from pathlib import Path
 
 import pytest
 
+import vantrel
 from support.command import fail, run, succeed
 from support.replaced_tables import BOTH, ORDERS, REPLACE, read
 
@@ -75,6 +76,33 @@ def test_columns_that_look_personal_and_stay_are_told() -> None:
         " columns out of the tables."
     )
     assert succeed(f"{line} --force --fail-on-leak --column email=e-mail").stderr == ""
+
+
+def test_columns_that_look_like_another_persons_are_told_together() -> None:
+    lines = [f"{n},Qa Qb,a{n}@web.de,Qc Qd,b{n}@web.de,c{n}@web.de" for n in range(20)]
+    head = "id,p1_full_name,p1_email,p2_full_name,p2_email,email_b"
+    Path("two.csv").write_text("\n".join([head, *lines]))
+    apart = (
+        "Columns 'p2_full_name', 'p2_email' look like those of another person of the row, and stay: a"
+        " plan, which --write-plan writes, tells several people apart; if they are the same"
+        " person's, add --column fullname=p2_full_name --column email=p2_email to replace them"
+    )
+    alone = "Column 'email_b' looks like email, too, and stays: add --column email=email_b to replace it"
+    line = "replace two.csv -o copy.csv --key id --secret s"
+    told = succeed(line).stderr.splitlines()
+    assert told[:2] == [f"vantrel: note: {note}." for note in (alone, apart)]
+    assert f"two.csv: {apart}. Do so" in fail(f"{line} --force --fail-on-leak", 3)
+    succeed("replace two.csv --key id --write-plan plan.toml")
+    text = Path("plan.toml").read_text()
+    assert 'p2_email = "undecided" # looks like email of another person\n' in text
+    assert text.endswith('email_b = "undecided" # looks like email, too\n')
+    replacer = vantrel.Replacer(b"x" * 32)
+    replacer.replace(read("two.csv"), "id")
+    assert replacer.notes[-3] == (
+        "Columns 'p2_full_name', 'p2_email' look like those of another person of the row, and stay: call"
+        " the columns of each after who she is, as in 'buyer_email'; if they are the same person's, add"
+        " columns={'fullname': 'p2_full_name', 'email': 'p2_email'} to replace them."
+    )
 
 
 def test_what_was_decided_is_not_told_as_undecided() -> None:

@@ -12,10 +12,20 @@ from typing import NamedTuple
 import pandas as pd
 
 from vantrel.detection import usable_columns
-from vantrel.detection.personal import addresses, births, network, numbers, positions, prose
+from vantrel.detection.names import is_of_others
+from vantrel.detection.personal import (
+    addresses,
+    births,
+    network,
+    numbers,
+    positions,
+    prose,
+    reached,
+)
 from vantrel.detection.personal.kinds import Kind
 from vantrel.detection.personal.names import is_of_a_thing, kind_named
 from vantrel.detection.personal.texts import agree, distinct_texts
+from vantrel.detection.values import is_email, is_phone
 
 __all__ = ["Finding", "Kind", "find_personal"]
 
@@ -38,6 +48,8 @@ class Finding:
 # Whether a value can be what the column's name says.
 _CAN_BE: Mapping[Kind, Callable[[str], object]] = {
     Kind.NAME: prose.can_be_name,
+    Kind.EMAIL: is_email,
+    Kind.PHONE: is_phone,
     Kind.BIRTH: births.can_be_birth,
     Kind.STREET: addresses.can_be_street,
     Kind.HOUSE_NUMBER: addresses.can_be_house_number,
@@ -80,6 +92,12 @@ _SIGNS = (
     _Sign(Kind.PROSE, prose.told_names, is_of_things_too=True),
     _Sign(Kind.PROSE, prose.told_sentences),
 )
+# In all other columns these are an attribute of the person, which is not looked for here.
+_SIGNS_OF_OTHERS = (
+    _Sign(Kind.EMAIL, reached.told_emails, is_of_things_too=True),
+    _Sign(Kind.PHONE, reached.told_phones, is_of_things_too=True),
+    *_SIGNS,
+)
 
 
 def find_personal(df: pd.DataFrame, decided: Collection[str] = ()) -> tuple[Finding, ...]:
@@ -115,7 +133,8 @@ def _finding(column: str, texts: list[str]) -> Finding | None:
 
 
 def _told(column: str, texts: list[str]) -> tuple[Kind, str] | None:
-    for kind, told, is_of_things_too in _SIGNS:
+    signs = _SIGNS_OF_OTHERS if is_of_others(column) else _SIGNS
+    for kind, told, is_of_things_too in signs:
         if seen := told(texts):
             return None if is_of_things_too and is_of_a_thing(column) else (kind, seen)
     return None

@@ -9,6 +9,8 @@ class Kind(StrEnum):
     """The kinds, each with the words in which users are told of it."""
 
     NAME = "further name"
+    EMAIL = "e-mail address"
+    PHONE = "telephone number"
     BIRTH = "date of birth"
     STREET = "street address"
     HOUSE_NUMBER = "house number"

@@ -4,11 +4,14 @@ from __future__ import annotations
 
 from functools import cache
 
+from vantrel.attributes import PHONES
 from vantrel.detection.names import (
     OF_THE_COLUMN,
     OF_THINGS,
     PERSONS,
+    PHONE,
     joined,
+    kinds_beside_this_person,
     without_number,
     words_of,
 )
@@ -24,6 +27,10 @@ _KNOWN = {
         nome_de_solteira tussenvoegsel meisjesnaam geboortenaam voorletters drugie_imię
         nazwisko_rodowe nazwisko_panieńskie patronymic otchestvo mellannamn mellomnavn mellemnavn
         rodné_příjmení leánykori_név születési_név
+    """,
+    Kind.PHONE: """
+        emergency_contact emergency_number notfallkontakt notfallnummer contact_d_urgence
+        contacto_de_emergencia contatto_di_emergenza contato_de_emergência noodcontact nödkontakt
     """,
     Kind.BIRTH: """
         dob date_of_birth birth_date birthday born born_on born_at bday year_of_birth
@@ -172,6 +179,13 @@ _OF_THINGS_TOO = frozenset(
 # The values of these tell well whether they are what the name says, so that less of it is needed.
 _TOLD_BY_VALUES = frozenset({Kind.ACCOUNT, Kind.CARD, Kind.OFFICIAL, Kind.IP, Kind.DEVICE})
 
+# What the attributes are where they are those of a relative, or of what somebody was called before.
+_BESIDE_A_PERSON = {
+    **dict.fromkeys(("firstname", "lastname", "fullname"), Kind.NAME),
+    **dict.fromkeys((PHONE, *PHONES), Kind.PHONE),
+    "email": Kind.EMAIL,
+}
+
 # These say something only when they are the whole name ("approved_by" is no Danish town).
 _ONLY_WHOLE = frozenset("by via cap cp cf cep cim grad geo location position".split())
 
@@ -194,7 +208,8 @@ def kind_named(name: str) -> Kind | None:
         kind = _kind_of(words[:end], rest)
         if kind and (kind in _TOLD_BY_VALUES or PERSONS.issuperset(rest)):
             return kind
-    return None
+    beside = map(_BESIDE_A_PERSON.get, kinds_beside_this_person(name))
+    return next(filter(None, beside), None)
 
 
 def _kind_of(part: list[str], rest: list[str]) -> Kind | None:

@@ -2,7 +2,9 @@
 
 from __future__ import annotations
 
-from collections.abc import Sequence
+from collections.abc import Mapping, Sequence
+from dataclasses import dataclass
+from pathlib import Path
 from typing import Literal
 
 import msgspec
@@ -60,8 +62,8 @@ class TablePlan(msgspec.Struct, forbid_unknown_fields=True):
     other: dict[str, str] = {}
 
 
-class Plan(msgspec.Struct, forbid_unknown_fields=True):
-    """What becomes of the tables of a run.
+class Content(msgspec.Struct, forbid_unknown_fields=True):
+    """What a file of a plan has in it.
 
     Attributes:
         tables: The plan of each table, by the name of its file.
@@ -72,3 +74,18 @@ class Plan(msgspec.Struct, forbid_unknown_fields=True):
     schema_version: Literal[1]
     tables: dict[str, TablePlan]
     new_columns: Literal["refuse", "keep"] = "refuse"
+
+
+@dataclass(frozen=True)
+class Plan:
+    """What becomes of the tables of a run.
+
+    Attributes:
+        path: The file that tells so.
+        tables: The plan of each table, by the name of its file.
+        new_columns: Whether columns that are not in it are refused, or stay.
+    """
+
+    path: Path
+    tables: Mapping[str, TablePlan]
+    new_columns: Literal["refuse", "keep"]

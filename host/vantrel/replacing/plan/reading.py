@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Mapping, Sequence
+from collections.abc import Iterator, Mapping, Sequence
 from pathlib import Path
 from typing import Any
 
@@ -12,9 +12,9 @@ from vantrel.attributes import ATTRIBUTES
 from vantrel.detection.names import joined
 from vantrel.errors import PlanError
 from vantrel.hints import did_you_mean
+from vantrel.replacing.of_person import shared_column
 from vantrel.replacing.others.action import read_action
-from vantrel.replacing.person import REPLACED
-from vantrel.replacing.plan.form import KEEP, SCRUB, UNDECIDED, Person, Plan, TablePlan
+from vantrel.replacing.plan.form import KEEP, SCRUB, UNDECIDED, Content, Person, Plan, TablePlan
 from vantrel.storage.toml import read_toml
 from vantrel.wording import shown
 
@@ -27,10 +27,11 @@ def read_plan(path: Path) -> Plan:
     Raises:
         PlanError: It cannot be read, is no plan, or contradicts itself.
     """
-    return read_toml(path, "Plan", _plan, PlanError, _MOST_BYTES)
+    content = read_toml(path, "Plan", _content, PlanError, _MOST_BYTES)
+    return Plan(path, content.tables, content.new_columns)
 
 
-def _plan(content: dict[str, Any]) -> Plan:
+def _content(content: dict[str, Any]) -> Content:
     if "format" not in content:
         raise ValueError('It has no line format = "vantrel-plan", so it is no plan')
     plan = _converted(content)
@@ -42,14 +43,15 @@ def _plan(content: dict[str, Any]) -> Plan:
                 read_action(fate, column)
         for person in table.people:
             _check_person(person, table.other, where)
-        _refuse_shared(table.people, where)
+        if shared := shared_column(_given(table.people)):
+            raise ValueError(f"{where}: {shared}")
     return plan
 
 
-def _converted(content: dict[str, Any]) -> Plan:
+def _converted(content: dict[str, Any]) -> Content:
     """Gives the plan; an error tells in which table it is, for the library leaves that out."""
     try:
-        return msgspec.convert(content, Plan)
+        return msgspec.convert(content, Content)
     except msgspec.ValidationError:
         tables = content.get("tables")
         for name, table in tables.items() if isinstance(tables, dict) else ():
@@ -82,6 +84,12 @@ def _check_person(person: Person, other: Mapping[str, str], where: str) -> None:
         if attribute not in ATTRIBUTES:
             hint = did_you_mean(attribute, ATTRIBUTES)
             raise ValueError(f"{where}: {shown(repr(attribute))} is no attribute.{hint}")
+    if person.of and not person.of.strip():
+        who = f", person {shown(repr(person.name))}" if person.name else ""
+        raise ValueError(
+            f"{where}{who}: of = {shown(repr(person.of))} names no kind of person: write one, such"
+            ' as of = "customer", or leave it out'
+        )
     for column in person.named:
         if other.get(column, "keep") != "keep" and column not in person.key:
             raise ValueError(
@@ -89,15 +97,9 @@ def _check_person(person: Person, other: Mapping[str, str], where: str) -> None:
             )
 
 
-def _refuse_shared(people: Sequence[Person], where: str) -> None:
-    """Refuses columns that two people have; gender, title and country may be those of several."""
-    owners: dict[str, str] = {}
+def _given(people: Sequence[Person]) -> Iterator[tuple[str, str, str]]:
+    """The person, attribute and column of each column that is an attribute of somebody."""
     for person in people:
-        for attribute in REPLACED:
+        for attribute in person.columns:
             for column in person.columns_of(attribute):
-                owner = owners.setdefault(column, person.name)
-                if owner != person.name:
-                    raise ValueError(
-                        f"{where}: column {shown(repr(column))} is given to {shown(repr(owner))}"
-                        f" and {shown(repr(person.name))}: it holds the values of one person"
-                    )
+                yield person.name, attribute, column

@@ -98,7 +98,7 @@ def _others(
     table = tomlkit.table()
     why = dict.fromkeys(empty, "empty: no value tells what it holds")
     why |= {each.column: f"{each.kind}: {each.why}" for each in roles.personal}
-    why |= {each.column: f"looks like {each.attribute}, too" for each in roles.further}
+    why |= _looks_of_further(roles)
     why |= {
         doubt.column: f"named like {doubt.attribute}, but its values do not look so"
         for doubt in roles.doubts
@@ -111,6 +111,16 @@ def _others(
         told = why.get(column) or _whose_key(roles, column)
         table[column] = _told(fate, told) if told else fate
     return table
+
+
+def _looks_of_further(roles: Roles) -> dict[str, str]:
+    """Tells what columns look like beside those that are a person's."""
+    together = {column for columns in roles.beside for column in columns}
+    return {
+        each.column: f"looks like {each.attribute}"
+        + (" of another person" if each.column in together else ", too")
+        for each in roles.further
+    }
 
 
 def _whose_key(roles: Roles, column: str) -> str:
