@@ -11,8 +11,8 @@ import pytest
 
 pytest.importorskip("pyarrow", reason="People are replaced by way of Arrow")
 
-from vantrel.replacing.made import CODE_BITS
-from vantrel.replacing.pools import _drawn
+from vantrel.replacing.making.pools import _drawn
+from vantrel.replacing.people.made import CODE_BITS
 
 DOCUMENT = Path(__file__).parents[2] / "docs/replace.md"
 

@@ -14,7 +14,7 @@ pytest.importorskip("pyarrow", reason="leaks are looked for with pyarrow")
 import pyarrow as pa
 
 from vantrel.replacing.leaks import Known, Leak, LeakSearch, Names, PrintedWords, Value, scrubbed
-from vantrel.replacing.names import first_names, folded, last_names
+from vantrel.replacing.values.names import first_names, folded, last_names
 
 ANN = {
     "firstname": "Ann",

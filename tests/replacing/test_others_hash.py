@@ -16,9 +16,9 @@ from hypothesis import given
 from hypothesis import strategies as st
 
 from vantrel.errors import ReplaceError
-from vantrel.replacing.keys import canonical
 from vantrel.replacing.others.feistel import TWEAK_BYTES, permuted
 from vantrel.replacing.others.hashed import hashed
+from vantrel.replacing.values.keys import canonical
 
 KEY = b"a key of thirty-two bytes, no use"
 

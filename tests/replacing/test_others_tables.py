@@ -18,11 +18,11 @@ import vantrel
 from support.command import fail, succeed
 from support.replacing import SECRET, customers
 from vantrel.errors import ReplaceError
+from vantrel.replacing.columns.roles import find_roles
 from vantrel.replacing.others.action import read_action
-from vantrel.replacing.passing import Passing
-from vantrel.replacing.people import People
+from vantrel.replacing.people.people import People
 from vantrel.replacing.replacer import Replacer
-from vantrel.replacing.roles import find_roles
+from vantrel.replacing.runs.passing import Passing
 
 ACTIONS = {
     "customer_id": "hash",

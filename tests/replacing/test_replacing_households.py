@@ -15,11 +15,11 @@ from faker import Faker
 
 import vantrel
 from support.replacing import SECRET, made_of
-from vantrel.replacing.families import forms_of, stems
-from vantrel.replacing.names import folded, last_names
-from vantrel.replacing.of_person import OfPerson
+from vantrel.replacing.columns.of_person import OfPerson
+from vantrel.replacing.columns.roles import find_roles
+from vantrel.replacing.making.families import forms_of, stems
 from vantrel.replacing.replacer import Replacer
-from vantrel.replacing.roles import find_roles
+from vantrel.replacing.values.names import folded, last_names
 
 
 def households(names: list[tuple[str, str]], country: str = "GB", homes: int = 100) -> pd.DataFrame:

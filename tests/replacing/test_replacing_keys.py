@@ -17,10 +17,10 @@ from hypothesis import strategies as st
 pa = pytest.importorskip("pyarrow", reason="People are replaced by way of Arrow")
 
 from support.replacing import SECRET  # noqa: E402 - needs pyarrow
-from vantrel.replacing.frames import arrow_of  # noqa: E402 - needs pyarrow
-from vantrel.replacing.keys import canonical, digests, keys_of, keys_of_rows  # noqa: E402 - as above
-from vantrel.replacing.made import CODE_BITS  # noqa: E402 - needs pyarrow
-from vantrel.replacing.prints import prints  # noqa: E402 - needs pyarrow
+from vantrel.replacing.people.made import CODE_BITS  # noqa: E402 - needs pyarrow
+from vantrel.replacing.runs.frames import arrow_of  # noqa: E402 - needs pyarrow
+from vantrel.replacing.values.keys import canonical, digests, keys_of, keys_of_rows  # noqa: E402 - as above
+from vantrel.replacing.values.prints import prints  # noqa: E402 - needs pyarrow
 
 
 def key_of(*values: Any) -> list[bytes | None]:

@@ -13,8 +13,8 @@ pytest.importorskip("pyarrow", reason="People are replaced by way of Arrow")
 
 import vantrel
 from support.replacing import SECRET
-from vantrel.replacing.frames import arrow_of
-from vantrel.replacing.keys import keys_of
+from vantrel.replacing.runs.frames import arrow_of
+from vantrel.replacing.values.keys import keys_of
 
 GAPS: st.SearchStrategy[Any] = st.sampled_from([None, "", "  ", float("nan")])
 # Python strips these, Arrow does not.

@@ -21,10 +21,10 @@ from support.replacing import (
     made_of,
     replaced_in_batches,
 )
-from vantrel.replacing import people as people_module
-from vantrel.replacing.keys import digests
+from vantrel.replacing.columns.roles import find_roles
+from vantrel.replacing.people import people as people_module
 from vantrel.replacing.replacer import Replacer
-from vantrel.replacing.roles import find_roles
+from vantrel.replacing.values.keys import digests
 
 
 @pytest.fixture(scope="module")

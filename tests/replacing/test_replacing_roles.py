@@ -11,8 +11,8 @@ pytest.importorskip("pyarrow", reason="People are replaced by way of Arrow")
 
 import vantrel
 from support.replacing import SECRET, customers
+from vantrel.replacing.columns.roles import find_roles
 from vantrel.replacing.replacer import Replacer
-from vantrel.replacing.roles import find_roles
 
 COLUMNS = (
     "'customer_id', 'sex', 'first_name', 'last_name', 'email', 'username', 'password', 'mobile',"

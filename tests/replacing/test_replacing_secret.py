@@ -12,7 +12,7 @@ import pandas as pd
 import pytest
 
 import vantrel
-from vantrel.replacing.secret import (
+from vantrel.replacing.runs.secret import (
     checked_secret,
     deciding_versions,
     read_or_draw_secret,

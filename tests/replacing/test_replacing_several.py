@@ -13,10 +13,10 @@ import pyarrow as pa
 
 import vantrel
 from support.replacing import SECRET, customers, made_of
-from vantrel.replacing.of_person import OfPerson
-from vantrel.replacing.people import People
+from vantrel.replacing.columns.of_person import OfPerson
+from vantrel.replacing.columns.roles import find_roles
+from vantrel.replacing.people.people import People
 from vantrel.replacing.replacer import Replacer
-from vantrel.replacing.roles import find_roles
 
 PARTS = ["first_name", "last_name", "email", "mobile"]
 KEYS = {"buyer": "buyer_id", "seller": "seller_id"}

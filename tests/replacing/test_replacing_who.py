@@ -10,9 +10,9 @@ import pytest
 pytest.importorskip("pyarrow", reason="People are replaced by way of Arrow")
 
 import vantrel
-from vantrel.replacing import who as who_module
-from vantrel.replacing.told import Told
-from vantrel.replacing.who import Who
+from vantrel.replacing.people import who as who_module
+from vantrel.replacing.people.told import Told
+from vantrel.replacing.people.who import Who
 
 
 def told(rows: list[tuple[int, int, int, int]]) -> Told:

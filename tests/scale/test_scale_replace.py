@@ -26,9 +26,9 @@ from vantrel import scale
 from vantrel.errors import (
     BorrowedNamesWarning,
 )
-from vantrel.replacing.asked import Asked, OfTable
-from vantrel.replacing.files import replace_files
-from vantrel.replacing.outcome import Outcome
+from vantrel.replacing.runs.asked import Asked, OfTable
+from vantrel.replacing.runs.files import replace_files
+from vantrel.replacing.runs.outcome import Outcome
 from vantrel.sampling.to_file import untold
 
 OTHERS = {"seen": "shift:30", "row": "keep"}

@@ -24,8 +24,8 @@ from support.replaced_folders import KEY, visits, write_folder
 from support.replacing import SECRET
 from vantrel import scale
 from vantrel.errors import ArgumentTypeError, ClusterError, ReplaceError, SecretError
-from vantrel.replacing.person import Person
-from vantrel.replacing.roles import Roles
+from vantrel.replacing.columns.person import Person
+from vantrel.replacing.columns.roles import Roles
 from vantrel.rows import Ways
 from vantrel.scale.shared import Hidden, Shared
 
@@ -270,9 +270,9 @@ def alike(client: Any) -> Iterator[None]:
     """Has workers give everybody one digest."""
 
     def set_digests(is_alike: bool) -> None:
-        genuine = importlib.import_module("vantrel.replacing.keys").digests
+        genuine = importlib.import_module("vantrel.replacing.values.keys").digests
         others = partial(_one_digest, genuine)
-        people = importlib.import_module("vantrel.replacing.people")
+        people = importlib.import_module("vantrel.replacing.people.people")
         people.digests = others if is_alike else genuine  # type: ignore[attr-defined]  # is there
 
     def _one_digest(genuine: Callable[..., Any], keys: Any, secret: bytes) -> Any:
@@ -295,7 +295,7 @@ def test_two_people_of_one_user_name_end_the_run(key: str | None, client: Any) -
 @pytest.fixture
 def other_phones(client: Any) -> Iterator[None]:
     def set_versions(phones: str | None) -> None:
-        secret = importlib.import_module("vantrel.replacing.secret")
+        secret = importlib.import_module("vantrel.replacing.runs.secret")
         metadata = importlib.import_module("importlib.metadata")
         secret.version = (  # type: ignore[attr-defined]  # is there
             lambda name: phones if phones and name == "phonenumbers" else metadata.version(name)

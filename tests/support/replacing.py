@@ -8,8 +8,8 @@ import numpy as np
 import pandas as pd
 import pyarrow as pa
 
-from vantrel.replacing.people import People
-from vantrel.replacing.roles import Roles, find_roles
+from vantrel.replacing.columns.roles import Roles, find_roles
+from vantrel.replacing.people.people import People
 
 SECRET = b"a secret of no use, of 32 bytes."
 

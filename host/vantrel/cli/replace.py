@@ -233,7 +233,7 @@ def replace(
     from vantrel.replacing import require_pyarrow
 
     require_pyarrow()
-    from vantrel.replacing.files import plan_files, replace_files
+    from vantrel.replacing.runs.files import plan_files, replace_files
 
     asked = wanted.asked([*files, *([people] if people else [])])
     if output is None:

@@ -12,7 +12,7 @@ import click
 from vantrel.cli.options import attribute_and_column
 
 if TYPE_CHECKING:
-    from vantrel.replacing.asked import Asked, OfTable
+    from vantrel.replacing.runs.asked import Asked, OfTable
 
 type Texts = tuple[str, ...]
 
@@ -39,8 +39,8 @@ class Wanted:
     def asked(self, tables: Sequence[Path]) -> Asked:
         """Reads them; ``tables`` are those that they may name."""
         from vantrel.fitting.checks import check_ways
-        from vantrel.replacing.asked import Asked, OfTable
         from vantrel.replacing.plan import read_plan
+        from vantrel.replacing.runs.asked import Asked, OfTable
         from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
         of_all, of_tables = _of_tables(
@@ -81,7 +81,7 @@ def _with_colons(given: Texts, tables: Sequence[str]) -> Texts:
 
 def _tables_and_rest(text: str, inputs: Sequence[Path]) -> tuple[list[str | None], str]:
     """Splits off what is before the first colon if it names tables, and gives their names."""
-    from vantrel.replacing.asked import names_of
+    from vantrel.replacing.runs.asked import names_of
 
     table, colon, rest = text.partition(":")
     whole = [path.name for path in inputs if colon and table == path.name]
@@ -142,7 +142,7 @@ def _of_tables(
     keys: Texts, columns: Texts, others: Texts, households: Texts, inputs: Sequence[Path]
 ) -> tuple[OfTable, dict[str, OfTable]]:
     """Gives what is asked of all tables, and of single ones by their names."""
-    from vantrel.replacing.asked import OfTable
+    from vantrel.replacing.runs.asked import OfTable
 
     keys_of, columns_of = _keys(keys, inputs), _columns(columns, inputs)
     others_of, households_of = _others(others, inputs), _households(households, inputs)

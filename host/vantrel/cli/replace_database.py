@@ -73,7 +73,7 @@ def replace_in_database(
 
     from vantrel.cli.console import working
     from vantrel.databases.database import opened_database
-    from vantrel.replacing.in_place import plan_database, replace_in_place
+    from vantrel.replacing.runs.in_place import plan_database, replace_in_place
 
     address = replace(address, schema=changes.schema)
     with opened_database(address, is_changing=not only_read) as database:

@@ -11,9 +11,9 @@ from vantrel.hints import listed, named
 from vantrel.wording import counted
 
 if TYPE_CHECKING:
-    from vantrel.replacing.in_place import Excerpt
-    from vantrel.replacing.outcome import Outcome, Replaced
-    from vantrel.replacing.person import Person
+    from vantrel.replacing.columns.person import Person
+    from vantrel.replacing.runs.in_place import Excerpt
+    from vantrel.replacing.runs.outcome import Outcome, Replaced
 
 
 def tell(outcome: Outcome, *, is_rehearsal: bool = False) -> None:

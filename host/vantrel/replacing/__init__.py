@@ -8,7 +8,7 @@ A made-up person is a function of the secret, the key, the gender and the countr
     pools      names by Faker's weights for each gender and country, drawn once with a fixed seed
     made       the columns of made-up people, from the keyed hashes of their keys
 
-:class:`vantrel.replacing.people.People` ties these together, batch by batch of Arrow;
+:class:`vantrel.replacing.people.people.People` ties these together, batch by batch of Arrow;
 :class:`vantrel.replacing.replacer.Replacer` is for frames in memory. Only the latter can be
 imported without pyarrow.
 """

@@ -13,22 +13,29 @@ from vantrel.errors import ArgumentError, ArgumentTypeError, ReplaceError
 from vantrel.fitting.checks import check_ways
 from vantrel.hints import argument, listed
 from vantrel.replacing import require_pyarrow
-from vantrel.replacing.notes import (
+from vantrel.replacing.columns.roles import (
+    Columns,
+    Keys,
+    Roles,
+    find_roles,
+    key_columns,
+    refuse_scrub,
+)
+from vantrel.replacing.runs.notes import (
     note_on_columns,
     notes_on_index,
     notes_on_people,
     notes_on_table,
     notes_on_undecided,
 )
-from vantrel.replacing.roles import Columns, Keys, Roles, find_roles, key_columns, refuse_scrub
-from vantrel.replacing.secret import checked_secret
+from vantrel.replacing.runs.secret import checked_secret
 from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
 if TYPE_CHECKING:
     import pyarrow as pa
 
-    from vantrel.replacing.people import People, Report
+    from vantrel.replacing.people.people import People, Report
 
 _log = logging.getLogger(__name__)
 
@@ -96,9 +103,9 @@ class Replacer:
         people_key: Keys | None = None,
     ) -> Any:
         """Replaces the people of a table; see :func:`replace`."""
-        from vantrel.replacing.frames import excerpt, like, with_columns
         from vantrel.replacing.others.decided import decided
-        from vantrel.replacing.passing import Passing
+        from vantrel.replacing.runs.frames import excerpt, like, with_columns
+        from vantrel.replacing.runs.passing import Passing
 
         refuse_text(scrub, "scrub", "columns")
         scrub = list(scrub)
@@ -148,7 +155,7 @@ class Replacer:
         self, table: pd.DataFrame | pa.Table, key: Keys | None, household: str, name: str
     ) -> None:
         """Learns who is who from a table that is not replaced."""
-        from vantrel.replacing.frames import excerpt
+        from vantrel.replacing.runs.frames import excerpt
 
         own = household if household in _names(table) else ""
         roles = find_roles(excerpt(table), key=key, name="people", is_only_read=True, household=own)
@@ -239,7 +246,7 @@ def replace(
 
 def _people(secret: bytes, place: str, no_real: bool, ways: Ways) -> People:
     require_pyarrow()
-    from vantrel.replacing.people import People
+    from vantrel.replacing.people.people import People
 
     return People(secret, place=place, no_real=no_real, ways=ways)
 
@@ -293,7 +300,7 @@ def _batches(table: pd.DataFrame | pa.Table) -> Iterator[pa.RecordBatch]:
     """Gives the rows in parts; with all their columns, as those without a key are known by them."""
     import pyarrow as pa
 
-    from vantrel.replacing.frames import arrow_of
+    from vantrel.replacing.runs.frames import arrow_of
 
     rows = arrow_of(table)
     parts = rows.to_batches(max_chunksize=_ROWS_OF_A_BATCH)

@@ -13,7 +13,7 @@ from pyarrow.parquet import read_metadata
 from vantrel.replacing.leaks import Leak
 from vantrel.replacing.leaks.search import people_first
 from vantrel.replacing.others.changed import Lost
-from vantrel.replacing.passing import Passing
+from vantrel.replacing.runs.passing import Passing
 from vantrel.scale.facts import facts_of
 from vantrel.scale.joining import Checked
 from vantrel.scale.run import FileOfRun

@@ -7,12 +7,12 @@ from typing import Any
 import numpy as np
 import pandas as pd
 
-from vantrel.replacing.keys import WORDS
-from vantrel.replacing.made import ACCOUNT_WORDS
-from vantrel.replacing.places import Place, Places
-from vantrel.replacing.prints import Prints
-from vantrel.replacing.told import Told
-from vantrel.replacing.who import Facts
+from vantrel.replacing.making.places import Place, Places
+from vantrel.replacing.people.made import ACCOUNT_WORDS
+from vantrel.replacing.people.told import Told
+from vantrel.replacing.people.who import Facts
+from vantrel.replacing.values.keys import WORDS
+from vantrel.replacing.values.prints import Prints
 
 _TEXT = "string[pyarrow]"
 _NOWHERE = ""

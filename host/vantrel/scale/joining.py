@@ -20,9 +20,9 @@ import dask.dataframe as dd
 import pandas as pd
 from dask.delayed import Delayed, delayed
 
-from vantrel.replacing.people import Report, Table
-from vantrel.replacing.places import Place
-from vantrel.replacing.tally import Counts, refuse_shared, shared_accounts
+from vantrel.replacing.making.places import Place
+from vantrel.replacing.people.people import Report, Table
+from vantrel.replacing.people.tally import Counts, refuse_shared, shared_accounts
 from vantrel.scale.facts import (
     NO_ACCOUNTS,
     NO_ANSWERS,

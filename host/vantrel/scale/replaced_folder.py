@@ -14,16 +14,16 @@ from distributed import Client
 
 from vantrel.errors import ArgumentError, ClusterError, ReplaceError
 from vantrel.hints import named
-from vantrel.replacing.asked import Asked, refuse_unplanned
-from vantrel.replacing.notes import notes_on_people
-from vantrel.replacing.opened import OpenedTable, refuse_unknown_columns, understood
+from vantrel.replacing.making.places import Places
 from vantrel.replacing.others.changed import notes_on_lost
-from vantrel.replacing.outcome import Outcome, Replaced
-from vantrel.replacing.outputs import made_if_missing
-from vantrel.replacing.people import Report
-from vantrel.replacing.places import Places
-from vantrel.replacing.running import Progress, notes_on, plan_of, refuse_undecided
-from vantrel.replacing.secret import (
+from vantrel.replacing.people.people import Report
+from vantrel.replacing.runs.asked import Asked, refuse_unplanned
+from vantrel.replacing.runs.notes import notes_on_people
+from vantrel.replacing.runs.opened import OpenedTable, refuse_unknown_columns, understood
+from vantrel.replacing.runs.outcome import Outcome, Replaced
+from vantrel.replacing.runs.outputs import made_if_missing
+from vantrel.replacing.runs.running import Progress, notes_on, plan_of, refuse_undecided
+from vantrel.replacing.runs.secret import (
     checked_secret,
     deciding_versions,
     read_or_draw_secret,

@@ -8,13 +8,13 @@ from pathlib import Path
 from typing import Any, ClassVar, Literal
 
 from vantrel.hints import named
-from vantrel.replacing.asked import Asked
+from vantrel.replacing.columns.person import Person
 from vantrel.replacing.leaks import Leak
-from vantrel.replacing.opened import OpenedTable
-from vantrel.replacing.people import Report
-from vantrel.replacing.person import Person
-from vantrel.replacing.record import form_of
-from vantrel.replacing.secret import deciding_versions
+from vantrel.replacing.people.people import Report
+from vantrel.replacing.runs.asked import Asked
+from vantrel.replacing.runs.opened import OpenedTable
+from vantrel.replacing.runs.record import form_of
+from vantrel.replacing.runs.secret import deciding_versions
 from vantrel.sampling.record import Record
 from vantrel.scale.run import differing
 from vantrel.tables.copying.parquet_folder import CopiedFolder

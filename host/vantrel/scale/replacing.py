@@ -9,10 +9,10 @@ from distributed import Client
 
 from vantrel.arguments import refuse_text
 from vantrel.fitting.checks import check_ways
-from vantrel.replacing.asked import Asked, OfTable
-from vantrel.replacing.outcome import Outcome
+from vantrel.replacing.columns.roles import Columns, Key
 from vantrel.replacing.plan import read_plan
-from vantrel.replacing.roles import Columns, Key
+from vantrel.replacing.runs.asked import Asked, OfTable
+from vantrel.replacing.runs.outcome import Outcome
 from vantrel.scale.replaced_folder import replace_folder
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 

@@ -7,9 +7,9 @@ from dataclasses import dataclass
 from pathlib import Path
 from uuid import uuid4
 
+from vantrel.replacing.columns.roles import Roles
 from vantrel.replacing.others.action import Action
-from vantrel.replacing.people import People, Seeds, drawn_seeds
-from vantrel.replacing.roles import Roles
+from vantrel.replacing.people.people import People, Seeds, drawn_seeds
 from vantrel.rows import Ways
 
 

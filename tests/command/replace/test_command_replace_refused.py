@@ -192,7 +192,7 @@ def test_a_table_without_a_line_of_names() -> None:
 def test_a_file_that_comes_meanwhile_leaves_no_copy_and_no_secret(
     monkeypatch: pytest.MonkeyPatch,
 ) -> None:
-    from vantrel.replacing import files, record
+    from vantrel.replacing.runs import files, record
 
     def meanwhile(*of_record: Any) -> None:
         write_record(*of_record)

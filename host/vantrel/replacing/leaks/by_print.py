@@ -10,8 +10,8 @@ import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.replacing.leaks.cells import Integers
-from vantrel.replacing.names import folded
-from vantrel.replacing.prints import Prints, layout, prints, prints_of
+from vantrel.replacing.values.names import folded
+from vantrel.replacing.values.prints import Prints, layout, prints, prints_of
 
 # As prints are of names: with hyphens and apostrophes, and without what stands around them.
 _OTHER_THAN_ASCII_AND_WORDS = r"[^\p{L}\p{N}\x00-\x7f]+"

@@ -14,7 +14,7 @@ import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.replacing.leaks.exact import FEWEST_DIGITS, FEWEST_OF_A_PART
-from vantrel.replacing.prints import WORD, layout, words_from_each_byte
+from vantrel.replacing.values.prints import WORD, layout, words_from_each_byte
 
 type Integers = np.ndarray[Any, np.dtype[Any]]
 type Flags = np.ndarray[Any, np.dtype[np.bool]]

@@ -8,9 +8,9 @@ from collections.abc import Iterable
 import pyarrow as pa
 
 from vantrel.errors import ReplaceError
-from vantrel.replacing.keys import is_text
 from vantrel.replacing.leaks.exact import Span, found
 from vantrel.replacing.leaks.search import Value, Wanted
+from vantrel.replacing.values.keys import is_text
 
 
 def scrubbed(texts: pa.Array, values: Iterable[Value]) -> pa.Array:

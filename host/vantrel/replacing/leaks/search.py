@@ -12,11 +12,11 @@ import pyarrow.compute as pc
 
 from vantrel.attributes import PHONES
 from vantrel.hints import in_rows
-from vantrel.replacing.keys import as_texts, is_text
 from vantrel.replacing.leaks.by_print import PrintedWords
 from vantrel.replacing.leaks.cells import Cells, Integers
 from vantrel.replacing.leaks.exact import is_found
-from vantrel.replacing.prints import Prints
+from vantrel.replacing.values.keys import as_texts, is_text
+from vantrel.replacing.values.prints import Prints
 from vantrel.wording import counted, shown
 
 # What of a person is looked for. First and last names alone are those of many.

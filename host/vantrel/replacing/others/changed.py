@@ -10,13 +10,13 @@ import pyarrow as pa
 
 from vantrel.errors import ReplaceError
 from vantrel.hints import in_rows
-from vantrel.replacing.keys import Digests
+from vantrel.replacing.making.places import Places
 from vantrel.replacing.others.action import Action
 from vantrel.replacing.others.faked import faked
 from vantrel.replacing.others.hashed import hashed
 from vantrel.replacing.others.shifted import days_of, shifted
-from vantrel.replacing.places import Places
-from vantrel.replacing.told import Told
+from vantrel.replacing.people.told import Told
+from vantrel.replacing.values.keys import Digests
 from vantrel.wording import counted, shown
 
 _MOST_ROWS = 3

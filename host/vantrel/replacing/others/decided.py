@@ -14,11 +14,11 @@ from vantrel.attributes import LEARNT
 from vantrel.detection.values import SAMPLE_SIZE
 from vantrel.errors import ArgumentTypeError, ReplaceError
 from vantrel.hints import argument, did_you_mean, listed
-from vantrel.replacing.frames import arrow_of, without_gaps
-from vantrel.replacing.keys import as_texts
+from vantrel.replacing.columns.roles import Roles
 from vantrel.replacing.others.action import FORMS, Action, read_action
 from vantrel.replacing.others.dates import likely_forms
-from vantrel.replacing.roles import Roles
+from vantrel.replacing.runs.frames import arrow_of, without_gaps
+from vantrel.replacing.values.keys import as_texts
 from vantrel.wording import shown
 
 

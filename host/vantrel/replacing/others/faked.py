@@ -10,10 +10,10 @@ import numpy as np
 import pyarrow as pa
 
 from vantrel.errors import ReplaceError
-from vantrel.replacing.cells import holds_texts, put_in
-from vantrel.replacing.keys import Digests
 from vantrel.replacing.others.feistel import distinct
 from vantrel.replacing.others.providers import method_in
+from vantrel.replacing.values.cells import holds_texts, put_in
+from vantrel.replacing.values.keys import Digests
 from vantrel.wording import shown
 
 _SEED_BYTES = 16

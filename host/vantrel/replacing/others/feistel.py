@@ -13,7 +13,7 @@ from typing import Any
 import numpy as np
 import pyarrow as pa
 
-from vantrel.replacing.keys import digests
+from vantrel.replacing.values.keys import digests
 
 type Places = np.ndarray[tuple[int, int], np.dtype[np.uint8]]
 

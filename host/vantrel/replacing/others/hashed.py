@@ -6,9 +6,9 @@ import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.errors import ReplaceError
-from vantrel.replacing.cells import put_in
-from vantrel.replacing.keys import as_texts, canonical, is_text
 from vantrel.replacing.others.permuted import WHOLE_NUMBER, permuted_texts
+from vantrel.replacing.values.cells import put_in
+from vantrel.replacing.values.keys import as_texts, canonical, is_text
 from vantrel.wording import shown
 
 

@@ -9,9 +9,9 @@ import numpy as np
 import pyarrow as pa
 import pyarrow.compute as pc
 
-from vantrel.replacing.keys import canonical, digests
 from vantrel.replacing.others.alphabets import NONE, NOT_ZERO, alphabets
 from vantrel.replacing.others.feistel import TWEAK_BYTES, permuted
+from vantrel.replacing.values.keys import canonical, digests
 
 _NUMBER = r"^-?[0-9]+(\.[0-9]+)?$"
 WHOLE_NUMBER = r"^-?[0-9]+$"
@@ -29,7 +29,7 @@ def permuted_texts(texts: pa.Array, key: bytes) -> pa.Array:
     """Gives each text its image among those of the same form and kind.
 
     Args:
-        texts: Strings as :func:`vantrel.replacing.keys.canonical` writes them, none missing.
+        texts: Strings as :func:`vantrel.replacing.values.keys.canonical` writes them, none missing.
         key: What decides which.
     """
     kinds = _kinds(texts)

@@ -14,7 +14,7 @@ from faker import Faker
 
 from vantrel.errors import ReplaceError
 from vantrel.hints import did_you_mean
-from vantrel.replacing.places import faker_in
+from vantrel.replacing.making.places import faker_in
 from vantrel.wording import shown
 
 # Faker has all of its methods in this language.

@@ -9,11 +9,11 @@ import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.errors import ReplaceError
-from vantrel.replacing.cells import encoded_as, put_in
-from vantrel.replacing.keys import Digests, as_texts, is_text
+from vantrel.replacing.making.pools import NAME_BITS
 from vantrel.replacing.others.action import FORMS
 from vantrel.replacing.others.dates import FIRST_DAY, LAST_DAY, read_dates, written
-from vantrel.replacing.pools import NAME_BITS
+from vantrel.replacing.values.cells import encoded_as, put_in
+from vantrel.replacing.values.keys import Digests, as_texts, is_text
 from vantrel.wording import shown
 
 # Of the word that chooses a last name the bits that choose nothing: no copy shows any of them.

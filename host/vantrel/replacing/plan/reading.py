@@ -12,7 +12,7 @@ from vantrel.attributes import ATTRIBUTES
 from vantrel.detection.names import joined
 from vantrel.errors import PlanError
 from vantrel.hints import did_you_mean
-from vantrel.replacing.of_person import shared_column
+from vantrel.replacing.columns.of_person import shared_column
 from vantrel.replacing.others.action import read_action
 from vantrel.replacing.plan.form import KEEP, SCRUB, UNDECIDED, Content, Person, Plan, TablePlan
 from vantrel.storage.toml import read_toml

@@ -8,9 +8,9 @@ from typing import NamedTuple
 import tomlkit
 from tomlkit.items import Array, Item, Table
 
-from vantrel.replacing.person import REPLACED, Person
+from vantrel.replacing.columns.person import REPLACED, Person
+from vantrel.replacing.columns.roles import Roles
 from vantrel.replacing.plan.form import FORMAT, KEEP, SCHEMA_VERSION, UNDECIDED
-from vantrel.replacing.roles import Roles
 
 _HEAD = """\
 What becomes of each column. Look at it, change it, and run

@@ -8,7 +8,7 @@ from dataclasses import dataclass, field, replace
 from vantrel.detection.groups import owner_of
 from vantrel.errors import ReplaceError
 from vantrel.hints import argument, did_you_mean, listed
-from vantrel.replacing.person import REPLACED
+from vantrel.replacing.columns.person import REPLACED
 from vantrel.wording import shown
 
 

@@ -10,7 +10,7 @@ import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.errors import ReplaceError
-from vantrel.replacing.prints import layout
+from vantrel.replacing.values.prints import layout
 
 _BLANK = ord(" ")
 

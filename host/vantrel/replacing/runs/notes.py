@@ -10,8 +10,8 @@ from pandas.api.types import is_datetime64_any_dtype, is_numeric_dtype, is_timed
 
 from vantrel.detection.personal import Finding, Kind
 from vantrel.hints import argument, listed
-from vantrel.replacing.person import Person
-from vantrel.replacing.roles import Roles
+from vantrel.replacing.columns.person import Person
+from vantrel.replacing.columns.roles import Roles
 from vantrel.wording import counted, shown, some
 
 _MOST_NAMED = 20
@@ -32,7 +32,7 @@ _LIKELY = {
 if TYPE_CHECKING:
     from vantrel.replacing.leaks import Leak
     from vantrel.replacing.others.action import Action
-    from vantrel.replacing.people import Report, Table
+    from vantrel.replacing.people.people import Report, Table
 
 
 def note_on_columns(roles: Roles, others: Mapping[str, Action]) -> str:

@@ -15,12 +15,12 @@ import pyarrow as pa
 from vantrel.detection.values import SAMPLE_SIZE
 from vantrel.errors import PlanError, ReplaceError
 from vantrel.hints import did_you_mean, listed, named
-from vantrel.replacing.asked import Asked, OfTable
-from vantrel.replacing.frames import excerpt_of, without_gaps
-from vantrel.replacing.keys import as_texts
+from vantrel.replacing.columns.roles import Roles, find_roles, refuse_scrub
 from vantrel.replacing.others.action import Action
 from vantrel.replacing.others.decided import decided
-from vantrel.replacing.roles import Roles, find_roles, refuse_scrub
+from vantrel.replacing.runs.asked import Asked, OfTable
+from vantrel.replacing.runs.frames import excerpt_of, without_gaps
+from vantrel.replacing.values.keys import as_texts
 from vantrel.tables.copying import Batched, Copied, open_copied
 
 # An e-mail address or a telephone number, which no column is called.

@@ -15,15 +15,15 @@ import numpy as np
 import pyarrow as pa
 import pyarrow.compute as pc
 
-from vantrel.replacing.keys import Digests, digests
-from vantrel.replacing.names import paired
-from vantrel.replacing.numbers import Forms, ends_of_numbers, passwords
-from vantrel.replacing.places import GENDERS, Places
-from vantrel.replacing.pools import DOMAIN_BITS, NAME_BITS, Vocabulary
-from vantrel.replacing.prints import Prints, mixed
-from vantrel.replacing.real import RealPeople
-from vantrel.replacing.texts import Characters, strings
-from vantrel.replacing.told import Told
+from vantrel.replacing.making.numbers import Forms, ends_of_numbers, passwords
+from vantrel.replacing.making.places import GENDERS, Places
+from vantrel.replacing.making.pools import DOMAIN_BITS, NAME_BITS, Vocabulary
+from vantrel.replacing.people.real import RealPeople
+from vantrel.replacing.people.told import Told
+from vantrel.replacing.values.keys import Digests, digests
+from vantrel.replacing.values.names import paired
+from vantrel.replacing.values.prints import Prints, mixed
+from vantrel.replacing.values.texts import Characters, strings
 from vantrel.rows import Ways
 from vantrel.sampling.names import Order
 

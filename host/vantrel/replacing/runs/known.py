@@ -9,11 +9,11 @@ import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.attributes import NAMES
-from vantrel.replacing.form import without_titles
-from vantrel.replacing.keys import as_texts, is_text
+from vantrel.replacing.columns.person import Person
 from vantrel.replacing.leaks import Known, Names, Value
-from vantrel.replacing.people import NewPerson
-from vantrel.replacing.person import Person
+from vantrel.replacing.people.people import NewPerson
+from vantrel.replacing.values.form import without_titles
+from vantrel.replacing.values.keys import as_texts, is_text
 
 # "Smith, John" and "John Smith"; of several words the last is apart.
 _TWO_NAMES = (

@@ -10,15 +10,15 @@ from typing import Any
 
 from vantrel.errors import LeakError, UndecidedError
 from vantrel.hints import argument, named
-from vantrel.replacing.asked import Asked
 from vantrel.replacing.leaks import Leak
-from vantrel.replacing.notes import further, notes_on_table, notes_on_undecided
-from vantrel.replacing.opened import OpenedTable
-from vantrel.replacing.outcome import Replaced
-from vantrel.replacing.passing import Passing
-from vantrel.replacing.people import People, Report, Table
+from vantrel.replacing.people.people import People, Report, Table
 from vantrel.replacing.plan import Decided, write_plan
-from vantrel.replacing.secret import checked_secret, read_or_draw_secret
+from vantrel.replacing.runs.asked import Asked
+from vantrel.replacing.runs.notes import further, notes_on_table, notes_on_undecided
+from vantrel.replacing.runs.opened import OpenedTable
+from vantrel.replacing.runs.outcome import Replaced
+from vantrel.replacing.runs.passing import Passing
+from vantrel.replacing.runs.secret import checked_secret, read_or_draw_secret
 
 # From what is done and the number of rows, where it is known, to what is told of further rows.
 type Progress = Callable[[str, int | None], AbstractContextManager[Callable[[int], object]]]

@@ -9,20 +9,20 @@ from pathlib import Path
 
 import pyarrow as pa
 
-from vantrel.replacing.asked import Asked, refuse_unplanned
-from vantrel.replacing.notes import notes_on_people
-from vantrel.replacing.opened import OpenedTable, open_table, refuse_unknown_columns
-from vantrel.replacing.outcome import Outcome, Replaced
-from vantrel.replacing.outputs import (
+from vantrel.replacing.people.people import People, Report
+from vantrel.replacing.runs.asked import Asked, refuse_unplanned
+from vantrel.replacing.runs.notes import notes_on_people
+from vantrel.replacing.runs.opened import OpenedTable, open_table, refuse_unknown_columns
+from vantrel.replacing.runs.outcome import Outcome, Replaced
+from vantrel.replacing.runs.outputs import (
     compression_of,
     made_if_missing,
     outputs_of,
     refuse_doubled_names,
 )
-from vantrel.replacing.passing import Passing
-from vantrel.replacing.people import People, Report
-from vantrel.replacing.record import record_of, write_record
-from vantrel.replacing.running import (
+from vantrel.replacing.runs.passing import Passing
+from vantrel.replacing.runs.record import record_of, write_record
+from vantrel.replacing.runs.running import (
     Progress,
     learnt,
     notes_on,
@@ -33,7 +33,7 @@ from vantrel.replacing.running import (
     rows_learnt,
     secret_of,
 )
-from vantrel.replacing.secret import write_secret
+from vantrel.replacing.runs.secret import write_secret
 from vantrel.storage.files import refuse_missing_folder, refuse_overwriting, replacing
 from vantrel.storage.together import Opener, replacing_together
 from vantrel.tables.copying import Copied

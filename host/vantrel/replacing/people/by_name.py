@@ -9,9 +9,9 @@ import numpy as np
 import pyarrow as pa
 
 from vantrel.first_names import genders_of_first_names
-from vantrel.replacing.names import first_names, folded
-from vantrel.replacing.places import GENDERS, Places
-from vantrel.replacing.prints import Prints
+from vantrel.replacing.making.places import GENDERS, Places
+from vantrel.replacing.values.names import first_names, folded
+from vantrel.replacing.values.prints import Prints
 
 
 def genders_by_name(names: Prints, place: Any, places: Places) -> Any:

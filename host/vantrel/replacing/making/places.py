@@ -8,7 +8,7 @@ from typing import Any, NamedTuple
 import numpy as np
 from faker import Faker
 
-from vantrel.replacing.families import has_forms
+from vantrel.replacing.making.families import has_forms
 from vantrel.sampling.names import Order, order_of_names
 from vantrel.util.locale.locale import (
     Provider,

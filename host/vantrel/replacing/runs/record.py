@@ -7,16 +7,16 @@ from collections.abc import Mapping, Sequence
 from pathlib import Path
 from typing import TYPE_CHECKING, Any
 
-from vantrel.replacing.secret import deciding_versions
+from vantrel.replacing.runs.secret import deciding_versions
 from vantrel.sampling.record import record_path
 from vantrel.storage.together import Opener
 from vantrel.wording import shown
 
 if TYPE_CHECKING:
-    from vantrel.replacing.asked import Asked
-    from vantrel.replacing.outcome import Replaced
-    from vantrel.replacing.people import Report
-    from vantrel.replacing.person import Person
+    from vantrel.replacing.columns.person import Person
+    from vantrel.replacing.people.people import Report
+    from vantrel.replacing.runs.asked import Asked
+    from vantrel.replacing.runs.outcome import Replaced
 
 FORMAT = "vantrel-replace"
 

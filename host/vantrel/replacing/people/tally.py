@@ -11,13 +11,13 @@ import numpy as np
 
 from vantrel.attributes import NAMES, PHONES
 from vantrel.errors import ReplaceError
-from vantrel.replacing.keys import Digests
-from vantrel.replacing.made import MadeUp, Makers
-from vantrel.replacing.numbers import ends_of_numbers
-from vantrel.replacing.places import Place
-from vantrel.replacing.prints import Prints, mixed
-from vantrel.replacing.real import RealPeople, prints_of_addresses
-from vantrel.replacing.told import Told
+from vantrel.replacing.making.numbers import ends_of_numbers
+from vantrel.replacing.making.places import Place
+from vantrel.replacing.people.made import MadeUp, Makers
+from vantrel.replacing.people.real import RealPeople, prints_of_addresses
+from vantrel.replacing.people.told import Told
+from vantrel.replacing.values.keys import Digests
+from vantrel.replacing.values.prints import Prints, mixed
 from vantrel.wording import counted
 
 FULL_NAMES, NUMBERS, ADDRESSES = "full names", "telephone numbers", "e-mail addresses"

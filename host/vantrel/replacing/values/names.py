@@ -12,7 +12,7 @@ import numpy as np
 import pyarrow as pa
 import pyarrow.compute as pc
 
-from vantrel.replacing.prints import NO_PRINT, Prints, layout, mixed, prints_of
+from vantrel.replacing.values.prints import NO_PRINT, Prints, layout, mixed, prints_of
 
 _BLANK, _COMMA = ord(" "), ord(",")
 

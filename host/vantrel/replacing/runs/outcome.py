@@ -6,11 +6,11 @@ from collections.abc import Mapping
 from dataclasses import dataclass
 from pathlib import Path
 
-from vantrel.replacing.asked import OfTable
+from vantrel.replacing.columns.roles import Roles
 from vantrel.replacing.leaks import Leak
 from vantrel.replacing.others.action import Action
-from vantrel.replacing.people import Report
-from vantrel.replacing.roles import Roles
+from vantrel.replacing.people.people import Report
+from vantrel.replacing.runs.asked import OfTable
 
 
 @dataclass(frozen=True)

@@ -9,12 +9,12 @@ import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.attributes import PHONES
-from vantrel.replacing.keys import as_texts
-from vantrel.replacing.names import paired
-from vantrel.replacing.numbers import ends_of_numbers
-from vantrel.replacing.person import Person
-from vantrel.replacing.prints import WORD, Prints, layout, prints, words_from_each_byte
-from vantrel.replacing.told import Told
+from vantrel.replacing.columns.person import Person
+from vantrel.replacing.making.numbers import ends_of_numbers
+from vantrel.replacing.people.told import Told
+from vantrel.replacing.values.keys import as_texts
+from vantrel.replacing.values.names import paired
+from vantrel.replacing.values.prints import WORD, Prints, layout, prints, words_from_each_byte
 
 _FEWEST_TO_MERGE = 1_000_000
 

@@ -21,9 +21,19 @@ import pyarrow as pa
 from vantrel.attributes import NAMES
 from vantrel.errors import ReplaceError
 from vantrel.hints import listed
-from vantrel.replacing.cells import put_in
-from vantrel.replacing.form import in_case_of, in_form_of
-from vantrel.replacing.keys import (
+from vantrel.replacing.columns.person import REPLACED, Person
+from vantrel.replacing.columns.roles import Roles
+from vantrel.replacing.making.places import Places
+from vantrel.replacing.others.action import Action
+from vantrel.replacing.others.changed import Changed
+from vantrel.replacing.people.made import MadeUp, Makers
+from vantrel.replacing.people.real import RealPeople
+from vantrel.replacing.people.tally import Tally
+from vantrel.replacing.people.told import Told, told_by
+from vantrel.replacing.people.who import Facts, Who
+from vantrel.replacing.values.cells import put_in
+from vantrel.replacing.values.form import in_case_of, in_form_of
+from vantrel.replacing.values.keys import (
     WORDS,
     Digests,
     as_texts,
@@ -32,17 +42,7 @@ from vantrel.replacing.keys import (
     keys_of,
     keys_of_rows,
 )
-from vantrel.replacing.made import MadeUp, Makers
-from vantrel.replacing.others.action import Action
-from vantrel.replacing.others.changed import Changed
-from vantrel.replacing.person import REPLACED, Person
-from vantrel.replacing.places import Places
-from vantrel.replacing.prints import Prints, prints
-from vantrel.replacing.real import RealPeople
-from vantrel.replacing.roles import Roles
-from vantrel.replacing.tally import Tally
-from vantrel.replacing.told import Told, told_by
-from vantrel.replacing.who import Facts, Who
+from vantrel.replacing.values.prints import Prints, prints
 from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 

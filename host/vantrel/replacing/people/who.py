@@ -11,9 +11,9 @@ from typing import Any, NamedTuple
 import numpy as np
 
 from vantrel.errors import ReplaceError
-from vantrel.replacing.keys import WORDS, Digests
-from vantrel.replacing.prints import Prints
-from vantrel.replacing.told import Told
+from vantrel.replacing.people.told import Told
+from vantrel.replacing.values.keys import WORDS, Digests
+from vantrel.replacing.values.prints import Prints
 
 _FEWEST_TO_MERGE = 1_000_000
 

@@ -9,7 +9,7 @@ from pathlib import Path
 from vantrel.attributes import ATTRIBUTES
 from vantrel.errors import PlanError
 from vantrel.hints import argument, listed, named
-from vantrel.replacing.of_person import OfPerson
+from vantrel.replacing.columns.of_person import OfPerson
 from vantrel.replacing.plan import KEEP, SCRUB, UNDECIDED, Person, Plan
 from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE

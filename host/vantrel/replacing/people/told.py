@@ -14,14 +14,14 @@ import pyarrow as pa
 
 from vantrel.config import PersonModelConfig
 from vantrel.genders import keys_of
-from vantrel.replacing.by_name import genders_by_name
-from vantrel.replacing.families import stems
-from vantrel.replacing.form import titles_of, without_titles
-from vantrel.replacing.keys import as_texts, canonical
-from vantrel.replacing.names import first_names, folded, halves, last_names, paired
-from vantrel.replacing.person import Person
-from vantrel.replacing.places import GENDERS, Places
-from vantrel.replacing.prints import Prints, prints
+from vantrel.replacing.columns.person import Person
+from vantrel.replacing.making.families import stems
+from vantrel.replacing.making.places import GENDERS, Places
+from vantrel.replacing.people.by_name import genders_by_name
+from vantrel.replacing.values.form import titles_of, without_titles
+from vantrel.replacing.values.keys import as_texts, canonical
+from vantrel.replacing.values.names import first_names, folded, halves, last_names, paired
+from vantrel.replacing.values.prints import Prints, prints
 
 _CONFIG = PersonModelConfig()
 

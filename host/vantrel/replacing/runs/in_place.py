@@ -16,20 +16,20 @@ from vantrel.databases.refusals import refuse_tied, refuse_unchangeable, refuse_
 from vantrel.databases.table import DatabaseTable, opened_table
 from vantrel.errors import DatabaseError, NoPeopleError, PlanError
 from vantrel.hints import argument, listed, named
-from vantrel.replacing.asked import Asked, OfTable, refuse_unplanned
-from vantrel.replacing.notes import notes_on_people
-from vantrel.replacing.opened import (
+from vantrel.replacing.people.people import People
+from vantrel.replacing.plan import Plan
+from vantrel.replacing.runs.asked import Asked, OfTable, refuse_unplanned
+from vantrel.replacing.runs.notes import notes_on_people
+from vantrel.replacing.runs.opened import (
     OpenedTable,
     open_table,
     refuse_unknown_columns,
     understood,
 )
-from vantrel.replacing.outcome import Outcome
-from vantrel.replacing.passing import Passing
-from vantrel.replacing.people import People
-from vantrel.replacing.plan import Plan
-from vantrel.replacing.record import database_record_of, write_form
-from vantrel.replacing.running import (
+from vantrel.replacing.runs.outcome import Outcome
+from vantrel.replacing.runs.passing import Passing
+from vantrel.replacing.runs.record import database_record_of, write_form
+from vantrel.replacing.runs.running import (
     Progress,
     learnt,
     notes_on,
@@ -40,7 +40,7 @@ from vantrel.replacing.running import (
     rows_learnt,
     secret_of,
 )
-from vantrel.replacing.secret import write_secret
+from vantrel.replacing.runs.secret import write_secret
 from vantrel.storage.files import refuse_missing_folder, refuse_overwriting, replacing
 from vantrel.storage.together import replacing_together
 from vantrel.wording import listed as joined

@@ -13,10 +13,10 @@ import numpy as np
 import pandas as pd
 import pyarrow as pa
 
-from vantrel.replacing.families import forms_of
-from vantrel.replacing.names import first_names, folded, last_names
-from vantrel.replacing.places import faker_in
-from vantrel.replacing.prints import Prints, prints
+from vantrel.replacing.making.families import forms_of
+from vantrel.replacing.making.places import faker_in
+from vantrel.replacing.values.names import first_names, folded, last_names
+from vantrel.replacing.values.prints import Prints, prints
 from vantrel.rows.form import AS_MADE
 from vantrel.sampling.addresses import Accounts
 from vantrel.without_table import people

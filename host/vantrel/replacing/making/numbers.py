@@ -9,9 +9,9 @@ import numpy as np
 import pyarrow as pa
 
 from vantrel.config import PersonModelConfig
-from vantrel.replacing.places import Place
-from vantrel.replacing.prints import WORD, Prints, layout, words_from_each_byte
-from vantrel.replacing.texts import NOTHING, Characters, digits_of
+from vantrel.replacing.making.places import Place
+from vantrel.replacing.values.prints import WORD, Prints, layout, words_from_each_byte
+from vantrel.replacing.values.texts import NOTHING, Characters, digits_of
 from vantrel.sampling.phones import KIND, FormatTable, formats_of, numbers_in
 
 _OPEN, _ZERO = ord("x"), ord("0")

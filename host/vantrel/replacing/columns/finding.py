@@ -12,8 +12,8 @@ from vantrel.attributes import ATTRIBUTES, LEARNT
 from vantrel.detection import NOTHING, Detection, detect
 from vantrel.detection.groups import groups_of, is_of_somebody_else, owner_of
 from vantrel.detection.names import joined
-from vantrel.replacing.of_person import OfPerson, with_columns
-from vantrel.replacing.person import REPLACED, Person
+from vantrel.replacing.columns.of_person import OfPerson, with_columns
+from vantrel.replacing.columns.person import REPLACED, Person
 
 _DEFAULT_KEYS = (("email",), ("fullname",), ("firstname", "lastname"))
 

@@ -6,12 +6,12 @@ from collections.abc import Iterable, Mapping
 
 import pyarrow as pa
 
-from vantrel.replacing.known import found_by_print, known_of
+from vantrel.replacing.columns.roles import Roles
 from vantrel.replacing.leaks import Leak, LeakSearch, scrubbed
 from vantrel.replacing.others.action import Action
 from vantrel.replacing.others.changed import Lost
-from vantrel.replacing.people import People
-from vantrel.replacing.roles import Roles
+from vantrel.replacing.people.people import People
+from vantrel.replacing.runs.known import found_by_print, known_of
 
 
 class Passing:

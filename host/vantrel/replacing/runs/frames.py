@@ -12,7 +12,7 @@ import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.detection.values import SAMPLE_SIZE
-from vantrel.replacing.keys import as_texts, is_text
+from vantrel.replacing.values.keys import as_texts, is_text
 from vantrel.wording import cell_text
 
 

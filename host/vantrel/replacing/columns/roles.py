@@ -15,15 +15,15 @@ from vantrel.detection.personal import Finding, find_personal
 from vantrel.errors import ArgumentTypeError, NoPeopleError, PlanError, ReplaceError
 from vantrel.fitting.checks import refuse_unknown_attribute
 from vantrel.hints import argument, did_you_mean, listed, named
-from vantrel.replacing.finding import Found, find_people
-from vantrel.replacing.of_person import (
+from vantrel.replacing.columns.finding import Found, find_people
+from vantrel.replacing.columns.of_person import (
     OfPerson,
     owner_among,
     shared_column,
     with_household,
     with_keys,
 )
-from vantrel.replacing.person import REPLACED, Person
+from vantrel.replacing.columns.person import REPLACED, Person
 
 __all__ = [
     "REPLACED",

@@ -1,0 +1,1 @@
+"""What made-up people are made of: names by place and gender, numbers, passwords."""

@@ -1,0 +1,1 @@
+"""Cells as texts, and what tells equal ones: keys, prints, folded names."""
