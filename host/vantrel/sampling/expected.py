@@ -83,7 +83,7 @@ def expected_of(
         },
         attributes=list(columns),
         combinations=[
-            (list(cells), share)
+            ([None if cell is None else str(cell) for cell in cells], share)
             for cells, share in _listed(
                 {tuple(cells): each.rows for (*cells, _), each in found.combinations.items()}
             ).items()
