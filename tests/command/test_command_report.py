@@ -440,7 +440,7 @@ def test_a_copy_is_compared_with_its_original() -> None:
     result = run("report real.csv copy.csv -o report.html --fail-on look --force")
     assert (result.exit_code, result.stderr) == (
         4,
-        "vantrel: error: 1 of the verdicts asks for a look: Cells that had to stay.\n",
+        "vantrel: error: 1 verdict asks for a look: Cells that had to stay.\n",
     )
 
 

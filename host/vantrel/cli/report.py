@@ -85,6 +85,9 @@ def report(
             " name the real table, then a sample of it."
         )
 
+    # These take a second to import; help need not wait for them.
+    from vantrel.cli.console import say
+
     found = _compared(table, sampled, columns, separator=separator, encoding=encoding)
     names = [_name_of(table), _name_of(sampled)]
     private: Any = {"private_as": table} if isinstance(table, Path) else {"mode": 0o600}
@@ -95,8 +98,10 @@ def report(
             file.write(found.to_json(*names))
     wrote = " and ".join(named(path) for path in (output, json) if path)
     click.echo(f"{found.summary}; wrote {wrote}.")
-    if fail_on and found.asks_for_look:
-        raise _AsksForLook(found)
+    if found.asks_for_look:
+        if fail_on:
+            raise _AsksForLook(_looks(found))
+        say("note", _looks(found))
 
 
 def _name_of(table: Path | Address) -> str:
@@ -110,10 +115,12 @@ class _AsksForLook(click.ClickException):
 
     exit_code = ASKS_FOR_LOOK
 
-    def __init__(self, found: Judged) -> None:
-        about = [each.about for each in found.verdicts if each.state == "look"]
-        ask = "asks" if len(about) == 1 else "ask"
-        super().__init__(f"{len(about)} of the verdicts {ask} for a look: {'; '.join(about)}.")
+
+def _looks(found: Judged) -> str:
+    """Names the verdicts that ask for a look."""
+    about = [each.about for each in found.verdicts if each.state == "look"]
+    ask = "verdict asks" if len(about) == 1 else "verdicts ask"
+    return f"{len(about)} {ask} for a look: {'; '.join(about)}."
 
 
 def _compared(
