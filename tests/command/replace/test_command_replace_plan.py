@@ -170,8 +170,8 @@ BAD = [
     (
         'format = "vantrel-plan"\nschema_version = 1\n[[tables.a.people]]\ncolumns = {}\n'
         '[tables.a.other]\nx = "scrap"',
-        "Plan plan.toml: Column 'x': 'scrap' is no action. Actions are: keep, blank, fake:PROVIDER,"
-        " shift:DAYS, hash.",
+        "Plan plan.toml: Column 'x': 'scrap' is no action. Actions are: keep,"
+        " blank, fake:PROVIDER, shift:DAYS, hash, scrub, undecided.",
     ),
 ]
 

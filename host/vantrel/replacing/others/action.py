@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import re
+from collections.abc import Sequence
 from dataclasses import dataclass
 
 from vantrel.errors import ReplaceError
@@ -46,8 +47,13 @@ class Action:
         return ":".join(filter(None, (self.kind, self.provider, days, self.form)))
 
 
-def read_action(text: str, column: str) -> Action:
+def read_action(text: str, column: str, more: Sequence[str] = ()) -> Action:
     """Reads the action of a column.
+
+    Args:
+        text: What is written.
+        column: The column.
+        more: Other words that might stand there.
 
     Raises:
         ReplaceError: It is none.
@@ -56,8 +62,8 @@ def read_action(text: str, column: str) -> Action:
     where = f"Column {shown(repr(column))}:"
     if kind not in _WRITTEN:
         raise ReplaceError(
-            f"{where} {shown(repr(text))} is no action.{did_you_mean(kind, _WRITTEN)} Actions are:"
-            f" {', '.join(_WRITTEN.values())}."
+            f"{where} {shown(repr(text))} is no action.{did_you_mean(kind, [*_WRITTEN, *more])}"
+            f" Actions are: {', '.join([*_WRITTEN.values(), *more])}."
         )
     if kind == "fake":
         refuse_unusable(rest, where)

@@ -40,7 +40,7 @@ def _content(content: dict[str, Any]) -> Content:
         _refuse_unusable_names(table.people, where)
         for column, fate in table.other.items():
             if fate not in (KEEP, SCRUB, UNDECIDED):
-                read_action(fate, column)
+                read_action(fate, column, (SCRUB, UNDECIDED))
         for person in table.people:
             _check_person(person, table.other, where)
         if shared := shared_column(_given(table.people)):
