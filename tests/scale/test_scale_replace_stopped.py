@@ -6,12 +6,14 @@ import importlib
 import json
 import os
 import re
+import shutil
 import signal
 import subprocess
 import sys
 import threading
 import time
 from collections.abc import Callable, Iterator
+from contextlib import chdir
 from pathlib import Path
 from typing import Any
 
@@ -34,20 +36,35 @@ COMMAND = (sys.executable, "-c", "from vantrel.cli import main; main()")
 AGAIN = "Repeat what it was begun with, or name another folder."
 
 
-@pytest.fixture(autouse=True)
-def _folder(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
-    monkeypatch.chdir(tmp_path)
+@pytest.fixture(scope="module")
+def made(cluster: Any, tmp_path_factory: pytest.TempPathFactory) -> Path:
+    """A folder of tables and secrets, and beside it what an unbroken run writes."""
+    folder = tmp_path_factory.mktemp("made")
     table = pd.concat([visits(6_000)] * 5, ignore_index=True)
-    write_folder(Path("many"), table, FILES)
-    for name, secret in (("s.secret", SECRET), ("another.secret", SECRET[::-1])):
-        Path(name).write_text(f"secret: {secret.hex()}\n")
-        Path(name).chmod(0o600)
+    with chdir(folder):
+        write_folder(Path("many"), table, FILES)
+        for name, secret in (("s.secret", SECRET), ("another.secret", SECRET[::-1])):
+            Path(name).write_text(f"secret: {secret.hex()}\n")
+            Path(name).chmod(0o600)
+        succeed(f"{RUN.replace('-o copy', '-o whole')}{on_scheduler(cluster.scheduler_address)}")
+    return folder
+
+
+@pytest.fixture(autouse=True)
+def _folder(made: Path, tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    shutil.copytree(made, tmp_path, dirs_exist_ok=True)  # with the times of the last changes
+    monkeypatch.chdir(tmp_path)
+
+
+def on_scheduler(address: str) -> str:
+    """The option that names a cluster."""
+    return f" --scheduler {address}"
 
 
 @pytest.fixture
 def on(client: Any) -> str:
-    """The option that names the cluster of the tests."""
-    return f" --scheduler {client.scheduler.address}"
+    """That of the tests."""
+    return on_scheduler(client.scheduler.address)
 
 
 def copies(folder: str = "copy") -> dict[str, int]:
@@ -56,9 +73,8 @@ def copies(folder: str = "copy") -> dict[str, int]:
 
 
 @pytest.fixture
-def whole(on: str) -> dict[str, bytes]:
+def whole() -> dict[str, bytes]:
     """What an unbroken run writes."""
-    succeed(f"{RUN.replace('-o copy', '-o whole')}{on}")
     return contents(Path("whole"))
 
 
