@@ -52,19 +52,23 @@ type Row = tuple[object, ...]
 
 def main(path: Path) -> None:
     path.unlink(missing_ok=True)
-    tables = {
+    with closing(sqlite3.connect(path)) as database:
+        database.executescript(TABLES)
+        for table, rows in tables().items():
+            for row in rows:
+                marks = ", ".join("?" * len(row))
+                database.execute(f"INSERT INTO {table} VALUES ({marks})", row)
+        database.commit()
+
+
+def tables() -> dict[str, Iterator[Row]]:
+    """The rows of each table, in an order in which each refers to rows before it."""
+    return {
         "customers": customers(),
         "addresses": addresses(),
         "orders": orders(),
         "payments": payments(),
     }
-    with closing(sqlite3.connect(path)) as database:
-        database.executescript(TABLES)
-        for table, rows in tables.items():
-            for row in rows:
-                marks = ", ".join("?" * len(row))
-                database.execute(f"INSERT INTO {table} VALUES ({marks})", row)
-        database.commit()
 
 
 def customers() -> Iterator[Row]:
