@@ -12,7 +12,7 @@
 .DELETE_ON_ERROR:
 .SECONDEXPANSION:
 .PRECIOUS: %/.dependencies %/.installed
-.PHONY: help venv wheel demo demo-database lint test test-pandas2 test-noarrow test-lowest test-py313 \
+.PHONY: help venv wheel demo demo-database lint test test-slow test-pandas2 test-noarrow test-lowest test-py313 \
     test-all fuzz leaks asan interrupts bench docs clean
 
 # What a caller's own Python and pip are told to do is not meant for the environments made here.
@@ -107,9 +107,13 @@ shellcheck: .venv-lint/.dependencies
 	@echo "==> Checking the shell scripts with shellcheck"
 	@.venv-lint/bin/shellcheck $(shell_scripts)
 
-test: .venv/.installed  ## run the tests, with pandas 3 and pyarrow
+test: .venv/.installed  ## run the tests but the slow ones, with pandas 3 and pyarrow
 	@echo "==> Testing with pandas 3 and pyarrow"
-	@.venv/$(pytest)
+	@.venv/$(pytest) -m "not slow"
+
+test-slow: .venv/.installed  ## run the slow tests, of clusters, documents and ending processes
+	@echo "==> Running slow tests with pandas 3 and pyarrow"
+	@.venv/$(pytest) -m slow
 
 test-pandas2: .venv-pandas2/.installed  ## run the tests with pandas 2.3
 	@echo "==> Testing with pandas 2.3"
@@ -128,7 +132,7 @@ test-py313: .venv-py313/.installed  ## run the tests of the module with Python 3
 	@.venv-py313/$(pytest) tests/person tests/isolated
 
 py313_if_found = $(if $(shell tools/find-python 3.13),test-py313,$(info ==> Not testing with Python 3.13))
-test-all: test test-pandas2 test-noarrow test-lowest $$(py313_if_found)  ## run the tests in all environments
+test-all: test test-slow test-pandas2 test-noarrow test-lowest $$(py313_if_found)  ## run the tests in all environments
 
 fuzz: .venv/.installed  ## call everything with whatever Hypothesis makes up: a result or a clear refusal?
 	@echo "==> Fuzzing with $(FUZZ_EXAMPLES) examples a test"

@@ -2,6 +2,7 @@
 
 import os
 import signal
+from pathlib import Path
 
 import pandas as pd
 import pytest
@@ -13,10 +14,27 @@ from support.versions import SILENCED
 settings.register_profile("patient", deadline=None)
 settings.load_profile("patient")
 
+# What starts clusters or many processes is left to `make test-slow`.
+SLOW = (
+    "documents/test_documents.py",
+    "isolated/test_exits.py",
+    "isolated/test_failed_allocations.py",
+    "person/test_twins_pandas.py",
+    "scale/",
+)
+
 # A shell makes what it runs in the background deaf to Ctrl-C, and so whatever that starts.
 signal.signal(signal.SIGINT, signal.default_int_handler)
 
 os.environ.update(SILENCED)
+
+
+def pytest_collection_modifyitems(items: list[pytest.Item]) -> None:
+    """Marks the slow ones."""
+    here = Path(__file__).parent
+    for item in items:
+        if item.path.relative_to(here).as_posix().startswith(SLOW):
+            item.add_marker(pytest.mark.slow)
 
 
 @pytest.fixture(autouse=True)
