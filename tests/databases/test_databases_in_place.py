@@ -11,6 +11,7 @@ import pytest
 
 from support.command import fail, succeed
 from support.databases import (
+    KEYS,
     OF_CUSTOMERS,
     OF_ORDERS,
     Post,
@@ -25,7 +26,6 @@ from vantrel.databases.address import read_address
 from vantrel.databases.database import opened_database
 from vantrel.databases.table import opened_table
 
-KEYS = "--key customers.id --key orders.customer_id --secret s"
 RUN = f"replace '{{}}' --table customers --table orders {KEYS}"
 
 

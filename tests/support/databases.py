@@ -17,6 +17,8 @@ pytest.importorskip("psycopg", reason="PostgreSQL needs psycopg")
 
 import psycopg
 
+from support.command import fail
+
 CUSTOMERS = """
 CREATE TABLE customers (
     id integer PRIMARY KEY, sex varchar(1), first_name varchar(40), last_name varchar(40),
@@ -30,6 +32,7 @@ CREATE TABLE orders (
     number integer PRIMARY KEY, customer_id integer REFERENCES customers, full_name text, total numeric(9, 2)
 )
 """
+KEYS = "--key customers.id --key orders.customer_id --secret s"
 COUNTRIES = ("GB", "DE", "FR")
 
 
@@ -160,3 +163,21 @@ class Post:
     def rows(self, sql: str) -> list[tuple[Any, ...]]:
         with self.connect() as connection:
             return connection.execute(sql).fetchall()
+
+
+def refused(trial: Trial, options: str) -> str:
+    """The one line of a run that changes nothing, without what differs between databases."""
+    before = contents(trial)
+    line = fail(f"replace '{trial.address}' {options}", 1)
+    assert contents(trial) == before
+    assert not Path("s").exists()
+    return (
+        line.replace(shown(trial), "ADDRESS")
+        .replace("'public'", "SCHEMA")
+        .replace("'main'", "SCHEMA")
+    )
+
+
+def shown(trial: Trial) -> str:
+    """Its address as messages have it."""
+    return trial.address.partition("?")[0]

@@ -22,7 +22,7 @@ from vantrel.replacing.runs.notes import notes_on_people
 from vantrel.replacing.runs.opened import OpenedTable, refuse_unknown_columns, understood
 from vantrel.replacing.runs.outcome import Outcome, Replaced
 from vantrel.replacing.runs.outputs import made_if_missing
-from vantrel.replacing.runs.running import Progress, notes_on, plan_of, refuse_undecided
+from vantrel.replacing.runs.running import Progress, notes_on, refuse_undecided, write_plan_of
 from vantrel.replacing.runs.secret import (
     checked_secret,
     deciding_versions,
@@ -49,7 +49,7 @@ from vantrel.scale.run import (
     run_of,
 )
 from vantrel.scale.shared import Shared
-from vantrel.storage.files import refuse_missing_folder, refuse_overwriting, replacing
+from vantrel.storage.files import refuse_missing_folder, refuse_overwriting
 from vantrel.storage.together import replacing_together
 from vantrel.tables.copying.parquet_folder import CopiedFolder
 
@@ -116,9 +116,7 @@ def plan_folder(source: Path, plan: Path, asked: Asked, *, force: bool = False) 
     """
     refuse_missing_folder(plan)
     refuse_overwriting(plan, force=force)
-    text = plan_of([_decided(source, asked)])
-    with replacing(plan, force=force) as file:
-        file.write(text)
+    write_plan_of([_decided(source, asked)], plan, force=force)
 
 
 @dataclass(frozen=True)

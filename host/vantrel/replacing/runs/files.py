@@ -26,15 +26,15 @@ from vantrel.replacing.runs.running import (
     Progress,
     learnt,
     notes_on,
-    plan_of,
     refuse_leaks,
     refuse_undecided,
     replaced_by,
     rows_learnt,
     secret_of,
+    write_plan_of,
 )
 from vantrel.replacing.runs.secret import write_secret
-from vantrel.storage.files import refuse_missing_folder, refuse_overwriting, replacing
+from vantrel.storage.files import refuse_missing_folder, refuse_overwriting
 from vantrel.storage.together import Opener, replacing_together
 from vantrel.tables.copying import Copied
 from vantrel.tables.kinds import Compression
@@ -136,9 +136,7 @@ def plan_files(
     with ExitStack() as stack:
         tables = [open_table(stack, each, asked, separator, encoding) for each in inputs]
         refuse_unknown_columns(tables, asked)
-        text = plan_of(tables)
-    with replacing(plan, force=force) as file:
-        file.write(text)
+        write_plan_of(tables, plan, force=force)
 
 
 def _copy_all(

@@ -33,15 +33,15 @@ from vantrel.replacing.runs.running import (
     Progress,
     learnt,
     notes_on,
-    plan_of,
     refuse_leaks,
     refuse_undecided,
     replaced_by,
     rows_learnt,
     secret_of,
+    write_plan_of,
 )
 from vantrel.replacing.runs.secret import write_secret
-from vantrel.storage.files import refuse_missing_folder, refuse_overwriting, replacing
+from vantrel.storage.files import refuse_missing_folder, refuse_overwriting
 from vantrel.storage.together import replacing_together
 from vantrel.wording import listed as joined
 
@@ -216,9 +216,7 @@ def plan_database(
         understood(opened_table(database, name), asked) for name in _names(database, tables, asked)
     ]
     refuse_unknown_columns(opened, asked)
-    text = plan_of(opened)
-    with replacing(plan, force=force) as file:
-        file.write(text)
+    write_plan_of(opened, plan, force=force)
 
 
 def _opened(

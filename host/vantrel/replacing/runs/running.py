@@ -19,6 +19,7 @@ from vantrel.replacing.runs.opened import OpenedTable
 from vantrel.replacing.runs.outcome import Replaced
 from vantrel.replacing.runs.passing import Passing
 from vantrel.replacing.runs.secret import checked_secret, read_or_draw_secret
+from vantrel.storage.files import replacing
 
 # From what is done and the number of rows, where it is known, to what is told of further rows.
 type Progress = Callable[[str, int | None], AbstractContextManager[Callable[[int], object]]]
@@ -56,9 +57,9 @@ def learnt(
     return who
 
 
-def plan_of(tables: Iterable[Opened]) -> str:
+def write_plan_of(tables: Iterable[Opened], plan: Path, *, force: bool) -> None:
     """Writes what would become of each column of tables as a plan."""
-    return write_plan(
+    text = write_plan(
         {
             table.copied.path.name: Decided(
                 table.roles, table.copied.columns, table.asked.fates, table.empty
@@ -66,6 +67,8 @@ def plan_of(tables: Iterable[Opened]) -> str:
             for table in tables
         }
     )
+    with replacing(plan, force=force) as file:
+        file.write(text)
 
 
 def rows_learnt(who: People, tables: Iterable[Opened]) -> int:

@@ -1,0 +1,41 @@
+"""``vantrel report`` on copies in which people were replaced."""
+
+from pathlib import Path
+
+import pytest
+
+from support.command import fail, run, succeed
+from support.reports import shown_page
+
+
+@pytest.fixture
+def copied() -> None:
+    """A copy in which people were replaced."""
+    pytest.importorskip("pyarrow")
+    names = [f"{first},{last}" for first in ("Ann", "Bo", "Cy") for last in ("Lee", "Orr", "Ray")]
+    rows = "".join(f"{number},{name},GB,{number}\n" for number, name in enumerate(names))
+    Path("real.csv").write_text(f"id,first_name,last_name,country,total\n{rows}")
+    succeed("replace real.csv -o copy.csv --key id --secret s.secret")
+
+
+@pytest.mark.usefixtures("copied")
+def test_a_copy_is_compared_with_its_original() -> None:
+    result = succeed("report real.csv copy.csv -o report.html --fail-on look")
+    assert result.stdout == "Compared 9 rows with 9 rows of a copy; wrote report.html.\n"
+    assert "What had to stay" in shown_page()
+    Path("copy.csv").write_text(Path("copy.csv").read_text().replace("GB,3", "GB,33"))
+    result = run("report real.csv copy.csv -o report.html --fail-on look --force")
+    assert (result.exit_code, result.stderr) == (
+        4,
+        "vantrel: error: 1 verdict asks for a look: Cells that had to stay.\n",
+    )
+
+
+@pytest.mark.usefixtures("copied")
+def test_a_copy_has_the_columns_of_its_record_and_does_not_come_first() -> None:
+    assert fail("report real.csv copy.csv -o r.html --column lastname=last_name", 2) == (
+        "The columns of a copy are those that its record tells: leave --column out."
+    )
+    assert fail("report copy.csv real.csv -o r.html", 2) == (
+        "copy.csv is a copy, as its record says: the real table comes first."
+    )
