@@ -10,9 +10,10 @@ from hypothesis import settings
 
 from support.versions import SILENCED
 
-# How long an example takes says nothing on a machine that does other things, too.
-settings.register_profile("patient", deadline=None)
-settings.load_profile("patient")
+# How long an example takes says nothing on a machine that does other things, too; and what is looked
+# for at random is looked for by `make fuzz`, not by every change that has nothing to do with it.
+settings.register_profile("suite", deadline=None, derandomize=True)
+settings.load_profile("suite")
 
 # What starts clusters or many processes is left to `make test-slow`.
 SLOW = (

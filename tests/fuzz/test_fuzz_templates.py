@@ -2,8 +2,9 @@
 
 from typing import Any
 
+import numpy as np
 import pandas as pd
-from hypothesis import given
+from hypothesis import example, given
 from hypothesis import strategies as st
 
 from support.fuzzing import any_text, fuzz, odd_values, outcome, row_numbers, usually
@@ -45,13 +46,15 @@ def test_any_template(isna: list[bool], template: str) -> None:
 
 @fuzz
 @given(usually(flags.map(pd.Series), columns()), templates)
+@example(pd.Series([np.empty(0)]), "")
 def test_any_flags(isna: pd.Series, template: str) -> None:
     # A value's truth cannot be told; pyarrow has no half characters.
     numbers = outcome(
         lambda: PersonModel.generate_phone_numbers(isna, template), TypeError, ValueError
     )
     if numbers is not None:
-        assert list(numbers.isna()) == [bool(flag) for flag in isna]
+        # An older numpy tells the truth of an empty array and warns.
+        assert list(numbers.isna()) == outcome(lambda: [bool(flag) for flag in isna])
 
 
 @fuzz

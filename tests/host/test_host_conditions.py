@@ -81,7 +81,7 @@ def cannot_place(problems: str) -> str:
     ),
     st.integers(1, 5),
 )
-@settings(max_examples=15, deadline=None, derandomize=True,
+@settings(max_examples=15,
           suppress_health_check=[HealthCheck.function_scoped_fixture])  # fmt: skip
 def test_each_row_is_as_its_condition_whatever_the_blocks(
     shared: PersonModel, rows: list[tuple[str, str]], block_rows: int

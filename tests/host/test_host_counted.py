@@ -32,8 +32,6 @@ attributes = st.sets(st.sampled_from(list(LABELS)), min_size=1)
 
 few = settings(
     max_examples=60,
-    deadline=None,
-    derandomize=True,
     suppress_health_check=[HealthCheck.function_scoped_fixture],
 )
 

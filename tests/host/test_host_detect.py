@@ -363,7 +363,7 @@ def _frames(draw: st.DrawFn) -> pd.DataFrame:
     return df
 
 
-@settings(max_examples=300, deadline=None)
+@settings(max_examples=300)
 @given(_frames())
 def test_any_table_gives_each_attribute_a_column_of_its_own(df: pd.DataFrame) -> None:
     found = detect(df)

@@ -24,8 +24,6 @@ Rows = list[list[Cell]]
 
 settings_of_all = settings(
     max_examples=60,
-    deadline=None,
-    derandomize=True,
     suppress_health_check=[HealthCheck.function_scoped_fixture],
 )
 

@@ -184,7 +184,7 @@ def _frames(draw: st.DrawFn) -> pd.DataFrame:
     return df
 
 
-@settings(max_examples=300, deadline=None)
+@settings(max_examples=300)
 @given(_frames())
 def test_any_table_gives_each_column_at_most_one_finding(df: pd.DataFrame) -> None:
     found = find_personal(df)

@@ -30,8 +30,6 @@ borders = st.lists(st.integers(0, 12), max_size=5)
 
 few = settings(
     max_examples=60,
-    deadline=None,
-    derandomize=True,
     suppress_health_check=[HealthCheck.function_scoped_fixture],
 )
 

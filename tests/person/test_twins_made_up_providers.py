@@ -59,9 +59,7 @@ def test_the_same_change_in_countries_with_sources_of_their_own(change: str, sou
     made_both_ways(lambda: played(steps, 40, ["first_names", "last_names", "emails"]))
 
 
-@settings(
-    max_examples=60, deadline=None, database=None, suppress_health_check=[HealthCheck.too_slow]
-)
+@settings(max_examples=60, suppress_health_check=[HealthCheck.too_slow])
 @given(
     st.lists(st.tuples(st.sampled_from(list(CHANGES)), st.sampled_from(list(LOCALES))), max_size=4),
     st.integers(0, 60),

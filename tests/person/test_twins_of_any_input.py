@@ -23,8 +23,6 @@ from vantrel.model.models.person import PersonModel
 
 few = settings(
     max_examples=40,
-    deadline=None,
-    database=None,
     suppress_health_check=[HealthCheck.too_slow, HealthCheck.function_scoped_fixture],
 )
 
