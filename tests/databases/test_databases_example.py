@@ -9,18 +9,14 @@ import pytest
 pytest.importorskip("sqlalchemy", reason="databases need SQLAlchemy")
 pytest.importorskip("pyarrow", reason="tables of databases are read by way of Arrow")
 
-from examples import shop
 from support.command import succeed
-from support.databases import Trial, contents
+from support.databases import Trial, contents, example
 
 PLAN = Path(__file__).parents[2] / "examples" / "shop.toml"
 
 
 def test_people_are_the_same_in_all_tables_and_rows_with_two_of_them(trial: Trial) -> None:
-    trial.run(shop.TABLES)
-    tables = {name: list(rows) for name, rows in shop.tables().items()}
-    for name, rows in tables.items():
-        trial.add(name, rows)
+    tables = example(trial)
     before = dict(zip(tables, contents(trial, *tables), strict=True))
     succeed(f"replace '{trial.address}' --plan {PLAN} --secret s")
     after = dict(zip(tables, contents(trial, *tables), strict=True))

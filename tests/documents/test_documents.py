@@ -8,16 +8,19 @@ from pathlib import Path
 
 import pytest
 
+from vantrel.cli import main
+
 ROOT = Path(__file__).parents[2]
 RUN = [ROOT / "README.md", *sorted((ROOT / "docs").rglob("*.md"))]
 DOCUMENTS = [*RUN, ROOT / "CONTRIBUTING.md", ROOT / "SECURITY.md"]
 SECONDS = 300
 
-# What is drawn or shown and not run: diagrams, and commands that need machines of the reader's.
+# What is drawn or shown and not run here: diagrams, and commands that need machines of the reader's.
 SHOWN = ("text", "")
 
 FENCE = re.compile(r"^```(.*)$", re.MULTILINE)
 BLOCK = re.compile(r"^```(sh|python|toml)(?: file=(\S+))?\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+ONLY_SHOWN = re.compile(r"^```(?:text)?\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 
 pytest.importorskip("dask", reason="the documents show all that can be installed")
 
@@ -88,6 +91,14 @@ def test_every_block_is_run_or_only_shown(document: Path) -> None:
     opening = FENCE.findall(document.read_text(encoding="utf-8"))[::2]
     shown = [words for words in opening if words in SHOWN]
     assert len(shown) + len(blocks(document)) == len(opening)
+
+
+@pytest.mark.parametrize("document", DOCUMENTS, ids=name_of)
+def test_every_option_that_is_only_shown_exists(document: Path) -> None:
+    text = "".join(ONLY_SHOWN.findall(document.read_text(encoding="utf-8"))).replace("\\\n", " ")
+    for name, options in re.findall(r"^(?:\S+\$ +)?vantrel (\w+)(.*)$", text, re.MULTILINE):
+        known = {option for each in main.commands[name].params for option in each.opts}
+        assert set(re.findall(r"--[\w-]+", options)) <= known
 
 
 @pytest.mark.parametrize("document", DOCUMENTS, ids=name_of)

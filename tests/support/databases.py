@@ -17,6 +17,7 @@ pytest.importorskip("psycopg", reason="PostgreSQL needs psycopg")
 
 import psycopg
 
+from examples import shop as shop_of_examples
 from support.command import fail
 
 CUSTOMERS = """
@@ -86,6 +87,15 @@ def shop(trial: Trial, more: str = "") -> None:
     trial.run(ORDERS)
     trial.add(f"customers ({', '.join(OF_CUSTOMERS)})", customers())
     trial.add("orders", orders())
+
+
+def example(trial: Trial) -> list[str]:
+    """Makes the shop of the examples, and names its tables."""
+    trial.run(shop_of_examples.TABLES)
+    tables = shop_of_examples.tables()
+    for name, rows in tables.items():
+        trial.add(name, list(rows))
+    return [*tables]
 
 
 def contents(trial: Trial, *tables: str) -> list[list[tuple[Any, ...]]]:
