@@ -48,7 +48,7 @@ class NewValues:
 
     def take_effect(self) -> None:
         """Puts the new values into the table."""
-        if not self.rows:
+        if not (self.rows and self._columns):
             return
         new = ", ".join(
             f"{quoted(column)} = made.{name}"

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Mapping, Sequence
+from collections.abc import Iterable, Mapping
 
 from sqlalchemy import Numeric, String
 
@@ -23,8 +23,8 @@ _OTHERS: dict[Kind, str] = {
 }
 
 
-def refuse_unchangeable(tables: Sequence[DatabaseTable]) -> None:
-    """Refuses tables whose rows cannot be found again or that the user may not change."""
+def refuse_unchangeable(tables: Iterable[DatabaseTable]) -> None:
+    """Refuses tables whose rows cannot be found again."""
     for table in tables:
         kind = table.database.kinds[table.name]
         if kind in _OTHERS:
@@ -34,6 +34,11 @@ def refuse_unchangeable(tables: Sequence[DatabaseTable]) -> None:
                 f"Table {table.name!r} has no primary key, by which its rows would be found again:"
                 " give it one."
             )
+
+
+def refuse_missing_rights(tables: Iterable[DatabaseTable]) -> None:
+    """Refuses tables that the user may not change."""
+    for table in tables:
         if right := table.database.engine.missing_right(table.sql):
             raise DatabaseError(
                 f"Table {table.name!r} cannot be changed: the user of the address lacks the right"
@@ -41,27 +46,37 @@ def refuse_unchangeable(tables: Sequence[DatabaseTable]) -> None:
             )
 
 
-def refuse_tied(database: Database, tables: Mapping[DatabaseTable, Mapping[str, str]]) -> None:
-    """Refuses to change columns by which rows are found or that others refer to.
-
-    Args:
-        database: The database.
-        tables: The columns of each table that are to be changed, and what each is made as.
-    """
+def ties_of(database: Database, tables: Iterable[DatabaseTable]) -> dict[str, dict[str, str]]:
+    """Tells which columns of tables, by their names, cannot be changed, and why."""
     foreign = list(_foreign_keys(database))
-    for table, changed in tables.items():
-        ties = {
+    ties = {}
+    for table in tables:
+        own = {
             name: "the database makes its values"
             for name, column in table.told.items()
             if column.is_generated
         }
-        ties |= {column: why for (name, column), why in foreign if name == table.name}
-        ties |= dict.fromkeys(table.key, "rows are found by it, as a part of the primary key")
+        own |= {column: why for (name, column), why in foreign if name == table.name}
+        own |= dict.fromkeys(table.key, "rows are found by it, as a part of the primary key")
+        ties[table.name] = own
+    return ties
+
+
+def refuse_tied(
+    ties: Mapping[str, Mapping[str, str]], changes: Mapping[str, Mapping[str, str]]
+) -> None:
+    """Refuses to change columns that cannot be changed.
+
+    Args:
+        ties: Why not, by the names of tables and columns.
+        changes: The columns of each table that are to be changed, and what each is made as.
+    """
+    for table, changed in changes.items():
         for column, what in changed.items():
-            if column in ties:
+            if column in ties[table]:
                 raise DatabaseError(
-                    f"Column {shown(repr(column))} of table {table.name!r} cannot be changed:"
-                    f" {ties[column]}. {keeping(column, what)} keeps it."
+                    f"Column {shown(repr(column))} of table {table!r} cannot be changed:"
+                    f" {ties[table][column]}. {keeping(column, what)} keeps it."
                 )
 
 

@@ -87,6 +87,18 @@ class Roles:
         """Those of the further columns that look like another person's, hers together."""
         return people_beside({choice.column: choice.attribute for choice in self.further})
 
+    def without(self, columns: Collection[str]) -> Roles:
+        """The same, but some columns are nobody's."""
+        people = []
+        for person in self.people:
+            told = {
+                attribute: own
+                for attribute, those in person.columns.items()
+                if (own := tuple(column for column in those if column not in columns))
+            }
+            people.append(replace(person, columns=told))
+        return replace(self, people=tuple(people))
+
     def attribute_of(self, column: str) -> tuple[str, bool]:
         """The attribute that a column has, "" if none, and whether it is kept that could go."""
         for person in self.people:

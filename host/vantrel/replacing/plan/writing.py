@@ -33,12 +33,14 @@ class Decided(NamedTuple):
         columns: All of them.
         fates: What becomes of those that are decided.
         empty: Those without a value, of which nothing but the name tells what they will hold.
+        ties: Why columns cannot be changed, where any are so.
     """
 
     roles: Roles
     columns: Sequence[str]
     fates: Mapping[str, str]
     empty: Collection[str]
+    ties: Mapping[str, str]
 
 
 def write_plan(tables: Mapping[str, Decided]) -> str:
@@ -60,10 +62,12 @@ def write_plan(tables: Mapping[str, Decided]) -> str:
 def _table(decided: Decided) -> Table:
     table = tomlkit.table()
     people = tomlkit.aot()
-    for person in decided.roles.people:
+    tied = decided.ties.keys() & decided.roles.replaced.keys()
+    roles = decided.roles.without(tied)
+    for person in roles.people:
         people.append(_person(person))
     table["people"] = people
-    table["other"] = _others(*decided)
+    table["other"] = _others(decided, roles, tied)
     return table
 
 
@@ -91,23 +95,23 @@ def _person(found: Person) -> Table:
     return person
 
 
-def _others(
-    roles: Roles, columns: Sequence[str], decided: Mapping[str, str], empty: Collection[str]
-) -> Table:
-    """Tells what becomes of the columns that are not a person's."""
+def _others(decided: Decided, roles: Roles, tied: Collection[str]) -> Table:
+    """Tells what becomes of the columns that are not a person's, or are but cannot be changed."""
     table = tomlkit.table()
-    why = dict.fromkeys(empty, "empty: no value tells what it holds")
+    why = dict.fromkeys(decided.empty, "empty: no value tells what it holds")
     why |= {each.column: f"{each.kind}: {each.why}" for each in roles.personal}
     why |= _looks_of_further(roles)
     why |= {
         doubt.column: f"named like {doubt.attribute}, but its values do not look so"
         for doubt in roles.doubts
     }
-    for column in columns:
+    ties = {column: f"cannot be changed: {each}" for column, each in decided.ties.items()}
+    why |= {column: each for column, each in ties.items() if column in why or column in tied}
+    for column in decided.columns:
         if column in roles.told:
             continue
-        is_open = column in why and column not in roles.keys
-        fate = decided.get(column, UNDECIDED if is_open else KEEP)
+        is_open = column in why and column not in roles.keys and column not in ties
+        fate = decided.fates.get(column, UNDECIDED if is_open else KEEP)
         told = why.get(column) or _whose_key(roles, column)
         table[column] = _told(fate, told) if told else fate
     return table

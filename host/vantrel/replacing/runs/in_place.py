@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Callable, Iterator, Mapping, Sequence
+from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from contextlib import ExitStack
 from dataclasses import dataclass, field, replace
 from pathlib import Path
@@ -12,7 +12,13 @@ import pyarrow as pa
 from vantrel.databases.changing import NewValues
 from vantrel.databases.database import Database
 from vantrel.databases.lengths import fitted
-from vantrel.databases.refusals import refuse_tied, refuse_unchangeable, refuse_unhashable
+from vantrel.databases.refusals import (
+    refuse_missing_rights,
+    refuse_tied,
+    refuse_unchangeable,
+    refuse_unhashable,
+    ties_of,
+)
 from vantrel.databases.table import DatabaseTable, opened_table
 from vantrel.errors import DatabaseError, NoPeopleError, PlanError
 from vantrel.hints import argument, listed, named
@@ -203,6 +209,8 @@ def plan_database(
 ) -> None:
     """Writes as a plan what would become of each column of tables, and changes nothing.
 
+    What cannot be changed is planned to stay, unless its change is asked for.
+
     Args:
         database: The database.
         tables: The names of tables; if there are none, all in which people are found.
@@ -212,11 +220,14 @@ def plan_database(
     """
     refuse_missing_folder(plan)
     refuse_overwriting(plan, force=force)
-    opened = [
-        understood(opened_table(database, name), asked) for name in _names(database, tables, asked)
-    ]
+    chosen = [opened_table(database, name) for name in _names(database, tables, asked)]
+    refuse_unchangeable(chosen)
+    opened = [understood(table, asked) for table in chosen]
     refuse_unknown_columns(opened, asked)
-    write_plan_of(opened, plan, force=force)
+    ties = ties_of(database, chosen)
+    refuse_tied(ties, {table.name: _named_columns(table) for table in opened})
+    _refuse_unhashable(opened)
+    write_plan_of(opened, plan, ties, force=force)
 
 
 def _opened(
@@ -227,15 +238,20 @@ def _opened(
     refuse_unplanned(map(Path, chosen), asked.plan)
     tables = [opened_table(database, name) for name in chosen]
     refuse_unchangeable(tables)
+    refuse_missing_rights(tables)
     if is_changing:
         database.engine.lock([table.sql for table in tables])
     opened = [understood(table, asked) for table in tables]
-    changes = {table.copied: _changed_columns(table) for table in opened}
-    refuse_tied(database, changes)
-    for table in opened:
+    changes = {table.name: _changed_columns(table) for table in opened}
+    refuse_tied(ties_of(database, tables), changes)
+    _refuse_unhashable(opened)
+    return opened
+
+
+def _refuse_unhashable(tables: Iterable[OpenedTable[DatabaseTable]]) -> None:
+    for table in tables:
         hashed = [column for column, each in table.others.items() if each.kind == "hash"]
         refuse_unhashable(table.copied, hashed)
-    return opened
 
 
 def _names(database: Database, named_tables: Sequence[str], asked: Asked) -> list[str]:
@@ -289,6 +305,12 @@ def _changed_columns(table: OpenedTable[DatabaseTable]) -> dict[str, str]:
         column: str(action) for column, action in table.others.items() if action.kind != "keep"
     }
     return {**table.roles.replaced, **others, **dict.fromkeys(table.asked.scrub, "scrub")}
+
+
+def _named_columns(table: OpenedTable[DatabaseTable]) -> dict[str, str]:
+    """Those of them that were not found, but named by whoever asked."""
+    found = {choice.column for person in table.roles.people for choice in person.choices}
+    return {name: what for name, what in _changed_columns(table).items() if name not in found}
 
 
 def _notes_on_triggers(tables: Sequence[OpenedTable[DatabaseTable]]) -> Iterator[str]:

@@ -88,7 +88,7 @@ def understood[TableT: Batched](
         decided=[*own.scrub, *own.decided, *others],
         name=str(path),
         is_only_read=is_only_read,
-        has_others=bool(others),
+        has_others=bool(others or own.people),  # a plan may have all of a table stay
         people=own.people,
         household=own.household,
     )

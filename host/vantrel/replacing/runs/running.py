@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Callable, Iterable, Iterator, Sequence
+from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from contextlib import AbstractContextManager
 from itertools import chain
 from pathlib import Path
@@ -57,12 +57,30 @@ def learnt(
     return who
 
 
-def write_plan_of(tables: Iterable[Opened], plan: Path, *, force: bool) -> None:
-    """Writes what would become of each column of tables as a plan."""
+def write_plan_of(
+    tables: Iterable[Opened],
+    plan: Path,
+    ties: Mapping[str, Mapping[str, str]] | None = None,
+    *,
+    force: bool,
+) -> None:
+    """Writes what would become of each column of tables as a plan.
+
+    Args:
+        tables: The tables.
+        plan: The file of the plan.
+        ties: Why columns cannot be changed, by the names of tables and columns, where any are so.
+        force: Whether a file is overwritten that is there.
+    """
+    ties = ties or {}
     text = write_plan(
         {
             table.copied.path.name: Decided(
-                table.roles, table.copied.columns, table.asked.fates, table.empty
+                table.roles,
+                table.copied.columns,
+                table.asked.fates,
+                table.empty,
+                ties.get(table.name, {}),
             )
             for table in tables
         }
