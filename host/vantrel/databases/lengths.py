@@ -8,7 +8,7 @@ import pyarrow.compute as pc
 from vantrel.attributes import NAMES
 from vantrel.databases.refusals import keeping
 from vantrel.errors import DatabaseError
-from vantrel.wording import shown
+from vantrel.wording import counted, shown
 
 # What reads as what it is when words are missing at its end.
 _PROVIDERS = """
@@ -45,8 +45,9 @@ def fitted(new: pa.Array, most: int | None, column: str, what: str) -> pa.Array:
     short = [_shortened(text, most, what) for text in long]
     if None in short:
         raise DatabaseError(
-            f"Column {shown(repr(column))} holds {most} characters, and what is made for it has up"
-            f" to {max(map(len, long))}: make it longer, or keep it by {keeping(column, what)}."
+            f"Column {shown(repr(column))} holds {counted(most, 'character')}, and what is made for"
+            f" it has up to {max(map(len, long))}: make it longer, or keep it by"
+            f" {keeping(column, what)}."
         )
     return pc.replace_with_mask(new, is_long, pa.array(short, pa.string()))
 

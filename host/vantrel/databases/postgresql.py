@@ -43,6 +43,22 @@ _TRIGGERS = """
     ORDER BY t.tgname
 """
 
+# A column of a domain holds what the type does that the domain is of, or the domain of that.
+_LENGTHS = """
+    WITH RECURSIVE told (name, kind, modifier) AS (
+        SELECT attname, atttypid::regtype, atttypmod FROM pg_catalog.pg_attribute
+        WHERE attrelid = %(table)s::regclass AND attnum > 0 AND NOT attisdropped
+        UNION ALL
+        SELECT o.name, t.typbasetype::regtype, t.typtypmod
+        FROM told o JOIN pg_catalog.pg_type t ON t.oid = o.kind WHERE t.typtype = 'd'
+    )
+    SELECT name, CASE kind WHEN '"char"'::regtype THEN 1 WHEN 'name'::regtype THEN 63
+                 ELSE modifier - 4 END
+    FROM told
+    WHERE kind IN ('"char"'::regtype, 'name'::regtype)
+       OR kind IN ('varchar'::regtype, 'bpchar'::regtype) AND modifier > 0
+"""
+
 _RIGHTS = """
     SELECT has_table_privilege(%(table)s::regclass, 'SELECT'),
            has_table_privilege(%(table)s::regclass, 'UPDATE'),
@@ -105,6 +121,10 @@ class Postgresql:
         """Whether a column is of integers."""
         del table, column  # types tell
         return isinstance(declared, Integer)
+
+    def lengths(self, table: str) -> Mapping[str, int]:
+        """How many characters columns hold, those of domains and of types that cut, too."""
+        return dict(self._driver.execute(_LENGTHS, {"table": table}).fetchall())
 
     def as_text(self, column: str, declared: Any = None) -> str:
         """A column in SQL as a text, which every type has."""

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import warnings
-from collections.abc import Iterator, Sequence
+from collections.abc import Iterator, Mapping, Sequence
 from dataclasses import dataclass
 from functools import cached_property
 from pathlib import Path
@@ -11,6 +11,7 @@ from typing import Any
 
 import pyarrow as pa
 from sqlalchemy import String
+from sqlalchemy.dialects.postgresql import DOMAIN
 from sqlalchemy.exc import SAWarning
 
 from vantrel.databases.database import Database
@@ -74,6 +75,10 @@ class DatabaseTable:
             found = self.database.inspector.get_columns(self.name, schema=self.database.schema)
         return {each["name"]: self._column(each) for each in found}
 
+    @cached_property
+    def _lengths(self) -> Mapping[str, int]:
+        return self.database.engine.lengths(self.sql)
+
     @property
     def columns(self) -> tuple[str, ...]:
         """The names of its columns."""
@@ -107,12 +112,15 @@ class DatabaseTable:
 
     def _column(self, found: Any) -> Column:
         declared = found["type"]
+        while isinstance(declared, DOMAIN):
+            declared = declared.data_type
+        length = declared.length if isinstance(declared, String) else None
         identity = found.get("identity") or {}
         return Column(
             found["name"],
             self.database.engine.is_whole(self.sql, quoted(found["name"]), declared),
             found["nullable"],
-            declared.length if isinstance(declared, String) else None,
+            self._lengths.get(found["name"], length),
             bool(found.get("computed") or identity.get("always")),
             declared,
         )
