@@ -36,8 +36,8 @@ class Engine(Protocol):
     def lock(self, tables: Sequence[str]) -> None:
         """Keeps others from changing tables."""
 
-    def missing_right(self, table: str) -> str | None:
-        """What the user may not do with a table that is to be changed, if anything."""
+    def hindrance(self, table: str, *, is_changing: bool) -> str | None:
+        """What keeps the user from reading all rows of a table, or changing them, if anything."""
 
     def triggers(self, schema: str, table: str) -> list[str]:
         """The plain names of the triggers that run where rows of a table are changed.

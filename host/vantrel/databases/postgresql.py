@@ -59,12 +59,21 @@ _LENGTHS = """
        OR kind IN ('varchar'::regtype, 'bpchar'::regtype) AND modifier > 0
 """
 
-_RIGHTS = """
-    SELECT has_table_privilege(%(table)s::regclass, 'SELECT'),
-           has_table_privilege(%(table)s::regclass, 'UPDATE'),
-           has_database_privilege(current_database(), 'TEMPORARY')
-"""
-_NEEDED = ("SELECT on it", "UPDATE on it", "TEMPORARY on the database")
+# What must be true, and what is told where it is not.
+_LACKS = "the user of the address lacks the right"
+_TO_READ = {
+    "has_table_privilege(%(table)s::regclass, 'SELECT')": f"{_LACKS} SELECT on it.",
+    "NOT row_security_active(%(table)s::regclass)": (
+        "row level security hides rows from the user of the address. Its owner sees all, unless"
+        " that is forced, and so does a user with BYPASSRLS."
+    ),
+}
+_TO_CHANGE = {
+    "has_table_privilege(%(table)s::regclass, 'UPDATE')": f"{_LACKS} UPDATE on it.",
+    "has_database_privilege(current_database(), 'TEMPORARY')": (
+        f"{_LACKS} TEMPORARY on the database."
+    ),
+}
 
 # Where COPY was when it failed, as told in whatever language the server speaks.
 _COPIED = re.compile(r"COPY vantrel_new_\d+\b.*?\b(new_\d+)\b")
@@ -107,10 +116,13 @@ class Postgresql:
         """Keeps others from changing tables; they can still read them."""
         self._driver.execute(f"LOCK TABLE {', '.join(tables)} IN SHARE ROW EXCLUSIVE MODE")
 
-    def missing_right(self, table: str) -> str | None:
-        """What the user may not do with a table that is to be changed, if anything."""
-        rights = self._driver.execute(_RIGHTS, {"table": table}).fetchone()
-        return next((need for need, has in zip(_NEEDED, rights, strict=True) if not has), None)
+    def hindrance(self, table: str, *, is_changing: bool) -> str | None:
+        """What keeps the user from reading all rows of a table, or changing them, if anything."""
+        needs = {**_TO_READ, **(_TO_CHANGE if is_changing else {})}
+        query = f"SELECT {', '.join(needs)}"
+        rights = self._driver.execute(query, {"table": table}).fetchone()
+        told = zip(needs.values(), rights, strict=True)
+        return next((hindrance for hindrance, has in told if not has), None)
 
     def triggers(self, schema: str, table: str) -> list[str]:
         """The names of the triggers that run where rows are changed."""

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Mapping
+from collections.abc import Iterable, Mapping, Sequence
 
 from sqlalchemy import Numeric, String
 
@@ -23,27 +23,38 @@ _OTHERS: dict[Kind, str] = {
 }
 
 
-def refuse_unchangeable(tables: Iterable[DatabaseTable]) -> None:
-    """Refuses tables whose rows cannot be found again."""
-    for table in tables:
-        kind = table.database.kinds[table.name]
-        if kind in _OTHERS:
-            raise DatabaseError(f"Table {table.name!r} {_OTHERS[kind]}")
-        if not table.key:
-            raise DatabaseError(
-                f"Table {table.name!r} has no primary key, by which its rows would be found again:"
-                " give it one."
-            )
+def refuse_unchangeable(
+    tables: Sequence[DatabaseTable], *, are_found: bool, is_changing: bool = True
+) -> None:
+    """Refuses tables whose rows cannot be found again or that the user may not change.
+
+    Args:
+        tables: The tables.
+        are_found: Whether nobody named them, so that others could be named in place of all.
+        is_changing: Whether the user needs the right to change them, or only to read them.
+    """
+    obstacles = {
+        table.name: obstacle
+        for table in tables
+        if (obstacle := _obstacle(table, is_changing=is_changing))
+    }
+    if obstacles:
+        name, obstacle = next(iter(obstacles.items()))
+        others = [table.name for table in tables if table.name not in obstacles]
+        named = " ".join(argument("table", other) for other in others)
+        hint = f" Or leave it as it is: {named} names the others." if are_found and others else ""
+        raise DatabaseError(f"Table {name!r} {obstacle}{hint}")
 
 
-def refuse_missing_rights(tables: Iterable[DatabaseTable]) -> None:
-    """Refuses tables that the user may not change."""
-    for table in tables:
-        if right := table.database.engine.missing_right(table.sql):
-            raise DatabaseError(
-                f"Table {table.name!r} cannot be changed: the user of the address lacks the right"
-                f" {right}."
-            )
+def _obstacle(table: DatabaseTable, *, is_changing: bool) -> str:
+    """Tells why a table cannot be changed; "" if it can."""
+    kind = table.database.kinds[table.name]
+    if kind in _OTHERS:
+        return _OTHERS[kind]
+    if not table.key:
+        return "has no primary key, by which its rows would be found again: give it one."
+    hindrance = table.database.engine.hindrance(table.sql, is_changing=is_changing)
+    return f"cannot be changed: {hindrance}" if hindrance else ""
 
 
 def ties_of(database: Database, tables: Iterable[DatabaseTable]) -> dict[str, dict[str, str]]:

@@ -67,7 +67,7 @@ class Sqlite:
     def lock(self, tables: Sequence[str]) -> None:
         """Does nothing: the transaction has locked the whole file."""
 
-    def missing_right(self, table: str) -> None:
+    def hindrance(self, table: str, *, is_changing: bool) -> None:
         """Nothing: whoever can open the file to write may change all that is in it."""
 
     def triggers(self, schema: str, table: str) -> list[str]:

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from contextlib import ExitStack
-from dataclasses import dataclass, field, replace
+from dataclasses import dataclass, field
 from pathlib import Path
 
 import pyarrow as pa
@@ -13,18 +13,16 @@ from vantrel.databases.changing import NewValues
 from vantrel.databases.database import Database
 from vantrel.databases.lengths import fitted
 from vantrel.databases.refusals import (
-    refuse_missing_rights,
     refuse_tied,
     refuse_unchangeable,
     refuse_unhashable,
     ties_of,
 )
 from vantrel.databases.table import DatabaseTable, opened_table
-from vantrel.errors import DatabaseError, NoPeopleError, PlanError
-from vantrel.hints import argument, listed, named
+from vantrel.hints import named
 from vantrel.replacing.people.people import People
-from vantrel.replacing.plan import Plan
-from vantrel.replacing.runs.asked import Asked, OfTable, refuse_unplanned
+from vantrel.replacing.runs.asked import Asked, refuse_unplanned
+from vantrel.replacing.runs.chosen import chosen_tables
 from vantrel.replacing.runs.notes import notes_on_people
 from vantrel.replacing.runs.opened import (
     OpenedTable,
@@ -96,7 +94,7 @@ class _Changed:
         number: int,
         further: Callable[[int], object],
     ) -> None:
-        columns = _changed_columns(table)
+        columns = table.changed
         self.excerpt = Excerpt(table.copied.name, table.copied.key, tuple(columns))
         self.values = NewValues(table.copied, list(columns), number)
         self._told = table.copied.told
@@ -220,8 +218,9 @@ def plan_database(
     """
     refuse_missing_folder(plan)
     refuse_overwriting(plan, force=force)
-    chosen = [opened_table(database, name) for name in _names(database, tables, asked)]
-    refuse_unchangeable(chosen)
+    chosen = [opened_table(database, name) for name in chosen_tables(database, tables, asked)]
+    are_found = not (tables or asked.plan)
+    refuse_unchangeable(chosen, are_found=are_found, is_changing=False)
     opened = [understood(table, asked) for table in chosen]
     refuse_unknown_columns(opened, asked)
     ties = ties_of(database, chosen)
@@ -234,15 +233,14 @@ def _opened(
     database: Database, names: Sequence[str], asked: Asked, *, is_changing: bool
 ) -> list[OpenedTable[DatabaseTable]]:
     """Opens tables that can be changed, and keeps others from changing them."""
-    chosen = _names(database, names, asked)
+    chosen = chosen_tables(database, names, asked)
     refuse_unplanned(map(Path, chosen), asked.plan)
     tables = [opened_table(database, name) for name in chosen]
-    refuse_unchangeable(tables)
-    refuse_missing_rights(tables)
+    refuse_unchangeable(tables, are_found=not (names or asked.plan))
     if is_changing:
         database.engine.lock([table.sql for table in tables])
     opened = [understood(table, asked) for table in tables]
-    changes = {table.name: _changed_columns(table) for table in opened}
+    changes = {table.name: table.changed for table in opened}
     refuse_tied(ties_of(database, tables), changes)
     _refuse_unhashable(opened)
     return opened
@@ -254,63 +252,10 @@ def _refuse_unhashable(tables: Iterable[OpenedTable[DatabaseTable]]) -> None:
         refuse_unhashable(table.copied, hashed)
 
 
-def _names(database: Database, named_tables: Sequence[str], asked: Asked) -> list[str]:
-    """The tables that are named, or those of the plan, or those in which people are found."""
-    if named_tables:
-        return [*dict.fromkeys(named_tables)]
-    if asked.plan:
-        _refuse_new_tables(database, asked.plan, asked)
-        return [*asked.plan.tables]
-    found = [
-        name
-        for name in database.tables
-        if name in asked.of_tables or _has_people(opened_table(database, name), asked)
-    ]
-    if not found:
-        raise DatabaseError(
-            f"No people were found in schema {database.schema!r} of {database.address}: name"
-            f" tables, by {argument('table', ...)}. Its tables are: {listed(database.tables)}."
-        )
-    return found
-
-
-def _refuse_new_tables(database: Database, plan: Plan, asked: Asked) -> None:
-    """Refuses a plan that does not know tables in which people are found, unless they may stay."""
-    if plan.new_columns == "keep":
-        return
-    new = [name for name in database.tables if name not in plan.tables]
-    if found := [name for name in new if _has_people(opened_table(database, name), asked)]:
-        raise PlanError(
-            f"There are people in tables that are not in the plan: {listed(found)}. Write a plan of"
-            f" all tables, with {argument('write_plan')}, name those to change, by"
-            f' {argument("table", ...)}, or let new ones stay: new_columns = "keep".'
-        )
-
-
-def _has_people(table: DatabaseTable, asked: Asked) -> bool:
-    """Tells whether people are found in a table, or columns of it are to be changed otherwise."""
-    of_any = OfTable(
-        columns=asked.of(table.path, table.columns).columns, others=asked.of_all.others
-    )
-    try:
-        found = understood(table, replace(asked, of_all=of_any, plan=None))
-    except NoPeopleError:
-        return False
-    return bool(_changed_columns(found))
-
-
-def _changed_columns(table: OpenedTable[DatabaseTable]) -> dict[str, str]:
-    """The columns of a table that get new values, and what these are made as."""
-    others = {
-        column: str(action) for column, action in table.others.items() if action.kind != "keep"
-    }
-    return {**table.roles.replaced, **others, **dict.fromkeys(table.asked.scrub, "scrub")}
-
-
 def _named_columns(table: OpenedTable[DatabaseTable]) -> dict[str, str]:
-    """Those of them that were not found, but named by whoever asked."""
+    """The columns to change that were not found, but named by whoever asked."""
     found = {choice.column for person in table.roles.people for choice in person.choices}
-    return {name: what for name, what in _changed_columns(table).items() if name not in found}
+    return {name: what for name, what in table.changed.items() if name not in found}
 
 
 def _notes_on_triggers(tables: Sequence[OpenedTable[DatabaseTable]]) -> Iterator[str]:

@@ -46,6 +46,14 @@ class OpenedTable[TableT: Batched]:
     empty: tuple[str, ...]
 
     @property
+    def changed(self) -> dict[str, str]:
+        """The columns that get new values, and what these are made as."""
+        others = {
+            column: str(action) for column, action in self.others.items() if action.kind != "keep"
+        }
+        return {**self.roles.replaced, **others, **dict.fromkeys(self.asked.scrub, "scrub")}
+
+    @property
     def staying(self) -> tuple[str, ...]:
         """The other columns, of which nothing else is asked."""
         decided = {*self.roles.told, *self.others, *self.asked.scrub}

@@ -1,0 +1,77 @@
+"""Chooses the tables of a database of which a run is."""
+
+from __future__ import annotations
+
+import logging
+from collections.abc import Iterable, Sequence
+from dataclasses import replace
+
+from vantrel.databases.database import Database
+from vantrel.databases.table import DatabaseTable, opened_table
+from vantrel.errors import DatabaseError, NoPeopleError, PlanError
+from vantrel.hints import NOTES_LOGGER, argument, listed
+from vantrel.replacing.plan import Plan
+from vantrel.replacing.runs.asked import Asked, OfTable
+from vantrel.replacing.runs.opened import understood
+
+_log = logging.getLogger(NOTES_LOGGER)
+
+
+def chosen_tables(database: Database, named_tables: Sequence[str], asked: Asked) -> list[str]:
+    """The tables that are named, or those of the plan, or those in which people are found."""
+    if named_tables:
+        return [*dict.fromkeys(named_tables)]
+    if asked.plan:
+        _refuse_new_tables(database, asked.plan, asked)
+        return [*asked.plan.tables]
+    unasked = [name for name in database.tables if name not in asked.of_tables]
+    with_people = _with_people(database, unasked, asked)
+    found = [name for name in database.tables if name in (*asked.of_tables, *with_people)]
+    if not found:
+        raise DatabaseError(
+            f"No people were found in schema {database.schema!r} of {database.address}: name"
+            f" tables, by {argument('table', ...)}. Its tables are: {listed(database.tables)}."
+        )
+    return found
+
+
+def _refuse_new_tables(database: Database, plan: Plan, asked: Asked) -> None:
+    """Refuses a plan that does not know tables in which people are found, unless they may stay."""
+    if plan.new_columns == "keep":
+        return
+    new = [name for name in database.tables if name not in plan.tables]
+    if found := _with_people(database, new, asked):
+        raise PlanError(
+            f"There are people in tables that are not in the plan: {listed(found)}. Write a plan of"
+            f" all tables, with {argument('write_plan')}, name those to change, by"
+            f' {argument("table", ...)}, or let new ones stay: new_columns = "keep".'
+        )
+
+
+def _with_people(database: Database, names: Iterable[str], asked: Asked) -> list[str]:
+    """Those of some tables in which people are found; what cannot be read is told."""
+    unreadable, found = [], []
+    for name in names:
+        table = opened_table(database, name)
+        if database.engine.hindrance(table.sql, is_changing=False):
+            unreadable.append(name)
+        elif _has_people(table, asked):
+            found.append(name)
+    if unreadable:
+        _log.info(
+            "Nobody was looked for in these tables, as the user of the address cannot read all of"
+            f" their rows: {listed(unreadable)}."
+        )
+    return found
+
+
+def _has_people(table: DatabaseTable, asked: Asked) -> bool:
+    """Tells whether people are found in a table, or columns of it are to be changed otherwise."""
+    of_any = OfTable(
+        columns=asked.of(table.path, table.columns).columns, others=asked.of_all.others
+    )
+    try:
+        found = understood(table, replace(asked, of_all=of_any, plan=None))
+    except NoPeopleError:
+        return False
+    return bool(found.changed)
