@@ -223,9 +223,35 @@ def test_triggers_are_named(trial: Trial) -> None:
             " UPDATE customers SET note = '' WHERE id = 0; END;"
         )
     assert (
-        "vantrel: note: customers: trigger runs where rows are changed, and may keep what was"
-        " there: 'audit'.\n"
+        "vantrel: note: customers: trigger 'audit' runs where rows are changed, and may keep what"
+        " was there.\n"
     ) in succeed(RUN.format(trial.address)).stderr
+
+
+def test_rules_and_triggers_of_partitions_are_named(post: Post) -> None:
+    columns = "id integer PRIMARY KEY, email text"
+    post.run(
+        f"""
+        CREATE TABLE people ({columns}) PARTITION BY RANGE (id);
+        CREATE TABLE few PARTITION OF people FOR VALUES FROM (0) TO (9) PARTITION BY RANGE (id);
+        CREATE TABLE fewest PARTITION OF few FOR VALUES FROM (0) TO (5);
+        CREATE TABLE log ({columns});
+        CREATE FUNCTION noted() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN RETURN NEW; END';
+        CREATE TRIGGER all_rows AFTER UPDATE ON people FOR EACH ROW EXECUTE FUNCTION noted();
+        CREATE TRIGGER each_row AFTER UPDATE ON fewest FOR EACH ROW EXECUTE FUNCTION noted();
+        CREATE TRIGGER never AFTER UPDATE ON fewest EXECUTE FUNCTION noted();
+        CREATE TRIGGER off AFTER UPDATE ON few FOR EACH ROW EXECUTE FUNCTION noted();
+        ALTER TABLE few DISABLE TRIGGER off;
+        CREATE RULE kept AS ON UPDATE TO people DO ALSO INSERT INTO log VALUES (OLD.id, OLD.email);
+        CREATE RULE gone AS ON DELETE TO people DO INSTEAD NOTHING;
+        INSERT INTO people VALUES (1, 'ann@b.org')
+        """
+    )
+    assert (
+        "vantrel: note: people: trigger 'all_rows', trigger 'each_row' of 'fewest' and rule 'kept' run"
+        " where rows are changed, and may keep what was there.\n"
+    ) in succeed(f"replace '{post.address}' --table people --secret s").stderr
+    assert post.rows("SELECT email FROM log") == [("ann@b.org",)]
 
 
 ODD = [

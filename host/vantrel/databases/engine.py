@@ -39,10 +39,10 @@ class Engine(Protocol):
     def hindrance(self, table: str, *, is_changing: bool) -> str | None:
         """What keeps the user from reading all rows of a table, or changing them, if anything."""
 
-    def triggers(self, schema: str, table: str) -> list[str]:
-        """The plain names of the triggers that run where rows of a table are changed.
+    def side_effects(self, schema: str, table: str) -> list[str]:
+        """What else runs where rows of a table are changed, as a note names it.
 
-        Schema and table are plain names, too.
+        Schema and table are plain names.
         """
 
     def is_whole(self, table: str, column: str, declared: Any) -> bool:

@@ -35,12 +35,18 @@ _KINDS = """
     WHERE n.nspname = %s AND c.relkind IN ('r', 'p', 'v', 'm', 'f')
 """
 
-# Of the bits of a trigger's type the one that stands for changes of rows.
-_TRIGGERS = """
-    SELECT t.tgname FROM pg_catalog.pg_trigger t
-    WHERE t.tgrelid = %s::regclass AND NOT t.tgisinternal AND t.tgenabled <> 'D'
-      AND t.tgtype & 16 <> 0
-    ORDER BY t.tgname
+# Of the bits of a trigger's type 16 stands for changes, and 1 for what runs row by row: only that
+# runs in partitions, be it their own or what they have from the whole table, which is a copy there.
+_SIDE_EFFECTS = """
+    SELECT 'trigger', t.tgname, CASE WHEN c.oid <> %(table)s::regclass THEN c.relname END
+    FROM pg_catalog.pg_trigger t JOIN pg_catalog.pg_class c ON c.oid = t.tgrelid
+    WHERE NOT t.tgisinternal AND t.tgenabled <> 'D' AND t.tgtype & 16 <> 0 AND t.tgparentid = 0
+      AND (c.oid = %(table)s::regclass OR t.tgtype & 1 <> 0
+           AND c.oid IN (SELECT relid FROM pg_catalog.pg_partition_tree(%(table)s::regclass)))
+    UNION ALL
+    SELECT 'rule', rulename, NULL FROM pg_catalog.pg_rewrite
+    WHERE ev_class = %(table)s::regclass AND ev_type = '2' AND ev_enabled <> 'D'
+    ORDER BY 1 DESC, 3 NULLS FIRST, 2
 """
 
 # A column of a domain holds what the type does that the domain is of, or the domain of that.
@@ -124,10 +130,12 @@ class Postgresql:
         told = zip(needs.values(), rights, strict=True)
         return next((hindrance for hindrance, has in told if not has), None)
 
-    def triggers(self, schema: str, table: str) -> list[str]:
-        """The names of the triggers that run where rows are changed."""
-        found = self._driver.execute(_TRIGGERS, [quoted(schema, table)]).fetchall()
-        return [name for (name,) in found]
+    def side_effects(self, schema: str, table: str) -> list[str]:
+        """The triggers and rules that run where rows are changed."""
+        found = self._driver.execute(_SIDE_EFFECTS, {"table": quoted(schema, table)}).fetchall()
+        return [
+            f"{kind} {name!r}" + (f" of {part!r}" if part else "") for kind, name, part in found
+        ]
 
     def is_whole(self, table: str, column: str, declared: Any) -> bool:
         """Whether a column is of integers."""

@@ -70,15 +70,15 @@ class Sqlite:
     def hindrance(self, table: str, *, is_changing: bool) -> None:
         """Nothing: whoever can open the file to write may change all that is in it."""
 
-    def triggers(self, schema: str, table: str) -> list[str]:
-        """The names of the triggers that run where rows are changed."""
+    def side_effects(self, schema: str, table: str) -> list[str]:
+        """The triggers that run where rows are changed."""
         del schema  # of a file there is one
         rows = self._driver.execute(
             "SELECT name, sql FROM sqlite_master"
             " WHERE type = 'trigger' AND tbl_name = ? COLLATE NOCASE ORDER BY name",
             [table],
         )
-        return [name for name, sql in rows if _UPDATE.search(_BODY.split(sql)[0])]
+        return [f"trigger {name!r}" for name, sql in rows if _UPDATE.search(_BODY.split(sql)[0])]
 
     def is_whole(self, table: str, column: str, declared: Any) -> bool:
         """Whether a column has integers alone: types are those of values, not of columns."""

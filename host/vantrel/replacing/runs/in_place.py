@@ -182,7 +182,7 @@ def replace_in_place(
         if asked.fail_on_leak:
             refuse_leaks(replaced)
         notes = [
-            *_notes_on_triggers(opened),
+            *_notes_on_side_effects(opened),
             *notes_on(told, opened, replaced, report),
             *notes_on_people(report, no_real=asked.no_real),
         ]
@@ -258,13 +258,13 @@ def _named_columns(table: OpenedTable[DatabaseTable]) -> dict[str, str]:
     return {name: what for name, what in table.changed.items() if name not in found}
 
 
-def _notes_on_triggers(tables: Sequence[OpenedTable[DatabaseTable]]) -> Iterator[str]:
+def _notes_on_side_effects(tables: Sequence[OpenedTable[DatabaseTable]]) -> Iterator[str]:
     for table in tables:
         of = table.copied
-        names = of.database.engine.triggers(of.database.schema, of.name)
-        if names:
-            run = "triggers run" if len(names) > 1 else "trigger runs"
+        effects = of.database.engine.side_effects(of.database.schema, of.name)
+        if effects:
+            run = "run" if len(effects) > 1 else "runs"
             yield (
-                f"{named(of.name)}: {run} where rows are changed, and may keep what was there:"
-                f" {joined([repr(name) for name in names])}."
+                f"{named(of.name)}: {joined(effects)} {run} where rows are changed, and may keep"
+                " what was there."
             )
