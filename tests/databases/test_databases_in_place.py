@@ -405,6 +405,24 @@ def test_values_of_sqlite_keep_their_types(lite: Trial) -> None:
     assert not {row[2] for row in found} & {"Qa", "Qb", "Qc"}
 
 
+def test_uuids_are_hashed_as_texts_of_them_are(post: Post) -> None:
+    post.run(
+        """
+        CREATE TABLE people (id integer PRIMARY KEY, email text, device uuid, written text);
+        INSERT INTO people SELECT n, 'a' || n || '@b.org', each, each
+        FROM generate_series(1, 9) AS n, LATERAL (SELECT md5(n::text)::uuid AS each) AS one
+        """
+    )
+    before = {row[0] for row in post.rows("SELECT device FROM people")}
+    succeed(
+        f"replace '{post.address}' --table people --key id --secret s --other device=hash"
+        " --other written=hash"
+    )
+    after = post.rows("SELECT device, written FROM people")
+    assert len({device for device, _ in after} - before) == 9
+    assert [written for _, written in after] == [str(device) for device, _ in after]
+
+
 def test_addresses_and_types_that_are_not_known(post: Post) -> None:
     shop(post, "ip inet, place point")
     post.run("UPDATE customers SET ip = ('81.2.69.' || id)::inet, place = point(id, id)")

@@ -4,6 +4,9 @@ from __future__ import annotations
 
 import decimal
 import re
+import string
+import uuid
+from collections.abc import Callable
 from typing import Any
 
 import numpy as np
@@ -23,6 +26,11 @@ from vantrel.replacing.values.keys import canonical
 KEY = b"a key of thirty-two bytes, no use"
 
 ONLY = "only texts and whole numbers can be hashed."
+
+UUIDS = [
+    str(uuid.UUID(int=number * 0x9E3779B97F4A7C15F39CC0605CEDC835 % 2**128, version=4))
+    for number in range(1, 2_000)
+]
 
 
 def of(values: list[Any], kind: pa.DataType | None = None, key: bytes = KEY) -> list[Any]:
@@ -62,6 +70,29 @@ def test_texts_of_one_form() -> None:
     made = of(forms)
     assert sorted(made) == sorted(forms)
     assert len({*of([f"{number:03}" for number in range(1_000)])}) == 1_000
+
+
+@pytest.mark.parametrize("write", [str.lower, str.upper])
+def test_uuids_become_uuids(write: Callable[[str], str]) -> None:
+    real = [write(text) for text in UUIDS]
+    made = of(real)
+    assert len({*made} - {*real}) == len(real)
+    for old, new in zip(real, made, strict=True):
+        assert new == write(str(uuid.UUID(new)))
+        assert (new[14], new[19]) == (old[14], old[19])
+    letters = "".join(made).translate({ord(sign): None for sign in "-" + string.digits})
+    assert {*letters} == {*write("abcdef")}
+
+
+def test_what_is_no_uuid_becomes_none() -> None:
+    letters = "ghijklmnopqrstuvwxyz"
+    real = [
+        f"{number:08}-1234-4123-8123-12345678901{each}" for number in range(99) for each in letters
+    ]
+    made = of(real)
+    assert len({*made}) == len(real)
+    assert {form(text) for text in made} == {form(real[0])}
+    assert {text[-1] for text in made} == {*letters}
 
 
 @given(st.lists(st.text(max_size=12), max_size=20))

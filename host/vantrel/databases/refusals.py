@@ -4,7 +4,7 @@ from __future__ import annotations
 
 from collections.abc import Iterable, Mapping, Sequence
 
-from sqlalchemy import Numeric, String
+from sqlalchemy import Numeric, String, Uuid
 
 from vantrel.attributes import ATTRIBUTES
 from vantrel.databases.database import Database
@@ -103,13 +103,16 @@ def keeping(column: str, what: str) -> str:
 
 
 def refuse_unhashable(table: DatabaseTable, columns: Iterable[str]) -> None:
-    """Refuses to hash columns that hold neither texts nor whole numbers, though read as texts."""
+    """Refuses to hash columns that hold other than texts, though they are read as such.
+
+    UUIDs and whole numbers become others.
+    """
     for column in columns:
         declared = table.told[column].declared
         is_whole = table.told[column].is_whole or (
             isinstance(declared, Numeric) and declared.scale == 0
         )
-        if not (is_whole or isinstance(declared, String)):
+        if not (is_whole or isinstance(declared, String | Uuid)):
             raise DatabaseError(
                 f"Column {shown(repr(column))} of table {table.name!r} is of type {declared}: only"
                 " texts and whole numbers can be hashed."
