@@ -23,12 +23,14 @@ import pytest
 pytest.importorskip("distributed", reason="clusters need distributed")
 pytest.importorskip("pyarrow", reason="Parquet files need pyarrow")
 
+import dask
 import pyarrow.parquet as pq
 
 from support.command import fail, succeed
 from support.replaced_folders import KEY, visits, write_folder
 from support.replacing import SECRET
-from support.scaling import contents
+from support.scaling import contents, time_limit
+from vantrel.scale.cluster import connected
 
 FILES = 12
 RUN = f"replace many -o copy --dask --key {KEY} --secret s.secret --other seen=shift:30"
@@ -295,3 +297,64 @@ def test_a_worker_that_is_lost_while_people_are_joined(
     timer.join()
     assert before - set(client.run(os.getpid).values())
     assert contents(Path("copy")) == whole
+
+
+def unwritten(name: str) -> str:
+    """What is told where workers cannot write, as a pattern."""
+    return (
+        rf"Workers cannot keep what they send each other \({name}\): mend that, or name another"
+        r" folder by DASK_TEMPORARY_DIRECTORY in their environment. What is finished is kept:"
+        r" repeat the call with --resume\."
+    )
+
+
+@pytest.fixture
+def folder_of_no_use(client: Any) -> Iterator[None]:
+    """Has workers lose the folder where they keep what is shuffled."""
+
+    def lose(dask_worker: Any) -> None:
+        dask_worker.usual, dask_worker.local_directory = dask_worker.local_directory, "/proc/none"
+
+    def find(dask_worker: Any) -> None:
+        dask_worker.local_directory = dask_worker.usual
+
+    client.run(lose)
+    yield
+    client.run(find)
+
+
+@pytest.mark.usefixtures("folder_of_no_use")
+def test_a_folder_of_workers_that_cannot_be_written(on: str) -> None:
+    message = fail(f"{RUN}{on}", 1)
+    error = (
+        r"FileNotFoundError: \[Errno 2\] No such file or directory: '/proc/none/shuffle-\w+-\d+'"
+    )
+    assert re.fullmatch(unwritten(error), message)
+    assert [file.name for file in Path("copy").iterdir()] == ["_making.json"]
+
+
+def test_a_worker_that_takes_nothing_from_others_ends_the_run_soon() -> None:
+    """Dask by itself would try for minutes."""
+
+    def refuse(dask_worker: Any) -> None:
+        async def receive(**_: Any) -> None:
+            raise PermissionError(13, "Permission denied", "shuffled")
+
+        dask_worker.handlers["shuffle_receive"] = receive
+
+    with connected(None, 2) as own, time_limit(60):
+        own.run(refuse)
+        message = fail(f"{RUN}{on_scheduler(own.scheduler_info()["address"])}", 1)
+    assert re.fullmatch(unwritten(".*Permission denied.*"), message)
+    assert [file.name for file in Path("copy").iterdir()] == ["_making.json"]
+
+
+def test_a_cluster_that_does_not_start() -> None:
+    with dask.config.set(temporary_directory="/proc/none"):
+        message = fail(RUN, 1)
+    assert message == (
+        "No cluster starts on this machine (FileNotFoundError: [Errno 2] No such file or directory:"
+        " '/proc/none'): mend that, or name another folder for what workers keep by"
+        " DASK_TEMPORARY_DIRECTORY in the environment."
+    )
+    assert not Path("copy").exists()

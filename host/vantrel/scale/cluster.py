@@ -10,6 +10,7 @@ from collections.abc import Iterator
 from contextlib import ExitStack, contextmanager
 from multiprocessing import resource_tracker
 
+import dask
 from distributed import Client, LocalCluster, Security
 from distributed.comm.core import connect
 from distributed.utils import silence_logging_cmgr
@@ -19,6 +20,10 @@ from vantrel.util.callers import OURS
 from vantrel.versions import differences, versions
 
 _SECONDS_TO_ANSWER = 15
+
+# How often workers of one machine send again what another did not take: for some seconds. A folder
+# that cannot be written stays so, and Dask's own number would go on for minutes.
+_TRIES = {"distributed.p2p.comm.retry.count": 3}
 
 
 @contextmanager
@@ -42,14 +47,28 @@ def connected(address: str | None, workers: int | None) -> Iterator[Client]:
 
 
 def _start(workers: int | None, stack: ExitStack) -> Client:
-    cluster = LocalCluster(
-        n_workers=workers,
-        threads_per_worker=1,  # rows are made under the interpreter's lock: another would only wait
-        dashboard_address="127.0.0.1:0",  # any free port; None would be port 8787
-        silence_logs=logging.CRITICAL,  # of the workers, noisy when they are stopped
-    )
+    try:
+        with dask.config.set(_TRIES):  # workers inherit it
+            cluster = LocalCluster(
+                n_workers=workers,
+                threads_per_worker=1,  # rows are made under the interpreter's lock
+                dashboard_address="127.0.0.1:0",  # any free port; None would be port 8787
+                silence_logs=logging.CRITICAL,  # of the workers, noisy when they are stopped
+            )
+    except RuntimeError as error:
+        raise ClusterError(
+            f"No cluster starts on this machine ({first_cause(error)}): mend that, or name another"
+            " folder for what workers keep by DASK_TEMPORARY_DIRECTORY in the environment."
+        ) from error
     client: Client = stack.enter_context(Client(stack.enter_context(cluster)))
     return client
+
+
+def first_cause(error: BaseException) -> str:
+    """Tells the error that an error followed from."""
+    while error.__cause__ is not None:
+        error = error.__cause__
+    return f"{type(error).__name__}: {error}"
 
 
 @contextmanager

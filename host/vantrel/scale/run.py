@@ -8,6 +8,7 @@ from __future__ import annotations
 
 import hashlib
 import json
+import re
 from abc import ABC, abstractmethod
 from collections.abc import Iterator, Mapping, Sequence
 from contextlib import ExitStack, contextmanager, nullcontext
@@ -25,9 +26,11 @@ from vantrel.errors import ArgumentError, ClusterError, OverwriteError, Partitio
 from vantrel.hints import argument, named
 from vantrel.sampling.record import Record, read_record_of, record_path, write_record
 from vantrel.sampling.to_file import Progress
-from vantrel.scale.cluster import connected, refuse_other_versions, warn_of_no_workers
+from vantrel.scale.cluster import connected, first_cause, refuse_other_versions, warn_of_no_workers
 from vantrel.storage.files import owned, refuse_missing_folder
 from vantrel.tables.kinds import is_named_as_table
+
+_OF_SHUFFLE = re.compile(r"P2P \w+ failed during \w+ phase")
 
 
 class FileOfRun(ABC):
@@ -100,25 +103,30 @@ def on_cluster(
     The arguments are those of :func:`vantrel.scale.sample_to_folder`; a client that is connected
     already is taken as it is.
     """
-    resume = argument("resume")
+    again = f"What is finished is kept: repeat the call with {argument('resume')}."
     try:
         with connected(scheduler, workers) if client is None else _checked(client) as connection:
             yield connection
     except KilledWorker as error:
         raise PartitionError(
             "Workers died again and again, for want of memory perhaps. What is finished is kept:"
-            f" repeat the call with {resume} and fewer {argument('workers', ...)}."
+            f" repeat the call with {argument('resume')} and fewer {argument('workers', ...)}."
         ) from error
     except P2POutOfDiskError as error:
         raise ClusterError(
             "The disk is full where workers keep what they send each other: name a folder with more"
-            " room by DASK_TEMPORARY_DIRECTORY in their environment. What is finished is kept:"
-            f" repeat the call with {resume}."
+            f" room by DASK_TEMPORARY_DIRECTORY in their environment. {again}"
+        ) from error
+    except RuntimeError as error:
+        if not _OF_SHUFFLE.fullmatch(str(error)):
+            raise
+        raise ClusterError(
+            f"Workers cannot keep what they send each other ({first_cause(error)}): mend that, or"
+            " name another folder by DASK_TEMPORARY_DIRECTORY in their environment."
+            f" {again}"
         ) from error
     except (CommClosedError, FutureCancelledError) as error:
-        raise ClusterError(
-            f"The scheduler was lost. What is finished is kept: repeat the call with {resume}."
-        ) from error
+        raise ClusterError(f"The scheduler was lost. {again}") from error
 
 
 @contextmanager
