@@ -23,9 +23,17 @@ from support.command import fail
 from support.replaced_folders import KEY, visits, write_folder
 from support.replacing import SECRET
 from vantrel import scale
-from vantrel.errors import ArgumentTypeError, ClusterError, ReplaceError, SecretError
+from vantrel.errors import (
+    ArgumentTypeError,
+    ClusterError,
+    OverwriteError,
+    ReplaceError,
+    SecretError,
+)
 from vantrel.replacing.columns.person import Person
 from vantrel.replacing.columns.roles import Roles
+from vantrel.replacing.runs import secret as secret_files
+from vantrel.replacing.runs.asked import Asked, OfTable
 from vantrel.rows import Ways
 from vantrel.scale.shared import Hidden, Shared
 
@@ -144,6 +152,15 @@ def test_folders_that_cannot_be_copied(
             2,
             "many/copy is in the folder to read, or that folder itself: name another one.",
         ),
+        *(
+            (
+                f"{RUN} --secret {secret}",
+                2,
+                f"Secret file {secret} would be in the folder of the copies, or that folder itself:"
+                " name another one.",
+            )
+            for secret in ("copy", "copy/secret")
+        ),
         (
             RUN.replace("-o copy", "-o copy.parquet"),
             2,
@@ -250,6 +267,63 @@ def test_bad_arguments_in_python() -> None:
     assert refusal(None, ArgumentTypeError, keep="email") == (
         "'keep' is a list of attributes: write keep=['email']."
     )
+
+
+@pytest.fixture
+def meanwhile(monkeypatch: pytest.MonkeyPatch) -> Callable[[Callable[[], object]], None]:
+    """Does something while machines are started, when nothing was there at first."""
+
+    def during(action: Callable[[], object]) -> None:
+        monkeypatch.setattr(
+            "vantrel.scale.replaced_folder._refuse_other_versions", lambda _: action()
+        )
+
+    return during
+
+
+def refusal_of_new_secret(client: Any, error: type[Exception]) -> str:
+    asked = Asked(OfTable(((KEY,),)))
+    with pytest.raises(error) as caught:
+        scale.replace_folder(Path("many"), Path("copy"), asked, secret=Path("new"), client=client)
+    assert caught.type is error
+    return str(caught.value)
+
+
+def test_no_secret_is_made_for_a_folder_that_another_run_has(
+    meanwhile: Callable[..., None], client: Any
+) -> None:
+    def begin() -> None:
+        Path("copy").mkdir()
+        Path("copy", "_making.json").touch()
+
+    meanwhile(begin)
+    assert refusal_of_new_secret(client, OverwriteError) == (
+        "Folder copy is not empty: add resume=True to go on with a run that was stopped, or name"
+        " another folder."
+    )
+    assert not Path("new").exists()
+    assert [file.name for file in Path("copy").iterdir()] == ["_making.json"]
+
+
+MADE_MEANWHILE = "Secret file new was made by another run meanwhile: run this once more."
+
+
+def test_a_secret_that_another_run_has_made(meanwhile: Callable[..., None], client: Any) -> None:
+    meanwhile(Path("new").touch)
+    assert refusal_of_new_secret(client, SecretError) == MADE_MEANWHILE
+    assert not Path("copy").exists()
+
+
+def test_a_secret_that_two_runs_make_at_once(client: Any, monkeypatch: pytest.MonkeyPatch) -> None:
+    genuine = secret_files.write_secret
+
+    def write(path: Path, *rest: Any) -> None:
+        genuine(path, *rest)
+        path.touch()
+
+    monkeypatch.setattr(secret_files, "write_secret", write)
+    assert refusal_of_new_secret(client, SecretError) == MADE_MEANWHILE
+    assert not Path("copy").exists()
 
 
 def test_a_key_that_is_missing_in_every_row(client: Any) -> None:

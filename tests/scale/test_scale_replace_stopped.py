@@ -344,7 +344,7 @@ def test_a_worker_that_takes_nothing_from_others_ends_the_run_soon() -> None:
 
     with connected(None, 2) as own, time_limit(60):
         own.run(refuse)
-        message = fail(f"{RUN}{on_scheduler(own.scheduler_info()["address"])}", 1)
+        message = fail(f"{RUN}{on_scheduler(own.scheduler_info()['address'])}", 1)
     assert re.fullmatch(unwritten(".*Permission denied.*"), message)
     assert [file.name for file in Path("copy").iterdir()] == ["_making.json"]
 

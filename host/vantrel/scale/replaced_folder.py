@@ -26,8 +26,8 @@ from vantrel.replacing.runs.running import Progress, notes_on, refuse_undecided,
 from vantrel.replacing.runs.secret import (
     checked_secret,
     deciding_versions,
+    keep_secret,
     read_or_draw_secret,
-    write_secret,
 )
 from vantrel.sampling.record import record_path, write_record
 from vantrel.sampling.to_file import Progress as RowProgress
@@ -37,7 +37,7 @@ from vantrel.scale.joining import Checked, joined
 from vantrel.scale.replaced_record import ReplaceRecord, record_of
 from vantrel.scale.run import (
     as_written,
-    begin,
+    claim,
     differing,
     entered,
     finish,
@@ -50,7 +50,6 @@ from vantrel.scale.run import (
 )
 from vantrel.scale.shared import Shared
 from vantrel.storage.files import refuse_missing_folder, refuse_overwriting
-from vantrel.storage.together import replacing_together
 from vantrel.tables.copying.parquet_folder import CopiedFolder
 
 type _Table = OpenedTable[CopiedFolder]
@@ -84,6 +83,8 @@ def replace_folder(
     """
     refuse_workers_of_a_scheduler(scheduler, workers)
     _refuse_output_inside(source, output)
+    if isinstance(secret, Path):
+        _refuse_secret_inside(output, secret)
     with ExitStack() as stack:
         earlier = entered(stack, output, ReplaceRecord, resume=resume)
         table = _decided(source, asked)
@@ -150,12 +151,12 @@ class _Run:
         ]
 
     def begin(self, stack: ExitStack) -> None:
-        """Keeps a new secret, without which nothing could be resumed, and makes the folder."""
-        if self.secret_file is not None:
-            with replacing_together(force=False) as opened:
-                write_secret(self.secret_file, self.secret, opened)
+        """Makes the folder, and keeps a new secret, without which nothing could be resumed."""
         stack.enter_context(made_if_missing(self.output))
-        begin(stack, self.output, self.record)
+        claim(stack, self.output)
+        if self.secret_file is not None:
+            keep_secret(self.secret_file, self.secret)
+        write_record(self.record, self.output, unfinished=True)
 
     def make(
         self,
@@ -257,6 +258,14 @@ def _refuse_output_inside(source: Path, output: Path) -> None:
     if output.resolve().is_relative_to(source.resolve()):
         raise ArgumentError(
             f"{named(output)} is in the folder to read, or that folder itself: name another one."
+        )
+
+
+def _refuse_secret_inside(output: Path, secret: Path) -> None:
+    if secret.resolve().is_relative_to(output.resolve()):
+        raise ArgumentError(
+            f"Secret file {named(secret)} would be in the folder of the copies, or that folder"
+            " itself: name another one."
         )
 
 

@@ -145,10 +145,15 @@ def refuse_workers_of_a_scheduler(scheduler: str | None, workers: int | None) ->
 
 def begin(stack: ExitStack, folder: Path, record: Record) -> None:
     """Makes a folder for a run, which holds it from now on, and notes what is being made there."""
+    claim(stack, folder)
+    write_record(record, folder, unfinished=True)
+
+
+def claim(stack: ExitStack, folder: Path) -> None:
+    """Makes a folder for a run, which holds it from now on."""
     folder.mkdir(exist_ok=True)
     stack.enter_context(_sole_run(folder))
     _refuse_content(folder)  # it may have got some while machines were started
-    write_record(record, folder, unfinished=True)
 
 
 def follow[F: FileOfRun](

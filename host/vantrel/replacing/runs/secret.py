@@ -16,12 +16,13 @@ from vantrel.arguments import kind_of
 from vantrel.errors import (
     ArgumentTypeError,
     OtherVersionsWarning,
+    OverwriteError,
     SecretError,
     SecretWarning,
 )
 from vantrel.hints import named, why_unreadable
 from vantrel.storage.files import read_whole, refuse_missing_folder
-from vantrel.storage.together import Opener
+from vantrel.storage.together import Opener, replacing_together
 from vantrel.util.callers import OURS
 from vantrel.wording import listed
 
@@ -106,14 +107,27 @@ def write_secret(path: Path, secret: bytes, opened: Opener) -> None:
         SecretError: Another process has made the file meanwhile.
     """
     if os.path.lexists(path):
-        raise SecretError(
-            f"Secret file {named(path)} was made by another run meanwhile: run this once more."
-        )
+        raise _made_meanwhile(path)
     lines = {"secret": secret.hex()} | deciding_versions()
     file = opened(path, force=False, mode=_MODE)
     file.write(_HEAD)
     file.writelines(f"{name}: {value}\n" for name, value in lines.items())
     file.flush()
+
+
+def keep_secret(path: Path, secret: bytes) -> None:
+    """Does what :func:`write_secret` does, at once."""
+    try:
+        with replacing_together(force=False) as opened:
+            write_secret(path, secret, opened)
+    except OverwriteError as error:
+        raise _made_meanwhile(path) from error
+
+
+def _made_meanwhile(path: Path) -> SecretError:
+    return SecretError(
+        f"Secret file {named(path)} was made by another run meanwhile: run this once more."
+    )
 
 
 def _read(path: Path) -> bytes:
