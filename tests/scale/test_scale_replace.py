@@ -74,13 +74,14 @@ def replace(client: Any, source: str = "many", output: str = "copy", **asked: An
 
 
 def told(outcome: Outcome) -> tuple[Any, ...]:
-    """What is told of a run, but for what one machine alone counts, and the name of the table."""
+    """What is told of a run, but for what one machine alone counts or takes, and the table's name."""
     report = dataclasses.asdict(outcome.report)
     (of_table,) = report.pop("tables").values()
     for counted in ("borne", "by_chance"):
         report.pop(counted)
     (done,) = outcome.tables
-    return report, of_table, done.leaks, done.notes, [NAME.sub("", note) for note in outcome.notes]
+    notes = [NAME.sub("", note).replace(" or people=...", "") for note in outcome.notes]
+    return report, of_table, done.leaks, done.notes, notes
 
 
 @pytest.mark.parametrize("files", [1, 3, 7])
@@ -96,6 +97,14 @@ def test_the_people_are_those_of_one_machine(
     assert {path.name for path in Path("copy").iterdir()} == {*names, "_made.json"}
     assert "still name the row's person (rows 51, 151, 251)" in "".join(outcome.notes)
     assert "136 cells without a date" in "".join(outcome.notes)
+
+
+def test_notes_advise_what_is_taken_here(client: Any, table: pd.DataFrame) -> None:
+    write_folder(Path("many"), table, 2)
+    (note,) = (note for note in replace(client).notes if "country" in note)
+    assert note.endswith(
+        "their names and numbers are those of en_GB, unless place=... tells others."
+    )
 
 
 def test_the_order_of_files_does_not_matter(

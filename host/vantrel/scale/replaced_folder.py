@@ -201,7 +201,8 @@ class _Run:
             list(notes_on_lost(found.lost, table.others)),
         )
         on_table = notes_on([], [table], [done], report)
-        return Outcome([done], report, [*on_table, *notes_on_people(report, no_real=False)])
+        on_people = notes_on_people(report, no_real=False, tellers=["place"])
+        return Outcome([done], report, [*on_table, *on_people])
 
     def _shared(self) -> Shared:
         table, asked = self.table, self.asked

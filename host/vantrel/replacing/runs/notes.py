@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Iterator, Mapping
+from collections.abc import Iterable, Iterator, Mapping, Sequence
 from typing import TYPE_CHECKING
 
 import pandas as pd
@@ -143,8 +143,16 @@ def _decision(column: str, finding: Finding | None) -> str:
     return argument("others", {column: action})
 
 
-def notes_on_people(report: Report, *, no_real: bool) -> Iterator[str]:
-    """Tells what was not known of people, and how many made-up ones bear what a real one bears."""
+def notes_on_people(
+    report: Report, *, no_real: bool, tellers: Sequence[str] = ("place", "people")
+) -> Iterator[str]:
+    """Tells what was not known of people, and how many made-up ones bear what a real one bears.
+
+    Args:
+        report: What came of all people.
+        no_real: Whether nobody was to bear what a real one bears.
+        tellers: The options that can tell where people are from.
+    """
     if report.met_before is not None and report.met_before < report.people:
         yield (
             f"The table that was only read tells of {_some_of(report.met_before, report)}: of the"
@@ -153,8 +161,8 @@ def notes_on_people(report: Report, *, no_real: bool) -> Iterator[str]:
     if count := report.untold.get("country"):
         yield (
             f"The country of {_some_of(count, report)} is not known: their names and numbers are"
-            f" those of {report.locale}, unless {argument('place', ...)} or"
-            f" {argument('people', ...)} tells others."
+            f" those of {report.locale}, unless"
+            f" {' or '.join(argument(teller, ...) for teller in tellers)} tells others."
         )
     if count := report.untold.get("gender"):
         yield f"The gender of {_some_of(count, report)} is not known: they have names of any."
