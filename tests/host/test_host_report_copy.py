@@ -113,14 +113,14 @@ def test_a_real_column_that_was_not_replaced_asks_for_a_look(column: str) -> Non
 
 def test_a_real_column_in_another_spelling_was_not_replaced() -> None:
     respelt = ORIGINAL["lastname"].str.upper() + ", Dr. " + ORIGINAL["firstname"]
-    assert {"Cells that had to change", "Real full names in the sample"} <= looks(
+    assert {"Cells that had to change", "Real full names in the copy"} <= looks(
         COPY.assign(fullname=respelt)
     )
 
 
 def test_the_people_of_a_copy_in_another_order_are_still_real() -> None:
     turned = COPY.assign(**{each: ORIGINAL[each].to_numpy()[::-1] for each in REPLACED})
-    assert {"Real full names in the sample", "Real e-mail addresses in the sample"} <= looks(turned)
+    assert {"Real full names in the copy", "Real e-mail addresses in the copy"} <= looks(turned)
 
 
 def test_one_key_that_became_several_people_asks_for_a_look() -> None:

@@ -247,8 +247,8 @@ def test_a_real_name_in_the_sample_asks_for_a_look() -> None:
     found = judged(REAL, sampled)["Real full names in the sample"]
     assert (found.figure, found.state) == ("2 rows", LOOK)
     assert found.words.startswith(
-        "0.7% of the sampled values are the whole name of a real person, and chance explains about"
-        " none of them."
+        "0.7% of the values in the sample are the whole name of a real person, and chance explains"
+        " about none of them."
     )
     words = text_of(page(REAL, sampled)).split("Real people in the sample")[-1]
     assert "Ann Lee 2 rows, first in row 4 of the sample" in words

@@ -18,7 +18,7 @@ from vantrel.reporting.figures import Figures
 from vantrel.reporting.frequencies import MOST_SHARES, Frequencies, Frequency
 from vantrel.reporting.lengths import LengthBin, Lengths
 from vantrel.reporting.names import MOST_NAMES, MOST_PLACES
-from vantrel.reporting.nearness.judged import unchecked_names
+from vantrel.reporting.nearness.judged import COPY, SAMPLE, unchecked_names
 from vantrel.reporting.provenance import Provenance
 from vantrel.reporting.verdict import Verdict
 from vantrel.reporting.verdicts import verdicts, why_not_compared
@@ -57,6 +57,7 @@ def render(figures: Figures, sources: Sources, made: Provenance | None) -> str:
         sources=sources,
         origin=made,
         conditions=made and made.conditions,
+        made_table=SAMPLE.name,
         verdicts=verdicts(figures, made),
         bars=bars,
         scale=scale,
@@ -72,7 +73,14 @@ def render_copy(
     figures: CopyFigures, judged: Sequence[Verdict], sources: Sources, made: CopyRecord
 ) -> str:
     """Makes the page of a copy, as :func:`render` makes that of a sample."""
-    return _page("copy.html", figures=figures, verdicts=judged, sources=sources, made=made)
+    return _page(
+        "copy.html",
+        figures=figures,
+        verdicts=judged,
+        sources=sources,
+        made=made,
+        made_table=COPY.name,
+    )
 
 
 def _page(template: str, **values: Any) -> str:

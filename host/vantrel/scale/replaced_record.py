@@ -8,7 +8,6 @@ from pathlib import Path
 from typing import Any, ClassVar, Literal
 
 from vantrel.hints import named
-from vantrel.replacing.columns.person import Person
 from vantrel.replacing.leaks import Leak
 from vantrel.replacing.people.people import Report
 from vantrel.replacing.runs.asked import Asked
@@ -90,10 +89,7 @@ def record_of(table: OpenedTable[CopiedFolder], asked: Asked, secret: bytes) -> 
     return ReplaceRecord(
         table=shown(copied.path.name, 255),
         rows=sum(copied.rows),
-        people_of_a_row={
-            person.name: {"columns": _columns_of(person), **form_of(person)}
-            for person in roles.people
-        },
+        people_of_a_row={person.name: form_of(person) for person in roles.people},
         others={column: str(action) for column, action in table.others.items()},
         options={
             "scrub": list(table.asked.scrub),
@@ -105,11 +101,6 @@ def record_of(table: OpenedTable[CopiedFolder], asked: Asked, secret: bytes) -> 
         secret=blake2b(key=secret, person=_OF_CHECKS, digest_size=_CHECK_BYTES).hexdigest(),
         files={file.name: _state(file) for file in copied.files},
     )
-
-
-def _columns_of(person: Person) -> dict[str, list[str]]:
-    """The columns of each attribute, also of those that are only read."""
-    return {attribute: list(columns) for attribute, columns in person.columns.items()}
 
 
 def _deciding(person: Mapping[str, Any]) -> dict[str, Any]:

@@ -3,9 +3,10 @@
 from __future__ import annotations
 
 import weakref
-from collections.abc import Callable, Collection, Iterator, Sequence
+from collections.abc import Callable, Collection, Iterator, Mapping, Sequence
 from contextlib import ExitStack, contextmanager
 from dataclasses import replace
+from itertools import chain
 from pathlib import Path
 from tempfile import TemporaryDirectory
 from typing import Any
@@ -95,6 +96,25 @@ class Table:
         source = Source(names, f"read_parquet({quoted(str(kept))})")
         connection = (beside or self)._connection
         return Table(self.path, source, connection, self._folder)
+
+    def several_of_each(self, layouts: Sequence[Mapping[str, str]]) -> Table:
+        """Makes several rows of each, one after the other, whose columns have other names.
+
+        Args:
+            layouts: The columns of each of these rows, by their new names; one that only others
+                have is missing.
+        """
+        names = list(dict.fromkeys(chain.from_iterable(layouts)))
+        rows = [
+            ", ".join(
+                f"'c{place}': {self.named(layout[name]) if name in layout else 'NULL'}"
+                for place, name in enumerate(names)
+            )
+            for layout in layouts
+        ]
+        listed = ", ".join(f"{{{row}}}" for row in rows)
+        made = f"(SELECT unnest([{listed}], recursive := true) FROM {self._source.rows})"
+        return Table(self.path, Source(names, made), self._connection, self._folder)
 
     def frame(self, columns: Sequence[str] | None = None, rows: int | None = None) -> pd.DataFrame:
         """Reads columns, all if None, and the first rows, all if None."""

@@ -69,10 +69,16 @@ def test_the_record_tells_of_each() -> None:
     assert record["people_of_a_row"] == {
         "buyer": {
             "key": ["buyer_id"],
+            "columns": {"fullname": ["buyer_name"], "email": ["buyer_email"]},
             "replaced": {"buyer_name": "fullname", "buyer_email": "email"},
             "kept": [],
         },
-        "seller": {"key": ["sellerId"], "replaced": {"sellerName": "fullname"}, "kept": []},
+        "seller": {
+            "key": ["sellerId"],
+            "columns": {"fullname": ["sellerName"]},
+            "replaced": {"sellerName": "fullname"},
+            "kept": [],
+        },
     }
     assert "key" not in record
     assert json.loads(Path("out/users.csv.made.json").read_text())["key"] == ["id"]

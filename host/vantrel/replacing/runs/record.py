@@ -48,6 +48,7 @@ def form_of(person: Person) -> dict[str, Any]:
     return {
         "key": list(person.key),
         **{name: value for name, value in told.items() if value},
+        "columns": {attribute: list(columns) for attribute, columns in person.columns.items()},
         "replaced": person.replaced,
         "kept": sorted(person.kept),
     }

@@ -38,6 +38,7 @@ class ReplacedColumn:
         chance: How many would if the copy's rows stood in any order.
         torn: How many keys have several values here, and so became several people.
         shared: How many values are of several keys, where none should be; else None.
+        rows_of_one: How many rows one person has, as :func:`rows_of_a_person` tells.
     """
 
     column: str
@@ -47,11 +48,12 @@ class ReplacedColumn:
     chance: float
     torn: int | None
     shared: int | None
+    rows_of_one: float = 1.0
 
     @property
     def is_replaced(self) -> bool:
         """Whether no more cells are as they were than chance explains."""
-        return self.same <= most_by_chance(self.chance)
+        return self.same <= most_by_chance(self.chance, self.rows_of_one)
 
 
 _BESIDE = (
@@ -94,7 +96,7 @@ def compare_replaced(
     """Compares the columns whose people were replaced; both tables have as many rows."""
     return tuple(
         _replaced(original, copy, person.key, column, attribute)
-        for person in record.people
+        for person in record.people.values()
         for column, attribute in person.replaced.items()
     )
 
@@ -102,11 +104,7 @@ def compare_replaced(
 def _replaced(
     original: Table, copy: Table, key: list[str], column: str, attribute: str
 ) -> ReplacedColumn:
-    keys = [original.named(each) for each in key]
-    whose = "NULL"
-    if keys:  # a key that is missing in part is nobody's
-        parts = " || chr(31) || ".join(keys)
-        whose = f"CASE WHEN {parts} IS NOT NULL THEN hash({parts}) END"
+    whose = _whose(original, key)
     own = f"{_meaning(attribute, original.named(column))} AS was, {whose} AS key"
     made = f"{_meaning(attribute, copy.named(column))} AS became"
     beside = _BESIDE.format(own=own, made=made)
@@ -117,9 +115,25 @@ def _replaced(
         cells,
         same,
         float(pairs) / cells if cells else 0.0,
-        torn if keys else None,
-        shared if keys and attribute in _ACCOUNTS else None,
+        torn if key else None,
+        shared if key and attribute in _ACCOUNTS else None,
+        rows_of_a_person(original, key),
     )
+
+
+def rows_of_a_person(table: Table, key: list[str]) -> float:
+    """How many rows a person has to whom a row belongs, on average: they become alike at once."""
+    ((rows,),) = table.query(
+        "SELECT sum(rows * rows) / sum(rows) FROM (SELECT count(*) AS rows FROM"
+        f" (SELECT {_whose(table, key)} AS key FROM {{rows}}) WHERE key IS NOT NULL GROUP BY key)"
+    )
+    return float(rows or 1.0)
+
+
+def _whose(table: Table, key: list[str]) -> str:
+    """What tells whose a row is; a key that is missing in part is nobody's."""
+    parts = " || chr(31) || ".join(map(table.named, key)) or "NULL"
+    return f"CASE WHEN {parts} IS NOT NULL THEN hash({parts}) END"
 
 
 def _meaning(attribute: str, column: str) -> str:

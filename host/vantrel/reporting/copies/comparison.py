@@ -2,22 +2,19 @@
 
 from __future__ import annotations
 
-from collections.abc import Sequence
 from dataclasses import dataclass
 from typing import Any, override
 
-from vantrel.detection import detect
-from vantrel.detection.values import SAMPLE_SIZE
 from vantrel.errors import CompareError
 from vantrel.hints import listed
 from vantrel.reporting.copies.cells import compare_kept, compare_replaced
 from vantrel.reporting.copies.figures import CopyFigures
 from vantrel.reporting.copies.judged import judge_kept, judge_leaks, judge_replaced, judge_rows
+from vantrel.reporting.copies.people import compare_people
 from vantrel.reporting.copies.record import CopyRecord
 from vantrel.reporting.judged import Judged
 from vantrel.reporting.labelled import LabelledTable, as_table
-from vantrel.reporting.nearness.judged import judge_nearness
-from vantrel.reporting.nearness.nearness import compare_shared_with_people
+from vantrel.reporting.nearness.judged import COPY, judge_nearness
 from vantrel.reporting.page import Sources, render_copy
 from vantrel.reporting.verdict import Verdict
 from vantrel.tables import Table
@@ -43,7 +40,7 @@ class CopyComparison(Judged):
         found = [judge_rows(figures.real_rows, figures.copied_rows, figures.made_rows)]
         if figures.real_rows == figures.copied_rows:
             found += [judge_kept(figures.kept), *judge_replaced(figures.replaced)]
-        return [*found, *judge_nearness(figures.nearness), judge_leaks(figures.leaks)]
+        return [*found, *judge_nearness(figures.nearness, COPY), judge_leaks(figures.leaks)]
 
     @property
     @override
@@ -72,9 +69,7 @@ def compare_copy(real: Any, copied: Any, record: CopyRecord) -> CopyComparison:
     _refuse_other_table(original, copy, record)
     was = original.kept(original.columns)
     became = copy.kept(copy.columns, beside=original)
-    columns = _people(original, record)
-    tables = LabelledTable(was, columns), LabelledTable(became, columns)
-    real_rows, copied_rows = map(len, tables)
+    real_rows, copied_rows = (len(LabelledTable(each, {})) for each in (was, became))
     is_whole = real_rows == copied_rows
     figures = CopyFigures(
         real_rows,
@@ -82,7 +77,7 @@ def compare_copy(real: Any, copied: Any, record: CopyRecord) -> CopyComparison:
         record.rows,
         compare_kept(was, became, record) if is_whole else (),
         compare_replaced(was, became, record) if is_whole else (),
-        compare_shared_with_people(*tables),
+        compare_people(was, became, record),
         tuple(record.leaks),
     )
     return CopyComparison(figures, record)
@@ -101,11 +96,3 @@ def _refuse_other_table(original: Table, copy: Table, record: CopyRecord) -> Non
             f"The copy has not all columns of the original, without: {listed(absent)}. It is a copy"
             " of another table, or was changed."
         )
-
-
-def _people(original: Table, record: CopyRecord) -> dict[str, str]:
-    """The columns of a row's first person, and of gender and country, which tell who is alike."""
-    replaced = {attribute: column for column, attribute in record.people[0].replaced.items()}
-    found = detect(original.excerpt(SAMPLE_SIZE), known=replaced).columns
-    alike: Sequence[str] = ("gender", "country")
-    return replaced | {each: found[each] for each in alike if each in found}

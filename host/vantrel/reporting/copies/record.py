@@ -25,10 +25,17 @@ class FoundLeak(msgspec.Struct, frozen=True):
 
 
 class OfPerson(msgspec.Struct, frozen=True):
-    """One person of each row: her key, and the attribute of each column that was replaced."""
+    """One person of each row.
+
+    Args:
+        key: The columns that tell who is who.
+        replaced: The attribute of each column in which she was replaced.
+        columns: Her columns by their attribute, also those that were only read.
+    """
 
     key: list[str]
     replaced: dict[str, str]
+    columns: dict[str, list[str]] = {}
 
 
 class CopyRecord(msgspec.Struct, frozen=True, kw_only=True):
@@ -39,8 +46,9 @@ class CopyRecord(msgspec.Struct, frozen=True, kw_only=True):
         schema_version: The version of its form.
         table: The name of the original.
         rows: The number of rows.
-        key: The columns that tell who is who, where a row has one person.
-        replaced: The attribute of each column in which she was replaced.
+        key: The key of the person of a row, as :class:`OfPerson` has it, where a row has one.
+        replaced: What was replaced of her, likewise.
+        columns: Her columns, likewise.
         people_of_a_row: The same of each person by her name, where a row has several.
         others: What was done with further columns.
         options: What else was asked for, by the option's name.
@@ -54,6 +62,7 @@ class CopyRecord(msgspec.Struct, frozen=True, kw_only=True):
     rows: int
     key: list[str] = []
     replaced: dict[str, str] = {}
+    columns: dict[str, list[str]] = {}
     people_of_a_row: dict[str, OfPerson] = {}
     others: dict[str, str]
     options: dict[str, Any]
@@ -61,21 +70,21 @@ class CopyRecord(msgspec.Struct, frozen=True, kw_only=True):
     versions: dict[str, str]
 
     @property
-    def people(self) -> list[OfPerson]:
-        """The people of each row."""
-        return list(self.people_of_a_row.values()) or [OfPerson(self.key, self.replaced)]
+    def people(self) -> dict[str, OfPerson]:
+        """The people of each row by their names, which is "" for the only one."""
+        return self.people_of_a_row or {"": OfPerson(self.key, self.replaced, self.columns)}
 
     @property
     def asked(self) -> list[str]:
         """The columns of people and of their keys."""
-        own = (column for each in self.people for column in (*each.key, *each.replaced))
+        own = (column for each in self.people.values() for column in (*each.key, *each.replaced))
         return list(dict.fromkeys(own))
 
     @property
     def changed(self) -> set[str]:
         """The columns of which something was changed."""
         acted = {column for column, action in self.others.items() if action != _KEEP}
-        replaced = {column for each in self.people for column in each.replaced}
+        replaced = {column for each in self.people.values() for column in each.replaced}
         return {*replaced, *self.options.get("scrub", ()), *acted}
 
 

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Iterator, Sequence
+from dataclasses import dataclass
 
 from vantrel.attributes import NAMES
 from vantrel.hints import argument
@@ -14,14 +15,30 @@ from vantrel.wording import counted, number, percent
 
 SECTION = "real-people"
 
-_NAMES = "Real full names in the sample"
 _RARE = "What few real people have"
 
 _UNCHECKED_NAMES = (
     "Which columns of the real table hold whole names is not known. If there are any, name them:"
     " {firstname} and {lastname}, or {fullname}."
 )
-_COPIED = "Find out how they came into the sample before you hand it on."
+
+
+@dataclass(frozen=True)
+class Made:
+    """What the table is that was made.
+
+    Args:
+        name: Its name, in a word.
+        remedy: What to do where it has what chance does not explain.
+    """
+
+    name: str
+    remedy: str
+
+
+SAMPLE = Made("sample", "Find out how they came into the sample before you hand it on.")
+COPY = Made("copy", "Make the copy anew, and do not hand this one on.")
+
 _KEPT = (
     "So the sample tells of single people. Fit the model with a higher minimum count, or take these"
     " rows out."
@@ -34,17 +51,18 @@ def unchecked_names() -> str:
     return _UNCHECKED_NAMES.format_map(named)
 
 
-def judge_nearness(nearness: Nearness) -> Iterator[Verdict]:
+def judge_nearness(nearness: Nearness, made: Made = SAMPLE) -> Iterator[Verdict]:
     """Judges how near a sample comes to real people; where it has nothing there is no verdict."""
+    of_names = f"Real full names in the {made.name}"
     if nearness.has_unchecked_names:
-        yield Verdict(_NAMES, "not checked", OPEN, unchecked_names(), SECTION)
+        yield Verdict(of_names, "not checked", OPEN, unchecked_names(), SECTION)
     elif names := _compared(nearness.names):
-        yield _of_shared(_NAMES, "whole name", _worst(names))
+        yield _of_shared(of_names, "whole name", _worst(names), made)
     for part in _compared(nearness.parts):
         things = part.kind.lower().replace("mail address", "mail addresse") + "s"
-        yield _of_shared(f"Real {things} in the sample", part.kind.lower(), part)
+        yield _of_shared(f"Real {things} in the {made.name}", part.kind.lower(), part, made)
     if nearness.rows and _compared([nearness.rows]):
-        yield _of_shared("Whole real rows in the sample", "whole row", nearness.rows)
+        yield _of_shared(f"Whole real rows in the {made.name}", "whole row", nearness.rows, made)
     if nearness.rare:
         yield _of_rare(nearness.rare)
 
@@ -57,9 +75,9 @@ def _worst(names: Sequence[Shared]) -> Shared:
     return max(names, key=lambda each: (not each.is_by_chance, each.bearing))
 
 
-def _of_shared(about: str, thing: str, shared: Shared) -> Verdict:
+def _of_shared(about: str, thing: str, shared: Shared, made: Made) -> Verdict:
     if not shared.bearing:
-        words = f"No sampled row has the {thing} of a real person."
+        words = f"No row of the {made.name} has the {thing} of a real person."
         return Verdict(about, "0", FINE, words, SECTION)
     figure = counted(shared.bearing, "row")
     if shared.is_by_chance:
@@ -69,8 +87,9 @@ def _of_shared(about: str, thing: str, shared: Shared) -> Verdict:
         )
         return Verdict(about, figure, FINE, words, SECTION)
     words = (
-        f"{percent(shared.bearing / shared.sampled_rows)} of the sampled values are the {thing} of"
-        f" a real person, and chance explains about {_about(shared.chance)} of them. {_COPIED}"
+        f"{percent(shared.bearing / shared.sampled_rows)} of the values in the {made.name} are the"
+        f" {thing} of a real person, and chance explains about {_about(shared.chance)} of them."
+        f" {made.remedy}"
     )
     return Verdict(about, figure, LOOK, words, SECTION)
 

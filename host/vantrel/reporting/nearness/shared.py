@@ -52,6 +52,7 @@ class Shared:
         chance: How many would be, by expectation, if the halves of the sampled values were put
             together at random.
         examples: Some, those of the most sampled rows first.
+        rows_of_one: How many rows have a value together, as they are one person's.
     """
 
     kind: str
@@ -61,11 +62,12 @@ class Shared:
     bearing: int
     chance: float
     examples: tuple[Example, ...]
+    rows_of_one: float = 1.0
 
     @property
     def limit(self) -> int:
         """How many chance explains, 99 times in 100."""
-        return most_by_chance(self.chance * _ALLOWANCE)
+        return most_by_chance(self.chance * _ALLOWANCE, self.rows_of_one)
 
     @property
     def is_by_chance(self) -> bool:
@@ -73,10 +75,15 @@ class Shared:
         return self.bearing <= self.limit
 
 
-def most_by_chance(expected: float) -> int:
-    """How many rare events chance makes of so many expected ones at most, 99 times in 100."""
-    drawn = np.random.default_rng(0).poisson(expected, _SIMULATED)
-    return int(np.quantile(drawn, 1 - RISK, method="higher"))
+def most_by_chance(expected: float, at_once: float = 1.0) -> int:
+    """How many rare events chance makes of so many expected ones at most, 99 times in 100.
+
+    Args:
+        expected: How many are expected.
+        at_once: How many of them come together.
+    """
+    drawn = np.random.default_rng(0).poisson(expected / at_once, _SIMULATED)
+    return int(np.quantile(drawn, 1 - RISK, method="higher") * at_once)
 
 
 # Keys and halves are compared by hashes of 64 bits, which take little memory.
