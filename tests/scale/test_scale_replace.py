@@ -19,6 +19,7 @@ import pyarrow as pa
 import pyarrow.parquet as pq
 
 import vantrel
+from support.command import succeed
 from support.replaced_folders import KEY, in_rows, read_files, visits, write_folder
 from support.replacing import SECRET
 from support.scaling import contents
@@ -215,6 +216,29 @@ def test_a_record_tells_how_copies_were_made(client: Any, table: pd.DataFrame) -
     assert [leak["cells"] for leak in record["leaks"]] == [12]
     assert list(record["files"]) == ["part.000.parquet", "part.001.parquet"]
     assert not shows(text)
+
+
+def test_a_folder_is_compared_with_its_copies(client: Any, table: pd.DataFrame) -> None:
+    write_folder(Path("many"), table, 3)
+    replace(client)
+    found = reported()
+    asking = {about for about, state in found.items() if state == "look"}
+    assert asking == {"People who are still named"}
+    assert found["How it was made"] == "fine"
+    part = Path("copy", "part.001.parquet")
+    pq.write_table(pq.read_table(part), part)
+    assert {about for about, state in reported().items() if state == "look"} == {
+        "People who are still named",
+        "How it was made",
+    }
+
+
+def reported() -> dict[str, str]:
+    """The states of all verdicts on the copies."""
+    succeed("report many copy -o report.html --json report.json --force")
+    form = json.loads(Path("report.json").read_text())
+    assert form["compared"] == "copy"
+    return {each["about"]: each["state"] for each in form["verdicts"]}
 
 
 def shows(text: str) -> bool:

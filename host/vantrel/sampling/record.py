@@ -4,8 +4,9 @@ from __future__ import annotations
 
 import hashlib
 import json
+import os
 from pathlib import Path
-from typing import Annotated, Any, ClassVar, Literal
+from typing import IO, Annotated, Any, ClassVar, Literal
 
 import msgspec
 import pandas as pd
@@ -91,6 +92,14 @@ def sha256_of(path: Path) -> str | None:
         return None
     with path.open("rb") as file:
         return hashlib.file_digest(file, "sha256").hexdigest()
+
+
+def sha256_of_written(file: IO[bytes]) -> str:
+    """The SHA-256 of what was written to a file that has no name yet, and is left as it is."""
+    file.flush()
+    with os.fdopen(os.dup(file.fileno()), "rb") as written:  # from the start to the same end
+        written.seek(0)
+        return hashlib.file_digest(written, "sha256").hexdigest()
 
 
 def record_path(output: Path, *, unfinished: bool = False) -> Path:

@@ -29,7 +29,7 @@ from vantrel.replacing.runs.secret import (
     keep_secret,
     read_or_draw_secret,
 )
-from vantrel.sampling.record import record_path, write_record
+from vantrel.sampling.record import record_path, sha256_of, write_record
 from vantrel.sampling.to_file import Progress as RowProgress
 from vantrel.sampling.to_file import untold
 from vantrel.scale.copies import CopiedFile, Found, found_in, write_copy
@@ -100,8 +100,9 @@ def replace_folder(
                 if earlier is None:
                     run.begin(stack)
                 report = run.make(files, todo, connection, partial(progress, "Replacing"))
-            refuse_lost(files, output)
-            run.note(report, found_in(files))
+                refuse_lost(files, output)
+                digests = _digests(files, connection)
+            run.note(report, found_in(files), digests)
         finish(output)
         return run.outcome(report, found_in(files))
 
@@ -181,9 +182,11 @@ class _Run:
             places.number(text)
         return found.report
 
-    def note(self, report: Report, found: Found) -> None:
+    def note(self, report: Report, found: Found, digests: dict[str, str]) -> None:
         """Notes what came of the run beside what it was to make."""
-        whole = msgspec.structs.replace(self.record, report=report, leaks=tuple(found.leaks))
+        whole = msgspec.structs.replace(
+            self.record, report=report, leaks=tuple(found.leaks), copies_sha256=digests
+        )
         write_record(whole, self.output, unfinished=True)
 
     def outcome(self, report: Report, found: Found) -> Outcome:
@@ -243,6 +246,13 @@ def _secret_of(given: bytes | Path | None) -> tuple[bytes, Path | None]:
         return checked_secret(given), None
     secret, is_new = read_or_draw_secret(given)
     return secret, given if is_new else None
+
+
+def _digests(files: Sequence[CopiedFile], client: Client) -> dict[str, str]:
+    """Has the SHA-256 of each copy told where it is at hand."""
+    paths = [file.everywhere().path for file in files]
+    found = client.gather(client.map(sha256_of, paths, pure=False))
+    return {path.name: sha256 for path, sha256 in zip(paths, found, strict=True)}
 
 
 def _refuse_other_versions(client: Client) -> None:

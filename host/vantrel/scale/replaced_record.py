@@ -41,6 +41,7 @@ class ReplaceRecord(Record, frozen=True, kw_only=True, forbid_unknown_fields=Tru
         files: Of each file that was copied its number of bytes and when it was changed.
         report: What came of all people; None while copies are still to be made.
         leaks: Who is still named in the copies.
+        copies_sha256: Of each copy its SHA-256.
     """
 
     of: ClassVar[str] = "a folder of replaced people"
@@ -57,6 +58,7 @@ class ReplaceRecord(Record, frozen=True, kw_only=True, forbid_unknown_fields=Tru
     files: dict[str, str]
     report: Report | None = None
     leaks: tuple[Leak, ...] = ()
+    copies_sha256: dict[str, str] | None = None
 
     @property
     def decisive(self) -> dict[str, Any]:

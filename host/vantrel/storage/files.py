@@ -175,7 +175,7 @@ def _made_beside(target: Path, mode: int, told: Path) -> tuple[Path, int]:
         temporary = target.with_name(_temporary_name(target.name, next(numbers)))
         _remove_leftover(temporary, told)
         try:
-            descriptor = os.open(temporary, os.O_WRONLY | os.O_CREAT | os.O_EXCL, mode)
+            descriptor = os.open(temporary, os.O_RDWR | os.O_CREAT | os.O_EXCL, mode)
             with suppress(OSError):  # no locks here
                 fcntl.flock(descriptor, fcntl.LOCK_EX)
             if os.fstat(descriptor).st_nlink:

@@ -193,7 +193,7 @@ def _pointer(name: str) -> str:
 
 def parquet_source(path: Path, file: Path, folder: Path, con: duckdb.DuckDBPyConnection) -> Source:
     """Reads the names of the columns of a Parquet file, or of all in a folder, sorted by name."""
-    files = sorted(file.glob("*.parquet")) if file.is_dir() else [file]
+    files = parts_of(file)
     if not files:
         raise TableError(f"Folder {named(path)} holds no Parquet files: name a table.")
     try:
@@ -217,6 +217,11 @@ def parquet_source(path: Path, file: Path, folder: Path, con: duckdb.DuckDBPyCon
     texts = ", ".join(f"CAST({column} AS VARCHAR) AS {column}" for column in columns)
     read = f"read_parquet([{read_from}], union_by_name={str(len(files) > 1).lower()})"
     return Source(names, f"(SELECT {texts} FROM {read} AS t({', '.join(columns)}))")
+
+
+def parts_of(path: Path) -> list[Path]:
+    """The files of a table of Parquet: all in a folder, sorted by name, or the only one."""
+    return sorted(path.glob("*.parquet")) if path.is_dir() else [path]
 
 
 def broken(path: Path, error: Exception) -> TableError:

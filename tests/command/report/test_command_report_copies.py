@@ -1,5 +1,6 @@
 """``vantrel report`` on copies in which people were replaced."""
 
+import json
 from pathlib import Path
 
 import pytest
@@ -27,8 +28,29 @@ def test_a_copy_is_compared_with_its_original() -> None:
     result = run("report real.csv copy.csv -o report.html --fail-on look --force")
     assert (result.exit_code, result.stderr) == (
         4,
-        "vantrel: error: 1 verdict asks for a look: Cells that had to stay.\n",
+        "vantrel: error: 2 verdicts ask for a look: Cells that had to stay; How it was made.\n",
     )
+
+
+@pytest.mark.usefixtures("copied")
+def test_a_copy_that_was_changed_where_no_other_verdict_tells_is_told() -> None:
+    succeed("report real.csv copy.csv -o report.html --fail-on look")
+    page = shown_page()
+    assert "The copy is to the byte as it was made." in page
+    Path("copy.csv").write_text(Path("copy.csv").read_text().replace("GB,3", '"GB",3'))
+    result = run("report real.csv copy.csv -o report.html --force --fail-on look")
+    assert result.stderr == ("vantrel: error: 1 verdict asks for a look: How it was made.\n")
+    assert "it was changed since. Make it anew." in shown_page()
+
+
+@pytest.mark.usefixtures("copied")
+def test_a_record_that_does_not_tell_the_hash_has_no_verdict_on_it() -> None:
+    path = Path("copy.csv.made.json")
+    record = json.loads(path.read_text())
+    del record["file_sha256"]
+    path.write_text(json.dumps(record))
+    succeed("report real.csv copy.csv -o report.html --fail-on look")
+    assert "as it was made" not in shown_page()
 
 
 @pytest.mark.usefixtures("copied")

@@ -34,6 +34,7 @@ from vantrel.replacing.runs.running import (
     write_plan_of,
 )
 from vantrel.replacing.runs.secret import write_secret
+from vantrel.sampling.record import sha256_of_written
 from vantrel.storage.files import refuse_missing_folder, refuse_overwriting
 from vantrel.storage.together import Opener, replacing_together
 from vantrel.tables.copying import Copied
@@ -148,12 +149,12 @@ def _copy_all(
     report = who.finish()
     replaced = [
         replaced_by(done, table, output)
-        for (table, output, _), done in zip(copies, passed, strict=True)
+        for (table, output, _), (done, _) in zip(copies, passed, strict=True)
     ]
     if asked.fail_on_leak:
         refuse_leaks(replaced)
-    for done, (_, output, _) in zip(replaced, copies, strict=True):
-        write_record(opened, output, record_of(done, asked, report))
+    for done, (_, output, _), (_, sha256) in zip(replaced, copies, passed, strict=True):
+        write_record(opened, output, record_of(done, asked, report) | {"file_sha256": sha256})
     return replaced, report
 
 
@@ -162,8 +163,8 @@ def _write(
     who: People,
     copy: _Copy,
     further: Callable[[int], object],
-) -> Passing:
-    """Writes the copy of a table."""
+) -> tuple[Passing, str]:
+    """Writes the copy of a table, and gives its SHA-256."""
     table, output, compression = copy
     copied = table.copied
     passing = Passing(who, table.roles, table.asked.scrub, table.others)
@@ -177,4 +178,4 @@ def _write(
     copied.write(file, copied.columns, told, compression=compression)
     file.flush()
     os.fsync(file.fileno())  # a disk that is full is heard of before any copy has its name
-    return passing
+    return passing, sha256_of_written(file)

@@ -9,7 +9,13 @@ from vantrel.errors import CompareError
 from vantrel.hints import listed
 from vantrel.reporting.copies.cells import compare_kept, compare_replaced
 from vantrel.reporting.copies.figures import CopyFigures
-from vantrel.reporting.copies.judged import judge_kept, judge_leaks, judge_replaced, judge_rows
+from vantrel.reporting.copies.judged import (
+    judge_kept,
+    judge_leaks,
+    judge_origin,
+    judge_replaced,
+    judge_rows,
+)
 from vantrel.reporting.copies.people import compare_people
 from vantrel.reporting.copies.record import CopyRecord
 from vantrel.reporting.judged import Judged
@@ -40,7 +46,8 @@ class CopyComparison(Judged):
         found = [judge_rows(figures.real_rows, figures.copied_rows, figures.made_rows)]
         if figures.real_rows == figures.copied_rows:
             found += [judge_kept(figures.kept), *judge_replaced(figures.replaced)]
-        return [*found, *judge_nearness(figures.nearness, COPY), judge_leaks(figures.leaks)]
+        found += [*judge_nearness(figures.nearness, COPY), judge_leaks(figures.leaks)]
+        return [*found, *judge_origin(figures.is_changed)]
 
     @property
     @override
@@ -79,6 +86,7 @@ def compare_copy(real: Any, copied: Any, record: CopyRecord) -> CopyComparison:
         compare_replaced(was, became, record) if is_whole else (),
         compare_people(was, became, record),
         tuple(record.leaks),
+        record.is_changed(copy.path) if isinstance(copied, Table) else None,
     )
     return CopyComparison(figures, record)
 

@@ -21,6 +21,7 @@ class CopyFigures:
         replaced: The columns whose people were replaced; likewise.
         nearness: What made-up people share with real ones.
         leaks: Who was still named when the copy was made.
+        is_changed: Whether the copy is another one than was made; None if that is not known.
     """
 
     real_rows: int
@@ -30,3 +31,4 @@ class CopyFigures:
     replaced: tuple[ReplacedColumn, ...]
     nearness: Nearness
     leaks: tuple[FoundLeak, ...]
+    is_changed: bool | None

@@ -74,6 +74,17 @@ def _of_people(replaced: Sequence[ReplacedColumn]) -> Verdict:
     return Verdict(about, counted(most, "exception"), LOOK, words, "replaced")
 
 
+def judge_origin(is_changed: bool | None) -> Iterator[Verdict]:
+    """Judges whether the copy is the one that was made, if that is known."""
+    about = "How it was made"
+    if is_changed:
+        words = "The copy is not as it was made: it was changed since. Make it anew."
+        yield Verdict(about, "changed", LOOK, words, "origin")
+    elif is_changed is not None:
+        words = "The copy is to the byte as it was made."
+        yield Verdict(about, "unchanged", FINE, words, "origin")
+
+
 def judge_leaks(leaks: Sequence[FoundLeak]) -> Verdict:
     """Judges what was found of people in other columns when the copy was made."""
     about = "People who are still named"

@@ -9,10 +9,12 @@ import msgspec
 
 from vantrel.errors import RecordError
 from vantrel.hints import named
-from vantrel.sampling.record import MOST_BYTES, record_path
+from vantrel.sampling.record import MOST_BYTES, record_path, sha256_of
 from vantrel.storage.files import read_whole
+from vantrel.tables.sources import parts_of
 from vantrel.wording import shown
 
+_FORMATS = ("vantrel-replace", "vantrel-replace-folder")
 _KEEP = "keep"
 
 
@@ -54,9 +56,11 @@ class CopyRecord(msgspec.Struct, frozen=True, kw_only=True):
         options: What else was asked for, by the option's name.
         leaks: Who was still named.
         versions: The versions that decide who people become.
+        file_sha256: The SHA-256 of the file of the copy; None where it is none.
+        copies_sha256: The same of each file of a folder, by its name.
     """
 
-    format: Literal["vantrel-replace"]
+    format: Literal["vantrel-replace", "vantrel-replace-folder"]
     schema_version: Literal[1]
     table: str
     rows: int
@@ -68,6 +72,8 @@ class CopyRecord(msgspec.Struct, frozen=True, kw_only=True):
     options: dict[str, Any]
     leaks: list[FoundLeak]
     versions: dict[str, str]
+    file_sha256: str | None = None
+    copies_sha256: dict[str, str] | None = None
 
     @property
     def people(self) -> dict[str, OfPerson]:
@@ -87,6 +93,12 @@ class CopyRecord(msgspec.Struct, frozen=True, kw_only=True):
         replaced = {column for each in self.people.values() for column in each.replaced}
         return {*replaced, *self.options.get("scrub", ()), *acted}
 
+    def is_changed(self, copy: Path) -> bool | None:
+        """Tells whether a copy is another one than was made; None where the record does not."""
+        if self.copies_sha256:
+            return self.copies_sha256 != {file.name: sha256_of(file) for file in parts_of(copy)}
+        return None if self.file_sha256 is None else self.file_sha256 != sha256_of(copy)
+
 
 class _Kind(msgspec.Struct):
     format: str = ""
@@ -101,7 +113,7 @@ def read_copy_record(output: Path) -> CopyRecord | None:
     path = record_path(output)
     try:
         text = read_whole(path, MOST_BYTES)
-        if msgspec.json.decode(text, type=_Kind).format != "vantrel-replace":
+        if msgspec.json.decode(text, type=_Kind).format not in _FORMATS:
             return None
     except (OSError, msgspec.DecodeError, RecursionError):
         return None  # whoever reads the record of a sample tells what is wrong
