@@ -22,7 +22,9 @@ from vantrel.hints import named
 from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting, replacing, same_file
 
 if TYPE_CHECKING:
+    from vantrel.reporting.comparison import Comparison
     from vantrel.reporting.judged import Judged
+    from vantrel.tables import Table
 
 
 @click.command(cls=TerseCommand, short_help="Compare a real table with a sample.")
@@ -153,7 +155,28 @@ def _compared(
     ):
         if copy:
             return compare_copy(real, people, copy)
-        return vantrel.compare(real, people, record=record, **columns)
+        found = vantrel.compare(real, people, record=record, **columns)
+        if record is None and isinstance(sampled, Path) and _may_be_copied(found, real, people):
+            _say_without_record(table, sampled)
+        return found
+
+
+def _may_be_copied(found: Comparison, real: Table, people: Table) -> bool:
+    """Tells whether a table has the rows and columns that a copy of another one has."""
+    figures = found.figures
+    return figures.real_rows == figures.sampled_rows and real.columns == people.columns
+
+
+def _say_without_record(table: Path | Address, copy: Path) -> None:
+    from vantrel.cli.console import say
+    from vantrel.sampling.record import record_path
+
+    say(
+        "note",
+        f"{named(copy)} has no record and was compared as a sample. If 'vantrel replace' made it"
+        f" from {_name_of(table)}, as its rows and columns suggest, put {named(record_path(copy))}"
+        " back beside it.",
+    )
 
 
 def _refuse_made(table: Path) -> None:

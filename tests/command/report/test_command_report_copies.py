@@ -44,6 +44,20 @@ def test_a_copy_that_was_changed_where_no_other_verdict_tells_is_told() -> None:
 
 
 @pytest.mark.usefixtures("copied")
+def test_what_may_be_a_copy_without_its_record_is_told() -> None:
+    Path("copy.csv.made.json").unlink()
+    note = (
+        "vantrel: note: copy.csv has no record and was compared as a sample. If 'vantrel replace'"
+        " made it from real.csv, as its rows and columns suggest, put copy.csv.made.json back"
+        " beside it.\n"
+    )
+    assert note in succeed("report real.csv copy.csv -o report.html").stderr
+    rows = Path("copy.csv").read_text().splitlines()
+    Path("copy.csv").write_text("\n".join(rows[:-1]))
+    assert "no record" not in succeed("report real.csv copy.csv -o report.html --force").stderr
+
+
+@pytest.mark.usefixtures("copied")
 def test_a_record_that_does_not_tell_the_hash_has_no_verdict_on_it() -> None:
     path = Path("copy.csv.made.json")
     record = json.loads(path.read_text())
