@@ -19,7 +19,14 @@ from vantrel.cli.options import (
 )
 from vantrel.databases.address import Address
 from vantrel.hints import named
-from vantrel.storage.files import STANDARD_STREAM, refuse_overwriting, replacing, same_file
+from vantrel.storage.files import (
+    STANDARD_STREAM,
+    refuse_overwriting,
+    replacing,
+    same_content,
+    same_file,
+)
+from vantrel.wording import shown
 
 if TYPE_CHECKING:
     from vantrel.reporting.comparison import Comparison
@@ -86,6 +93,11 @@ def report(
             f"{named(table)} and {named(sampled)} are the same {'file' if files else 'table'}:"
             " name the real table, then a sample of it."
         )
+    if len(files) == 2 and same_content(*files):
+        raise click.UsageError(
+            f"{named(table)} and {named(sampled)} have the same content: name the real table, then"
+            " a sample of it."
+        )
 
     # These take a second to import; help need not wait for them.
     from vantrel.cli.console import say
@@ -147,8 +159,8 @@ def _compared(
             "The columns of a copy are those that its record tells: leave --column out."
         )
     record = None if copy or isinstance(sampled, Address) else read_record(sampled)
-    if isinstance(table, Path) and not (copy or record):
-        _refuse_made(table)
+    if isinstance(table, Path):
+        _refuse_made(table, sampled, may_be_made=bool(copy or record))
     with (
         open_table(table, separator=separator, encoding=encoding, empty_is_missing=True) as real,
         open_table(sampled, empty_is_missing=True) as people,
@@ -179,14 +191,18 @@ def _say_without_record(table: Path | Address, copy: Path) -> None:
     )
 
 
-def _refuse_made(table: Path) -> None:
-    """Refuses a table that was made, in the place of the real one."""
+def _refuse_made(table: Path, sampled: Path | Address, *, may_be_made: bool) -> None:
+    """Refuses a table that was made in the place of the real one, if it may not be a sample."""
     from vantrel.reporting.copies.record import read_copy_record
     from vantrel.sampling.record import read_record
 
-    is_copy = read_copy_record(table) is not None
-    if is_copy or read_record(table):
-        raise click.UsageError(
-            f"{named(table)} is a {'copy' if is_copy else 'sample'}, as its record says: the real"
-            " table comes first."
-        )
+    copy = read_copy_record(table)
+    if copy and isinstance(sampled, Path) and copy.table == shown(sampled.name, 255):
+        made = f"copy of {named(sampled)}"
+    elif not may_be_made and (copy or read_record(table)):
+        made = "copy" if copy else "sample"
+    else:
+        return
+    raise click.UsageError(
+        f"{named(table)} is a {made}, as its record says: the real table comes first."
+    )

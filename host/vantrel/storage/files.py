@@ -2,6 +2,7 @@
 
 import errno
 import fcntl
+import filecmp
 import hashlib
 import os
 import stat
@@ -122,6 +123,11 @@ def refuse_missing_folder(path: Path) -> None:
 def same_file(one: Path, other: Path) -> bool:
     """Tells whether two paths lead to one existing file."""
     return one.exists() and other.exists() and one.samefile(other)
+
+
+def same_content(one: Path, other: Path) -> bool:
+    """Tells whether two files have the same bytes; only regular ones are read."""
+    return one.exists() and other.exists() and filecmp.cmp(one, other, shallow=False)
 
 
 def is_special(path: Path) -> bool:

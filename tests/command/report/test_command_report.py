@@ -163,7 +163,7 @@ def test_the_help_is_not_cut_in_a_narrow_terminal(columns: str) -> None:
 
 def test_a_file_of_any_name_is_reported(people: pd.DataFrame) -> None:
     name = os.fsdecode(b"odd \xff<b>.csv")
-    people.to_csv(name, index=False)
+    people.head(45).to_csv(name, index=False)
     succeed(f"report {shlex.quote(name)} people.csv -o report.html --column gender=sex")
     html = shown_page()
     assert "<title>People report: odd \ufffd&lt;b&gt;.csv</title>" in html

@@ -33,6 +33,15 @@ def test_a_copy_is_compared_with_its_original() -> None:
 
 
 @pytest.mark.usefixtures("copied")
+def test_a_copy_of_what_has_a_record_itself_does_not_come_first() -> None:
+    succeed("replace copy.csv -o second.csv --key id --secret s.secret")
+    succeed("report copy.csv second.csv -o report.html")
+    assert fail("report second.csv copy.csv -o r.html", 2) == (
+        "second.csv is a copy of copy.csv, as its record says: the real table comes first."
+    )
+
+
+@pytest.mark.usefixtures("copied")
 def test_a_copy_that_was_changed_where_no_other_verdict_tells_is_told() -> None:
     succeed("report real.csv copy.csv -o report.html --fail-on look")
     page = shown_page()
@@ -73,5 +82,9 @@ def test_a_copy_has_the_columns_of_its_record_and_does_not_come_first() -> None:
         "The columns of a copy are those that its record tells: leave --column out."
     )
     assert fail("report copy.csv real.csv -o r.html", 2) == (
+        "copy.csv is a copy of real.csv, as its record says: the real table comes first."
+    )
+    Path("real.csv").rename("other.csv")
+    assert fail("report copy.csv other.csv -o r.html", 2) == (
         "copy.csv is a copy, as its record says: the real table comes first."
     )

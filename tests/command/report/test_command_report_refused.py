@@ -2,6 +2,7 @@
 
 from pathlib import Path
 
+import pandas as pd
 import pytest
 
 from support.command import fail, run, succeed
@@ -77,6 +78,20 @@ def test_a_table_is_not_compared_with_itself(other: str) -> None:
     assert fail(f"report people.csv {other} -o report.html", 2) == (
         "people.csv and people.csv are the same file: name the real table, then a sample of it."
     )
+
+
+def test_equal_tables_are_not_compared() -> None:
+    Path("made-up.csv").write_bytes(Path("people.csv").read_bytes())
+    assert fail(REPORT, 2) == (
+        "people.csv and made-up.csv have the same content: name the real table, then a sample of"
+        " it."
+    )
+
+
+def test_tables_that_are_only_as_long_are_compared(people: pd.DataFrame) -> None:
+    people[::-1].to_csv("made-up.csv", index=False)
+    assert Path("made-up.csv").stat().st_size == Path("people.csv").stat().st_size
+    succeed(REPORT)
 
 
 @pytest.mark.usefixtures("recorded")
