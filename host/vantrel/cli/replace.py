@@ -238,7 +238,7 @@ def replace(
     asked = wanted.asked([*files, *([people] if people else [])])
     if output is None:
         assert write_plan is not None
-        plan_files(files, write_plan, asked, **of_files)
+        plan_files(files, write_plan, asked, people=people, progress=working, **of_files)
         click.echo(f"Wrote {named(write_plan)}: look at it, then run it with --plan.")
         return
     outcome = replace_files(

@@ -247,3 +247,43 @@ def test_actions_of_other_columns_go_into_a_plan_and_come_of_it() -> None:
     assert told.count("Other columns stay") == 1
     succeed(RUN.format("other") + " --other dob=keep --other memo=blank")
     assert ",1940-05-06,," in Path("other/born.csv").read_text()
+
+
+TOLD = "id,name\n1,Ann Lee\n2,Tom Price\n3,Eva Busch\n4,Jon Snow\n5,Ida Ott\n"
+NOTES = "id,mail,text,who\n1,a@web.de,Ann Lee called,Lee\n2,b@web.de,,\n3,c@web.de,ask Eva Busch,\n"
+NAMED = "2 cells still name the row's person (rows 1, 3)"
+
+
+@pytest.mark.parametrize("given", ["told.csv", "--people told.csv"])
+def test_who_is_named_in_a_few_rows_is_to_be_decided(given: str) -> None:
+    Path("told.csv").write_text(TOLD)
+    Path("notes.csv").write_text(NOTES)
+    inputs = f"replace notes.csv {given} --key id --secret s"
+    succeed(f"{inputs} --write-plan plan.toml")
+    plan = Path("plan.toml").read_text()
+    assert f'text = "undecided" # {NAMED}\n' in plan
+    assert 'who = "keep" # 1 cell has the row\'s first or last name alone (row 1)\n' in plan
+    refused = (
+        "Nothing was written, as columns look personal and are not decided. notes.csv: Column"
+        f" 'text': {NAMED}: add --scrub text."
+    )
+    Path("out").mkdir()
+    assert fail(f"{inputs} -o out --strict", 1) == refused
+    assert not list(Path("out").iterdir())
+    Path("plan.toml").write_text(plan.replace("undecided", "scrub"))
+    succeed(f"{inputs} -o out --plan plan.toml --strict")
+    succeed(f"{inputs} -o kept --other text=keep --strict")
+    succeed(f"{inputs} --scrub text --write-plan decided.toml")
+    assert 'text = "scrub"\n' in Path("decided.toml").read_text()
+
+
+def test_a_key_that_names_people_stays_a_key() -> None:
+    Path("told.csv").write_text("id,name\n1,Ann Lee\n2,Tom Price\n")
+    Path("notes.csv").write_text("who,name\nAnn Lee,Ann Lee\nTom Ott,Tom Ott\n")
+    inputs = "replace notes.csv told.csv --key notes:who --key told:id --secret s"
+    succeed(f"{inputs} --write-plan plan.toml")
+    assert (
+        'who = "keep" # the key; 2 cells still name the row\'s person'
+        in Path("plan.toml").read_text()
+    )
+    succeed(f"{inputs} -o out --strict")

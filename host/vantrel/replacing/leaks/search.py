@@ -51,13 +51,18 @@ class Leak:
 
     def __str__(self) -> str:
         """Tells it in a line."""
+        return f"Column {shown(repr(self.column))}: {self.told}"
+
+    @property
+    def told(self) -> str:
+        """Tells it beside the name of the column."""
         one = self.cells == 1
         if self.kind == "person":
             does = f"still {'names' if one else 'name'} the row's person"
         else:
             does = f"{'has' if one else 'have'} the row's first or last name alone"
         cells = counted(self.cells, "cell")
-        return f"Column {shown(repr(self.column))}: {cells} {does} ({in_rows(self.rows)})"
+        return f"{cells} {does} ({in_rows(self.rows)})"
 
 
 def people_first(leaks: Iterable[Leak]) -> list[Leak]:

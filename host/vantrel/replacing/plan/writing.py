@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Collection, Mapping, Sequence
+from types import MappingProxyType
 from typing import NamedTuple
 
 import tomlkit
@@ -10,6 +11,7 @@ from tomlkit.items import Array, Item, Table
 
 from vantrel.replacing.columns.person import REPLACED, Person
 from vantrel.replacing.columns.roles import Roles
+from vantrel.replacing.leaks import Leak
 from vantrel.replacing.plan.form import FORMAT, KEEP, SCHEMA_VERSION, UNDECIDED
 
 _HEAD = """\
@@ -33,6 +35,7 @@ class Decided(NamedTuple):
         columns: All of them.
         fates: What becomes of those that are decided.
         empty: Those without a value, of which nothing but the name tells what they will hold.
+        leaks: Who would still be named in which of them.
         ties: Why columns cannot be changed, where any are so.
     """
 
@@ -40,7 +43,8 @@ class Decided(NamedTuple):
     columns: Sequence[str]
     fates: Mapping[str, str]
     empty: Collection[str]
-    ties: Mapping[str, str]
+    leaks: Sequence[Leak] = ()
+    ties: Mapping[str, str] = MappingProxyType({})
 
 
 def write_plan(tables: Mapping[str, Decided]) -> str:
@@ -105,14 +109,17 @@ def _others(decided: Decided, roles: Roles, tied: Collection[str]) -> Table:
         doubt.column: f"named like {doubt.attribute}, but its values do not look so"
         for doubt in roles.doubts
     }
+    why = {leak.column: leak.told for leak in decided.leaks if leak.kind == "person"} | why
     ties = {column: f"cannot be changed: {each}" for column, each in decided.ties.items()}
     why |= {column: each for column, each in ties.items() if column in why or column in tied}
+    names_alone = {leak.column: leak.told for leak in decided.leaks if leak.kind == "name"}
     for column in decided.columns:
         if column in roles.told:
             continue
         is_open = column in why and column not in roles.keys and column not in ties
         fate = decided.fates.get(column, UNDECIDED if is_open else KEEP)
-        told = why.get(column) or _whose_key(roles, column)
+        reasons = [_whose_key(roles, column), why.get(column) or names_alone.get(column, "")]
+        told = "; ".join(filter(None, reasons))
         table[column] = _told(fate, told) if told else fate
     return table
 

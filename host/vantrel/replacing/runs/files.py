@@ -24,10 +24,12 @@ from vantrel.replacing.runs.passing import Passing
 from vantrel.replacing.runs.record import record_of, write_record
 from vantrel.replacing.runs.running import (
     Progress,
+    leaks_to_come,
     learnt,
     notes_on,
     refuse_leaks,
     refuse_undecided,
+    refuse_undecided_leaks,
     replaced_by,
     rows_learnt,
     secret_of,
@@ -86,9 +88,7 @@ def replace_files(
             (table, copy, compression_of(copy, table.copied))
             for table, copy in zip(tables, outputs, strict=True)
         ]
-        told = []
-        if people is not None:
-            told.append(open_table(stack, people, asked, separator, encoding, is_only_read=True))
+        told = _only_read(stack, people, asked, separator, encoding)
         refuse_unknown_columns([*tables, *told], asked)
         if asked.strict:
             refuse_undecided(tables)
@@ -113,9 +113,11 @@ def plan_files(
     plan: Path,
     asked: Asked,
     *,
+    people: Path | None = None,
     separator: str | None = None,
     encoding: str | None = None,
     force: bool = False,
+    progress: Progress,
 ) -> None:
     """Writes as a plan what would become of each column of tables, and makes nothing else.
 
@@ -123,9 +125,11 @@ def plan_files(
         inputs: Files of CSV or Parquet, by the ends of their names.
         plan: The file of the plan.
         asked: What is asked for already.
+        people: A table with the names of people, who may be named in the others.
         separator: What separates the cells of CSV; found if None.
         encoding: The encoding of CSV.
         force: Whether a file is overwritten that is there.
+        progress: What is told how far the rows are.
 
     Raises:
         VantrelError: A table, or what is asked for, cannot be used.
@@ -133,11 +137,21 @@ def plan_files(
     """
     refuse_doubled_names(inputs)
     refuse_missing_folder(plan)
-    refuse_overwriting(plan, *inputs, force=force)
+    refuse_overwriting(plan, *inputs, *filter(None, [people]), force=force)
     with ExitStack() as stack:
         tables = [open_table(stack, each, asked, separator, encoding) for each in inputs]
-        refuse_unknown_columns(tables, asked)
-        write_plan_of(tables, plan, force=force)
+        told = _only_read(stack, people, asked, separator, encoding)
+        refuse_unknown_columns([*tables, *told], asked)
+        write_plan_of(tables, plan, leaks_to_come(asked, told, tables, progress), force=force)
+
+
+def _only_read(
+    stack: ExitStack, people: Path | None, asked: Asked, separator: str | None, encoding: str | None
+) -> list[OpenedTable[Copied]]:
+    """Opens the table that only tells of people, where there is one."""
+    if people is None:
+        return []
+    return [open_table(stack, people, asked, separator, encoding, is_only_read=True)]
 
 
 def _copy_all(
@@ -153,6 +167,8 @@ def _copy_all(
     ]
     if asked.fail_on_leak:
         refuse_leaks(replaced)
+    if asked.strict:
+        refuse_undecided_leaks(replaced)
     for done, (_, output, _), (_, sha256) in zip(replaced, copies, passed, strict=True):
         write_record(opened, output, record_of(done, asked, report) | {"file_sha256": sha256})
     return replaced, report

@@ -2,17 +2,19 @@
 
 from __future__ import annotations
 
+import secrets
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from contextlib import AbstractContextManager
 from itertools import chain
 from pathlib import Path
+from types import MappingProxyType
 from typing import Any
 
 from vantrel.errors import LeakError, UndecidedError
 from vantrel.hints import argument, named
 from vantrel.replacing.leaks import Leak
 from vantrel.replacing.people.people import People, Report, Table
-from vantrel.replacing.plan import Decided, write_plan
+from vantrel.replacing.plan import UNDECIDED, Decided, write_plan
 from vantrel.replacing.runs.asked import Asked
 from vantrel.replacing.runs.notes import further, notes_on_table, notes_on_undecided
 from vantrel.replacing.runs.opened import OpenedTable
@@ -57,10 +59,27 @@ def learnt(
     return who
 
 
+def leaks_to_come(
+    asked: Asked, only_read: Sequence[Opened], tables: Sequence[Opened], progress: Progress
+) -> dict[str, list[Leak]]:
+    """Tells by their names who would still be named in tables, whatever the secret is."""
+    who = learnt(secrets.token_bytes(), asked, only_read, tables, progress)
+    leaks = {}
+    with progress("Searching", rows_learnt(who, tables)) as further:
+        for table in tables:
+            passing = Passing(who, table.roles, table.asked.scrub, table.others)
+            for batch in table.copied.batches(table.copied.columns):
+                passing(batch)
+                further(batch.num_rows)
+            leaks[table.name] = passing.leaks()
+    return leaks
+
+
 def write_plan_of(
     tables: Iterable[Opened],
     plan: Path,
-    ties: Mapping[str, Mapping[str, str]] | None = None,
+    leaks: Mapping[str, Sequence[Leak]] = MappingProxyType({}),
+    ties: Mapping[str, Mapping[str, str]] = MappingProxyType({}),
     *,
     force: bool,
 ) -> None:
@@ -69,10 +88,10 @@ def write_plan_of(
     Args:
         tables: The tables.
         plan: The file of the plan.
+        leaks: Who would still be named in each, by its name, as far as that was looked for.
         ties: Why columns cannot be changed, by the names of tables and columns, where any are so.
         force: Whether a file is overwritten that is there.
     """
-    ties = ties or {}
     text = write_plan(
         {
             table.copied.path.name: Decided(
@@ -80,6 +99,7 @@ def write_plan_of(
                 table.copied.columns,
                 table.asked.fates,
                 table.empty,
+                leaks.get(table.name, ()),
                 ties.get(table.name, {}),
             )
             for table in tables
@@ -127,12 +147,27 @@ def notes_on(
 
 def refuse_undecided(tables: Sequence[Opened]) -> None:
     """Refuses tables that have columns of which nobody has decided what becomes of them."""
-    undecided = [
+    _refuse_as_undecided(
         f"{named(table.name)}: {note}"
         for table in tables
         for note in notes_on_undecided(table.roles, table.asked.undecided)
-    ]
-    if undecided:
+    )
+
+
+def refuse_undecided_leaks(tables: Iterable[Replaced]) -> None:
+    """Refuses columns in which somebody is still named, unless it was decided that they stay."""
+    _refuse_as_undecided(
+        f"{named(table.path)}: {leak}: add {argument('scrub', [leak.column])}."
+        for table in tables
+        for leak in table.leaks
+        if leak.kind == "person"
+        and leak.column not in table.roles.keys
+        and table.asked.fates.get(leak.column, UNDECIDED) == UNDECIDED
+    )
+
+
+def _refuse_as_undecided(notes: Iterable[str]) -> None:
+    if undecided := list(notes):
         raise UndecidedError(
             f"Nothing was written, as columns look personal and are not decided."
             f" {' '.join(undecided)}"
