@@ -102,7 +102,7 @@ if TYPE_CHECKING:
 @click.option(
     "--scrub",
     multiple=True,
-    metavar="COLUMN",
+    metavar="[TABLE:]COLUMN",
     help="A column of other things in which the names, address and numbers of the row's person are"
     " replaced, too; may be repeated.",
 )

@@ -43,11 +43,9 @@ class Wanted:
         from vantrel.replacing.runs.asked import Asked, OfTable
         from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 
-        of_all, of_tables = _of_tables(
-            self.keys, self.columns, self.others, self.households, tables
-        )
+        of_all, of_tables = _of_tables(self, tables)
         return Asked(
-            OfTable(keep=frozenset(self.keep), scrub=self.scrub).over(of_all),
+            OfTable(keep=frozenset(self.keep)).over(of_all),
             of_tables,
             read_plan(self.plan) if self.plan else None,
             place=self.place or DEFAULT_LOCALE,
@@ -66,6 +64,7 @@ class Wanted:
             columns=_with_colons(self.columns, tables),
             others=_with_colons(self.others, tables),
             households=_with_colons(self.households, tables),
+            scrub=_with_colons(self.scrub, tables),
         ).asked(paths)
 
 
@@ -96,6 +95,15 @@ def _keys(given: Texts, inputs: Sequence[Path]) -> dict[str | None, list[Texts]]
         for table in tables:
             keys.setdefault(table, []).append(tuple(columns.split(",")))
     return keys
+
+
+def _scrubbed(given: Texts, inputs: Sequence[Path]) -> dict[str | None, list[str]]:
+    found: dict[str | None, list[str]] = {}
+    for text in given:
+        tables, column = _tables_and_rest(text, inputs)
+        for table in tables:
+            found.setdefault(table, []).append(column)
+    return found
 
 
 def _columns(given: Texts, inputs: Sequence[Path]) -> dict[str | None, dict[str, list[str]]]:
@@ -138,22 +146,22 @@ def _households(given: Texts, inputs: Sequence[Path]) -> dict[str | None, str]:
     return found
 
 
-def _of_tables(
-    keys: Texts, columns: Texts, others: Texts, households: Texts, inputs: Sequence[Path]
-) -> tuple[OfTable, dict[str, OfTable]]:
+def _of_tables(wanted: Wanted, inputs: Sequence[Path]) -> tuple[OfTable, dict[str, OfTable]]:
     """Gives what is asked of all tables, and of single ones by their names."""
     from vantrel.replacing.runs.asked import OfTable
 
-    keys_of, columns_of = _keys(keys, inputs), _columns(columns, inputs)
-    others_of, households_of = _others(others, inputs), _households(households, inputs)
+    keys_of, columns_of = _keys(wanted.keys, inputs), _columns(wanted.columns, inputs)
+    scrubbed_of, others_of = _scrubbed(wanted.scrub, inputs), _others(wanted.others, inputs)
+    households_of = _households(wanted.households, inputs)
 
     def asked(table: str | None) -> OfTable:
         return OfTable(
             tuple(keys_of.get(table, ())),
             columns_of.get(table, {}),
+            scrub=tuple(scrubbed_of.get(table, ())),
             others=others_of.get(table, {}),
             household=households_of.get(table, ""),
         )
 
-    named_tables = {**keys_of, **columns_of, **others_of, **households_of}
+    named_tables = {**keys_of, **columns_of, **scrubbed_of, **others_of, **households_of}
     return asked(None), {table: asked(table) for table in named_tables if table}

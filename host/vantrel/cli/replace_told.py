@@ -78,10 +78,11 @@ def _rows(table: Replaced, person: Person) -> Iterator[tuple[str, str, str, str]
 
 def _rows_of_others(table: Replaced, person: Person) -> Iterator[tuple[str, str, str, str]]:
     """What becomes of the other columns that are a person's."""
-    by_option = "plan" if table.asked.is_planned else "--other"
-    for column, action in table.others.items():
+    fates = [(column, "--other", str(action)) for column, action in table.others.items()]
+    fates += [(column, "--scrub", "scrubbed") for column in table.asked.scrub]
+    for column, option, fate in fates:
         if table.roles.owner(column) is person:
-            yield "", column, by_option, str(action)
+            yield "", column, "plan" if table.asked.is_planned else option, fate
 
 
 def _fate(person: Person, column: str, attribute: str) -> str:

@@ -126,7 +126,7 @@ class Replacer:
             columns=columns,
             keep=keep,
             decided=[*scrub, *others],
-            has_others=bool(others),
+            has_others=bool(others or scrub),
             household=household,
         )
         refuse_scrub(_names(table), roles, scrub)
@@ -139,7 +139,7 @@ class Replacer:
         made = _joined(map(passing, batches))
         self.roles, self.report = roles, self._people.finish()
         self.notes = [
-            note_on_columns(roles, actions),
+            note_on_columns(roles, actions, scrub),
             *notes_on_index(table),
             *notes_on_table(roles, self.report.tables[name], passing.leaks()),
             *notes_on_undecided(roles, has_plans=False),

@@ -74,6 +74,22 @@ def test_what_is_kept_and_what_is_scrubbed() -> None:
     assert tom["notes"] == f"ask {tom['first_name']}\nor not"
 
 
+def test_a_column_of_one_table_is_scrubbed() -> None:
+    Path("orders.csv").write_text("id,notes\n1,for Ann Lee\n")
+    call = "replace customers.csv orders.csv -o copy --key id --secret s --scrub {}:notes"
+    told = succeed(call.format("orders.csv")).stdout
+    customers, orders = read("copy/customers.csv"), read("copy/orders.csv")
+    ann = customers.iloc[0]
+    assert ann["notes"] == "Ann Lee called, twice"
+    assert orders["notes"].tolist() == [f"for {ann['first_name']} {ann['last_name']}"]
+    assert "notes   --scrub   scrubbed\nOther columns stay: 'id'.\n" in told
+    assert "Other columns stay: 'id', 'notes', 'points'." in told
+    assert fail(f"{REPLACE} --scrub nobody:notes", 1) == (
+        "No table has a column 'nobody:notes' to scrub. Columns are: 'id', 'sex', 'title',"
+        " 'first_name', 'last_name', 'email', 'land', 'notes', 'points'."
+    )
+
+
 def test_a_table_without_rows() -> None:
     Path("customers.csv").write_text("id,sex,email\n")
     succeed("replace customers.csv -o copy.csv --column email=email")

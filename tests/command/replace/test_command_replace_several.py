@@ -49,11 +49,12 @@ def test_buyers_and_sellers_are_the_users_of_their_keys() -> None:
         assert row["buyer_email"] == users[row["buyer_id"]]["email"]
         assert row["sellerName"] == names["sellerId"]
         assert row["memo"] == f"of {names['sellerId']}"
-    assert result.stdout.splitlines()[-10:] == [
+    assert result.stdout.splitlines()[-11:] == [
         "orders.csv: buyer",
         "Attribute  Column       Found by",
         "fullname   buyer_name   name and values  replaced",
         "email      buyer_email  name and values  replaced",
+        "           memo         --scrub          scrubbed",
         "",
         "orders.csv: seller",
         "Attribute  Column      Found by",

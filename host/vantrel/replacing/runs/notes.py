@@ -35,9 +35,10 @@ if TYPE_CHECKING:
     from vantrel.replacing.people.people import Report, Table
 
 
-def note_on_columns(roles: Roles, others: Mapping[str, Action]) -> str:
+def note_on_columns(roles: Roles, others: Mapping[str, Action], scrub: Iterable[str]) -> str:
     """Tells which columns are replaced, and which are changed otherwise."""
     taken = roles.replaced | {column: str(action) for column, action in others.items()}
+    taken |= dict.fromkeys(scrub, "scrubbed")
     return f"Replaced: {', '.join(f'{column!r} ({what})' for column, what in taken.items())}."
 
 

@@ -96,7 +96,8 @@ def understood[TableT: Batched](
         decided=[*own.scrub, *own.decided, *others],
         name=str(path),
         is_only_read=is_only_read,
-        has_others=bool(others or own.people),  # a plan may have all of a table stay
+        # A plan may have all of a table stay.
+        has_others=not is_only_read and bool(others or own.scrub or own.people),
         people=own.people,
         household=own.household,
     )
