@@ -69,7 +69,7 @@ def _tell(table: Replaced, *, is_rehearsal: bool) -> None:
 def _rows(table: Replaced, person: Person) -> Iterator[tuple[str, str, str, str]]:
     """What the columns of a person were taken for."""
     told_by = {choice.attribute: choice.reason for choice in person.choices}
-    otherwise = "plan" if table.asked.is_planned else "--column"
+    otherwise = "plan" if table.asked.plan else "--column"
     for attribute, columns in person.columns.items():
         for column in columns:
             told = told_by.get(attribute, otherwise)
@@ -82,7 +82,7 @@ def _rows_of_others(table: Replaced, person: Person) -> Iterator[tuple[str, str,
     fates += [(column, "--scrub", "scrubbed") for column in table.asked.scrub]
     for column, option, fate in fates:
         if table.roles.owner(column) is person:
-            yield "", column, "plan" if table.asked.is_planned else option, fate
+            yield "", column, "plan" if table.asked.plan else option, fate
 
 
 def _fate(person: Person, column: str, attribute: str) -> str:

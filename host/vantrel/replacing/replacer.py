@@ -28,6 +28,7 @@ from vantrel.replacing.runs.notes import (
     notes_on_table,
     notes_on_undecided,
 )
+from vantrel.replacing.runs.remedies import Arguments
 from vantrel.replacing.runs.secret import checked_secret
 from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
@@ -138,11 +139,12 @@ class Replacer:
         passing = Passing(self._people, roles, scrub, actions)
         made = _joined(map(passing, batches))
         self.roles, self.report = roles, self._people.finish()
+        remedies = Arguments(has_plans=False)
         self.notes = [
             note_on_columns(roles, actions, scrub),
             *notes_on_index(table),
-            *notes_on_table(roles, self.report.tables[name], passing.leaks()),
-            *notes_on_undecided(roles, has_plans=False),
+            *notes_on_table(roles, self.report.tables[name], passing.leaks(), remedies),
+            *notes_on_undecided(roles, (), remedies),
             *passing.notes(),
             *notes_on_people(self.report, no_real=self._no_real),
         ]

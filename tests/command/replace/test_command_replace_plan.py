@@ -103,14 +103,16 @@ def test_what_nobody_has_decided() -> None:
     )
     succeed(PLAN)
     planned = RUN.format("out")
-    assert told in succeed(planned).stderr
-    assert told in fail(f"{planned} --force --strict", 1)
+    in_plan = 'dob = "shift:180" under [tables."born.csv".other] in plan.toml decides.'
+    assert in_plan in succeed(planned).stderr
+    assert in_plan in fail(f"{planned} --force --strict", 1)
     text = Path("plan.toml").read_text()
     Path("plan.toml").write_text(text.replace('"undecided"', '"keep"'))
     assert "dob" not in succeed(f"{planned} --force --strict").stderr
     Path("plan.toml").write_text(text.replace('memo = "keep"', 'memo = "undecided"'))
     assert (
-        "Column 'memo' is undecided. It stays; --other memo=keep decides."
+        "Column 'memo' is undecided. It stays;"
+        ' memo = "keep" under [tables."born.csv".other] in plan.toml decides.'
         in succeed(f"{planned} --force").stderr
     )
 
@@ -123,8 +125,9 @@ def test_a_new_column_of_somebody_is_told_where_new_ones_stay() -> None:
     Path("born.csv").write_text("\n".join(grown))
     told = succeed("replace born.csv -o out.csv --plan plan.toml --secret s").stderr
     assert (
-        "Column 'first_name' looks like firstname, too, and stays: add --column"
-        " firstname=first_name to replace it." in told
+        "Column 'first_name' looks like firstname, too, and stays: write"
+        ' firstname = "first_name" under [tables."born.csv".people.columns] in plan.toml to replace'
+        " it." in told
     )
     text = text.replace('memo = "keep"', 'memo = "keep"\nfirst_name = "undecided"')
     Path("plan.toml").write_text(text)
@@ -287,3 +290,42 @@ def test_a_key_that_names_people_stays_a_key() -> None:
         in Path("plan.toml").read_text()
     )
     succeed(f"{inputs} -o out --strict")
+
+
+def test_notes_on_a_plan_name_lines_of_it() -> None:
+    lines = [f"{n},Qa Qb,a{n}@web.de,Qc Qd,b{n}@web.de,Qa Qb,c{n}@web.de" for n in range(30)]
+    head = "id,p1_full_name,p1_email,p2_full_name,p2_email,memo,email_b"
+    Path("two.csv").write_text("\n".join([head, *lines]))
+    succeed("replace two.csv --key id --write-plan plan.toml")
+    told = succeed("replace two.csv -o out.csv --plan plan.toml --secret s").stderr.splitlines()
+    columns = 'under [tables."two.csv".people.columns] in plan.toml'
+    assert [note.removeprefix("vantrel: note: ") for note in told][:4] == [
+        "Column 'memo': 30 cells still name the row's person (rows 1, 2, 3): write"
+        ' memo = "scrub" under [tables."two.csv".other] in plan.toml.',
+        "Column 'email_b' looks like email, too, and stays: write"
+        f' email = ["p1_email", "email_b"] {columns} to replace it.',
+        "Columns 'p2_full_name', 'p2_email' look like those of another person of the row, and stay:"
+        ' an entry [[tables."two.csv".people]] for each in plan.toml tells several people apart; if'
+        ' they are the same person\'s, write fullname = ["p1_full_name", "p2_full_name"] and'
+        f' email = ["p1_email", "p2_email"] {columns} to replace them.',
+        "Column 'memo' is undecided. It stays;"
+        ' memo = "keep" under [tables."two.csv".other] in plan.toml decides.',
+    ]
+
+
+def test_notes_on_a_plan_tell_whose_line_it_is() -> None:
+    lines = [f"{n},Qa Qb,a{n}@web.de,Qc Qd,b{n}@web.de,c{n}@web.de" for n in range(30)]
+    head = "id,buyer_name,buyer_email,seller_name,seller_mail,seller_email2"
+    Path("two.csv").write_text("\n".join([head, *lines]))
+    succeed("replace two.csv --write-plan plan.toml")
+    assert (
+        'write email = ["seller_mail", "seller_email2"] of \'seller\' under'
+        ' [tables."two.csv".people.columns] in plan.toml to replace it.'
+        in succeed("replace two.csv -o out.csv --plan plan.toml --secret s").stderr
+    )
+
+
+def test_a_key_that_names_people_is_not_to_be_scrubbed() -> None:
+    Path("notes.csv").write_text("who,name\nAnn Lee,Ann Lee\nTom Ott,Tom Ott\n")
+    told = succeed("replace notes.csv -o out.csv --key who --secret s").stderr
+    assert "(rows 1, 2): add --other who=hash.\n" in told

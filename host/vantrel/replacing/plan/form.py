@@ -12,10 +12,6 @@ import msgspec
 FORMAT = "vantrel-plan"
 SCHEMA_VERSION = 1
 
-KEEP, SCRUB, UNDECIDED = "keep", "scrub", "undecided"
-"""What becomes of a column that is not a person's, besides the actions: it stays, it stays but for
-what names the row's person, or somebody has to look at it before and it stays until then."""
-
 type Columns = str | list[str]
 
 
@@ -55,7 +51,7 @@ class TablePlan(msgspec.Struct, forbid_unknown_fields=True):
 
     Attributes:
         people: The people of each row, one or more.
-        other: What becomes of each other column: an action, or one of the words above.
+        other: What becomes of each other column: an action, or one of the words of ``fates``.
     """
 
     people: list[Person]

@@ -13,8 +13,9 @@ from vantrel.detection.names import joined
 from vantrel.errors import PlanError
 from vantrel.hints import did_you_mean
 from vantrel.replacing.columns.of_person import shared_column
+from vantrel.replacing.fates import KEEP, SCRUB, UNDECIDED
 from vantrel.replacing.others.action import read_action
-from vantrel.replacing.plan.form import KEEP, SCRUB, UNDECIDED, Content, Person, Plan, TablePlan
+from vantrel.replacing.plan.form import Content, Person, Plan, TablePlan
 from vantrel.storage.toml import read_toml
 from vantrel.wording import shown
 

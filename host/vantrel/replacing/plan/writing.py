@@ -4,15 +4,18 @@ from __future__ import annotations
 
 from collections.abc import Collection, Mapping, Sequence
 from types import MappingProxyType
-from typing import NamedTuple
+from typing import TYPE_CHECKING, NamedTuple
 
 import tomlkit
 from tomlkit.items import Array, Item, Table
 
 from vantrel.replacing.columns.person import REPLACED, Person
 from vantrel.replacing.columns.roles import Roles
-from vantrel.replacing.leaks import Leak
-from vantrel.replacing.plan.form import FORMAT, KEEP, SCHEMA_VERSION, UNDECIDED
+from vantrel.replacing.fates import KEEP, UNDECIDED
+from vantrel.replacing.plan.form import FORMAT, SCHEMA_VERSION
+
+if TYPE_CHECKING:
+    from vantrel.replacing.leaks import Leak
 
 _HEAD = """\
 What becomes of each column. Look at it, change it, and run

@@ -10,7 +10,8 @@ from vantrel.attributes import ATTRIBUTES
 from vantrel.errors import PlanError
 from vantrel.hints import argument, listed, named
 from vantrel.replacing.columns.of_person import OfPerson
-from vantrel.replacing.plan import KEEP, SCRUB, UNDECIDED, Person, Plan
+from vantrel.replacing.fates import KEEP, SCRUB, UNDECIDED
+from vantrel.replacing.plan import Person, Plan
 from vantrel.rows import Ways
 from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 from vantrel.wording import shown
@@ -31,7 +32,7 @@ class OfTable:
         others: The actions of other columns.
         household: The column in whose households people share family names; "" if none.
         people: The people of each row, as a plan has them.
-        is_planned: Whether a plan knows the table, and has to know each of its columns.
+        plan: The file of a plan that knows the table, and has to know each of its columns.
     """
 
     keys: tuple[tuple[str, ...], ...] = ()
@@ -43,7 +44,7 @@ class OfTable:
     others: Mapping[str, str] = field(default_factory=dict)
     household: str = ""
     people: tuple[OfPerson, ...] = ()
-    is_planned: bool = False
+    plan: Path | None = None
 
     @property
     def fates(self) -> dict[str, str]:
@@ -70,7 +71,7 @@ class OfTable:
             {**more, **self.others},
             self.household or other.household,
             self.people or other.people,
-            self.is_planned or other.is_planned,
+            self.plan or other.plan,
         )
 
 
@@ -135,7 +136,7 @@ def _planned(of_run: Plan, table: str) -> OfTable:
         undecided=fates[UNDECIDED],
         others={column: fate for column, fate in plan.other.items() if fate not in fates},
         people=tuple(_person(person, place) for person in plan.people),
-        is_planned=True,
+        plan=of_run.path,
     )
 
 

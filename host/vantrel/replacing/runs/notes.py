@@ -8,10 +8,12 @@ from typing import TYPE_CHECKING
 import pandas as pd
 from pandas.api.types import is_datetime64_any_dtype, is_numeric_dtype, is_timedelta64_dtype
 
-from vantrel.detection.personal import Finding, Kind
+from vantrel.detection.personal import Kind
 from vantrel.hints import argument, listed
 from vantrel.replacing.columns.person import Person
 from vantrel.replacing.columns.roles import Roles
+from vantrel.replacing.fates import KEEP, SCRUB
+from vantrel.replacing.runs.remedies import Remedies
 from vantrel.wording import counted, shown, some
 
 _MOST_NAMED = 20
@@ -27,6 +29,7 @@ _LIKELY = {
     Kind.OFFICIAL: "hash",
     Kind.DOCUMENT: "hash",
     Kind.IP: "fake:ipv4",
+    Kind.PROSE: SCRUB,
 }
 
 if TYPE_CHECKING:
@@ -55,39 +58,29 @@ def _is_of_numbers(values: pd.Index) -> bool:
     return any(test(values.dtype) for test in kinds)
 
 
-def further(roles: Roles, *, has_plans: bool = True) -> Iterator[str]:
-    """Tells of columns that look like those of a person, and stay.
-
-    Args:
-        roles: What the columns of the table are.
-        has_plans: Whether a plan can tell several people of a row apart, or else only the names of
-            columns.
-    """
+def further(roles: Roles, remedies: Remedies) -> Iterator[str]:
+    """Tells of columns that look like those of a person, and stay."""
     attributes = {choice.column: choice.attribute for choice in roles.further}
     together = {column for columns in roles.beside for column in columns}
     for column, attribute in attributes.items():
         if column not in together:
-            remedy = argument("columns", {attribute: column})
+            remedy = f"{remedies.verb} {remedies.taking({attribute: column})}"
             yield (
-                f"Column {shown(repr(column))} looks like {attribute}, too, and stays: add {remedy}"
-                " to replace it"
+                f"Column {shown(repr(column))} looks like {attribute}, too, and stays: {remedy} to"
+                " replace it"
             )
     for columns in roles.beside:
-        remedy = argument("columns", {attributes[column]: column for column in columns})
+        remedy = remedies.taking({attributes[column]: column for column in columns})
         yield (
             f"Columns {listed(columns)} look like those of another person of the row, and stay:"
-            f" {_how_to_tell_apart(has_plans)}; if they are the same person's, add {remedy} to"
+            f" {remedies.telling_apart}; if they are the same person's, {remedies.verb} {remedy} to"
             " replace them"
         )
 
 
-def _how_to_tell_apart(has_plans: bool) -> str:
-    if has_plans:
-        return f"a plan, which {argument('write_plan')} writes, tells several people apart"
-    return "call the columns of each after who she is, as in 'buyer_email'"
-
-
-def notes_on_table(roles: Roles, table: Table, leaks: list[Leak]) -> Iterator[str]:
+def notes_on_table(
+    roles: Roles, table: Table, leaks: list[Leak], remedies: Remedies
+) -> Iterator[str]:
     """Tells who the rows were taken for, what was odd in them, and who is still named."""
     for person in roles.people:
         yield from _notes_on_key(person, table)
@@ -98,14 +91,19 @@ def notes_on_table(roles: Roles, table: Table, leaks: list[Leak]) -> Iterator[st
                 f" {told}: what was told first holds."
             )
     for doubt in roles.doubts:
-        remedy = argument("columns", {doubt.attribute: doubt.column})
+        remedy = remedies.taking({doubt.attribute: doubt.column})
         yield (
             f"Column {shown(repr(doubt.column))} is not taken for {doubt.attribute}, as its values"
             f" do not look so: it stays; {remedy} takes it."
         )
     for leak in leaks:
-        remedy = f": add {argument('scrub', [leak.column])}." if leak.kind == "person" else "."
-        yield f"{leak}{remedy}"
+        yield f"{note_on_leak(leak, roles, remedies) if leak.kind == 'person' else leak}."
+
+
+def note_on_leak(leak: Leak, roles: Roles, remedies: Remedies) -> str:
+    """Tells where people are named, and how not to; what joins tables is not scrubbed."""
+    fate = "hash" if leak.column in roles.keys else SCRUB
+    return f"{leak}: {remedies.verb} {remedies.deciding(leak.column, fate)}"
 
 
 def _notes_on_key(person: Person, table: Table) -> Iterator[str]:
@@ -120,11 +118,9 @@ def _notes_on_key(person: Person, table: Table) -> Iterator[str]:
         yield f"{counted(count, 'row')} without a key{whose}: each is a person of its own."
 
 
-def notes_on_undecided(
-    roles: Roles, undecided: Iterable[str] = (), *, has_plans: bool = True
-) -> Iterator[str]:
+def notes_on_undecided(roles: Roles, undecided: Iterable[str], remedies: Remedies) -> Iterator[str]:
     """Tells which columns look personal and stay, as nobody has decided otherwise."""
-    yield from (f"{note}." for note in further(roles, has_plans=has_plans))
+    yield from (f"{note}." for note in further(roles, remedies))
     told = {choice.column for choice in roles.further}
     why = {finding.column: finding for finding in roles.personal}
     for column in dict.fromkeys((*why, *undecided)):
@@ -132,16 +128,9 @@ def notes_on_undecided(
             continue
         finding = why.get(column)
         looks = f"looks personal ({finding.kind}): {finding.why}" if finding else "is undecided"
-        decision = _decision(column, finding)
+        fate = _LIKELY.get(finding.kind, "blank") if finding else KEEP
+        decision = remedies.deciding(column, fate)
         yield f"Column {shown(repr(column))} {looks}. It stays; {decision} decides."
-
-
-def _decision(column: str, finding: Finding | None) -> str:
-    """Writes what is likely to be wanted of a column that looks personal."""
-    if finding and finding.kind is Kind.PROSE:
-        return argument("scrub", [column])
-    action = _LIKELY.get(finding.kind, "blank") if finding else "keep"
-    return argument("others", {column: action})
 
 
 def notes_on_people(

@@ -60,9 +60,14 @@ class OpenedTable[TableT: Batched]:
         return tuple(column for column in self.copied.columns if column not in decided)
 
     @property
+    def path(self) -> Path:
+        """What the user calls it."""
+        return self.copied.path
+
+    @property
     def name(self) -> str:
         """What a run calls it."""
-        return str(self.copied.path)
+        return str(self.path)
 
 
 def open_table(
@@ -101,7 +106,7 @@ def understood[TableT: Batched](
         people=own.people,
         household=own.household,
     )
-    if own.is_planned and asked.plan and asked.plan.new_columns == "refuse":
+    if own.plan and asked.plan and asked.plan.new_columns == "refuse":
         _refuse_unplanned(copied, roles, own)
     if not is_only_read:
         refuse_scrub(copied.columns, roles, own.scrub)

@@ -11,15 +11,22 @@ from types import MappingProxyType
 from typing import Any
 
 from vantrel.errors import LeakError, UndecidedError
-from vantrel.hints import argument, named
+from vantrel.hints import named
+from vantrel.replacing.fates import UNDECIDED
 from vantrel.replacing.leaks import Leak
 from vantrel.replacing.people.people import People, Report, Table
-from vantrel.replacing.plan import UNDECIDED, Decided, write_plan
+from vantrel.replacing.plan import Decided, write_plan
 from vantrel.replacing.runs.asked import Asked
-from vantrel.replacing.runs.notes import further, notes_on_table, notes_on_undecided
+from vantrel.replacing.runs.notes import (
+    further,
+    note_on_leak,
+    notes_on_table,
+    notes_on_undecided,
+)
 from vantrel.replacing.runs.opened import OpenedTable
 from vantrel.replacing.runs.outcome import Replaced
 from vantrel.replacing.runs.passing import Passing
+from vantrel.replacing.runs.remedies import Arguments, InPlan, Remedies
 from vantrel.replacing.runs.secret import checked_secret, read_or_draw_secret
 from vantrel.storage.files import replacing
 
@@ -140,9 +147,17 @@ def notes_on(
     known += [(table, done.leaks, done.notes) for table, done in zip(tables, replaced, strict=True)]
     for table, leaks, on_others in known:
         met = report.tables.get(table.name, Table())
-        undecided = notes_on_undecided(table.roles, table.asked.undecided)
-        for note in chain(notes_on_table(table.roles, met, leaks), on_others, undecided):
+        remedies = _remedies(table)
+        on_table = notes_on_table(table.roles, met, leaks, remedies)
+        undecided = notes_on_undecided(table.roles, table.asked.undecided, remedies)
+        for note in chain(on_table, on_others, undecided):
             yield f"{named(table.name)}: {note}" if len(known) > 1 else note
+
+
+def _remedies(table: Opened | Replaced) -> Remedies:
+    """How something else is done with the columns of a table: in the plan that knows it, if any."""
+    plan = table.asked.plan
+    return InPlan(plan, table.path.name, table.roles) if plan else Arguments(has_plans=True)
 
 
 def refuse_undecided(tables: Sequence[Opened]) -> None:
@@ -150,14 +165,14 @@ def refuse_undecided(tables: Sequence[Opened]) -> None:
     _refuse_as_undecided(
         f"{named(table.name)}: {note}"
         for table in tables
-        for note in notes_on_undecided(table.roles, table.asked.undecided)
+        for note in notes_on_undecided(table.roles, table.asked.undecided, _remedies(table))
     )
 
 
 def refuse_undecided_leaks(tables: Iterable[Replaced]) -> None:
     """Refuses columns in which somebody is still named, unless it was decided that they stay."""
     _refuse_as_undecided(
-        f"{named(table.path)}: {leak}: add {argument('scrub', [leak.column])}."
+        f"{named(table.path)}: {note_on_leak(leak, table.roles, _remedies(table))}."
         for table in tables
         for leak in table.leaks
         if leak.kind == "person"
@@ -177,12 +192,16 @@ def _refuse_as_undecided(notes: Iterable[str]) -> None:
 def refuse_leaks(tables: Iterable[Replaced]) -> None:
     """Refuses tables in which somebody is still named."""
     leaks = [
-        f"{named(table.path)}: {leak}: add {argument('scrub', [leak.column])}"
+        f"{named(table.path)}: {note_on_leak(leak, table.roles, _remedies(table))}"
         for table in tables
         for leak in table.leaks
         if leak.kind == "person"
     ]
-    leaks += [f"{named(table.path)}: {note}" for table in tables for note in further(table.roles)]
+    leaks += [
+        f"{named(table.path)}: {note}"
+        for table in tables
+        for note in further(table.roles, _remedies(table))
+    ]
     if leaks:
         raise LeakError(
             f"Nothing was written, as people are still named. {'; '.join(leaks)}. Do so, or leave"
