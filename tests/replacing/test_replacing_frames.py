@@ -317,6 +317,23 @@ def test_a_second_column_of_an_attribute_is_looked_for_too() -> None:
     )
 
 
+def test_first_names_contradict_no_gender_that_is_told() -> None:
+    table = pd.DataFrame(
+        {
+            "id": [number + kind for number in range(0, 40, 2) for kind in (0, 0, 1, 1)],
+            "sex": [None, "f", None, None] * 20,
+            "first_name": ["Hans", "Hans", "Hans", "Anna"] * 20,
+            "country": "DE",
+        }
+    )
+    replacer = Replacer(SECRET)
+    made = replacer.replace(table, key="id")["first_name"]
+    assert not [note for note in replacer.notes if "contradict" in note]
+    genders = made.str.lower().map(genders_of_first_names("de_DE"))
+    assert set(genders[table["id"] % 2 == 0].dropna()) == {"F"}
+    assert set(genders[table["id"] % 2 == 1].dropna()) == {"M"}
+
+
 GENDERS = {"Hans": "M", "Anna-Lena": "F", "Andrea": "F", "Prof. Dr. Eva": "F", "Qx": None}
 
 

@@ -29,7 +29,7 @@ from vantrel.replacing.others.changed import Changed
 from vantrel.replacing.people.made import MadeUp, Makers
 from vantrel.replacing.people.real import RealPeople
 from vantrel.replacing.people.tally import Tally
-from vantrel.replacing.people.told import Told, told_by
+from vantrel.replacing.people.told import Told, told_by, with_genders_by_name
 from vantrel.replacing.people.who import Facts, Who
 from vantrel.replacing.values.cells import put_in
 from vantrel.replacing.values.form import in_case_of, in_form_of
@@ -286,8 +286,8 @@ class People:
         hashed = np.flatnonzero(self._who.is_hashed)
         for start in range(0, len(hashed), _AT_ONCE):
             rows = hashed[start : start + _AT_ONCE]
-            who = self._who
-            tally.add(who.prints[rows], who.digests[rows], who.told.of(rows), self._replaced)
+            who, told = self._who, self._told_of(rows)
+            tally.add(who.prints[rows], who.digests[rows], told, self._replaced)
         return tally
 
     def _met_before(self, people: Prints) -> int | None:
@@ -343,13 +343,17 @@ class People:
         people = self._who.find(own[keyed])
         self._hash(keys, keyed, people)
         found[keyed] = self._who.digests[people]
-        _put(told, keyed, self._who.told.of(people))
+        _put(told, keyed, self._told_of(people))
         if len(others):
             apart = batch.take(pa.array(others))
-            of_others = told_by(apart, person, self.places)
+            of_others = with_genders_by_name(told_by(apart, person, self.places), self.places)
             found[others] = self._digests_of_rows(apart, person, of_others)
             _put(told, others, of_others)
         return found, told
+
+    def _told_of(self, people: Any) -> Told:
+        """Gives what all tables tell of people, by their places in what is known."""
+        return with_genders_by_name(self._who.told.of(people), self.places)
 
     def _hash(self, keys: pa.Array, rows: Any, people: Any) -> None:
         """Hashes the keys of those rows whose people have no digest yet."""

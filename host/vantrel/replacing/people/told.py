@@ -1,7 +1,7 @@
 """What the rows of a table tell of a person: gender, country, and the prints of real names.
 
-A gender is told by its own column, else by a title, else by the first name where Faker's lists have
-it for one gender alone.
+A gender is told by its own column, else by a title. Where no row of a person tells one, her first
+name does if Faker's lists have it for one gender alone.
 """
 
 from __future__ import annotations
@@ -54,15 +54,20 @@ def told_by(batch: pa.RecordBatch, person: Person, places: Places) -> Told:
     place = _first_told(batch, person, "country", _numbers_in(places))
     is_last_first = places.is_last_first[place]
     first, last = _names(batch, person, is_last_first)
-    gender = _genders(batch, person)
-    untold = np.flatnonzero(gender == 0)
-    gender[untold] = genders_by_name(first[untold], place[untold], places)
     family = np.zeros(batch.num_rows, dtype=np.uint64)
     if person.household:
         alike = _names(batch, person, is_last_first, lambda names: stems(folded(names)))[1]
         names = np.where(places.has_forms[place], alike, last)
         family = paired(prints(canonical(batch.column(person.household))), names)
-    return Told(gender, place, first, last, family)
+    return Told(_genders(batch, person), place, first, last, family)
+
+
+def with_genders_by_name(told: Told, places: Places) -> Told:
+    """Adds the genders of those of whom only the first name tells one."""
+    gender = told.gender.copy()
+    untold = np.flatnonzero(gender == 0)
+    gender[untold] = genders_by_name(told.first[untold], told.place[untold], places)
+    return told._replace(gender=gender)
 
 
 def _genders(batch: pa.RecordBatch, person: Person) -> Any:
