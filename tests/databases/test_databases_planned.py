@@ -36,7 +36,7 @@ def test_columns_that_cannot_be_changed_are_planned_to_stay(trial: Trial) -> Non
     assert trial.rows("SELECT id, email, ssn FROM customers ORDER BY 1") == before
     assert not [name for (name,) in trial.rows("SELECT full_name FROM customers") if "Qa" in name]
     assert 'email = "keep" # cannot be changed: mails.email refers to it\n' in plan
-    assert 'email = "keep" # cannot be changed: it refers to customers.email\n' in plan
+    assert 'email = "keep" # the key; cannot be changed: it refers to customers.email\n' in plan
     assert 'full_name = "keep" # cannot be changed: the database makes its values\n' in plan
     assert 'ssn = "keep" # cannot be changed: mails.fiscal refers to it\n' in plan
     assert 'id = "keep" # the key\n' in plan
@@ -51,7 +51,17 @@ def test_a_table_of_which_nothing_can_be_changed(trial: Trial) -> None:
     plan = planned(trial, KEYS)
     assert contents(trial, "readers") == before
     reason = "rows are found by it, as a part of the primary key"
-    assert f'email = "keep" # cannot be changed: {reason}\nsince = "keep"\n' in plan
+    assert f'email = "keep" # the key; cannot be changed: {reason}\nsince = "keep"\n' in plan
+
+
+def test_a_column_that_still_names_people_is_to_be_decided(trial: Trial) -> None:
+    shop(trial)
+    named = "10 cells still name the row's person (rows 3, 6, 9)"
+    assert refused(trial, f"{KEYS} --secret s --other born=keep --strict") == (
+        "Nothing was written, as columns look personal and are not decided. customers: Column"
+        f" 'note': {named}: add --scrub note."
+    )
+    assert f'note = "undecided" # {named}\n' in planned(trial, KEYS)
 
 
 @pytest.mark.parametrize(

@@ -76,12 +76,25 @@ def replace_in_database(
     from vantrel.replacing.runs.in_place import plan_database, replace_in_place
 
     address = replace(address, schema=changes.schema)
+    of_people: dict[str, Any] = {
+        "people": wanted.people,
+        "separator": separator,
+        "encoding": encoding,
+    }
     with opened_database(address, is_changing=not only_read) as database:
         for table in changes.tables:
             database.refuse_unknown(table)
         asked = wanted.asked_of_database(list(database.kinds))
         if changes.write_plan is not None:
-            plan_database(database, changes.tables, changes.write_plan, asked, force=force)
+            plan_database(
+                database,
+                changes.tables,
+                changes.write_plan,
+                asked,
+                **of_people,
+                force=force,
+                progress=working,
+            )
             told = f"Wrote {named(changes.write_plan)}: look at it, then run it with --plan."
             click.echo(told)
             return
@@ -90,9 +103,7 @@ def replace_in_database(
             changes.tables,
             asked,
             secret_file=changes.secret,
-            people=wanted.people,
-            separator=separator,
-            encoding=encoding,
+            **of_people,
             record=changes.record,
             force=force,
             is_rehearsal=changes.dry_run,

@@ -20,7 +20,8 @@ if TYPE_CHECKING:
 _HEAD = """\
 What becomes of each column. Look at it, change it, and run
 
-  vantrel replace TABLE... -o COPY --plan THIS_FILE
+  vantrel replace TABLE... -o COPY --plan THIS_FILE     (files)
+  vantrel replace ADDRESS --plan THIS_FILE              (a database)
 
 A column of [tables.*.other] has "keep", "blank", "scrub" (what names the row's person is replaced),
 "hash", "fake:PROVIDER", "shift:DAYS", or "undecided", which stays and is told.

@@ -12,7 +12,12 @@ import pyarrow as pa
 from vantrel.replacing.people.people import People, Report
 from vantrel.replacing.runs.asked import Asked, refuse_unplanned
 from vantrel.replacing.runs.notes import notes_on_people
-from vantrel.replacing.runs.opened import OpenedTable, open_table, refuse_unknown_columns
+from vantrel.replacing.runs.opened import (
+    OpenedTable,
+    open_people,
+    open_table,
+    refuse_unknown_columns,
+)
 from vantrel.replacing.runs.outcome import Outcome, Replaced
 from vantrel.replacing.runs.outputs import (
     compression_of,
@@ -29,7 +34,6 @@ from vantrel.replacing.runs.running import (
     notes_on,
     refuse_leaks,
     refuse_undecided,
-    refuse_undecided_leaks,
     replaced_by,
     rows_learnt,
     secret_of,
@@ -88,7 +92,7 @@ def replace_files(
             (table, copy, compression_of(copy, table.copied))
             for table, copy in zip(tables, outputs, strict=True)
         ]
-        told = _only_read(stack, people, asked, separator, encoding)
+        told = open_people(stack, people, asked, separator, encoding)
         refuse_unknown_columns([*tables, *told], asked)
         if asked.strict:
             refuse_undecided(tables)
@@ -140,18 +144,9 @@ def plan_files(
     refuse_overwriting(plan, *inputs, *filter(None, [people]), force=force)
     with ExitStack() as stack:
         tables = [open_table(stack, each, asked, separator, encoding) for each in inputs]
-        told = _only_read(stack, people, asked, separator, encoding)
+        told = open_people(stack, people, asked, separator, encoding)
         refuse_unknown_columns([*tables, *told], asked)
         write_plan_of(tables, plan, leaks_to_come(asked, told, tables, progress), force=force)
-
-
-def _only_read(
-    stack: ExitStack, people: Path | None, asked: Asked, separator: str | None, encoding: str | None
-) -> list[OpenedTable[Copied]]:
-    """Opens the table that only tells of people, where there is one."""
-    if people is None:
-        return []
-    return [open_table(stack, people, asked, separator, encoding, is_only_read=True)]
 
 
 def _copy_all(
@@ -165,10 +160,7 @@ def _copy_all(
         replaced_by(done, table, output)
         for (table, output, _), (done, _) in zip(copies, passed, strict=True)
     ]
-    if asked.fail_on_leak:
-        refuse_leaks(replaced)
-    if asked.strict:
-        refuse_undecided_leaks(replaced)
+    refuse_leaks(replaced, asked)
     for done, (_, output, _), (_, sha256) in zip(replaced, copies, passed, strict=True):
         write_record(opened, output, record_of(done, asked, report) | {"file_sha256": sha256})
     return replaced, report

@@ -26,7 +26,7 @@ from vantrel.replacing.runs.chosen import chosen_tables
 from vantrel.replacing.runs.notes import notes_on_people
 from vantrel.replacing.runs.opened import (
     OpenedTable,
-    open_table,
+    open_people,
     refuse_unknown_columns,
     understood,
 )
@@ -35,6 +35,7 @@ from vantrel.replacing.runs.passing import Passing
 from vantrel.replacing.runs.record import database_record_of, write_form
 from vantrel.replacing.runs.running import (
     Progress,
+    leaks_to_come,
     learnt,
     notes_on,
     refuse_leaks,
@@ -161,9 +162,7 @@ def replace_in_place(
         refuse_overwriting(record, *filter(None, (secret_file, people)), force=force)
     opened = _opened(database, tables, asked, is_changing=not is_rehearsal)
     with ExitStack() as stack:
-        told = []
-        if people is not None:
-            told.append(open_table(stack, people, asked, separator, encoding, is_only_read=True))
+        told = open_people(stack, people, asked, separator, encoding)
         refuse_unknown_columns([*opened, *told], asked)
         if asked.strict:
             refuse_undecided(opened)
@@ -179,8 +178,7 @@ def replace_in_place(
             replaced_by(each.passing, table, None)
             for each, table in zip(changed, opened, strict=True)
         ]
-        if asked.fail_on_leak:
-            refuse_leaks(replaced)
+        refuse_leaks(replaced, asked)
         notes = [
             *_notes_on_side_effects(opened),
             *notes_on(told, opened, replaced, report),
@@ -203,7 +201,16 @@ def replace_in_place(
 
 
 def plan_database(
-    database: Database, tables: Sequence[str], plan: Path, asked: Asked, *, force: bool = False
+    database: Database,
+    tables: Sequence[str],
+    plan: Path,
+    asked: Asked,
+    *,
+    people: Path | None = None,
+    separator: str | None = None,
+    encoding: str | None = None,
+    force: bool = False,
+    progress: Progress,
 ) -> None:
     """Writes as a plan what would become of each column of tables, and changes nothing.
 
@@ -214,19 +221,26 @@ def plan_database(
         tables: The names of tables; if there are none, all in which people are found.
         plan: The file of the plan.
         asked: What is asked for already.
+        people: A file with the names of people, who may be named in the tables.
+        separator: What separates the cells of that file; found if None.
+        encoding: The encoding of that file.
         force: Whether a file is overwritten that is there.
+        progress: What is told how far the rows are.
     """
     refuse_missing_folder(plan)
-    refuse_overwriting(plan, force=force)
+    refuse_overwriting(plan, *filter(None, [people]), force=force)
     chosen = [opened_table(database, name) for name in chosen_tables(database, tables, asked)]
     are_found = not (tables or asked.plan)
     refuse_unchangeable(chosen, are_found=are_found, is_changing=False)
     opened = [understood(table, asked) for table in chosen]
-    refuse_unknown_columns(opened, asked)
     ties = ties_of(database, chosen)
-    refuse_tied(ties, {table.name: _named_columns(table) for table in opened})
-    _refuse_unhashable(opened)
-    write_plan_of(opened, plan, ties, force=force)
+    with ExitStack() as stack:
+        told = open_people(stack, people, asked, separator, encoding)
+        refuse_unknown_columns([*opened, *told], asked)
+        refuse_tied(ties, {table.name: _named_columns(table) for table in opened})
+        _refuse_unhashable(opened)
+        leaks = leaks_to_come(asked, told, opened, progress)
+    write_plan_of(opened, plan, leaks, ties, force=force)
 
 
 def _opened(

@@ -85,6 +85,15 @@ def open_table(
     return understood(copied, asked, is_only_read=is_only_read)
 
 
+def open_people(
+    stack: ExitStack, people: Path | None, asked: Asked, separator: str | None, encoding: str | None
+) -> list[OpenedTable[Copied]]:
+    """Opens the file that only tells of people, where there is one."""
+    if people is None:
+        return []
+    return [open_table(stack, people, asked, separator, encoding, is_only_read=True)]
+
+
 def understood[TableT: Batched](
     copied: TableT, asked: Asked, *, is_only_read: bool = False
 ) -> OpenedTable[TableT]:

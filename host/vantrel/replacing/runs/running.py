@@ -169,7 +169,15 @@ def refuse_undecided(tables: Sequence[Opened]) -> None:
     )
 
 
-def refuse_undecided_leaks(tables: Iterable[Replaced]) -> None:
+def refuse_leaks(tables: Sequence[Replaced], asked: Asked) -> None:
+    """Refuses tables in which somebody is still named, as far as that is asked for."""
+    if asked.fail_on_leak:
+        _refuse_any_leak(tables)
+    if asked.strict:
+        _refuse_undecided_leaks(tables)
+
+
+def _refuse_undecided_leaks(tables: Iterable[Replaced]) -> None:
     """Refuses columns in which somebody is still named, unless it was decided that they stay."""
     _refuse_as_undecided(
         f"{named(table.path)}: {note_on_leak(leak, table.roles, _remedies(table))}."
@@ -189,7 +197,7 @@ def _refuse_as_undecided(notes: Iterable[str]) -> None:
         )
 
 
-def refuse_leaks(tables: Iterable[Replaced]) -> None:
+def _refuse_any_leak(tables: Iterable[Replaced]) -> None:
     """Refuses tables in which somebody is still named."""
     leaks = [
         f"{named(table.path)}: {note_on_leak(leak, table.roles, _remedies(table))}"
