@@ -48,6 +48,9 @@ class Engine(Protocol):
     def is_whole(self, table: str, column: str, declared: Any) -> bool:
         """Whether a column has nothing but whole numbers of 64 bits at most."""
 
+    def holds_bytes(self, table: str, column: str, declared: Any) -> bool:
+        """Whether a column has bytes in some rows."""
+
     def lengths(self, table: str) -> Mapping[str, int]:
         """How many characters columns hold, by plain names, where more than their types tell."""
 

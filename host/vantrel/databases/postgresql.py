@@ -11,7 +11,7 @@ import pyarrow as pa
 import pyarrow.compute as pc
 import pyarrow.csv
 from sqlalchemy import Engine as Connector
-from sqlalchemy import Integer, NullPool, create_engine
+from sqlalchemy import Integer, LargeBinary, NullPool, create_engine
 from sqlalchemy.dialects.postgresql import INET
 
 from vantrel.databases.address import Address
@@ -141,6 +141,11 @@ class Postgresql:
         """Whether a column is of integers."""
         del table, column  # types tell
         return isinstance(declared, Integer)
+
+    def holds_bytes(self, table: str, column: str, declared: Any) -> bool:
+        """Whether a column is of bytes."""
+        del table, column  # types tell
+        return isinstance(declared, LargeBinary)
 
     def lengths(self, table: str) -> Mapping[str, int]:
         """How many characters columns hold, those of domains and of types that cut, too."""

@@ -57,12 +57,24 @@ def _obstacle(table: DatabaseTable, *, is_changing: bool) -> str:
     return f"cannot be changed: {hindrance}" if hindrance else ""
 
 
-def ties_of(database: Database, tables: Iterable[DatabaseTable]) -> dict[str, dict[str, str]]:
-    """Tells which columns of tables, by their names, cannot be changed, and why."""
+def ties_of(
+    database: Database, tables: Mapping[DatabaseTable, Mapping[str, str]]
+) -> dict[str, dict[str, str]]:
+    """Tells which columns of tables, by their names, cannot be changed, and why.
+
+    Args:
+        database: The database.
+        tables: The columns of each table that would be changed, and what each would be made as.
+    """
     foreign = list(_foreign_keys(database))
     ties = {}
-    for table in tables:
+    for table, changed in tables.items():
         own = {
+            column: "it holds bytes"
+            for column, what in changed.items()
+            if what != "blank" and table.holds_bytes(column)
+        }
+        own |= {
             name: "the database makes its values"
             for name, column in table.told.items()
             if column.is_generated

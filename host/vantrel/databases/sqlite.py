@@ -84,11 +84,12 @@ class Sqlite:
         """Whether a column has integers alone: types are those of values, not of columns."""
         if isinstance(declared, String):
             return False
-        (others,) = self._driver.execute(
-            f"SELECT EXISTS (SELECT 1 FROM {table}"
-            f" WHERE typeof({column}) NOT IN ('integer', 'null'))"
-        ).fetchone()
-        return not others
+        return not self._has(table, f"typeof({column}) NOT IN ('integer', 'null')")
+
+    def holds_bytes(self, table: str, column: str, declared: Any) -> bool:
+        """Whether some value is a BLOB."""
+        del declared  # types are those of values
+        return self._has(table, f"typeof({column}) = 'blob'")
 
     def lengths(self, table: str) -> Mapping[str, int]:
         """Nothing besides the types."""
@@ -101,6 +102,10 @@ class Sqlite:
         return (
             f"CASE typeof({column}) WHEN 'blob' THEN hex({column}) ELSE CAST({column} AS TEXT) END"
         )
+
+    def _has(self, table: str, condition: str) -> bool:
+        query = f"SELECT EXISTS (SELECT 1 FROM {table} WHERE {condition})"
+        return bool(self._driver.execute(query).fetchone()[0])
 
     def key(self, column: str) -> str:
         """How a value is written in SQL, since values of different types are never equal.

@@ -91,6 +91,11 @@ class DatabaseTable:
         found = database.inspector.get_pk_constraint(self.name, schema=database.schema)
         return tuple(found["constrained_columns"])
 
+    def holds_bytes(self, column: str) -> bool:
+        """Whether a column has bytes in some rows, which are read as their digits."""
+        told = self.told[column]
+        return self.database.engine.holds_bytes(self.sql, quoted(column), told.declared)
+
     def batches(self, columns: Sequence[str]) -> Iterator[pa.RecordBatch]:
         """Reads columns: whole numbers as such, all else as texts."""
         if columns:

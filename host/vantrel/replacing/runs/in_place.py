@@ -233,7 +233,7 @@ def plan_database(
     are_found = not (tables or asked.plan)
     refuse_unchangeable(chosen, are_found=are_found, is_changing=False)
     opened = [understood(table, asked) for table in chosen]
-    ties = ties_of(database, chosen)
+    ties = ties_of(database, {table.copied: table.changed for table in opened})
     with ExitStack() as stack:
         told = open_people(stack, people, asked, separator, encoding)
         refuse_unknown_columns([*opened, *told], asked)
@@ -254,8 +254,8 @@ def _opened(
     if is_changing:
         database.engine.lock([table.sql for table in tables])
     opened = [understood(table, asked) for table in tables]
-    changes = {table.name: table.changed for table in opened}
-    refuse_tied(ties_of(database, tables), changes)
+    ties = ties_of(database, {table.copied: table.changed for table in opened})
+    refuse_tied(ties, {table.name: table.changed for table in opened})
     _refuse_unhashable(opened)
     return opened
 
