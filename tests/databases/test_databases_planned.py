@@ -50,6 +50,8 @@ def test_a_table_of_which_nothing_can_be_changed(trial: Trial) -> None:
     before = contents(trial, "readers")
     plan = planned(trial, KEYS)
     assert contents(trial, "readers") == before
+    shown = succeed(f"replace '{trial.address}' --plan plan.toml --secret s --dry-run").stdout
+    assert shown.count(", the first rows") == 2
     reason = "rows are found by it, as a part of the primary key"
     assert f'email = "keep" # the key; cannot be changed: {reason}\nsince = "keep"\n' in plan
 

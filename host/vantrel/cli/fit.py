@@ -19,6 +19,7 @@ from vantrel.cli.options import (
     list_option,
     path_option,
     phone_numbers_option,
+    refuse_for_databases,
     separator_option,
     values_option,
 )
@@ -126,6 +127,8 @@ def fit(
     if output == STANDARD_STREAM:
         raise click.UsageError("A model is not written to standard output: name a file for -o.")
     refuse_overwriting(output, *files_of(table, config_file), force=force)
+    if isinstance(table, Address):
+        refuse_for_databases(separator=separator, encoding=encoding)
 
     # These take a second to import; help need not wait for them.
     import vantrel

@@ -39,6 +39,14 @@ class TableType(click.ParamType):  # type: ignore[type-arg]  # not generic in al
         return Path(value)
 
 
+def refuse_for_databases(**of_files: object) -> None:
+    """Refuses options of files where the tables are those of a database."""
+    if given := [as_option(name, ...) for name, value in of_files.items() if value]:
+        raise click.UsageError(
+            f"Only files make use of {', '.join(given)}: leave that out for tables of databases."
+        )
+
+
 def files_of(*tables: Path | Address | None) -> list[Path]:
     """Those of several tables that are files."""
     return [table for table in tables if isinstance(table, Path)]

@@ -9,7 +9,7 @@ from typing import TYPE_CHECKING, Any
 
 import click
 
-from vantrel.cli.options import as_option
+from vantrel.cli.options import as_option, refuse_for_databases
 from vantrel.cli.replace_asked import Texts, Wanted
 from vantrel.cli.replace_told import show, tell
 from vantrel.hints import named
@@ -68,6 +68,8 @@ def replace_in_database(
         raise click.UsageError(
             "Nothing is changed, so there is nothing to record: leave --record out."
         )
+    if not wanted.people:
+        refuse_for_databases(separator=separator, encoding=encoding)
     # These take a second to import; help need not wait for them.
     from dataclasses import replace
 

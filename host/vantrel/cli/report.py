@@ -15,6 +15,7 @@ from vantrel.cli.options import (
     files_of,
     force_option,
     path_option,
+    refuse_for_databases,
     separator_option,
 )
 from vantrel.databases.address import Address
@@ -81,6 +82,8 @@ def report(
             "Figures are not written to standard output: name a file for --json."
         )
     files = files_of(table, sampled)
+    if isinstance(table, Address):
+        refuse_for_databases(separator=separator, encoding=encoding)
     for written in filter(None, (output, json)):
         refuse_overwriting(written, *files, force=force)
     if json and json.absolute() == output.absolute():

@@ -17,7 +17,7 @@ from vantrel.databases.address import Address
 from vantrel.databases.engine import Engine, Kind
 from vantrel.databases.sqlite import Sqlite
 from vantrel.errors import DatabaseError
-from vantrel.hints import did_you_mean, listed
+from vantrel.hints import argument, did_you_mean, listed
 
 _ERRORS: tuple[type[Exception], ...] = (SQLAlchemyError, sqlite3.Error)
 if find_spec("psycopg") is not None:  # SQLite does without
@@ -62,10 +62,19 @@ class Database:
         if table not in self.kinds:
             known = self.kinds.keys()
             there = f" Its tables are: {listed(sorted(known))}." if known else " It has none."
+            hint = self._with_schema(table) or did_you_mean(table, known)
             raise DatabaseError(
-                f"{self.address} has no table {table!r} in schema {self.schema!r}."
-                f"{did_you_mean(table, known)}{there}"
+                f"{self.address} has no table {table!r} in schema {self.schema!r}.{hint}{there}"
             )
+
+    def _with_schema(self, table: str) -> str:
+        """Asks whether a table is meant whose schema stands before it; "" if there is none."""
+        schema, dot, name = table.partition(".")
+        if not dot or schema not in self.inspector.get_schema_names():
+            return ""
+        if self.address.table:
+            return f" Is it ?table={name}&schema={schema}?"
+        return f" Is it {argument('schema', schema)} {argument('table', name)}?"
 
     def commit(self) -> None:
         """Makes all changes at once."""
@@ -132,4 +141,4 @@ def _told(address: Address, error: Any) -> str:
     if state == _UNIQUE or said.startswith("UNIQUE constraint failed"):
         hint = "" if address.is_sqlite else " Where it is DEFERRABLE, rows may change places."
         return f"{said}: nothing was changed.{hint}"
-    return f"{said}."
+    return said if said.endswith("?") else f"{said}."

@@ -3,13 +3,13 @@
 from __future__ import annotations
 
 import logging
-from collections.abc import Iterable, Sequence
+from collections.abc import Collection, Iterable, Iterator, Sequence
 from dataclasses import replace
 
 from vantrel.databases.database import Database
 from vantrel.databases.table import DatabaseTable, opened_table
 from vantrel.errors import DatabaseError, NoPeopleError, PlanError
-from vantrel.hints import NOTES_LOGGER, argument, listed
+from vantrel.hints import NOTES_LOGGER, argument, listed, named
 from vantrel.replacing.plan import Plan
 from vantrel.replacing.runs.asked import Asked, OfTable
 from vantrel.replacing.runs.opened import understood
@@ -28,11 +28,25 @@ def chosen_tables(database: Database, named_tables: Sequence[str], asked: Asked)
     with_people = _with_people(database, unasked, asked)
     found = [name for name in database.tables if name in (*asked.of_tables, *with_people)]
     if not found:
+        there = (
+            f"name tables, by {argument('table', ...)}. Its tables are: {listed(database.tables)}."
+            if database.tables
+            else "it has no tables."
+        )
         raise DatabaseError(
-            f"No people were found in schema {database.schema!r} of {database.address}: name"
-            f" tables, by {argument('table', ...)}. Its tables are: {listed(database.tables)}."
+            f"No people were found in schema {database.schema!r} of {database.address}: {there}"
         )
     return found
+
+
+def notes_on_others(chosen: Collection[str], asked: Asked) -> Iterator[str]:
+    """Tells of tables of which something is asked, and that were not chosen."""
+    for name in asked.of_tables:
+        if name not in chosen:
+            yield (
+                f"{named(name)} stays, whatever is asked of it: it is not among the tables of the"
+                " run."
+            )
 
 
 def _refuse_new_tables(database: Database, plan: Plan, asked: Asked) -> None:

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import logging
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from contextlib import ExitStack
 from dataclasses import dataclass, field
@@ -19,10 +20,10 @@ from vantrel.databases.refusals import (
     ties_of,
 )
 from vantrel.databases.table import DatabaseTable, opened_table
-from vantrel.hints import named
+from vantrel.hints import NOTES_LOGGER, named
 from vantrel.replacing.people.people import People
 from vantrel.replacing.runs.asked import Asked, refuse_unplanned
-from vantrel.replacing.runs.chosen import chosen_tables
+from vantrel.replacing.runs.chosen import chosen_tables, notes_on_others
 from vantrel.replacing.runs.notes import notes_on_people
 from vantrel.replacing.runs.opened import (
     OpenedTable,
@@ -51,6 +52,8 @@ from vantrel.storage.together import replacing_together
 from vantrel.wording import listed as joined
 
 _SHOWN_ROWS = 10
+
+_log = logging.getLogger(NOTES_LOGGER)
 
 
 @dataclass(frozen=True)
@@ -180,6 +183,7 @@ def replace_in_place(
         ]
         refuse_leaks(replaced, asked)
         notes = [
+            *notes_on_others([table.name for table in opened], asked),
             *_notes_on_side_effects(opened),
             *notes_on(told, opened, replaced, report),
             *notes_on_people(report, no_real=asked.no_real),
@@ -197,7 +201,9 @@ def replace_in_place(
             notes.append("No secret was kept: another one decides when this is done.")
     else:
         database.commit()
-    return Outcome(replaced, report, notes), [each.excerpt for each in changed]
+    return Outcome(replaced, report, notes), [
+        each.excerpt for each in changed if each.excerpt.columns
+    ]
 
 
 def plan_database(
@@ -241,6 +247,8 @@ def plan_database(
         _refuse_unhashable(opened)
         leaks = leaks_to_come(asked, told, opened, progress)
     write_plan_of(opened, plan, leaks, ties, force=force)
+    for note in notes_on_others([table.name for table in opened], asked):
+        _log.info(note)
 
 
 def _opened(
