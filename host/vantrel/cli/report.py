@@ -31,6 +31,7 @@ from vantrel.wording import shown
 
 if TYPE_CHECKING:
     from vantrel.reporting.comparison import Comparison
+    from vantrel.reporting.copies.record import CopyRecord
     from vantrel.reporting.judged import Judged
     from vantrel.tables import Table
 
@@ -45,6 +46,12 @@ if TYPE_CHECKING:
 )
 @separator_option("TABLE")
 @encoding_option("TABLE")
+@path_option(
+    "--record",
+    metavar="FILE.json",
+    help="How SAMPLE was made, if it is a table of a database: what 'vantrel replace --record' has"
+    " written.",
+)
 @path_option("--json", metavar="FILE.json", help="Write verdicts and figures for machines, too.")
 @click.option(
     "--fail-on",
@@ -59,6 +66,7 @@ def report(
     columns: Any,
     separator: str | None,
     encoding: str | None,
+    record: Path | None,
     json: Path | None,
     fail_on: str | None,
     force: bool,
@@ -105,7 +113,8 @@ def report(
     # These take a second to import; help need not wait for them.
     from vantrel.cli.console import say
 
-    found = _compared(table, sampled, columns, separator=separator, encoding=encoding)
+    copy = _copy_record(sampled, record)
+    found = _compared(table, sampled, columns, copy, separator=separator, encoding=encoding)
     names = [_name_of(table), _name_of(sampled)]
     private: Any = {"private_as": table} if isinstance(table, Path) else {"mode": 0o600}
     with replacing(output, force=force, **private) as file:
@@ -140,23 +149,36 @@ def _looks(found: Judged) -> str:
     return f"{len(about)} {ask} for a look: {'; '.join(about)}."
 
 
+def _copy_record(sampled: Path | Address, record: Path | None) -> CopyRecord | None:
+    """Reads how a copy was made, beside it or in the file that is named; None for a sample."""
+    from vantrel.reporting.copies.record import read_copy_record, read_database_record
+
+    if isinstance(sampled, Path):
+        if record:
+            raise click.UsageError(
+                f"The record of a file stands beside it, and {named(sampled)} is one: leave"
+                " --record out."
+            )
+        return read_copy_record(sampled)
+    return read_database_record(record, sampled.table or "") if record else None
+
+
 def _compared(
     table: Path | Address,
     sampled: Path | Address,
     columns: Any,
+    copy: CopyRecord | None,
     *,
     separator: str | None,
     encoding: str | None,
 ) -> Judged:
-    """Compares by the record beside the second table."""
+    """Compares by the record of the second table, where there is one."""
     # These take a second to import; help need not wait for them.
     import vantrel
     from vantrel.reporting.copies.comparison import compare_copy
-    from vantrel.reporting.copies.record import read_copy_record
     from vantrel.sampling.record import read_record
     from vantrel.tables import open_table
 
-    copy = read_copy_record(sampled) if isinstance(sampled, Path) else None
     if copy and columns:
         raise click.UsageError(
             "The columns of a copy are those that its record tells: leave --column out."
@@ -171,7 +193,7 @@ def _compared(
         if copy:
             return compare_copy(real, people, copy)
         found = vantrel.compare(real, people, record=record, **columns)
-        if record is None and isinstance(sampled, Path) and _may_be_copied(found, real, people):
+        if record is None and _may_be_copied(found, real, people):
             _say_without_record(table, sampled)
         return found
 
@@ -182,15 +204,19 @@ def _may_be_copied(found: Comparison, real: Table, people: Table) -> bool:
     return figures.real_rows == figures.sampled_rows and real.columns == people.columns
 
 
-def _say_without_record(table: Path | Address, copy: Path) -> None:
+def _say_without_record(table: Path | Address, copy: Path | Address) -> None:
     from vantrel.cli.console import say
     from vantrel.sampling.record import record_path
 
+    remedy = (
+        f"put {named(record_path(copy))} back beside it"
+        if isinstance(copy, Path)
+        else "name what its --record has written, by --record"
+    )
     say(
         "note",
-        f"{named(copy)} has no record and was compared as a sample. If 'vantrel replace' made it"
-        f" from {_name_of(table)}, as its rows and columns suggest, put {named(record_path(copy))}"
-        " back beside it.",
+        f"{_name_of(copy)} has no record and was compared as a sample. If 'vantrel replace' made it"
+        f" from {_name_of(table)}, as its rows and columns suggest, {remedy}.",
     )
 
 

@@ -78,19 +78,26 @@ class Table:
         source = replace(self._source, names=list(map(unguarded, self._source.names)))
         return Table(self.path, source, self._connection, self._folder, unguarded_in_sql)
 
-    def kept(self, columns: Collection[str], beside: Table | None = None) -> Table:
+    def kept(
+        self,
+        columns: Collection[str],
+        beside: Table | None = None,
+        sorted_by: Sequence[str] = (),
+    ) -> Table:
         """Reads columns once and keeps them where they are read quickly again and again.
 
         Args:
             columns: Those to keep, in whatever order.
             beside: A table whose share of memory this one shall use from then on.
+            sorted_by: The columns that tell the order of the rows, where it is not theirs.
         """
         names = [column for column in self.columns if column in columns]
         kept = self._folder / "kept.parquet"
         cells = [f"{self.named(name)} AS c{place}" for place, name in enumerate(names)]
         listed = ", ".join(cells) or "NULL AS nothing"
+        order = f" ORDER BY {', '.join(map(self.named, sorted_by))}" if sorted_by else ""
         self.query(
-            f"COPY (SELECT {listed} FROM {{rows}}) TO {quoted(str(kept))}"
+            f"COPY (SELECT {listed} FROM {{rows}}{order}) TO {quoted(str(kept))}"
             f" (FORMAT parquet, ROW_GROUP_SIZE {_KEPT_TOGETHER})"
         )
         source = Source(names, f"read_parquet({quoted(str(kept))})")

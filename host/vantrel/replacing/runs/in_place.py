@@ -193,7 +193,8 @@ def replace_in_place(
                 each.values.take_effect()
             database.engine.settle()
             if record is not None:
-                write_form(opener, record, database_record_of(replaced, asked, report))
+                keys = [table.copied.key for table in opened]
+                write_form(opener, record, database_record_of(replaced, keys, asked, report))
             if secret_file is not None and is_new:
                 write_secret(secret_file, secret, opener)
     if is_rehearsal:

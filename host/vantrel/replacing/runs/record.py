@@ -54,12 +54,24 @@ def form_of(person: Person) -> dict[str, Any]:
     }
 
 
-def database_record_of(tables: Sequence[Replaced], asked: Asked, report: Report) -> dict[str, Any]:
-    """Tells how the people of the tables of a database were replaced, without its address."""
+def database_record_of(
+    tables: Sequence[Replaced], keys: Sequence[Sequence[str]], asked: Asked, report: Report
+) -> dict[str, Any]:
+    """Tells how the people of the tables of a database were replaced, without its address.
+
+    Args:
+        tables: What became of each table.
+        keys: The columns of the primary key of each.
+        asked: What was asked for.
+        report: What came of all.
+    """
     return {
         "format": f"{FORMAT}-database",
         "schema_version": _SCHEMA_VERSION,
-        "tables": [record_of(table, asked, report) for table in tables],
+        "tables": [
+            record_of(table, asked, report) | {"primary_key": list(key)}
+            for table, key in zip(tables, keys, strict=True)
+        ],
     }
 
 

@@ -66,7 +66,8 @@ def compare_copy(real: Any, copied: Any, record: CopyRecord) -> CopyComparison:
     Args:
         real: The table whose people were replaced, as :func:`vantrel.compare` takes it.
         copied: The copy, likewise.
-        record: How it was made, as ``read_copy_record`` of this room reads it.
+        record: How it was made, as ``read_copy_record`` of this room reads it, or
+            ``read_database_record``. Rows of a database are told by their primary key.
 
     Raises:
         ArgumentTypeError: One of the tables is none.
@@ -74,8 +75,8 @@ def compare_copy(real: Any, copied: Any, record: CopyRecord) -> CopyComparison:
     """
     original, copy = as_table(real, "An original"), as_table(copied, "A copy")
     _refuse_other_table(original, copy, record)
-    was = original.kept(original.columns)
-    became = copy.kept(copy.columns, beside=original)
+    was = original.kept(original.columns, sorted_by=record.primary_key)
+    became = copy.kept(copy.columns, original, sorted_by=record.primary_key)
     real_rows, copied_rows = (len(LabelledTable(each, {})) for each in (was, became))
     is_whole = real_rows == copied_rows
     figures = CopyFigures(

@@ -8,7 +8,7 @@ from typing import Any, Literal
 import msgspec
 
 from vantrel.errors import RecordError
-from vantrel.hints import named
+from vantrel.hints import did_you_mean, listed, named, why_unreadable
 from vantrel.sampling.record import MOST_BYTES, record_path, sha256_of
 from vantrel.storage.files import read_whole
 from vantrel.tables.sources import parts_of
@@ -58,6 +58,7 @@ class CopyRecord(msgspec.Struct, frozen=True, kw_only=True):
         versions: The versions that decide who people become.
         file_sha256: The SHA-256 of the file of the copy; None where it is none.
         copies_sha256: The same of each file of a folder, by its name.
+        primary_key: The columns that tell which rows belong together, in tables of databases.
     """
 
     format: Literal["vantrel-replace", "vantrel-replace-folder"]
@@ -74,6 +75,7 @@ class CopyRecord(msgspec.Struct, frozen=True, kw_only=True):
     versions: dict[str, str]
     file_sha256: str | None = None
     copies_sha256: dict[str, str] | None = None
+    primary_key: list[str] = []
 
     @property
     def people(self) -> dict[str, OfPerson]:
@@ -82,9 +84,9 @@ class CopyRecord(msgspec.Struct, frozen=True, kw_only=True):
 
     @property
     def asked(self) -> list[str]:
-        """The columns of people and of their keys."""
+        """The columns of people, and of keys."""
         own = (column for each in self.people.values() for column in (*each.key, *each.replaced))
-        return list(dict.fromkeys(own))
+        return list(dict.fromkeys([*own, *self.primary_key]))
 
     @property
     def changed(self) -> set[str]:
@@ -98,6 +100,14 @@ class CopyRecord(msgspec.Struct, frozen=True, kw_only=True):
         if self.copies_sha256:
             return self.copies_sha256 != {file.name: sha256_of(file) for file in parts_of(copy)}
         return None if self.file_sha256 is None else self.file_sha256 != sha256_of(copy)
+
+
+class _DatabaseRecord(msgspec.Struct, frozen=True):
+    """How the people of the tables of a database were replaced."""
+
+    format: Literal["vantrel-replace-database"]
+    schema_version: Literal[1]
+    tables: list[CopyRecord]
 
 
 class _Kind(msgspec.Struct):
@@ -117,9 +127,32 @@ def read_copy_record(output: Path) -> CopyRecord | None:
             return None
     except (OSError, msgspec.DecodeError, RecursionError):
         return None  # whoever reads the record of a sample tells what is wrong
+    return _decoded(path, text, CopyRecord)
+
+
+def read_database_record(path: Path, table: str) -> CopyRecord:
+    """Reads what the record of a database that was replaced in place tells of a table.
+
+    Raises:
+        RecordError: It is no such record that this version knows, or does not tell of the table.
+    """
     try:
-        return msgspec.json.decode(text, type=CopyRecord)
-    except msgspec.DecodeError as error:
+        text = read_whole(path, MOST_BYTES)
+    except OSError as error:
+        raise RecordError(f"{named(path)} {why_unreadable(path, error)}") from error
+    tables = {each.table: each for each in _decoded(path, text, _DatabaseRecord).tables}
+    if table not in tables:
+        raise RecordError(
+            f"{named(path)} tells of no table {table!r}.{did_you_mean(table, tables)} Its tables"
+            f" are: {listed([*tables])}."
+        )
+    return tables[table]
+
+
+def _decoded[T](path: Path, text: bytes, kind: type[T]) -> T:
+    try:
+        return msgspec.json.decode(text, type=kind)
+    except (msgspec.DecodeError, RecursionError) as error:
         raise RecordError(
             f"{named(path)} is no record of a copy that this version knows ({shown(error)}): move"
             " it away."
