@@ -16,7 +16,8 @@ import pytest
 pytest.importorskip("distributed", reason="clusters need distributed")
 pytest.importorskip("pyarrow", reason="Parquet files need pyarrow")
 
-
+import pyarrow as pa
+import pyarrow.parquet as pq
 from dask.base import tokenize
 
 from support.command import fail
@@ -324,6 +325,40 @@ def test_a_secret_that_two_runs_make_at_once(client: Any, monkeypatch: pytest.Mo
     monkeypatch.setattr(secret_files, "write_secret", write)
     assert refusal_of_new_secret(client, SecretError) == MADE_MEANWHILE
     assert not Path("copy").exists()
+
+
+def set_in_file(name: str, column: str, values: pa.Array) -> None:
+    path = Path("many", name)
+    table = pq.read_table(path)
+    pq.write_table(table.set_column(table.column_names.index(column), column, values), path)
+
+
+@pytest.mark.parametrize(
+    ("column", "reason"),
+    [
+        ("email", "which cannot hold what is made up for it: make it text, or keep it."),
+        ("seen", "which holds no dates: 'blank' empties it."),
+    ],
+)
+def test_types_of_a_later_file_that_hold_no_new_values(
+    column: str, reason: str, monkeypatch: pytest.MonkeyPatch
+) -> None:
+    monkeypatch.setattr("vantrel.scale.cluster.LocalCluster", None)  # nobody starts machines
+    set_in_file("part.002.parquet", column, pa.array([{"a": 1}] * 20))
+    assert fail(f"{RUN} --other seen=shift:30", 1) == (
+        f"File part.002.parquet: Column '{column}' is of type struct<a: int64>, {reason}"
+    )
+    assert not Path("copy").exists()
+
+
+def test_values_of_a_later_file_for_which_there_are_no_others(client: Any) -> None:
+    set_in_file("part.002.parquet", "row", pa.array([0.5] * 20))
+    with pytest.raises(ReplaceError) as caught:
+        scale.replace("many", "copy", KEY, SECRET, others={"row": "hash"}, client=client)
+    assert str(caught.value) == (
+        "File part.002.parquet: Column 'row' has numbers with a fraction, or too large for their"
+        " type: only texts and whole numbers can be hashed."
+    )
 
 
 def test_a_key_that_is_missing_in_every_row(client: Any) -> None:

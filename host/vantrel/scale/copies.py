@@ -2,18 +2,21 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable
+from collections.abc import Iterable, Iterator
+from contextlib import contextmanager
 from dataclasses import dataclass, field, replace
 from pathlib import Path
 
 import msgspec
 import pandas as pd
+import pyarrow as pa
 from pyarrow.parquet import read_metadata
 
+from vantrel.errors import ReplaceError
+from vantrel.hints import named
 from vantrel.replacing.leaks import Leak
 from vantrel.replacing.leaks.search import people_first
 from vantrel.replacing.others.changed import Lost
-from vantrel.replacing.runs.passing import Passing
 from vantrel.scale.facts import facts_of
 from vantrel.scale.joining import Checked
 from vantrel.scale.run import FileOfRun
@@ -83,17 +86,47 @@ def write_copy(file: CopiedFile, answers: pd.DataFrame, _checked: Checked, share
     """
     people = shared.people()
     people.know(facts_of(answers, people.places), shared.roles.replaced.values())
-    passing = Passing(people, shared.roles, shared.scrub, shared.others)
+    passing = shared.passing(people)
 
     def notes() -> dict[str, str]:
         found = Found(passing.leaks(), dict(passing.lost))
         return file.note | {_NOTE: msgspec.json.encode(found).decode()}
 
     with (
+        _naming(file.source),
         opened_file(file.source) as copied,
         replacing(file.path, binary=True, private_as=file.source) as target,
     ):
         copied.write(target, copied.columns, passing, notes=notes)
+
+
+def refuse_types(files: Iterable[Path], schemas: Iterable[pa.Schema], shared: Shared) -> None:
+    """Refuses columns that cannot hold what is made for them, before a row is read.
+
+    Args:
+        files: The files.
+        schemas: The types of the columns of each.
+        shared: What all workers are told.
+
+    Raises:
+        ReplaceError: A file has such a column.
+    """
+    tried = set()
+    for file, schema in zip(files, schemas, strict=True):
+        if schema not in tried:
+            tried.add(schema)
+            none = [column.combine_chunks() for column in schema.empty_table().columns]
+            with _naming(file):
+                shared.passing(shared.people())(pa.RecordBatch.from_arrays(none, schema=schema))
+
+
+@contextmanager
+def _naming(file: Path) -> Iterator[None]:
+    """Tells in which file something cannot be replaced."""
+    try:
+        yield
+    except ReplaceError as error:
+        raise ReplaceError(f"File {named(file.name)}: {error}") from error
 
 
 def found_in(files: Iterable[CopiedFile]) -> Found:

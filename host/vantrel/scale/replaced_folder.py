@@ -32,7 +32,7 @@ from vantrel.replacing.runs.secret import (
 from vantrel.sampling.record import record_path, sha256_of, write_record
 from vantrel.sampling.to_file import Progress as RowProgress
 from vantrel.sampling.to_file import untold
-from vantrel.scale.copies import CopiedFile, Found, found_in, write_copy
+from vantrel.scale.copies import CopiedFile, Found, found_in, refuse_types, write_copy
 from vantrel.scale.joining import Checked, joined
 from vantrel.scale.replaced_record import ReplaceRecord, record_of
 from vantrel.scale.run import (
@@ -91,6 +91,7 @@ def replace_folder(
         run = _Run(table, output, asked, *_secret_of(secret))
         if earlier is not None:
             refuse_another_run(earlier.differences(run.record), output)
+        refuse_types(table.copied.files, table.copied.schemas, run.shared())
         files = run.files()
         todo = [file for file in files if not file.is_made()]
         report = earlier.report if earlier else None
@@ -167,7 +168,7 @@ class _Run:
         progress: RowProgress,
     ) -> Report:
         """Makes copies, and warns of countries of which Faker has no names."""
-        tasks = _tasks(files, todo, self._shared())
+        tasks = _tasks(files, todo, self.shared())
         futures = client.compute(tasks)
         checked, *copies = futures
         try:
@@ -207,7 +208,8 @@ class _Run:
         on_people = notes_on_people(report, no_real=False, tellers=["place"])
         return Outcome([done], report, [*on_table, *on_people])
 
-    def _shared(self) -> Shared:
+    def shared(self) -> Shared:
+        """What all workers are told."""
         table, asked = self.table, self.asked
         return Shared(
             Shared.hidden(self.secret),

@@ -10,6 +10,7 @@ from uuid import uuid4
 from vantrel.replacing.columns.roles import Roles
 from vantrel.replacing.others.action import Action
 from vantrel.replacing.people.people import People, Seeds, drawn_seeds
+from vantrel.replacing.runs.passing import Passing
 from vantrel.rows import Ways
 
 
@@ -59,3 +60,7 @@ class Shared:
         """Gives people of whom nothing is known yet."""
         secret, seeds = self.secret.value
         return People(secret, place=self.place, ways=self.ways, seeds=seeds)
+
+    def passing(self, people: People) -> Passing:
+        """Gives what becomes of the batches of a file."""
+        return Passing(people, self.roles, self.scrub, self.others)

@@ -26,12 +26,14 @@ class CopiedFolder:
         columns: The names of the columns of each file.
         files: The files.
         rows: The number of rows of each.
+        schemas: The types of the columns of each, which may differ.
     """
 
     path: Path
     columns: tuple[str, ...]
     files: tuple[Path, ...]
     rows: tuple[int, ...]
+    schemas: tuple[pa.Schema, ...]
 
     @classmethod
     def opened(cls, path: Path) -> CopiedFolder:
@@ -41,11 +43,12 @@ class CopiedFolder:
             TableError: It is none, holds other things, or its files differ in their columns.
         """
         files = _files(path)
-        columns, rows = [], []
+        columns, rows, schemas = [], [], []
         for file in files:
             with opened_file(file) as parquet:
                 columns.append(parquet.columns)
                 rows.append(parquet.file.metadata.num_rows)
+                schemas.append(parquet.file.schema_arrow.remove_metadata())
         for file, own in zip(files, columns, strict=True):
             if own != columns[0]:
                 raise TableError(
@@ -53,7 +56,7 @@ class CopiedFolder:
                     f" {named(files[0].name)} has the columns {listed(columns[0])},"
                     f" {named(file.name)} has {listed(own)}."
                 )
-        return cls(path, columns[0], tuple(files), tuple(rows))
+        return cls(path, columns[0], tuple(files), tuple(rows), tuple(schemas))
 
     def batches(self, columns: Sequence[str]) -> Iterator[pa.RecordBatch]:
         """Reads columns of one file after the other."""
