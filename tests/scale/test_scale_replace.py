@@ -24,9 +24,7 @@ from support.replaced_folders import KEY, in_rows, read_files, visits, write_fol
 from support.replacing import SECRET
 from support.scaling import contents
 from vantrel import scale
-from vantrel.errors import (
-    BorrowedNamesWarning,
-)
+from vantrel.errors import BorrowedNamesWarning, ReplaceError
 from vantrel.replacing.runs.asked import Asked, OfTable
 from vantrel.replacing.runs.files import replace_files
 from vantrel.replacing.runs.outcome import Outcome
@@ -289,3 +287,15 @@ def test_several_people_of_a_row_and_their_households(client: Any, table: pd.Dat
     pd.testing.assert_frame_equal(made, alone)
     changed = [f"{side}_{name}_name" for side in keys for name in ("first", "last")]
     assert not (made[changed] == real[changed]).any(axis=None)
+    scale.replace("deals", "by name", keys, SECRET, household="house", client=client)
+    assert contents(Path("by name")) == contents(Path("two"))
+
+
+def test_a_key_of_nobody_in_the_rows(client: Any, table: pd.DataFrame) -> None:
+    write_folder(Path("many"), table, 2)
+    with pytest.raises(ReplaceError) as caught:
+        replace(client, key={"buyer": KEY})
+    assert str(caught.value) == (
+        "Table many has nobody called 'buyer' in its rows. Its rows have one person each: name the"
+        " key alone."
+    )

@@ -9,7 +9,7 @@ from distributed import Client
 
 from vantrel.arguments import refuse_text
 from vantrel.fitting.checks import check_ways
-from vantrel.replacing.columns.roles import Columns, Key
+from vantrel.replacing.columns.roles import Columns, Keys
 from vantrel.replacing.plan import read_plan
 from vantrel.replacing.runs.asked import Asked, OfTable
 from vantrel.replacing.runs.outcome import Outcome
@@ -20,7 +20,7 @@ from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 def replace(
     source: str | Path,
     output: str | Path,
-    key: Key | None = None,
+    key: Keys | None = None,
     secret: bytes | None = None,
     columns: Columns | None = None,
     keep: Iterable[str] = (),
@@ -47,7 +47,7 @@ def replace(
         source: The folder. Its files come in the order of their names.
         output: The folder to make, of as many files of the same names. All workers see both
             folders under the same paths.
-        key: As there, of one person a row; a plan tells the keys of several.
+        key: As there.
         secret: As there. A run that is resumed needs the one that it was begun with.
         columns: As there.
         keep: As there.
@@ -74,15 +74,17 @@ def replace(
     """
     refuse_text(keep, "keep", "attributes")
     refuse_text(scrub, "scrub", "columns")
+    keys, by_name = _keys(key)
     named_columns = {name: _several(those) for name, those in (columns or {}).items()}
     asked = Asked(
         OfTable(
-            () if key is None else (_several(key),),
+            keys,
             named_columns,
             frozenset(keep),
             tuple(scrub),
             others=dict(others or {}),
             household=household or "",
+            keys_by_name=by_name,
         ),
         plan=None if plan is None else read_plan(Path(plan)),
         place=place,
@@ -99,6 +101,13 @@ def replace(
         workers=workers,
         resume=resume,
     )
+
+
+def _keys(key: Keys | None) -> tuple[tuple[tuple[str, ...], ...], dict[str, tuple[str, ...]]]:
+    """Gives a key that nobody's name is told of, and those of people by what they are called."""
+    if isinstance(key, Mapping):
+        return (), {whose: _several(each) for whose, each in key.items()}
+    return () if key is None else (_several(key),), {}
 
 
 def _several(names: str | Iterable[str]) -> tuple[str, ...]:

@@ -33,6 +33,7 @@ class OfTable:
         household: The column in whose households people share family names; "" if none.
         people: The people of each row, as a plan has them.
         plan: The file of a plan that knows the table, and has to know each of its columns.
+        keys_by_name: The columns of the keys of people by what they are called.
     """
 
     keys: tuple[tuple[str, ...], ...] = ()
@@ -45,6 +46,7 @@ class OfTable:
     household: str = ""
     people: tuple[OfPerson, ...] = ()
     plan: Path | None = None
+    keys_by_name: Mapping[str, tuple[str, ...]] = field(default_factory=dict)
 
     @property
     def fates(self) -> dict[str, str]:
@@ -72,6 +74,7 @@ class OfTable:
             self.household or other.household,
             self.people or other.people,
             self.plan or other.plan,
+            self.keys_by_name or other.keys_by_name,
         )
 
 

@@ -104,6 +104,7 @@ def understood[TableT: Batched](
     others = {} if is_only_read else own.others
     roles = find_roles(
         excerpt,
+        key=own.keys_by_name or None,
         more_keys=[_key(key, copied.columns) for key in own.keys],
         columns=own.columns,
         keep=own.keep,
