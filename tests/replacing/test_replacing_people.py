@@ -129,10 +129,39 @@ def test_passwords_and_numbers_come_from_the_hash(made: pd.DataFrame, table: pd.
     for pattern in ("[a-z]", "[A-Z]", "[0-9]", "[!?]"):
         assert made["password"].str.contains(pattern).all()
     numbers = made.loc[table["country"] == "GB", "mobile"]
-    assert numbers.str.fullmatch(r"07700 900\d{3}").all()
+    assert numbers.str.fullmatch(r"\+44 7700 900\d{3}").all()
     assert numbers.nunique() > 0.8 * len(numbers)
     digits = numbers.str.slice(-3).str.cat().replace(" ", "")
     assert all(0.06 < digits.count(digit) / len(digits) < 0.14 for digit in "0123456789")
+
+
+FORMS = {
+    "0170 1234567": r"07700 900\d{3}|06( \d\d){4}|\d{3} \d{3} \d{4}",
+    "+49 170 1234567": r"\+44 7700 900\d{3}|\+33 6( \d\d){4}|\+39 \d{3} \d{3} \d{4}",
+    "+491701234567": r"\+447700900\d{3}|\+336\d{8}|\+39\d{10}",
+    "00491701234567": r"00447700900\d{3}|00336\d{8}|0039\d{10}",
+    "0170/1234567": r"07700 900\d{3}|06( \d\d){4}|\d{3} \d{3} \d{4}",
+    "01701234567": r"07700900\d{3}|06\d{8}|\d{10}",
+}
+
+
+@pytest.mark.parametrize("no_real", [False, True])
+def test_numbers_have_codes_of_countries_and_blanks_where_the_real_ones_have(
+    *, no_real: bool
+) -> None:
+    ids, countries = range(300), ["GB", "FR", "IT"] * 100
+    table = pd.DataFrame({"id": ids, "country": countries})
+    taken = [f"07700 900{end:03}" for end in range(500)]
+    others = pd.DataFrame({"id": range(1_000, 1_500), "mobile": taken})
+    national: list[str] = []
+    for written, form in FORMS.items():
+        replacer = Replacer(SECRET, no_real=no_real)
+        made = replacer.replace(table.assign(mobile=written), "id", others)["mobile"]
+        assert made.str.fullmatch(form).all(), written
+        digits = made.str.replace(r"\D", "", regex=True).str[-9:].tolist()
+        national = national or digits
+        assert digits == national
+    assert not no_real or min(national[::3]) >= "700900500"
 
 
 def chi_squared(counts: pd.Series, shares: pd.Series) -> float:

@@ -6,7 +6,9 @@ from collections.abc import Sequence
 from typing import Any
 
 import numpy as np
+import phonenumbers
 import pyarrow as pa
+from phonenumbers import PhoneNumberFormat
 
 from vantrel.config import PersonModelConfig
 from vantrel.replacing.making.places import Place
@@ -50,17 +52,30 @@ class Forms:
         places: The places, by their numbers.
         attribute: What kind of number it is.
         is_valid: Whether they are valid ones, also where some are kept for fiction.
+        is_international: Whether they begin with the code of the country.
 
     Attributes:
         numbers: How many numbers each place has.
     """
 
-    def __init__(self, places: Sequence[Place], attribute: str, *, is_valid: bool) -> None:
+    def __init__(
+        self,
+        places: Sequence[Place],
+        attribute: str,
+        *,
+        is_valid: bool,
+        is_international: bool = False,
+    ) -> None:
         kind = next(kind for name, kind in KIND.items() if name == attribute)
         otherwise = getattr(PersonModelConfig(), f"{attribute}_format")
         found = [
             formats_of(place.region, kind, is_valid=is_valid) or [otherwise] for place in places
         ]
+        if is_international:
+            found = [
+                [_international(each, place.region) for each in formats]
+                for place, formats in zip(places, found, strict=True)
+            ]
         self.numbers = list(map(numbers_in, found))
         counts, self._start, written = FormatTable.of(found)
         self._count = counts.astype(np.uint64)
@@ -80,6 +95,22 @@ class Forms:
             digits, self._digit[form], axis=1
         )
         return made
+
+
+def _international(written: str, region: str) -> str:
+    """Writes a format with the code of its country; as it is where that is not known."""
+    try:
+        number = phonenumbers.parse(written.replace("x", "0"), region)
+    except phonenumbers.NumberParseException:
+        return written
+    signs = list(phonenumbers.format_number(number, PhoneNumberFormat.INTERNATIONAL))
+    places = [place for place, sign in enumerate(signs) if sign.isdigit()]
+    digits = [sign for sign in written if sign.isdigit() or sign == "x"]
+    # The code of the country stands before the digits, and what they begin with may be gone.
+    for place, digit in zip(reversed(places), reversed(digits), strict=False):
+        if digit == "x":
+            signs[place] = digit
+    return "".join(signs)
 
 
 def passwords(words: Any) -> Characters:

@@ -58,16 +58,20 @@ class Makers:
         self._key = key
         self._ways = ways
         self.vocabulary = Vocabulary(latin=ways.latin)
-        self._forms: dict[str, tuple[int, Forms]] = {}
+        self._forms: dict[tuple[str, bool], tuple[int, Forms]] = {}
 
-    def forms(self, attribute: str) -> Forms:
+    def forms(self, attribute: str, *, is_international: bool = False) -> Forms:
         """The formats of numbers of all places that are known by now."""
         count = len(self.places.known)
-        known, forms = self._forms.get(attribute, (0, None))
+        known, forms = self._forms.get((attribute, is_international), (0, None))
         if forms is None or known < count:
-            is_valid = self._ways.phone_numbers == "valid"
-            forms = Forms(self.places.known, attribute, is_valid=is_valid)
-            self._forms[attribute] = count, forms
+            forms = Forms(
+                self.places.known,
+                attribute,
+                is_valid=self._ways.phone_numbers == "valid",
+                is_international=is_international,
+            )
+            self._forms[attribute, is_international] = count, forms
         return forms
 
     def words_of_families(self, families: Prints) -> Prints:
@@ -118,7 +122,7 @@ class MadeUp:
     def column(self, attribute: str) -> pa.Array:
         """Makes an attribute of all of them, as strings."""
         if attribute in _WORD_OF_NUMBER:
-            return self._number(attribute)
+            return self.number(attribute)
         made: pa.Array = getattr(self, f"_{attribute}")
         return made
 
@@ -226,20 +230,22 @@ class MadeUp:
     def _password(self) -> pa.Array:
         return strings(passwords(self._digests[:, 3:5]))
 
-    def _number(self, attribute: str) -> pa.Array:
+    def number(self, attribute: str, *, is_international: bool = False) -> pa.Array:
+        """Makes the numbers of all of them, from abroad the same ones."""
         words = self._digests[:, _WORD_OF_NUMBER[attribute]]
-        forms = self._makers.forms(attribute)
-        if self._avoided is None:
-            return strings(forms.made(self._told.place, words))
+        if self._avoided is not None:
+            words = self._words_of_nobodys(words, self._makers.forms(attribute), self._avoided)
+        forms = self._makers.forms(attribute, is_international=is_international)
+        return strings(forms.made(self._told.place, words))
 
-        def pick(rows: Any, words: Prints) -> Characters:
-            return forms.made(self._told.place[rows], words)
+    def _words_of_nobodys(self, words: Prints, forms: Forms, avoided: RealPeople) -> Any:
+        """The first words that choose numbers of no real person."""
 
-        def is_refused(_: Any, picked: Characters) -> Any:
-            assert self._avoided is not None
-            return self._avoided.numbers.has(ends_of_numbers(strings(picked)))
+        def is_refused(rows: Any, picked: Prints) -> Any:
+            numbers = strings(forms.made(self._told.place[rows], picked))
+            return avoided.numbers.has(ends_of_numbers(numbers))
 
-        return strings(_first_allowed(words, pick, is_refused))
+        return _first_allowed(words, lambda _, words: words.copy(), is_refused)
 
 
 def _first_allowed(

@@ -12,13 +12,14 @@ from __future__ import annotations
 import secrets
 from collections.abc import Iterable, Mapping, Sequence
 from dataclasses import dataclass, field
+from functools import partial
 from hashlib import blake2b
 from typing import Any, NamedTuple
 
 import numpy as np
 import pyarrow as pa
 
-from vantrel.attributes import NAMES
+from vantrel.attributes import NAMES, PHONES
 from vantrel.errors import ReplaceError
 from vantrel.hints import listed
 from vantrel.replacing.columns.person import REPLACED, Person
@@ -32,7 +33,7 @@ from vantrel.replacing.people.tally import Tally
 from vantrel.replacing.people.told import Told, told_by, with_genders_by_name
 from vantrel.replacing.people.who import Facts, Who
 from vantrel.replacing.values.cells import put_in
-from vantrel.replacing.values.form import in_case_of, in_form_of
+from vantrel.replacing.values.form import in_case_of, in_form_of, in_form_of_numbers
 from vantrel.replacing.values.keys import (
     WORDS,
     Digests,
@@ -437,8 +438,11 @@ def _key_missing(table: str, person: str, key: Sequence[str]) -> ReplaceError:
 
 
 def _written(made: MadeUp, attribute: str, column: pa.Array, name: str) -> pa.Array:
-    """Makes the new values of a column, names in the form of the real ones."""
+    """Makes the new values of a column, names and numbers in the form of the real ones."""
     values = made.column(attribute)
+    if attribute in PHONES:
+        international = partial(made.number, attribute, is_international=True)
+        values = in_form_of_numbers(as_texts(column), values, international)
     if attribute in NAMES:
         real = as_texts(column)
         is_whole = attribute == "fullname"

@@ -1,4 +1,8 @@
-"""How a table writes names: titles before them, the last name before a comma, in capitals."""
+"""How a table writes things.
+
+Names have titles before them, the last name before a comma, or are in capitals. Telephone numbers
+begin with the code of the country, or have no blanks.
+"""
 
 from __future__ import annotations
 
@@ -14,6 +18,9 @@ _TITLES = (
     r"|mme|mlle|madame|monsieur|mademoiselle|señora?|sra?|señorita|srta|signora?|sig|dott|dottoressa"
     r"|mevrouw|mevr|meneer|dhr|fru)(?:\.\s*|\s+))+)(?P<name>\S.*)$"
 )
+
+# A telephone number without blanks and other signs between its digits.
+_BARE = r"^\+?\d+$"
 
 # Shorter texts in capitals may be initials, and so may those with a full stop.
 _FEWEST_CAPITALS = 3
@@ -51,6 +58,27 @@ def in_case_of(real: pa.Array, made: pa.Array) -> pa.Array:
     is_upper = pc.and_not(pc.and_(pc.utf8_is_upper(real), is_long), pc.match_substring(real, "."))
     is_upper = pc.fill_null(is_upper, False)
     return pc.if_else(is_upper, pc.utf8_upper(made), made) if pc.any(is_upper).as_py() else made
+
+
+def in_form_of_numbers(
+    real: pa.Array, made: pa.Array, international: Callable[[], pa.Array]
+) -> pa.Array:
+    """Writes telephone numbers as the real ones are.
+
+    Args:
+        real: The texts that are replaced.
+        made: A number for each.
+        international: Makes the same with "+" and the code of the country.
+    """
+    for start in ("+", "00"):
+        is_abroad = pc.fill_null(pc.starts_with(real, start), False)
+        if pc.any(is_abroad).as_py():
+            written = pc.replace_substring(international(), "+", start, max_replacements=1)
+            made = pc.if_else(is_abroad, written, made)
+    is_bare = pc.fill_null(pc.match_substring_regex(real, _BARE), False)
+    if pc.any(is_bare).as_py():
+        made = pc.if_else(is_bare, pc.replace_substring_regex(made, r"[^+\d]", ""), made)
+    return made
 
 
 def _parted(names: pa.Array) -> pa.Array:
