@@ -317,6 +317,26 @@ def test_a_second_column_of_an_attribute_is_looked_for_too() -> None:
     )
 
 
+def test_what_is_scrubbed_is_in_the_case_of_its_text() -> None:
+    table = pd.DataFrame(
+        {
+            "id": [1, 2],
+            "first_name": ["ANN", "BEN"],
+            "last_name": ["STONE", "HILL"],
+            "full_name": ["STONE, ANN", "BEN HILL"],
+            "memo": ["Ann Stone met ANN STONE, not ann stone", "for Stone, or Ben Hill"],
+        }
+    )
+    made = vantrel.replace(table, "id", SECRET, scrub=["memo"])
+    ann, ben = made.to_dict("records")
+    assert ann["full_name"] == f"{ann['last_name']}, {ann['first_name']}"
+    assert ben["full_name"] == f"{ben['first_name']} {ben['last_name']}"
+    whole = f"{ann['first_name']} {ann['last_name']}"
+    assert ann["memo"] == f"{whole.title()} met {whole}, not {whole.lower()}"
+    assert ben["memo"] == f"for Stone, or {ben['full_name'].title()}"
+    assert whole.isupper()
+
+
 def test_first_names_contradict_no_gender_that_is_told() -> None:
     table = pd.DataFrame(
         {

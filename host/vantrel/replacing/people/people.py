@@ -445,8 +445,9 @@ def _written(made: MadeUp, attribute: str, column: pa.Array, name: str) -> pa.Ar
         values = in_form_of_numbers(as_texts(column), values, international)
     if attribute in NAMES:
         real = as_texts(column)
-        is_whole = attribute == "fullname"
-        values = in_form_of(real, values, made.inverted) if is_whole else in_case_of(real, values)
+        if attribute == "fullname":
+            values = in_form_of(real, values, made.inverted)
+        values = in_case_of(real, values)
     return put_in(values, column, name)
 
 

@@ -12,7 +12,7 @@ from vantrel.attributes import NAMES
 from vantrel.replacing.columns.person import Person
 from vantrel.replacing.leaks import Known, Names, Value
 from vantrel.replacing.people.people import NewPerson
-from vantrel.replacing.values.form import without_titles
+from vantrel.replacing.values.form import in_form_of, without_titles
 from vantrel.replacing.values.keys import as_texts, is_text
 
 # "Smith, John" and "John Smith"; of several words the last is apart.
@@ -26,7 +26,9 @@ _PARTS = ("firstname", "lastname")
 def known_of(batch: pa.RecordBatch, new: NewPerson) -> Known:
     """Gives what one person of each row is known by; the parts of full names, too."""
     values = [
-        Value(attribute, as_texts(batch.column(column)), as_texts(new.columns[column]))
+        Value(
+            attribute, real := as_texts(batch.column(column)), _made(new, column, attribute, real)
+        )
         for column, attribute in new.person.replaced.items()
     ]
     missing = [part for part in _PARTS if part not in new.person.columns]
@@ -34,6 +36,15 @@ def known_of(batch: pa.RecordBatch, new: NewPerson) -> Known:
         parts = zip(_PARTS, _halves(real), _halves(made), strict=True)
         values += [Value(*part) for part in parts if part[0] in missing]
     return Known(values, _names(new, values))
+
+
+def _made(new: NewPerson, column: str, attribute: str, real: pa.Array) -> pa.Array:
+    """What is written in texts: names not in the case of their column, which texts may not have."""
+    if attribute == "fullname":
+        return in_form_of(real, new.made.column(attribute), new.made.inverted)
+    if attribute in NAMES:
+        return new.made.column(attribute)
+    return as_texts(new.columns[column])
 
 
 def found_by_print(texts: pa.Array, known: Known, new: NewPerson) -> Iterator[Value]:

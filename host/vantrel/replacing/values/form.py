@@ -37,7 +37,7 @@ def without_titles(names: pa.Array) -> pa.Array:
 
 
 def in_form_of(real: pa.Array, made: pa.Array, inverted: Callable[[], pa.Array]) -> pa.Array:
-    """Writes full names as the real ones are.
+    """Writes full names as the real ones are, but for their case.
 
     Args:
         real: The texts that are replaced.
@@ -48,7 +48,6 @@ def in_form_of(real: pa.Array, made: pa.Array, inverted: Callable[[], pa.Array])
     if pc.any(has_comma).as_py():
         made = pc.if_else(has_comma, inverted(), made)
     titles = titles_of(real)
-    made = in_case_of(real, made)
     return made if titles.null_count == len(titles) else _joined(titles, made)
 
 
