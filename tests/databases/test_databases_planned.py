@@ -43,6 +43,17 @@ def test_columns_that_cannot_be_changed_are_planned_to_stay(trial: Trial) -> Non
     assert 'customer_id = "keep" # the key\n' in plan
 
 
+def test_people_who_are_planned_to_stay_are_told(trial: Trial) -> None:
+    shop(trial)
+    trial.run("CREATE TABLE readers (email varchar(80) PRIMARY KEY, username text, since integer)")
+    trial.add("readers", [(f"qa{number}@qb.org", f"qa{number}", number) for number in range(9)])
+    told = succeed(f"replace '{trial.address}' {KEYS} --write-plan plan.toml").stderr
+    assert told == (
+        "vantrel: note: readers: Columns of people that cannot be changed are planned to stay:"
+        " 'email'.\n"
+    )
+
+
 def test_a_table_of_which_nothing_can_be_changed(trial: Trial) -> None:
     shop(trial)
     trial.run("CREATE TABLE readers (email varchar(80) PRIMARY KEY, since integer)")

@@ -20,7 +20,7 @@ from vantrel.databases.refusals import (
     ties_of,
 )
 from vantrel.databases.table import DatabaseTable, opened_table
-from vantrel.hints import NOTES_LOGGER, named
+from vantrel.hints import NOTES_LOGGER, listed, named
 from vantrel.replacing.people.people import People
 from vantrel.replacing.runs.asked import Asked, refuse_unplanned
 from vantrel.replacing.runs.chosen import chosen_tables, notes_on_others
@@ -248,7 +248,11 @@ def plan_database(
         _refuse_unhashable(opened)
         leaks = leaks_to_come(asked, told, opened, progress)
     write_plan_of(opened, plan, leaks, ties, force=force)
-    for note in notes_on_others([table.name for table in opened], asked):
+    notes = [
+        *notes_on_others([table.name for table in opened], asked),
+        *_notes_on_ties(opened, ties),
+    ]
+    for note in notes:
         _log.info(note)
 
 
@@ -273,6 +277,17 @@ def _refuse_unhashable(tables: Iterable[OpenedTable[DatabaseTable]]) -> None:
     for table in tables:
         hashed = [column for column, each in table.others.items() if each.kind == "hash"]
         refuse_unhashable(table.copied, hashed)
+
+
+def _notes_on_ties(
+    tables: Iterable[OpenedTable[DatabaseTable]], ties: Mapping[str, Mapping[str, str]]
+) -> Iterator[str]:
+    for table in tables:
+        if tied := [column for column in table.roles.replaced if column in ties[table.name]]:
+            yield (
+                f"{named(table.name)}: Columns of people that cannot be changed are planned to"
+                f" stay: {listed(tied)}."
+            )
 
 
 def _named_columns(table: OpenedTable[DatabaseTable]) -> dict[str, str]:
