@@ -67,6 +67,13 @@ TOLD_APART = [
         },
     ),
     (
+        "vendors_name brokers_name landlords_name",
+        {
+            "brokers": {"brokers_name": "name"},
+            "landlords": {"landlords_name": "name"},
+        },
+    ),
+    (
         "kaeufer_vorname verkaeufer_vorname",
         {
             "kaeufer": {"kaeufer_vorname": "vorname"},

@@ -83,7 +83,7 @@ NAMES = {
         "middle_name", "Geburtsname", "maiden name", "initials", "segundo apellido",
         "spouse_first_name", "formerLastName",
     ],
-    Kind.EMAIL: ["spouse_email", "parentEmailAddress", "email (next of kin)", "old_email"],
+    Kind.EMAIL: ["spouse_email", "parentEmailAddress", "email (next of kin)", "old_email", "mothers_email"],
     Kind.PHONE: [
         "mother_phone", "next_of_kin_phone", "emergency_phone", "guardianMobile", "spouse work phone",
         "emergency_contact_phone", "emergency_contact", "previous_phone_2", "Notfallkontakt",

@@ -18,26 +18,27 @@ from vantrel.detection.names import (
     SOMEBODY,
     joined,
     names_of_kind,
+    owning,
     whole_kind,
     words_of,
 )
 
 # Beside a person whose columns bear no label these are another one, who belongs to her.
-_BELONGING = RELATIVES | frozenset(
+_BELONGING = RELATIVES | owning(
     """
     contact carer caregiver beneficiary manager supervisor doctor physician gp lawyer attorney
     kontakt kontaktperson notfall mutter vater ehepartner partnerin elternteil vormund contacto
     contatto arzt hausarzt vorgesetzter vorgesetzte betreuer
-    """.split()
+    """
 )
-_FURTHER = frozenset(
+_FURTHER = owning(
     """
     agent broker landlord lender borrower applicant sponsor reporter assignee approver reviewer
     creditor debtor plaintiff defendant witness insured policyholder nurse consignee consignor
     shipper receiver payer bride groom caller referrer teacher trainer coach
     kaeufer verkaeufer absender zahler vendeur vendeuse acheteuse expediteur vendedor vendedora
     comprador compradora remitente venditore mittente verkoper koper afzender
-    """.split()
+    """
 )
 # There is a name and an address for each, which may be one person's or another's.
 _PURPOSES = frozenset("billing shipping".split())

@@ -157,11 +157,16 @@ OF_THE_COLUMN = frozenset(
     has is hash salt type format status flag fax attempts visible
     """.split()
 )
+
+
+def owning(words: str) -> frozenset[str]:
+    """Adds the forms of words that "mothers_email" has, which names write without an apostrophe."""
+    return frozenset(word + end for word in words.split() for end in ("", "s"))
+
+
 # People who belong to this one.
-RELATIVES = frozenset(
-    """
-    mother father parent spouse partner husband wife child emergency kin next guardian referee
-    """.split()
+RELATIVES = owning(
+    "mother father parent spouse partner husband wife child emergency kin next guardian referee"
 )
 _OTHERWISE_CALLED = frozenset("middle maiden former previous old alias".split())
 _OF_OTHERS = (
