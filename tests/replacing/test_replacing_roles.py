@@ -58,6 +58,18 @@ def test_keys_that_are_not_named(table: pd.DataFrame, left_out: list[str], key: 
     assert not person.is_key_named
 
 
+@pytest.mark.parametrize("email", ["contact_email", "managers_email"])
+def test_an_address_that_is_called_after_others_is_no_key_beside_names(
+    table: pd.DataFrame, email: str
+) -> None:
+    table = table.rename(columns={"email": email})
+    keys = {"username": ("first_name", "last_name"), "last_name": (email,)}
+    for left_out, key in keys.items():
+        (person,) = find_roles(table.drop(columns=left_out)).people
+        assert person.columns["email"] == (email,)
+        assert person.key == key
+
+
 def test_the_full_name_is_a_key(table: pd.DataFrame) -> None:
     names = table[["note"]].assign(full_name=[f"Qa{number} Qb" for number in range(20)])
     assert find_roles(names).people[0].key == ("full_name",)

@@ -42,7 +42,7 @@ class Found(NamedTuple):
         """Gives what is known of her, with the usual key where none was named."""
         asked, columns = self.asked, self.columns
         return Person(
-            asked.key or _usual_key(columns),
+            asked.key or _usual_key(columns, asked.name),
             columns,
             asked.kept,
             tuple(self.detection.choices),
@@ -160,9 +160,15 @@ def _renamed(found: Detection, names: Mapping[str, str]) -> Detection:
     )
 
 
-def _usual_key(told: Mapping[str, tuple[str, ...]]) -> tuple[str, ...]:
-    """The columns that name a person where no key is given."""
-    for attributes in _DEFAULT_KEYS:
-        if all(attribute in told for attribute in attributes):
-            return tuple(told[attribute][0] for attribute in attributes)
-    return ()
+def _usual_key(told: Mapping[str, tuple[str, ...]], name: str) -> tuple[str, ...]:
+    """The columns that name a person where no key is given; what is called after others comes last.
+
+    One contact or manager may be that of many people.
+    """
+    keys = [
+        tuple(told[attribute][0] for attribute in attributes)
+        for attributes in _DEFAULT_KEYS
+        if all(attribute in told for attribute in attributes)
+    ]
+    own = [key for key in keys if not any(is_of_somebody_else(each, [name]) for each in key)]
+    return next(iter([*own, *keys]), ())
