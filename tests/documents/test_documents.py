@@ -42,6 +42,12 @@ def blocks(document: Path) -> list[tuple[str, str, str]]:
     return BLOCK.findall(document.read_text(encoding="utf-8"))
 
 
+def lines(document: Path) -> list[str]:
+    """The commands of a document, each in one line."""
+    shells = [text for language, _, text in blocks(document) if language == "sh"]
+    return "".join(shells).replace("\\\n", "").splitlines()
+
+
 @pytest.fixture
 def folder(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> Path:
     """A folder that looks as the root does to a reader, with the command on the path."""
@@ -84,6 +90,14 @@ def test_every_block_runs(document: Path, folder: Path) -> None:
             run(["bash", "-euo", "pipefail", "-c", text], folder)
         elif language == "python":
             run([sys.executable, "-c", text], folder)
+
+
+def test_documents_can_be_followed_one_after_the_other() -> None:
+    writers: dict[str, Path] = {}
+    for document in RUN:
+        for line in lines(document):
+            for file in re.findall(r" (?:-o|--write-plan|--record|--json) (build/\S+)", line):
+                assert "--force" in line or writers.setdefault(file, document) == document, file
 
 
 @pytest.mark.parametrize("document", DOCUMENTS, ids=name_of)
