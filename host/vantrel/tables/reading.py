@@ -6,7 +6,7 @@ import weakref
 from collections.abc import Callable, Collection, Iterator, Mapping, Sequence
 from contextlib import ExitStack, contextmanager
 from dataclasses import replace
-from itertools import chain
+from itertools import chain, count
 from pathlib import Path
 from tempfile import TemporaryDirectory
 from typing import Any
@@ -25,6 +25,8 @@ from vantrel.tables.sources import Source, csv_source, jsonl_source, mended, par
 
 # Rows that are compressed together where columns are kept: fewer take less memory.
 _KEPT_TOGETHER = 30_000
+
+_NUMBERS = count()  # of files, that several tables may have in one folder
 
 
 class Table:
@@ -48,6 +50,7 @@ class Table:
         self._connection = connection
         self._folder = folder
         self._cell = cell
+        self._computed: dict[str, str] = {}
 
     @property
     def columns(self) -> list[str]:
@@ -103,6 +106,28 @@ class Table:
         source = Source(names, f"read_parquet({quoted(str(kept))})")
         connection = (beside or self)._connection
         return Table(self.path, source, connection, self._folder)
+
+    def computed(self, *cells: str) -> list[str]:
+        """Computes cells of each row once, however often they are asked for.
+
+        Args:
+            cells: What to compute, in SQL.
+
+        Returns:
+            What they are in SQL from then on.
+        """
+        new = [each for each in dict.fromkeys(cells) if each not in self._computed]
+        if new:
+            file = quoted(str(self._folder / f"computed-{next(_NUMBERS)}.parquet"))
+            names = {each: f"x{len(self._computed) + at}" for at, each in enumerate(new)}
+            listed = ", ".join(f"{each} AS {name}" for each, name in names.items())
+            self.query(
+                f"COPY (SELECT *, {listed} FROM {{rows}}) TO {file}"
+                f" (FORMAT parquet, ROW_GROUP_SIZE {_KEPT_TOGETHER})"
+            )
+            self._source = Source(self.columns, f"read_parquet({file})")
+            self._computed |= names
+        return [self._computed[each] for each in cells]
 
     def several_of_each(self, layouts: Sequence[Mapping[str, str]]) -> Table:
         """Makes several rows of each, one after the other, whose columns have other names.

@@ -68,9 +68,10 @@ def names_against_countries(table: LabelledTable) -> Contradictions | None:
 
 
 def _names(table: LabelledTable) -> _Names | None:
-    word = first_word_of_first_name(table)
-    if word is None:
+    name = first_word_of_first_name(table)
+    if name is None:
         return None
+    (word,) = table.table.computed(name)
     countries = list(table.counts("country") or ())[:_MOST_COUNTRIES]
     unknown = set(unknown_places(countries))
     locales: dict[str | None, str] = {

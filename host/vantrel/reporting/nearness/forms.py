@@ -63,7 +63,8 @@ def full_name(table: LabelledTable) -> list[Form]:
     has_comma = f"contains({name}, ',')"
     first = f"CASE WHEN {has_comma} THEN {behind} ELSE regexp_replace({words}, ' ?[^ ]+$', '') END"
     last = f"CASE WHEN {has_comma} THEN {before} ELSE regexp_extract({words}, '[^ ]+$') END"
-    return [Form(_sorted(words), (first, last), name)]
+    key, first, last = table.table.computed(_sorted(words), first, last)
+    return [Form(key, (first, last), name)]
 
 
 def first_and_last_name(table: LabelledTable) -> list[Form]:
@@ -72,7 +73,8 @@ def first_and_last_name(table: LabelledTable) -> list[Form]:
         return []
     first, last = table.column("firstname"), table.column("lastname")
     name = f"{first} || ' ' || {last}"
-    return [Form(_sorted(_words(name)), (_words(first), _words(last)), name)]
+    key, *halves = table.table.computed(sorted_words(name), _words(first), _words(last))
+    return [Form(key, (halves[0], halves[1]), name)]
 
 
 def whole_names(table: LabelledTable) -> list[Form]:
@@ -115,11 +117,12 @@ def passwords(table: LabelledTable) -> list[Form]:
 
 def numbers(table: LabelledTable) -> list[Form]:
     """Telephone numbers of any kind, by their last digits."""
-    return [_number(table.column(attribute)) for attribute in PHONES if table.has(attribute)]
+    columns = [table.column(attribute) for attribute in PHONES if table.has(attribute)]
+    written = table.table.computed(*map(digits, columns))
+    return list(map(_number, columns, written))
 
 
-def _number(column: str) -> Form:
-    written = digits(column)
+def _number(column: str, written: str) -> Form:
     key = (
         f"CASE WHEN length({written}) >= {_FEWEST_DIGITS} THEN right({written}, {_LAST_DIGITS}) END"
     )
@@ -149,7 +152,8 @@ def folded(value: str) -> str:
     text = f"strip_accents({plain(value)})"
     for letter, plainly in _LETTERS.items():
         text = f"replace({text}, '{letter}', '{plainly}')"
-    return text
+    is_ascii = f"strlen({value}) = length({value})"  # as most are, which is quickly seen
+    return f"CASE WHEN {is_ascii} THEN {plain(value)} ELSE {text} END"
 
 
 def _words(name: str) -> str:

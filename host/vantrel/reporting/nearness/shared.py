@@ -86,12 +86,18 @@ def most_by_chance(expected: float, at_once: float = 1.0) -> int:
     return int(np.quantile(drawn, 1 - RISK, method="higher") * at_once)
 
 
-# Keys and halves are compared by hashes of 64 bits, which take little memory.
-_VALUES = (
-    "SELECT number, hash({key}) AS key, hash({first}) AS first, hash({second}) AS second,"
-    " {group} AS grouped, {shown} AS shown"
-    " FROM (SELECT *, row_number() OVER () AS number FROM {table}) WHERE {key} <> ''"
+# Keys and halves are compared by hashes of 64 bits, which take little memory. Values themselves are
+# looked up at the end, for the few that are shown.
+_OF_REAL = (
+    "SELECT hash({key}) AS key, hash({first}) AS first, hash({second}) AS second FROM {{rows}}"
+    " WHERE {key} <> ''"
 )
+_OF_SAMPLED = (
+    "SELECT number, hash({key}) AS key, hash({first}) AS first, hash({second}) AS second,"
+    " hash({alike}) AS grouped FROM (SELECT *, row_number() OVER () AS number FROM {{other}})"
+    " WHERE {key} <> ''"
+)
+_AS_WRITTEN = "SELECT hash({key}) AS key, {shown} AS value FROM {{rows}} WHERE {key} <> ''"
 _SHARED = """
     WITH of_real AS MATERIALIZED ({real}), of_sampled AS MATERIALIZED ({sampled}),
     real AS (SELECT DISTINCT key FROM of_real),
@@ -99,8 +105,8 @@ _SHARED = """
     shared AS MATERIALIZED (SELECT key, rows, row FROM real JOIN sampled USING (key)),
     examples AS (SELECT * FROM shared ORDER BY rows DESC, row LIMIT {most}),
     shown AS (
-        SELECT min(shown) AS value, any_value(rows) AS rows, any_value(row) AS row
-        FROM of_real JOIN examples USING (key) GROUP BY key
+        SELECT min(value) AS value, any_value(rows) AS rows, any_value(row) AS row
+        FROM ({as_written}) JOIN examples USING (key) GROUP BY key
     )
     SELECT
         (SELECT count(*) FROM real), (SELECT coalesce(sum(rows), 0) FROM sampled),
@@ -153,8 +159,9 @@ def compare_shared(
     real, sampled = tables
     has_halves = forms[0][0].halves is not None and most_expected != 0
     sql = _SHARED.format(
-        real=_values(real, forms[0], "{rows}"),
-        sampled=_values(sampled, forms[1], "{other}"),
+        real=_values(_OF_REAL, real, forms[0], has_halves),
+        sampled=_values(_OF_SAMPLED, sampled, forms[1], has_halves),
+        as_written=_values(_AS_WRITTEN, real, forms[0], has_halves),
         most=MOST_EXAMPLES,
         chance=_CHANCE.format(fewest=_FEWEST_ROWS) if has_halves else _NO_CHANCE,
     )
@@ -165,18 +172,17 @@ def compare_shared(
     return Shared(kind, real_values, found, int(rows), int(bearing), min(chances), examples)
 
 
-def _values(table: LabelledTable, forms: Sequence[Form], rows: str) -> str:
+def _values(sql: str, table: LabelledTable, forms: Sequence[Form], has_halves: bool) -> str:
     """The values of a table, a row for each."""
     alike = [table.column(each) for each in ("country", "gender") if table.has(each)]
     return " UNION ALL ".join(
-        _VALUES.format(
+        sql.format(
             key=form.key,
             first=first,
             second=second,
-            group=f"hash({', '.join([str(column), form.shape, *alike])})",
+            alike=", ".join([str(column), form.shape, *alike]),
             shown=form.shown,
-            table=rows,
         )
         for column, form in enumerate(forms)
-        for first, second in [form.halves or ("NULL", "NULL")]
+        for first, second in [form.halves if form.halves and has_halves else ("NULL", "NULL")]
     )
