@@ -1,15 +1,19 @@
 """What the report says of rows that contradict themselves."""
 
+from pathlib import Path
 from typing import Any
 
+import msgspec
 import pandas as pd
 import pytest
 
 import vantrel
+from support.command import made, succeed
 from support.report_tables import both
 from vantrel.reporting.agreement.agreements import compare_agreement
 from vantrel.reporting.agreement.rates import Agreement, Contradictions
 from vantrel.reporting.verdict import FINE, LOOK, Verdict
+from vantrel.sampling.record import SampleRecord, read_record
 
 ROWS = 600
 COUNTRIES = {"GB": 2, "DE": 1, "FR": 1, "SE": 1}
@@ -135,6 +139,31 @@ def test_a_name_of_another_country_of_the_table_is_told() -> None:
     found_there = against(table, columns)
     assert found_there == Contradictions(2, 1, (("Germany, Nigel", 1),))
     assert found(table, table.assign(land="UK"), columns) == {}
+
+
+def test_people_with_the_names_of_another_locale_agree_with_their_countries(
+    tmp_path: Path, monkeypatch: pytest.MonkeyPatch
+) -> None:
+    monkeypatch.chdir(tmp_path)
+    REAL.to_csv("real.csv", index=False)
+    succeed("fit real.csv -o m.json --locale DE=fr_FR --min-count 1")
+    succeed("sample m.json -n 600 --seed 7 -o made.csv")
+    record = read_record(Path("made.csv"))
+    assert record is not None
+    assert record.options["locales"] == {"DE": "fr_FR"}
+
+    def states_by(record: SampleRecord) -> dict[str, str]:
+        verdicts = vantrel.compare(REAL, made("made.csv"), record=record).verdicts
+        return {each.about: each.state for each in verdicts if each.about in KINDS}
+
+    assert states_by(record)["First names and countries"] == FINE
+    options = {name: told for name, told in record.options.items() if name != "locales"}
+    own = msgspec.structs.replace(record, options=options)
+    assert states_by(own)["First names and countries"] == LOOK
+    succeed("sample m.json -n 600 --seed 7 -o exact.csv --exact")
+    exact = read_record(Path("exact.csv"))
+    assert exact is not None
+    assert "locales" not in exact.options
 
 
 @pytest.mark.parametrize(

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Mapping
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 from typing import Any, Unpack, override
 
 from vantrel.attributes import WORDS, PersonColumns
@@ -97,9 +97,11 @@ def compare(
     make_person({**recorded, **named}, (), None)  # refuses attributes that share a column
     _check_there(named, table, people)
     _refuse_other_record(recorded, people)
-    labelled = label(table, people, named, recorded)
-    _check_comparable(labelled, (table, people))
-    figures = compare_labelled(*labelled, meant_of(record))
+    of_real, of_sample = label(table, people, named, recorded)
+    _check_comparable((of_real, of_sample), (table, people))
+    if record:
+        of_sample = replace(of_sample, locales=record.options.get("locales", {}))
+    figures = compare_labelled(of_real, of_sample, meant_of(record))
     if record is None:
         return Comparison(figures, None)
     now = sha256_of(people.path) if isinstance(sample, Table) and record.file_sha256 else None

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Mapping, Sequence
-from dataclasses import dataclass
+from dataclasses import dataclass, field
 from functools import cached_property
 from typing import Any
 
@@ -19,10 +19,12 @@ class LabelledTable:
     Args:
         table: The table; what is asked of it is counted where it is kept.
         columns: Its columns by the attribute that each holds; others are not looked at.
+        locales: The locales whose names the people of some countries were given.
     """
 
     table: Table
     columns: Mapping[str, str]
+    locales: Mapping[str, str] = field(default_factory=dict)
 
     def __len__(self) -> int:
         """The number of rows."""

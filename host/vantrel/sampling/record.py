@@ -13,6 +13,7 @@ import pandas as pd
 
 from vantrel.errors import RecordError
 from vantrel.hints import named, why_unreadable
+from vantrel.rows import Ways
 from vantrel.sampling.blocks import Plan
 from vantrel.sampling.expected import Expected, expected_of
 from vantrel.storage.files import read_whole, replacing
@@ -69,6 +70,9 @@ def record_of(
     loaded: LoadedModel, plan: Plan, conditions: pd.DataFrame | None = None, /, **options: Any
 ) -> SampleRecord:
     """Notes how a sample is made; the options are those beside the plan's own."""
+    ways: Ways = loaded.model.meta.ways or Ways()
+    if ways.locales and not plan.exact:
+        options["locales"] = ways.locales
     return SampleRecord(
         model=shown(loaded.name, 255),
         model_sha256=loaded.sha256,

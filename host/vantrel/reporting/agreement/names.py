@@ -12,6 +12,7 @@ from vantrel.genders import keys_of
 from vantrel.reporting.agreement.rates import Contradictions, of_groups
 from vantrel.reporting.labelled import LabelledTable
 from vantrel.reporting.nearness.forms import first_word_of_first_name
+from vantrel.sampling.places import with_names_of
 from vantrel.tables.database import quoted
 from vantrel.util.locale.locale import locale_of, unknown_places
 
@@ -74,8 +75,10 @@ def _names(table: LabelledTable) -> _Names | None:
     (word,) = table.table.computed(name)
     countries = list(table.counts("country") or ())[:_MOST_COUNTRIES]
     unknown = set(unknown_places(countries))
+    there = [country for country in countries if country not in unknown]
+    named = with_names_of(there, table.locales)
     locales: dict[str | None, str] = {
-        country: locale_of(country)[0] for country in countries if country not in unknown
+        country: locale_of(place)[0] for country, place in zip(there, named, strict=True)
     }
     known = set().union(*map(first_names_of, locales.values())) or {*genders_of_first_names(None)}
     country, gender = (
