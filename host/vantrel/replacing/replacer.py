@@ -36,7 +36,8 @@ from vantrel.util.locale.faker_locales import DEFAULT_LOCALE
 if TYPE_CHECKING:
     import pyarrow as pa
 
-    from vantrel.replacing.people.people import People, Report
+    from vantrel.replacing.people.people import People
+    from vantrel.replacing.people.report import Report
 
 _log = logging.getLogger(__name__)
 

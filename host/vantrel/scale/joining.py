@@ -21,7 +21,7 @@ import pandas as pd
 from dask.delayed import Delayed, delayed
 
 from vantrel.replacing.making.places import Place
-from vantrel.replacing.people.people import Report, Table
+from vantrel.replacing.people.report import Report, Table
 from vantrel.replacing.people.tally import Counts, refuse_shared, shared_accounts
 from vantrel.scale.facts import (
     NO_ACCOUNTS,

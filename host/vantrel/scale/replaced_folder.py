@@ -16,7 +16,7 @@ from vantrel.errors import ArgumentError, ClusterError, ReplaceError
 from vantrel.hints import named
 from vantrel.replacing.making.places import Places
 from vantrel.replacing.others.changed import notes_on_lost
-from vantrel.replacing.people.people import Report
+from vantrel.replacing.people.report import Report
 from vantrel.replacing.runs.asked import Asked, refuse_unplanned
 from vantrel.replacing.runs.notes import notes_on_people
 from vantrel.replacing.runs.opened import OpenedTable, refuse_unknown_columns, understood

@@ -9,7 +9,7 @@ from typing import Any, ClassVar, Literal
 
 from vantrel.hints import named
 from vantrel.replacing.leaks import Leak
-from vantrel.replacing.people.people import Report
+from vantrel.replacing.people.report import Report
 from vantrel.replacing.runs.asked import Asked
 from vantrel.replacing.runs.opened import OpenedTable
 from vantrel.replacing.runs.record import form_of

@@ -9,7 +9,8 @@ from pathlib import Path
 
 import pyarrow as pa
 
-from vantrel.replacing.people.people import People, Report
+from vantrel.replacing.people.people import People
+from vantrel.replacing.people.report import Report
 from vantrel.replacing.runs.asked import Asked, refuse_unplanned
 from vantrel.replacing.runs.notes import notes_on_people
 from vantrel.replacing.runs.opened import (

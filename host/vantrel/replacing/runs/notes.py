@@ -35,7 +35,7 @@ _LIKELY = {
 if TYPE_CHECKING:
     from vantrel.replacing.leaks import Leak
     from vantrel.replacing.others.action import Action
-    from vantrel.replacing.people.people import Report, Table
+    from vantrel.replacing.people.report import Report, Table
 
 
 def note_on_columns(roles: Roles, others: Mapping[str, Action], scrub: Iterable[str]) -> str:

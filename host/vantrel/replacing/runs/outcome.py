@@ -9,7 +9,7 @@ from pathlib import Path
 from vantrel.replacing.columns.roles import Roles
 from vantrel.replacing.leaks import Leak
 from vantrel.replacing.others.action import Action
-from vantrel.replacing.people.people import Report
+from vantrel.replacing.people.report import Report
 from vantrel.replacing.runs.asked import OfTable
 
 

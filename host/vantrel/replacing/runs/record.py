@@ -14,7 +14,7 @@ from vantrel.wording import shown
 
 if TYPE_CHECKING:
     from vantrel.replacing.columns.person import Person
-    from vantrel.replacing.people.people import Report
+    from vantrel.replacing.people.report import Report
     from vantrel.replacing.runs.asked import Asked
     from vantrel.replacing.runs.outcome import Replaced
 

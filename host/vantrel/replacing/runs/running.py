@@ -14,7 +14,8 @@ from vantrel.errors import LeakError, UndecidedError
 from vantrel.hints import named
 from vantrel.replacing.fates import UNDECIDED
 from vantrel.replacing.leaks import Leak
-from vantrel.replacing.people.people import People, Report, Table
+from vantrel.replacing.people.people import People
+from vantrel.replacing.people.report import Report, Table
 from vantrel.replacing.plan import Decided, write_plan
 from vantrel.replacing.runs.asked import Asked
 from vantrel.replacing.runs.notes import (
