@@ -30,8 +30,9 @@ def row_forms(real: LabelledTable, sampled: LabelledTable) -> tuple[list[Form], 
 def _row(table: LabelledTable, told: list[Forms], alike: list[str]) -> Form:
     telling = [forms(table)[0].key for forms in told]
     others = [plain(table.column(attribute)) for attribute in alike]
-    there = f"coalesce({', '.join(f"nullif({key}, '')" for key in telling)}) IS NOT NULL"
-    key = f"CASE WHEN {there} THEN {_joined([*telling, *others])} END"
+    # Whoever has nothing that tells her apart is not compared.
+    apart = f"nullif({_joined(telling)}, repeat(chr(31), {len(telling) - 1}))"
+    key = " || chr(31) || ".join([apart, *([_joined(others)] if others else [])])
     names = [form.shown for form in whole_names(table)[:1]]
     shown = [*names, *(table.column(each) for each in alike)]
     return Form(key, None, f"concat_ws(', ', {', '.join(shown)})")
