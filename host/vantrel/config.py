@@ -1,6 +1,6 @@
 """The records that configure a model of people."""
 
-from dataclasses import dataclass, field
+from dataclasses import MISSING, dataclass, field, fields
 
 from vantrel.genders import (
     GENDER_FEMALE,
@@ -75,3 +75,12 @@ class PersonModelConfig:
             self.genders = list(self.genders)
         if isinstance(self.pwd_length, list):
             self.pwd_length = tuple(self.pwd_length)
+
+    def __repr__(self) -> str:
+        """Writes what is not as by default: in help, the patterns alone would fill a screen."""
+        usual = PersonModelConfig()
+        told = ((each.name, getattr(self, each.name)) for each in fields(self))
+        unusual = (
+            f"{name}={value!r}" for name, value in told if value != getattr(usual, name, MISSING)
+        )
+        return f"{type(self).__qualname__}({', '.join(unusual)})"
