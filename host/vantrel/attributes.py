@@ -60,3 +60,7 @@ UNIQUE = tuple(name for name, each in ATTRIBUTES.items() if each.can_be_unique)
 WORDS = {name: each.words for name, each in ATTRIBUTES.items()}
 NAMES = ("firstname", "lastname", "fullname")
 PHONES = ("mobile_number", "home_number", "work_number")
+
+# Telephone numbers agree if so many digits at their ends do, as a country's prefix may be there or
+# not; those of fewer digits than the second tell nobody.
+COMPARED_DIGITS, FEWEST_COMPARED_DIGITS = 8, 6

@@ -128,20 +128,35 @@ def test_a_row_without_anything_that_tells_is_nobodys() -> None:
     assert kind(near(nobody, nobody), "Whole row").bearing == 0
 
 
-@pytest.mark.parametrize(
+NUMBERS = pytest.mark.parametrize(
     ("real", "sampled", "is_same"),
     [
         ("+49 151 23456789", "0151/23456789", True),
         ("(231) 555-0142", "12315550142", True),
         ("0151 23456789", "0151 23456780", False),
-        ("12 34", "12 34", False),
+        ("51 23 45", "512-345", True),
+        ("51 23 4", "512-34", False),
     ],
 )
+
+
+@NUMBERS
 def test_telephone_numbers_agree_by_their_digits(real: str, sampled: str, is_same: bool) -> None:
     columns = {"mobile_number": "m", "work_number": "w"}
     tables = pd.DataFrame({"w": [real, None]}), pd.DataFrame({"m": [sampled, "040 12345"]})
     (found,) = near(pd.DataFrame({"m": ["x"] * 2}).join(tables[0]), tables[1], columns).parts
     assert found.bearing == is_same
+
+
+@NUMBERS
+def test_numbers_agree_in_a_report_as_where_people_are_replaced(
+    real: str, sampled: str, is_same: bool
+) -> None:
+    pa = pytest.importorskip("pyarrow")
+    from vantrel.replacing.making.numbers import ends_of_numbers
+
+    one, other = ends_of_numbers(pa.array([real, sampled])).tolist()
+    assert (one == other != 0) == is_same
 
 
 def test_what_chance_explains_is_that_of_halves_put_together_at_random() -> None:

@@ -10,6 +10,7 @@ import phonenumbers
 import pyarrow as pa
 from phonenumbers import PhoneNumberFormat
 
+from vantrel.attributes import COMPARED_DIGITS, FEWEST_COMPARED_DIGITS
 from vantrel.config import PersonModelConfig
 from vantrel.replacing.making.places import Place
 from vantrel.replacing.values.prints import WORD, Prints, layout, words_from_each_byte
@@ -22,11 +23,9 @@ _OPEN, _ZERO = ord("x"), ord("0")
 _DIGIT_BITS = np.uint64(48)
 _DIGITS_OF = np.uint64((1 << 48) - 1)
 
-# Real numbers are compared by eight digits at their end, which no prefix of a country changes.
-_FEWEST_COMPARED = 6
 # By the number of digits that count, what keeps these of eight bytes.
 _LAST_BYTES = np.array(
-    [(1 << 64) - (1 << 8 * (WORD - count)) for count in range(WORD + 1)], dtype=np.uint64
+    [(1 << 64) - (1 << 8 * (WORD - count)) for count in range(COMPARED_DIGITS + 1)], dtype=np.uint64
 )
 
 _LOWER, _UPPER = "abcdefghijklmnopqrstuvwxyz", "ABCDEFGHIJKLMNOPQRSTUVWXYZ"
@@ -134,8 +133,8 @@ def ends_of_numbers(texts: pa.Array) -> Prints:
     count = last - before[starts]
     # Before the digits of a text are those of the one before, which do not count.
     digits = np.append(np.zeros(WORD, dtype=np.uint8), data[is_digit] - np.uint8(_ZERO))
-    words = words_from_each_byte(digits)[last] & _LAST_BYTES[np.minimum(count, WORD)]
-    return np.where(count >= _FEWEST_COMPARED, _number_of(words) + np.uint64(1), np.uint64(0))
+    words = words_from_each_byte(digits)[last] & _LAST_BYTES[np.minimum(count, COMPARED_DIGITS)]
+    return np.where(count >= FEWEST_COMPARED_DIGITS, _number_of(words) + np.uint64(1), np.uint64(0))
 
 
 def _number_of(words: Prints) -> Prints:

@@ -10,7 +10,7 @@ from __future__ import annotations
 from collections.abc import Callable, Mapping
 from dataclasses import dataclass
 
-from vantrel.attributes import PHONES
+from vantrel.attributes import COMPARED_DIGITS, FEWEST_COMPARED_DIGITS, PHONES
 from vantrel.reporting.labelled import LabelledTable
 from vantrel.tables.database import quoted
 
@@ -29,9 +29,6 @@ _NO_LETTERS = r"[^\p{L}\p{M}\p{N}]+"
 _WORD = r"\p{L}[\p{L}\p{M}'\x{2019}-]*"
 _FIRST_WORD = "^([^0-9@._+-]*)"
 
-# Telephone numbers agree if their last digits do: a country's prefix may be there or not.
-_LAST_DIGITS = 8
-_FEWEST_DIGITS = 7
 # The digits of a number in its range: numbers for fiction come in ranges of a hundred or more.
 _OF_A_RANGE = 2
 
@@ -123,9 +120,8 @@ def numbers(table: LabelledTable) -> list[Form]:
 
 
 def _number(column: str, written: str) -> Form:
-    key = (
-        f"CASE WHEN length({written}) >= {_FEWEST_DIGITS} THEN right({written}, {_LAST_DIGITS}) END"
-    )
+    is_long = f"length({written}) >= {FEWEST_COMPARED_DIGITS}"
+    key = f"CASE WHEN {is_long} THEN right({written}, {COMPARED_DIGITS}) END"
     return Form(key, (f"left({key}, -{_OF_A_RANGE})", f"right({key}, {_OF_A_RANGE})"), column)
 
 
