@@ -21,6 +21,7 @@ from vantrel.sampling import Plan
 distributed = pytest.importorskip("distributed", reason="clusters need distributed")
 pytest.importorskip("pyarrow", reason="Dask's frames need pyarrow")
 
+import dask  # noqa: E402 - after the question whether it can be
 from distributed.shuffle._exceptions import P2POutOfDiskError  # noqa: E402 - after the question whether it can be
 
 from vantrel import scale  # noqa: E402 - after the question whether it can be
@@ -172,3 +173,19 @@ def test_a_cluster_of_its_own_ends_with_the_connection() -> None:
         os.kill(process, 0)
     with pytest.raises(ProcessLookupError):
         os.kill(process, 0)
+
+
+def test_workers_of_a_cluster_of_its_own_have_its_settings(
+    monkeypatch: pytest.MonkeyPatch,
+) -> None:
+    monkeypatch.delenv("MALLOC_TRIM_THRESHOLD_", raising=False)  # where Dask leaves it, of another
+
+    def settings() -> dict[str, Any]:
+        given: dict[str, Any] = dask.config.get("distributed")
+        return given | {"trim": os.environ.get("MALLOC_TRIM_THRESHOLD_")}
+
+    with connected(None, 1) as connection:
+        (there,) = connection.run(settings).values()
+    assert there["p2p"]["comm"]["retry"]["count"] == 3
+    assert there["worker"]["profile"]["enabled"] is False
+    assert there["trim"] is None  # with it each array is laid out on pages of its own
