@@ -25,11 +25,9 @@ _SETTINGS = {
     # How often workers send again what another did not take: for some seconds. A folder that cannot
     # be written stays so, and Dask's own number would go on for minutes.
     "distributed.p2p.comm.retry.count": 3,
-    # Dask's own also have glibc give memory back at once, for which all columns are laid out on
-    # fresh pages: two fifths more CPU time, to hold a tenth less.
-    "distributed.nanny.pre-spawn-environ": dict.fromkeys(
-        ("OMP_NUM_THREADS", "MKL_NUM_THREADS", "OPENBLAS_NUM_THREADS"), 1
-    ),
+    # Dask has glibc give memory back at once, so that all columns are laid out on fresh pages: two
+    # fifths more CPU time, to hold a tenth less.
+    "distributed.nanny.pre-spawn-environ.MALLOC_TRIM_THRESHOLD_": None,
     # Nobody looks at the profiles of a cluster that ends with the run, and they cost a tenth.
     "distributed.worker.profile.enabled": False,
 }

@@ -30,7 +30,7 @@ from vantrel.scale.cluster import connected, first_cause, refuse_other_versions,
 from vantrel.storage.files import owned, refuse_missing_folder
 from vantrel.tables.kinds import is_named_as_table
 
-_OF_SHUFFLE = re.compile(r"P2P \w+ failed during \w+ phase")
+_OF_SHUFFLE = re.compile(r"P2P .+ failed during \w+ phase")
 
 
 class FileOfRun(ABC):
