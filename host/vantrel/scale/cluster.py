@@ -21,17 +21,17 @@ from vantrel.versions import differences, versions
 
 _SECONDS_TO_ANSWER = 15
 
+# Of a cluster on this machine, whose processes inherit them.
 _SETTINGS = {
     # How often workers send again what another did not take: for some seconds. A folder that cannot
     # be written stays so, and Dask's own number would go on for minutes.
     "distributed.p2p.comm.retry.count": 3,
-    # Dask has glibc give memory back at once, so that all columns are laid out on fresh pages: two
-    # fifths more CPU time, to hold a tenth less.
+    # Dask has glibc give memory back at once, so that all columns are laid out on fresh pages: much
+    # time, for little memory.
     "distributed.nanny.pre-spawn-environ.MALLOC_TRIM_THRESHOLD_": None,
-    # Nobody looks at the profiles of a cluster that ends with the run, and they cost a tenth.
+    # Nobody looks at the profiles of a cluster that ends with the run.
     "distributed.worker.profile.enabled": False,
 }
-"""Of a cluster on this machine, whose processes inherit them."""
 
 
 @contextmanager
