@@ -249,7 +249,7 @@ def test_a_table_without_any() -> None:
 
 def scrub(cells: list[str | None]) -> list[str | None]:
     values = values_of(len(cells), ANN, EVE)
-    new: list[str | None] = scrubbed(pa.array(cells, pa.string()), values).to_pylist()
+    new: list[str | None] = scrubbed(pa.array(cells, pa.string()), values, "notes").to_pylist()
     return new
 
 
@@ -270,19 +270,21 @@ def test_made_up_values_take_the_place_of_real_ones() -> None:
 
 def test_what_was_made_up_is_not_replaced_again() -> None:
     real, made = {"firstname": "Ann", "lastname": "Lee"}, {"firstname": "Lee", "lastname": "Ann"}
-    assert scrubbed(pa.array(["Ann Lee"]), values_of(1, real, made)).to_pylist() == ["Lee Ann"]
+    assert scrubbed(pa.array(["Ann Lee"]), values_of(1, real, made), "notes").to_pylist() == [
+        "Lee Ann"
+    ]
 
 
 def test_what_is_not_made_up_stays() -> None:
     cells = pa.array(["Ann de Vries, ann_77"]).dictionary_encode()
-    new = scrubbed(cells, values_of(1, ANN, {"firstname": None, "username": "eve1"}))
+    new = scrubbed(cells, values_of(1, ANN, {"firstname": None, "username": "eve1"}), "notes")
     assert new.type == cells.type
     assert new.to_pylist() == ["Ann de Vries, eve1"]
 
 
 def test_nothing_is_left_after_scrubbing() -> None:
     cells = [*PERSON, *NAME]
-    assert leaks(scrubbed(pa.array(cells), values_of(len(cells), ANN, EVE))) == []
+    assert leaks(scrubbed(pa.array(cells), values_of(len(cells), ANN, EVE), "notes")) == []
 
 
 def names_of(*people: tuple[str, str]) -> Names:

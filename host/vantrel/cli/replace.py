@@ -103,8 +103,8 @@ if TYPE_CHECKING:
     "--scrub",
     multiple=True,
     metavar="[TABLE:]COLUMN",
-    help="A column of other things in which the names, address and numbers of the row's person are"
-    " replaced, too; may be repeated.",
+    help="A column of other things in which the names of the row's person are replaced, too, and"
+    " her address and numbers where the table has them; may be repeated.",
 )
 @click.option(
     "--other",

@@ -175,7 +175,7 @@ def test_only_texts_are_scrubbed() -> None:
     parquet.write_table(table, "t.parquet")
     succeed(REPLACE)  # which makes the secret
     assert fail("replace t.parquet -o copy.parquet --scrub parts --secret s", 1) == (
-        "Values of type struct<a: int64> cannot be scrubbed: leave that column out, or make it one of texts."
+        "Column 'parts' is of type struct<a: int64>, which has no text to scrub: 'blank' empties it."
     )
 
 

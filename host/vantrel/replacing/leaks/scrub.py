@@ -11,19 +11,21 @@ from vantrel.errors import ReplaceError
 from vantrel.replacing.leaks.exact import Span, found
 from vantrel.replacing.leaks.search import Value, Wanted
 from vantrel.replacing.values.keys import is_text
+from vantrel.wording import shown
 
 
-def scrubbed(texts: pa.Array, values: Iterable[Value]) -> pa.Array:
+def scrubbed(texts: pa.Array, values: Iterable[Value], name: str) -> pa.Array:
     """Writes the made-up values of each row in the place of its real ones, by whole words.
 
     Args:
         texts: The cells of a column.
         values: What the people of the same rows are known by.
+        name: The name of the column.
     """
     if not is_text(texts.type):
         raise ReplaceError(
-            f"Values of type {texts.type} cannot be scrubbed: leave that column out, or make it one"
-            " of texts."
+            f"Column {shown(repr(name))} is of type {texts.type}, which has no text to scrub:"
+            " 'blank' empties it."
         )
     wanted = Wanted(values)
     rows: defaultdict[int, list[tuple[str, str, str]]] = defaultdict(list)

@@ -60,7 +60,7 @@ class Passing:
             values = [value for of_person in known for value in of_person.values]
             for of_person, each in zip(known, new.people, strict=True):
                 values += found_by_print(texts, of_person, each)
-            columns[column] = scrubbed(texts, values)
+            columns[column] = scrubbed(texts, values, column)
         passed = [name for name in batch.schema.names if name not in self._unsearched]
         left = {name: columns.get(name, batch.column(name)) for name in passed}
         self._search.look(pa.RecordBatch.from_pydict(left), known, self.rows + 1)
