@@ -399,7 +399,13 @@ def test_full_names_are_known_by_first_names_where_there_is_no_other_name() -> N
     assert choice == Choice("fullname", "notes", "values")
     with_names = frame(first_name=["A", "B", "C", "D"], notes=PEOPLE)
     assert detect_columns(with_names) == {"firstname": "first_name"}
-    for values in (["Blue Chair", "Red Table"], ["Weber GmbH", "Anna Ltd"], ["Anna", "Maria"]):
+    for values in (
+        ["Blue Chair", "Red Table"],
+        ["Weber GmbH", "Anna Ltd"],
+        ["Anna", "Maria"],
+        ["Anna Schmidt called", "John O'Brien approved the order"],
+        ["Maria de Souza left", "Weber, Günter is away"],
+    ):
         assert detect_columns(frame(notes=values)) == {}
     assert detect_columns(frame(referred_by=PEOPLE, mothers_name=PEOPLE)) == {
         "fullname": "referred_by"

@@ -41,6 +41,14 @@ _LOGIN = re.compile(r"[^\W\d_]\S*")
 _NAME_PART = r"[^\W\d_][^\s\d@;:/,]*"
 _NAME_PARTS = re.compile(rf"{_NAME_PART}(?:,?\s+{_NAME_PART}){{1,5}}")
 
+# What is written small in a name; all else that is so makes it a sentence: "Ann Lee called".
+_PARTICLES = frozenset(
+    """
+    af al av bin binti da dal de degli dei del della den der des di do dos du e el ibn i la le lo
+    los of op 't 's ten ter und van vom von vor y z zu zum zur
+    """.split()
+)
+
 _FIRMS = frozenset(
     """
     ag association bank bv co college company corp corporation foundation gbr gmbh group holding
@@ -117,9 +125,9 @@ class Values:
     def _are_names_of_people(self) -> bool:
         """Whether nearly all look like full names, most of them with a known first name."""
         first = list(islice(self._rows, _FEW))
-        if 2 * sum(map(is_full_name, first)) < len(first):
+        if 2 * sum(map(_is_no_sentence, first)) < len(first):
             return False
-        names = set(filter(is_full_name, self._rows))
+        names = set(filter(_is_no_sentence, self._rows))
         if self._share(names) < _TELLING:
             return False
         return self._share({name for name in names if _has_known_first_name(name)}) >= _MOST
@@ -175,6 +183,12 @@ def has_mark_of_phone(value: str) -> bool:
 def is_full_name(value: str) -> bool:
     """Whether a value looks like "First Last" or "Last, First", and not like a firm."""
     return bool(_NAME_PARTS.fullmatch(value)) and _FIRMS.isdisjoint(words_of(value.lower()))
+
+
+def _is_no_sentence(value: str) -> bool:
+    """Whether a value looks like a full name and has no word that is written small."""
+    small = (word for word in value.split() if word[0].islower())
+    return is_full_name(value) and _PARTICLES.issuperset(small)
 
 
 def _has_known_first_name(full_name: str) -> bool:
