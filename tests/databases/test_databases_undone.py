@@ -92,13 +92,12 @@ def test_rows_that_are_kept_from_being_changed(trial: Trial) -> None:
     )
 
 
-def test_what_a_constraint_forbids(post: Post) -> None:
-    shop(post)
-    post.run("ALTER TABLE customers ADD CHECK (email LIKE '%@qb.org')")
-    assert refused(post, f"--table customers {KEYS}") == (
-        'ADDRESS: new row for relation "customers" violates check constraint'
-        ' "customers_email_check".'
-    )
+def test_what_a_constraint_forbids(trial: Trial) -> None:
+    shop(trial, "CHECK (email LIKE '%@qb.org')")
+    told = refused(trial, f"--table customers {KEYS}")
+    assert told.startswith("ADDRESS: ")
+    assert told.endswith("nothing was changed.")
+    assert "check constraint" in told.lower()
 
 
 def test_nothing_is_left_of_a_killed_run(post: Post) -> None:

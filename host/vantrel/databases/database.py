@@ -26,6 +26,7 @@ if find_spec("psycopg") is not None:  # SQLite does without
     _ERRORS += (psycopg.Error,)
 
 _UNIQUE = "23505"
+_OF_CONSTRAINTS = "23"
 _IN_USE = "55P03"
 
 
@@ -138,7 +139,7 @@ def _told(address: Address, error: Any) -> str:
     said = address.hidden(" ".join(said.split())).rstrip(".")
     if state == _IN_USE or "database is locked" in said:
         return "a table is in use by another connection: try again when that has ended."
-    if state == _UNIQUE or said.startswith("UNIQUE constraint failed"):
-        hint = "" if address.is_sqlite else " Where it is DEFERRABLE, rows may change places."
+    if (state or "").startswith(_OF_CONSTRAINTS) or "constraint failed" in said:
+        hint = " Where it is DEFERRABLE, rows may change places." if state == _UNIQUE else ""
         return f"{said}: nothing was changed.{hint}"
     return said if said.endswith("?") else f"{said}."
