@@ -69,6 +69,17 @@ def test_options_come_before_the_plan() -> None:
         assert mail2 != "y"
 
 
+def test_options_take_columns_from_the_people_of_a_plan() -> None:
+    succeed(PLAN)
+    options = " --other born:name=blank --column orders:username=to"
+    assert "fullname" not in succeed(RUN.format("out") + options).stdout
+    names = [line.split(",")[3] for line in Path("out/born.csv").read_text().splitlines()]
+    assert names == ["name", *[""] * 30]
+    username = Path("out/orders.csv").read_text().strip().split(",")[-1]
+    assert username != "Ann Lee"
+    assert " " not in username
+
+
 def test_a_column_that_a_plan_does_not_know_is_refused_unless_it_is_to_stay() -> None:
     succeed(PLAN)
     Path("orders.csv").write_text("order,id,to,new\n1,7,Ann Lee,x\n")

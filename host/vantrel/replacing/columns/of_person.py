@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Iterator, Mapping, Sequence
+from collections.abc import Collection, Iterable, Iterator, Mapping, Sequence
 from dataclasses import dataclass, field, replace
 
 from vantrel.detection.groups import owner_of
@@ -40,6 +40,14 @@ class OfPerson:
         for attribute, columns in self.columns.items():
             for column in columns:
                 yield attribute, column
+
+    def without(self, taken: Collection[str]) -> OfPerson:
+        """The same, but some columns are not hers."""
+        columns = {
+            attribute: tuple(column for column in those if column not in taken)
+            for attribute, those in self.columns.items()
+        }
+        return replace(self, columns=columns)
 
 
 def owner_among(column: str, names: Sequence[str]) -> str:

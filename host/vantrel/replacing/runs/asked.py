@@ -4,6 +4,7 @@ from __future__ import annotations
 
 from collections.abc import Iterable, Mapping, Sequence
 from dataclasses import dataclass, field, replace
+from itertools import chain
 from pathlib import Path
 
 from vantrel.attributes import ATTRIBUTES
@@ -58,6 +59,7 @@ class OfTable:
     def over(self, other: OfTable) -> OfTable:
         """Adds what is asked besides; what both tell is as this one tells it."""
         own = self.fates
+        taken = {*own, *chain.from_iterable(self.columns.values())}
 
         def with_more(mine: tuple[str, ...], its: tuple[str, ...]) -> tuple[str, ...]:
             return mine + tuple(column for column in its if column not in own)
@@ -72,7 +74,7 @@ class OfTable:
             with_more(self.undecided, other.undecided),
             {**more, **self.others},
             self.household or other.household,
-            self.people or other.people,
+            self.people or tuple(person.without(taken) for person in other.people),
             self.plan or other.plan,
             self.keys_by_name or other.keys_by_name,
         )
