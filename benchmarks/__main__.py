@@ -13,6 +13,7 @@ from . import (
     command,
     databases,
     goals,
+    large,
     parts,
     replacing,
     report,
@@ -21,6 +22,7 @@ from . import (
     scale,
     scale_replacing,
     sizes,
+    tasks,
 )
 from .tables import table
 
@@ -100,8 +102,14 @@ def _measure_all(rounds: int) -> None:
     ways = scale.costs_of_ways(rounds)
     _say(scale_replacing.HEADING)
     replaced = list(scale_replacing.costs_of_replacing(rounds))
+    _say(report.LARGE_HEADING)
+    large_blocks = list(large.large_samples())
+    _say(report.SCHEDULED_HEADING)
+    scheduled = tasks.scheduled()
     wall_over_cpu = (time.perf_counter() - wall) / (_cpu_seconds() - cpu)
-    text = report.text(measured, costs, ways, replaced, rounds, wall_over_cpu)
+    text = report.text(
+        measured, costs, ways, replaced, large_blocks, scheduled, rounds, wall_over_cpu
+    )
     RESULTS.write_text(text, encoding="utf-8")
     print(text)
 

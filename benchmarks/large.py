@@ -1,20 +1,20 @@
 """Makes a table larger than memory need be, and watches what that takes.
 
-``python -m benchmarks.large`` runs the command ``vantrel sample`` twice, to a folder on Dask and to
-one file, on a model fitted on ``examples/respondents.csv``. It prints what docs/scale.md tells:
-time, rows a second, the memory of each process over time, sizes of files and distinct values. What
-it made is removed in the end.
+The command ``vantrel sample`` runs twice, to a folder on Dask and to one file, on a model fitted on
+``examples/respondents.csv``. Time, rows a second, the memory of each process over time, sizes of
+files and distinct values are told. What was made is removed in the end. ``python -m
+benchmarks.large`` prints that of a table of any size.
 """
 
 from __future__ import annotations
 
 import argparse
-import os
 import subprocess
 import sys
 import tempfile
 import time
 from collections import defaultdict
+from collections.abc import Iterator
 from dataclasses import dataclass, field
 from pathlib import Path
 
@@ -30,6 +30,9 @@ GENERATED = (
 )
 VANTREL = (sys.executable, "-c", "from vantrel.cli import main; main()")
 SECONDS_BETWEEN = 0.25
+
+ROWS = 10_000_000
+WORKERS = 2
 
 # Who has less than this share of the processor time made no people.
 LEAST_SHARE = 0.1
@@ -59,52 +62,62 @@ def main() -> None:
     arguments = _arguments()
     for name, value in surroundings().items():
         print(f"- {name}: {value}")
-    with tempfile.TemporaryDirectory(dir=arguments.folder) as scratch:
+    for block in large_samples(arguments.rows, arguments.workers, arguments.folder):
+        print(f"\n{block}")
+
+
+def large_samples(
+    rows: int = ROWS, workers: int = WORKERS, where: Path | None = None
+) -> Iterator[str]:
+    """Gives what making so many rows takes, as paragraphs and tables of Markdown."""
+    with tempfile.TemporaryDirectory(dir=where) as scratch:
         folder = Path(scratch)
         model = folder / "model.json"
         fit = ["fit", str(EXAMPLE), "-o", str(model), "--ignore", "age", "--generate", GENERATED]
         subprocess.run([*VANTREL, *fit], check=True, capture_output=True)
-        sample = ["sample", str(model), "-n", str(arguments.rows), "--seed", "7", "-o"]
-        on_dask = [*sample, str(folder / "people"), "--dask", "--workers", str(arguments.workers)]
-        _tell(f"Folder, {arguments.workers} workers", on_dask, folder / "people", arguments.rows)
-        _tell_distinct(folder / "people")
+        sample = ["sample", str(model), "-n", str(rows), "--seed", "7", "-o"]
+        on_dask = [*sample, str(folder / "people"), "--dask", "--workers", str(workers)]
+        yield from _told(f"Dask, {workers} workers", on_dask, folder / "people", rows)
+        yield _distinct(folder / "people")
         one_file = [*sample, str(folder / "people.parquet")]
-        _tell("One file, no Dask", one_file, folder / "people.parquet", arguments.rows)
+        yield from _told("One process", one_file, folder / "people.parquet", rows)
 
 
 def _arguments() -> argparse.Namespace:
     parser = argparse.ArgumentParser(prog="python -m benchmarks.large")
-    parser.add_argument("--rows", type=int, default=10_000_000)
-    parser.add_argument("--workers", type=int, default=2)
+    parser.add_argument("--rows", type=int, default=ROWS)
+    parser.add_argument("--workers", type=int, default=WORKERS)
     parser.add_argument("--folder", type=Path, help="where there is room: 100 bytes a row")
     return parser.parse_args()
 
 
-def _tell(heading: str, line: list[str], output: Path, rows: int) -> None:
-    load = os.getloadavg()[0]
+def _told(way: str, line: list[str], output: Path, rows: int) -> Iterator[str]:
     watched = _watch([*VANTREL, *line])
     cpu = sum(watched.cpu.values())
     sizes = [file.stat().st_size for file in _tables(output)]
-    print(f"\n## {heading}: {rows:,} rows\n")
-    print(f"- {watched.seconds:.0f} s, {rows / watched.seconds:,.0f} rows a second")
-    print(f"- {cpu:.0f} s of CPU time, {cpu / rows * 1e6:.2f} µs a row")
-    print(
-        f"- files: {len(sizes)}, {megabytes(sum(sizes))}, {figure(sum(sizes) / rows)} bytes a row"
+    size = sum(sizes)
+    yield "\n".join(
+        (
+            f"{way}, {rows:,} rows:\n",
+            f"- {watched.seconds:.0f} s, {rows / watched.seconds:,.0f} rows a second",
+            f"- {cpu:.0f} s of CPU time, {cpu / rows * 1e6:.2f} µs a row",
+            f"- files: {len(sizes)}, {megabytes(size)}, {figure(size / rows)} bytes a row",
+        )
     )
-    print(f"- load of the machine before: {load:.1f}\n")
     cells = [
         [f"process {number}", *_moments(watched.resident[process])]
         for number, process in enumerate(watched.busy(), start=1)
     ]
-    print(table(("Resident memory after", "10 %", "50 %", "90 %", "most"), cells))
+    yield table(("Resident memory after", "10 %", "50 %", "90 %", "most"), cells)
 
 
-def _tell_distinct(folder: Path) -> None:
+def _distinct(folder: Path) -> str:
     people = dataset.dataset(folder, format="parquet")
-    print("\nDistinct values:\n")
+    counts = []
     for column in ("firstname", "lastname", "fullname", "username", "email"):
         values = people.to_table(columns=[column])[column]
-        print(f"- {column}: {compute.count_distinct(values).as_py():,}")
+        counts.append(f"{column} {compute.count_distinct(values).as_py():,}")
+    return f"Distinct values: {', '.join(counts)}"
 
 
 def _tables(output: Path) -> list[Path]:

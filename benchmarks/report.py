@@ -45,6 +45,9 @@ PARAGRAPHS = (
     " {people:,} people.",
 )
 
+LARGE_HEADING = "Large samples, by the command in new processes"
+SCHEDULED_HEADING = "A billion rows in Dask's scheduler, which nobody makes"
+
 PARTS_HEADING = "What each generator costs"
 PARTS_NOTE = (
     "Measured while one sample of {rows:,} rows with given genders and countries is made; the"
@@ -59,6 +62,8 @@ def text(
     parts_rows: Sequence[Row],
     scale_rows: Sequence[Row],
     scale_replacing_rows: Sequence[Row],
+    large: Sequence[str],
+    scheduled: str,
     rounds: int,
     wall: float,
 ) -> str:
@@ -69,6 +74,8 @@ def text(
         parts_rows: What each generator costs.
         scale_rows: What blocks and processes cost.
         scale_replacing_rows: What replacing people on processes costs.
+        large: What a large sample takes.
+        scheduled: What Dask's scheduler does with a larger one.
         rounds: How many rounds there were.
         wall: How many times the CPU time the wall time was.
     """
@@ -102,4 +109,5 @@ def text(
     blocks += [f"## {scale.HEADING}", fill(scale.NOTE, WIDTH), table(scale.HEAD, scale_rows)]
     blocks += [f"## {scale_replacing.HEADING}", fill(scale_replacing.NOTE, WIDTH)]
     blocks.append(table(scale_replacing.HEAD, scale_replacing_rows))
+    blocks += [f"## {LARGE_HEADING}", *large, f"## {SCHEDULED_HEADING}", scheduled]
     return "\n\n".join(blocks) + "\n"

@@ -1,7 +1,7 @@
 """Measures what a billion rows ask of Dask's scheduler, without making them.
 
-``python -m benchmarks.tasks`` plans a billion people and sends each partition through a cluster on
-this machine to workers that do nothing with it.
+A billion people are planned, and each partition goes through a cluster on this machine to workers
+that do nothing with it. ``python -m benchmarks.tasks`` prints what that takes.
 """
 
 from __future__ import annotations
@@ -16,27 +16,34 @@ from vantrel.scale.partitions import Partition, partitions
 
 from .people import fitted_model
 from .plain_way import SEED
-from .tables import figure, megabytes
+from .tables import figure
 
 ROWS = 1_000_000_000
 WORKERS = 2
 
 
 def main() -> None:
+    print(scheduled())
+
+
+def scheduled() -> str:
+    """Gives what planning and scheduling take, as lines of Markdown."""
     parts, planned = _timed(lambda: partitions(fitted_model(), Plan(ROWS, SEED)))
-    print(f"- {ROWS:,} rows: {len(parts):,} partitions, {figure(planned)} s to plan")
-    print(f"- one partition travels as {len(pickle.dumps(parts[0])):,} bytes")
-    print(f"- all of them together: {megabytes(len(pickle.dumps(parts)))}")
     with connected(None, WORKERS) as client:
         client.gather(client.map(_nothing, parts[:WORKERS], pure=False))
         cpu = time.process_time()
         _, through = _timed(lambda: client.gather(client.map(_nothing, parts, pure=False)))
         cpu = time.process_time() - cpu
-    each = len(parts) / 1000
-    print(
-        f"- through the scheduler and back: {figure(through)} s, {figure(through / each)} ms each"
+    count = len(parts)
+    each, cpu_each = through / count * 1000, cpu / count * 1000
+    return "\n".join(
+        (
+            f"- {ROWS:,} rows: {count:,} partitions, {figure(planned)} s to plan",
+            f"- one partition travels as {len(pickle.dumps(parts[0])):,} bytes",
+            f"- through the scheduler and back: {figure(through)} s, {figure(each)} ms each",
+            f"- of it CPU time of client and scheduler: {figure(cpu_each)} ms each",
+        )
     )
-    print(f"- of it CPU time of client and scheduler: {figure(cpu / each)} ms each")
 
 
 def _nothing(partition: Partition) -> None:
