@@ -11,8 +11,10 @@ from msgspec.structs import replace
 
 import vantrel
 from vantrel.errors import CompareError, RecordError
+from vantrel.reporting.copies.cells import ReplacedColumn
 from vantrel.reporting.copies.comparison import CopyComparison, compare_copy
 from vantrel.reporting.copies.record import CopyRecord, FoundLeak, read_copy_record
+from vantrel.reporting.nearness.shared import most_by_chance
 from vantrel.reporting.verdict import FINE, LOOK, Verdict
 from vantrel.sampling.record import record_path
 
@@ -109,6 +111,33 @@ def test_a_real_column_that_was_not_replaced_asks_for_a_look(column: str) -> Non
     assert found.words == (
         f"Real values are still in {column}. Make the copy anew, and do not hand this one on."
     )
+
+
+def with_phones(seed: int, numbers: int) -> pd.DataFrame:
+    """People of twenty countries, each of which has so many telephone numbers."""
+    drawn = np.random.default_rng(seed).integers(0, numbers, ROWS)
+    land = np.arange(ROWS) % 20
+    phone = [f"+{place}{number:06}" for place, number in zip(10 + land, drawn, strict=True)]
+    return pd.DataFrame({"land": land.astype(str), "phone": phone})
+
+
+def phones(original: pd.DataFrame, copy: pd.DataFrame) -> ReplacedColumn:
+    own = {"key": [], "replaced": {"phone": "mobile_number"}, "columns": {"country": ["land"]}}
+    (found,) = compare_copy(original, copy, replace(RECORD, **own)).figures.replaced
+    return found
+
+
+def test_few_numbers_of_each_country_come_back_by_chance() -> None:
+    found = phones(with_phones(1, 20), with_phones(2, 20))
+    assert found.chance == pytest.approx(ROWS / 20, rel=0.2)
+    assert found.same > most_by_chance(ROWS / 20 / 20)
+    assert found.is_replaced
+
+
+@pytest.mark.parametrize("rows", [1, 20, ROWS])
+def test_countries_of_few_people_do_not_explain_what_was_not_replaced(rows: int) -> None:
+    original = with_phones(1, 10**6).head(rows)
+    assert not phones(original, original).is_replaced
 
 
 def test_a_real_column_in_another_spelling_was_not_replaced() -> None:

@@ -5,10 +5,13 @@ from __future__ import annotations
 from dataclasses import dataclass
 
 from vantrel.attributes import PHONES
-from vantrel.reporting.copies.record import CopyRecord
+from vantrel.reporting.copies.record import CopyRecord, OfPerson
 from vantrel.reporting.nearness.forms import digits, plain, sorted_words
-from vantrel.reporting.nearness.shared import most_by_chance
+from vantrel.reporting.nearness.shared import FEWEST_ROWS, most_by_chance
 from vantrel.tables import Table
+
+# What is alike in people tells what chance explains.
+ALIKE = ("gender", "country")
 
 _ACCOUNTS = ("email", "username")
 
@@ -35,7 +38,7 @@ class ReplacedColumn:
         attribute: What it holds.
         cells: How many cells have a value in both tables.
         same: How many of these mean the same as in the original.
-        chance: How many would if the copy's rows stood in any order.
+        chance: How many would, by expectation, if those of one country and gender were mixed.
         torn: How many keys have several values here, and so became several people.
         shared: How many values are of several keys, where none should be; else None.
         rows_of_one: How many rows one person has, as :func:`rows_of_a_person` tells.
@@ -76,15 +79,29 @@ def compare_kept(original: Table, copy: Table, record: CopyRecord) -> tuple[Kept
     return tuple(map(Kept, columns, found))
 
 
+# Two rows that are alike could have changed places: as often as one of them was what another one
+# became, chance leaves a row as it was.
 _REPLACED = """
     WITH beside AS MATERIALIZED {beside},
     known AS (SELECT * FROM beside WHERE was <> '' AND became <> ''),
-    was AS (SELECT was AS value, count(*) AS rows FROM known GROUP BY 1),
-    became AS (SELECT became AS value, count(*) AS made FROM known GROUP BY 1),
+    placed AS MATERIALIZED (
+        SELECT was, became, CASE WHEN alike IN (
+            SELECT alike FROM known GROUP BY 1 HAVING count(*) >= {fewest}
+        ) THEN alike ELSE 0 END AS place FROM known
+    ),
+    was AS (SELECT place, was AS value, count(*) AS rows FROM placed GROUP BY ALL),
+    became AS (SELECT place, became AS value, count(*) AS made FROM placed GROUP BY ALL),
+    met AS (
+        SELECT place, sum(rows * made) AS met FROM was JOIN became USING (place, value) GROUP BY 1
+    ),
+    totals AS (
+        SELECT place, count(*) AS total, count(*) FILTER (was = became) AS same FROM placed
+        GROUP BY 1 HAVING total > 1
+    ),
     people AS (SELECT DISTINCT key, became FROM known WHERE key IS NOT NULL)
     SELECT
         (SELECT count(*) FROM known), (SELECT count(*) FROM known WHERE was = became),
-        (SELECT coalesce(sum(rows * made), 0) FROM was JOIN became USING (value)),
+        (SELECT coalesce(sum((met - same) / (total - 1)), 0) FROM met JOIN totals USING (place)),
         (SELECT count(*) FROM (SELECT key FROM people GROUP BY key HAVING count(*) > 1)),
         (SELECT count(*) FROM (SELECT became FROM people GROUP BY became HAVING count(*) > 1))
 """
@@ -95,26 +112,31 @@ def compare_replaced(
 ) -> tuple[ReplacedColumn, ...]:
     """Compares the columns whose people were replaced; both tables have as many rows."""
     return tuple(
-        _replaced(original, copy, person.key, column, attribute)
+        _replaced(original, copy, person, column, attribute)
         for person in record.people.values()
         for column, attribute in person.replaced.items()
     )
 
 
 def _replaced(
-    original: Table, copy: Table, key: list[str], column: str, attribute: str
+    original: Table, copy: Table, person: OfPerson, column: str, attribute: str
 ) -> ReplacedColumn:
-    whose = _whose(original, key)
-    own = f"{_meaning(attribute, original.named(column))} AS was, {whose} AS key"
+    key = person.key
+    alike = [original.named(person.columns[each][0]) for each in ALIKE if person.columns.get(each)]
+    own = (
+        f"{_meaning(attribute, original.named(column))} AS was, {_whose(original, key)} AS key,"
+        f" hash({', '.join(alike) or 'NULL'}) AS alike"
+    )
     made = f"{_meaning(attribute, copy.named(column))} AS became"
     beside = _BESIDE.format(own=own, made=made)
-    ((cells, same, pairs, torn, shared),) = original.query(_REPLACED.format(beside=beside), copy)
+    sql = _REPLACED.format(beside=beside, fewest=FEWEST_ROWS)
+    ((cells, same, chance, torn, shared),) = original.query(sql, copy)
     return ReplacedColumn(
         column,
         attribute,
         cells,
         same,
-        float(pairs) / cells if cells else 0.0,
+        float(chance),
         torn if key else None,
         shared if key and attribute in _ACCOUNTS else None,
         rows_of_a_person(original, key),

@@ -6,15 +6,12 @@ from collections.abc import Iterator
 from dataclasses import replace
 from itertools import count
 
-from vantrel.reporting.copies.cells import rows_of_a_person
+from vantrel.reporting.copies.cells import ALIKE, rows_of_a_person
 from vantrel.reporting.copies.record import CopyRecord, OfPerson
 from vantrel.reporting.labelled import LabelledTable
 from vantrel.reporting.nearness.nearness import Nearness, compare_shared_with_people
 from vantrel.reporting.nearness.shared import Shared
 from vantrel.tables import Table
-
-# What is alike in people tells what chance explains.
-_ALIKE = ("gender", "country")
 
 
 def compare_people(original: Table, copy: Table, record: CopyRecord) -> Nearness:
@@ -44,7 +41,7 @@ def compare_people(original: Table, copy: Table, record: CopyRecord) -> Nearness
 
 def _layouts(person: OfPerson) -> Iterator[dict[str, str]]:
     """Names the columns of a person by what was replaced: the first of each, then the second."""
-    alike = {each: person.columns[each][0] for each in _ALIKE if person.columns.get(each)}
+    alike = {each: person.columns[each][0] for each in ALIKE if person.columns.get(each)}
     replaced: dict[str, list[str]] = {}
     for column, attribute in person.replaced.items():
         replaced.setdefault(attribute, []).append(column)

@@ -15,7 +15,7 @@ MOST_EXAMPLES = 5
 
 # Halves are put together within one column, shape, country and gender, whose values are alike, if
 # there are as many rows; fewer tell little.
-_FEWEST_ROWS = 10
+FEWEST_ROWS = 10
 
 _SIMULATED = 20_000
 
@@ -163,7 +163,7 @@ def compare_shared(
         sampled=_values(_OF_SAMPLED, sampled, forms[1], has_halves),
         as_written=_values(_AS_WRITTEN, real, forms[0], has_halves),
         most=MOST_EXAMPLES,
-        chance=_CHANCE.format(fewest=_FEWEST_ROWS) if has_halves else _NO_CHANCE,
+        chance=_CHANCE.format(fewest=FEWEST_ROWS) if has_halves else _NO_CHANCE,
     )
     ((real_values, rows, found, bearing, shown, met),) = real.table.query(sql, sampled.table)
     chances = [float(met)] if has_halves else []
