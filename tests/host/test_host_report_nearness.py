@@ -260,6 +260,29 @@ def test_a_rare_title_that_came_through_asks_for_a_look() -> None:
     assert rare(learnt(**COMMON, M_Duke_GB=5), real) == {}
 
 
+def with_gaps(table: pd.DataFrame, **columns: str) -> pd.DataFrame:
+    """Empties a column where it stands beside a value of another one, as in ``title="land_SE"``."""
+    for column, beside in columns.items():
+        other, value = beside.split("_")
+        table[column] = table[column].mask(table[other] == value)
+    return table
+
+
+def test_a_country_of_many_is_not_rare_where_few_of_them_have_a_title() -> None:
+    real = with_gaps(learnt(**COMMON, M_Mr_SE=27), title="land_SE")
+    real.loc[len(real)] = ["M", "Mr", "SE"]
+    assert "Country of few people" not in rare(real, real)
+
+
+def test_a_rare_title_in_rows_without_a_country_came_through_all_the_same() -> None:
+    real = learnt(**COMMON, M_Duke_GB=2)
+    sampled = with_gaps(learnt(**COMMON, M_Duke_GB=3), land="title_Duke")
+    found = rare(real, sampled)["Title of few people"]
+    assert (found.bearing, found.is_by_chance) == (3, False)
+    nowhere = rare(with_gaps(real, land="title_Duke"), sampled)["Title of few people"]
+    assert (nowhere.real, nowhere.bearing) == (1, 3)
+
+
 def test_a_rare_spelling_of_a_gender_tells_of_nobody() -> None:
     assert rare(learnt(**COMMON, female_Ms_GB=1), learnt(**COMMON)).keys() == {
         "Gender, title and country together"

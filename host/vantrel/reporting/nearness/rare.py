@@ -54,14 +54,14 @@ class Rare:
 def compare_rare(real: LabelledTable, sampled: LabelledTable) -> tuple[Rare, ...]:
     """Looks in a sample for the rare values of the learnt columns, and for rare combinations."""
     both = tuple(each for each in LEARNT if real.has(each) and sampled.has(each))
-    in_real, in_sample = (_whole(table.combinations(both)) for table in (real, sampled))
+    in_real, in_sample = (table.combinations(both) for table in (real, sampled))
     frequent = [_frequent(in_real, place, each) for place, each in enumerate(both)]
     found = [
         _rare_values(each, _totals(in_real, place), _totals(in_sample, place), frequent[place])
         for place, each in enumerate(both)
     ]
     if len(both) > 1:
-        found.append(_rare_combinations(both, in_real, in_sample, frequent))
+        found.append(_rare_combinations(both, _whole(in_real), _whole(in_sample), frequent))
     return tuple(each for each in found if each.real)
 
 
@@ -71,9 +71,11 @@ def _whole(counts: _Counts) -> dict[_Cells, int]:
 
 
 def _totals(counts: _Counts, place: int) -> Counter[_Cells]:
+    """How many rows have each value, whatever else they lack."""
     totals: Counter[_Cells] = Counter()
     for cells, rows in counts.items():
-        totals[cells[place],] += rows
+        if cells[place] is not None:
+            totals[cells[place],] += rows
     return totals
 
 
