@@ -14,12 +14,14 @@ _SHORTEST = 3
 
 _COUNTED = """
     WITH rows AS (
-        SELECT {account} AS account, {shown} AS shown,
+        SELECT {account} AS account, {one_way} AS one_way, {shown} AS shown,
             list_filter({words}, lambda word: length(word) >= {shortest}) AS words
         FROM {{rows}}
     ),
     told AS (
-        SELECT shown, len(list_filter(words, lambda word: contains(account, word))) > 0 AS agrees
+        SELECT shown, len(list_filter(
+            words, lambda word: contains(account, word) OR contains(one_way, {word_one_way})
+        )) > 0 AS agrees
         FROM rows
         WHERE account <> '' AND len(words) > 0
             AND regexp_full_match(array_to_string(words, ''), '[a-z]+')
@@ -37,17 +39,23 @@ def accounts_against_names(table: LabelledTable, attribute: str) -> Contradictio
     if not (names and table.has(attribute)):
         return None
     column = table.column(attribute)
-    local = f"regexp_replace(split_part({folded(column)}, '@', 1), '[^a-z]', '', 'g')"
+    local = f"split_part({folded(column)}, '@', 1)"
     ((looked_at, against, examples),) = table.table.query(
         _COUNTED.format(
-            account=_one_way(local),
-            words=f"string_split({_one_way(names[0].key)}, ' ')",
+            account=_letters(local),
+            one_way=_letters(_one_way(local)),
+            words=f"string_split({names[0].key}, ' ')",
+            word_one_way=_one_way("word"),
             shown=f"concat_ws(', ', {names[0].shown}, {column})",
             shortest=_SHORTEST,
             most=MOST_EXAMPLES,
         )
     )
     return Contradictions(looked_at, against, tuple((each, 1) for each in examples or ()))
+
+
+def _letters(text: str) -> str:
+    return f"regexp_replace({text}, '[^a-z]', '', 'g')"
 
 
 def _one_way(text: str) -> str:
