@@ -86,6 +86,25 @@ def test_a_sample_may_contradict_itself_as_often_as_the_real_table() -> None:
     assert states(shuffled("email"), GOOD)["E-mail addresses and names"] == FINE
 
 
+@pytest.mark.parametrize(
+    ("real", "against", "is_fine"),
+    [
+        (Contradictions(708, 0), 2, True),
+        (Contradictions(708, 0), 30, False),
+        (Contradictions(708, 30), 85, True),
+        (Contradictions(5, 0), 500, True),
+        (None, 25, True),
+        (None, 60, False),
+        (Contradictions(0, 0), 170, False),
+    ],
+)
+def test_so_many_contradictions_are_let_pass(
+    real: Contradictions | None, against: int, is_fine: bool
+) -> None:
+    sampled = Contradictions(2_000, against)
+    assert Agreement("", "", real, sampled).is_fine == is_fine
+
+
 def test_the_words_tell_what_was_found_and_what_to_do() -> None:
     real = pd.DataFrame({"gender": ["m", "f"] * 50, "title": ["Mr", "Ms"] * 50})
     sampled = real.assign(title=["Mr"] * 50 + ["Mr", "Ms"] * 25)

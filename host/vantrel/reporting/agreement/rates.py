@@ -7,12 +7,12 @@ from dataclasses import dataclass
 
 import numpy as np
 
-from vantrel.reporting.distances import chance_limit, is_within
+from vantrel.reporting.distances import chance_limit, distance_to_model, is_within
 
 MOST_EXAMPLES = 5
 
 # What is let pass where the real table does not tell: made-up people agree but for few.
-_LET_PASS = 0.1
+_LET_PASS = 0.01
 
 
 @dataclass(frozen=True)
@@ -53,11 +53,18 @@ class Agreement:
 
     @property
     def limit(self) -> float:
-        """The rate that 99 in 100 samples stay within that are no worse than the real table."""
+        """The rate that 99 in 100 samples stay within that are no worse than the real table.
+
+        Its rows are a sample, too: of few that all agree, not all need have agreed.
+        """
+        rows, against = self.sampled.looked_at, self.sampled.against
         if not (self.real and self.real.looked_at):
-            return _LET_PASS
-        rate, rows = self.real.rate, self.sampled.looked_at
-        return min(1.0, rate + chance_limit(np.array([rate, 1 - rate]), rows)) if rows else 1.0
+            chance = chance_limit(np.array([_LET_PASS, 1 - _LET_PASS]), rows) if rows else 1.0
+            return min(1.0, _LET_PASS + chance)
+        rate = self.real.rate
+        shares, counts = {True: rate, False: 1 - rate}, {True: against, False: rows - against}
+        found = distance_to_model(counts, shares, self.real.looked_at)
+        return min(1.0, rate + found.limit) if found else 1.0
 
     @property
     def is_fine(self) -> bool:
