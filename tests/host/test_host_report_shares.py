@@ -8,10 +8,11 @@ import pytest
 from hypothesis import given
 from hypothesis import strategies as st
 
+from support.report_tables import COLUMNS as ALL
 from support.report_tables import both
 from vantrel.reporting.distances import RISK, chance_limit, total_variation
 from vantrel.reporting.frequencies import MOST_SHARES, Frequencies, Frequency, compare_frequencies
-from vantrel.reporting.missing import MissingRates, compare_missing_rates
+from vantrel.reporting.missing import MissingRates, compare_all_missing_rates, compare_missing_rates
 
 COLUMNS = {"gender": "sex"}
 
@@ -220,3 +221,17 @@ def test_missing_rates_are_held_against_the_simulated_limit(
     found = compare_missing_rates(*tables, "gender")
     assert found.limit == chance_limit(np.array([real, 1 - real]), 1000)
     assert found.is_beyond_chance == is_beyond
+
+
+def test_good_samples_of_many_columns_are_beyond_chance_no_oftener_than_those_of_one() -> None:
+    rng = np.random.default_rng(1)
+    full = pd.DataFrame("x", index=range(200), columns=list(ALL.values()))
+    real = full.mask(np.indices(full.shape)[0] < 100)
+
+    def beyond(sampled: pd.DataFrame) -> list[str]:
+        found = compare_all_missing_rates(*both(real, sampled, ALL))
+        return [each.attribute for each in found if each.is_beyond_chance]
+
+    good = (full.mask(rng.random(full.shape) < 0.5) for _ in range(60))
+    assert sum(bool(beyond(each)) for each in good) <= 1
+    assert beyond(real.assign(sex=full["sex"].mask(full.index < 150))) == ["gender"]

@@ -45,7 +45,7 @@ def total_variation(p: Floats, q: Floats) -> float:
     return min(1.0, float(np.abs(p - q).sum()) / 2)
 
 
-def chance_limit(p: Floats, rows: int, others: int | None = None) -> float:
+def chance_limit(p: Floats, rows: int, others: int | None = None, risk: float = RISK) -> float:
     """The distance that a sample of the very distribution stays within, 99 times in 100.
 
     Rows drawn one by one with the shares ``p`` do not have these very shares. How far they are from
@@ -60,17 +60,21 @@ def chance_limit(p: Floats, rows: int, others: int | None = None) -> float:
         p: The share of each value, adding up to 1.
         rows: How many rows the sample has, at least 1.
         others: How many rows another sample has, if the distance of two samples is asked for.
+        risk: How often a sample may pass the limit, where one of several limits is asked for.
     """
     samples = min(max(_SIMULATED_COUNTS // len(p), _FEWEST_SAMPLES), _MOST_SAMPLES)
     rng = np.random.default_rng(0)
     drawn = rng.multinomial(rows, p, samples) / rows
     known = p if others is None else rng.multinomial(others, p, samples) / others
     distances = np.minimum(np.abs(drawn - known).sum(axis=1) / 2, 1.0)
-    return float(np.quantile(distances, 1 - RISK, method="higher"))
+    return float(np.quantile(distances, 1 - risk, method="higher"))
 
 
 def distance_to_model[KeyT: Hashable](
-    counts: Mapping[KeyT, int], shares: Mapping[KeyT, float] | None, rows: int
+    counts: Mapping[KeyT, int],
+    shares: Mapping[KeyT, float] | None,
+    rows: int,
+    risk: float = RISK,
 ) -> Distance | None:
     """The distance of a sample from what its model gave other rows; None where there are none.
 
@@ -78,6 +82,7 @@ def distance_to_model[KeyT: Hashable](
         counts: How often each value is in the sample.
         shares: The shares that the model gave the most frequent values.
         rows: How many rows these were counted in.
+        risk: How often a sample may be further off, as :func:`chance_limit` takes it.
     """
     total = sum(counts.values())
     if shares is None or not (total and rows and shares):
@@ -90,4 +95,4 @@ def distance_to_model[KeyT: Hashable](
         p = np.append(p[is_listed], unlisted)
         q = np.append(q[is_listed], q[~is_listed].sum())
     pooled = (p * rows + q * total) / (rows + total)
-    return Distance(total_variation(p, q), chance_limit(pooled / pooled.sum(), total, rows))
+    return Distance(total_variation(p, q), chance_limit(pooled / pooled.sum(), total, rows, risk))

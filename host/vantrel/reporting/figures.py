@@ -12,7 +12,7 @@ from vantrel.reporting.frequencies import Frequencies, compare_frequencies
 from vantrel.reporting.labelled import LabelledTable
 from vantrel.reporting.lengths import Lengths, compare_lengths
 from vantrel.reporting.meant import Meant
-from vantrel.reporting.missing import MissingRates, compare_missing_rates
+from vantrel.reporting.missing import MissingRates, compare_all_missing_rates
 from vantrel.reporting.names import Places, frequent_names
 from vantrel.reporting.nearness.nearness import Nearness, compare_nearness
 from vantrel.reporting.together import Together, compare_together
@@ -57,7 +57,7 @@ def compare_labelled(
         len(sampled),
         tuple(compare_frequencies(real, sampled, each, meant) for each in LEARNT if each in there),
         compare_together(real, sampled, meant),
-        tuple(compare_missing_rates(real, sampled, each, meant) for each in there),
+        compare_all_missing_rates(real, sampled, meant),
         frequent_names(real, sampled),
         tuple(compare_lengths(real, sampled, each) for each in UNIQUE if each in there),
         (

@@ -6,7 +6,8 @@ from dataclasses import dataclass
 
 import numpy as np
 
-from vantrel.reporting.distances import Distance, chance_limit, distance_to_model, is_within
+from vantrel.attributes import WORDS
+from vantrel.reporting.distances import RISK, Distance, chance_limit, distance_to_model, is_within
 from vantrel.reporting.labelled import LabelledTable, column_names
 from vantrel.reporting.meant import Meant
 
@@ -21,7 +22,8 @@ class MissingRates:
         real: The share of real rows without a value, from 0 to 1; None where the real table has
             no such column or no rows.
         sampled: The same of the sample.
-        limit: What the difference stays within by chance; None where a rate is.
+        limit: What the difference stays within by chance; None where a rate is. All columns of 99
+            in 100 samples stay within theirs.
         from_model: The difference from what the model was to give, if that is known.
         reason: Why that may differ from the real table by more than chance has it.
     """
@@ -49,24 +51,41 @@ class MissingRates:
 
     @property
     def is_beyond_chance(self) -> bool:
-        """Whether chance makes such a difference less often than once in a hundred samples."""
+        """Whether the difference is greater than chance explains."""
         return self.difference is not None and not is_within(abs(self.difference), self.limit)
 
 
+def compare_all_missing_rates(
+    real: LabelledTable, sampled: LabelledTable, meant: Meant | None = None
+) -> tuple[MissingRates, ...]:
+    """Compares the missing rates of all attributes that one of the tables has.
+
+    They are judged together, so that each has its part of the risk only.
+    """
+    there = [each for each in WORDS if real.has(each) or sampled.has(each)]
+    both = sum(real.has(each) and sampled.has(each) for each in there)
+    risk = RISK / max(both, 1)
+    return tuple(compare_missing_rates(real, sampled, each, meant, risk) for each in there)
+
+
 def compare_missing_rates(
-    real: LabelledTable, sampled: LabelledTable, attribute: str, meant: Meant | None = None
+    real: LabelledTable,
+    sampled: LabelledTable,
+    attribute: str,
+    meant: Meant | None = None,
+    risk: float = RISK,
 ) -> MissingRates:
     """Compares the missing rates of an attribute."""
     rate, sampled_rate = (table.missing_rate(attribute) for table in (real, sampled))
     limit = from_model = None
     if rate is not None and sampled_rate is not None:
-        limit = _limit(rate, len(sampled))
+        limit = _limit(rate, len(sampled), risk)
     expected = meant.expected.missing.get(attribute) if meant else None
     if meant and expected is not None and sampled_rate is not None:
         missing = round(sampled_rate * len(sampled))
         counts = {True: missing, False: len(sampled) - missing}
         shares = {True: expected, False: 1 - expected}
-        from_model = distance_to_model(counts, shares, meant.expected.rows)
+        from_model = distance_to_model(counts, shares, meant.expected.rows, risk)
     return MissingRates(
         attribute,
         column_names(real, sampled, attribute),
@@ -78,9 +97,9 @@ def compare_missing_rates(
     )
 
 
-def _limit(rate: float, rows: int) -> float:
-    """What the missing rate of a sample differs from the real one by chance, 99 times in 100.
+def _limit(rate: float, rows: int, risk: float) -> float:
+    """What the missing rate of a sample differs from the real one by chance.
 
     It is the distance of two distributions over two values, missing or not.
     """
-    return chance_limit(np.array([rate, 1 - rate]), rows)
+    return chance_limit(np.array([rate, 1 - rate]), rows, risk=risk)
