@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from collections.abc import Sequence
 from dataclasses import dataclass
 
 from vantrel.attributes import PHONES
@@ -59,7 +60,7 @@ class ReplacedColumn:
         return self.same <= most_by_chance(self.chance, self.rows_of_one)
 
 
-_BESIDE = (
+BESIDE = (
     "(SELECT * FROM (SELECT {own} FROM {{rows}}) POSITIONAL JOIN (SELECT {made} FROM {{other}}))"
 )
 
@@ -74,7 +75,7 @@ def compare_kept(original: Table, copy: Table, record: CopyRecord) -> tuple[Kept
     counts = ", ".join(
         f"count(*) FILTER (a{at} IS DISTINCT FROM b{at})" for at in range(len(columns))
     )
-    beside = _BESIDE.format(own=own, made=made)
+    beside = BESIDE.format(own=own, made=made)
     (found,) = original.query(f"SELECT {counts} FROM {beside}", copy)
     return tuple(map(Kept, columns, found))
 
@@ -112,23 +113,28 @@ def compare_replaced(
 ) -> tuple[ReplacedColumn, ...]:
     """Compares the columns whose people were replaced; both tables have as many rows."""
     return tuple(
-        _replaced(original, copy, person, column, attribute)
+        compare_values(original, copy, person, column, attribute, key=person.key)
         for person in record.people.values()
         for column, attribute in person.replaced.items()
     )
 
 
-def _replaced(
-    original: Table, copy: Table, person: OfPerson, column: str, attribute: str
+def compare_values(
+    original: Table,
+    copy: Table,
+    person: OfPerson,
+    column: str,
+    attribute: str = "",
+    key: Sequence[str] = (),
 ) -> ReplacedColumn:
-    key = person.key
+    """Compares a column of values made for a person, which are an attribute or something else."""
     alike = [original.named(person.columns[each][0]) for each in ALIKE if person.columns.get(each)]
     own = (
         f"{_meaning(attribute, original.named(column))} AS was, {_whose(original, key)} AS key,"
         f" hash({', '.join(alike) or 'NULL'}) AS alike"
     )
     made = f"{_meaning(attribute, copy.named(column))} AS became"
-    beside = _BESIDE.format(own=own, made=made)
+    beside = BESIDE.format(own=own, made=made)
     sql = _REPLACED.format(beside=beside, fewest=FEWEST_ROWS)
     ((cells, same, chance, torn, shared),) = original.query(sql, copy)
     return ReplacedColumn(

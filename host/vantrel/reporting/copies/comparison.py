@@ -7,9 +7,11 @@ from typing import Any, override
 
 from vantrel.errors import CompareError
 from vantrel.hints import listed
+from vantrel.reporting.copies.acted import compare_acted
 from vantrel.reporting.copies.cells import compare_kept, compare_replaced
 from vantrel.reporting.copies.figures import CopyFigures
 from vantrel.reporting.copies.judged import (
+    judge_acted,
     judge_kept,
     judge_leaks,
     judge_origin,
@@ -46,6 +48,7 @@ class CopyComparison(Judged):
         found = [judge_rows(figures.real_rows, figures.copied_rows, figures.made_rows)]
         if figures.real_rows == figures.copied_rows:
             found += [judge_kept(figures.kept), *judge_replaced(figures.replaced)]
+            found += judge_acted(figures.acted)
         found += [*judge_nearness(figures.nearness, COPY), judge_leaks(figures.leaks)]
         return [*found, *judge_origin(figures.is_changed)]
 
@@ -85,6 +88,7 @@ def compare_copy(real: Any, copied: Any, record: CopyRecord) -> CopyComparison:
         record.rows,
         compare_kept(was, became, record) if is_whole else (),
         compare_replaced(was, became, record) if is_whole else (),
+        compare_acted(was, became, record) if is_whole else (),
         compare_people(was, became, record),
         tuple(record.leaks),
         record.is_changed(copy.path) if isinstance(copied, Table) else None,

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 from collections.abc import Iterator, Sequence
 
+from vantrel.reporting.copies.acted import ActedColumn
 from vantrel.reporting.copies.cells import Kept, ReplacedColumn
 from vantrel.reporting.copies.record import FoundLeak
 from vantrel.reporting.verdict import FINE, LOOK, Verdict
@@ -72,6 +73,25 @@ def _of_people(replaced: Sequence[ReplacedColumn]) -> Verdict:
     )
     most = max(each.torn or each.shared or 0 for each in [*torn, *shared])
     return Verdict(about, counted(most, "exception"), LOOK, words, "replaced")
+
+
+def judge_acted(acted: Sequence[ActedColumn]) -> Iterator[Verdict]:
+    """Judges whether the columns that had an action were changed by it."""
+    if not acted:
+        return
+    about = "Columns that had an action"
+    same = [each for each in acted if not each.is_changed]
+    figure = f"{number(sum(each.same for each in same or acted))} as before"
+    if same:
+        names = listed([shown(each.column) for each in same])
+        words = (
+            f"Values that had to go are still in {names}. Make the copy anew, and do not hand this"
+            " one on."
+        )
+        yield Verdict(about, figure, LOOK, words, "acted")
+    else:
+        words = "No value is still there but those that chance explains."
+        yield Verdict(about, figure, FINE, words, "acted")
 
 
 def judge_origin(is_changed: bool | None) -> Iterator[Verdict]:

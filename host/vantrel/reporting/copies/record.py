@@ -84,16 +84,21 @@ class CopyRecord(msgspec.Struct, frozen=True, kw_only=True):
 
     @property
     def asked(self) -> list[str]:
-        """The columns of people, and of keys."""
+        """The columns of people, of keys, and those that had an action."""
         own = (column for each in self.people.values() for column in (*each.key, *each.replaced))
-        return list(dict.fromkeys([*own, *self.primary_key]))
+        return list(dict.fromkeys([*own, *self.primary_key, *self.others]))
+
+    @property
+    def actions(self) -> dict[str, str]:
+        """What was done with each further column that was changed: ``shift`` of ``shift:180``."""
+        kinds = {column: action.partition(":")[0] for column, action in self.others.items()}
+        return {column: kind for column, kind in kinds.items() if kind != _KEEP}
 
     @property
     def changed(self) -> set[str]:
         """The columns of which something was changed."""
-        acted = {column for column, action in self.others.items() if action != _KEEP}
         replaced = {column for each in self.people.values() for column in each.replaced}
-        return {*replaced, *self.options.get("scrub", ()), *acted}
+        return {*replaced, *self.options.get("scrub", ()), *self.actions}
 
     def is_changed(self, copy: Path) -> bool | None:
         """Tells whether a copy is another one than was made; None where the record does not."""
