@@ -72,8 +72,8 @@ def test_what_is_no_record_of_a_database_is_refused(replaced: Trial) -> None:
     )
     Path("made.json").write_text('{"format": "vantrel-replace"}')
     assert fail(f"{line} made.json", 1) == (
-        "made.json is no record of a copy that this version knows (Invalid enum value"
-        " 'vantrel-replace' - at `$.format`): move it away."
+        "made.json is no record of a database whose people were replaced (its format is"
+        " 'vantrel-replace'): move it away."
     )
 
 

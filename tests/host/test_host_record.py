@@ -120,11 +120,26 @@ def test_a_file_of_something_else(output: Path, content: str, why: str) -> None:
     assert refusal(output) == no_record(output, why)
 
 
+@pytest.mark.parametrize("kind", ["x", 5, ["vantrel-sample"]])
+def test_a_record_of_another_kind(output: Path, kind: object) -> None:
+    record_path(output).write_text(json.dumps({"format": kind}))
+    assert refusal(output) == (
+        f"{record_path(output)} is no record of a sample (its format is {kind!r}): move it away."
+    )
+
+
+def test_a_record_of_a_later_form(output: Path) -> None:
+    record_path(output).write_text('{"format": "vantrel-sample", "schema_version": 3}')
+    assert refusal(output) == (
+        f"{record_path(output)} cannot be used: its schema version is 3, the newest known here is"
+        " 2: install a newer vantrel."
+    )
+
+
 @pytest.mark.parametrize(
     ("changes", "why"),
     [
-        ({"format": "x"}, "Invalid enum value 'x' - at `$.format`"),
-        ({"schema_version": 3}, "Invalid enum value 3 - at `$.schema_version`"),
+        ({"schema_version": 0}, "Invalid enum value 0 - at `$.schema_version`"),
         ({"seed": None}, "Object missing required field `seed`"),
         ({"extra": 1}, "Object contains unknown field `extra`"),
         ({"rows": "12"}, "Expected `int`, got `str` - at `$.rows`"),

@@ -241,6 +241,6 @@ def test_a_record_is_read_as_it_was_written(tmp_path: Path) -> None:
     with pytest.raises(RecordError) as caught:
         read_copy_record(copy)
     assert str(caught.value) == (
-        f"{path} is no record of a copy that this version knows (Invalid enum value 2 - at"
-        " `$.schema_version`): move it away."
+        f"{path} cannot be used: its schema version is 2, the newest known here is 1: install a"
+        " newer vantrel."
     )

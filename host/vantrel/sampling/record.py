@@ -6,7 +6,7 @@ import hashlib
 import json
 import os
 from pathlib import Path
-from typing import IO, Annotated, Any, ClassVar, Literal
+from typing import IO, Annotated, Any, ClassVar, Literal, get_args
 
 import msgspec
 import pandas as pd
@@ -17,6 +17,7 @@ from vantrel.rows import Ways
 from vantrel.sampling.blocks import Plan
 from vantrel.sampling.expected import Expected, expected_of
 from vantrel.storage.files import read_whole, replacing
+from vantrel.storage.head import Head, later_form
 from vantrel.storage.models import LoadedModel
 from vantrel.versions import versions
 from vantrel.wording import shown
@@ -137,13 +138,36 @@ def read_record_of[R: Record](kind: type[R], output: Path, *, unfinished: bool =
     """
     path = record_path(output, unfinished=unfinished)
     try:
-        return msgspec.json.decode(read_whole(path, MOST_BYTES), type=kind)
+        text = read_whole(path, MOST_BYTES)
     except (FileNotFoundError, NotADirectoryError):
         return None
     except OSError as error:
         raise RecordError(f"{named(path)} {why_unreadable(path, error)}") from error
+    return decoded_record(kind, text, path, kind.of)
+
+
+def decoded_record[R: msgspec.Struct](kind: type[R], text: bytes, path: Path, of: str) -> R:
+    """Makes a record of a kind of the content of a file; ``of`` is what an error says.
+
+    Raises:
+        RecordError: It is no such record, or of a later form.
+    """
+    try:
+        _check_head(kind, msgspec.json.decode(text, type=Head), path, of)
+        return msgspec.json.decode(text, type=kind)
     except (msgspec.DecodeError, RecursionError) as error:
         raise RecordError(
-            f"{named(path)} is no record of {kind.of} that this version knows ({shown(error)}):"
+            f"{named(path)} is no record of {of} that this version knows ({shown(error)}):"
             " move it away."
         ) from error
+
+
+def _check_head(kind: type[msgspec.Struct], head: Head, path: Path, of: str) -> None:
+    known = {each.name: get_args(each.type) for each in msgspec.structs.fields(kind)}
+    if head.format not in (None, *known["format"]):
+        raise RecordError(
+            f"{named(path)} is no record of {of} (its format is {shown(repr(head.format))}):"
+            " move it away."
+        )
+    if later := later_form(head.schema_version, max(known["schema_version"])):
+        raise RecordError(f"{named(path)} cannot be used: {later}.")

@@ -26,6 +26,7 @@ from vantrel.model.models.histogram import Histogram
 from vantrel.model.models.person import GenderModel, PersonModel
 from vantrel.storage.files import refuse_overwriting, replacing
 from vantrel.storage.form import SCHEMA_VERSION, ModelFile
+from vantrel.storage.head import Head, later_form
 from vantrel.storage.patterns import try_patterns
 from vantrel.util.callers import OURS
 from vantrel.util.locale.locale import Provider, get_country_to_provder_map, told_before
@@ -193,13 +194,6 @@ def _read(path: Path) -> bytes:
     )
 
 
-class _Head(msgspec.Struct):
-    """What tells of which kind a file is."""
-
-    format: Any = None
-    schema_version: Any = None
-
-
 def _decoded(content: str | bytes, *, allow_patterns: bool) -> ModelFile:
     content = (
         content.removeprefix("\ufeff")
@@ -228,16 +222,13 @@ def _decoded(content: str | bytes, *, allow_patterns: bool) -> ModelFile:
 
 def _check_head(content: str | bytes) -> None:
     try:
-        head = msgspec.json.decode(content, type=_Head)
+        head = msgspec.json.decode(content, type=Head)
     except msgspec.ValidationError:
-        head = _Head()
+        head = Head()
     if head.format != FORMAT:
         raise ModelFileError(f"cannot be used: it is no model; {_REMEDY}")
-    if type(head.schema_version) is int and head.schema_version > SCHEMA_VERSION:
-        raise ModelFileError(
-            f"cannot be used: its schema version is {head.schema_version}, the newest known here is"
-            f" {SCHEMA_VERSION}: install a newer vantrel."
-        )
+    if later := later_form(head.schema_version, SCHEMA_VERSION):
+        raise ModelFileError(f"cannot be used: {later}.")
 
 
 def _refuse_doubled_keys(pairs: list[tuple[str, Any]]) -> None:

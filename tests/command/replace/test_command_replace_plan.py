@@ -166,7 +166,12 @@ BAD = [
     ("[[", "Plan plan.toml is not TOML: "),
     (
         'format = "vantrel-plan"\nschema_version = 2\n[tables]',
-        "Plan plan.toml: Invalid enum value 2 - at `$.schema_version`.",
+        "Plan plan.toml: It cannot be used: its schema version is 2, the newest known here is 1:"
+        " install a newer vantrel.",
+    ),
+    (
+        'format = "vantrel-model"\nschema_version = 2\n[tables]',
+        'Plan plan.toml: It has no line format = "vantrel-plan", so it is no plan.',
     ),
     (
         'format = "vantrel-plan"\nschema_version = 1\n[tables.a]\npeople = []',

@@ -15,7 +15,15 @@ from vantrel.hints import did_you_mean
 from vantrel.replacing.columns.of_person import shared_column
 from vantrel.replacing.fates import KEEP, SCRUB, UNDECIDED
 from vantrel.replacing.others.action import read_action
-from vantrel.replacing.plan.form import Content, Person, Plan, TablePlan
+from vantrel.replacing.plan.form import (
+    FORMAT,
+    SCHEMA_VERSION,
+    Content,
+    Person,
+    Plan,
+    TablePlan,
+)
+from vantrel.storage.head import later_form
 from vantrel.storage.toml import read_toml
 from vantrel.wording import shown
 
@@ -33,8 +41,10 @@ def read_plan(path: Path) -> Plan:
 
 
 def _content(content: dict[str, Any]) -> Content:
-    if "format" not in content:
-        raise ValueError('It has no line format = "vantrel-plan", so it is no plan')
+    if content.get("format") != FORMAT:
+        raise ValueError(f'It has no line format = "{FORMAT}", so it is no plan')
+    if later := later_form(content.get("schema_version"), SCHEMA_VERSION):
+        raise ValueError(f"It cannot be used: {later}")
     plan = _converted(content)
     for name, table in plan.tables.items():
         where = f"Table {shown(repr(name))}"

@@ -9,10 +9,10 @@ import msgspec
 
 from vantrel.errors import RecordError
 from vantrel.hints import did_you_mean, listed, named, why_unreadable
-from vantrel.sampling.record import MOST_BYTES, record_path, sha256_of
+from vantrel.sampling.record import MOST_BYTES, decoded_record, record_path, sha256_of
 from vantrel.storage.files import read_whole
+from vantrel.storage.head import Head
 from vantrel.tables.sources import parts_of
-from vantrel.wording import shown
 
 _FORMATS = ("vantrel-replace", "vantrel-replace-folder")
 _KEEP = "keep"
@@ -115,10 +115,6 @@ class _DatabaseRecord(msgspec.Struct, frozen=True):
     tables: list[CopyRecord]
 
 
-class _Kind(msgspec.Struct):
-    format: str = ""
-
-
 def read_copy_record(output: Path) -> CopyRecord | None:
     """Reads the record beside a copy; None where there is none, or that of something else.
 
@@ -128,11 +124,11 @@ def read_copy_record(output: Path) -> CopyRecord | None:
     path = record_path(output)
     try:
         text = read_whole(path, MOST_BYTES)
-        if msgspec.json.decode(text, type=_Kind).format not in _FORMATS:
+        if msgspec.json.decode(text, type=Head).format not in _FORMATS:
             return None
     except (OSError, msgspec.DecodeError, RecursionError):
         return None  # whoever reads the record of a sample tells what is wrong
-    return _decoded(path, text, CopyRecord)
+    return decoded_record(CopyRecord, text, path, "a copy")
 
 
 def read_database_record(path: Path, table: str) -> CopyRecord:
@@ -145,20 +141,11 @@ def read_database_record(path: Path, table: str) -> CopyRecord:
         text = read_whole(path, MOST_BYTES)
     except OSError as error:
         raise RecordError(f"{named(path)} {why_unreadable(path, error)}") from error
-    tables = {each.table: each for each in _decoded(path, text, _DatabaseRecord).tables}
+    record = decoded_record(_DatabaseRecord, text, path, "a database whose people were replaced")
+    tables = {each.table: each for each in record.tables}
     if table not in tables:
         raise RecordError(
             f"{named(path)} tells of no table {table!r}.{did_you_mean(table, tables)} Its tables"
             f" are: {listed([*tables])}."
         )
     return tables[table]
-
-
-def _decoded[T](path: Path, text: bytes, kind: type[T]) -> T:
-    try:
-        return msgspec.json.decode(text, type=kind)
-    except (msgspec.DecodeError, RecursionError) as error:
-        raise RecordError(
-            f"{named(path)} is no record of a copy that this version knows ({shown(error)}): move"
-            " it away."
-        ) from error
