@@ -20,7 +20,7 @@ def _other_people(folder: Path) -> None:
     (folder / "people.csv").write_text(PEOPLE)
 
 
-def fit(options: str = "--column title=t --generate password,mobile_number") -> None:
+def fit(options: str = "--column title=t --generate email,password,mobile_number") -> None:
     succeed(f"fit people.csv --min-count 1 -o m.json {options}")
 
 
@@ -47,6 +47,7 @@ def test_all_that_is_learnt_is_shown() -> None:
         "gender         sex            learnt: drawn with the other columns, as real rows have them",
         "title          t              learnt: drawn with the other columns, as real rows have them",
         "lastname       last           made up by gender and country",
+        "email          email          made from the row's name; domain: reserved",
         "password       password       8 to 16 random characters",
         "mobile_number  mobile_number  a number of the row's country",
         "country        land           learnt: drawn with the other columns, as real rows have them",

@@ -75,6 +75,10 @@ def with_cell(row: int, column: str, value: str | None) -> pd.DataFrame:
 
 def test_a_good_copy_is_as_expected() -> None:
     assert {each.state for each in judged(COPY).values()} == {FINE}
+    assert judged(COPY)["One person for each key"].words == (
+        "Rows of one key have one made-up person, and no two keys share an e-mail address or user"
+        " name."
+    )
     assert not compared(COPY).asks_for_look
     assert compared(COPY).summary == "Compared 400 rows with 400 rows of a copy"
 

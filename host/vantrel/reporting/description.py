@@ -91,7 +91,7 @@ def _made_in_rows(model: PersonModel, attribute: str) -> str:
     if attribute == "lastname":
         return "made up by gender and country"
     if attribute == "email":
-        return f"username and a domain ({_ways(model).email_domain})"
+        return f"made from the row's name; domain: {_ways(model).email_domain}"
     return ""
 
 

@@ -144,6 +144,14 @@ def test_notes_name_their_table_where_there_are_several() -> None:
     assert told[1] == "vantrel: note: customers.csv: No key was named: 'email' tells who is who."
 
 
+def test_a_key_of_several_columns_is_told_as_one() -> None:
+    Path("two.csv").write_text("first_name,last_name\nAnn,Lee\nBo,Orr\n")
+    told = succeed("replace two.csv -o out.csv --secret s").stderr.splitlines()
+    assert told[0] == (
+        "vantrel: note: No key was named: 'first_name', 'last_name' together tell who is who."
+    )
+
+
 def test_what_a_table_tells_that_is_only_read() -> None:
     Path("orders.csv").write_text(f"{ORDERS}d;9;New Man;1\n")
     line = "replace orders.csv -o copy.csv --key id --secret s --people customers.csv"

@@ -109,8 +109,9 @@ def note_on_leak(leak: Leak, roles: Roles, remedies: Remedies) -> str:
 def _notes_on_key(person: Person, table: Table) -> Iterator[str]:
     whose = f" of {person.name!r}" if person.name else ""
     if not person.is_key_named:
+        tell = "tells" if len(person.key) == 1 else "together tell"
         yield (
-            f"No key{whose} was named: {listed(person.key)} tells who is who."
+            f"No key{whose} was named: {listed(person.key)} {tell} who is who."
             if person.key
             else f"No key{whose} was named, and none was found: each row is a person of its own."
         )

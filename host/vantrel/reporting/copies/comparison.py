@@ -69,8 +69,8 @@ def compare_copy(real: Any, copied: Any, record: CopyRecord) -> CopyComparison:
     Args:
         real: The table whose people were replaced, as :func:`vantrel.compare` takes it.
         copied: The copy, likewise.
-        record: How it was made, as ``read_copy_record`` of this room reads it, or
-            ``read_database_record``. Rows of a database are told by their primary key.
+        record: How it was made, as ``read_copy_record`` of ``vantrel.reporting.copies.record``
+            reads it, or ``read_database_record``. Rows of a database are told by their primary key.
 
     Raises:
         ArgumentTypeError: One of the tables is none.

@@ -61,7 +61,10 @@ def _of_people(replaced: Sequence[ReplacedColumn]) -> Verdict:
     torn = [each for each in replaced if each.torn]
     shared = [each for each in replaced if each.shared]
     if not (torn or shared):
-        words = "Rows of one key have one made-up person, and no two keys share an account."
+        words = (
+            "Rows of one key have one made-up person, and no two keys share an e-mail address or"
+            " user name."
+        )
         return Verdict(about, "0 exceptions", FINE, words, "replaced")
     words = " ".join(
         f"{what} in {listed([shown(each.column) for each in columns])}."
