@@ -92,6 +92,35 @@ def test_a_good_sample_asks_for_no_look(
     assert {found[each] for each in SHARES} == {FINE}
 
 
+def with_a_rare_title(*, has_gaps: bool) -> pd.DataFrame:
+    people = real_people(has_gaps=has_gaps)
+    people.loc[10::90, "title"] = "Prof"  # 1.1% of the rows
+    return people
+
+
+@pytest.mark.parametrize("has_gaps", [False, True])
+@pytest.mark.parametrize("rows", [200, 2000])
+def test_samples_of_all_seeds_are_good(tmp_path: Path, rows: int, has_gaps: bool) -> None:
+    made = Made(tmp_path, with_a_rare_title(has_gaps=has_gaps), rows)
+    for seed in range(1, 6):
+        sample_to_file(tmp_path / "model.json", made.path, rows, seed=seed, force=True)
+        for knows_model in (False, True):
+            found = made.states(knows_model=knows_model)
+            assert {found[about] for about in SHARES} == {FINE}
+
+
+@pytest.mark.parametrize("knows_model", [False, True])
+def test_a_dropped_value_of_few_rows_asks_for_a_look(tmp_path: Path, knows_model: bool) -> None:
+    made = Made(tmp_path, with_a_rare_title(has_gaps=False), 2000)
+    made.change(title=lambda table: table["title"].mask(table["title"] == "Prof"))
+    found = made.verdicts(knows_model=knows_model)["Title shares"]
+    assert (found.state, found.words) == (
+        LOOK,
+        "Rarer or more frequent than chance explains: Prof. See whether the sample was changed, or"
+        " made from another model.",
+    )
+
+
 @pytest.mark.parametrize("knows_model", [False, True])
 @pytest.mark.parametrize(
     ("column", "function", "looks"),

@@ -2,8 +2,9 @@
 
 from __future__ import annotations
 
-from collections.abc import Hashable, Mapping
+from collections.abc import Callable, Hashable, Mapping
 from dataclasses import dataclass
+from typing import Any
 
 import numpy as np
 import numpy.typing as npt
@@ -42,10 +43,21 @@ def is_within(distance: float | None, limit: float | None) -> bool:
 
 def total_variation(p: Floats, q: Floats) -> float:
     """The total variation distance of two distributions: 0 if alike, 1 with no value in common."""
-    return min(1.0, float(np.abs(p - q).sum()) / 2)
+    return float(_half_differences(p, q))
 
 
-def chance_limit(p: Floats, rows: int, others: int | None = None, risk: float = RISK) -> float:
+def _half_differences(p: Floats, q: Floats) -> Floats:
+    return np.minimum(np.abs(p - q).sum(axis=-1) / 2, 1.0)
+
+
+def chance_limit(
+    p: Floats,
+    rows: int,
+    others: int | None = None,
+    risk: float = RISK,
+    *,
+    apart: Callable[[Floats, Floats], Floats] = _half_differences,
+) -> float:
     """The distance that a sample of the very distribution stays within, 99 times in 100.
 
     Rows drawn one by one with the shares ``p`` do not have these very shares. How far they are from
@@ -61,13 +73,18 @@ def chance_limit(p: Floats, rows: int, others: int | None = None, risk: float = 
         rows: How many rows the sample has, at least 1.
         others: How many rows another sample has, if the distance of two samples is asked for.
         risk: How often a sample may pass the limit, where one of several limits is asked for.
+        apart: How far distributions, one in each row, are from another or from those beside them.
     """
     samples = min(max(_SIMULATED_COUNTS // len(p), _FEWEST_SAMPLES), _MOST_SAMPLES)
     rng = np.random.default_rng(0)
     drawn = rng.multinomial(rows, p, samples) / rows
     known = p if others is None else rng.multinomial(others, p, samples) / others
-    distances = np.minimum(np.abs(drawn - known).sum(axis=1) / 2, 1.0)
-    return float(np.quantile(distances, 1 - risk, method="higher"))
+    return float(np.quantile(apart(drawn, known), 1 - risk, method="higher"))
+
+
+def is_part(shares: Mapping[Any, float]) -> bool:
+    """Tells whether there are more values than those whose shares are listed."""
+    return 1 - sum(shares.values()) > _ROUNDING
 
 
 def distance_to_model[KeyT: Hashable](
@@ -90,9 +107,9 @@ def distance_to_model[KeyT: Hashable](
     values = list({**shares, **counts})
     p = np.array([shares.get(value, 0) for value in values])
     q = np.array([counts.get(value, 0) / total for value in values])
-    if (unlisted := 1 - p.sum()) > _ROUNDING:  # what is not listed counts as one value
+    if is_part(shares):  # what is not listed counts as one value
         is_listed = np.array([value in shares for value in values])
-        p = np.append(p[is_listed], unlisted)
+        p = np.append(p[is_listed], 1 - p.sum())
         q = np.append(q[is_listed], q[~is_listed].sum())
     pooled = (p * rows + q * total) / (rows + total)
     return Distance(total_variation(p, q), chance_limit(pooled / pooled.sum(), total, rows, risk))

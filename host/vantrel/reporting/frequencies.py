@@ -12,11 +12,14 @@ from vantrel.reporting.distances import (
     Floats,
     chance_limit,
     distance_to_model,
+    is_part,
     is_within,
     total_variation,
 )
 from vantrel.reporting.labelled import LabelledTable, column_names
 from vantrel.reporting.meant import Meant
+from vantrel.reporting.single_values import unlikely_values
+from vantrel.rows import DEFAULT_MIN_COUNT
 
 # A column that holds another value in every row must not make a page of as many lines.
 MOST_SHARES = 200
@@ -54,6 +57,8 @@ class Frequencies:
         limit: What the distance stays within by chance, see :func:`chance_limit`.
         from_model: The distance from what the model was to give, if that is known.
         reason: Why that may be further from the real table than chance has it.
+        unlikely: The values that are alone rarer or more frequent than chance has it: held against
+            what the model was to give if that is known, else against the real table.
     """
 
     attribute: str
@@ -66,6 +71,7 @@ class Frequencies:
     limit: float | None
     from_model: Distance | None = None
     reason: str = ""
+    unlikely: tuple[str, ...] = ()
 
     @property
     def is_by_chance(self) -> bool:
@@ -103,7 +109,19 @@ def compare_frequencies(
         limit,
         from_model,
         reason,
+        _unlikely(real_counts or {}, sampled_counts or {}, attribute, meant),
     )
+
+
+def _unlikely(
+    real: Counts, sampled: Counts, attribute: str, meant: Meant | None
+) -> tuple[str, ...]:
+    shares = meant.shares(attribute) if meant else None
+    if meant is None or shares is None:
+        return unlikely_values(sampled, real, DEFAULT_MIN_COUNT)
+    if is_part(shares):
+        sampled = {value: rows for value, rows in sampled.items() if value in shares}
+    return unlikely_values(sampled, shares, others=meant.filled(attribute))
 
 
 def _distributions(

@@ -19,6 +19,7 @@ from vantrel.wording import distance, listed, points, shown
 
 _CHANGED = "See whether the sample was changed, or made from another model."
 _OTHER_TABLE = "The model was to give that: see whether it was fitted to this table."
+_MOST_VALUES = 5
 _MISLEADS = "Tests that rely on these shares may mislead."
 
 
@@ -43,7 +44,12 @@ def _of_shares(shares: Frequencies) -> Verdict:
     if shares.distance is None or shares.limit is None:
         return Verdict(about, "none", OPEN, why_not_compared(shares), "shares")
     figure = distance(shares.distance)
-    return _of_distance(about, figure, Distance(shares.distance, shares.limit), shares)
+    found = _of_distance(about, figure, Distance(shares.distance, shares.limit), shares)
+    if found.state == LOOK or not shares.unlikely:
+        return found
+    values = listed([shown(value) for value in shares.unlikely[:_MOST_VALUES]])
+    words = f"Rarer or more frequent than chance explains: {values}. {_CHANGED}"
+    return Verdict(about, figure, LOOK, words, "shares")
 
 
 def _of_together(together: Together) -> Verdict:

@@ -5,7 +5,7 @@ from __future__ import annotations
 from dataclasses import dataclass
 
 from vantrel.reporting.copies.cells import BESIDE, compare_values, rows_of_a_person
-from vantrel.reporting.copies.record import CopyRecord
+from vantrel.reporting.copies.record import CopyRecord, OfPerson
 from vantrel.reporting.nearness.forms import plain
 from vantrel.reporting.nearness.shared import most_by_chance
 from vantrel.tables import Table
@@ -91,7 +91,7 @@ def _changed(original: Table, copy: Table, column: str, action: str) -> ActedCol
 
 
 def _faked(original: Table, copy: Table, column: str, record: CopyRecord) -> ActedColumn:
-    people = [*record.people.values()]
+    people = [*record.people.values()] or [OfPerson([], {})]
     found = compare_values(original, copy, people[0], column)
     at_once = max(rows_of_a_person(original, each.key) for each in people)
     return ActedColumn(column, "fake", found.cells, found.same, found.chance, at_once)

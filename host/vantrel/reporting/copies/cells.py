@@ -149,7 +149,7 @@ def compare_values(
     )
 
 
-def rows_of_a_person(table: Table, key: list[str]) -> float:
+def rows_of_a_person(table: Table, key: Sequence[str]) -> float:
     """How many rows a person has to whom a row belongs, on average: they become alike at once."""
     ((rows,),) = table.query(
         "SELECT sum(rows * rows) / sum(rows) FROM (SELECT count(*) AS rows FROM"
@@ -158,7 +158,7 @@ def rows_of_a_person(table: Table, key: list[str]) -> float:
     return float(rows or 1.0)
 
 
-def _whose(table: Table, key: list[str]) -> str:
+def _whose(table: Table, key: Sequence[str]) -> str:
     """What tells whose a row is; a key that is missing in part is nobody's."""
     parts = " || chr(31) || ".join(map(table.named, key)) or "NULL"
     return f"CASE WHEN {parts} IS NOT NULL THEN hash({parts}) END"
