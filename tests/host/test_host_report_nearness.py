@@ -321,3 +321,35 @@ def test_what_few_people_have_is_judged() -> None:
         "What fewer than five real rows have came through: title of few people in 2 rows."
     )
     assert about not in judged(good, good)
+
+
+UNLISTED = "Real rare last names in the sample"
+
+
+def with_rare_last_names(table: pd.DataFrame) -> pd.DataFrame:
+    """Every fourth person has a last name that no list has."""
+    own = [f"Q{chr(97 + n % 26)}{chr(97 + n // 26)}wick" for n in range(len(table))]
+    return table.assign(lastname=table["lastname"].mask(np.arange(len(table)) % 4 == 0, own))
+
+
+@pytest.mark.parametrize("columns", [["lastname", "gender"], ["firstname", "lastname", "country"]])
+def test_real_last_names_beside_other_first_names_ask_for_a_look(columns: list[str]) -> None:
+    real = with_rare_last_names(REAL)
+    sampled = GOOD[columns].assign(lastname=real["lastname"].to_numpy())
+    found = judged(real[columns], sampled)[UNLISTED]
+    assert (found.figure, found.state) == ("100 rows", LOOK)
+    assert found.words.startswith(
+        "25.0% of the values in the sample are the rare last name of a real person, and chance"
+        " explains about none of them."
+    )
+
+
+@pytest.mark.parametrize("seed", range(2, 7))
+@pytest.mark.parametrize("rows", [200, 2000])
+def test_made_up_last_names_are_none_of_real_people_alone(rows: int, seed: int) -> None:
+    sampled = vantrel.people(rows, countries={**COUNTRIES, "ES": 1, "PL": 1, "IS": 1}, seed=seed)
+    sampled.loc[::5, "lastname"] = None
+    real = vantrel.people(2000, countries={**COUNTRIES, "ES": 1, "PL": 1, "IS": 1}, seed=1)
+    found = judged(with_rare_last_names(real), sampled)[UNLISTED]
+    assert (found.figure, found.state) == ("0", FINE)
+    assert UNLISTED not in judged(real, sampled)

@@ -7,6 +7,7 @@ from dataclasses import dataclass
 
 from vantrel.attributes import NAMES
 from vantrel.hints import argument
+from vantrel.reporting.nearness.last_names import UNLISTED
 from vantrel.reporting.nearness.nearness import Nearness
 from vantrel.reporting.nearness.rare import Rare
 from vantrel.reporting.nearness.shared import Shared
@@ -16,6 +17,8 @@ from vantrel.wording import counted, number, percent
 SECTION = "real-people"
 
 _RARE = "What few real people have"
+
+_PLURALS = {"E-mail address": "e-mail addresses", UNLISTED: "rare last names"}
 
 _UNCHECKED_NAMES = (
     "Which columns of the real table hold whole names is not known. If there are any, name them:"
@@ -59,7 +62,7 @@ def judge_nearness(nearness: Nearness, made: Made = SAMPLE) -> Iterator[Verdict]
     elif names := _compared(nearness.names):
         yield _of_shared(of_names, "whole name", _worst(names), made)
     for part in _compared(nearness.parts):
-        things = part.kind.lower().replace("mail address", "mail addresse") + "s"
+        things = _PLURALS.get(part.kind, f"{part.kind.lower()}s")
         yield _of_shared(f"Real {things} in the {made.name}", part.kind.lower(), part, made)
     if nearness.rows and _compared([nearness.rows]):
         yield _of_shared(f"Whole real rows in the {made.name}", "whole row", nearness.rows, made)

@@ -16,6 +16,7 @@ from vantrel.reporting.nearness.forms import (
     usernames,
     whole_names,
 )
+from vantrel.reporting.nearness.last_names import compare_last_names
 from vantrel.reporting.nearness.rare import Rare, compare_rare
 from vantrel.reporting.nearness.rows import row_forms
 from vantrel.reporting.nearness.shared import Shared, compare_shared
@@ -58,7 +59,10 @@ class Nearness:
 
 def compare_nearness(real: LabelledTable, sampled: LabelledTable) -> Nearness:
     """Looks in a sample for all that single real people bear, and for what few have."""
-    return replace(compare_shared_with_people(real, sampled), rare=compare_rare(real, sampled))
+    found = compare_shared_with_people(real, sampled)
+    last_names = compare_last_names(real, sampled)
+    parts = (*([last_names] if last_names else []), *found.parts)
+    return replace(found, parts=parts, rare=compare_rare(real, sampled))
 
 
 def compare_shared_with_people(real: LabelledTable, sampled: LabelledTable) -> Nearness:
