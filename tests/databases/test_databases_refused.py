@@ -176,7 +176,6 @@ def test_parts_of_tables(post: Post) -> None:
 
 
 def test_what_refers_from_another_schema(post: Post) -> None:
-    """Its key is told without the schema, which is on the search path."""
     shop(post)
     post.run(
         "CREATE SCHEMA more;"
@@ -184,5 +183,56 @@ def test_what_refers_from_another_schema(post: Post) -> None:
     )
     assert refused(post, f"--table customers {KEYS}") == (
         "Column 'email' of table 'customers' cannot be changed: mails.mail refers to it."
+        " --keep email keeps it."
+    )
+
+
+def test_what_is_referred_to_in_another_case(lite: Lite) -> None:
+    shop(lite)
+    lite.run("CREATE TABLE mails (id integer PRIMARY KEY, mail text REFERENCES Customers (EMAIL))")
+    assert refused(lite, f"--table customers {KEYS}") == (
+        "Column 'email' of table 'customers' cannot be changed: mails.mail refers to it."
+        " --keep email keeps it."
+    )
+
+
+@pytest.mark.parametrize(
+    ("key", "other"),
+    [
+        ("(full_name) REFERENCES nobody", "nobody"),
+        ("(full_name) REFERENCES nobody (name)", "nobody.name"),
+        ("(number, full_name) REFERENCES customers", "customers"),
+    ],
+)
+def test_keys_that_refer_to_nothing_hinder_nothing_else(lite: Lite, key: str, other: str) -> None:
+    shop(lite)
+    lite.run(
+        "CREATE TABLE bills (number integer PRIMARY KEY, full_name text, username text,"
+        f" FOREIGN KEY {key})"
+    )
+    lite.add("bills", [(1, "Qa1 Qb1", "qa1")])
+    assert refused(lite, "--table bills --key number --secret s") == (
+        "Column 'full_name' of table 'bills' cannot be changed: it refers to"
+        f" {other}. --keep fullname keeps it."
+    )
+    done = succeed(
+        f"replace '{lite.address}' --table bills --key number --keep fullname --secret s"
+    )
+    assert "WARNING" not in done.stderr
+    assert lite.rows("SELECT username FROM bills") != [("qa1",)]
+
+
+def test_what_another_schema_of_the_search_path_refers_to(post: Post) -> None:
+    post.run("CREATE SCHEMA aa; CREATE SCHEMA bb")
+    post.run(
+        "CREATE TABLE bb.customers (id integer PRIMARY KEY, email text UNIQUE);"
+        "CREATE TABLE aa.orders (id integer PRIMARY KEY,"
+        " mail text REFERENCES bb.customers (email) ON UPDATE CASCADE)"
+    )
+    post.add("bb.customers", [(1, "qa1@qb.org")])
+    address = f"{post.address}&options=-csearch_path%3Daa,bb"
+    message = fail(f"replace '{address}' --schema bb --table customers --key id --secret s", 1)
+    assert message == (
+        "Column 'email' of table 'customers' cannot be changed: orders.mail refers to it."
         " --keep email keeps it."
     )

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Iterator, Mapping, Sequence
-from typing import TYPE_CHECKING, Any, Literal, Protocol
+from typing import TYPE_CHECKING, Any, Literal, NamedTuple, Protocol
 
 if TYPE_CHECKING:
     import pyarrow as pa
@@ -13,6 +13,20 @@ type Kind = Literal["table", "view", "foreign table", "partition", "parent", "vi
 """What a name stands for. A ``parent`` is a table from which others inherit rows."""
 
 TABLE: Kind = "table"
+
+
+class Reference(NamedTuple):
+    """A column that refers to another, by itself or with others, all by plain names.
+
+    The other one is None where the database does not tell which it is.
+    """
+
+    schema: str
+    table: str
+    column: str
+    to_schema: str
+    to_table: str
+    to_column: str | None
 
 
 class Engine(Protocol):
@@ -32,6 +46,9 @@ class Engine(Protocol):
 
     def kinds(self, schema: str) -> Mapping[str, Kind]:
         """What there is in a schema, by plain names."""
+
+    def references(self, schema: str) -> Sequence[Reference]:
+        """Which columns of a schema refer to others, or are referred to."""
 
     def lock(self, tables: Sequence[str]) -> None:
         """Keeps others from changing tables."""

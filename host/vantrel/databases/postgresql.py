@@ -15,7 +15,7 @@ from sqlalchemy import Integer, LargeBinary, NullPool, create_engine
 from sqlalchemy.dialects.postgresql import INET
 
 from vantrel.databases.address import Address
-from vantrel.databases.engine import Kind, quoted
+from vantrel.databases.engine import Kind, Reference, quoted
 from vantrel.databases.fetching import ahead, fetched
 
 # Dates and times that Arrow writes and reads alike; rows in one order in both passes; an error in
@@ -33,6 +33,24 @@ _KINDS = """
            EXISTS (SELECT 1 FROM pg_catalog.pg_inherits i WHERE i.inhparent = c.oid)
     FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace
     WHERE n.nspname = %s AND c.relkind IN ('r', 'p', 'v', 'm', 'f')
+"""
+
+# Those that partitions have from whole tables are left out.
+_REFERENCES = """
+    SELECT own_schema.nspname, own.relname, own_column.attname,
+           other_schema.nspname, other.relname, other_column.attname
+    FROM pg_catalog.pg_constraint k
+    CROSS JOIN LATERAL unnest(k.conkey, k.confkey) AS pair (own, other)
+    JOIN pg_catalog.pg_class own ON own.oid = k.conrelid
+    JOIN pg_catalog.pg_namespace own_schema ON own_schema.oid = own.relnamespace
+    JOIN pg_catalog.pg_attribute own_column
+      ON own_column.attrelid = k.conrelid AND own_column.attnum = pair.own
+    JOIN pg_catalog.pg_class other ON other.oid = k.confrelid
+    JOIN pg_catalog.pg_namespace other_schema ON other_schema.oid = other.relnamespace
+    JOIN pg_catalog.pg_attribute other_column
+      ON other_column.attrelid = k.confrelid AND other_column.attnum = pair.other
+    WHERE k.contype = 'f' AND k.conparentid = 0
+      AND %s IN (own_schema.nspname, other_schema.nspname)
 """
 
 # Of the bits of a trigger's type 16 stands for changes, and 1 for what runs row by row: only that
@@ -117,6 +135,10 @@ class Postgresql:
         """What there is in a schema, by name."""
         rows = self._driver.execute(_KINDS, [schema]).fetchall()
         return {name: _kind(*told) for name, *told in rows}
+
+    def references(self, schema: str) -> Sequence[Reference]:
+        """Which columns of a schema refer to others, or are referred to from any schema."""
+        return [Reference(*row) for row in self._driver.execute(_REFERENCES, [schema])]
 
     def lock(self, tables: Sequence[str]) -> None:
         """Keeps others from changing tables; they can still read them."""

@@ -133,16 +133,10 @@ def refuse_unhashable(table: DatabaseTable, columns: Iterable[str]) -> None:
 
 def _foreign_keys(database: Database) -> Iterable[tuple[tuple[str, str], str]]:
     """Tells of the columns of the schema that refer to others, or are referred to."""
-    inspector = database.inspector
-    for schema in inspector.get_schema_names():
-        for (_, table), keys in inspector.get_multi_foreign_keys(schema=schema).items():
-            for key in keys:
-                to = key["referred_table"]
-                pairs = zip(key["constrained_columns"], key["referred_columns"], strict=True)
-                for column, referred in pairs:
-                    if schema == database.schema:
-                        yield (table, column), f"it refers to {shown(f'{to}.{referred}')}"
-                    # Of what is on the search path no schema is told.
-                    where = key["referred_schema"] or inspector.default_schema_name
-                    if where == database.schema:
-                        yield (to, referred), f"{shown(f'{table}.{column}')} refers to it"
+    for each in database.engine.references(database.schema):
+        if each.schema == database.schema:
+            other = ".".join(filter(None, (each.to_table, each.to_column)))
+            yield (each.table, each.column), f"it refers to {shown(other)}"
+        if each.to_schema == database.schema and each.to_column:
+            own = f"{each.table}.{each.column}"
+            yield (each.to_table, each.to_column), f"{shown(own)} refers to it"

@@ -15,7 +15,7 @@ from sqlalchemy import Engine as Connector
 from sqlalchemy import NullPool, String, create_engine
 
 from vantrel.databases.address import Address
-from vantrel.databases.engine import Kind
+from vantrel.databases.engine import Kind, Reference
 from vantrel.databases.fetching import fetched
 from vantrel.errors import DatabaseError
 from vantrel.hints import named
@@ -24,6 +24,20 @@ _SECONDS = 10
 
 _UPDATE = re.compile(r"\bUPDATE\b", re.IGNORECASE)
 _BODY = re.compile(r"\bBEGIN\b", re.IGNORECASE)
+
+# Foreign keys name tables and columns in any case, which need not be there, nor as many as refer to
+# them; where they name no columns, they mean those of the primary key.
+_REFERENCES = """
+    SELECT own.schema, own.name, key."from",
+           own.schema, coalesce(other.name, key."table"), coalesce(told.name, key."to")
+    FROM pragma_table_list AS own
+    JOIN pragma_foreign_key_list(own.name, own.schema) AS key
+    LEFT JOIN pragma_table_list AS other ON other.schema = own.schema AND other.type = 'table'
+      AND other.name = key."table" COLLATE NOCASE
+    LEFT JOIN pragma_table_xinfo(other.name, other.schema) AS told
+      ON coalesce(told.name = key."to" COLLATE NOCASE, told.pk = key.seq + 1)
+    WHERE own.schema = ? AND own.type = 'table'
+"""
 
 
 class Sqlite:
@@ -63,6 +77,10 @@ class Sqlite:
         )
         kinds: dict[str, Kind] = {"table": "table", "view": "view", "virtual": "virtual table"}
         return {name: kinds[kind] for name, kind in rows if kind in kinds and name[:7] != "sqlite_"}
+
+    def references(self, schema: str) -> Sequence[Reference]:
+        """Which columns refer to others, or are referred to: a file refers to none of another."""
+        return [Reference(*row) for row in self._driver.execute(_REFERENCES, [schema])]
 
     def lock(self, tables: Sequence[str]) -> None:
         """Does nothing: the transaction has locked the whole file."""
