@@ -129,6 +129,13 @@ def test_each_person_is_made_once_a_batch(monkeypatch: pytest.MonkeyPatch) -> No
             "Column 'c': Faker has no method 'military_apo' in the language 'de_DE', which some rows"
             " need: name another one.",
         ),
+        (
+            "bank",
+            pa.string(),
+            "de_DE",
+            "Column 'c': Faker's method 'bank' fails in the language 'de_DE', which some rows need"
+            " (NotImplementedError): name another one.",
+        ),
     ],
 )
 def test_what_does_not_fit(provider: str, kind: pa.DataType, locale: str, message: str) -> None:

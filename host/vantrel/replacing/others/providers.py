@@ -58,7 +58,7 @@ def method_in(locale: str, name: str, where: str) -> tuple[Faker, Callable[[], A
     """Gives a generator of a language, and a method of it.
 
     Raises:
-        ReplaceError: Faker does not have the method in this language.
+        ReplaceError: Faker does not have the method in this language, or not all that it needs.
     """
     faker = _faker_of(locale, get_ident())
     method = getattr(faker, name, None)
@@ -67,7 +67,23 @@ def method_in(locale: str, name: str, where: str) -> tuple[Faker, Callable[[], A
             f"{where} Faker has no method {name!r} in the language {locale!r}, which some rows"
             " need: name another one."
         )
+    if error := _error_in(locale, name):
+        raise ReplaceError(
+            f"{where} Faker's method {name!r} fails in the language {locale!r}, which some rows"
+            f" need ({error}): name another one."
+        )
     return faker, method
+
+
+@cache
+def _error_in(locale: str, name: str) -> str:
+    """Names the error with which a method fails in a language; "" if it does not."""
+    faker = _faker_of(locale, get_ident())
+    try:
+        _seeded(faker, getattr(faker, name))
+    except Exception as error:  # noqa: BLE001 - whatever any provider raises
+        return type(error).__name__
+    return ""
 
 
 @lru_cache(maxsize=256)
@@ -98,7 +114,7 @@ def _why_not(method: Callable[..., Any]) -> str | None:
     if method.__module__.startswith(_OF_DATES) and method.__name__ not in _OF_THE_DAY:
         return "goes by the time at which it is called, so that a person would have several values"
     try:
-        made = [_seeded(method) for _ in range(2)]
+        made = [_seeded(_usual(), method) for _ in range(2)]
     except Exception as error:  # noqa: BLE001 - whatever any provider raises
         return f"fails without arguments ({type(error).__name__})"
     if not isinstance(made[0], _TYPES) or isinstance(made[0], bool | datetime):
@@ -115,6 +131,6 @@ def _needs_arguments(method: Callable[..., Any]) -> bool:
     )
 
 
-def _seeded(method: Callable[..., Any]) -> Any:
-    _usual().seed_instance(_SEED)
+def _seeded(faker: Faker, method: Callable[..., Any]) -> Any:
+    faker.seed_instance(_SEED)
     return method()
