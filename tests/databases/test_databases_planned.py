@@ -109,3 +109,14 @@ def test_what_is_asked_and_cannot_be_done_is_not_planned(
     trial.run("CREATE TABLE lonely (full_name text)")
     assert refused(trial, f"{options} --write-plan plan.toml") == message
     assert not Path("plan.toml").exists()
+
+
+def test_a_table_that_the_plan_names_otherwise(trial: Trial) -> None:
+    shop(trial)
+    succeed(f"replace '{trial.address}' {KEYS} --write-plan plan.toml")
+    plan = Path("plan.toml")
+    plan.write_text(plan.read_text().replace("tables.customers", "tables.customer"))
+    assert refused(trial, "--plan plan.toml --secret s") == (
+        "Plan plan.toml: ADDRESS has no table 'customer' in schema SCHEMA. Did you mean"
+        " 'customers'? Its tables are: 'customers', 'orders'."
+    )

@@ -174,6 +174,10 @@ BAD = [
         'Plan plan.toml: It has no line format = "vantrel-plan", so it is no plan.',
     ),
     (
+        'format = "vantrel-plan"\nschema_version = 1\nnew_columns = "kepe"\n[tables]',
+        'Plan plan.toml: new_columns is "refuse" or "keep", not \'kepe\'.',
+    ),
+    (
         'format = "vantrel-plan"\nschema_version = 1\n[tables.a]\npeople = []',
         "Plan plan.toml: Table 'a' has 0 people: each row has one.",
     ),
@@ -189,7 +193,7 @@ BAD = [
     (
         'format = "vantrel-plan"\nschema_version = 1\n[[tables.a.people]]\ncolumns = {}\n'
         '[tables.a.other]\nx = "scrap"',
-        "Plan plan.toml: Column 'x': 'scrap' is no action. Actions are: keep,"
+        "Plan plan.toml: Table 'a': Column 'x': 'scrap' is no action. Actions are: keep,"
         " blank, fake:PROVIDER, shift:DAYS, hash, scrub, undecided.",
     ),
 ]

@@ -10,7 +10,7 @@ import msgspec
 
 from vantrel.attributes import ATTRIBUTES
 from vantrel.detection.names import joined
-from vantrel.errors import PlanError
+from vantrel.errors import PlanError, ReplaceError
 from vantrel.hints import did_you_mean
 from vantrel.replacing.columns.of_person import shared_column
 from vantrel.replacing.fates import KEEP, SCRUB, UNDECIDED
@@ -45,13 +45,14 @@ def _content(content: dict[str, Any]) -> Content:
         raise ValueError(f'It has no line format = "{FORMAT}", so it is no plan')
     if later := later_form(content.get("schema_version"), SCHEMA_VERSION):
         raise ValueError(f"It cannot be used: {later}")
+    new = content.get("new_columns", "refuse")
+    if new not in ("refuse", "keep"):
+        raise ValueError(f'new_columns is "refuse" or "keep", not {shown(repr(new))}')
     plan = _converted(content)
     for name, table in plan.tables.items():
         where = f"Table {shown(repr(name))}"
         _refuse_unusable_names(table.people, where)
-        for column, fate in table.other.items():
-            if fate not in (KEEP, SCRUB, UNDECIDED):
-                read_action(fate, column, (SCRUB, UNDECIDED))
+        _check_actions(table.other, where)
         for person in table.people:
             _check_person(person, table.other, where)
         if shared := shared_column(_given(table.people)):
@@ -88,6 +89,15 @@ def _refuse_unusable_names(people: Sequence[Person], where: str) -> None:
                 ' name = "buyer"'
             )
         met[words] = name
+
+
+def _check_actions(other: Mapping[str, str], where: str) -> None:
+    for column, fate in other.items():
+        if fate not in (KEEP, SCRUB, UNDECIDED):
+            try:
+                read_action(fate, column, (SCRUB, UNDECIDED))
+            except ReplaceError as error:
+                raise ValueError(f"{where}: {error}") from None
 
 
 def _check_person(person: Person, other: Mapping[str, str], where: str) -> None:

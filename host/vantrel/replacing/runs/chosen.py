@@ -22,6 +22,7 @@ def chosen_tables(database: Database, named_tables: Sequence[str], asked: Asked)
     if named_tables:
         return [*dict.fromkeys(named_tables)]
     if asked.plan:
+        _refuse_missing_tables(database, asked.plan)
         _refuse_new_tables(database, asked.plan, asked)
         return [*asked.plan.tables]
     unasked = [name for name in database.tables if name not in asked.of_tables]
@@ -47,6 +48,15 @@ def notes_on_others(chosen: Collection[str], asked: Asked) -> Iterator[str]:
                 f"{named(name)} stays, whatever is asked of it: it is not among the tables of the"
                 " run."
             )
+
+
+def _refuse_missing_tables(database: Database, plan: Plan) -> None:
+    """Refuses a plan with tables that are not there, which may be the new ones by other names."""
+    for name in plan.tables:
+        try:
+            database.refuse_unknown(name)
+        except DatabaseError as error:
+            raise PlanError(f"Plan {named(plan.path)}: {error}") from None
 
 
 def _refuse_new_tables(database: Database, plan: Plan, asked: Asked) -> None:
