@@ -109,10 +109,11 @@ def compare(
 
 
 def _refuse_other_record(recorded: Mapping[str, str], sampled: Table) -> None:
-    if recorded and not set(recorded.values()) & set(sampled.columns):
+    if absent := [each for each in recorded.values() if each not in sampled.columns]:
         raise CompareError(
-            "The record beside the sample tells of none of its columns, but of"
-            f" {listed(list(recorded.values()))}: it belongs to another table. Move it away."
+            "The record beside the sample tells of columns that the sample has not:"
+            f" {listed(absent)}. It belongs to another table, or the sample was changed. Move the"
+            " record away."
         )
 
 

@@ -174,9 +174,16 @@ def test_figures_have_a_file_of_their_own(option: str, message: str) -> None:
 
 
 @pytest.mark.usefixtures("recorded")
-def test_a_record_that_does_not_belong_is_told() -> None:
-    Path("made-up.csv").write_text("a,b\n1,2\n")
+@pytest.mark.parametrize(
+    ("columns", "absent"),
+    [
+        ("a,b", "'sex', 'title', 'firstname', 'surname', 'email', 'land'"),
+        ("sex,title,firstname,email,land", "'surname'"),
+    ],
+)
+def test_a_record_that_does_not_belong_is_told(columns: str, absent: str) -> None:
+    Path("made-up.csv").write_text(f"{columns}\n" + "1," * columns.count(",") + "2\n")
     assert fail(REPORT, 1) == (
-        "The record beside the sample tells of none of its columns, but of 'sex', 'title',"
-        " 'firstname', 'surname', 'email', 'land': it belongs to another table. Move it away."
+        f"The record beside the sample tells of columns that the sample has not: {absent}. It"
+        " belongs to another table, or the sample was changed. Move the record away."
     )
