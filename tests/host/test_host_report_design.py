@@ -13,8 +13,10 @@ from support.report_tables import both
 from vantrel.reporting import meant
 from vantrel.reporting.comparison import Comparison
 from vantrel.reporting.figures import compare_labelled
+from vantrel.reporting.missing import compare_all_missing_rates
 from vantrel.reporting.verdict import FINE, KNOWN, LOOK, Verdict
 from vantrel.sampling import sample_to_file
+from vantrel.sampling.expected import Expected
 from vantrel.sampling.record import read_record, record_path
 from vantrel.tables import open_table, read_table
 
@@ -215,6 +217,26 @@ def test_what_is_left_out_as_too_rare_is_told(tmp_path: Path) -> None:
         " and draws combinations in fewer by coarser counts.",
     )
     assert made.states(knows_model=False)["Country shares"] == LOOK
+
+
+def test_gaps_where_rare_values_are_left_out_are_by_design() -> None:
+    real = real_people(has_gaps=False)[["sex", "land"]]
+    real["land"] = [f"L{row // 4}" if row < 400 else "UK" for row in range(ROWS)]
+    sampled = real.assign(land=real["land"].mask(real.index < 400))
+    expected = Expected(
+        rows=ROWS,
+        min_count=5,
+        shares={},
+        attributes=[],
+        combinations=[],
+        missing={"gender": 0, "country": 0.1},
+    )
+    known = meant.Meant(expected, "Left out.", is_otherwise=False)
+    gender, country = compare_all_missing_rates(*both(real, sampled, COLUMNS), known)
+    assert (gender.by_design, country.by_design) == (None, "Left out.")
+    usual = real.assign(land="UK")  # has no rare value to leave out
+    _, country = compare_all_missing_rates(*both(usual, sampled, COLUMNS), known)
+    assert country.by_design is None
 
 
 def test_a_model_of_another_table_is_no_excuse(tmp_path: Path) -> None:

@@ -6,7 +6,7 @@ from dataclasses import dataclass
 
 import numpy as np
 
-from vantrel.attributes import WORDS
+from vantrel.attributes import LEARNT, WORDS
 from vantrel.reporting.distances import RISK, Distance, chance_limit, distance_to_model, is_within
 from vantrel.reporting.labelled import LabelledTable, column_names
 from vantrel.reporting.meant import Meant
@@ -86,6 +86,8 @@ def compare_missing_rates(
         counts = {True: missing, False: len(sampled) - missing}
         shares = {True: expected, False: 1 - expected}
         from_model = distance_to_model(counts, shares, meant.expected.rows, risk)
+    excess = abs((sampled_rate or 0) - (rate or 0)) - (limit or 0)
+    known = real.counts(attribute) if attribute in LEARNT else None  # no other value is left out
     return MissingRates(
         attribute,
         column_names(real, sampled, attribute),
@@ -93,7 +95,7 @@ def compare_missing_rates(
         sampled_rate,
         limit,
         from_model,
-        meant.reason if meant and meant.is_otherwise else "",
+        meant.excuse(excess, (known or {}).values()) if meant else "",
     )
 
 
