@@ -287,6 +287,28 @@ def test_nothing_is_left_after_scrubbing() -> None:
     assert leaks(scrubbed(pa.array(cells), values_of(len(cells), ANN, EVE), "notes")) == []
 
 
+MADE_ADDRESS = "eve.ortiz.77@hill.example"
+ADDRESSES = {
+    "private: ann.lee@gmail.com, Ann": f"private: {MADE_ADDRESS}, Eve",
+    "<ANN@GMAIL.COM>": f"<{MADE_ADDRESS.upper()}>",
+    "'info@lee.org'.": f"'{MADE_ADDRESS}'.",
+    "mailto:ann.lee+x@mail.co.uk; Lee": f"mailto:{MADE_ADDRESS}; Ortiz",
+    "Ann.Lee@work.org": MADE_ADDRESS,
+    "ann lee@work.org": f"eve {MADE_ADDRESS}",
+    "joann@gmail.com @ Lee": "joann@gmail.com @ Ortiz",
+}
+
+
+@pytest.mark.parametrize("cell", ADDRESSES)
+def test_other_addresses_with_a_name_in_them_become_the_made_up_one(cell: str) -> None:
+    real = {"firstname": "Ann", "lastname": "Lee", "email": "lee@work.org"}
+    made = {"firstname": "Eve", "lastname": "Ortiz", "email": MADE_ADDRESS}
+    values = [
+        value._replace(address=pa.array([MADE_ADDRESS])) for value in values_of(1, real, made)
+    ]
+    assert scrubbed(pa.array([cell]), values).to_pylist() == [ADDRESSES[cell]]
+
+
 def names_of(*people: tuple[str, str]) -> Names:
     """The prints of people's names, as another table tells them."""
     first, last = (folded(pa.array(part, pa.string())) for part in zip(*people, strict=True))

@@ -337,6 +337,26 @@ def test_what_is_scrubbed_is_in_the_case_of_its_text() -> None:
     assert whole.isupper()
 
 
+def test_addresses_in_texts_belong_to_nobody_after_scrubbing() -> None:
+    customers = pd.DataFrame(
+        {
+            "id": [1, 2],
+            "first_name": ["Ann", "Tom"],
+            "last_name": ["Lee", "Ray"],
+            "email": ["ann@work.org", "tom@ray.com"],
+            "memo": ["private: ann.lee@gmail.com", "ray-tom@mail.de, not ann@mail.de"],
+        }
+    )
+    replacer = Replacer(SECRET)
+    made = replacer.replace(customers, key="id", scrub=["memo"])
+    ann, tom = made["email"]
+    assert made["memo"].tolist() == [f"private: {ann}", f"{tom}, not ann@mail.de"]
+    no_addresses = customers[["id", "first_name", "memo"]]
+    assert replacer.replace(no_addresses, key="id", scrub=["memo"])["memo"].equals(made["memo"])
+    orders = pd.DataFrame({"id": [2], "mobile": ["0171 5550100"], "memo": ["to TOM@RAY.COM"]})
+    assert replacer.replace(orders, key="id", scrub=["memo"])["memo"][0] == f"to {tom.upper()}"
+
+
 def test_first_names_contradict_no_gender_that_is_told() -> None:
     table = pd.DataFrame(
         {

@@ -2,8 +2,10 @@
 
 from __future__ import annotations
 
+import re
 from collections import defaultdict
 from collections.abc import Iterable
+from typing import NamedTuple
 
 import pyarrow as pa
 
@@ -13,9 +15,30 @@ from vantrel.replacing.leaks.search import Value, Wanted
 from vantrel.replacing.values.keys import is_text
 from vantrel.wording import shown
 
+_ADDRESS = re.compile(r"\w[\w.%+'&-]*@\w+(?:[.-]+\w+)*")
+
+
+class _Word(NamedTuple):
+    """What a person may be known by in a text.
+
+    Attributes:
+        attribute: What it is.
+        real: What may stand in the text.
+        made: What takes its place.
+        address: What takes the place of an e-mail address that has it in it; "" if nothing does.
+    """
+
+    attribute: str
+    real: str
+    made: str
+    address: str
+
 
 def scrubbed(texts: pa.Array, values: Iterable[Value], name: str) -> pa.Array:
     """Writes the made-up values of each row in the place of its real ones, by whole words.
+
+    An e-mail address that has one in it becomes the made-up one: with another name in it, it may be
+    somebody's.
 
     Args:
         texts: The cells of a column.
@@ -28,29 +51,39 @@ def scrubbed(texts: pa.Array, values: Iterable[Value], name: str) -> pa.Array:
             " 'blank' empties it."
         )
     wanted = Wanted(values)
-    rows: defaultdict[int, list[tuple[str, str, str]]] = defaultdict(list)
-    for (attribute, real, made), may_have in wanted.maybe_in(texts):
+    rows: defaultdict[int, list[_Word]] = defaultdict(list)
+    for (attribute, real, made, addresses), may_have in wanted.maybe_in(texts):
         for row in may_have.tolist():
             if made is not None and (new := made[row].as_py()) is not None:
-                rows[row].append((attribute, real[row].as_py(), str(new)))
+                address = "" if addresses is None else addresses[row].as_py()
+                rows[row].append(_Word(attribute, real[row].as_py(), str(new), address))
     cells = texts.cast(pa.string()).to_pylist() if rows else []
     for row, known in rows.items():
         cells[row] = _scrubbed(cells[row], known)
     return pa.array(cells, pa.string()).cast(texts.type) if rows else texts
 
 
-def _scrubbed(text: str, values: list[tuple[str, str, str]]) -> str:
+def _scrubbed(text: str, words: list[_Word]) -> str:
     """Replaces all at once, so that nothing is replaced that was made up."""
     # The longest first: an e-mail address has names in it, and so may a user name.
-    values.sort(key=lambda each: len(each[1]), reverse=True)
+    words.sort(key=lambda each: len(each.real), reverse=True)
+    addresses = [each.span() for each in _ADDRESS.finditer(text)] if "@" in text else []
     pieces: dict[Span, str] = {}
-    for attribute, value, new in values:
-        for start, end in found(attribute, text, value):
-            if all(end <= other[0] or other[1] <= start for other in pieces):
+    for attribute, real, made, address in words:
+        for span in found(attribute, text, real):
+            around = [each for each in addresses if address and _overlap(each, span)]
+            starts, ends = zip(span, *around, strict=True)
+            start, end = min(starts), max(ends)
+            if not any(_overlap(other, (start, end)) for other in pieces):
+                new = address if around else made
                 pieces[start, end] = _in_case_of(text[start:end], new)
     for (start, end), new in sorted(pieces.items(), reverse=True):
         text = text[:start] + new + text[end:]
     return text
+
+
+def _overlap(one: Span, other: Span) -> bool:
+    return one[0] < other[1] and other[0] < one[1]
 
 
 def _in_case_of(old: str, new: str) -> str:

@@ -77,11 +77,13 @@ class Value(NamedTuple):
         attribute: What it is.
         real: What stood in each row before it was replaced.
         made: What takes its place; missing where nothing does.
+        address: The made-up e-mail address of the same people, for addresses that have it in them.
     """
 
     attribute: str
     real: pa.Array
     made: pa.Array | None = None
+    address: pa.Array | None = None
 
 
 class Names(NamedTuple):
@@ -186,7 +188,7 @@ class Wanted:
     def found_in(self, texts: pa.Array) -> dict[str, Flags]:
         """Tells of each attribute that is looked for in which rows a text has a value of it."""
         has = {attribute: np.zeros(len(texts), dtype=bool) for attribute in SOUGHT}
-        for (attribute, real, _), rows in self.maybe_in(texts):
+        for (attribute, real, *_), rows in self.maybe_in(texts):
             pairs = zip(
                 texts.take(pa.array(rows)).to_pylist(),
                 real.take(pa.array(rows)).to_pylist(),

@@ -32,7 +32,7 @@ def known_of(batch: pa.RecordBatch, new: NewPerson) -> Known:
         for column, attribute in new.person.replaced.items()
     ]
     missing = [part for part in _PARTS if part not in new.person.columns]
-    for _, real, made in [each for each in values if missing and each.attribute == "fullname"]:
+    for _, real, made, _ in [each for each in values if missing and each.attribute == "fullname"]:
         parts = zip(_PARTS, _halves(real), _halves(made), strict=True)
         values += [Value(*part) for part in parts if part[0] in missing]
     return Known(values, _names(new, values))

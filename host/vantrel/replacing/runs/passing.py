@@ -57,9 +57,11 @@ class Passing:
             columns |= changed(batch, each.digests, each.told)
         for column in self._scrub:
             texts = batch.column(column)
-            values = [value for of_person in known for value in of_person.values]
+            values = []
             for of_person, each in zip(known, new.people, strict=True):
-                values += found_by_print(texts, of_person, each)
+                address = each.made.column("email")
+                own = (*of_person.values, *found_by_print(texts, of_person, each))
+                values += [value._replace(address=address) for value in own]
             columns[column] = scrubbed(texts, values, column)
         passed = [name for name in batch.schema.names if name not in self._unsearched]
         left = {name: columns.get(name, batch.column(name)) for name in passed}
