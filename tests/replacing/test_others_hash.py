@@ -46,6 +46,16 @@ def form(text: str) -> str:
     return text
 
 
+def test_words_for_nothing_stay_and_nothing_becomes_one() -> None:
+    words = ["NULL", "N/A", "n/a", "\\N", "-", "?"]
+    assert of(words) == words
+    others = [
+        f"{first}/{last}" for first in string.ascii_uppercase for last in string.ascii_uppercase
+    ]
+    others.remove("N/A")
+    assert sorted(of(others)) == sorted(others)
+
+
 @pytest.mark.parametrize("radices", [[7], [2, 3], [9, 10, 10], [26, 2, 5, 3]])
 def test_a_permutation_is_one_by_exhaustion(radices: list[int]) -> None:
     numbers = np.array(list(np.ndindex(*radices)), dtype=np.uint8)

@@ -87,6 +87,11 @@ def test_whole_numbers_that_are_dates() -> None:
     assert moved([20200228, None], 2, pa.int32(), "YYYYMMDD") == ([20200301, None], [])
 
 
+def test_gaps_stay() -> None:
+    gaps = [None, "", " ", "NULL", "n/a", "?"]
+    assert moved(["2020-01-01", *gaps], 1) == (["2020-01-02", *gaps], [])
+
+
 def test_what_is_no_date_does_not_stay() -> None:
     texts = ["2020-02-30", "2020-13-01", "unknown", "2020-01-01 to 2021-03-02", "0000-00-00"]
     assert moved(["2020-01-01", *texts], 1) == (["2020-01-02"] + [None] * 5, [1, 2, 3, 4, 5])

@@ -100,7 +100,9 @@ def test_keys_still_join() -> None:
 
 
 def test_what_is_told_and_recorded() -> None:
-    Path("c.csv").write_text("id,first_name,last_name,d,x\n1,Ann,Lee,2020-01-31,a\n2,Bo,Ray,?,b\n")
+    Path("c.csv").write_text(
+        "id,first_name,last_name,d,x\n1,Ann,Lee,2020-01-31,a\n2,Bo,Ray,tba,b\n"
+    )
     result = succeed("replace c.csv -o copy.csv --key id --other d=shift:9 --other c:x=keep")
     assert result.stdout.splitlines()[3:] == [
         "firstname  first_name  name      replaced",

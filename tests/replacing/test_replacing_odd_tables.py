@@ -16,7 +16,8 @@ from support.replacing import SECRET
 from vantrel.replacing.runs.frames import arrow_of
 from vantrel.replacing.values.keys import keys_of
 
-GAPS: st.SearchStrategy[Any] = st.sampled_from([None, "", "  ", float("nan")])
+WORDS = ["NULL", "\\N", "n/a", "N/A", "-", "?"]
+GAPS: st.SearchStrategy[Any] = st.sampled_from([None, "", "  ", float("nan"), *WORDS])
 # Python strips these, Arrow does not.
 TEXTS = st.text(st.characters(codec="utf-8", exclude_characters="\x1c\x1d\x1e\x1f\x85"), max_size=8)
 KEYS = st.one_of(st.integers(0, 5), st.sampled_from(["1", "2.0", "007", "", None, 3.0]), TEXTS)
@@ -37,7 +38,7 @@ MADE = ["vorname", "mail", "tel"]
 
 
 def is_gap(cell: object) -> bool:
-    return cell is None or cell != cell or not str(cell).strip()
+    return cell is None or cell != cell or str(cell).strip() in {"", *WORDS}
 
 
 def replaced(df: pd.DataFrame) -> pd.DataFrame:

@@ -21,6 +21,7 @@ from support.replacing import (
     made_of,
     replaced_in_batches,
 )
+from vantrel.errors import ReplaceError
 from vantrel.replacing.columns.roles import find_roles
 from vantrel.replacing.people import people as people_module
 from vantrel.replacing.replacer import Replacer
@@ -253,6 +254,29 @@ def test_gaps_stay(table: pd.DataFrame, made: pd.DataFrame) -> None:
         assert is_gap.any() == (name in gaps)
         assert new[is_gap].map(repr).tolist() == old[is_gap].map(repr).tolist()
         assert (new == made[name])[~is_gap].all()
+
+
+@pytest.mark.parametrize("word", ["NULL", "\\N", "n/a", "N/A", "-", "?", " NULL "])
+def test_words_for_nothing_stay_and_are_nobody(word: str) -> None:
+    people = pd.DataFrame(
+        {
+            "first_name": ["Ann", "Tom", word, "Null"],
+            "email": [word, word, "x@y.org", "n@y.org"],
+            "mobile": ["0171 5550100", word, word, "0171 5550101"],
+            "note": ["x", "y", f"{word} of x", "z"],
+        }
+    )
+    replacer = Replacer(SECRET)
+    out = replacer.replace(people)
+    assert ((out == word) == (people == word)).all(axis=None)
+    assert ((out != people) == (people != word)).drop(columns="note").all(axis=None)
+    assert out["note"].equals(people["note"])
+    assert not any("name alone" in note or "still name" in note for note in replacer.notes)
+    assert replacer.report is not None
+    assert replacer.report.people == 4
+    assert replacer.report.tables["table 1"].without_key == {"": 2}
+    with pytest.raises(ReplaceError, match="is missing in every row"):
+        vantrel.replace(people.iloc[:2], "email", SECRET)
 
 
 def test_rows_without_a_key_are_people_of_their_own(

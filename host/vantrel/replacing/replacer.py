@@ -187,8 +187,9 @@ def replace(
     """Replaces the people of a table by made-up ones, and leaves all else as it is.
 
     Names, e-mail addresses, user names, passwords and telephone numbers are replaced. Gender, title
-    and country are read and stay, and the made-up person agrees with them. A cell that is missing,
-    empty or blank stays so. The same key is the same person in every row.
+    and country are read and stay, and the made-up person agrees with them. A cell that is missing
+    or blank, or has "NULL", "\\N", "n/a", "N/A", "-" or "?", stays so. The same key
+    is the same person in every row.
 
     Args:
         df: A frame of pandas, or of polars, DuckDB or pyarrow. Not changed.

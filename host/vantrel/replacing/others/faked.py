@@ -22,7 +22,7 @@ _SEED_BYTES = 16
 def faked(
     column: pa.Array, name: str, provider: str, digests: Digests, locales: list[str]
 ) -> pa.Array:
-    """Gives each row the value of its person; what is missing, empty or blank stays.
+    """Gives each row the value of its person; gaps, such as blank cells, stay.
 
     Args:
         column: The values that are replaced.

@@ -16,7 +16,7 @@ def hashed(column: pa.Array, name: str, key: bytes) -> pa.Array:
     """Gives each value of a column another one.
 
     Args:
-        column: Texts or whole numbers. What is missing, empty or blank stays.
+        column: Texts or whole numbers. Gaps, such as blank cells, stay.
         name: What an error calls the column.
         key: What decides which.
 

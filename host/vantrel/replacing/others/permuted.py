@@ -59,7 +59,7 @@ def _kinds(texts: pa.Array) -> Any:
         if pc.any(is_beyond).as_py():
             is_beyond = pc.and_(is_beyond, pc.match_substring_regex(texts, WHOLE_NUMBER))
             kinds += is_beyond.to_numpy(zero_copy_only=False)
-    is_canonical = pc.equal(canonical(texts).cast(pa.string()), texts)
+    is_canonical = pc.equal(canonical(texts).cast(pa.string()), texts).fill_null(False)
     uuids = _uuids(texts)
     kinds[uuids != NONE] = len(_ENDS) + uuids[uuids != NONE]
     kinds[~is_canonical.to_numpy(zero_copy_only=False)] = -1

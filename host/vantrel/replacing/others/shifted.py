@@ -97,6 +97,5 @@ def _texts(column: pa.Array, name: str, days: Any, form: str) -> Shifted:
     is_moved = real.is_date & (new >= FIRST_DAY) & (new <= LAST_DAY)
     made = written(np.where(is_moved, new, 0), form, real.parts)
     made = put_in(made, column, name, read=lambda each: each)
-    is_blank = pc.equal(pc.utf8_trim_whitespace(texts), "").fill_null(True)
-    is_lost = ~is_moved & ~is_blank.to_numpy(zero_copy_only=False)
+    is_lost = ~is_moved & texts.is_valid().to_numpy(zero_copy_only=False)
     return Shifted(pc.if_else(pa.array(is_lost), pa.scalar(None, made.type), made), is_lost)

@@ -12,6 +12,7 @@ import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.detection.values import SAMPLE_SIZE
+from vantrel.replacing.values.gaps import GAPS
 from vantrel.replacing.values.keys import as_texts, is_text
 from vantrel.wording import cell_text
 
@@ -35,12 +36,12 @@ def excerpt_of(columns: Mapping[str, pa.ChunkedArray]) -> pd.DataFrame:
 
 
 def without_gaps(column: Any) -> Any:
-    """Gives an array without what is missing or an empty text."""
+    """Gives an array without what is missing or a text that stands for nothing."""
     column = column.drop_null()
     if not is_text(column.type):
         return column
     texts = column.cast(pa.string())
-    return texts.filter(pc.not_equal(texts, ""))
+    return texts.filter(pc.invert(pc.is_in(texts, GAPS)))
 
 
 def arrow_of(table: pd.DataFrame | pa.Table, columns: Iterable[str] | None = None) -> pa.Table:

@@ -1,24 +1,20 @@
-"""Puts made-up values into the cells of a column that are not empty, in the column's own type."""
+"""Puts made-up values into the cells of a column that are no gaps, in the column's own type."""
 
 from __future__ import annotations
 
 from collections.abc import Callable
-from typing import Any
 
-import numpy as np
 import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.errors import ReplaceError
-from vantrel.replacing.values.prints import layout
-
-_BLANK = ord(" ")
+from vantrel.replacing.values.gaps import is_gap
 
 
 def put_in(
     made: pa.Array, column: pa.Array, name: str, read: Callable[[pa.Array], pa.Array] | None = None
 ) -> pa.Array:
-    """Gives a column with made-up values; what is missing, empty or blank stays as it is.
+    """Gives a column with made-up values; gaps, such as blank cells, stay as they are.
 
     Args:
         made: A value for each row, a string where the column has texts.
@@ -54,18 +50,8 @@ def holds_texts(kind: pa.DataType) -> bool:
 
 
 def _among_texts(made: pa.Array, texts: pa.Array) -> pa.Array:
-    is_gap = _gaps(texts)
-    return pc.if_else(pa.array(is_gap), texts, made) if is_gap.any() else made
-
-
-def _gaps(texts: pa.Array) -> Any:
-    """Tells where a text is missing, empty or nothing but blanks."""
-    data, starts, lengths = layout(texts)
-    is_gap = (lengths == 0) | (np.append(data, np.uint8(0))[starts] <= _BLANK)
-    if is_gap.any():  # or else only begins with a blank
-        blank = pc.equal(pc.utf8_trim_whitespace(texts), "")
-        is_gap = pc.fill_null(blank, True).to_numpy(zero_copy_only=False)
-    return is_gap
+    gaps = is_gap(texts)
+    return pc.if_else(pa.array(gaps), texts, made) if gaps.any() else made
 
 
 def encoded_as(column: pa.Array, kind: pa.DictionaryType) -> pa.Array:

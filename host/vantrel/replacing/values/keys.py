@@ -9,6 +9,8 @@ import numpy as np
 import pyarrow as pa
 import pyarrow.compute as pc
 
+from vantrel.replacing.values.gaps import missing_where_gap
+
 type Digests = np.ndarray[tuple[int, int], np.dtype[np.uint64]]
 
 WORDS = 8
@@ -25,7 +27,7 @@ _OF = b"\0of"
 
 
 def keys_of(columns: Sequence[pa.Array], of: str = "") -> pa.Array:
-    """Gives the key of each row, of one column or several; null where one is missing or empty.
+    """Gives the key of each row, of one column or several; null where one is missing.
 
     Args:
         columns: The columns.
@@ -62,16 +64,12 @@ def canonical(column: pa.Array) -> pa.Array:
 
     Integers are written without a fraction, also where they are stored as floating point or
     decimal numbers or as texts such as "7.0"; days without a time of midnight; e-mail addresses in
-    lower case; all without blanks around them. Other texts stay as they are. Empty ones are
-    missing.
+    lower case; all without blanks around them. Other texts stay as they are.
     """
     text = as_texts(column)
     for sign, rewritten in _REWRITTEN.items():
         if pc.any(pc.match_substring(text, sign)).as_py():  # a pattern takes ten times as long
             text = rewritten(text)
-    is_empty = pc.equal(text, "")
-    if pc.any(is_empty).as_py():
-        text = pc.if_else(is_empty, pa.scalar(None, pa.string()), text)
     return text.cast(pa.binary())
 
 
@@ -83,18 +81,18 @@ def is_text(kind: pa.DataType) -> bool:
 
 
 def as_texts(column: pa.Array) -> pa.Array:
-    """Writes values as strings, whole numbers without a fraction."""
+    """Writes values as strings, whole numbers without a fraction; what is a gap is missing."""
     kind = column.type
     if pa.types.is_dictionary(kind):
         column, kind = column.dictionary_decode(), kind.value_type
     if pa.types.is_string(kind):
-        return column
+        return missing_where_gap(column)
     if pa.types.is_floating(kind):
         return _texts_of_floats(column)
     if isinstance(kind, pa.UuidType):  # else its bytes would be taken for a text
         return pa.array([None if each is None else str(each) for each in column.to_pylist()])
     try:
-        return column.cast(pa.string())
+        return missing_where_gap(column.cast(pa.string()))
     except (pa.ArrowNotImplementedError, pa.ArrowInvalid):  # lists, bytes that are no text
         written = [None if value is None else str(value) for value in column.to_pylist()]
         return pa.array(written, pa.string())
