@@ -357,6 +357,35 @@ def test_addresses_in_texts_belong_to_nobody_after_scrubbing() -> None:
     assert replacer.replace(orders, key="id", scrub=["memo"])["memo"][0] == f"to {tom.upper()}"
 
 
+@pytest.mark.parametrize("name", ["Anna van den Berg", "ANNA VAN DEN BERG", "Anna Berg"])
+def test_first_names_before_particles_are_noticed(name: str) -> None:
+    texts = ["Anna phoned", "for Mr Berg", "Anna Berg, not Anne", "mad as van den Vries"]
+    table = pd.DataFrame({"id": 1, "full_name": name, "memo": texts})
+    replacer = Replacer(SECRET)
+    replacer.replace(table, key="id")
+    told = "Column 'memo': 1 cell still names the row's person (row 3)"
+    assert any(note.startswith(told) for note in replacer.notes)
+    made = replacer.replace(table, key="id", scrub=["memo"])
+    first, last = made["full_name"][0].title().split()
+    assert made["memo"].tolist() == [
+        f"{first} phoned",
+        f"for Mr {last}",
+        f"{first} {last}, not Anne",
+        "mad as van den Vries",
+    ]
+    assert not any("name alone" in note for note in replacer.notes)
+
+
+@pytest.mark.parametrize("particles", ["van den", "von", "de", "De la"])
+def test_particles_belong_to_last_names(particles: str) -> None:
+    name = f"Anna Maria {particles} Berg"
+    memo = [f"Ms {particles} Berg", "Anna Maria"]
+    table = pd.DataFrame({"id": 1, "full_name": name, "memo": memo})
+    made = vantrel.replace(table, "id", SECRET, scrub=["memo"])
+    first, last = made["full_name"][0].split()
+    assert made["memo"].tolist() == [f"Ms {last}", first]
+
+
 def test_first_names_contradict_no_gender_that_is_told() -> None:
     table = pd.DataFrame(
         {

@@ -15,9 +15,11 @@ from vantrel.replacing.people.people import NewPerson
 from vantrel.replacing.values.form import in_form_of, without_titles
 from vantrel.replacing.values.keys import as_texts, is_text
 
-# "Smith, John" and "John Smith"; of several words the last is apart.
+# "Smith, John" and "John Smith"; of several words the last is apart, with particles before it.
+_PARTICLES = r"(?:(?i:van|von|zu|der|den|ter|ten|de|del|della|di|da|dos|du|la)\s+)*"
 _TWO_NAMES = (
-    r"^\s*(?:(?P<before>[^,]*[^,\s])\s*,\s*(?P<behind>.*\S)|(?P<start>.*\S)\s+(?P<end>\S+))\s*$"
+    r"^\s*(?:(?P<before>[^,]*[^,\s])\s*,\s*(?P<behind>.*\S)"
+    rf"|(?P<start>.*?\S)\s+(?P<end>{_PARTICLES}\S+))\s*$"
 )
 
 _PARTS = ("firstname", "lastname")
@@ -63,9 +65,14 @@ def _names(new: NewPerson, values: Iterable[Value]) -> Names | None:
     if not _has_names(new.person):
         return Names(new.told.first, new.told.last)
     parts = [value.real for value in values if value.attribute in _PARTS]
-    plain = [pc.fill_null(pc.string_is_ascii(part), True) for part in parts]
+    plain = [pc.fill_null(_is_plain(part), True) for part in parts]
     is_plain = np.logical_and.reduce([each.to_numpy(zero_copy_only=False) for each in plain])
     return Names(new.told.first, new.told.last, ~is_plain)
+
+
+def _is_plain(names: pa.Array) -> pa.Array:
+    """Tells which names texts have letter by letter or not at all: one word of ASCII."""
+    return pc.and_not(pc.string_is_ascii(names), pc.match_substring(names, " "))
 
 
 def _has_names(person: Person) -> bool:
