@@ -30,6 +30,14 @@ TOLD_APART = [
             },
         },
     ),
+    (
+        "vorname nachname Sachbearbeiter vertreter_name",
+        {
+            "": {"vorname": "vorname", "nachname": "nachname"},
+            "sachbearbeiter": {"Sachbearbeiter": "Sachbearbeiter"},
+            "vertreter": {"vertreter_name": "name"},
+        },
+    ),
     ("name contact_name", {"": {"name": "name"}, "contact": {"contact_name": "name"}}),
     ("käufer verkäufer", {"kaufer": {"käufer": "käufer"}, "verkaufer": {"verkäufer": "verkäufer"}}),
     (

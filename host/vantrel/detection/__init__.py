@@ -10,8 +10,18 @@ import pandas as pd
 
 from vantrel.attributes import ATTRIBUTES, LEARNT, PHONES
 from vantrel.config import PersonModelConfig
-from vantrel.detection.names import NAME, PHONE, SOMEBODY, Match, is_of_others, kinds_of
+from vantrel.detection.names import (
+    NAME,
+    PHONE,
+    SOMEBODY,
+    Match,
+    is_of_others,
+    kinds_of,
+    whole_kind,
+    words_of,
+)
 from vantrel.detection.values import Values
+from vantrel.detection.whose import are_of_others
 
 __all__ = ["NOTHING", "Choice", "Detection", "Doubt", "detect", "detect_columns"]
 
@@ -95,11 +105,12 @@ def detect(
     A column is taken for what its name says, in common spellings of European languages, if its
     values do not contradict; or for what its values alone tell: genders, titles, e-mail addresses,
     telephone numbers with a mark such as "+", names of countries and, where no column of names is
-    found, full names most of which have a first name that Faker knows. Where several are found for
-    an attribute, a whole name is better than a part of one, and that better than values alone; then
-    the one more of whose values agree is, then the first one. Each column is judged by its first
-    10,000 values that are not missing. Columns without any are not taken, nor are those whose names
-    are no text or not unique.
+    found, full names most of which have a first name that Faker knows. Full names beside first and
+    last names are taken if they agree with these, or the column is called a name. Where several are
+    found for an attribute, a whole name is better than a part of one, and that better than values
+    alone; then the one more of whose values agree is, then the first one. Each column is judged by
+    its first 10,000 values that are not missing. Columns without any are not taken, nor are those
+    whose names are no text or not unique.
 
     Args:
         df: The table, with values as text; others are judged by their text.
@@ -123,6 +134,9 @@ def detect(
     for position, column, values in columns:
         candidates += _by_values(position, column, values, has_country=has_country)
     chosen = _assign(candidates, known)
+    while somebody := _somebody_else(df, known, chosen):
+        candidates = [each for each in candidates if (each.kind, each.column) != somebody]
+        chosen = _assign(candidates, known)
     return Detection(
         choices=[chosen[attribute] for attribute in ATTRIBUTES if attribute in chosen],
         doubts=[doubt for doubt in doubts if doubt.attribute not in {*chosen, *known}],
@@ -174,6 +188,19 @@ def _assign(candidates: list[_Candidate], known: Mapping[str, str]) -> dict[str,
             used.add(candidate.column)
             chosen[free[0]] = Choice(free[0], candidate.column, candidate.reason)
     return chosen
+
+
+def _somebody_else(
+    df: pd.DataFrame, known: Mapping[str, str], chosen: Mapping[str, Choice]
+) -> tuple[str, str] | None:
+    """The column, and its kind, of full names that others have than the people of the rows."""
+    columns = {**known, **{attribute: choice.column for attribute, choice in chosen.items()}}
+    halves = [columns[half] for half in ("firstname", "lastname") if half in columns]
+    if "fullname" not in chosen or df.columns.isin(halves).sum() < 2:
+        return None
+    column = chosen["fullname"].column
+    is_name = whole_kind(words_of(column)) in ("fullname", NAME)
+    return None if is_name or not are_of_others(df, column, [halves]) else ("fullname", column)
 
 
 def _places(

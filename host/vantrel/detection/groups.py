@@ -27,8 +27,9 @@ from vantrel.detection.names import (
 _BELONGING = RELATIVES | owning(
     """
     contact carer caregiver beneficiary manager supervisor doctor physician gp lawyer attorney
-    kontakt kontaktperson notfall mutter vater ehepartner partnerin elternteil vormund contacto
-    contatto arzt hausarzt vorgesetzter vorgesetzte betreuer
+    kontakt kontaktperson notfall mutter vater partnerin elternteil vormund contacto contatto arzt
+    hausarzt vorgesetzter vorgesetzte betreuer betreuerin vertreter vertreterin sachbearbeiter
+    sachbearbeiterin ansprechpartner ansprechpartnerin ansprechperson vermieter vermieterin
     """
 )
 _FURTHER = owning(

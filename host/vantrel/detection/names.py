@@ -166,7 +166,10 @@ def owning(words: str) -> frozenset[str]:
 
 # People who belong to this one.
 RELATIVES = owning(
-    "mother father parent spouse partner husband wife child emergency kin next guardian referee"
+    """
+    mother father parent spouse partner husband wife child emergency kin next guardian referee
+    ehepartner ehepartnerin ehemann ehefrau
+    """
 )
 _OTHERWISE_CALLED = frozenset("middle maiden former previous old alias".split())
 _OF_OTHERS = (
@@ -204,9 +207,17 @@ _UNMARKED = str.maketrans({"ł": "l", "Ł": "L", "ø": "o", "Ø": "O", "ı": "i"
 
 def words_of(name: str) -> list[str]:
     """Splits a column's name into small words of plain letters and numbers."""
-    decomposed = unicodedata.normalize("NFKD", name.translate(_UNMARKED))
-    plain = "".join(c for c in decomposed if not unicodedata.combining(c))
-    return _WORDS.findall(_CAMEL_BORDER.sub(" ", plain).lower())
+    return _WORDS.findall(_CAMEL_BORDER.sub(" ", _unmarked(name)).lower())
+
+
+def plain(text: str) -> str:
+    """Folds a text to small letters without marks."""
+    return _unmarked(text).lower()
+
+
+def _unmarked(text: str) -> str:
+    decomposed = unicodedata.normalize("NFKD", text.translate(_UNMARKED))
+    return "".join(c for c in decomposed if not unicodedata.combining(c))
 
 
 def without_number(words: list[str], known: Container[str]) -> list[str]:
