@@ -21,18 +21,27 @@ def excerpt(table: pd.DataFrame | pa.Table) -> pd.DataFrame:
     """Gives as much of a table as tells what its columns are."""
     if isinstance(table, pd.DataFrame):
         return table
-    return excerpt_of(dict(zip(table.column_names, table.columns, strict=True)))
+    columns = zip(table.column_names, table.columns, strict=True)
+    return excerpt_of({name: beginning(column, SAMPLE_SIZE) for name, column in columns})
 
 
 def excerpt_of(columns: Mapping[str, pa.ChunkedArray]) -> pd.DataFrame:
-    """The same of columns of Arrow, which need not have equally many values."""
-    first = {
-        name: _joined(without_gaps(column).slice(0, SAMPLE_SIZE))
-        for name, column in columns.items()
-    }
-    return pd.DataFrame(
-        {name: pd.Series(_values(as_texts(column))) for name, column in first.items()}
-    )
+    """The same of columns of texts, which need not have equally many values."""
+    return pd.DataFrame({name: pd.Series(_values(column)) for name, column in columns.items()})
+
+
+def beginning(column: Any, rows: int) -> pa.ChunkedArray:
+    """Gives the texts of the first rows, beside those of other columns, and then values alone."""
+    first = as_texts(_joined(column[:rows]))
+    first = pc.if_else(pc.equal(first, ""), pa.scalar(None, pa.string()), first)
+    wanted = max(SAMPLE_SIZE - count_of(first), 0)
+    further = _joined(without_gaps(column[rows:])[:wanted] if wanted else column[:0])
+    return pa.chunked_array([first, as_texts(further)])
+
+
+def count_of(column: Any) -> int:
+    """The number of values that are not missing."""
+    return len(column) - int(column.null_count)
 
 
 def without_gaps(column: Any) -> Any:

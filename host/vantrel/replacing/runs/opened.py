@@ -19,8 +19,7 @@ from vantrel.replacing.columns.roles import Roles, find_roles, refuse_scrub
 from vantrel.replacing.others.action import Action
 from vantrel.replacing.others.decided import decided
 from vantrel.replacing.runs.asked import Asked, OfTable
-from vantrel.replacing.runs.frames import excerpt_of, without_gaps
-from vantrel.replacing.values.keys import as_texts
+from vantrel.replacing.runs.frames import beginning, count_of, excerpt_of
 from vantrel.tables.copying import Batched, Copied, open_copied
 
 # An e-mail address or a telephone number, which no column is called.
@@ -108,7 +107,8 @@ def understood[TableT: Batched](
         more_keys=[_key(key, copied.columns) for key in own.keys],
         columns=own.columns,
         keep=own.keep,
-        decided=[*own.scrub, *own.decided, *others],
+        decided=[*own.decided, *others],
+        scrub=own.scrub,
         name=str(path),
         is_only_read=is_only_read,
         # A plan may have all of a table stay.
@@ -136,16 +136,18 @@ def _refuse_values_as_names(copied: Batched) -> None:
 
 def _excerpt(copied: Batched) -> pd.DataFrame:
     """Gives as many values of each column as tell what it is, wherever in the table they begin."""
-    values: dict[str, list[pa.Array]] = {name: [] for name in copied.columns}
+    texts = dict.fromkeys(copied.columns, pa.chunked_array([], pa.string()))
     rows = 0
     for batch in copied.batches(copied.columns):
+        first = max(SAMPLE_SIZE - rows, 0)
         rows += batch.num_rows
         for name, column in zip(batch.schema.names, batch.columns, strict=True):
-            if (own := without_gaps(column)) and sum(map(len, values[name])) < SAMPLE_SIZE:
-                values[name].append(as_texts(own[:SAMPLE_SIZE]))  # files differ in types
-        if rows >= SAMPLE_SIZE and all(values.values()):
+            if first or count_of(texts[name]) < SAMPLE_SIZE:
+                own = beginning(column, first)  # as texts, as files differ in types
+                texts[name] = pa.chunked_array([*texts[name].chunks, *own.chunks], pa.string())
+        if rows >= SAMPLE_SIZE and all(map(count_of, texts.values())):
             break
-    return excerpt_of({name: pa.chunked_array(own or [[]]) for name, own in values.items()})
+    return excerpt_of(texts)
 
 
 def _key(given: Sequence[str], columns: Sequence[str]) -> Sequence[str]:
