@@ -127,7 +127,8 @@ class Replacer:
             key=key,
             columns=columns,
             keep=keep,
-            decided=[*scrub, *others],
+            decided=others,
+            scrub=scrub,
             has_others=bool(others or scrub),
             household=household,
         )

@@ -105,6 +105,49 @@ def test_columns_that_look_like_another_persons_are_told_together() -> None:
     )
 
 
+def test_names_of_others_are_told_and_not_to_be_scrubbed() -> None:
+    people = ["Tim Evans", "Mary Taylor", "Peter Smith", "Linda Jones", "Mark Brown", "Ann Lee"]
+    rows = [f"{n},{own},{people[n - 1]},{own}" for n, own in enumerate(people)]
+    rows[2:2] = ["6,Ann Lee,,Ann Lee", "7,Mark Brown,Mark Brown,Mark Brown"]
+    Path("pairs.csv").write_text("\n".join(["id,name,partner,parent", *rows]))
+    line = "replace pairs.csv -o copy.csv --key id --secret s"
+    others = (
+        "Column 'partner' has names of other people than the row's, and these stay: a plan, which"
+        " --write-plan writes, tells several people apart; or add --other partner=blank to leave it"
+        " empty"
+    )
+    assert succeed(line).stderr.splitlines()[:3] == [
+        "vantrel: note: Column 'partner': 1 cell still names the row's person (row 4): add --other"
+        " partner=blank.",
+        "vantrel: note: Column 'parent': 8 cells still name the row's person (rows 1, 2, 3): add"
+        " --scrub parent.",
+        f"vantrel: note: {others}.",
+    ]
+    line += " --force --scrub parent"
+    assert others in fail(f"{line} --strict", 1)
+    assert f"pairs.csv: {others}. Do so" in fail(f"{line} --fail-on-leak", 3)
+    for strictly in ("--strict", "--fail-on-leak"):
+        assert others in fail(f"{line} --scrub partner {strictly}", 3 if "leak" in strictly else 1)
+    succeed(f"{line} --other partner=blank --strict --fail-on-leak")
+    replacer = vantrel.Replacer(b"x" * 32)
+    replacer.replace(read("pairs.csv"), "id", scrub=["partner", "parent"])
+    assert [note for note in replacer.notes if "'partner' has" in note] == [
+        "Column 'partner' has names of other people than the row's, and these stay: call the columns"
+        " of each after who she is, as in 'buyer_email'; or add others={'partner': 'blank'} to leave"
+        " it empty."
+    ]
+
+
+def test_a_plan_tells_full_names_of_others() -> None:
+    names = ["Tim Evans", "Mary Taylor", "Peter Smith", "Linda Jones"]
+    rows = [f"{n},{name},{names[n - 1]},{name}" for n, name in enumerate(names)]
+    Path("lent.csv").write_text("\n".join(["id,name,assigned to,signed by", *rows]))
+    succeed("replace lent.csv --key id --write-plan plan.toml")
+    text = Path("plan.toml").read_text()
+    assert '"assigned to" = "undecided" # looks like fullname of another person\n' in text
+    assert '"signed by" = "undecided" # looks like fullname, too\n' in text
+
+
 def test_what_was_decided_is_not_told_as_undecided() -> None:
     lines = [f"{each},f,GB,A,a{each}@web.de,b{each}@web.de" for each in range(20)]
     Path("two.csv").write_text("\n".join(["id,sex,country,first_name,email,e-mail", *lines]))

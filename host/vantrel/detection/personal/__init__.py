@@ -89,9 +89,11 @@ _SIGNS = (
     _Sign(Kind.PROFILE, network.told_profiles),
     _Sign(Kind.BIRTH, births.told_births, is_of_things_too=True),
     _Sign(Kind.STREET, addresses.told_streets, is_of_things_too=True),
-    _Sign(Kind.PROSE, prose.told_names, is_of_things_too=True),
+    _Sign(Kind.PEOPLE, prose.told_names, is_of_things_too=True),
     _Sign(Kind.PROSE, prose.told_sentences),
 )
+# Towns and much else consist of the same words.
+_LIKE_OTHERS = (Kind.PEOPLE, Kind.PROSE)
 # In all other columns these are an attribute of the person, which is not looked for here.
 _SIGNS_OF_OTHERS = (
     _Sign(Kind.EMAIL, reached.told_emails, is_of_things_too=True),
@@ -126,7 +128,7 @@ def _finding(column: str, texts: list[str]) -> Finding | None:
     kind = kind_named(column)
     is_named = kind is not None and agree(texts, _CAN_BE[kind])
     told = _told(column, texts)
-    if kind is not None and is_named and (told is None or told[0] in (kind, Kind.PROSE)):
+    if kind is not None and is_named and (told is None or told[0] in (kind, *_LIKE_OTHERS)):
         seen = f", and {told[1]}" if told and told[0] == kind else ""
         return Finding(column, kind, f"its name says so{seen}")
     return Finding(column, *told) if told else None

@@ -24,4 +24,5 @@ class Kind(StrEnum):
     DEVICE = "device number"
     POSITION = "geographic position"
     PROFILE = "profile page"
+    PEOPLE = "names of people"
     PROSE = "text with names of people"

@@ -11,7 +11,8 @@ from vantrel.arguments import refuse_text
 from vantrel.attributes import LEARNT
 from vantrel.detection import Choice, Doubt, detect
 from vantrel.detection.groups import people_beside
-from vantrel.detection.personal import Finding, find_personal
+from vantrel.detection.personal import Finding, Kind, find_personal
+from vantrel.detection.whose import are_of_others
 from vantrel.errors import ArgumentTypeError, NoPeopleError, PlanError, ReplaceError
 from vantrel.fitting.checks import refuse_unknown_attribute
 from vantrel.hints import argument, did_you_mean, listed, named
@@ -55,12 +56,15 @@ class Roles:
         doubts: Columns that are not taken, as their values contradict their names.
         further: Columns that look like those of a person as well, and stay.
         personal: Columns of other kinds that look personal, and stay.
+        of_others: Those of both kinds that hold whole names, mostly of others than the people of
+            the rows; also where they are scrubbed, which leaves others as they are.
     """
 
     people: tuple[Person, ...]
     doubts: tuple[Doubt, ...] = ()
     further: tuple[Choice, ...] = ()
     personal: tuple[Finding, ...] = ()
+    of_others: tuple[str, ...] = ()
 
     @property
     def replaced(self) -> dict[str, str]:
@@ -121,6 +125,7 @@ def find_roles(
     columns: Columns | None = None,
     keep: Iterable[str] = (),
     decided: Iterable[str] = (),
+    scrub: Iterable[str] = (),
     name: str | None = None,
     is_only_read: bool = False,
     has_others: bool = False,
@@ -139,6 +144,7 @@ def find_roles(
         columns: The columns of attributes that are not to be found.
         keep: Attributes that stay as they are.
         decided: Columns of other things of which it is known what becomes of them.
+        scrub: Those in which the people of the rows are replaced.
         name: What errors call the table, where there are several.
         is_only_read: Whether the table need have no column to replace, only one of a person.
         has_others: Whether other columns are changed, so that it need have none of a person.
@@ -174,14 +180,16 @@ def find_roles(
     of_row = [Found(own, each.detection).person for each, own in zip(found, asked, strict=True)]
     roles = Roles(tuple(of_row))
     _refuse_replaced_households(asked, roles, the_table)
-    decided = set(decided)
+    decided, scrub = set(decided), set(scrub)
     doubts = [doubt for each in found for doubt in each.detection.doubts]
-    roles = replace(roles, doubts=tuple(each for each in doubts if each.column not in decided))
+    settled = decided | scrub
+    roles = replace(roles, doubts=tuple(each for each in doubts if each.column not in settled))
     if not is_only_read:
         taken = {*roles.needed, *decided}
         further = _further(table, of_row, taken, _undecided(asked))
         known = {*taken, *(choice.column for choice in further)}
         roles = replace(roles, further=further, personal=find_personal(table, known))
+        roles = _with_others(table, roles, scrub)
     if len(table) and not (has_others or (roles.told if is_only_read else roles.replaced)):
         raise _nothing_found(table, roles, the_table)
     return roles
@@ -246,6 +254,28 @@ def _further(
         if not more:
             return tuple(choices)
         choices += more
+
+
+def _with_others(table: pd.DataFrame, roles: Roles, scrub: Collection[str]) -> Roles:
+    """Tells which columns are of others; only these are told of those that are scrubbed."""
+    names = [each.column for each in roles.further if each.attribute == "fullname"]
+    names += [each.column for each in roles.personal if each.kind == Kind.PEOPLE]
+    own = [name for person in roles.people for name in _names_of(person)]
+    of_others = tuple(each for each in names if not own or are_of_others(table, each, own))
+    settled = {*scrub}.difference(of_others)
+    return replace(
+        roles,
+        further=tuple(each for each in roles.further if each.column not in settled),
+        personal=tuple(each for each in roles.personal if each.column not in settled),
+        of_others=of_others,
+    )
+
+
+def _names_of(person: Person) -> list[tuple[str, ...]]:
+    """The columns of each name of a person: of a first and a last one, and of whole ones."""
+    halves = [person.columns.get(name, ())[:1] for name in ("firstname", "lastname")]
+    names = [sum(halves, ()), *((each,) for each in person.columns.get("fullname", ()))]
+    return [columns for columns in names if columns]
 
 
 def _undecided(asked: Iterable[OfPerson]) -> set[str]:

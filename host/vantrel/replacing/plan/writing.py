@@ -130,10 +130,10 @@ def _others(decided: Decided, roles: Roles, tied: Collection[str]) -> Table:
 
 def _looks_of_further(roles: Roles) -> dict[str, str]:
     """Tells what columns look like beside those that are a person's."""
-    together = {column for columns in roles.beside for column in columns}
+    another = {column for columns in roles.beside for column in columns}.union(roles.of_others)
     return {
         each.column: f"looks like {each.attribute}"
-        + (" of another person" if each.column in together else ", too")
+        + (" of another person" if each.column in another else ", too")
         for each in roles.further
     }
 

@@ -16,6 +16,8 @@ from vantrel.replacing.fates import KEEP, SCRUB
 from vantrel.replacing.runs.remedies import Remedies
 from vantrel.wording import counted, shown, some
 
+_BLANK = "blank"
+
 _MOST_NAMED = 20
 
 # What is likely to be wanted of columns that look personal; the others are best blank.
@@ -29,6 +31,7 @@ _LIKELY = {
     Kind.OFFICIAL: "hash",
     Kind.DOCUMENT: "hash",
     Kind.IP: "fake:ipv4",
+    Kind.PEOPLE: SCRUB,
     Kind.PROSE: SCRUB,
 }
 
@@ -62,8 +65,15 @@ def further(roles: Roles, remedies: Remedies) -> Iterator[str]:
     """Tells of columns that look like those of a person, and stay."""
     attributes = {choice.column: choice.attribute for choice in roles.further}
     together = {column for columns in roles.beside for column in columns}
-    for column, attribute in attributes.items():
+    for column in roles.of_others:
         if column not in together:
+            yield (
+                f"Column {shown(repr(column))} has names of other people than the row's, and these"
+                f" stay: {remedies.telling_apart}; or {remedies.verb}"
+                f" {remedies.deciding(column, _BLANK)} to leave it empty"
+            )
+    for column, attribute in attributes.items():
+        if column not in together and column not in roles.of_others:
             remedy = f"{remedies.verb} {remedies.taking({attribute: column})}"
             yield (
                 f"Column {shown(repr(column))} looks like {attribute}, too, and stays: {remedy} to"
@@ -101,8 +111,13 @@ def notes_on_table(
 
 
 def note_on_leak(leak: Leak, roles: Roles, remedies: Remedies) -> str:
-    """Tells where people are named, and how not to; what joins tables is not scrubbed."""
+    """Tells where people are named, and how not to.
+
+    What joins tables is not scrubbed, nor are names of others, whom that would leave.
+    """
     fate = "hash" if leak.column in roles.keys else SCRUB
+    if leak.column in roles.of_others:
+        fate = _BLANK
     return f"{leak}: {remedies.verb} {remedies.deciding(leak.column, fate)}"
 
 
@@ -122,14 +137,14 @@ def _notes_on_key(person: Person, table: Table) -> Iterator[str]:
 def notes_on_undecided(roles: Roles, undecided: Iterable[str], remedies: Remedies) -> Iterator[str]:
     """Tells which columns look personal and stay, as nobody has decided otherwise."""
     yield from (f"{note}." for note in further(roles, remedies))
-    told = {choice.column for choice in roles.further}
+    told = {choice.column for choice in roles.further}.union(roles.of_others)
     why = {finding.column: finding for finding in roles.personal}
     for column in dict.fromkeys((*why, *undecided)):
         if column in told:
             continue
         finding = why.get(column)
         looks = f"looks personal ({finding.kind}): {finding.why}" if finding else "is undecided"
-        fate = _LIKELY.get(finding.kind, "blank") if finding else KEEP
+        fate = _LIKELY.get(finding.kind, _BLANK) if finding else KEEP
         decision = remedies.deciding(column, fate)
         yield f"Column {shown(repr(column))} {looks}. It stays; {decision} decides."
 
