@@ -129,6 +129,7 @@ def find_roles(
     name: str | None = None,
     is_only_read: bool = False,
     has_others: bool = False,
+    is_personal_enough: bool = False,
     people: Sequence[OfPerson] = (),
     household: str = "",
 ) -> Roles:
@@ -148,6 +149,7 @@ def find_roles(
         name: What errors call the table, where there are several.
         is_only_read: Whether the table need have no column to replace, only one of a person.
         has_others: Whether other columns are changed, so that it need have none of a person.
+        is_personal_enough: Whether it need have none of a person where others look personal.
         people: The people of each row, as a plan has them; found if there are none.
         household: The column in whose households people share family names.
 
@@ -190,7 +192,8 @@ def find_roles(
         known = {*taken, *(choice.column for choice in further)}
         roles = replace(roles, further=further, personal=find_personal(table, known))
         roles = _with_others(table, roles, scrub)
-    if len(table) and not (has_others or (roles.told if is_only_read else roles.replaced)):
+    enough = has_others or (roles.told if is_only_read else roles.replaced)
+    if len(table) and not (enough or (is_personal_enough and roles.personal)):
         raise _nothing_found(table, roles, the_table)
     return roles
 

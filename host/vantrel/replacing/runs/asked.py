@@ -93,6 +93,7 @@ class Asked:
         ways: Which telephone numbers people have, and in what letters their names are.
         fail_on_leak: Whether nothing is written where somebody is still named.
         strict: Whether nothing is written while a column that looks personal is not decided.
+        is_planned: Whether a plan is to be written, of all columns that look personal.
     """
 
     of_all: OfTable = OfTable()
@@ -103,6 +104,12 @@ class Asked:
     ways: Ways = field(default_factory=Ways)
     fail_on_leak: bool = False
     strict: bool = False
+    is_planned: bool = False
+
+    @property
+    def is_personal_enough(self) -> bool:
+        """Whether a table is of the run in which nobody is named, but columns look personal."""
+        return self.strict or self.is_planned
 
     def of(self, path: Path, columns: Iterable[str]) -> OfTable:
         """Gives what is asked of a table that has some columns.

@@ -5,6 +5,7 @@ from __future__ import annotations
 import os
 from collections.abc import Callable, Sequence
 from contextlib import ExitStack, nullcontext
+from dataclasses import replace
 from pathlib import Path
 
 import pyarrow as pa
@@ -16,7 +17,7 @@ from vantrel.replacing.runs.notes import notes_on_people
 from vantrel.replacing.runs.opened import (
     OpenedTable,
     open_people,
-    open_table,
+    open_tables,
     refuse_unknown_columns,
 )
 from vantrel.replacing.runs.outcome import Outcome, Replaced
@@ -88,7 +89,7 @@ def replace_files(
     refuse_unplanned(inputs, asked.plan)
     outputs = outputs_of(inputs, output, read_only, force=force)
     with ExitStack() as stack:
-        tables = [open_table(stack, each, asked, separator, encoding) for each in inputs]
+        tables = open_tables(stack, inputs, asked, separator, encoding)
         copies = [
             (table, copy, compression_of(copy, table.copied))
             for table, copy in zip(tables, outputs, strict=True)
@@ -140,11 +141,12 @@ def plan_files(
         VantrelError: A table, or what is asked for, cannot be used.
         OSError: The plan cannot be written.
     """
+    asked = replace(asked, is_planned=True)
     refuse_doubled_names(inputs)
     refuse_missing_folder(plan)
     refuse_overwriting(plan, *inputs, *filter(None, [people]), force=force)
     with ExitStack() as stack:
-        tables = [open_table(stack, each, asked, separator, encoding) for each in inputs]
+        tables = open_tables(stack, inputs, asked, separator, encoding)
         told = open_people(stack, people, asked, separator, encoding)
         refuse_unknown_columns([*tables, *told], asked)
         write_plan_of(tables, plan, leaks_to_come(asked, told, tables, progress), force=force)

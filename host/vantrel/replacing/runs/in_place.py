@@ -5,7 +5,7 @@ from __future__ import annotations
 import logging
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from contextlib import ExitStack
-from dataclasses import dataclass, field
+from dataclasses import dataclass, field, replace
 from pathlib import Path
 
 import pyarrow as pa
@@ -27,9 +27,9 @@ from vantrel.replacing.runs.chosen import chosen_tables, notes_on_others
 from vantrel.replacing.runs.notes import notes_on_people
 from vantrel.replacing.runs.opened import (
     OpenedTable,
+    all_understood,
     open_people,
     refuse_unknown_columns,
-    understood,
 )
 from vantrel.replacing.runs.outcome import Outcome
 from vantrel.replacing.runs.passing import Passing
@@ -225,7 +225,8 @@ def plan_database(
 
     Args:
         database: The database.
-        tables: The names of tables; if there are none, all in which people are found.
+        tables: The names of tables; if there are none, all in which people, or columns that look
+            personal, are found.
         plan: The file of the plan.
         asked: What is asked for already.
         people: A file with the names of people, who may be named in the tables.
@@ -234,12 +235,13 @@ def plan_database(
         force: Whether a file is overwritten that is there.
         progress: What is told how far the rows are.
     """
+    asked = replace(asked, is_planned=True)
     refuse_missing_folder(plan)
     refuse_overwriting(plan, *filter(None, [people]), force=force)
     chosen = [opened_table(database, name) for name in chosen_tables(database, tables, asked)]
     are_found = not (tables or asked.plan)
     refuse_unchangeable(chosen, are_found=are_found, is_changing=False)
-    opened = [understood(table, asked) for table in chosen]
+    opened = all_understood(chosen, asked)
     ties = ties_of(database, {table.copied: table.changed for table in opened})
     with ExitStack() as stack:
         told = open_people(stack, people, asked, separator, encoding)
@@ -266,7 +268,7 @@ def _opened(
     refuse_unchangeable(tables, are_found=not (names or asked.plan))
     if is_changing:
         database.engine.lock([table.sql for table in tables])
-    opened = [understood(table, asked) for table in tables]
+    opened = all_understood(tables, asked)
     ties = ties_of(database, {table.copied: table.changed for table in opened})
     refuse_tied(ties, {table.name: table.changed for table in opened})
     _refuse_unhashable(opened)

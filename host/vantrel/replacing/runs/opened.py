@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import re
-from collections.abc import Mapping, Sequence
+from collections.abc import Iterable, Mapping, Sequence
 from contextlib import ExitStack
 from dataclasses import dataclass
 from pathlib import Path
@@ -69,19 +69,15 @@ class OpenedTable[TableT: Batched]:
         return str(self.path)
 
 
-def open_table(
+def open_tables(
     stack: ExitStack,
-    path: Path,
+    paths: Iterable[Path],
     asked: Asked,
     separator: str | None,
     encoding: str | None,
-    *,
-    is_only_read: bool = False,
-) -> OpenedTable[Copied]:
-    """Opens a file for as long as ``stack``, and finds what its columns are."""
-    copied = stack.enter_context(open_copied(path, separator, encoding))
-    _refuse_values_as_names(copied)
-    return understood(copied, asked, is_only_read=is_only_read)
+) -> list[OpenedTable[Copied]]:
+    """Opens files for as long as ``stack``, and finds what their columns are."""
+    return all_understood([_open(stack, path, separator, encoding) for path in paths], asked)
 
 
 def open_people(
@@ -90,11 +86,32 @@ def open_people(
     """Opens the file that only tells of people, where there is one."""
     if people is None:
         return []
-    return [open_table(stack, people, asked, separator, encoding, is_only_read=True)]
+    copied = _open(stack, people, separator, encoding)
+    return [understood(copied, asked, is_only_read=True)]
+
+
+def _open(stack: ExitStack, path: Path, separator: str | None, encoding: str | None) -> Copied:
+    copied = stack.enter_context(open_copied(path, separator, encoding))
+    _refuse_values_as_names(copied)
+    return copied
+
+
+def all_understood[TableT: Batched](
+    tables: Sequence[TableT], asked: Asked
+) -> list[OpenedTable[TableT]]:
+    """Finds what the columns of the tables of a run are: others need have none where one has some.
+
+    Raises:
+        NoPeopleError: There is nothing to change in any.
+    """
+    opened = [understood(table, asked, is_one_of_several=True) for table in tables]
+    if any(table.changed for table in opened):
+        return opened
+    return [understood(table, asked) for table in tables]
 
 
 def understood[TableT: Batched](
-    copied: TableT, asked: Asked, *, is_only_read: bool = False
+    copied: TableT, asked: Asked, *, is_only_read: bool = False, is_one_of_several: bool = False
 ) -> OpenedTable[TableT]:
     """Finds what the columns of an open table are."""
     path = copied.path
@@ -112,7 +129,9 @@ def understood[TableT: Batched](
         name=str(path),
         is_only_read=is_only_read,
         # A plan may have all of a table stay.
-        has_others=not is_only_read and bool(others or own.scrub or own.people),
+        has_others=not is_only_read
+        and bool(others or own.scrub or own.people or is_one_of_several),
+        is_personal_enough=asked.is_personal_enough,
         people=own.people,
         household=own.household,
     )
