@@ -94,6 +94,37 @@ def test_a_day_is_the_same_key_whatever_type_it_is_stored_in(column: Any) -> Non
     assert canonical(column).to_pylist() == [b"2020-01-02", b"2020-01-03"]
 
 
+@pytest.mark.parametrize(
+    "text",
+    [
+        "8F14E45F-CEEA-467A-9575-0000DEADBEEF",
+        "{8f14e45f-ceea-467a-9575-0000deadbeef}",
+        "{8F14E45F-CEEA-467A-9575-0000DEADBEEF}",
+        "8f14e45fceea467a95750000deadbeef",
+        "8F14E45FCEEA467A95750000DEADBEEF",
+        " 8f14e45f-ceea-467a-9575-0000DEADBEEF ",
+    ],
+)
+def test_a_uuid_is_the_same_key_however_it_is_written(text: str) -> None:
+    assert key_of("a", text) == [b"a", b"8f14e45f-ceea-467a-9575-0000deadbeef"]
+    assert key_of(UUID(text.strip())) == [b"8f14e45f-ceea-467a-9575-0000deadbeef"]
+
+
+@pytest.mark.parametrize(
+    "text",
+    [
+        "{8F14E45F-CEEA-467A-9575-0000DEADBEEF",
+        "8F14E45F-CEEA467A-9575-0000DEADBEEF",
+        "8F14E45F-CEEA-467A-9575-0000DEADBEEG",
+        "8F14E45F-CEEA-467A-9575-0000DEADBEE",
+        "8F14E45F-CEEA-467A-9575-0000DEADBEEF0",
+        "{8F14E45F-CEEA-467A-9575-0000DEADBEE}",
+    ],
+)
+def test_what_is_almost_a_uuid_stays_as_it_is(text: str) -> None:
+    assert key_of("a", text) == [b"a", text.encode()]
+
+
 def test_times_lose_only_what_tells_nothing() -> None:
     moment = pa.array(["2020-01-02 03:04:00.05"]).cast(pa.timestamp("us"))
     (made,) = canonical(moment).to_pylist()

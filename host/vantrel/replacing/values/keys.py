@@ -20,6 +20,10 @@ WORDS = 8
 _WHOLE_NUMBER = r"^-?(0|[1-9][0-9]*)\.0+$"
 _TIME = r"^\d{4}-\d{2}-\d{2}[ T]\d{2}:\d{2}:\d{2}(\.\d+)?(Z|[+-]\d{2}:?\d{2})?$"
 _END_OF_TIME = r"(:\d{2}(?:\.\d*[1-9])?)\.?0*(Z|[+-]\d{2}:?\d{2})?$"
+_DIGITS_OF_UUID = [f"[0-9A-Fa-f]{{{count}}}" for count in (8, 4, 4, 4, 12)]
+_UUID = f"(?:{'-'.join(_DIGITS_OF_UUID)}|{''.join(_DIGITS_OF_UUID)})"
+_ANY_UUID = rf"^(?:{_UUID}|\{{{_UUID}\}})$"
+_PARTS_OF_UUID = "^(.{8})(.{4})(.{4})(.{4})(.{12})$"
 # Begins the keys of several parts, and those few of one part that begin with it themselves.
 _PARTS = b"\0"
 _ROW = b"\0row"
@@ -64,12 +68,15 @@ def canonical(column: pa.Array) -> pa.Array:
 
     Integers are written without a fraction, also where they are stored as floating point or
     decimal numbers or as texts such as "7.0"; days without a time of midnight; e-mail addresses in
-    lower case; all without blanks around them. Other texts stay as they are.
+    lower case; UUIDs, too, with dashes and without braces; all without blanks around them. Other
+    texts stay as they are.
     """
     text = as_texts(column)
     for sign, rewritten in _REWRITTEN.items():
         if pc.any(pc.match_substring(text, sign)).as_py():  # a pattern takes ten times as long
             text = rewritten(text)
+    if pc.any(_may_be_odd_uuid(text)).as_py():
+        text = _uuids_alike(text)
     return text.cast(pa.binary())
 
 
@@ -121,6 +128,23 @@ def _times_without_needless_parts(text: pa.Array) -> pa.Array:
     cut = pc.replace_substring_regex(text, _END_OF_TIME, r"\1\2")
     cut = pc.replace_substring(pc.replace_substring_regex(cut, "[ T]00:00:00$", ""), "T", " ")
     return pc.if_else(pc.match_substring_regex(text, _TIME), cut, text)
+
+
+def _may_be_odd_uuid(text: pa.Array) -> pa.Array:
+    """Tells by its length, which costs next to nothing, what may be a UUID to write otherwise."""
+    length = pc.binary_length(text)
+    is_odd = pc.is_in(length, value_set=pa.array([32, 34, 38], pa.int32()))
+    is_usual = pc.equal(length, 36)
+    if pc.any(is_usual).as_py():
+        is_odd = pc.or_(is_odd, pc.and_(is_usual, pc.not_equal(pc.ascii_lower(text), text)))
+    return is_odd
+
+
+def _uuids_alike(text: pa.Array) -> pa.Array:
+    """Writes UUIDs in lower case, with dashes and without braces."""
+    bare = pc.ascii_lower(pc.replace_substring(pc.ascii_trim(text, "{}"), "-", ""))
+    dashed = pc.replace_substring_regex(bare, _PARTS_OF_UUID, r"\1-\2-\3-\4-\5")
+    return pc.if_else(pc.match_substring_regex(text, _ANY_UUID), dashed, text)
 
 
 # What may have to be written otherwise has such a sign in it.
