@@ -10,8 +10,8 @@ from decimal import Decimal
 MOST_CHARACTERS = 120
 
 # What stands between the name of a user and a host in an address. Of paths one of the two slashes
-# may be lost.
-_PASSWORD = re.compile(r"(?<=[A-Za-z0-9]:/)(/?[^\s/:@]*):[^\s]*@")
+# may be lost, and of mistyped addresses both.
+_PASSWORD = re.compile(r"((?<=[A-Za-z0-9]:/)/?[^\s/:@]*:|(?<![\w.%+-])[\w.%+-]+:(?!/))\S*@")
 
 # Stands for a sign that no reader could see.
 _UNSEEN = "\N{REPLACEMENT CHARACTER}"
@@ -80,7 +80,7 @@ def _seen(character: str) -> str:
 
 def without_passwords(text: str) -> str:
     """Gives a text without the passwords of the addresses that are in it."""
-    return _PASSWORD.sub(r"\1:***@", text)
+    return _PASSWORD.sub(r"\1***@", text)
 
 
 def some(texts: Sequence[str], most: int) -> str:

@@ -10,6 +10,7 @@ import pytest
 from support.command import run
 from support.databases import Post, shop
 from vantrel.databases.address import read_address
+from vantrel.wording import without_passwords
 
 # One that is written otherwise in an address, which some messages have decoded.
 PASSWORD = "p:l/an@ted%"
@@ -93,3 +94,20 @@ def test_no_address_that_fails_shows_it(
     assert told.exit_code in (1, 2)
     assert told.stderr.count("vantrel: error: ") == 1
     refuse_shown(told.stdout + told.stderr + caplog.text)
+
+
+@pytest.mark.parametrize("address", ["postgres:me:{}@127.0.0.1/db", "me:{}@127.0.0.1/db"])
+@pytest.mark.parametrize("password", [WRITTEN, PLAIN])
+def test_an_address_without_slashes_is_shown_without_it(address: str, password: str) -> None:
+    for line in ("replace '{}' --key id -o x", "fit '{}' -o m.json --debug", "show '{}'"):
+        told = run(line.format(address.format(password)))
+        assert told.exit_code in (1, 2)
+        assert ":***@127.0.0.1/db" in told.stderr
+        refuse_shown(told.stdout + told.stderr)
+
+
+@pytest.mark.parametrize(
+    "text", ["sqlite:///shop.db", "at 10:30 by a@b.org", "x: a@b.org", "postgresql://me@h:1/db"]
+)
+def test_what_has_no_password_stays(text: str) -> None:
+    assert without_passwords(text) == text
