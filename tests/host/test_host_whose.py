@@ -40,6 +40,11 @@ def test_names_that_agree_with_any_of_several() -> None:
     assert not are_of_others(df, "names", [*OWN, ("whole",)])
 
 
+def test_names_as_categories() -> None:
+    names = ["Uwe Groß", None, "Uwe Groß"]
+    assert are_of_others(table(names=names).astype("category"), "names", OWN)
+
+
 def test_names_in_one_word() -> None:
     df = pd.DataFrame({"vorname": ["芳", "伟"], "nachname": ["王", "李"], "x": ["王芳", "李伟"]})
     assert not are_of_others(df, "x", OWN)

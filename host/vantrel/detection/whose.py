@@ -42,8 +42,12 @@ def _keeps_rows(column: pd.Series) -> bool:
 
 
 def _joined(table: pd.DataFrame, columns: Sequence[str]) -> list[str]:
-    cells = (table[each].fillna("").astype(str) for each in columns)
+    cells = (map(_text, table[each], table[each].isna()) for each in columns)
     return [plain(" ".join(row)).strip() for row in zip(*cells, strict=True)]
+
+
+def _text(cell: object, is_missing: object) -> str:
+    return "" if is_missing else str(cell)
 
 
 def _agree(name: str, own: Sequence[str]) -> bool:
