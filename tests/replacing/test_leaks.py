@@ -306,7 +306,7 @@ def test_other_addresses_with_a_name_in_them_become_the_made_up_one(cell: str) -
     values = [
         value._replace(address=pa.array([MADE_ADDRESS])) for value in values_of(1, real, made)
     ]
-    assert scrubbed(pa.array([cell]), values).to_pylist() == [ADDRESSES[cell]]
+    assert scrubbed(pa.array([cell]), values, "notes").to_pylist() == [ADDRESSES[cell]]
 
 
 def names_of(*people: tuple[str, str]) -> Names:
