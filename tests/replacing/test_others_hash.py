@@ -82,6 +82,18 @@ def test_texts_of_one_form() -> None:
     assert len({*of([f"{number:03}" for number in range(1_000)])}) == 1_000
 
 
+def test_a_uuid_stays_one_however_it_is_written() -> None:
+    (plain,) = of([UUIDS[0]])
+    bare = UUIDS[0].replace("-", "")
+    written = of([UUIDS[0].upper(), f"{{{UUIDS[0]}}}", bare, bare.upper()])
+    assert written == [
+        plain.upper(),
+        f"{{{plain}}}",
+        plain.replace("-", ""),
+        plain.replace("-", "").upper(),
+    ]
+
+
 @pytest.mark.parametrize("write", [str.lower, str.upper])
 def test_uuids_become_uuids(write: Callable[[str], str]) -> None:
     real = [write(text) for text in UUIDS]

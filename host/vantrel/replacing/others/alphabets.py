@@ -22,8 +22,8 @@ NONE = 0
 NOT_ZERO = 1
 """That of the digits from 1 to 9, of which numbers have their first one."""
 
-LOWER_HEX, UPPER_HEX = 2, 3
-"""Those of the digits of UUIDs, whose letters are small or capitals."""
+HEX = 2
+"""That of the digits of UUIDs."""
 
 _DIGITS = range(ord("0"), ord("9") + 1)
 
@@ -53,8 +53,7 @@ def alphabets() -> Alphabets:
         if category[0] == "L" or category == "Nd":
             found.setdefault((code >> _PART_BITS, category), []).append(code)
     several = [codes for codes in found.values() if len(codes) > 1]
-    hexadecimal = [[*_DIGITS, *map(ord, letters)] for letters in ("abcdef", "ABCDEF")]
-    known = [[0], list(_DIGITS[1:]), *hexadecimal, *several]
+    known = [[0], list(_DIGITS[1:]), [*_DIGITS, *map(ord, "abcdef")], *several]
     made = Alphabets(
         of=np.zeros(sys.maxunicode + 1, dtype=np.uint16),
         place=np.zeros(sys.maxunicode + 1, dtype=np.uint8),
@@ -63,7 +62,7 @@ def alphabets() -> Alphabets:
     )
     for number, codes in enumerate(known):
         made.codes[number, : len(codes)] = codes
-        if number > UPPER_HEX:
+        if number > HEX:
             made.of[codes] = number
             made.place[codes] = np.arange(len(codes))
     return made

@@ -65,11 +65,16 @@ def _in_form_of(cells: pa.Array, keys: pa.Array, images: pa.Array) -> pa.Array:
 
 
 def _written(cell: str, key: str, image: str) -> str:
+    if cell.count("-") < key.count("-"):  # a UUID without any
+        key, image = key.replace("-", ""), image.replace("-", "")
     start = cell.lower().find(key.lower())
     end = start + len(key)
     if start < 0 or len(cell.lower()) != len(cell):  # a time, written in another way
         return image
-    letters = zip(cell[start:end], image, strict=True)
+    own = cell[start:end]
+    if own.isupper():  # where a letter of a UUID takes the place of a digit, too
+        own = "A" * len(own)
+    letters = zip(own, image, strict=True)
     return cell[:start] + "".join(_in_case_of(*each) for each in letters) + cell[end:]
 
 

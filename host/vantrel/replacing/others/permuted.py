@@ -9,7 +9,7 @@ import numpy as np
 import pyarrow as pa
 import pyarrow.compute as pc
 
-from vantrel.replacing.others.alphabets import LOWER_HEX, NONE, NOT_ZERO, UPPER_HEX, alphabets
+from vantrel.replacing.others.alphabets import HEX, NONE, NOT_ZERO, alphabets
 from vantrel.replacing.others.feistel import TWEAK_BYTES, permuted
 from vantrel.replacing.values.keys import canonical, digests
 
@@ -24,8 +24,8 @@ _ENDS = [
     for end in ((1 << bits - 1) - 1, (1 << bits) - 1, -(1 << bits - 1))
 ] + [str(sign << 53) for sign in (1, -1)]  # the last whole number of floating point
 
-# The letters of UUIDs, and where their digits are, but for those of the version and the variant.
-_UUIDS = {UPPER_HEX: "A-F", LOWER_HEX: "a-f"}
+# UUIDs, and where their digits are, but for those of the version and the variant.
+_UUID = "^[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}$"
 _UUID_LENGTH = 36
 _UUID_DIGITS = np.array([n for n in range(_UUID_LENGTH) if n not in (8, 13, 14, 18, 19, 23)])
 
@@ -38,7 +38,7 @@ def permuted_texts(texts: pa.Array, key: bytes) -> pa.Array:
         key: What decides which.
     """
     kinds = _kinds(texts)
-    uuids = _uuids(texts)
+    uuids = _are_uuids(texts)
     made = _images(texts, uuids, key)
     rows = np.flatnonzero(_kinds(made) != kinds)
     while len(rows):  # on along the cycle, which leads back to a text of the same kind
@@ -60,22 +60,16 @@ def _kinds(texts: pa.Array) -> Any:
             is_beyond = pc.and_(is_beyond, pc.match_substring_regex(texts, WHOLE_NUMBER))
             kinds += is_beyond.to_numpy(zero_copy_only=False)
     is_canonical = pc.equal(canonical(texts).cast(pa.string()), texts).fill_null(False)
-    uuids = _uuids(texts)
-    kinds[uuids != NONE] = len(_ENDS) + uuids[uuids != NONE]
+    kinds[_are_uuids(texts)] = len(_ENDS) + 1
     kinds[~is_canonical.to_numpy(zero_copy_only=False)] = -1
     return kinds
 
 
-def _uuids(texts: pa.Array) -> Any:
-    """Gives the alphabet of the digits of each text that is a UUID; NONE for others."""
-    found = np.full(len(texts), NONE, dtype=np.int8)
-    if pc.any(pc.equal(pc.binary_length(texts), _UUID_LENGTH)).as_py():
-        for alphabet, letters in _UUIDS.items():
-            digit = f"[0-9{letters}]"
-            pattern = f"^{digit}{{8}}(-{digit}{{4}}){{3}}-{digit}{{12}}$"
-            is_uuid = pc.match_substring_regex(texts, pattern).to_numpy(zero_copy_only=False)
-            found[is_uuid] = alphabet
-    return found
+def _are_uuids(texts: pa.Array) -> Any:
+    """Tells which texts are UUIDs."""
+    if not pc.any(pc.equal(pc.binary_length(texts), _UUID_LENGTH)).as_py():
+        return np.zeros(len(texts), dtype=bool)
+    return pc.match_substring_regex(texts, _UUID).to_numpy(zero_copy_only=False)
 
 
 def _images(texts: pa.Array, uuids: Any, key: bytes) -> pa.Array:
@@ -83,7 +77,7 @@ def _images(texts: pa.Array, uuids: Any, key: bytes) -> pa.Array:
 
     Args:
         texts: The texts.
-        uuids: The alphabet of the digits of each that is taken for a UUID; NONE for others.
+        uuids: Which of them are taken for UUIDs.
         key: What decides which.
     """
     known = alphabets()
@@ -94,12 +88,11 @@ def _images(texts: pa.Array, uuids: Any, key: bytes) -> pa.Array:
     which[first] = np.where(codes[first] == _ZERO, NONE, NOT_ZERO)
     values[first] -= which[first] == NOT_ZERO
     starts = np.cumsum(lengths) - lengths
-    for alphabet in _UUIDS:
-        its = starts[uuids == alphabet][:, np.newaxis]
-        which[its + np.arange(_UUID_LENGTH)] = NONE
-        which[its + _UUID_DIGITS] = alphabet
-        digits = known.codes[alphabet, : known.size[alphabet]]
-        values[its + _UUID_DIGITS] = np.searchsorted(digits, codes[its + _UUID_DIGITS])
+    its = starts[uuids][:, np.newaxis]
+    which[its + np.arange(_UUID_LENGTH)] = NONE
+    which[its + _UUID_DIGITS] = HEX
+    digits = known.codes[HEX, : known.size[HEX]]
+    values[its + _UUID_DIGITS] = np.searchsorted(digits, codes[its + _UUID_DIGITS])
     forms = _texts(np.where(which == NONE, codes, known.codes[which, 0]), lengths)
     tweaks = _tweaks(forms, key)
 
