@@ -344,6 +344,7 @@ def test_real_last_names_beside_other_first_names_ask_for_a_look(columns: list[s
     )
 
 
+@pytest.mark.filterwarnings("ignore::vantrel.errors.BorrowedNamesWarning")  # IS, in older Faker
 @pytest.mark.parametrize("seed", range(2, 7))
 @pytest.mark.parametrize("rows", [200, 2000])
 def test_made_up_last_names_are_none_of_real_people_alone(rows: int, seed: int) -> None:
