@@ -14,7 +14,6 @@ pa = pytest.importorskip("pyarrow", reason="People are replaced by way of Arrow"
 
 import vantrel  # noqa: E402 - after the line that skips
 from support.replacing import SECRET, customers  # noqa: E402 - needs pyarrow
-from vantrel.first_names import genders_of_first_names  # noqa: E402 - as above
 from vantrel.replacing.replacer import Replacer  # noqa: E402 - as above
 
 
@@ -272,191 +271,6 @@ def test_an_advice_of_python_is_python(table: pd.DataFrame) -> None:
     assert leak.endswith(": add scrub=['e-mail'].")
 
 
-def test_who_is_named_in_one_table_is_found_in_another() -> None:
-    customers = pd.DataFrame(
-        {
-            "id": [1, 2, 3],
-            "first_name": ["Günter", "Ann", "Bo"],
-            "last_name": ["Weber", "de Vries", "Ray"],
-            "email": ["g@x.org", "a@x.org", "b@x.org"],
-        }
-    )
-    orders = pd.DataFrame(
-        {
-            "id": [1, 2, 3, 1],
-            "email": ["g@x.org", "a@x.org", "b@x.org", "g@x.org"],
-            "sent_to": ["GÜNTER WEBER 1", "Vries, Ann 2", "nobody 3", "Bo Ray 4"],
-        }
-    )
-    replacer = Replacer(SECRET)
-    made = replacer.replace(customers, key="id").set_index("id")
-    same = replacer.replace(orders, key="id")
-    assert same["sent_to"].equals(orders["sent_to"])
-    assert [note for note in replacer.notes if "still name" in note] == [
-        "Column 'sent_to': 2 cells still name the row's person (rows 1, 2): add scrub=['sent_to']."
-    ]
-    scrubbed = replacer.replace(orders, key="id", scrub=["sent_to"])
-    first, last = made["first_name"], made["last_name"]
-    assert scrubbed["sent_to"].tolist() == [
-        f"{first[1].upper()} {last[1].upper()} 1",
-        f"{last[2]}, {first[2]} 2",
-        "nobody 3",
-        "Bo Ray 4",
-    ]
-    assert not [note for note in replacer.notes if "still name" in note]
-
-
-def test_a_second_column_of_an_attribute_is_looked_for_too() -> None:
-    table = pd.DataFrame(
-        {"id": [1], "email": ["a@x.org"], "mail2": ["b@x.org"], "memo": ["to B@x.org"]}
-    )
-    replacer = Replacer(SECRET)
-    replacer.replace(table, key="id", columns={"email": ["email", "mail2"]})
-    assert "Column 'memo': 1 cell still names the row's person (row 1): add scrub=['memo']." in (
-        replacer.notes
-    )
-
-
-def test_what_is_scrubbed_is_in_the_case_of_its_text() -> None:
-    table = pd.DataFrame(
-        {
-            "id": [1, 2],
-            "first_name": ["ANN", "BEN"],
-            "last_name": ["STONE", "HILL"],
-            "full_name": ["STONE, ANN", "BEN HILL"],
-            "memo": ["Ann Stone met ANN STONE, not ann stone", "for Stone, or Ben Hill"],
-        }
-    )
-    made = vantrel.replace(table, "id", SECRET, scrub=["memo"])
-    ann, ben = made.to_dict("records")
-    assert ann["full_name"] == f"{ann['last_name']}, {ann['first_name']}"
-    assert ben["full_name"] == f"{ben['first_name']} {ben['last_name']}"
-    whole = f"{ann['first_name']} {ann['last_name']}"
-    assert ann["memo"] == f"{whole.title()} met {whole}, not {whole.lower()}"
-    assert ben["memo"] == f"for Stone, or {ben['full_name'].title()}"
-    assert whole.isupper()
-
-
-def test_addresses_in_texts_belong_to_nobody_after_scrubbing() -> None:
-    customers = pd.DataFrame(
-        {
-            "id": [1, 2],
-            "first_name": ["Ann", "Tom"],
-            "last_name": ["Lee", "Ray"],
-            "email": ["ann@work.org", "tom@ray.com"],
-            "memo": ["private: ann.lee@gmail.com", "ray-tom@mail.de, not ann@mail.de"],
-        }
-    )
-    replacer = Replacer(SECRET)
-    made = replacer.replace(customers, key="id", scrub=["memo"])
-    ann, tom = made["email"]
-    assert made["memo"].tolist() == [f"private: {ann}", f"{tom}, not ann@mail.de"]
-    no_addresses = customers[["id", "first_name", "memo"]]
-    assert replacer.replace(no_addresses, key="id", scrub=["memo"])["memo"].equals(made["memo"])
-    orders = pd.DataFrame({"id": [2], "mobile": ["0171 5550100"], "memo": ["to TOM@RAY.COM"]})
-    assert replacer.replace(orders, key="id", scrub=["memo"])["memo"][0] == f"to {tom.upper()}"
-
-
-@pytest.mark.parametrize("name", ["Anna van den Berg", "ANNA VAN DEN BERG", "Anna Berg"])
-def test_first_names_before_particles_are_noticed(name: str) -> None:
-    texts = ["Anna phoned", "for Mr Berg", "Anna Berg, not Anne", "mad as van den Vries"]
-    table = pd.DataFrame({"id": 1, "full_name": name, "memo": texts})
-    replacer = Replacer(SECRET)
-    replacer.replace(table, key="id")
-    told = "Column 'memo': 1 cell still names the row's person (row 3)"
-    assert any(note.startswith(told) for note in replacer.notes)
-    made = replacer.replace(table, key="id", scrub=["memo"])
-    first, last = made["full_name"][0].title().split()
-    assert made["memo"].tolist() == [
-        f"{first} phoned",
-        f"for Mr {last}",
-        f"{first} {last}, not Anne",
-        "mad as van den Vries",
-    ]
-    assert not any("name alone" in note for note in replacer.notes)
-
-
-@pytest.mark.parametrize("particles", ["van den", "von", "de", "De la"])
-def test_particles_belong_to_last_names(particles: str) -> None:
-    name = f"Anna Maria {particles} Berg"
-    memo = [f"Ms {particles} Berg", "Anna Maria"]
-    table = pd.DataFrame({"id": 1, "full_name": name, "memo": memo})
-    made = vantrel.replace(table, "id", SECRET, scrub=["memo"])
-    first, last = made["full_name"][0].split()
-    assert made["memo"].tolist() == [f"Ms {last}", first]
-
-
-def test_first_names_contradict_no_gender_that_is_told() -> None:
-    table = pd.DataFrame(
-        {
-            "id": [number + kind for number in range(0, 40, 2) for kind in (0, 0, 1, 1)],
-            "sex": [None, "f", None, None] * 20,
-            "first_name": ["Hans", "Hans", "Hans", "Anna"] * 20,
-            "country": "DE",
-        }
-    )
-    replacer = Replacer(SECRET)
-    made = replacer.replace(table, key="id")["first_name"]
-    assert not [note for note in replacer.notes if "contradict" in note]
-    genders = made.str.lower().map(genders_of_first_names("de_DE"))
-    assert set(genders[table["id"] % 2 == 0].dropna()) == {"F"}
-    assert set(genders[table["id"] % 2 == 1].dropna()) == {"M"}
-
-
-GENDERS = {"Hans": "M", "Anna-Lena": "F", "Andrea": "F", "Prof. Dr. Eva": "F", "Qx": None}
-
-
-def test_a_first_name_tells_the_gender_where_nothing_else_does() -> None:
-    table = pd.DataFrame({"full_name": [f"{name} Ott" for name in GENDERS], "country": "DE"})
-    replacer = Replacer(SECRET)
-    made = replacer.replace(pd.concat([table] * 40).assign(id=range(200)), key="id")
-    known = genders_of_first_names("de_DE")
-    first = made["full_name"].str.extract(r"^(?:Prof\. Dr\. )?(\S+)")[0].str.lower().map(known)
-    for name, gender in zip(GENDERS, GENDERS.values(), strict=True):
-        found = set(first[made.index == list(GENDERS).index(name)].dropna())
-        assert found == ({"F", "M"} if gender is None else {gender})
-    assert "The gender of 40 of 200 people is not known: they have names of any." in replacer.notes
-
-
-@pytest.mark.parametrize("column", ["gender", "title"])
-def test_titles_tell_genders_also_where_genders_are_looked_for(column: str) -> None:
-    table = pd.DataFrame({"id": range(60), "first_name": "Qx", "anrede": ["Herr", "Frau Dr."] * 30})
-    made = vantrel.replace(table, "id", SECRET, columns={column: "anrede"}, place="DE")[
-        "first_name"
-    ].str.lower()
-    known = genders_of_first_names("de_DE")
-    assert set(made[::2].map(known).dropna()) == {"M"}
-    assert set(made[1::2].map(known).dropna()) == {"F"}
-
-
-def test_accents_do_not_hide_a_person() -> None:
-    table = pd.DataFrame(
-        {
-            "id": [1, 2, 3, 4],
-            "first_name": ["José", "Eva", "John", "Ann"],
-            "last_name": ["Müller", "Novak", "O’Brien", "Lee"],
-            "country": "ES",
-            "memo": ["for Jose Muller", "Éva NOVÁK", "John O'Brien", "nobody"],
-        }
-    )
-    replacer = Replacer(SECRET)
-    made = replacer.replace(table, key="id", scrub=["memo"])
-    first, last = made["first_name"], made["last_name"]
-    assert made["memo"].tolist() == [
-        f"for {first[0]} {last[0]}",
-        f"{first[1]} {last[1].upper()}",
-        f"{first[2]} {last[2]}",
-        "nobody",
-    ]
-    replaced, *notes = replacer.notes
-    assert replaced.endswith(", 'memo' (scrubbed).")
-    assert not [note for note in notes if "memo" in note]
-    replacer.replace(table, key="id")
-    assert "(rows 1, 2, 3)" in next(note for note in replacer.notes if "memo" in note)
-    replacer.replace(table, key="id", keep=["lastname"])
-    assert not [note for note in replacer.notes if "rows 1" in note]
-
-
 @pytest.mark.parametrize("encoded", [False, True])
 def test_empty_texts_do_not_hide_what_a_column_is(encoded: bool) -> None:
     texts = pd.Series(["a@x.org", *[""] * 99])
@@ -480,25 +294,9 @@ def test_what_is_not_a_number_stays_so() -> None:
     assert other != other
 
 
-def test_numbers_of_any_type_are_searched() -> None:
-    rows = {"id": [1], "mobile": ["07700 900123"], "a": [7_700_900_123.0], "b": [7_700_900_123]}
-    replacer = Replacer(SECRET)
-    replacer.replace(pa.table(rows), key="id", columns={"mobile_number": "mobile"})
-    told = [note.split(":")[0] for note in replacer.notes if "still names" in note]
-    assert told == ["Column 'a'", "Column 'b'"]
-
-
 def test_an_index_that_stays_is_told(table: pd.DataFrame) -> None:
     told = "The index stays as it is: reset_index() makes columns of it, which are replaced."
     for key, is_told in (("email", True), ("customer_id", False)):
         replacer = Replacer(SECRET)
         replacer.replace(table.set_index(key))
         assert (told in replacer.notes) == is_told
-
-
-@pytest.mark.parametrize(("country", "gender"), [("IT", "M"), ("DE", "F")])
-def test_a_first_name_tells_what_it_tells_in_its_country(country: str, gender: str) -> None:
-    table = pd.DataFrame({"id": range(40), "first_name": "Gabriele", "country": country})
-    made = vantrel.replace(table, "id", SECRET)["first_name"].str.lower()
-    known = genders_of_first_names(f"{country.lower()}_{country}")
-    assert set(made.map(known).dropna()) == {gender}

@@ -2,11 +2,13 @@
 
 from __future__ import annotations
 
+import importlib
 import logging
 import shutil
-from collections.abc import Iterator
+from collections.abc import Callable, Iterator
+from functools import partial
 from pathlib import Path
-from typing import TYPE_CHECKING
+from typing import TYPE_CHECKING, Any
 
 import pytest
 
@@ -65,3 +67,30 @@ def folder(tmp_path: Path, model_file: Path, monkeypatch: pytest.MonkeyPatch) ->
 def model() -> PersonModel:
     """A model of a few attributes, with missing genders and countries."""
     return model_with_gaps()
+
+
+@pytest.fixture
+def many(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    """A folder of three files of people, in the folder that commands run in."""
+    from support.replaced_folders import visits, write_folder
+
+    monkeypatch.chdir(tmp_path)
+    write_folder(Path("many"), visits(60), 3)
+
+
+@pytest.fixture
+def alike(client: Any) -> Iterator[None]:
+    """Has workers give everybody one digest."""
+
+    def set_digests(is_alike: bool) -> None:
+        genuine = importlib.import_module("vantrel.replacing.values.keys").digests
+        others = partial(_one_digest, genuine)
+        people = importlib.import_module("vantrel.replacing.people.people")
+        people.digests = others if is_alike else genuine  # type: ignore[attr-defined]  # is there
+
+    def _one_digest(genuine: Callable[..., Any], keys: Any, secret: bytes) -> Any:
+        return genuine([b"one" for _ in keys], secret)
+
+    client.run(set_digests, is_alike=True)
+    yield
+    client.run(set_digests, is_alike=False)

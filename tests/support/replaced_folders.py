@@ -4,13 +4,16 @@ from __future__ import annotations
 
 from collections.abc import Sequence
 from pathlib import Path
+from typing import Any
 
 import numpy as np
 import pandas as pd
 import pyarrow as pa
 import pyarrow.parquet as pq
+import pytest
 
-from support.replacing import customers
+from support.replacing import SECRET, customers
+from vantrel import scale
 
 KEY = "customer_id"
 
@@ -51,3 +54,13 @@ def read_files(folder: Path, names: Sequence[str] | None = None) -> pa.Table:
 def in_rows(table: pa.Table) -> pa.Table:
     """Gives the same rows in the order of their numbers."""
     return table.sort_by("row").combine_chunks()
+
+
+def refusal(client: Any, error: type[Exception], **asked: Any) -> str:
+    """Gives the message of a call that fails and leaves nothing behind."""
+    asked = {"source": "many", "output": "copy", "key": KEY, "secret": SECRET} | asked
+    with pytest.raises(error) as caught:
+        scale.replace(**asked, client=client)
+    assert caught.type is error
+    assert not Path("copy").exists()
+    return str(caught.value)
