@@ -1,5 +1,7 @@
 #include "bulk/rehearsal.hpp"
 
+#include <pthread.h>
+
 #include "person/names.hpp"
 #include "python/call.hpp"
 #include "python/function.hpp"
@@ -17,18 +19,21 @@ Ref made_by(const char* module, const char* function, Positionals arguments, Key
     return call(make, arguments, keywords);
 }
 
+PyObject* kept_sources = nullptr;
+
 /// Stands in for the modules `random` and `numpy`.
 PyObject* sources() {
-    // Not made by the initialiser: another thread would wait there with the lock that this one needs to go on.
-    static PyObject* kept = nullptr;
-    if (kept == nullptr) {
+    // Not made by an initialiser: another thread would wait there with the lock that this one needs to go on.
+    if (kept_sources == nullptr) {
         Ref seed = integer(0);
         Ref random = made_by("numpy.random", "RandomState", {seed});
         Ref numpy = made_by("types", "SimpleNamespace", {},
                             {{names::random, random}, {names::nan, attr(global(names::np), names::nan)}});
-        kept = dict({{names::random, made_by("random", "Random", {seed})}, {names::np, numpy}}).release();
+        kept_sources = dict({{names::random, made_by("random", "Random", {seed})}, {names::np, numpy}}).release();
+        // In a forked process nobody may be left to let go of the lock of numpy's source.
+        [[maybe_unused]] static const int told = pthread_atfork(nullptr, nullptr, [] { kept_sources = nullptr; });
     }
-    return kept;
+    return kept_sources;
 }
 
 Ref same_text_body(Arguments /*arguments*/) { return Ref::share(names::x); }
