@@ -363,6 +363,16 @@ def test_nobody_bears_what_a_real_person_does_if_that_is_asked(british: pd.DataF
     pd.testing.assert_series_equal(out["lastname"][was_free], usual["lastname"][was_free])
 
 
+def test_who_gets_another_number_keeps_what_else_is_made_for_her(british: pd.DataFrame) -> None:
+    few = british[["id", "mobile_number"]].head(500).assign(note="called")
+    usual, other = (
+        Replacer(SECRET, no_real=no_real).replace(few, "id", others={"note": "fake:word"})
+        for no_real in (False, True)
+    )
+    assert (usual["mobile_number"] != other["mobile_number"]).any()
+    pd.testing.assert_series_equal(usual["note"], other["note"])
+
+
 def test_real_addresses_are_compared_where_they_could_be_made_up() -> None:
     rows = pd.DataFrame({"id": range(20), "email": [f"q{n}@qb.org" for n in range(20)]})
     made = Replacer(SECRET).replace(rows, "id")["email"]
