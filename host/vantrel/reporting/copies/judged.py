@@ -40,18 +40,10 @@ def judge_replaced(replaced: Sequence[ReplacedColumn]) -> Iterator[Verdict]:
     """Judges whether people were replaced, and each by one person."""
     if not replaced:
         return
-    about = "Cells that had to change"
     same = [each for each in replaced if not each.is_replaced]
-    figure = f"{number(sum(each.same for each in same or replaced))} as before"
-    if same:
-        names = listed([shown(each.column) for each in same])
-        words = (
-            f"Real values are still in {names}. Make the copy anew, and do not hand this one on."
-        )
-        yield Verdict(about, figure, LOOK, words, "replaced")
-    else:
-        words = "No more cells mean what they meant in the original than chance explains."
-        yield Verdict(about, figure, FINE, words, "replaced")
+    about = "Cells that had to change"
+    fine = "No more cells mean what they meant in the original than chance explains."
+    yield _of_same(about, replaced, same, "Real values", fine, "replaced")
     if any(each.torn is not None for each in replaced):
         yield _of_people(replaced)
 
@@ -82,19 +74,27 @@ def judge_acted(acted: Sequence[ActedColumn]) -> Iterator[Verdict]:
     """Judges whether the columns that had an action were changed by it."""
     if not acted:
         return
-    about = "Columns that had an action"
     same = [each for each in acted if not each.is_changed]
-    figure = f"{number(sum(each.same for each in same or acted))} as before"
-    if same:
-        names = listed([shown(each.column) for each in same])
-        words = (
-            f"Values that had to go are still in {names}. Make the copy anew, and do not hand this"
-            " one on."
-        )
-        yield Verdict(about, figure, LOOK, words, "acted")
-    else:
-        words = "No value is still there but those that chance explains."
-        yield Verdict(about, figure, FINE, words, "acted")
+    about = "Columns that had an action"
+    fine = "No value is still there but those that chance explains."
+    yield _of_same(about, acted, same, "Values that had to go", fine, "acted")
+
+
+def _of_same[ColumnT: (ReplacedColumn, ActedColumn)](
+    about: str,
+    columns: Sequence[ColumnT],
+    same: Sequence[ColumnT],
+    what: str,
+    fine: str,
+    block: str,
+) -> Verdict:
+    """Judges whether columns have more of what they had than chance explains."""
+    figure = f"{number(sum(each.same for each in same or columns))} as before"
+    if not same:
+        return Verdict(about, figure, FINE, fine, block)
+    names = listed([shown(each.column) for each in same])
+    words = f"{what} are still in {names}. Make the copy anew, and do not hand this one on."
+    return Verdict(about, figure, LOOK, words, block)
 
 
 def judge_origin(is_changed: bool | None) -> Iterator[Verdict]:
