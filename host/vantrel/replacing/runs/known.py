@@ -25,17 +25,23 @@ _TWO_NAMES = (
 _PARTS = ("firstname", "lastname")
 
 
-def known_of(batch: pa.RecordBatch, new: NewPerson) -> Known:
-    """Gives what one person of each row is known by; the parts of full names, too."""
-    values = [
-        Value(
-            attribute, real := as_texts(batch.column(column)), _made(new, column, attribute, real)
-        )
-        for column, attribute in new.person.replaced.items()
-    ]
+def known_of(batch: pa.RecordBatch, new: NewPerson, *, with_made: bool) -> Known:
+    """Gives what one person of each row is known by; the parts of full names, too.
+
+    Args:
+        batch: The rows as they were.
+        new: What becomes of her.
+        with_made: Whether what takes the place of each value is needed, too.
+    """
+    values = []
+    for column, attribute in new.person.replaced.items():
+        real = as_texts(batch.column(column))
+        made = _made(new, column, attribute, real) if with_made else None
+        values.append(Value(attribute, real, made))
     missing = [part for part in _PARTS if part not in new.person.columns]
     for _, real, made, _ in [each for each in values if missing and each.attribute == "fullname"]:
-        parts = zip(_PARTS, _halves(real), _halves(made), strict=True)
+        of_made = (None, None) if made is None else _halves(made)
+        parts = zip(_PARTS, _halves(real), of_made, strict=True)
         values += [Value(*part) for part in parts if part[0] in missing]
     return Known(values, _names(new, values))
 
