@@ -11,7 +11,7 @@ import pyarrow.compute as pc
 
 from vantrel.replacing.leaks.cells import Integers
 from vantrel.replacing.values.names import folded
-from vantrel.replacing.values.prints import Prints, layout, prints, prints_of
+from vantrel.replacing.values.prints import Prints, is_all_ascii, layout, prints, prints_of
 
 # As prints are of names: with hyphens and apostrophes, and without what stands around them.
 _OTHER_THAN_ASCII_AND_WORDS = r"[^\p{L}\p{N}\x00-\x7f]+"
@@ -36,10 +36,9 @@ class PrintedWords:
         )
         some = texts if is_of_interest is None else texts.take(pa.array(numbers))
         words = pc.fill_null(folded(some), "")
-        data, starts, _ = layout(words)
-        if data.max(initial=0) > 127:  # takes ten times as long, and may stand between words
+        if not is_all_ascii(words):  # takes ten times as long, and may stand between words
             words = pc.replace_substring_regex(words, _OTHER_THAN_ASCII_AND_WORDS, " ")
-            data, starts, _ = layout(words)
+        data, starts, _ = layout(words)
         bounds = np.append(starts, len(data))
         starts, lengths = _spans_of(_IS_OF_WORD[data], bounds)
         self._prints = prints_of(data, starts, lengths)

@@ -14,7 +14,7 @@ import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.replacing.leaks.exact import FEWEST_DIGITS, FEWEST_OF_A_PART
-from vantrel.replacing.values.prints import WORD, layout, words_from_each_byte
+from vantrel.replacing.values.prints import WORD, is_all_ascii, layout, words_from_each_byte
 
 type Integers = np.ndarray[Any, np.dtype[Any]]
 type Flags = np.ndarray[Any, np.dtype[np.bool]]
@@ -164,11 +164,11 @@ class Cells:
 def _folded(texts: pa.Array) -> pa.Array:
     """Texts without regard to case, in which all that is not of ASCII is of words."""
     texts = pc.fill_null(texts.cast(pa.string()), "")
-    is_ascii = pc.string_is_ascii(texts)
     # Joined, as of a slice of large texts that was cast Arrow would copy too few bytes.
     lower = pc.ascii_lower(pa.concat_arrays([texts]))
-    if pc.all(is_ascii).as_py() is not False:
+    if is_all_ascii(lower):
         return lower
-    others = texts.filter(pc.invert(is_ascii)).to_pylist()
+    is_other = pc.invert(pc.string_is_ascii(texts))
+    others = texts.filter(is_other).to_pylist()
     folded = [_OTHER_THAN_ASCII_AND_WORDS.sub(" ", text.casefold()) for text in others]
-    return pc.replace_with_mask(lower, pc.invert(is_ascii), pa.array(folded, pa.string()))
+    return pc.replace_with_mask(lower, is_other, pa.array(folded, pa.string()))

@@ -16,7 +16,7 @@ from vantrel.replacing.leaks.by_print import PrintedWords
 from vantrel.replacing.leaks.cells import Cells, Integers
 from vantrel.replacing.leaks.exact import is_found
 from vantrel.replacing.values.keys import as_texts, is_text
-from vantrel.replacing.values.prints import Prints
+from vantrel.replacing.values.prints import Prints, is_all_ascii
 from vantrel.wording import counted, shown
 
 # What of a person is looked for. First and last names alone are those of many.
@@ -102,8 +102,8 @@ class Names(NamedTuple):
 
     def words_in(self, texts: pa.Array) -> PrintedWords:
         """The words of those cells in which the names are looked for."""
-        if self.is_sought is None:
-            return PrintedWords(texts)
+        if self.is_sought is None or is_all_ascii(texts):
+            return PrintedWords(texts, self.is_sought)
         is_ascii = pc.fill_null(pc.string_is_ascii(texts), True)
         return PrintedWords(texts, self.is_sought | ~is_ascii.to_numpy(zero_copy_only=False))
 
@@ -189,6 +189,8 @@ class Wanted:
         """Tells of each attribute that is looked for in which rows a text has a value of it."""
         has = {attribute: np.zeros(len(texts), dtype=bool) for attribute in SOUGHT}
         for (attribute, real, *_), rows in self.maybe_in(texts):
+            if not len(rows):
+                continue
             pairs = zip(
                 texts.take(pa.array(rows)).to_pylist(),
                 real.take(pa.array(rows)).to_pylist(),

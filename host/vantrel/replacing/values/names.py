@@ -12,15 +12,14 @@ import numpy as np
 import pyarrow as pa
 import pyarrow.compute as pc
 
-from vantrel.replacing.values.prints import NO_PRINT, Prints, layout, mixed, prints_of
+from vantrel.replacing.values.prints import NO_PRINT, Prints, is_all_ascii, layout, mixed, prints_of
 
 _BLANK, _COMMA = ord(" "), ord(",")
 
 
 def folded(texts: pa.Array) -> pa.Array:
     """Strips names of what does not tell them apart, such as case and accents; "" is missing."""
-    data, *_ = layout(texts)
-    if data.max(initial=0) > 127:
+    if not is_all_ascii(texts):
         plain = pc.replace_substring_regex(pc.utf8_normalize(texts, "NFKD"), r"\p{M}+", "")
         plain = pc.replace_substring(plain, "\N{RIGHT SINGLE QUOTATION MARK}", "'")
         texts = pc.utf8_normalize(plain, "NFC")

@@ -21,6 +21,7 @@ WORD = 8
 _FIRST, _SECOND = np.uint64(0xBF58476D1CE4E5B9), np.uint64(0x94D049BB133111EB)
 # By the number of bytes that are left of a text, what keeps these of the eight that are read.
 _KEPT = np.array([(1 << 8 * left) - 1 for left in range(WORD + 1)], dtype=np.uint64)
+_LAST_OF_ASCII = 127
 
 
 def prints(texts: pa.Array, seed: int = 0) -> Prints:
@@ -61,6 +62,12 @@ def layout(texts: pa.Array) -> tuple[Any, Any, Any]:
     ends = ends.astype(np.int64)
     whole = np.frombuffer(data, dtype=np.uint8) if data is not None else np.zeros(0, np.uint8)
     return whole[ends[0] : ends[-1]], ends[:-1] - ends[0], np.diff(ends)
+
+
+def is_all_ascii(texts: pa.Array) -> bool:
+    """Whether all texts are of ASCII: looked at as one, which takes less than a nanosecond each."""
+    data, *_ = layout(texts)
+    return bool(data.max(initial=0) <= _LAST_OF_ASCII)
 
 
 def _words(data: Any, starts: Any, lengths: Any) -> Iterator[tuple[Any, Prints]]:
