@@ -51,7 +51,7 @@ class NewValues:
         if not (self.rows and self._columns):
             return
         new = ", ".join(
-            f"{quoted(column)} = made.{name}"
+            f"{quoted(column)} = " + self._engine.becoming(f"old.{quoted(column)}", f"made.{name}")
             for column, name in zip(self._columns, self._new, strict=True)
         )
         is_same = " AND ".join(

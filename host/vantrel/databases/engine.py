@@ -80,6 +80,9 @@ class Engine(Protocol):
     def read(self, table: str, cells: Mapping[pa.Field, str]) -> Iterator[pa.RecordBatch]:
         """Reads what stands in rows, in SQL, into columns of Arrow, in parts of a table."""
 
+    def becoming(self, old: str, made: str) -> str:
+        """What a cell of some value becomes, in SQL, where another one was made for it."""
+
     def put(self, table: str, columns: Mapping[str, pa.Array]) -> None:
         """Adds rows to some columns of a table."""
 

@@ -142,6 +142,10 @@ class Sqlite:
                 columns = [pa.array(own, kind) for kind, own in values]
                 yield pa.RecordBatch.from_arrays(columns, schema=schema)
 
+    def becoming(self, old: str, made: str) -> str:
+        """What was made, unless it is the old value as a text, which may be a number in truth."""
+        return f"CASE WHEN {made} IS {self.as_text(old)} THEN {old} ELSE {made} END"
+
     def put(self, table: str, columns: Mapping[str, pa.Array]) -> None:
         """Adds rows one by one."""
         self._driver.executemany(
