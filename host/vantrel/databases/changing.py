@@ -68,6 +68,13 @@ class NewValues:
                 " they have no primary key."
             )
 
+    def first(self, rows: int) -> list[list[str | None]]:
+        """The first new values that were made, as the types of their columns hold them."""
+        told = [self._table.told[column].declared for column in self._columns]
+        cells = map(self._engine.as_text, self._new, told)
+        found = self._driver.execute(f"SELECT {', '.join(cells)} FROM {self._name} LIMIT {rows}")
+        return [*map(list, found)]
+
     def _put(self, made: Mapping[str, pa.Array]) -> None:
         try:
             self._engine.put(self._name, made)

@@ -66,7 +66,7 @@ class Excerpt:
         columns: The columns that are changed.
         keys: The values of the key in each row.
         before: The values of the columns that are changed.
-        after: Those that take their place.
+        after: Those that take their place, as texts.
     """
 
     table: str
@@ -74,14 +74,13 @@ class Excerpt:
     columns: tuple[str, ...]
     keys: list[list[object]] = field(default_factory=list)
     before: list[list[object]] = field(default_factory=list)
-    after: list[list[object]] = field(default_factory=list)
+    after: Sequence[Sequence[object]] = ()
 
-    def add(self, batch: pa.RecordBatch, new: Mapping[str, pa.Array]) -> None:
+    def add(self, batch: pa.RecordBatch) -> None:
         """Takes the first rows of a batch, if there are too few yet."""
         rows = min(_SHOWN_ROWS - len(self.before), batch.num_rows)
         self.keys.extend(_rows([batch.column(name) for name in self.key], rows))
         self.before.extend(_rows([batch.column(name) for name in self.columns], rows))
-        self.after.extend(_rows([new[name] for name in self.columns], rows))
 
 
 def _rows(columns: Sequence[pa.Array], rows: int) -> list[list[object]]:
@@ -99,7 +98,7 @@ class _Changed:
         further: Callable[[int], object],
     ) -> None:
         columns = table.changed
-        self.excerpt = Excerpt(table.copied.name, table.copied.key, tuple(columns))
+        self._excerpt = Excerpt(table.copied.name, table.copied.key, tuple(columns))
         self.values = NewValues(table.copied, list(columns), number)
         self._told = table.copied.told
         derived = [name for name, column in self._told.items() if column.is_generated]
@@ -114,9 +113,14 @@ class _Changed:
             column: fitted(made[column], self._told[column].most, column, what)
             for column, what in self._made_as.items()
         }
-        self.excerpt.add(batch, new)
+        self._excerpt.add(batch)
         self._further(batch.num_rows)
         return new
+
+    @property
+    def excerpt(self) -> Excerpt:
+        """The first rows, once all new values are made: as the columns hold these."""
+        return replace(self._excerpt, after=self.values.first(len(self._excerpt.before)))
 
 
 def replace_in_place(
@@ -153,7 +157,7 @@ def replace_in_place(
         progress: What is told how far the rows are.
 
     Returns:
-        What came of it, and the first rows of each table before and after.
+        What came of it, and of a rehearsal the first rows of each table before and after.
 
     Raises:
         VantrelError: A table, the secret or what is asked for cannot be used.
@@ -197,14 +201,16 @@ def replace_in_place(
                 write_form(opener, record, database_record_of(replaced, keys, asked, report))
             if secret_file is not None and is_new:
                 write_secret(secret_file, secret, opener)
+    excerpts: list[Excerpt] = []
     if is_rehearsal:
+        excerpts = [
+            each.excerpt for each, table in zip(changed, opened, strict=True) if table.changed
+        ]
         if secret_file is not None and is_new:
             notes.append("No secret was kept: another one decides when this is done.")
     else:
         database.commit()
-    return Outcome(replaced, report, notes), [
-        each.excerpt for each in changed if each.excerpt.columns
-    ]
+    return Outcome(replaced, report, notes), excerpts
 
 
 def plan_database(
