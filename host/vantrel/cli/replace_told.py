@@ -57,7 +57,8 @@ def _tell(table: Replaced, *, is_rehearsal: bool) -> None:
     print_all(sections)
     if table.staying:
         click.echo(f"Other columns stay: {listed(table.staying)}.")
-    people = f"the people of {counted(table.rows, 'row')}"
+    whom = "the people of" if table.has_people or not table.rows else "nobody in"
+    people = f"{whom} {counted(table.rows, 'row')}"
     if is_rehearsal:
         click.echo(f"Would replace {people}; nothing was changed.")
     elif table.output is None:

@@ -145,7 +145,7 @@ class Replacer:
         self.notes = [
             note_on_columns(roles, actions, scrub),
             *notes_on_index(table),
-            *notes_on_table(roles, self.report.tables[name], passing.leaks(), remedies),
+            *notes_on_table(roles, actions, self.report.tables[name], passing.leaks(), remedies),
             *notes_on_undecided(roles, (), remedies),
             *passing.notes(),
             *notes_on_people(self.report, no_real=self._no_real),

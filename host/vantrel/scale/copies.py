@@ -69,10 +69,12 @@ class Found:
     Attributes:
         leaks: Who is still named.
         lost: The cells of each column that held no date.
+        has_people: Whether somebody was replaced in them.
     """
 
     leaks: list[Leak] = field(default_factory=list)
     lost: dict[str, Lost] = field(default_factory=dict)
+    has_people: bool = False
 
 
 def write_copy(file: CopiedFile, answers: pd.DataFrame, _checked: Checked, shared: Shared) -> None:
@@ -89,7 +91,7 @@ def write_copy(file: CopiedFile, answers: pd.DataFrame, _checked: Checked, share
     passing = shared.passing(people)
 
     def notes() -> dict[str, str]:
-        found = Found(passing.leaks(), dict(passing.lost))
+        found = Found(passing.leaks(), dict(passing.lost), passing.has_people)
         return file.note | {_NOTE: msgspec.json.encode(found).decode()}
 
     with (
@@ -133,7 +135,7 @@ def found_in(files: Iterable[CopiedFile]) -> Found:
     """Gives what was found in the rows of all copies, numbered from the first one's on."""
     leaks: dict[tuple[str, str], Leak] = {}
     lost: dict[str, Lost] = {}
-    before = 0
+    before, has_people = 0, False
     for file in files:
         note = read_metadata(file.path).metadata[_NOTE.encode()]
         found = msgspec.json.decode(note, type=Found)
@@ -143,4 +145,5 @@ def found_in(files: Iterable[CopiedFile]) -> Found:
         for column, cells in found.lost.items():
             lost.setdefault(column, Lost()).add(cells.cells, (row + before for row in cells.rows))
         before += file.rows
-    return Found(people_first(leaks.values()), lost)
+        has_people |= found.has_people
+    return Found(people_first(leaks.values()), lost, has_people)

@@ -199,6 +199,7 @@ class _Run:
             table.roles,
             table.asked,
             sum(table.copied.rows),
+            found.has_people,
             table.staying,
             found.leaks,
             table.others,

@@ -207,3 +207,31 @@ def test_what_a_table_tells_that_is_only_read() -> None:
         "vantrel: note: The gender of 1 of 3 people is not known: they have names of any.",
     ]
     assert succeed(f"{BOTH} --scrub notes").stderr.count("only read") == 0
+
+
+@pytest.mark.parametrize("options", ["", "--other name=hash"])
+def test_nobody_is_told_of_a_table_without_people(options: str) -> None:
+    Path("people.csv").write_text("id,first_name,country,sex\n1,Ann,GB,f\n")
+    Path("things.csv").write_text("number,name\n1,chair\n2,table\n")
+    told = succeed(f"replace people.csv things.csv -o out --key people:id {options}")
+    assert told.stdout.splitlines()[-1] == "Replaced nobody in 2 rows; wrote out/things.csv."
+    assert told.stderr == ""
+    assert json.loads(Path("out/things.csv.made.json").read_text())["people"] == 1
+
+
+def test_each_row_is_a_person_where_it_matters_who_is_who() -> None:
+    Path("things.csv").write_text("number,name\n1,chair\n2,table\n")
+    told = succeed("replace things.csv -o out.csv --other name=fake:city")
+    assert told.stdout.splitlines()[-1] == "Replaced nobody in 2 rows; wrote out.csv."
+    assert told.stderr == (
+        "vantrel: note: No key was named, and none was found: each row is a person of its own.\n"
+    )
+
+
+def test_nobody_is_replaced_where_no_cell_has_somebody() -> None:
+    Path("people.csv").write_text("id,first_name\n1,\n2,NULL\n")
+    told = succeed("replace people.csv -o out.csv --key id --column firstname=first_name")
+    assert told.stdout.endswith("Replaced nobody in 2 rows; wrote out.csv.\n")
+    Path("people.csv").write_text("id,first_name\n")
+    told = succeed("replace people.csv -o out.csv --key id --column firstname=first_name --force")
+    assert told.stdout.endswith("Replaced the people of 0 rows; wrote out.csv.\n")

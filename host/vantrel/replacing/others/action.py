@@ -41,6 +41,11 @@ class Action:
     days: int = 0
     form: str = ""
 
+    @property
+    def is_by_person(self) -> bool:
+        """Whether it matters to it who is who."""
+        return self.kind in ("fake", "shift")
+
     def __str__(self) -> str:
         """Writes it as it is read."""
         days = str(self.days) if self.days else ""

@@ -372,9 +372,9 @@ def _named_keys(roles: Roles) -> dict[str, tuple[str, ...]]:
 
 
 def _is_there(batch: pa.RecordBatch, person: Person) -> Any:
-    """Tells which rows have anything of a person; of the only one of a row all do."""
+    """Tells which rows have anything of a person; of the only one all do, if any column is hers."""
     if not person.name:
-        return np.ones(batch.num_rows, dtype=bool)
+        return np.full(batch.num_rows, bool(person.needed))
     own = [each for name in REPLACED for each in person.columns.get(name, ())]
     is_there = np.zeros(batch.num_rows, dtype=bool)
     for column in {*person.key, *own}:

@@ -89,11 +89,17 @@ def further(roles: Roles, remedies: Remedies) -> Iterator[str]:
 
 
 def notes_on_table(
-    roles: Roles, table: Table, leaks: list[Leak], remedies: Remedies
+    roles: Roles,
+    others: Mapping[str, Action],
+    table: Table,
+    leaks: list[Leak],
+    remedies: Remedies,
 ) -> Iterator[str]:
     """Tells who the rows were taken for, what was odd in them, and who is still named."""
+    is_by_person = any(action.is_by_person for action in others.values())
     for person in roles.people:
-        yield from _notes_on_key(person, table)
+        if person.needed or is_by_person:
+            yield from _notes_on_key(person, table)
     for told, count in table.contradictions.items():
         if count:
             yield (

@@ -23,6 +23,7 @@ class Replaced:
         roles: What its columns were taken for.
         asked: What was asked of it.
         rows: The number of its rows.
+        has_people: Whether somebody was replaced in some of them.
         staying: The other columns, of which nothing else was asked.
         leaks: Who is still named in it.
         others: The actions of other columns.
@@ -34,6 +35,7 @@ class Replaced:
     roles: Roles
     asked: OfTable
     rows: int
+    has_people: bool
     staying: tuple[str, ...]
     leaks: list[Leak]
     others: Mapping[str, Action]

@@ -12,6 +12,7 @@ from vantrel.replacing.others.action import Action
 from vantrel.replacing.others.changed import Lost
 from vantrel.replacing.people.people import People
 from vantrel.replacing.runs.known import found_by_print, known_of
+from vantrel.replacing.values.keys import as_texts
 
 
 class Passing:
@@ -26,6 +27,7 @@ class Passing:
 
     Attributes:
         rows: The number of rows until now.
+        has_people: Whether somebody was replaced in some of them.
     """
 
     def __init__(
@@ -47,6 +49,7 @@ class Passing:
         self._unsearched = {*roles.told, *derived}
         self._search = LeakSearch()
         self.rows = 0
+        self.has_people = False
 
     def __call__(self, batch: pa.RecordBatch) -> dict[str, pa.Array]:
         """Gives the new columns of a batch with all its columns; the others stay."""
@@ -67,7 +70,12 @@ class Passing:
         left = {name: columns.get(name, batch.column(name)) for name in passed}
         self._search.look(pa.RecordBatch.from_pydict(left), known, self.rows + 1)
         self.rows += batch.num_rows
+        self.has_people = self.has_people or self._has_people(batch)
         return columns
+
+    def _has_people(self, batch: pa.RecordBatch) -> bool:
+        columns = (as_texts(batch.column(name)) for name in self._roles.replaced)
+        return any(cells.null_count < len(cells) for cells in columns)
 
     def notes(self) -> list[str]:
         """What is to be told of the columns that have actions."""

@@ -130,6 +130,7 @@ def replaced_by(passing: Passing, table: Opened, output: Path | None) -> Replace
         table.roles,
         table.asked,
         passing.rows,
+        passing.has_people,
         table.staying,
         passing.leaks(),
         table.others,
@@ -149,7 +150,7 @@ def notes_on(
     for table, leaks, on_others in known:
         met = report.tables.get(table.name, Table())
         remedies = _remedies(table)
-        on_table = notes_on_table(table.roles, met, leaks, remedies)
+        on_table = notes_on_table(table.roles, table.others, met, leaks, remedies)
         undecided = notes_on_undecided(table.roles, table.asked.undecided, remedies)
         for note in chain(on_table, on_others, undecided):
             yield f"{named(table.name)}: {note}" if len(known) > 1 else note
