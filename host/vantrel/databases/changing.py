@@ -36,15 +36,18 @@ class NewValues:
 
         They have the types of their columns there: what a column cannot hold is refused.
         """
-        self._create()
+        if self._columns:
+            self._create()
         for batch, keys in self._table.with_keys():
+            self.rows += batch.num_rows
             new = change(batch)
+            if not self._columns:
+                continue
             made = dict(zip(self._keys, keys, strict=True))
             made |= {
                 name: new[column] for name, column in zip(self._new, self._columns, strict=True)
             }
             self._put(made)
-            self.rows += batch.num_rows
 
     def take_effect(self) -> None:
         """Puts the new values into the table."""

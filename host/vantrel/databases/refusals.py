@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Mapping, Sequence
+from collections.abc import Callable, Collection, Iterable, Mapping, Sequence
 
 from sqlalchemy import Numeric, String, Uuid
 
@@ -18,26 +18,64 @@ _OTHERS: dict[Kind, str] = {
     "view": "is a view: name the tables that it shows.",
     "foreign table": "is of another database: change it there.",
     "partition": "is a part of another table: name the whole table.",
-    "parent": "has tables that inherit from it, whose rows are no rows of its key.",
     "virtual table": "is a virtual table, which has no rows of its own.",
 }
 
 
 def refuse_unchangeable(
-    tables: Sequence[DatabaseTable], *, are_found: bool, is_changing: bool = True
+    tables: Sequence[DatabaseTable],
+    named: Collection[str],
+    *,
+    are_found: bool,
+    is_changing: bool = True,
 ) -> None:
-    """Refuses tables whose rows cannot be found again or that the user may not change.
+    """Refuses what is no table of its own, or may not be changed by the user.
+
+    Tables without a key are refused here only if they are named: of others it is not known yet
+    whether anything is to be changed in them.
 
     Args:
         tables: The tables.
-        are_found: Whether nobody named them, so that others could be named in place of all.
+        named: The names of those that somebody named.
+        are_found: Whether nobody named any, so that others could be named in place of all.
         is_changing: Whether the user needs the right to change them, or only to read them.
     """
-    obstacles = {
-        table.name: obstacle
-        for table in tables
-        if (obstacle := _obstacle(table, is_changing=is_changing))
-    }
+
+    def why_not(table: DatabaseTable) -> str:
+        obstacle = _obstacle(table, is_changing=is_changing)
+        return obstacle or (lacks_key(table) if table.name in named else "")
+
+    _refuse(tables, why_not, are_found=are_found)
+
+
+def refuse_without_key(
+    tables: Sequence[DatabaseTable], changed: Collection[str], *, are_found: bool
+) -> None:
+    """Refuses to change tables whose rows could not be found again.
+
+    Args:
+        tables: The tables.
+        changed: The names of those in which something is to be changed.
+        are_found: Whether nobody named any.
+    """
+    lacking = {table.name: lacks_key(table) for table in tables if table.name in changed}
+    _refuse(tables, lambda table: lacking.get(table.name, ""), are_found=are_found)
+
+
+def lacks_key(table: DatabaseTable) -> str:
+    """Tells why rows of a table could not be found again; "" if they can."""
+    if table.database.kinds[table.name] == "parent":
+        return "has tables that inherit from it, whose rows are no rows of its key."
+    if not table.key:
+        return "has no primary key, by which its rows would be found again: give it one."
+    return ""
+
+
+def _refuse(
+    tables: Sequence[DatabaseTable], why_not: Callable[[DatabaseTable], str], *, are_found: bool
+) -> None:
+    """Refuses the first table that has an obstacle, and names those that have none."""
+    obstacles = {table.name: why for table in tables if (why := why_not(table))}
     if obstacles:
         name, obstacle = next(iter(obstacles.items()))
         others = [table.name for table in tables if table.name not in obstacles]
@@ -51,8 +89,6 @@ def _obstacle(table: DatabaseTable, *, is_changing: bool) -> str:
     kind = table.database.kinds[table.name]
     if kind in _OTHERS:
         return _OTHERS[kind]
-    if not table.key:
-        return "has no primary key, by which its rows would be found again: give it one."
     hindrance = table.database.engine.hindrance(table.sql, is_changing=is_changing)
     return f"cannot be changed: {hindrance}" if hindrance else ""
 
@@ -81,6 +117,8 @@ def ties_of(
         }
         own |= {column: why for (name, column), why in foreign if name == table.name}
         own |= dict.fromkeys(table.key, "rows are found by it, as a part of the primary key")
+        if lacking := lacks_key(table).partition(",")[0]:
+            own |= dict.fromkeys(table.columns, f"its table {lacking}")
         ties[table.name] = own
     return ties
 

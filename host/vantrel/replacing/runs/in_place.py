@@ -14,9 +14,11 @@ from vantrel.databases.changing import NewValues
 from vantrel.databases.database import Database
 from vantrel.databases.lengths import fitted
 from vantrel.databases.refusals import (
+    lacks_key,
     refuse_tied,
     refuse_unchangeable,
     refuse_unhashable,
+    refuse_without_key,
     ties_of,
 )
 from vantrel.databases.table import DatabaseTable, opened_table
@@ -246,7 +248,7 @@ def plan_database(
     refuse_overwriting(plan, *filter(None, [people]), force=force)
     chosen = [opened_table(database, name) for name in chosen_tables(database, tables, asked)]
     are_found = not (tables or asked.plan)
-    refuse_unchangeable(chosen, are_found=are_found, is_changing=False)
+    refuse_unchangeable(chosen, tables, are_found=are_found, is_changing=False)
     opened = all_understood(chosen, asked)
     ties = ties_of(database, {table.copied: table.changed for table in opened})
     with ExitStack() as stack:
@@ -271,12 +273,16 @@ def _opened(
     chosen = chosen_tables(database, names, asked)
     refuse_unplanned(map(Path, chosen), asked.plan)
     tables = [opened_table(database, name) for name in chosen]
-    refuse_unchangeable(tables, are_found=not (names or asked.plan))
+    are_found = not (names or asked.plan)
+    refuse_unchangeable(tables, names, are_found=are_found)
     if is_changing:
         database.engine.lock([table.sql for table in tables])
     opened = all_understood(tables, asked)
+    changes = {table.name: table.changed for table in opened}
+    changed = [name for name, columns in changes.items() if columns]
+    refuse_without_key(tables, changed, are_found=are_found)
     ties = ties_of(database, {table.copied: table.changed for table in opened})
-    refuse_tied(ties, {table.name: table.changed for table in opened})
+    refuse_tied(ties, changes)
     _refuse_unhashable(opened)
     return opened
 
@@ -291,7 +297,9 @@ def _notes_on_ties(
     tables: Iterable[OpenedTable[DatabaseTable]], ties: Mapping[str, Mapping[str, str]]
 ) -> Iterator[str]:
     for table in tables:
-        if tied := [column for column in table.roles.replaced if column in ties[table.name]]:
+        if lacks_key(table.copied):
+            yield f"{named(table.name)} is planned to stay: it {lacks_key(table.copied)}"
+        elif tied := [column for column in table.roles.replaced if column in ties[table.name]]:
             yield (
                 f"{named(table.name)}: Columns of people that cannot be changed are planned to"
                 f" stay: {listed(tied)}."
