@@ -5,11 +5,15 @@ from __future__ import annotations
 import random
 from collections.abc import Callable
 from datetime import date, timedelta
+from itertools import count
+from types import ModuleType
 
 import pandas as pd
 import pytest
 from faker import Faker
-from stdnum import imei, luhn
+from stdnum import imei, isbn, luhn
+from stdnum.gb import nhs
+from stdnum.nl import bsn
 
 from vantrel.detection.personal import Finding, Kind, find_personal, numbers
 
@@ -39,6 +43,12 @@ def with_check_digit(start: str) -> str:
     return start + str(luhn.calc_check_digit(start))
 
 
+def with_last_digit(kind: ModuleType, number: str) -> str:
+    """The next number of a kind whose check digit may be any of ten, though a sum has eleven."""
+    following = (str(each) for each in count(int(number)))
+    return next(text for each in following if kind.is_valid(text := each.rjust(len(number), "0")))
+
+
 PLANTED: dict[str, tuple[Kind, str, Callable[[Faker], object]]] = {
     "births": (Kind.BIRTH, "en_US", lambda f: day_of_birth(f)),
     "births in German": (Kind.BIRTH, "de_DE", lambda f: day_of_birth(f).strftime("%d.%m.%Y")),
@@ -66,6 +76,10 @@ PLANTED: dict[str, tuple[Kind, str, Callable[[Faker], object]]] = {
     "CPF": (Kind.OFFICIAL, "pt_BR", lambda f: f.cpf()),
     "NISS": (Kind.OFFICIAL, "nl_BE", lambda f: f.ssn()),
     "AHV": (Kind.OFFICIAL, "de_CH", lambda f: f.ssn()),
+    "BSN": (Kind.OFFICIAL, "nl_NL", lambda f: with_last_digit(bsn, f.numerify("%########"))),
+    "NHS": (Kind.OFFICIAL, "en_GB", lambda f: with_last_digit(nhs, f.numerify("4#########"))),
+    "NHS in groups": (Kind.OFFICIAL, "en_GB", lambda f: nhs.format(with_last_digit(nhs, f.numerify("7#########")))),
+    "CHI": (Kind.OFFICIAL, "en_GB", lambda f: with_last_digit(nhs, f"{day_of_birth(f):%d%m%y}{f.numerify('####')}")),
     "IPv4": (Kind.IP, "en_US", lambda f: f.ipv4()),
     "private IPv4": (Kind.IP, "en_US", lambda f: f.ipv4_private(network=False, address_class="c")),
     "IPv6": (Kind.IP, "en_US", lambda f: f.ipv6()),
@@ -152,6 +166,16 @@ def _spread(start: int, step: int, rows: int = 2_000) -> list[str]:
     return [str(start + step * row) for row in range(rows)]
 
 
+def made_books(start: str, rows: int) -> list[str]:
+    """Numbers of books of ten digits, or nine and an X."""
+    rng = random.Random(5)
+    starts = [
+        f"{start}{rng.randrange(10 ** (9 - len(start))):0{9 - len(start)}}" for _ in range(rows)
+    ]
+    digits = "0123456789X"
+    return [each + next(last for last in digits if isbn.is_valid(each + last)) for each in starts]
+
+
 LOOKALIKES: dict[str, list[str]] = {
     "orders of a year": _orders(1, 365),
     "orders of fifteen years": _orders(2, 15 * 365),
@@ -174,6 +198,8 @@ LOOKALIKES: dict[str, list[str]] = {
     "times in milliseconds": _spread(1_700_000_000_000, 61_007),
     "articles": made("en_US", lambda f: f.ean13(), 500),
     "books": made("en_US", lambda f: f.isbn13(), 500),
+    "books of Japan": made_books("4", 40),
+    "books of Germany": made_books("33", 40),
     "product codes": made("en_US", lambda f: f.bothify("??-####-??").upper(), 500),
     "long codes": made("en_US", lambda f: f.bothify("??######?").upper(), 500),
     "versions of four parts": [f"{a}.{b}.{c}.0" for a in range(9) for b in range(9) for c in range(9)],
@@ -226,6 +252,21 @@ def test_hardly_any_number_passes_for_an_official_one_by_chance(module: str) -> 
     for digits in range(7, 17):
         texts = [f"{rng.randrange(10**digits):0{digits}}" for _ in range(2_000)]
         assert sum(map(bool, map(is_valid, texts))) <= 0.03 * len(texts), digits
+
+
+@pytest.mark.parametrize("module", sorted(numbers.WEAK))
+def test_one_number_in_eleven_passes_for_one_of_a_single_check_digit(module: str) -> None:
+    form, _ = numbers.WEAK[module]
+    is_valid = numbers.check_of(module, form)
+    rng = random.Random(3)
+    texts = [f"{rng.randrange(10**9, 10**10)}"[: 9 + (module == "gb.nhs")] for _ in range(3_000)]
+    passing = [text for text in texts if is_valid(text)]
+    assert len(passing) <= 0.11 * len(texts)
+    assert kinds(texts) == []
+    wrong = str(int(passing[0]) + 1)
+    assert kinds(passing[:9]) == []
+    assert kinds([*passing[:18], wrong]) == []
+    assert kinds([*passing[:19], wrong]) == [Kind.OFFICIAL]
 
 
 def test_one_imei_in_ten_passes_by_chance() -> None:

@@ -28,8 +28,7 @@ _CARD = re.compile(
 )
 _MASKED_CARD = re.compile(r"[\dXx*•.# -]*\d{3,}")
 
-# The form of each number without blanks and full stops, and its name. Those are not here of which
-# one check digit is all that tells them from other numbers: one in ten of any would pass.
+# The form of each number without blanks and full stops, and its name.
 OFFICIAL = {
     "pl.pesel": (r"\d{11}", "Polish PESEL numbers"),
     "es.nif": (r"[A-Z]?-?\d{7,8}-?[A-Z]|[A-Z]-?\d{8}", "Spanish NIF numbers"),
@@ -59,6 +58,20 @@ OFFICIAL = {
     "za.idnr": (r"\d{13}", "South African identity numbers"),
     "kr.rrn": (r"\d{6}-?\d{7}", "South Korean registration numbers"),
 }
+# Little but one check digit tells these from other numbers, of which some pass by chance: so nearly
+# all values of a column must, and several of them.
+WEAK = {
+    "nl.bsn": (r"\d{9}", "Dutch BSN numbers"),
+    # Of England and Wales, of Northern Ireland, and of Scotland, where the day of birth begins it.
+    "gb.nhs": (
+        r"(?:[467]\d\d|3[2-9]\d|(?:0[1-9]|[12]\d|3[01])(?=0[1-9]|1[0-2])\d)-?\d{3}-?\d{4}",
+        "British NHS numbers",
+    ),
+}
+_NEARLY_ALL = 0.95
+_FEWEST_OF_WEAK = 10
+# Numbers of books have the check digit of the British ones, and in one of eleven it is an X.
+_BOOK = re.compile(r"\d{9}X", re.IGNORECASE)
 # Without check digits, but of a form of its own.
 _BRITISH = re.compile(r"(?!BG|GB|KN|NK|NT|TN|ZZ)[A-CEGHJ-PR-TW-Z][A-CEGHJ-NPR-TW-Z]\d{6}[A-D]")
 
@@ -94,6 +107,16 @@ def told_official(texts: list[str]) -> str | None:
         return british
     for module, (form, name) in OFFICIAL.items():
         if seen := told(texts, check_of(module, form), f"are valid {name}"):
+            return seen
+    return _told_weak(texts)
+
+
+def _told_weak(texts: list[str]) -> str | None:
+    if any(_BOOK.fullmatch(text.translate(_BETWEEN_DIGITS)) for text in texts):
+        return None
+    for module, (form, name) in WEAK.items():
+        is_valid, what = check_of(module, form), f"are valid {name}"
+        if seen := told(texts, is_valid, what, least=_NEARLY_ALL, fewest=_FEWEST_OF_WEAK):
             return seen
     return None
 

@@ -37,15 +37,19 @@ def agree(texts: list[str], test: Test) -> bool:
     return bool(texts) and _passing(texts, test, math.ceil(_AGREEING * len(texts))) > 0
 
 
-def told(texts: list[str], test: Test, what: str) -> str | None:
+def told(
+    texts: list[str], test: Test, what: str, *, least: float = _TELLING, fewest: int = _FEWEST
+) -> str | None:
     """Tells what values are if so many pass a test that it is no chance.
 
     Args:
         texts: The different values.
         test: Whether a value is of the kind.
         what: What those are that pass, as in "... of its different values are ...".
+        least: The share of them that must pass.
+        fewest: How many must.
     """
-    passing = _passing(texts, test, max(_FEWEST, math.ceil(_TELLING * len(texts))))
+    passing = _passing(texts, test, max(fewest, math.ceil(least * len(texts))))
     return seen(passing / len(texts), what) if passing else None
 
 
