@@ -28,6 +28,10 @@ _OTHER_THAN_ASCII_AND_WORDS = re.compile(r"[^\w\x00-\x7f]")
 _NO_WORD = np.uint64(0)
 _NO_NUMBER = np.uint64((1 << 64) - 1)
 
+_NO_ROWS: Integers = np.zeros(0, np.int64)
+
+_FIRST_BYTE, _ZERO = np.uint64(0xFF), np.uint64(ord("0"))
+
 # A bit of each of eight bytes, and all bits of the last ones, which hold digits.
 _EACH_BYTE = np.uint64(0x0101010101010101)
 _LAST_DIGITS = {
@@ -54,6 +58,18 @@ class _Parts(NamedTuple):
         return np.unique(np.searchsorted(self.bounds, hits, side="right") - 1)
 
 
+class FirstWords(NamedTuple):
+    """The first words of some rows.
+
+    Attributes:
+        keys: What each is known by.
+        has_number: Whether any begins with a digit.
+    """
+
+    keys: Integers
+    has_number: bool
+
+
 class NumberEnds(NamedTuple):
     """The last digits of the numbers of some rows.
 
@@ -74,25 +90,28 @@ class Cells:
         self._bytes, starts, _ = layout(_folded(texts))
         self._offsets = np.append(starts, len(self._bytes))
 
-    def may_have(self, known: Integers | NumberEnds) -> Integers:
+    def may_have(self, known: FirstWords | NumberEnds) -> Integers:
         """The rows whose cell may have the word, or the number, of the row."""
-        return (
-            self._may_have_number(known)
-            if isinstance(known, NumberEnds)
-            else self._words.rows_with(known)
-        )
+        if isinstance(known, NumberEnds):
+            return self._may_have_number(known)
+        may_be = known.has_number or self._has_letters
+        return self._words.rows_with(known.keys) if may_be else _NO_ROWS
 
     def _may_have_number(self, ends: NumberEnds) -> Integers:
         most = np.diff(self._digits.bounds).max(initial=0)
-        rows = np.zeros(0, np.int64)
+        rows = _NO_ROWS
         if most >= FEWEST_OF_A_PART:
             rows = self._numbers(FEWEST_OF_A_PART).rows_with(ends.long)
         if most < FEWEST_DIGITS or (ends.short == _NO_NUMBER).all():
             return rows
         return np.union1d(rows, self._numbers(FEWEST_DIGITS).rows_with(ends.short))
 
-    def first_words(self) -> Integers:
-        """The key of the first word of each cell."""
+    def first_words(self) -> FirstWords:
+        """The first word of each cell."""
+        keys = self._keys_of_first_words()
+        return FirstWords(keys, bool(((keys & _FIRST_BYTE) - _ZERO < _DIGITS).any()))
+
+    def _keys_of_first_words(self) -> Integers:
         starts, ends = self._offsets[:-1], self._offsets[1:]
         is_empty = starts == ends
         if (is_empty | np.append(self._is_of_word, False)[starts]).all():
@@ -104,15 +123,20 @@ class Cells:
     def ends_of_numbers(self) -> NumberEnds:
         """The last digits of the number in each cell."""
         bounds, values = self._digits
-        significant = np.append(np.flatnonzero(values), len(values))
+        significant = np.flatnonzero(np.append(values, np.uint8(1)))
         first = significant[np.searchsorted(significant, bounds[:-1])]
         counts = bounds[1:] - first  # without the zeros in front
 
         def ends(length: int, most: float) -> Integers:
-            last = np.append(self._numbers(length).keys, _NO_NUMBER)[bounds[1:] - 1]
+            last = self._digits_before[bounds[1:]] & _LAST_DIGITS[length]
             return np.where((counts >= length) & (counts < most), last, _NO_NUMBER)
 
         return NumberEnds(ends(FEWEST_OF_A_PART, np.inf), ends(FEWEST_DIGITS, FEWEST_OF_A_PART))
+
+    @cached_property
+    def _has_letters(self) -> bool:
+        """Whether there are any, or other characters that words may begin with than digits."""
+        return bool(self._bytes.max(initial=0) >= ord("a"))
 
     @cached_property
     def _is_of_word(self) -> Flags:
@@ -150,14 +174,21 @@ class Cells:
     @cached_property
     def _digits(self) -> _Parts:
         digits = self._bytes - np.uint8(ord("0"))
-        places = np.flatnonzero(digits < _DIGITS)
-        return _Parts(np.searchsorted(places, self._offsets), digits[places])
+        is_digit = digits < _DIGITS
+        before = np.append(np.int32(0), np.cumsum(is_digit, dtype=np.int32))
+        return _Parts(before[self._offsets], digits[is_digit])
+
+    @cached_property
+    def _digits_before(self) -> Integers:
+        """The eight digits before each one, which may be another cell's, and before the end."""
+        before = np.zeros(WORD, np.uint8)
+        words: Integers = words_from_each_byte(np.concatenate([before, self._digits.keys]))
+        return words
 
     def _numbers(self, length: int) -> _Parts:
-        """The digits, each known by itself and those before it, which may be another cell's."""
+        """The digits, each known by itself and those before it."""
         bounds, digits = self._digits
-        before = np.zeros(WORD - 1, np.uint8)
-        words = words_from_each_byte(np.concatenate([before, digits]))[: len(digits)]
+        words = self._digits_before[1:][: len(digits)]
         return _Parts(bounds, words & _LAST_DIGITS[length])
 
 
