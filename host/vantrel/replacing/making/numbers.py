@@ -90,9 +90,10 @@ class Forms:
         form = self._start[places] + chosen.astype(np.int64)
         digits = np.zeros((len(words), self._most_open + 1), dtype=np.uint8)
         digits[:, :-1] = digits_of(words & _DIGITS_OF, self._most_open)
-        made: Characters = self._written[form] + np.take_along_axis(
-            digits, self._digit[form], axis=1
-        )
+        # Each by its place among all digits, for half of what NumPy takes to find it in its row.
+        places = self._digit[form]
+        places += np.arange(0, digits.size, digits.shape[1])[:, np.newaxis]
+        made: Characters = self._written[form] + digits.take(places)
         return made
 
 
