@@ -77,6 +77,7 @@ class Values:
         self._rows = Counter(str(value)[:LONGEST].strip() for value in first_values(column))
         self._rows.pop("", None)
         self._config = config
+        self._passing: dict[Callable[[str], object], set[str]] = {}
 
     @property
     def is_empty(self) -> bool:
@@ -141,8 +142,10 @@ class Values:
             return understood(by_gender(self._rows, self._config, kind))
         if kind == "country":
             return set(self._rows).difference(unknown_places(self._rows))
-        fits = _TESTS[kind]
-        return {value for value in self._rows if fits(value)}
+        test = _TESTS[kind]  # many a test is of several kinds, and takes long
+        if test not in self._passing:
+            self._passing[test] = set(filter(test, self._rows))
+        return self._passing[test]
 
     def _has_both(self, kind: str) -> bool:
         """Whether there are few distinct values, and those of women and of men among them."""
