@@ -90,7 +90,7 @@ def test_a_sample_may_contradict_itself_as_often_as_the_real_table() -> None:
     ("real", "against", "is_fine"),
     [
         (Contradictions(708, 0), 2, True),
-        (Contradictions(708, 0), 30, False),
+        (Contradictions(708, 0), 40, False),
         (Contradictions(708, 30), 85, True),
         (Contradictions(5, 0), 500, True),
         (None, 25, True),

@@ -4,21 +4,28 @@ from __future__ import annotations
 
 from collections.abc import Callable, Hashable, Mapping
 from dataclasses import dataclass
+from statistics import NormalDist
 from typing import Any
 
 import numpy as np
 import numpy.typing as npt
 
-# How often a sample drawn with the real shares may pass the limit of chance.
-RISK = 0.01
+# How often a good sample may pass one limit of chance. About ten of a report are apart from each
+# other, so that one good sample of a thousand asks for a look.
+RISK = 1 / 10_000
 
 # How many samples tell what chance does, and how many values are drawn for all of them if possible.
-_MOST_SAMPLES = 5_000
-_FEWEST_SAMPLES = 50
+_MOST_SAMPLES = 50_000
+_FEWEST_SAMPLES = 200
 _SIMULATED_COUNTS = 500_000
+
+# A limit that fewer samples pass is guessed from the one that so many do.
+_FEWEST_BEYOND = 20
 
 # Equal distances may differ by as much, as their sums are rounded.
 _ROUNDING = 1e-9
+
+_NORMAL = NormalDist()
 
 Floats = npt.NDArray[np.float64]
 
@@ -58,15 +65,16 @@ def chance_limit(
     *,
     apart: Callable[[Floats, Floats], Floats] = _half_differences,
 ) -> float:
-    """The distance that a sample of the very distribution stays within, 99 times in 100.
+    """The distance that samples of the very distribution stay within, but for the risk.
 
     Rows drawn one by one with the shares ``p`` do not have these very shares. How far they are from
     them is tried out: the limit is that quantile of the distances of simulated samples, which
     differ from ``p`` as a sample of so many rows does. (This is a parametric bootstrap: B. Efron
     and R. J. Tibshirani, An Introduction to the Bootstrap, 1993, chapter 16.) They are the same
     ones in each call. The more values there are, the fewer samples are simulated: their distances
-    spread less. How many rows ``p`` was counted in does not matter where a model learns these
-    shares as they are.
+    spread less. Where these are too few to tell a quantile, it is as much further from the median
+    than one that they tell as in a normal distribution. How many rows ``p`` was counted in does not
+    matter where a model learns these shares as they are.
 
     Args:
         p: The share of each value, adding up to 1.
@@ -79,7 +87,18 @@ def chance_limit(
     rng = np.random.default_rng(0)
     drawn = rng.multinomial(rows, p, samples) / rows
     known = p if others is None else rng.multinomial(others, p, samples) / others
-    return float(np.quantile(apart(drawn, known), 1 - risk, method="higher"))
+    return _quantile(apart(drawn, known), risk)
+
+
+def _quantile(distances: Floats, risk: float) -> float:
+    """The distance that others pass with a risk, which may be too small for so few to show."""
+    told = max(risk, _FEWEST_BEYOND / len(distances))
+    limit = float(np.quantile(distances, 1 - told, method="higher"))
+    if told == risk:
+        return limit
+    median = float(np.median(distances))
+    further = _NORMAL.inv_cdf(1 - risk) / _NORMAL.inv_cdf(1 - told)
+    return median + (limit - median) * further
 
 
 def is_part(shares: Mapping[Any, float]) -> bool:

@@ -2,11 +2,13 @@
 
 from __future__ import annotations
 
+from collections import Counter
 from collections.abc import Mapping
 from dataclasses import dataclass
 
 import numpy as np
 
+from vantrel.attributes import LEARNT
 from vantrel.reporting.distances import (
     Distance,
     Floats,
@@ -18,6 +20,7 @@ from vantrel.reporting.distances import (
 )
 from vantrel.reporting.labelled import LabelledTable, column_names
 from vantrel.reporting.meant import Meant
+from vantrel.reporting.redrawn import redrawn_rows
 from vantrel.reporting.single_values import unlikely_values
 from vantrel.rows import DEFAULT_MIN_COUNT
 
@@ -92,6 +95,9 @@ def compare_frequencies(
     real_counts, sampled_counts = real.counts(attribute), sampled.counts(attribute)
     values, p, q = _distributions(real_counts, sampled_counts)
     distance, limit = _distance(p, q, sampled.filled(attribute))
+    redrawn = _redrawn(real, meant) if attribute == "title" else {}
+    if limit is not None:
+        limit = min(1.0, limit + sum(redrawn.values()) / max(real.filled(attribute) or 0, 1))
     from_model, reason = None, ""
     if meant and sampled_counts:
         shares, rows = meant.shares(attribute), meant.filled(attribute)
@@ -109,16 +115,28 @@ def compare_frequencies(
         limit,
         from_model,
         reason,
-        _unlikely(real_counts or {}, sampled_counts or {}, attribute, meant),
+        _unlikely(real_counts or {}, sampled_counts or {}, attribute, meant, redrawn),
     )
 
 
+def _redrawn(real: LabelledTable, meant: Meant | None) -> Counts:
+    """The titles of the rows that a model draws by coarser counts, which become others."""
+    if not real.has("title"):
+        return {}
+    place = sum(map(real.has, LEARNT[: LEARNT.index("title")]))
+    titles: Counter[str] = Counter()
+    for cells, rows in redrawn_rows(real, meant).items():
+        if (title := cells[place]) is not None:
+            titles[title] += rows
+    return titles
+
+
 def _unlikely(
-    real: Counts, sampled: Counts, attribute: str, meant: Meant | None
+    real: Counts, sampled: Counts, attribute: str, meant: Meant | None, redrawn: Counts
 ) -> tuple[str, ...]:
     shares = meant.shares(attribute) if meant else None
     if meant is None or shares is None:
-        return unlikely_values(sampled, real, DEFAULT_MIN_COUNT)
+        return unlikely_values(sampled, real, DEFAULT_MIN_COUNT, redrawn=redrawn)
     if is_part(shares):
         sampled = {value: rows for value, rows in sampled.items() if value in shares}
     return unlikely_values(sampled, shares, others=meant.filled(attribute))

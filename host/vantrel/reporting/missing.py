@@ -10,6 +10,7 @@ from vantrel.attributes import LEARNT, WORDS
 from vantrel.reporting.distances import RISK, Distance, chance_limit, distance_to_model, is_within
 from vantrel.reporting.labelled import LabelledTable, column_names
 from vantrel.reporting.meant import Meant
+from vantrel.reporting.redrawn import redrawn_share
 
 
 @dataclass(frozen=True)
@@ -22,8 +23,8 @@ class MissingRates:
         real: The share of real rows without a value, from 0 to 1; None where the real table has
             no such column or no rows.
         sampled: The same of the sample.
-        limit: What the difference stays within by chance; None where a rate is. All columns of 99
-            in 100 samples stay within theirs.
+        limit: What the difference stays within by chance; None where a rate is. All columns of a
+            sample together have the risk of one limit.
         from_model: The difference from what the model was to give, if that is known.
         reason: Why that may differ from the real table by more than chance has it.
     """
@@ -79,7 +80,8 @@ def compare_missing_rates(
     rate, sampled_rate = (table.missing_rate(attribute) for table in (real, sampled))
     limit = from_model = None
     if rate is not None and sampled_rate is not None:
-        limit = _limit(rate, len(sampled), risk)
+        redrawn = redrawn_share(real, meant) if attribute == "title" else 0.0
+        limit = min(1.0, _limit(rate, len(sampled), risk) + redrawn)
     expected = meant.expected.missing.get(attribute) if meant else None
     if meant and expected is not None and sampled_rate is not None:
         missing = round(sampled_rate * len(sampled))

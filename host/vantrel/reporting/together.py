@@ -11,7 +11,7 @@ from vantrel.attributes import LEARNT, WORDS
 from vantrel.reporting.distances import Distance, chance_limit, distance_to_model, total_variation
 from vantrel.reporting.labelled import LabelledTable
 from vantrel.reporting.meant import Meant
-from vantrel.rows import DEFAULT_MIN_COUNT
+from vantrel.reporting.redrawn import redrawn_share
 from vantrel.wording import listed
 
 MOST_EXAMPLES = 8
@@ -35,7 +35,7 @@ class Together:
     Args:
         attributes: What they are combinations of.
         distance: The total variation distance, and what it stays within: by chance, and by the
-            share of real rows whose combination is too rare for a model to keep.
+            share of real rows that a model draws by coarser counts.
         from_model: The distance from what the model was to give, if that is known.
         reason: Why that may be further from the real table.
         furthest: The combinations whose shares differ most.
@@ -73,9 +73,7 @@ def compare_together(
         np.array([counts.get(value, 0) for value in values]) / sum(counts.values())
         for counts in (in_real, in_sample)
     )
-    fewest = (meant and meant.expected.min_count) or DEFAULT_MIN_COUNT
-    rare = sum(rows for rows in in_real.values() if rows < fewest) / len(real)
-    limit = min(1.0, chance_limit(p, len(sampled)) + rare)
+    limit = min(1.0, chance_limit(p, len(sampled)) + redrawn_share(real, meant))
     from_model = None
     if meant:
         from_model = distance_to_model(in_sample, meant.together(both), meant.expected.rows)

@@ -62,7 +62,7 @@ def _of_distance(
 ) -> Verdict:
     """Judges a distance from the real table, and from what the model was to give if it is known."""
     section = "together" if isinstance(judged, Together) else "shares"
-    limit = f"99 in 100 samples of so many rows stay within {distance(real.limit)}."
+    limit = f"9,999 in 10,000 samples of so many rows stay within {distance(real.limit)}."
     model = judged.from_model
     if model and not model.is_by_chance:
         words = (

@@ -7,7 +7,7 @@ from dataclasses import dataclass
 
 import numpy as np
 
-from vantrel.reporting.distances import chance_limit, distance_to_model, is_within
+from vantrel.reporting.distances import Floats, chance_limit, is_within
 
 MOST_EXAMPLES = 5
 
@@ -53,23 +53,31 @@ class Agreement:
 
     @property
     def limit(self) -> float:
-        """The rate that 99 in 100 samples stay within that are no worse than the real table.
+        """The rate that samples stay within by chance that are no worse than the real table.
 
         Its rows are a sample, too: of few that all agree, not all need have agreed.
         """
         rows, against = self.sampled.looked_at, self.sampled.against
         if not (self.real and self.real.looked_at):
-            chance = chance_limit(np.array([_LET_PASS, 1 - _LET_PASS]), rows) if rows else 1.0
-            return min(1.0, _LET_PASS + chance)
-        rate = self.real.rate
-        shares, counts = {True: rate, False: 1 - rate}, {True: against, False: rows - against}
-        found = distance_to_model(counts, shares, self.real.looked_at)
-        return min(1.0, rate + found.limit) if found else 1.0
+            return _most(_LET_PASS, _LET_PASS, rows, None) if rows else 1.0
+        others = self.real.looked_at
+        both = (against + self.real.against) / (rows + others)
+        return _most(self.real.rate, both, rows, others)
 
     @property
     def is_fine(self) -> bool:
         """Whether chance explains by how much more often the sample contradicts itself."""
         return is_within(self.sampled.rate, self.limit)
+
+
+def _most(rate: float, likely: float, rows: int, others: int | None) -> float:
+    """The rate that chance makes of another one at most, where both are likely to be one."""
+    chance = chance_limit(np.array([likely, 1 - likely]), rows, others, apart=_more_often)
+    return min(1.0, rate + chance)
+
+
+def _more_often(p: Floats, q: Floats) -> Floats:
+    return np.asarray(p[..., 0] - q[..., 0])
 
 
 def of_groups(looked_at: int, against: Mapping[str, int]) -> Contradictions:

@@ -88,10 +88,20 @@ def compare_shared_with_people(real: LabelledTable, sampled: LabelledTable) -> N
     forms_of_rows = row_forms(real, sampled)
     rows = None
     if forms_of_rows:
-        # Who shares a whole row shares all of its parts.
-        most = min(each.chance for each in [*names, *parts])
+        most = _whole_rows_by_chance([*names, *parts], len(sampled))
         rows = compare_shared("Whole row", tables, forms_of_rows, most)
     return Nearness(names, parts, rows, (), _has_unchecked_names(real, sampled))
+
+
+def _whole_rows_by_chance(parts: Sequence[Shared], rows: int) -> float:
+    """How many whole rows chance explains at most.
+
+    Who shares a whole row shares all of its parts; a part that is missing tells nothing.
+    """
+    most = max(each.chance for each in parts)
+    return min(
+        each.chance + most * max(0.0, 1 - each.sampled_rows / max(rows, 1)) for each in parts
+    )
 
 
 def has_whole_names(table: LabelledTable) -> bool:

@@ -42,7 +42,7 @@ class Rare:
 
     @property
     def limit(self) -> int:
-        """How many rows chance explains, 99 times in 100."""
+        """How many rows chance explains, but for the risk."""
         return most_by_chance(self.chance)
 
     @property
@@ -61,7 +61,7 @@ def compare_rare(real: LabelledTable, sampled: LabelledTable) -> tuple[Rare, ...
         for place, each in enumerate(both)
     ]
     if len(both) > 1:
-        found.append(_rare_combinations(both, _whole(in_real), _whole(in_sample), frequent))
+        found.append(_rare_combinations(both, in_real, _whole(in_sample), frequent))
     return tuple(each for each in found if each.real)
 
 
@@ -105,7 +105,7 @@ def _rare_combinations(
     """Combinations of frequent values; those of rare ones have been told of already."""
     rare = [
         cells
-        for cells, rows in real.items()
+        for cells, rows in _whole(real).items()
         if rows < DEFAULT_MIN_COUNT
         and all(value in each for value, each in zip(cells, frequent, strict=True))
     ]
@@ -119,24 +119,34 @@ def _meeting(
 ) -> float:
     """How many sampled rows would have a rare combination if countries fell to rows at random.
 
-    Titles never fall to genders at random: a gender and a title that are rare together are none.
+    They fall to all rows, or to those of one gender, whichever makes more. Titles never fall to
+    genders at random: a gender and a title that are rare together are none.
     """
     if "country" not in attributes:
         return 0.0
-    people, countries = Counter[_Cells](), Counter[str | None]()
+    known, people = _heads(real, -1), _heads(sampled, -1)
+    countries, total = _totals(sampled, -1), sum(sampled.values())
+    genders = _heads(sampled, 1)
+    places = Counter[_Cells]()
     for cells, rows in sampled.items():
-        people[cells[:-1]] += rows
-        countries[cells[-1]] += rows
-    known = Counter[_Cells]()
-    for cells, rows in real.items():
-        known[cells[:-1]] += rows
-    total = sum(sampled.values())
-    pairs = sum(
-        people[cells[:-1]] * countries[cells[-1]] - sampled.get(cells, 0)
-        for cells in rare
-        if known[cells[:-1]] >= DEFAULT_MIN_COUNT
-    )
-    return pairs / (total - 1) if total > 1 else 0.0
+        places[cells[0], cells[-1]] += rows
+
+    def of_few(cells: _Cells) -> float:
+        if known[cells[:-1]] < DEFAULT_MIN_COUNT:
+            return 0.0
+        at_random = countries[cells[-1],] / max(total, 1)
+        in_gender = places[cells[0], cells[-1]] / max(genders[cells[:1]], 1)
+        return people[cells[:-1]] * max(at_random, in_gender if len(cells) > 2 else 0.0)
+
+    return sum(map(of_few, rare))
+
+
+def _heads(counts: _Counts, end: int) -> Counter[_Cells]:
+    """How many rows have each beginning of a combination."""
+    heads: Counter[_Cells] = Counter()
+    for cells, rows in counts.items():
+        heads[cells[:end]] += rows
+    return heads
 
 
 def _found(

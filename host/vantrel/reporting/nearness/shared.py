@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import math
 from collections.abc import Sequence
 from dataclasses import dataclass
 
@@ -17,7 +18,8 @@ MOST_EXAMPLES = 5
 # there are as many rows; fewer tell little.
 FEWEST_ROWS = 10
 
-_SIMULATED = 20_000
+# How many events above the expected number are looked at; more hardly ever happen.
+_MORE_EVENTS, _DEVIATIONS = 30, 10
 
 # Halves are not wholly independent of each other, which shows where there are very many rows.
 _ALLOWANCE = 1.02
@@ -66,7 +68,7 @@ class Shared:
 
     @property
     def limit(self) -> int:
-        """How many chance explains, 99 times in 100."""
+        """How many chance explains, but for the risk."""
         return most_by_chance(self.chance * _ALLOWANCE, self.rows_of_one)
 
     @property
@@ -76,14 +78,23 @@ class Shared:
 
 
 def most_by_chance(expected: float, at_once: float = 1.0) -> int:
-    """How many rare events chance makes of so many expected ones at most, 99 times in 100.
+    """How many rare events chance makes of so many expected ones at most, but for the risk.
+
+    Their number has a Poisson distribution.
 
     Args:
         expected: How many are expected.
         at_once: How many of them come together.
     """
-    drawn = np.random.default_rng(0).poisson(expected / at_once, _SIMULATED)
-    return int(np.quantile(drawn, 1 - RISK, method="higher") * at_once)
+    mean = expected / at_once
+    if mean <= 0:
+        return 0
+    first = int(mean)
+    events = first + np.arange(_MORE_EVENTS + int(_DEVIATIONS * math.sqrt(mean)))
+    ratios = np.concatenate([[0.0], np.cumsum(np.log(mean / events[1:]))])
+    shares = np.exp(first * math.log(mean) - mean - math.lgamma(first + 1) + ratios)
+    is_likely = np.cumsum(shares[::-1])[::-1] > RISK  # of so many events or more
+    return int(events[is_likely].max(initial=first) * at_once)
 
 
 # Keys and halves are compared by hashes of 64 bits, which take little memory. Values themselves are
@@ -115,9 +126,10 @@ _SHARED = """
         ({chance})
 """
 
-# Of n rows, n * (n - 1) ordered pairs of two can be made; as many of them as are counted here have
-# the first half of a real value in one row and the second half in the other. Real names may have
-# their halves in the other order. What is materialized keeps the engine from pairing all halves.
+# If the second halves of n rows are dealt out anew, a real value comes as often as its first half
+# is there, times its second one, divided by n; what is together already may stay so. Real names may
+# have their halves in the other order. What is materialized keeps the engine from pairing all
+# halves.
 _CHANCE = """
     WITH sizes AS (SELECT grouped, count(*) AS size FROM of_sampled GROUP BY grouped),
     sampled AS MATERIALIZED (
@@ -135,9 +147,8 @@ _CHANCE = """
         SELECT first, second, place, firsts FROM real JOIN firsts USING (first)
         WHERE second IN (SELECT second FROM seconds)
     )
-    SELECT coalesce(sum((firsts * seconds - coalesce(rows, 0)) / (total - 1)), 0)
+    SELECT coalesce(sum(firsts * seconds / total), 0)
     FROM begun JOIN seconds USING (second, place) JOIN totals USING (place)
-    LEFT JOIN sampled USING (first, second, place)
 """
 _NO_CHANCE = "SELECT 0"
 
@@ -174,15 +185,26 @@ def compare_shared(
 
 def _values(sql: str, table: LabelledTable, forms: Sequence[Form], has_halves: bool) -> str:
     """The values of a table, a row for each."""
-    alike = [table.column(each) for each in ("country", "gender") if table.has(each)]
     return " UNION ALL ".join(
         sql.format(
             key=form.key,
             first=first,
             second=second,
-            alike=", ".join([str(column), form.shape, *alike]),
+            alike=", ".join([str(column), form.shape, *_alike(table, first)]),
             shown=form.shown,
         )
         for column, form in enumerate(forms)
         for first, second in [form.halves if form.halves and has_halves else ("NULL", "NULL")]
     )
+
+
+def _alike(table: LabelledTable, first: str) -> list[str]:
+    """What is alike in the rows of a group, in SQL.
+
+    Whoever has no country is taken for somebody from where most have her first half: else names of
+    all countries would seem to be mixed.
+    """
+    alike = [table.column(each) for each in ("country", "gender") if table.has(each)]
+    if table.has("country") and table.missing_rate("country"):
+        alike[0] = f"coalesce({alike[0]}, mode({alike[0]}) OVER (PARTITION BY {first}))"
+    return alike
