@@ -47,7 +47,7 @@ def replace_on_dask(
     asked = wanted.asked(tables)
     if output is None:
         assert write_plan is not None
-        plan_folder(folder, write_plan, asked, force=of_files["force"])
+        plan_folder(folder, write_plan, asked, force=of_files["force"], progress=working)
         click.echo(f"Wrote {named(write_plan)}: look at it, then run it with --plan.")
         return
     tell(replace_folder(folder, output, asked, secret=secret, progress=working, **of_cluster))

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 from collections.abc import Iterator, Sequence
 from contextlib import ExitStack, contextmanager
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 from functools import partial
 from pathlib import Path
 
@@ -12,17 +12,24 @@ import msgspec
 from dask.delayed import Delayed, delayed
 from distributed import Client
 
-from vantrel.errors import ArgumentError, ClusterError, ReplaceError
+from vantrel.errors import ArgumentError, ClusterError, ReplaceError, UndecidedError
 from vantrel.hints import named
 from vantrel.replacing.making.places import Places
 from vantrel.replacing.others.changed import notes_on_lost
 from vantrel.replacing.people.report import Report
 from vantrel.replacing.runs.asked import Asked, refuse_unplanned
 from vantrel.replacing.runs.notes import notes_on_people
-from vantrel.replacing.runs.opened import OpenedTable, refuse_unknown_columns, understood
+from vantrel.replacing.runs.opened import OpenedTable, all_understood, refuse_unknown_columns
 from vantrel.replacing.runs.outcome import Outcome, Replaced
 from vantrel.replacing.runs.outputs import made_if_missing
-from vantrel.replacing.runs.running import Progress, notes_on, refuse_undecided, write_plan_of
+from vantrel.replacing.runs.running import (
+    Progress,
+    leaks_to_come,
+    notes_on,
+    refuse_leaks,
+    refuse_undecided,
+    write_plan_of,
+)
 from vantrel.replacing.runs.secret import (
     checked_secret,
     deciding_versions,
@@ -104,11 +111,21 @@ def replace_folder(
                 refuse_lost(files, output)
                 digests = _digests(files, connection)
             run.note(report, found_in(files), digests)
+        done = run.replaced(found_in(files))
+        with _taken_away_if_refused(files, output):
+            refuse_leaks([done], asked)
         finish(output)
-        return run.outcome(report, found_in(files))
+        return run.outcome(report, done)
 
 
-def plan_folder(source: Path, plan: Path, asked: Asked, *, force: bool = False) -> None:
+def plan_folder(
+    source: Path,
+    plan: Path,
+    asked: Asked,
+    *,
+    force: bool = False,
+    progress: Progress = lambda _, rows: untold(rows or 0),
+) -> None:
     """Writes as a plan what would become of each column of a folder, and makes nothing else.
 
     Args:
@@ -116,10 +133,13 @@ def plan_folder(source: Path, plan: Path, asked: Asked, *, force: bool = False) 
         plan: The file of the plan.
         asked: What is asked for already.
         force: Whether a file is overwritten that is there.
+        progress: What is told how far the rows are.
     """
+    asked = replace(asked, is_planned=True)
     refuse_missing_folder(plan)
     refuse_overwriting(plan, force=force)
-    write_plan_of([_decided(source, asked)], plan, force=force)
+    table = _opened(source, asked)
+    write_plan_of([table], plan, leaks_to_come(asked, [], [table], progress), force=force)
 
 
 @dataclass(frozen=True)
@@ -190,10 +210,10 @@ class _Run:
         )
         write_record(whole, self.output, unfinished=True)
 
-    def outcome(self, report: Report, found: Found) -> Outcome:
-        """What came of the run."""
+    def replaced(self, found: Found) -> Replaced:
+        """What became of the folder."""
         table = self.table
-        done = Replaced(
+        return Replaced(
             table.copied.path,
             self.output,
             table.roles,
@@ -205,7 +225,10 @@ class _Run:
             table.others,
             list(notes_on_lost(found.lost, table.others)),
         )
-        on_table = notes_on([], [table], [done], report)
+
+    def outcome(self, report: Report, done: Replaced) -> Outcome:
+        """What came of the run."""
+        on_table = notes_on([], [self.table], [done], report)
         on_people = notes_on_people(report, no_real=False, tellers=["place"])
         return Outcome([done], report, [*on_table, *on_people])
 
@@ -233,14 +256,34 @@ class _Run:
             raise
 
 
-def _decided(source: Path, asked: Asked) -> _Table:
-    """Opens a folder, and decides what becomes of its columns."""
-    refuse_unplanned([source], asked.plan)
-    table = understood(CopiedFolder.opened(source), asked)
+def _opened(source: Path, asked: Asked) -> _Table:
+    """Opens a folder, and finds what its columns are."""
+    (table,) = all_understood([CopiedFolder.opened(source)], asked)
     refuse_unknown_columns([table], asked)
+    return table
+
+
+def _decided(source: Path, asked: Asked) -> _Table:
+    """Opens a folder of which nothing is undecided that is to be decided."""
+    refuse_unplanned([source], asked.plan)
+    table = _opened(source, asked)
     if asked.strict:
         refuse_undecided([table])
     return table
+
+
+@contextmanager
+def _taken_away_if_refused(files: Sequence[CopiedFile], output: Path) -> Iterator[None]:
+    """Leaves nothing of a run that is refused in the end; copies of a finished one stay."""
+    try:
+        yield
+    except UndecidedError:
+        begun = record_path(output, unfinished=True)
+        if begun.exists():
+            for file in files:
+                file.path.unlink(missing_ok=True)
+            begun.unlink()
+        raise
 
 
 def _secret_of(given: bytes | Path | None) -> tuple[bytes, Path | None]:
