@@ -195,7 +195,7 @@ def test_what_was_found_is_logged(table: pd.DataFrame, caplog: pytest.LogCapture
         "No key was named: 'email' tells who is who.",
         "The rows of 1 person contradict each other in gender: what was told first holds.",
         "The country of 1 of 1 person is not known: their names and numbers are those of en_GB,"
-        " unless place=... or people=... tells others.",
+        " unless place=... or people=... or columns={'country': 'COLUMN'} tells others.",
     ]
     assert replacer.roles is not None
     assert replacer.roles.people[0].columns["gender"] == ("sex",)

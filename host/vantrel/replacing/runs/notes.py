@@ -171,10 +171,12 @@ def notes_on_people(
             " others their own rows alone tell."
         )
     if count := report.untold.get("country"):
+        remedies = [argument(teller, ...) for teller in tellers]
+        if count == report.people:  # else some column was taken for it
+            remedies.append(argument("columns", {"country": "COLUMN"}))
         yield (
             f"The country of {_some_of(count, report)} is not known: their names and numbers are"
-            f" those of {report.locale}, unless"
-            f" {' or '.join(argument(teller, ...) for teller in tellers)} tells others."
+            f" those of {report.locale}, unless {' or '.join(remedies)} tells others."
         )
     if count := report.untold.get("gender"):
         yield f"The gender of {_some_of(count, report)} is not known: they have names of any."
