@@ -233,3 +233,33 @@ def test_options_that_are_refused(options: str, status: int, message: str) -> No
     result = fail(f"replace c.csv -o copy.csv --key customer_id {options}", status)
     assert message in result
     assert not Path("copy.csv").exists()
+
+
+def _of_countries(name: str, *countries: str) -> None:
+    rows = (f"{name}{row},Ann,{country},x" for row, country in enumerate(countries))
+    Path(f"{name}.csv").write_text("\n".join(["id,first_name,country,unit", *rows, ""]))
+
+
+def test_what_faker_cannot_make_is_told_before_the_first_row(
+    monkeypatch: pytest.MonkeyPatch,
+) -> None:
+    monkeypatch.setattr("vantrel.replacing.runs.files.Passing", None)  # nothing can be made
+    line = "replace a.csv b.csv -o copy --key id --other b:unit=fake:military_apo"
+    refusal = (
+        "Column 'unit': Faker has no method 'military_apo' in the language 'de_DE', which some rows"
+        " need: name another one."
+    )
+    _of_countries("a", "US")
+    _of_countries("b", "US", "US", "DE")
+    assert fail(line, 1) == refusal
+    _of_countries("a", "US", "US", "DE")
+    Path("b.csv").write_text("id,unit\na0,x\n")  # whose rows tell no country
+    assert fail(line, 1) == refusal
+
+
+def test_what_faker_can_make_of_the_people_of_a_table_is_made() -> None:
+    _of_countries("a", "DE", "FR")
+    _of_countries("b", "US", "")
+    line = "replace a.csv b.csv -o copy --key id --other b:unit=fake:military_apo"
+    succeed(f"{line} --locale en_US")
+    assert not set(as_texts("copy/b.csv")["unit"]) & {"x"}

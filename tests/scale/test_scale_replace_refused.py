@@ -4,7 +4,9 @@ from __future__ import annotations
 
 from collections.abc import Callable
 from pathlib import Path
+from typing import TYPE_CHECKING
 
+import pandas as pd
 import pytest
 
 pytest.importorskip("distributed", reason="clusters need distributed")
@@ -15,8 +17,12 @@ from support.command import fail
 from support.replaced_folders import KEY, refusal, visits, write_folder
 from vantrel.errors import (
     ArgumentTypeError,
+    ReplaceError,
     SecretError,
 )
+
+if TYPE_CHECKING:
+    from distributed import Client
 
 pytestmark = pytest.mark.usefixtures("many")
 
@@ -229,4 +235,14 @@ def test_bad_arguments_in_python() -> None:
     )
     assert refusal(None, ArgumentTypeError, keep="email") == (
         "'keep' is a list of attributes: write keep=['email']."
+    )
+
+
+def test_what_faker_cannot_make_is_told_before_the_first_file(client: Client) -> None:
+    countries = [*["US"] * 30, "DE"]
+    table = pd.DataFrame({KEY: range(31), "first_name": "Ann", "country": countries, "unit": "x"})
+    write_folder(Path("abroad"), table, 3)
+    assert refusal(client, ReplaceError, source="abroad", others={"unit": "fake:military_apo"}) == (
+        "Column 'unit': Faker has no method 'military_apo' in the language 'de_DE', which some rows"
+        " need: name another one."
     )

@@ -21,6 +21,7 @@ import pandas as pd
 from dask.delayed import Delayed, delayed
 
 from vantrel.replacing.making.places import Place
+from vantrel.replacing.others.faked import refuse_failing
 from vantrel.replacing.people.report import Report, Table
 from vantrel.replacing.people.tally import Counts, refuse_shared, shared_accounts
 from vantrel.scale.facts import (
@@ -190,7 +191,8 @@ def check(
     """Makes sure that a run may go on, and adds up.
 
     Raises:
-        ReplaceError: The key is missing in all rows, or two people share an account.
+        ReplaceError: The key is missing in all rows, two people share an account, or Faker cannot
+            make what a column gets in the language of some.
     """
     people, name = shared.people(), str(shared.table)
     tables = [each.table for each in met if each.table.rows]
@@ -200,4 +202,9 @@ def check(
     for counts in (*(each.counts for each in met), *(each.counts for each in merged)):
         people.without_key.take_in(counts)
     texts = {place: text for each in reversed(met) for place, text in each.texts.items()}
-    return Checked(people.finish(), texts)
+    report = people.finish()
+    locales = {place.locale for place in texts} | (
+        {report.locale} if report.untold.get("country") else set()
+    )
+    refuse_failing(shared.others, lambda _: locales)
+    return Checked(report, texts)

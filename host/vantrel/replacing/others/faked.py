@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterator
+from collections.abc import Callable, Iterator, Mapping
 from hashlib import blake2b
 from typing import Any
 
@@ -10,6 +10,7 @@ import numpy as np
 import pyarrow as pa
 
 from vantrel.errors import ReplaceError
+from vantrel.replacing.others.action import Action
 from vantrel.replacing.others.feistel import distinct
 from vantrel.replacing.others.providers import method_in
 from vantrel.replacing.values.cells import holds_texts, put_in
@@ -46,12 +47,29 @@ def faked(
     return put_in(made.take(pa.array(which)), column, name, read=lambda each: each)
 
 
+def refuse_failing(actions: Mapping[str, Action], locales_of: Callable[[str], set[str]]) -> None:
+    """Refuses what Faker cannot make in some language, before any of it is made.
+
+    Args:
+        actions: The actions of some columns.
+        locales_of: The locales in which people of a column need it.
+    """
+    for column, action in actions.items():
+        if action.kind == "fake":
+            for locale in sorted(locales_of(column)):
+                method_in(locale, action.provider, _where(column))
+
+
 def _values(people: list[bytes], locales: list[str], name: str, provider: str) -> Iterator[Any]:
     for person, locale in zip(people, locales, strict=True):
-        faker, method = method_in(locale, provider, f"Column {shown(repr(name))}:")
+        faker, method = method_in(locale, provider, _where(name))
         seed = blake2b(name.encode(), key=person, digest_size=_SEED_BYTES).digest()
         faker.seed_instance(int.from_bytes(seed, "big"))
         yield method()
+
+
+def _where(column: str) -> str:
+    return f"Column {shown(repr(column))}:"
 
 
 def _line(value: object) -> str:

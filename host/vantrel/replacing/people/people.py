@@ -10,6 +10,7 @@ report = people.finish()
 from __future__ import annotations
 
 import secrets
+from collections import defaultdict
 from collections.abc import Iterable, Mapping, Sequence
 from dataclasses import dataclass
 from functools import partial
@@ -137,6 +138,7 @@ class People:
         self.without_key = Tally(self._makers, self._real, no_real=no_real)
         self._replaced: set[str] = set()
         self._current: str | None = None
+        self._places_told: defaultdict[tuple[str | None, str], set[int]] = defaultdict(set)
         self._only_read: Prints | None = None
         self.tables: dict[str, Table] = {}
 
@@ -210,6 +212,16 @@ class People:
         self._replaced.update(roles.replaced.values())
         return NewValues([self._become(batch, person) for person in roles.people])
 
+    def locales_in(self, table: str, person: Person) -> set[str]:
+        """Tells in which locales of Faker the people of a table that was learnt are.
+
+        Where its own rows tell none of them, and others may, they are those of all tables.
+        """
+        places = self._places_told[table, person.name]
+        if person.key:
+            places = places - {0} or {*range(1, len(self.places.known))} or {0}
+        return {self.places.known[place].locale for place in places}
+
     def changed(self, actions: Mapping[str, Action]) -> Changed:
         """Gives what makes the columns of a table that have actions of their own."""
         key = blake2b(key=self._secret, person=_OF_OTHERS).digest()
@@ -265,6 +277,8 @@ class People:
     def _read(self, batch: pa.RecordBatch, person: Person, met: Table) -> _Rows:
         """Reads what the rows of a batch that have a key tell of a person."""
         told = told_by(batch, person, self.places)
+        places = np.flatnonzero(np.bincount(told.place))
+        self._places_told[self._current, person.name].update(places.tolist())
         if not self._is_part:
             self._real.learn(batch, person, told)
         keys = _keys(batch, person)

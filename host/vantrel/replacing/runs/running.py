@@ -5,6 +5,7 @@ from __future__ import annotations
 import secrets
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from contextlib import AbstractContextManager
+from functools import partial
 from itertools import chain
 from pathlib import Path
 from types import MappingProxyType
@@ -14,6 +15,7 @@ from vantrel.errors import LeakError, UndecidedError
 from vantrel.hints import named
 from vantrel.replacing.fates import UNDECIDED
 from vantrel.replacing.leaks import Leak
+from vantrel.replacing.others.faked import refuse_failing
 from vantrel.replacing.people.people import People
 from vantrel.replacing.people.report import Report, Table
 from vantrel.replacing.plan import Decided, write_plan
@@ -64,7 +66,13 @@ def learnt(
             who.end_what_is_only_read()
         learn(replaced)
     who.settle()
+    for table in replaced:
+        refuse_failing(table.others, partial(_locales_of, who, table))
     return who
+
+
+def _locales_of(who: People, table: Opened, column: str) -> set[str]:
+    return who.locales_in(table.name, table.roles.owner(column))
 
 
 def leaks_to_come(
