@@ -70,6 +70,7 @@ class NewPerson:
 
     Attributes:
         person: Which of her columns are there.
+        real: The texts of those of them that are replaced, as they were.
         columns: The new values of those that are replaced, in their types.
         digests: The digest of the key of each row's person.
         told: What is told of each.
@@ -77,6 +78,7 @@ class NewPerson:
     """
 
     person: Person
+    real: dict[str, pa.Array]
     columns: dict[str, pa.Array]
     digests: Digests
     told: Told
@@ -296,11 +298,12 @@ class People:
         """Makes the new columns of one person of each row."""
         found, told = self._identities(batch, person)
         made = MadeUp(found, told, self._makers, self._avoided)
+        real = {column: as_texts(batch.column(column)) for column in person.replaced}
         columns = {
-            column: _written(made, attribute, batch.column(column), column)
+            column: put_in(_written(made, attribute, real[column]), batch.column(column), column)
             for column, attribute in person.replaced.items()
         }
-        return NewPerson(person, columns, found, told, made)
+        return NewPerson(person, real, columns, found, told, made)
 
     def _identities(self, batch: pa.RecordBatch, person: Person) -> tuple[Digests, Told]:
         """Gives the digest of each row's key, and what is told of that person."""
@@ -405,18 +408,15 @@ def _key_missing(table: str, person: str, key: Sequence[str]) -> ReplaceError:
     )
 
 
-def _written(made: MadeUp, attribute: str, column: pa.Array, name: str) -> pa.Array:
+def _written(made: MadeUp, attribute: str, real: pa.Array) -> pa.Array:
     """Makes the new values of a column, names and numbers in the form of the real ones."""
     values = made.column(attribute)
     if attribute in PHONES:
         international = partial(made.number, attribute, is_international=True)
-        values = in_form_of_numbers(as_texts(column), values, international)
-    if attribute in NAMES:
-        real = as_texts(column)
-        if attribute == "fullname":
-            values = in_form_of(real, values, made.inverted)
-        values = in_case_of(real, values)
-    return put_in(values, column, name)
+        values = in_form_of_numbers(real, values, international)
+    if attribute == "fullname":
+        values = in_form_of(real, values, made.inverted)
+    return in_case_of(real, values) if attribute in NAMES else values
 
 
 def _put(told: Told, rows: Any, own: Told) -> None:

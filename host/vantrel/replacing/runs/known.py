@@ -25,19 +25,17 @@ _TWO_NAMES = (
 _PARTS = ("firstname", "lastname")
 
 
-def known_of(batch: pa.RecordBatch, new: NewPerson, *, with_made: bool) -> Known:
+def known_of(new: NewPerson, *, with_made: bool) -> Known:
     """Gives what one person of each row is known by; the parts of full names, too.
 
     Args:
-        batch: The rows as they were.
         new: What becomes of her.
         with_made: Whether what takes the place of each value is needed, too.
     """
     values = []
     for column, attribute in new.person.replaced.items():
-        real = as_texts(batch.column(column))
-        made = _made(new, column, attribute, real) if with_made else None
-        values.append(Value(attribute, real, made))
+        made = _made(new, column, attribute) if with_made else None
+        values.append(Value(attribute, new.real[column], made))
     missing = [part for part in _PARTS if part not in new.person.columns]
     for _, real, made, _ in [each for each in values if missing and each.attribute == "fullname"]:
         of_made = (None, None) if made is None else _halves(made)
@@ -46,10 +44,10 @@ def known_of(batch: pa.RecordBatch, new: NewPerson, *, with_made: bool) -> Known
     return Known(values, _names(new, values))
 
 
-def _made(new: NewPerson, column: str, attribute: str, real: pa.Array) -> pa.Array:
+def _made(new: NewPerson, column: str, attribute: str) -> pa.Array:
     """What is written in texts: names not in the case of their column, which texts may not have."""
     if attribute == "fullname":
-        return in_form_of(real, new.made.column(attribute), new.made.inverted)
+        return in_form_of(new.real[column], new.made.column(attribute), new.made.inverted)
     if attribute in NAMES:
         return new.made.column(attribute)
     return as_texts(new.columns[column])

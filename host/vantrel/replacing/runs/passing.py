@@ -54,7 +54,7 @@ class Passing:
     def __call__(self, batch: pa.RecordBatch) -> dict[str, pa.Array]:
         """Gives the new columns of a batch with all its columns; the others stay."""
         new = self._people.replaced(batch, self._roles)
-        known = [known_of(batch, each, with_made=bool(self._scrub)) for each in new.people]
+        known = [known_of(each, with_made=bool(self._scrub)) for each in new.people]
         columns = new.columns
         for changed, each in zip(self._changed, new.people, strict=True):
             columns |= changed(batch, each.digests, each.told)
