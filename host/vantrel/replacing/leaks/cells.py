@@ -200,6 +200,10 @@ def _folded(texts: pa.Array) -> pa.Array:
     if is_all_ascii(lower):
         return lower
     is_other = pc.invert(pc.string_is_ascii(texts))
-    others = texts.filter(is_other).to_pylist()
-    folded = [_OTHER_THAN_ASCII_AND_WORDS.sub(" ", text.casefold()) for text in others]
-    return pc.replace_with_mask(lower, is_other, pa.array(folded, pa.string()))
+    others = texts.filter(is_other).dictionary_encode()
+    folded = [
+        _OTHER_THAN_ASCII_AND_WORDS.sub(" ", text.casefold())
+        for text in others.dictionary.to_pylist()
+    ]
+    made = pa.array(folded, pa.string()).take(others.indices)
+    return pc.replace_with_mask(lower, is_other, made)

@@ -25,7 +25,9 @@ _MAY_BEGIN[[0xC2, 0xE1, 0xE2, 0xE3]] = True
 def is_gap(texts: pa.Array) -> Any:
     """Tells where a text is missing, blank, or such a word with or without blanks around it."""
     data, starts, lengths = layout(texts)
-    may_be = np.flatnonzero((lengths == 0) | _MAY_BEGIN[np.append(data, np.uint8(0))[starts]])
+    if not len(data):  # they are all missing or empty
+        return np.ones(len(texts), dtype=bool)
+    may_be = np.flatnonzero((lengths == 0) | _MAY_BEGIN[data.take(starts, mode="clip")])
     found = texts.is_null().to_numpy(zero_copy_only=False).copy()
     words = pc.utf8_trim_whitespace(texts.take(pa.array(may_be)))
     found[may_be] |= pc.is_in(words, GAPS).to_numpy(zero_copy_only=False)

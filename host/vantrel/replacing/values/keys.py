@@ -10,6 +10,7 @@ import pyarrow as pa
 import pyarrow.compute as pc
 
 from vantrel.replacing.values.gaps import missing_where_gap
+from vantrel.replacing.values.prints import layout
 
 type Digests = np.ndarray[tuple[int, int], np.dtype[np.uint64]]
 
@@ -72,8 +73,10 @@ def canonical(column: pa.Array) -> pa.Array:
     texts stay as they are.
     """
     text = as_texts(column)
+    data, *_ = layout(text)
+    signs = data.tobytes()
     for sign, rewritten in _REWRITTEN.items():
-        if pc.any(pc.match_substring(text, sign)).as_py():  # a pattern takes ten times as long
+        if sign in signs:  # for all texts at once, which takes next to nothing
             text = rewritten(text)
     if pc.any(_may_be_odd_uuid(text)).as_py():
         text = _uuids_alike(text)
@@ -149,10 +152,10 @@ def _uuids_alike(text: pa.Array) -> pa.Array:
 
 # What may have to be written otherwise has such a sign in it.
 _REWRITTEN = {
-    " ": pc.utf8_trim_whitespace,
-    "@": _addresses_in_lower_case,
-    ".0": _whole_numbers_without_fraction,
-    ":": _times_without_needless_parts,
+    b" ": pc.utf8_trim_whitespace,
+    b"@": _addresses_in_lower_case,
+    b".0": _whole_numbers_without_fraction,
+    b":": _times_without_needless_parts,
 }
 
 
