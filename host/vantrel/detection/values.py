@@ -210,7 +210,7 @@ _TESTS: dict[str, Callable[[str], object]] = {
     "lastname": _is_name,
     "fullname": _is_name,
     NAME: _is_name,
-    "email": is_email,
+    "email": _EMAIL.fullmatch,
     "username": _LOGIN.fullmatch,
     "password": re.compile(r"\S{4,}").fullmatch,
     PHONE: is_phone,
