@@ -150,6 +150,13 @@ def test_short_user_names_and_numbers_are_no_leaks() -> None:
     assert kind("123456", {"work_number": "123456"}) == "person"
 
 
+def test_user_names_of_digits_are_found_in_columns_that_have_no_letters() -> None:
+    cells = pa.array(["4711", "12; 7", "47 11"])
+    (leak,) = leaks(cells, {"username": "4711"})
+    assert (leak.kind, leak.cells, leak.rows) == ("person", 1, (1,))
+    assert leaks(cells, {"username": "x4711"}) == []
+
+
 def test_zeros_in_front_of_a_number_do_not_count() -> None:
     assert kind("no. 5, 1234567", {"work_number": "0123-4567"}) == "person"
     assert kind("0-0123456", {"work_number": "123456"}) == "person"
