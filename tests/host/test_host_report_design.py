@@ -4,6 +4,8 @@ import json
 from pathlib import Path
 from typing import Any
 
+import duckdb
+import msgspec
 import numpy as np
 import pandas as pd
 import pytest
@@ -14,7 +16,7 @@ from vantrel.reporting import meant
 from vantrel.reporting.comparison import Comparison
 from vantrel.reporting.figures import compare_labelled
 from vantrel.reporting.missing import compare_all_missing_rates
-from vantrel.reporting.verdict import FINE, KNOWN, LOOK, Verdict
+from vantrel.reporting.verdict import FINE, KNOWN, LOOK, OPEN, Verdict
 from vantrel.sampling import sample_to_file
 from vantrel.sampling.expected import Expected
 from vantrel.sampling.record import read_record, record_path
@@ -270,13 +272,50 @@ def test_a_file_that_was_changed_is_judged_and_said_to_be_changed(tmp_path: Path
     assert "The file is not the one that was made: it was changed since." in comparison.to_html()
 
 
+NOT_KNOWN = (
+    "The model and the seed give the same rows again with the versions installed here. Whether the"
+    " table was changed since is not known: that is told of a file whose SHA-256 is in the record,"
+    " and neither of a folder nor of a table in memory."
+)
+
+
+@pytest.mark.parametrize("last", [None, "Lee"])
+def test_whether_a_table_in_memory_was_changed_is_not_known(
+    tmp_path: Path, last: str | None
+) -> None:
+    made = Made(tmp_path, real_people(has_gaps=False), 500)
+    table = read_table(made.path)
+    table["last"] = last or table["last"]
+    comparison = vantrel.compare(made.real, table, record=read_record(made.path), **COLUMNS)
+    assert comparison.verdicts[-1] == Verdict(
+        "How it was made", "seed 7", OPEN, NOT_KNOWN, "origin"
+    )
+    assert "Whether the table was changed since is not known" in comparison.to_html()
+    fewer = vantrel.compare(made.real, table[1:], record=read_record(made.path), **COLUMNS)
+    assert fewer.verdicts[-1].words == "The table no longer has as many rows as were made."
+
+
+def test_whether_a_folder_of_parts_was_changed_is_not_known(tmp_path: Path) -> None:
+    made = Made(tmp_path, real_people(has_gaps=False), 500)
+    record, folder = read_record(made.path), tmp_path / "parts"
+    assert record
+    folder.mkdir()
+    for at in range(2):
+        part = f"SELECT * REPLACE ('Lee' AS last) FROM '{made.path}' LIMIT 250 OFFSET {250 * at}"
+        duckdb.execute(f"COPY ({part}) TO '{folder}/part-{at}.parquet'")
+    of_folder = msgspec.structs.replace(record, file_sha256=None)
+    with open_table(folder, empty_is_missing=True) as sample:
+        found = vantrel.compare(made.real, sample, record=of_folder, **COLUMNS).verdicts[-1]
+    assert (found.state, found.words) == (OPEN, NOT_KNOWN)
+
+
 def test_a_record_of_schema_1_is_read_and_tells_nothing_of_the_model(tmp_path: Path) -> None:
     made = Made(tmp_path, real_people(has_gaps=False), 4000, exact=True)
     path = record_path(made.path)
     form = json.loads(path.read_text())
     del form["expected"], form["file_sha256"]
     path.write_text(json.dumps(form | {"schema_version": 1}))
-    assert made.states() == made.states(knows_model=False) | {"How it was made": FINE}
+    assert made.states() == made.states(knows_model=False) | {"How it was made": OPEN}
 
 
 def test_combinations_are_told_where_their_shares_differ_most() -> None:

@@ -21,7 +21,7 @@ from vantrel.reporting.names import MOST_NAMES, MOST_PLACES
 from vantrel.reporting.nearness.judged import COPY, SAMPLE, unchecked_names
 from vantrel.reporting.provenance import Provenance
 from vantrel.reporting.verdict import Verdict
-from vantrel.reporting.verdicts import verdicts, why_not_compared
+from vantrel.reporting.verdicts import UNKNOWN_CHANGES, verdicts, why_not_compared
 
 # More bars than these hide what they show; further values stand in a list that can be opened.
 MOST_BARS = 12
@@ -57,6 +57,7 @@ def render(figures: Figures, sources: Sources, made: Provenance | None) -> str:
         sources=sources,
         origin=made,
         conditions=made and made.conditions,
+        unknown_changes=UNKNOWN_CHANGES,
         made_table=SAMPLE.name,
         verdicts=verdicts(figures, made),
         bars=bars,

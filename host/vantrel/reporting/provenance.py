@@ -42,7 +42,8 @@ class Provenance:
         versions: The versions that the rows depend on.
         differences: What the versions that differ may change, a sentence each.
         rows_now: The rows of the table if they are not as many as were made, else None.
-        was_changed: Whether the file is known to be another one than was made.
+        was_changed: Whether the table is another one than was made; None if that is not known, as
+            only files have a SHA-256 to compare.
     """
 
     seed: int
@@ -51,7 +52,7 @@ class Provenance:
     versions: tuple[Version, ...]
     differences: tuple[str, ...]
     rows_now: int | None
-    was_changed: bool
+    was_changed: bool | None
 
 
 def provenance(record: SampleRecord, rows: int, sha256: str | None = None) -> Provenance:
@@ -77,8 +78,15 @@ def provenance(record: SampleRecord, rows: int, sha256: str | None = None) -> Pr
         tuple(Version(name, made, here.get(name)) for name, made in record.versions.items()),
         tuple(differences(record.versions)),
         None if record.rows == rows else rows,
-        record.rows != rows or sha256 not in (None, record.file_sha256),
+        _was_changed(record, rows, sha256),
     )
+
+
+def _was_changed(record: SampleRecord, rows: int, sha256: str | None) -> bool | None:
+    if record.rows != rows:
+        return True
+    is_known = sha256 is not None and record.file_sha256 is not None
+    return sha256 != record.file_sha256 if is_known else None
 
 
 def _words(option: str) -> str:

@@ -20,6 +20,10 @@ from vantrel.wording import distance, listed, points, shown
 _CHANGED = "See whether the sample was changed, or made from another model."
 _OTHER_TABLE = "The model was to give that: see whether it was fitted to this table."
 _MOST_VALUES = 5
+UNKNOWN_CHANGES = (
+    "Whether the table was changed since is not known: that is told of a file whose SHA-256 is in"
+    " the record, and neither of a folder nor of a table in memory."
+)
 _MISLEADS = "Tests that rely on these shares may mislead."
 
 
@@ -157,4 +161,6 @@ def _of_origin(origin: Provenance | None) -> Verdict:
         made_of.insert(1, f"the conditions in {shown(origin.conditions)}")
     words = f"{listed(made_of)} give the same rows again with the versions installed here."
     words = words[0].upper() + words[1:]
+    if origin.was_changed is None:
+        return Verdict(about, figure, OPEN, f"{words} {UNKNOWN_CHANGES}", "origin")
     return Verdict(about, figure, FINE, words, "origin")
