@@ -8,6 +8,7 @@ import pandas as pd
 import pytest
 from msgspec.structs import replace
 
+import vantrel
 from support.report_tables import ODD_NAMES, both, odd, ordinary, page, record
 from vantrel import wording
 from vantrel.reporting.figures import compare_labelled
@@ -237,6 +238,29 @@ def test_repeated_rows_are_told_where_nothing_tells_people_apart() -> None:
     same = SAMPLED[["sex", "land"]].assign(sex="male", land="Chad")
     found = judged(REAL, same)["Repeated rows"]
     assert (found.figure, found.state) == ("299", OPEN)
+
+
+NAMED = ["gender", "title", "firstname", "lastname", "country"]
+
+
+@pytest.mark.parametrize("columns", [NAMED, ["gender", "fullname", "mobile_number"]])
+@pytest.mark.parametrize("rows", [100, 3000])
+def test_rows_that_were_pasted_twice_ask_for_a_look(columns: list[str], rows: int) -> None:
+    real, good = (
+        vantrel.people(rows, countries={"GB": 2, "DE": 1}, seed=seed)[columns] for seed in (1, 2)
+    )
+    good.loc[::9, "gender"] = None
+    assert judged_alone(real, good)["Repeated rows"].state == FINE
+    few = pd.concat([good, good.head(rows // 10)])
+    for pasted in (few, pd.concat([good, good])):
+        found = judged_alone(real, pasted)["Repeated rows"]
+        assert found.state == LOOK
+        assert found.words.endswith("See whether rows were pasted twice.")
+    assert judged_alone(few, few)["Repeated rows"].state == FINE  # the real table has as many
+
+
+def judged_alone(real: pd.DataFrame, sampled: pd.DataFrame) -> dict[str, Verdict]:
+    return {each.about: each for each in vantrel.compare(real, sampled).verdicts}
 
 
 def test_a_real_name_in_the_sample_asks_for_a_look() -> None:

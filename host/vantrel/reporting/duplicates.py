@@ -7,6 +7,8 @@ from dataclasses import dataclass
 
 from vantrel.attributes import WORDS
 from vantrel.reporting.labelled import LabelledTable
+from vantrel.reporting.nearness.shared import most_by_chance
+from vantrel.reporting.repeats import repeats_by_chance
 
 
 @dataclass(frozen=True)
@@ -26,11 +28,24 @@ class Duplicates:
         real: The repeats in the real table; None where it has no such column, or both tables have
             none in common.
         sampled: The same in the sample.
+        chance: How many of the sample's rows chance explains; None of values, and of rows in which
+            no two parts are made apart from each other.
     """
 
     attribute: str | None
     real: DuplicateCount | None
     sampled: DuplicateCount | None
+    chance: float | None = None
+
+    @property
+    def is_by_chance(self) -> bool:
+        """Whether chance explains the repeats of the sample, or the real table has as many."""
+        if self.sampled is None or self.chance is None:
+            return False
+        in_real = 0.0
+        if self.real and self.real.values:  # pairs grow as the square of the rows
+            in_real = self.real.repeated * (self.sampled.values / self.real.values) ** 2
+        return self.sampled.repeated <= most_by_chance(max(self.chance, in_real))
 
 
 def compare_rows(real: LabelledTable, sampled: LabelledTable) -> Duplicates:
@@ -39,7 +54,8 @@ def compare_rows(real: LabelledTable, sampled: LabelledTable) -> Duplicates:
     Rows without any value do not count.
     """
     common = [each for each in WORDS if real.has(each) and sampled.has(each)]
-    return Duplicates(None, *(_of(table, common) for table in (real, sampled)))
+    chance = repeats_by_chance(sampled, common) if common else None
+    return Duplicates(None, *(_of(table, common) for table in (real, sampled)), chance)
 
 
 def compare_duplicates(real: LabelledTable, sampled: LabelledTable, attribute: str) -> Duplicates:

@@ -15,7 +15,7 @@ from vantrel.reporting.nearness.judged import judge_nearness
 from vantrel.reporting.provenance import Provenance
 from vantrel.reporting.together import Together
 from vantrel.reporting.verdict import FINE, KNOWN, LOOK, OPEN, Verdict
-from vantrel.wording import distance, listed, points, shown
+from vantrel.wording import distance, listed, number, points, shown
 
 _CHANGED = "See whether the sample was changed, or made from another model."
 _OTHER_TABLE = "The model was to give that: see whether it was fitted to this table."
@@ -128,17 +128,37 @@ def _of_repeats(repeats: Sequence[Duplicates]) -> list[Verdict]:
         return []
     repeated = sum(each.sampled.repeated for each in judged if each.sampled)
     if not keys:
-        words = (
-            "Sampled rows that repeat an earlier one. Without a username or an e-mail address,"
-            " nothing need tell two people apart."
-        )
-        return [Verdict("Repeated rows", f"{repeated:,}", OPEN, words, "repeats")]
+        return [_of_rows(judged[0], repeated)]
     names = listed([WORDS[each.attribute].lower() for each in keys if each.attribute])
     about = f"Repeated {names}"
     if not repeated:
         return [Verdict(about, "0", FINE, "No two sampled rows share one.", "repeats")]
     words = "So many sampled values repeat an earlier one."
     return [Verdict(about, f"{repeated:,}", LOOK, words, "repeats")]
+
+
+def _of_rows(rows: Duplicates, repeated: int) -> Verdict:
+    about, figure = "Repeated rows", f"{repeated:,}"
+    if rows.chance is None:
+        words = (
+            "Sampled rows that repeat an earlier one. Nothing in the columns that both tables have"
+            " tells two people apart."
+        )
+        return Verdict(about, figure, OPEN, words, "repeats")
+    chance = f"chance explains about {number(round(rows.chance))}"
+    if not rows.is_by_chance:
+        words = (
+            "Sampled rows that repeat an earlier one in all columns that both tables have:"
+            f" {chance}. See whether rows were pasted twice."
+        )
+        return Verdict(about, figure, LOOK, words, "repeats")
+    words = (
+        f"Sampled rows that repeat an earlier one in all columns that both tables have: {chance},"
+        " or the real table has as many."
+        if repeated
+        else "No two sampled rows are alike in all columns that both tables have."
+    )
+    return Verdict(about, figure, FINE, words, "repeats")
 
 
 def _of_origin(origin: Provenance | None) -> Verdict:

@@ -190,7 +190,7 @@ def _values(sql: str, table: LabelledTable, forms: Sequence[Form], has_halves: b
             key=form.key,
             first=first,
             second=second,
-            alike=", ".join([str(column), form.shape, *_alike(table, first)]),
+            alike=", ".join([str(column), form.shape, *alike_in_names(table, first)]),
             shown=form.shown,
         )
         for column, form in enumerate(forms)
@@ -198,8 +198,8 @@ def _values(sql: str, table: LabelledTable, forms: Sequence[Form], has_halves: b
     )
 
 
-def _alike(table: LabelledTable, first: str) -> list[str]:
-    """What is alike in the rows of a group, in SQL.
+def alike_in_names(table: LabelledTable, first: str) -> list[str]:
+    """What is alike in the rows whose names are drawn from the same lists, in SQL.
 
     Whoever has no country is taken for somebody from where most have her first half: else names of
     all countries would seem to be mixed.
