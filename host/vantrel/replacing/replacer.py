@@ -106,6 +106,7 @@ class Replacer:
     ) -> Any:
         """Replaces the people of a table; see :func:`replace`."""
         from vantrel.replacing.others.decided import decided
+        from vantrel.replacing.runs.advised import advised
         from vantrel.replacing.runs.frames import excerpt, like, with_columns
         from vantrel.replacing.runs.passing import Passing
 
@@ -141,12 +142,13 @@ class Replacer:
         passing = Passing(self._people, roles, scrub, actions)
         made = _joined(map(passing, batches))
         self.roles, self.report = roles, self._people.finish()
+        likely = advised(first, batches[0].schema, roles.personal)
         remedies = Arguments(has_plans=False)
         self.notes = [
             note_on_columns(roles, actions, scrub),
             *notes_on_index(table),
             *notes_on_table(roles, actions, self.report.tables[name], passing.leaks(), remedies),
-            *notes_on_undecided(roles, (), remedies),
+            *notes_on_undecided(roles, (), likely, remedies),
             *passing.notes(),
             *notes_on_people(self.report, no_real=self._no_real),
         ]

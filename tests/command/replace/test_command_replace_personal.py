@@ -2,11 +2,15 @@
 
 from __future__ import annotations
 
+import datetime
+import re
 import tomllib
 from pathlib import Path
 
+import pandas as pd
 import pytest
 
+import vantrel
 from support.command import fail, succeed
 
 pytest.importorskip("pyarrow", reason="replacing people needs pyarrow")
@@ -53,3 +57,40 @@ def test_strict_tells_what_is_undecided() -> None:
         assert "acc.csv: Column 'date_of_birth' looks personal (date of birth)" in told
     assert NOTHING in fail("replace colours.csv -o new.csv --key id --strict", 1)
     assert NOTHING in fail("replace colours.csv --key id --write-plan plan.toml", 1)
+
+
+def test_what_is_advised_fits_into_the_column() -> None:
+    rows = range(40)
+    columns = {
+        "zip": [10_000 + 37 * row for row in rows],
+        "account_number": [12_345_678.0 + row for row in rows],
+        "card_number": [4_539_000_000_000_000 + row for row in rows],
+        "year_of_birth": [1950 + row for row in rows],
+        "birthdate": [19_500_101 + 10_000 * row for row in rows],
+        "dob": [datetime.date(1950 + row, 1, 1) for row in rows],
+        "birthday": ["1950-05-17"] * 40,
+        "postcode": pd.Categorical(["SW1A 1AA"] * 40),
+    }
+    names = {"first_name": [f"Qa{row}" for row in rows], "country": ["US"] * 40}
+    pd.DataFrame(names | columns).to_parquet("c.parquet")
+    advice = dict(re.findall(r"It stays; --other (\S+)=(\S+) decides", copied("")))
+    assert advice == {
+        "zip": "hash",
+        "account_number": "hash",
+        "card_number": "fake:credit_card_number",
+        "year_of_birth": "blank",
+        "birthdate": "shift:180",
+        "dob": "shift:180",
+        "birthday": "shift:180",
+        "postcode": "fake:postcode",
+    }
+    everything = " ".join(f"--other {column}={fate}" for column, fate in advice.items())
+    assert "It stays" not in copied(everything)
+    replacer = vantrel.Replacer()
+    replacer.replace(pd.read_parquet("c.parquet"))
+    told = re.findall(r"It stays; others=\{'(\w+)': '(\S+)'\} decides", "".join(replacer.notes))
+    assert dict(told) == advice
+
+
+def copied(options: str) -> str:
+    return succeed(f"replace c.parquet -o copy.parquet --force {options}").stderr

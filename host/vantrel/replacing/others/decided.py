@@ -87,7 +87,7 @@ def _with_form(action: Action, column: str, table: pd.DataFrame) -> Action:
     """Finds how a column of texts writes dates that are to be moved."""
     if action.kind != "shift" or action.form:
         return action
-    texts = _texts_of(table, column)
+    texts = texts_of(table, column)
     if not len(texts):
         return action
     forms = likely_forms(texts)
@@ -105,7 +105,7 @@ def _with_form(action: Action, column: str, table: pd.DataFrame) -> Action:
     return replace(action, form=forms[0])
 
 
-def _texts_of(table: pd.DataFrame, column: str) -> Any:
+def texts_of(table: pd.DataFrame, column: str) -> Any:
     """Gives some dates of a column that has them as texts or numbers; none of any other type."""
     values = without_gaps(arrow_of(table, [column]).column(0).combine_chunks())
     if pa.types.is_temporal(values.type):

@@ -26,11 +26,11 @@ def hashed(column: pa.Array, name: str, key: bytes) -> pa.Array:
     kind = column.type.value_type if pa.types.is_dictionary(column.type) else column.type
     if pa.types.is_null(kind):
         return column
-    if not (is_text(kind) or _is_number(kind)):
+    if not (is_text(kind) or is_number(kind)):
         raise _unusable(name, f"is of type {kind}")
     encoded = as_texts(column).dictionary_encode()
     keys = canonical(encoded.dictionary).cast(pa.string())
-    if _is_number(kind) and pc.all(pc.match_substring_regex(keys, WHOLE_NUMBER)).as_py() is False:
+    if is_number(kind) and pc.all(pc.match_substring_regex(keys, WHOLE_NUMBER)).as_py() is False:
         raise _unusable(name, "has numbers with a fraction, or too large for their type")
     images = permuted_texts(keys.drop_null(), key)
     images = pc.replace_with_mask(keys, keys.is_valid(), images)
@@ -43,7 +43,8 @@ def hashed(column: pa.Array, name: str, key: bytes) -> pa.Array:
     return made
 
 
-def _is_number(kind: pa.DataType) -> bool:
+def is_number(kind: pa.DataType) -> bool:
+    """Whether values of a type are numbers, which may be whole ones."""
     tests = (pa.types.is_integer, pa.types.is_floating, pa.types.is_decimal)
     return any(test(kind) for test in tests)
 

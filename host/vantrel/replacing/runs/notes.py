@@ -8,7 +8,6 @@ from typing import TYPE_CHECKING
 import pandas as pd
 from pandas.api.types import is_datetime64_any_dtype, is_numeric_dtype, is_timedelta64_dtype
 
-from vantrel.detection.personal import Kind
 from vantrel.hints import argument, listed
 from vantrel.replacing.columns.person import Person
 from vantrel.replacing.columns.roles import Roles
@@ -19,21 +18,6 @@ from vantrel.wording import counted, shown, some
 _BLANK = "blank"
 
 _MOST_NAMED = 20
-
-# What is likely to be wanted of columns that look personal; the others are best blank.
-_LIKELY = {
-    Kind.BIRTH: "shift:180",
-    Kind.STREET: "fake:street_address",
-    Kind.POSTCODE: "fake:postcode",
-    Kind.CITY: "fake:city",
-    Kind.ACCOUNT: "fake:iban",
-    Kind.CARD: "fake:credit_card_number",
-    Kind.OFFICIAL: "hash",
-    Kind.DOCUMENT: "hash",
-    Kind.IP: "fake:ipv4",
-    Kind.PEOPLE: SCRUB,
-    Kind.PROSE: SCRUB,
-}
 
 if TYPE_CHECKING:
     from vantrel.replacing.leaks import Leak
@@ -140,8 +124,17 @@ def _notes_on_key(person: Person, table: Table) -> Iterator[str]:
         yield f"{counted(count, 'row')} without a key{whose}: each is a person of its own."
 
 
-def notes_on_undecided(roles: Roles, undecided: Iterable[str], remedies: Remedies) -> Iterator[str]:
-    """Tells which columns look personal and stay, as nobody has decided otherwise."""
+def notes_on_undecided(
+    roles: Roles, undecided: Iterable[str], advised: Mapping[str, str], remedies: Remedies
+) -> Iterator[str]:
+    """Tells which columns look personal and stay, as nobody has decided otherwise.
+
+    Args:
+        roles: What the columns of a table are.
+        undecided: Those of which a plan says so.
+        advised: What is likely to be wanted of those that look personal.
+        remedies: How that is done.
+    """
     yield from (f"{note}." for note in further(roles, remedies))
     told = {choice.column for choice in roles.further}.union(roles.of_others)
     why = {finding.column: finding for finding in roles.personal}
@@ -150,8 +143,7 @@ def notes_on_undecided(roles: Roles, undecided: Iterable[str], remedies: Remedie
             continue
         finding = why.get(column)
         looks = f"looks personal ({finding.kind}): {finding.why}" if finding else "is undecided"
-        fate = _LIKELY.get(finding.kind, _BLANK) if finding else KEEP
-        decision = remedies.deciding(column, fate)
+        decision = remedies.deciding(column, advised.get(column, KEEP))
         yield f"Column {shown(repr(column))} {looks}. It stays; {decision} decides."
 
 

@@ -18,6 +18,7 @@ from vantrel.hints import did_you_mean, listed, named
 from vantrel.replacing.columns.roles import Roles, find_roles, refuse_scrub
 from vantrel.replacing.others.action import Action
 from vantrel.replacing.others.decided import decided
+from vantrel.replacing.runs.advised import advised
 from vantrel.replacing.runs.asked import Asked, OfTable
 from vantrel.replacing.runs.frames import beginning, count_of, excerpt_of
 from vantrel.tables.copying import Batched, Copied, open_copied
@@ -36,6 +37,7 @@ class OpenedTable[TableT: Batched]:
         asked: What is asked of it.
         others: The actions of other columns.
         empty: The columns without a value in any row.
+        advised: What is likely to be wanted of columns that look personal.
     """
 
     copied: TableT
@@ -43,6 +45,7 @@ class OpenedTable[TableT: Batched]:
     asked: OfTable
     others: Mapping[str, Action]
     empty: tuple[str, ...]
+    advised: Mapping[str, str]
 
     @property
     def changed(self) -> dict[str, str]:
@@ -115,7 +118,7 @@ def understood[TableT: Batched](
 ) -> OpenedTable[TableT]:
     """Finds what the columns of an open table are."""
     path = copied.path
-    excerpt = _excerpt(copied)
+    excerpt, types = _excerpt(copied)
     own = asked.of(path, copied.columns)
     others = {} if is_only_read else own.others
     roles = find_roles(
@@ -141,7 +144,8 @@ def understood[TableT: Batched](
         refuse_scrub(copied.columns, roles, own.scrub)
     actions = decided(excerpt, roles, others, own.scrub)
     empty = tuple(name for name in copied.columns if excerpt[name].isna().all())
-    return OpenedTable(copied, roles, own, actions, empty)
+    likely = advised(excerpt, types, roles.personal)
+    return OpenedTable(copied, roles, own, actions, empty, likely)
 
 
 def _refuse_values_as_names(copied: Batched) -> None:
@@ -153,11 +157,16 @@ def _refuse_values_as_names(copied: Batched) -> None:
         )
 
 
-def _excerpt(copied: Batched) -> pd.DataFrame:
-    """Gives as many values of each column as tell what it is, wherever in the table they begin."""
+def _excerpt(copied: Batched) -> tuple[pd.DataFrame, pa.Schema]:
+    """Gives as many values of each column as tell what it is, wherever in the table they begin.
+
+    Beside these texts it gives the types that the columns have.
+    """
     texts = dict.fromkeys(copied.columns, pa.chunked_array([], pa.string()))
+    types = pa.schema([(name, pa.string()) for name in copied.columns])
     rows = 0
     for batch in copied.batches(copied.columns):
+        types = batch.schema
         first = max(SAMPLE_SIZE - rows, 0)
         rows += batch.num_rows
         for name, column in zip(batch.schema.names, batch.columns, strict=True):
@@ -166,7 +175,7 @@ def _excerpt(copied: Batched) -> pd.DataFrame:
                 texts[name] = pa.chunked_array([*texts[name].chunks, *own.chunks], pa.string())
         if rows >= SAMPLE_SIZE and all(map(count_of, texts.values())):
             break
-    return excerpt_of(texts)
+    return excerpt_of(texts), types
 
 
 def _key(given: Sequence[str], columns: Sequence[str]) -> Sequence[str]:

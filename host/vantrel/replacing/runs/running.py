@@ -159,7 +159,7 @@ def notes_on(
         met = report.tables.get(table.name, Table())
         remedies = _remedies(table)
         on_table = notes_on_table(table.roles, table.others, met, leaks, remedies)
-        undecided = notes_on_undecided(table.roles, table.asked.undecided, remedies)
+        undecided = notes_on_undecided(table.roles, table.asked.undecided, table.advised, remedies)
         for note in chain(on_table, on_others, undecided):
             yield f"{named(table.name)}: {note}" if len(known) > 1 else note
 
@@ -175,7 +175,9 @@ def refuse_undecided(tables: Sequence[Opened]) -> None:
     _refuse_as_undecided(
         f"{named(table.name)}: {note}"
         for table in tables
-        for note in notes_on_undecided(table.roles, table.asked.undecided, _remedies(table))
+        for note in notes_on_undecided(
+            table.roles, table.asked.undecided, table.advised, _remedies(table)
+        )
     )
 
 
