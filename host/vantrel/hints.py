@@ -42,11 +42,15 @@ def did_you_mean(text: object, known: Iterable[Any], most: int = 1) -> str:
 
 def why_unreadable(path: Path, error: OSError) -> str:
     """Tells why a file cannot be read; where there is none, asks for the nearest name."""
-    near = ""
-    if isinstance(error, FileNotFoundError) and path.parent.is_dir():
-        with suppress(OSError):  # a folder that may be entered and not listed
-            near = did_you_mean(path, [path.with_name(each.name) for each in path.parent.iterdir()])
+    near = did_you_mean_path(path) if isinstance(error, FileNotFoundError) else ""
     return f"cannot be read: {error.strerror or error}.{near}"
+
+
+def did_you_mean_path(path: Path) -> str:
+    """Asks, with a leading blank, for the nearest name in the folder of a path, if one is near."""
+    with suppress(OSError):  # no folder, or one that may be entered and not listed
+        return did_you_mean(path, [path.with_name(each.name) for each in path.parent.iterdir()])
+    return ""
 
 
 def named(name: object) -> str:

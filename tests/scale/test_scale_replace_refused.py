@@ -107,6 +107,11 @@ def test_folders_that_cannot_be_copied(
             "no is not there: name a folder of Parquet files.",
         ),
         (
+            RUN.replace("many", "manny"),
+            1,
+            "manny is not there: name a folder of Parquet files. Did you mean 'many'?",
+        ),
+        (
             RUN.replace("many", "many/part.000.parquet"),
             1,
             "many/part.000.parquet is no folder: name a folder of Parquet files.",

@@ -18,7 +18,7 @@ from vantrel.databases.address import Address
 from vantrel.databases.engine import Kind, Reference
 from vantrel.databases.fetching import fetched
 from vantrel.errors import DatabaseError
-from vantrel.hints import named
+from vantrel.hints import did_you_mean_path, named
 
 _SECONDS = 10
 
@@ -50,7 +50,8 @@ class Sqlite:
     def connector(self, *, is_changing: bool) -> Connector:
         """What opens the file, which must be there."""
         if not self._file.is_file():
-            raise DatabaseError(f"There is no database {named(self._file)}.")
+            near = did_you_mean_path(self._file)
+            raise DatabaseError(f"There is no database {named(self._file)}.{near}")
         mode = "rw" if is_changing else "ro"
         uri = f"file:{quote(str(self._file.absolute()))}?mode={mode}"
 

@@ -10,7 +10,7 @@ from pathlib import Path
 import pyarrow as pa
 
 from vantrel.errors import TableError
-from vantrel.hints import listed, named
+from vantrel.hints import did_you_mean_path, listed, named
 from vantrel.tables.copying.parquet_copy import CopiedParquet
 
 _SUFFIX = ".parquet"
@@ -75,7 +75,8 @@ def opened_file(file: Path) -> Iterator[CopiedParquet]:
 def _files(path: Path) -> list[Path]:
     if not path.is_dir():
         what = "is no folder" if path.exists() else "is not there"
-        raise TableError(f"{named(path)} {what}: name a folder of Parquet files.")
+        near = "" if path.exists() else did_you_mean_path(path)
+        raise TableError(f"{named(path)} {what}: name a folder of Parquet files.{near}")
     content = sorted(each for each in path.iterdir() if not each.name.startswith(_ASIDE))
     for each in content:
         if each.suffix != _SUFFIX or not each.is_file():
