@@ -285,6 +285,12 @@ def test_a_table_that_was_read_is_written_the_same(tmp_path: Path) -> None:
         ),
         (b"b,a,b,a,b,c\n1,2,3,4,5,6\n", " has several columns of one name: 'b', 'a'. Give each a"),
         (b"a,a\n", " has several columns of one name: 'a'. Give each a name of its own."),
+        (
+            b"\xef\xbb\xbfsep=;\r\na;b\r\n1;2\r\n",
+            " begins with the line 'sep=;', which only tells spreadsheets what separates the cells:"
+            " take that line out.",
+        ),
+        (b"sep=,\na,b\n1,2\n", " begins with the line 'sep=,', which only tells spreadsheets"),
     ],
 )
 def test_what_is_no_table_is_refused(tmp_path: Path, content: bytes, message: str) -> None:

@@ -143,6 +143,11 @@ REFUSED = {
         "is not in UTF-8: name its encoding, cp1252 most likely, or save it as CSV UTF-8.",
     ),
     "nothing": (b"", "is empty: give it a header and at least one row."),
+    "a line for spreadsheets": (
+        b"sep=\t\na\tb\n1\t2\n",
+        "begins with the line 'sep=\\t', which only tells spreadsheets what separates the cells:"
+        " take that line out.",
+    ),
     "one name twice": (
         b"a,a\n1,2\n",
         "has several columns of one name: 'a'. Give each a name of its own.",

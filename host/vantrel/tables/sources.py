@@ -18,10 +18,14 @@ from vantrel.tables.database import quoted, rows_of
 from vantrel.tables.errors import telling
 from vantrel.tables.files import linked
 from vantrel.tables.kinds import Kind
+from vantrel.wording import shown
 
 # The bytes of the longest row that is read, and of what is read of a file at a time.
 LONGEST_ROW = 4_000_000
 _BUFFER = 2 * LONGEST_ROW
+
+# The line above the header by which some spreadsheets know what separates the cells.
+_OF_SPREADSHEETS = re.compile(r"sep=\W", re.IGNORECASE)
 
 _NOT_OF_THE_FILE = (
     duckdb.OutOfMemoryException,
@@ -101,6 +105,12 @@ def csv_header(path: Path, file: Path, kind: Kind) -> Header:
         ) from error
     if not header.names:
         raise TableError(f"Table {named(path)} is empty: give it a header and at least one row.")
+    first = header.separator.join(header.names)
+    if _OF_SPREADSHEETS.fullmatch(first):
+        raise TableError(
+            f"Table {named(path)} begins with the line {shown(repr(first))}, which only tells"
+            " spreadsheets what separates the cells: take that line out."
+        )
     refuse_doubled(path, [name for name in header.names if name])
     names = [name or f"Unnamed: {place}" for place, name in enumerate(header.names)]
     return header._replace(names=names)
