@@ -12,6 +12,7 @@ import pytest
 
 pytest.importorskip("pyarrow", reason="People are replaced by way of Arrow")
 
+import pyarrow as pa
 from faker import Faker
 
 import vantrel
@@ -25,6 +26,7 @@ from vantrel.errors import ReplaceError
 from vantrel.replacing.columns.roles import find_roles
 from vantrel.replacing.people import people as people_module
 from vantrel.replacing.replacer import Replacer
+from vantrel.replacing.values.form import in_form_of_numbers
 from vantrel.replacing.values.keys import digests
 
 
@@ -164,6 +166,29 @@ def test_numbers_have_codes_of_countries_and_blanks_where_the_real_ones_have(
         national = national or digits
         assert digits == national
     assert not no_real or min(national[::3]) >= "700900500"
+
+
+WRITTEN = {
+    "1234567": "07700900123",
+    "+1234567": "+447700900123",
+    "001234567": "00447700900123",
+    "++1234567": "+44 7700 900123",
+    "+": "+44 7700 900123",
+    "12 34567": "07700 900123",
+    "12345x67": "07700 900123",
+    "\u0661\u0662\u0663\u0664": "07700 900123",
+    "": "07700 900123",
+    None: "07700 900123",
+}
+
+
+def test_numbers_are_bare_where_the_real_ones_are_digits_behind_one_plus_at_most() -> None:
+    real = pa.array(WRITTEN, pa.string())
+    made, abroad = (
+        pa.array([number] * len(real)) for number in ("07700 900123", "+44 7700 900123")
+    )
+    written = in_form_of_numbers(real, made, lambda: abroad)
+    assert dict(zip(WRITTEN, written.to_pylist(), strict=True)) == WRITTEN
 
 
 def chi_squared(counts: pd.Series, shares: pd.Series) -> float:
