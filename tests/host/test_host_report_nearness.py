@@ -323,6 +323,39 @@ def test_what_few_people_have_is_judged() -> None:
     assert about not in judged(good, good)
 
 
+IN_ORDER = "Real columns in the same order"
+
+
+@pytest.mark.parametrize("columns", [["lastname", "gender"], ["gender", "lastname", "country"]])
+@pytest.mark.parametrize("rows", [ROWS, ROWS // 10])
+def test_a_real_column_in_the_same_order_asks_for_a_look(columns: list[str], rows: int) -> None:
+    """All of its last names are in lists, so that each may have been made up."""
+    real, sampled = REAL[columns], GOOD[columns].copy()
+    assert judged(real, sampled)[IN_ORDER].state == FINE
+    pasted = real["lastname"].str.upper()
+    sampled.loc[: rows - 1, "lastname"] = pasted[:rows]
+    found = judged(real, sampled)[IN_ORDER]
+    assert (found.figure, found.state) == ("1 column", LOOK)
+    assert "more often than chance explains: lastname in 4" in found.words
+    mixed = sampled.assign(lastname=pasted.sample(frac=1, random_state=1).to_numpy())
+    assert judged(real, mixed)[IN_ORDER].state == FINE
+
+
+def test_a_column_of_few_values_is_the_same_in_many_rows_by_chance() -> None:
+    real, sampled = (
+        pd.DataFrame(
+            {"sex": ["f", "m"] * 200, "last": np.random.default_rng(seed).choice(["A", "B"], 400)}
+        )
+        for seed in (1, 2)
+    )
+    (found,) = near(real, sampled, {"gender": "sex", "lastname": "last"}).in_place
+    assert found.is_by_chance
+    assert found.same == pytest.approx(200, abs=40)
+    assert found.chance == pytest.approx(200, abs=20)
+    given = near(real, sampled.assign(sex=real["sex"]), {"gender": "sex"})
+    assert given.in_place == ()
+
+
 UNLISTED = "Real rare last names in the sample"
 
 

@@ -55,12 +55,12 @@ def compare_rows(real: LabelledTable, sampled: LabelledTable) -> Duplicates:
     """
     common = [each for each in WORDS if real.has(each) and sampled.has(each)]
     chance = repeats_by_chance(sampled, common) if common else None
-    return Duplicates(None, *(_of(table, common) for table in (real, sampled)), chance)
+    return Duplicates(None, _of(real, common), _of(sampled, common), chance)
 
 
 def compare_duplicates(real: LabelledTable, sampled: LabelledTable, attribute: str) -> Duplicates:
     """Counts the values of an attribute that repeat an earlier one; missing ones do not count."""
-    return Duplicates(attribute, *(_of(table, [attribute]) for table in (real, sampled)))
+    return Duplicates(attribute, _of(real, [attribute]), _of(sampled, [attribute]))
 
 
 def _of(table: LabelledTable, attributes: Sequence[str]) -> DuplicateCount | None:

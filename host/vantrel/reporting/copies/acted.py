@@ -4,9 +4,10 @@ from __future__ import annotations
 
 from dataclasses import dataclass
 
-from vantrel.reporting.copies.cells import BESIDE, compare_values, rows_of_a_person
+from vantrel.reporting.copies.cells import compare_values, rows_of_a_person
 from vantrel.reporting.copies.record import CopyRecord, OfPerson
 from vantrel.reporting.nearness.forms import plain
+from vantrel.reporting.nearness.in_place import BESIDE
 from vantrel.reporting.nearness.shared import most_by_chance
 from vantrel.tables import Table
 

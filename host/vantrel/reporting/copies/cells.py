@@ -5,14 +5,10 @@ from __future__ import annotations
 from collections.abc import Sequence
 from dataclasses import dataclass
 
-from vantrel.attributes import PHONES
 from vantrel.reporting.copies.record import CopyRecord, OfPerson
-from vantrel.reporting.nearness.forms import digits, plain, sorted_words
-from vantrel.reporting.nearness.shared import FEWEST_ROWS, most_by_chance
+from vantrel.reporting.nearness.in_place import ALIKE, BESIDE, count_in_place, meaning
+from vantrel.reporting.nearness.shared import most_by_chance
 from vantrel.tables import Table
-
-# What is alike in people tells what chance explains.
-ALIKE = ("gender", "country")
 
 _ACCOUNTS = ("email", "username")
 
@@ -60,11 +56,6 @@ class ReplacedColumn:
         return self.same <= most_by_chance(self.chance, self.rows_of_one)
 
 
-BESIDE = (
-    "(SELECT * FROM (SELECT {own} FROM {{rows}}) POSITIONAL JOIN (SELECT {made} FROM {{other}}))"
-)
-
-
 def compare_kept(original: Table, copy: Table, record: CopyRecord) -> tuple[Kept, ...]:
     """Compares the columns that had to stay, row by row; both tables have as many rows."""
     columns = [each for each in original.columns if each not in record.changed]
@@ -78,34 +69,6 @@ def compare_kept(original: Table, copy: Table, record: CopyRecord) -> tuple[Kept
     beside = BESIDE.format(own=own, made=made)
     (found,) = original.query(f"SELECT {counts} FROM {beside}", copy)
     return tuple(map(Kept, columns, found))
-
-
-# Two rows that are alike could have changed places: as often as one of them was what another one
-# became, chance leaves a row as it was.
-_REPLACED = """
-    WITH beside AS MATERIALIZED {beside},
-    known AS (SELECT * FROM beside WHERE was <> '' AND became <> ''),
-    placed AS MATERIALIZED (
-        SELECT was, became, CASE WHEN alike IN (
-            SELECT alike FROM known GROUP BY 1 HAVING count(*) >= {fewest}
-        ) THEN alike ELSE 0 END AS place FROM known
-    ),
-    was AS (SELECT place, was AS value, count(*) AS rows FROM placed GROUP BY ALL),
-    became AS (SELECT place, became AS value, count(*) AS made FROM placed GROUP BY ALL),
-    met AS (
-        SELECT place, sum(rows * made) AS met FROM was JOIN became USING (place, value) GROUP BY 1
-    ),
-    totals AS (
-        SELECT place, count(*) AS total, count(*) FILTER (was = became) AS same FROM placed
-        GROUP BY 1 HAVING total > 1
-    ),
-    people AS (SELECT DISTINCT key, became FROM known WHERE key IS NOT NULL)
-    SELECT
-        (SELECT count(*) FROM known), (SELECT count(*) FROM known WHERE was = became),
-        (SELECT coalesce(sum((met - same) / (total - 1)), 0) FROM met JOIN totals USING (place)),
-        (SELECT count(*) FROM (SELECT key FROM people GROUP BY key HAVING count(*) > 1)),
-        (SELECT count(*) FROM (SELECT became FROM people GROUP BY became HAVING count(*) > 1))
-"""
 
 
 def compare_replaced(
@@ -130,19 +93,17 @@ def compare_values(
     """Compares a column of values made for a person, which are an attribute or something else."""
     alike = [original.named(person.columns[each][0]) for each in ALIKE if person.columns.get(each)]
     own = (
-        f"{_meaning(attribute, original.named(column))} AS was, {_whose(original, key)} AS key,"
+        f"{meaning(attribute, original.named(column))} AS was, {_whose(original, key)} AS key,"
         f" hash({', '.join(alike) or 'NULL'}) AS alike"
     )
-    made = f"{_meaning(attribute, copy.named(column))} AS became"
-    beside = BESIDE.format(own=own, made=made)
-    sql = _REPLACED.format(beside=beside, fewest=FEWEST_ROWS)
-    ((cells, same, chance, torn, shared),) = original.query(sql, copy)
+    made = f"{meaning(attribute, copy.named(column))} AS became"
+    cells, same, chance, torn, shared = count_in_place(original, copy, own, made)
     return ReplacedColumn(
         column,
         attribute,
         cells,
         same,
-        float(chance),
+        chance,
         torn if key else None,
         shared if key and attribute in _ACCOUNTS else None,
         rows_of_a_person(original, key),
@@ -162,10 +123,3 @@ def _whose(table: Table, key: Sequence[str]) -> str:
     """What tells whose a row is; a key that is missing in part is nobody's."""
     parts = " || chr(31) || ".join(map(table.named, key)) or "NULL"
     return f"CASE WHEN {parts} IS NOT NULL THEN hash({parts}) END"
-
-
-def _meaning(attribute: str, column: str) -> str:
-    """What a cell means, however it is written."""
-    if attribute in ("firstname", "lastname", "fullname"):
-        return sorted_words(column)
-    return digits(column) if attribute in PHONES else plain(column)

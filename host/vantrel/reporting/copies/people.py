@@ -6,9 +6,10 @@ from collections.abc import Iterator
 from dataclasses import replace
 from itertools import count
 
-from vantrel.reporting.copies.cells import ALIKE, rows_of_a_person
+from vantrel.reporting.copies.cells import rows_of_a_person
 from vantrel.reporting.copies.record import CopyRecord, OfPerson
 from vantrel.reporting.labelled import LabelledTable
+from vantrel.reporting.nearness.in_place import ALIKE
 from vantrel.reporting.nearness.nearness import Nearness, compare_shared_with_people
 from vantrel.reporting.nearness.shared import Shared
 from vantrel.tables import Table

@@ -7,12 +7,13 @@ from dataclasses import dataclass
 
 from vantrel.attributes import NAMES
 from vantrel.hints import argument
+from vantrel.reporting.nearness.in_place import InPlace
 from vantrel.reporting.nearness.last_names import UNLISTED
 from vantrel.reporting.nearness.nearness import Nearness
 from vantrel.reporting.nearness.rare import Rare
 from vantrel.reporting.nearness.shared import Shared
 from vantrel.reporting.verdict import FINE, LOOK, OPEN, Verdict
-from vantrel.wording import counted, number, percent
+from vantrel.wording import counted, listed, number, percent, shown
 
 SECTION = "real-people"
 
@@ -66,6 +67,8 @@ def judge_nearness(nearness: Nearness, made: Made = SAMPLE) -> Iterator[Verdict]
         yield _of_shared(f"Real {things} in the {made.name}", part.kind.lower(), part, made)
     if nearness.rows and _compared([nearness.rows]):
         yield _of_shared(f"Whole real rows in the {made.name}", "whole row", nearness.rows, made)
+    if any(each.cells for each in nearness.in_place):
+        yield _of_order(nearness.in_place)
     if nearness.rare:
         yield _of_rare(nearness.rare)
 
@@ -95,6 +98,20 @@ def _of_shared(about: str, thing: str, shared: Shared, made: Made) -> Verdict:
         f" {made.remedy}"
     )
     return Verdict(about, figure, LOOK, words, SECTION)
+
+
+def _of_order(columns: Sequence[InPlace]) -> Verdict:
+    about = "Real columns in the same order"
+    pasted = [each for each in columns if not each.is_by_chance]
+    if not pasted:
+        words = "No more values than chance explains are those of the same row of the real table."
+        return Verdict(about, "0", FINE, words, SECTION)
+    found = listed([f"{shown(each.column)} in {counted(each.same, 'row')}" for each in pasted])
+    words = (
+        f"Values are those of the same row of the real table more often than chance explains:"
+        f" {found}. {SAMPLE.remedy}"
+    )
+    return Verdict(about, counted(len(pasted), "column"), LOOK, words, SECTION)
 
 
 def _of_rare(rare: Sequence[Rare]) -> Verdict:

@@ -16,6 +16,7 @@ from vantrel.reporting.nearness.forms import (
     usernames,
     whole_names,
 )
+from vantrel.reporting.nearness.in_place import InPlace, compare_in_place
 from vantrel.reporting.nearness.last_names import compare_last_names
 from vantrel.reporting.nearness.rare import Rare, compare_rare
 from vantrel.reporting.nearness.rows import row_forms
@@ -43,6 +44,7 @@ class Nearness:
         rare: What few real people have.
         has_unchecked_names: Whether the sample has names, and the real table has no known columns
             to look for them in.
+        in_place: The columns that were made up beside the real ones, row by row.
     """
 
     names: tuple[Shared, ...]
@@ -50,6 +52,7 @@ class Nearness:
     rows: Shared | None
     rare: tuple[Rare, ...]
     has_unchecked_names: bool
+    in_place: tuple[InPlace, ...] = ()
 
     @property
     def shared(self) -> Sequence[Shared]:
@@ -62,7 +65,12 @@ def compare_nearness(real: LabelledTable, sampled: LabelledTable) -> Nearness:
     found = compare_shared_with_people(real, sampled)
     last_names = compare_last_names(real, sampled)
     parts = (*([last_names] if last_names else []), *found.parts)
-    return replace(found, parts=parts, rare=compare_rare(real, sampled))
+    return replace(
+        found,
+        parts=parts,
+        rare=compare_rare(real, sampled),
+        in_place=compare_in_place(real, sampled),
+    )
 
 
 def compare_shared_with_people(real: LabelledTable, sampled: LabelledTable) -> Nearness:
