@@ -356,6 +356,20 @@ def test_a_column_of_few_values_is_the_same_in_many_rows_by_chance() -> None:
     assert given.in_place == ()
 
 
+@pytest.mark.parametrize("rows", [1, 10, 20])
+def test_one_common_name_in_its_place_in_a_small_table_is_by_chance(rows: int) -> None:
+    real = pd.DataFrame({"last": [f"R{n}" for n in range(rows)]})
+    sampled = pd.DataFrame({"last": ["R0", *(f"S{n}" for n in range(1, rows))]})
+    (found,) = near(real, sampled, {"lastname": "last"}).in_place
+    assert (found.same, found.chance, found.is_by_chance) == (1, 1 / rows, True)
+
+
+def test_all_names_in_their_places_in_a_small_table_are_not_by_chance() -> None:
+    real = pd.DataFrame({"last": [f"R{n}" for n in range(10)]})
+    (found,) = near(real, real, {"lastname": "last"}).in_place
+    assert (found.same, found.chance, found.is_by_chance) == (10, 1, False)
+
+
 UNLISTED = "Real rare last names in the sample"
 
 

@@ -18,7 +18,10 @@ BESIDE = (
 )
 
 # Two rows that are alike could have changed places: as often as one of them was what another one
-# became, chance leaves a row as it was.
+# became, chance leaves a row as it was. A copy is not to leave a value to its own row, so that this
+# one does not count; a sample may draw any value for any row.
+_OF_COPY = "(met - same) / greatest(total - 1, 1)"
+_OF_SAMPLE = "met / total"
 _MATCHED = """
     WITH beside AS MATERIALIZED {beside},
     known AS (SELECT * FROM beside WHERE was <> '' AND became <> ''),
@@ -34,12 +37,12 @@ _MATCHED = """
     ),
     totals AS (
         SELECT place, count(*) AS total, count(*) FILTER (was = became) AS same FROM placed
-        GROUP BY 1 HAVING total > 1
+        GROUP BY 1
     ),
     people AS (SELECT DISTINCT key, became FROM known WHERE key IS NOT NULL)
     SELECT
         (SELECT count(*) FROM known), (SELECT count(*) FROM known WHERE was = became),
-        (SELECT coalesce(sum((met - same) / (total - 1)), 0) FROM met JOIN totals USING (place)),
+        (SELECT coalesce(sum({chance}), 0) FROM met JOIN totals USING (place)),
         (SELECT count(*) FROM (SELECT key FROM people GROUP BY key HAVING count(*) > 1)),
         (SELECT count(*) FROM (SELECT became FROM people GROUP BY became HAVING count(*) > 1))
 """
@@ -55,7 +58,7 @@ class InPlace:
         cells: How many rows have a value in both tables.
         same: In how many of these it is the same.
         chance: In how many it would be, by expectation, if those of one country and gender stood
-            in another order.
+            in any order.
     """
 
     attribute: str
@@ -89,12 +92,12 @@ def _in_place(real: LabelledTable, sampled: LabelledTable, attribute: str) -> In
         f" hash({', '.join(alike) or 'NULL'}) AS alike"
     )
     made = f"{meaning(attribute, sampled.column(attribute))} AS became"
-    cells, same, chance, _, _ = count_in_place(real.table, sampled.table, own, made)
+    cells, same, chance, _, _ = count_in_place(real.table, sampled.table, own, made, _OF_SAMPLE)
     return InPlace(attribute, column_names(real, sampled, attribute), cells, same, chance)
 
 
 def count_in_place(
-    original: Table, made: Table, own: str, became: str
+    original: Table, made: Table, own: str, became: str, chance: str = _OF_COPY
 ) -> tuple[int, int, float, int, int]:
     """Counts what is the same in two tables row by row.
 
@@ -103,15 +106,16 @@ def count_in_place(
         made: The made-up one, which is kept beside it.
         own: What it is of a real row, ``was``, ``key`` and ``alike``, in SQL.
         became: What it is of a made-up one, ``became``, likewise.
+        chance: How many are the same by chance in a group of rows that are alike, likewise.
 
     Returns:
         How many rows have both, in how many it is the same, in how many it would be by chance,
         how many keys have several values, and how many values are of several keys.
     """
     beside = BESIDE.format(own=own, made=became)
-    sql = _MATCHED.format(beside=beside, fewest=FEWEST_ROWS)
-    ((cells, same, chance, torn, shared),) = original.query(sql, made)
-    return cells, same, float(chance), torn, shared
+    sql = _MATCHED.format(beside=beside, fewest=FEWEST_ROWS, chance=chance)
+    ((cells, same, expected, torn, shared),) = original.query(sql, made)
+    return cells, same, float(expected), torn, shared
 
 
 def meaning(attribute: str, column: str) -> str:
