@@ -49,7 +49,7 @@ def why_unreadable(path: Path, error: OSError) -> str:
 def did_you_mean_path(path: Path) -> str:
     """Asks, with a leading blank, for the nearest name in the folder of a path, if one is near."""
     with suppress(OSError):  # no folder, or one that may be entered and not listed
-        return did_you_mean(path, [path.with_name(each.name) for each in path.parent.iterdir()])
+        return did_you_mean(path, path.parent.iterdir())
     return ""
 
 

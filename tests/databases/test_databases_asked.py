@@ -19,6 +19,7 @@ from support.databases import (
 def test_a_database_that_is_not_there() -> None:
     assert fail("replace sqlite:///none.db --secret s", 1) == "There is no database none.db."
     assert fail("replace sqlite:///none.db --dry-run", 1) == "There is no database none.db."
+    assert fail("replace sqlite://// --dry-run", 1) == "There is no database /."
     Path("shop.db").touch()
     assert fail("replace sqlite:///shpo.db --dry-run", 1) == (
         "There is no database shpo.db. Did you mean 'shop.db'?"
