@@ -69,6 +69,7 @@ def test_what_is_advised_fits_into_the_column() -> None:
         "birthdate": [19_500_101 + 10_000 * row for row in rows],
         "dob": [datetime.date(1950 + row, 1, 1) for row in rows],
         "birthday": ["1950-05-17"] * 40,
+        "born_on": [None, *(19_500_101.0 + 10_000 * row for row in rows[1:])],
         "postcode": pd.Categorical(["SW1A 1AA"] * 40),
     }
     names = {"first_name": [f"Qa{row}" for row in rows], "country": ["US"] * 40}
@@ -82,6 +83,7 @@ def test_what_is_advised_fits_into_the_column() -> None:
         "birthdate": "shift:180",
         "dob": "shift:180",
         "birthday": "shift:180",
+        "born_on": "blank",
         "postcode": "fake:postcode",
     }
     everything = " ".join(f"--other {column}={fate}" for column, fate in advice.items())
@@ -90,6 +92,16 @@ def test_what_is_advised_fits_into_the_column() -> None:
     replacer.replace(pd.read_parquet("c.parquet"))
     told = re.findall(r"It stays; others=\{'(\w+)': '(\S+)'\} decides", "".join(replacer.notes))
     assert dict(told) == advice
+
+
+def test_numbers_of_categories_are_advised_to_be_hashed() -> None:
+    numbers = pd.Categorical([523_456_781, 523_456_782])
+    table = pd.DataFrame({"first_name": ["Qa", "Qe"], "passport": numbers})
+    replacer = vantrel.Replacer()
+    replacer.replace(table)
+    assert "others={'passport': 'hash'} decides" in "".join(replacer.notes)
+    made = replacer.replace(table, others={"passport": "hash"})["passport"]
+    assert set(made).isdisjoint(numbers)
 
 
 def copied(options: str) -> str:

@@ -58,6 +58,11 @@ def shifted(column: pa.Array, name: str, days: Any, form: str) -> Shifted:
     if pa.types.is_dictionary(kind):
         moved, is_lost = shifted(column.dictionary_decode(), name, days, form)
         return Shifted(encoded_as(moved, kind), is_lost)
+    if not holds_dates(kind):
+        raise ReplaceError(
+            f"Column {shown(repr(name))} is of type {kind}, which holds no dates: 'blank' empties"
+            " it."
+        )
     if pa.types.is_null(kind):
         return Shifted(column, np.zeros(len(column), dtype=bool))
     if pa.types.is_timestamp(kind):
@@ -65,11 +70,13 @@ def shifted(column: pa.Array, name: str, days: Any, form: str) -> Shifted:
     if pa.types.is_date(kind):
         moved, is_lost = _times(column.cast(pa.timestamp("s")), days)
         return Shifted(moved.cast(kind), is_lost)
-    if is_text(kind) or pa.types.is_integer(kind):
-        return _texts(column, name, days, form or FORMS[0])
-    raise ReplaceError(
-        f"Column {shown(repr(name))} is of type {kind}, which holds no dates: 'blank' empties it."
-    )
+    return _texts(column, name, days, form or FORMS[0])
+
+
+def holds_dates(kind: pa.DataType) -> bool:
+    """Whether values of a type are dates, or may be."""
+    tests = (pa.types.is_null, pa.types.is_timestamp, pa.types.is_date, pa.types.is_integer)
+    return is_text(kind) or any(test(kind) for test in tests)
 
 
 def _times(column: pa.Array, days: Any) -> Shifted:

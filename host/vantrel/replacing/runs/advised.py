@@ -12,6 +12,7 @@ from vantrel.replacing.fates import SCRUB
 from vantrel.replacing.others.dates import likely_forms
 from vantrel.replacing.others.decided import texts_of
 from vantrel.replacing.others.hashed import is_number
+from vantrel.replacing.others.shifted import holds_dates
 from vantrel.replacing.values.cells import holds_texts
 
 BLANK = "blank"
@@ -49,13 +50,12 @@ def advised(table: pd.DataFrame, types: pa.Schema, found: Iterable[Finding]) -> 
 
 
 def _fate(kind: Kind, column: pa.DataType, texts: pa.Array) -> str:
-    fate = _LIKELY.get(kind, BLANK)
+    fate, values = _LIKELY.get(kind, BLANK), _values_of(column)
     if fate == _SHIFT:
-        can_be_moved = pa.types.is_temporal(column) or likely_forms(texts)
-        return fate if can_be_moved else BLANK
-    if holds_texts(_values_of(column)) or (fate == _CARD and pa.types.is_int64(column)):
+        return fate if holds_dates(values) and likely_forms(texts) else BLANK
+    if holds_texts(values) or (fate == _CARD and pa.types.is_int64(column)):
         return fate
-    return _HASH if is_number(column) else BLANK
+    return _HASH if is_number(values) else BLANK
 
 
 def _values_of(column: pa.DataType) -> pa.DataType:
