@@ -260,6 +260,16 @@ def test_rows_that_were_pasted_twice_ask_for_a_look(columns: list[str], rows: in
     assert judged_alone(few, few)["Repeated rows"].state == FINE  # the real table has as many
 
 
+def test_one_repeated_row_of_a_small_table_excuses_no_large_sample_that_was_pasted_twice() -> None:
+    real, good = (
+        vantrel.people(rows, countries={"GB": 1}, seed=rows)[NAMED] for rows in (49, 1000)
+    )
+    real = pd.concat([real, real.head(1)])
+    pasted = pd.concat([good, good])
+    assert judged_alone(real, good)["Repeated rows"].state == FINE
+    assert judged_alone(real, pasted)["Repeated rows"].state == LOOK
+
+
 def judged_alone(real: pd.DataFrame, sampled: pd.DataFrame) -> dict[str, Verdict]:
     return {each.about: each for each in vantrel.compare(real, sampled).verdicts}
 

@@ -39,12 +39,17 @@ class Duplicates:
 
     @property
     def is_by_chance(self) -> bool:
-        """Whether chance explains the repeats of the sample, or the real table has as many."""
+        """Whether chance explains the repeats of the sample, or the real table has as many.
+
+        Of a larger sample that is their share: pairs grow as the square of the rows, by which one
+        in a small real table would excuse whatever was pasted into a large sample.
+        """
         if self.sampled is None or self.chance is None:
             return False
         in_real = 0.0
-        if self.real and self.real.values:  # pairs grow as the square of the rows
-            in_real = self.real.repeated * (self.sampled.values / self.real.values) ** 2
+        if self.real and self.real.values:
+            larger = self.sampled.values / self.real.values
+            in_real = self.real.repeated * larger * min(larger, 1.0)
         return self.sampled.repeated <= most_by_chance(max(self.chance, in_real))
 
 
