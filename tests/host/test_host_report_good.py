@@ -8,7 +8,7 @@ import pandas as pd
 import pytest
 
 import vantrel
-from vantrel.reporting.verdict import LOOK
+from vantrel.reporting.verdict import FINE, LOOK, Verdict
 from vantrel.sampling import sample_to_file
 from vantrel.sampling.record import read_record
 from vantrel.tables import open_table
@@ -67,3 +67,32 @@ def test_a_good_sample_of_any_size_asks_for_no_look(
         record = read_record(path) if knows_model else None
         found = vantrel.compare(real, sample, record=record)
     assert [each for each in found.verdicts if each.state == LOOK] == []
+
+
+ABOUT_ACCOUNTS = "Repeated e-mail address and username"
+ACCOUNTS = ["gender", "firstname", "lastname", "email", "username", "country"]
+
+
+def judged_accounts(made: pd.DataFrame) -> Verdict:
+    real = vantrel.people(500, countries=ONE, seed=9)[ACCOUNTS]
+    found = vantrel.compare(real, made[ACCOUNTS]).verdicts
+    return next(each for each in found if each.about == ABOUT_ACCOUNTS)
+
+
+def test_addresses_and_user_names_that_meet_by_chance_ask_for_no_look() -> None:
+    made = vantrel.people(120_000, countries=ONE, seed=2)
+    assert made["email"].duplicated().any()
+    assert made["username"].duplicated().any()
+    found = judged_accounts(made)
+    words = "No more sampled values repeat an earlier one than chance explains."
+    assert (found.state, found.words) == (FINE, words)
+
+
+@pytest.mark.parametrize("twice", ["email", "username"])
+@pytest.mark.parametrize("rows", [200, 2000, 20_000])
+def test_addresses_and_user_names_that_were_pasted_twice_ask_for_a_look(
+    rows: int, twice: str
+) -> None:
+    made = vantrel.people(rows, countries=ONE, seed=1)
+    made.loc[:9, twice] = made.loc[10:19, twice].to_numpy()
+    assert judged_accounts(made).state == LOOK

@@ -230,7 +230,8 @@ def test_repeated_usernames_ask_for_a_look() -> None:
         "Repeated e-mail address and username",
         "1",
         LOOK,
-        "So many sampled values repeat an earlier one.",
+        "More sampled values repeat an earlier one than chance explains. See whether rows were"
+        " pasted twice.",
         "repeats",
     )
 

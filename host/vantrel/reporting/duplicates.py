@@ -8,7 +8,7 @@ from dataclasses import dataclass
 from vantrel.attributes import WORDS
 from vantrel.reporting.labelled import LabelledTable
 from vantrel.reporting.nearness.shared import most_by_chance
-from vantrel.reporting.repeats import repeats_by_chance
+from vantrel.reporting.repeats import accounts_by_chance, repeats_by_chance
 
 
 @dataclass(frozen=True)
@@ -28,8 +28,8 @@ class Duplicates:
         real: The repeats in the real table; None where it has no such column, or both tables have
             none in common.
         sampled: The same in the sample.
-        chance: How many of the sample's rows chance explains; None of values, and of rows in which
-            no two parts are made apart from each other.
+        chance: How many of the sample's repeats chance explains; None of values that are no
+            accounts, and of rows in which no two parts are made apart from each other.
     """
 
     attribute: str | None
@@ -39,15 +39,16 @@ class Duplicates:
 
     @property
     def is_by_chance(self) -> bool:
-        """Whether chance explains the repeats of the sample, or the real table has as many.
+        """Whether chance explains the repeats of the sample, or the real table has as many rows.
 
         Of a larger sample that is their share: pairs grow as the square of the rows, by which one
-        in a small real table would excuse whatever was pasted into a large sample.
+        in a small real table would excuse whatever was pasted into a large sample. Accounts are
+        made up: how often real ones repeat tells nothing of them.
         """
         if self.sampled is None or self.chance is None:
             return False
         in_real = 0.0
-        if self.real and self.real.values:
+        if self.attribute is None and self.real and self.real.values:
             larger = self.sampled.values / self.real.values
             in_real = self.real.repeated * larger * min(larger, 1.0)
         return self.sampled.repeated <= most_by_chance(max(self.chance, in_real))
@@ -65,7 +66,8 @@ def compare_rows(real: LabelledTable, sampled: LabelledTable) -> Duplicates:
 
 def compare_duplicates(real: LabelledTable, sampled: LabelledTable, attribute: str) -> Duplicates:
     """Counts the values of an attribute that repeat an earlier one; missing ones do not count."""
-    return Duplicates(attribute, _of(real, [attribute]), _of(sampled, [attribute]))
+    chance = accounts_by_chance(sampled, attribute)
+    return Duplicates(attribute, _of(real, [attribute]), _of(sampled, [attribute]), chance)
 
 
 def _of(table: LabelledTable, attributes: Sequence[str]) -> DuplicateCount | None:

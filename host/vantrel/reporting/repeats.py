@@ -1,13 +1,16 @@
-"""How many rows of a sample repeat another one by chance."""
+"""How many rows and accounts of a sample repeat another one by chance."""
 
 from __future__ import annotations
 
-from collections.abc import Sequence
+from collections.abc import Mapping, Sequence
 
 from vantrel.attributes import LEARNT
 from vantrel.reporting.labelled import LabelledTable
-from vantrel.reporting.nearness.forms import full_name
+from vantrel.reporting.nearness.forms import Forms, addresses, full_name, usernames
 from vantrel.reporting.nearness.shared import FEWEST_ROWS, alike_in_names
+from vantrel.sampling.blocks import BLOCK_ROWS
+
+_ACCOUNTS: Mapping[str, Forms] = {"email": addresses, "username": usernames}
 
 # Rows of a group agree in what was learnt; of the few rows of small groups this is one more part.
 _PLACED = """
@@ -50,11 +53,51 @@ def repeats_by_chance(table: LabelledTable, attributes: Sequence[str]) -> float 
     columns = [table.column(each) for each in attributes]
     learnt = [table.column(each) for each in attributes if each in LEARNT]
     alike = [*learnt, *alike_in_names(table, parts[0]), *(f"{each} IS NULL" for each in columns)]
+    there = " OR ".join(f"{column} IS NOT NULL" for column in columns)
+    return _expected_pairs(table, alike, parts, there)
+
+
+def accounts_by_chance(table: LabelledTable, attribute: str) -> float | None:
+    """Expects how many pairs of e-mail addresses or user names are alike.
+
+    Both are a first name and what stands behind it, put together at random. User names are made so
+    that none comes twice in a block, and meet in two blocks only.
+
+    Returns:
+        The expected number; None of other attributes.
+    """
+    if attribute not in _ACCOUNTS or not table.has(attribute):
+        return None
+    (form,) = _ACCOUNTS[attribute](table)
+    parts = form.halves or (form.key, "''")
+    alike = [form.shape, *alike_in_names(table, parts[0])]
+    pairs = _expected_pairs(table, alike, parts, f"{table.column(attribute)} IS NOT NULL")
+    return pairs * _share_of_two_blocks(len(table)) if attribute == "username" else pairs
+
+
+def _share_of_two_blocks(rows: int) -> float:
+    """The share of the pairs of rows that are in two blocks of a sample."""
+    whole, rest = divmod(rows, BLOCK_ROWS)
+    within = whole * BLOCK_ROWS * (BLOCK_ROWS - 1) + rest * (rest - 1)
+    return 1 - within / max(rows * (rows - 1), 1) if whole else 0.0
+
+
+def _expected_pairs(
+    table: LabelledTable, alike: Sequence[str], parts: Sequence[str], there: str
+) -> float:
+    """Expects how many pairs of rows have all parts in common if these are dealt out anew.
+
+    Args:
+        table: A sample.
+        alike: What is alike in the rows of which the parts are drawn from the same lists, in SQL.
+        parts: What is drawn apart, in SQL.
+        there: Which rows count, in SQL.
+    """
     names = ["grouped", *(f"part{at}" for at in range(len(parts)))]
     sql = _PLACED.format(
         alike=", ".join(alike),
         parts=", ".join(f"{part} AS part{at}" for at, part in enumerate(parts)),
-        there=" OR ".join(f"{column} IS NOT NULL" for column in columns),
+        there=there,
         fewest=FEWEST_ROWS,
         rates=" * ".join(f"({name}_pairs / pairs)" for name in names),
         joined=" ".join(_OF_PART.format(part=name) for name in names),

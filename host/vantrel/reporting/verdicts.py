@@ -133,7 +133,13 @@ def _of_repeats(repeats: Sequence[Duplicates]) -> list[Verdict]:
     about = f"Repeated {names}"
     if not repeated:
         return [Verdict(about, "0", FINE, "No two sampled rows share one.", "repeats")]
-    words = "So many sampled values repeat an earlier one."
+    if all(each.is_by_chance for each in keys):
+        words = "No more sampled values repeat an earlier one than chance explains."
+        return [Verdict(about, f"{repeated:,}", FINE, words, "repeats")]
+    words = (
+        "More sampled values repeat an earlier one than chance explains. See whether rows were"
+        " pasted twice."
+    )
     return [Verdict(about, f"{repeated:,}", LOOK, words, "repeats")]
 
 
