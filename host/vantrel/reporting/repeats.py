@@ -61,7 +61,7 @@ def accounts_by_chance(table: LabelledTable, attribute: str) -> float | None:
     """Expects how many pairs of e-mail addresses or user names are alike.
 
     Both are a first name and what stands behind it, put together at random. User names are made so
-    that none comes twice in a block, and meet in two blocks only.
+    that hardly one comes twice in a block: those of Bäckman and Backman may, which is not counted.
 
     Returns:
         The expected number; None of other attributes.
