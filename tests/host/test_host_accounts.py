@@ -8,7 +8,8 @@ import pytest
 from faker import Faker
 from faker.providers.internet import Provider as Internet
 
-from vantrel.sampling.addresses import Accounts, name_nobody
+import vantrel
+from vantrel.sampling.addresses import Accounts, name_nobody, told_apart
 from vantrel.sampling.texts import Column, joined, lines_of, parted, replaced
 
 PLACES = ("en_GB", "de_DE", "ru_RU")
@@ -50,6 +51,19 @@ def test_a_part_of_a_column_is_read_as_it_is() -> None:
 def test_others_stand_in_their_places() -> None:
     there = column(["a", "b", "c", "d"])
     assert replaced(there, np.array([3, 1]), column(["x", "y"])).tolist() == ["a", "y", "c", "x"]
+
+
+def test_user_names_that_became_alike_end_in_numbers() -> None:
+    there = column(["a-b", "c", "a-b", "a-b2", "a-b"])
+    assert told_apart(there).tolist() == ["a-b", "c", "a-b3", "a-b2", "a-b4"]
+    assert told_apart(there[:2]).tolist() == ["a-b", "c"]
+    assert told_apart(column([])).tolist() == []
+
+
+def test_no_user_name_comes_twice_in_a_block_though_accents_fall() -> None:
+    assert vantrel.people(40_000, countries=["SE"], columns=["username"], seed=1)[
+        "username"
+    ].is_unique
 
 
 USERNAMES = {

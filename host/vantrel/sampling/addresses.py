@@ -5,6 +5,7 @@ from __future__ import annotations
 import re
 from collections.abc import Mapping, Sequence
 from functools import cache
+from itertools import count
 from typing import Any
 
 import numpy as np
@@ -78,6 +79,19 @@ class Accounts:
             plain = _plain(joined(texts.take(members[-1])), language, self._readings[language])
             rewritten.append(_with_domain(plain, domain))
         return replaced(texts, np.concatenate(members), parted(b"".join(rewritten), texts.dtype))
+
+
+def told_apart(usernames: Column) -> Column:
+    """Ends user names that have become alike in numbers, as those of Bäckman and Backman."""
+    names = pd.Series(usernames)
+    again = np.flatnonzero(names.duplicated())
+    if not len(again):
+        return usernames
+    taken, made = set(names), []
+    for name in names.iloc[again]:
+        made.append(next(each for end in count(2) if (each := f"{name}{end}") not in taken))
+        taken.add(made[-1])
+    return replaced(usernames, again, pd.Series(made, dtype=names.dtype).array)
 
 
 def _names_nobody(faker: Faker) -> bool:

@@ -27,7 +27,7 @@ from vantrel.rows import (
     shares_of_countries,
 )
 from vantrel.rows.drawing import Places
-from vantrel.sampling.addresses import Accounts, name_nobody
+from vantrel.sampling.addresses import Accounts, name_nobody, told_apart
 from vantrel.sampling.latin import LatinNames
 from vantrel.sampling.names import (
     Order,
@@ -139,7 +139,9 @@ class RealRows:
         if "fullname" in made:
             made["fullname"] = self._places.full_names(made, places)
         if "username" in made:
-            made["username"] = self._accounts.usernames(made["username"], places)
+            written = self._accounts.usernames(made["username"], places)
+            if written is not made["username"]:  # the model's are told apart already
+                made["username"] = told_apart(written)
         if "email" in made:
             made["email"] = self._accounts.addresses(made["email"], places)
         for attribute, numbers in self._numbers.items():
