@@ -10,6 +10,7 @@ from pathlib import Path
 from typing import Any, NoReturn
 
 import duckdb
+import pandas as pd
 import pytest
 
 from vantrel.tables.database import connect, frame_of, rows_of
@@ -53,3 +54,16 @@ def test_what_a_handler_raises_ends_a_statement(
 def test_an_error_of_the_engine_is_its_own(tmp_path: Path) -> None:
     with connect(tmp_path) as connection, pytest.raises(duckdb.CatalogException):
         rows_of(connection, "SELECT * FROM nowhere")
+
+
+@pytest.mark.parametrize("run", [rows_of, frame_of])
+def test_what_fits_into_little_memory_in_no_way_is_given_more(
+    run: Any, tmp_path: Path, monkeypatch: pytest.MonkeyPatch
+) -> None:
+    monkeypatch.setattr("vantrel.tables.database._MEGABYTES", 1)
+    monkeypatch.setattr("vantrel.tables.database._MEGABYTES_A_THREAD", 0)
+    connection = connect(tmp_path)
+    held = "SELECT len(list(range)) AS n FROM range(3_000_000)"
+    with pytest.raises(duckdb.OutOfMemoryException):
+        connection.execute(held).fetchall()
+    assert pd.DataFrame(run(connection, held)).iloc[0, 0] == 3_000_000

@@ -28,8 +28,9 @@ class Duplicates:
         real: The repeats in the real table; None where it has no such column, or both tables have
             none in common.
         sampled: The same in the sample.
-        chance: How many of the sample's repeats chance explains; None of values that are no
-            accounts, and of rows in which no two parts are made apart from each other.
+        chance: How many of the sample's repeats chance explains; None where there are none, of
+            values that are no accounts, and of rows in which no two parts are made apart from each
+            other.
     """
 
     attribute: str | None
@@ -45,7 +46,9 @@ class Duplicates:
         in a small real table would excuse whatever was pasted into a large sample. Accounts are
         made up: how often real ones repeat tells nothing of them.
         """
-        if self.sampled is None or self.chance is None:
+        if self.sampled is None or not self.sampled.repeated:
+            return True
+        if self.chance is None:
             return False
         in_real = 0.0
         if self.attribute is None and self.real and self.real.values:
@@ -60,14 +63,16 @@ def compare_rows(real: LabelledTable, sampled: LabelledTable) -> Duplicates:
     Rows without any value do not count.
     """
     common = [each for each in WORDS if real.has(each) and sampled.has(each)]
-    chance = repeats_by_chance(sampled, common) if common else None
-    return Duplicates(None, _of(real, common), _of(sampled, common), chance)
+    found = _of(sampled, common)
+    chance = repeats_by_chance(sampled, common) if found and found.repeated else None
+    return Duplicates(None, _of(real, common), found, chance)
 
 
 def compare_duplicates(real: LabelledTable, sampled: LabelledTable, attribute: str) -> Duplicates:
     """Counts the values of an attribute that repeat an earlier one; missing ones do not count."""
-    chance = accounts_by_chance(sampled, attribute)
-    return Duplicates(attribute, _of(real, [attribute]), _of(sampled, [attribute]), chance)
+    found = _of(sampled, [attribute])
+    chance = accounts_by_chance(sampled, attribute) if found and found.repeated else None
+    return Duplicates(attribute, _of(real, [attribute]), found, chance)
 
 
 def _of(table: LabelledTable, attributes: Sequence[str]) -> DuplicateCount | None:

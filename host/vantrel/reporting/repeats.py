@@ -60,8 +60,8 @@ def repeats_by_chance(table: LabelledTable, attributes: Sequence[str]) -> float 
 def accounts_by_chance(table: LabelledTable, attribute: str) -> float | None:
     """Expects how many pairs of e-mail addresses or user names are alike.
 
-    Both are a first name and what stands behind it, put together at random. User names are made so
-    that hardly one comes twice in a block: those of Bäckman and Backman may, which is not counted.
+    Both are a first name and what stands behind it, put together at random. No user name comes
+    twice in a block.
 
     Returns:
         The expected number; None of other attributes.
@@ -96,7 +96,7 @@ def _expected_pairs(
     names = ["grouped", *(f"part{at}" for at in range(len(parts)))]
     sql = _PLACED.format(
         alike=", ".join(alike),
-        parts=", ".join(f"{part} AS part{at}" for at, part in enumerate(parts)),
+        parts=", ".join(f"hash({part}) AS part{at}" for at, part in enumerate(parts)),
         there=there,
         fewest=FEWEST_ROWS,
         rates=" * ".join(f"({name}_pairs / pairs)" for name in names),

@@ -35,12 +35,23 @@ def connect(folder: Path) -> duckdb.DuckDBPyConnection:
 
 def rows_of(connection: duckdb.DuckDBPyConnection, sql: str) -> list[tuple[Any, ...]]:
     """Runs a statement and gives its rows."""
-    return _beside(connection, lambda: connection.execute(sql).fetchall())
+    return _with_memory(connection, lambda: connection.execute(sql).fetchall())
 
 
 def frame_of(connection: duckdb.DuckDBPyConnection, sql: str) -> pd.DataFrame:
     """Runs a statement and gives its rows as a frame."""
-    return _beside(connection, lambda: connection.execute(sql).df())
+    return _with_memory(connection, lambda: connection.execute(sql).df())
+
+
+def _with_memory[ResultT](
+    connection: duckdb.DuckDBPyConnection, work: Callable[[], ResultT]
+) -> ResultT:
+    """Does what needs more memory again with all that the engine would take by itself."""
+    try:
+        return _beside(connection, work)
+    except duckdb.OutOfMemoryException:
+        connection.execute("RESET memory_limit")
+        return _beside(connection, work)
 
 
 def _beside[ResultT](connection: duckdb.DuckDBPyConnection, work: Callable[[], ResultT]) -> ResultT:
