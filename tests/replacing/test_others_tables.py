@@ -252,9 +252,20 @@ def test_what_faker_cannot_make_is_told_before_the_first_row(
     _of_countries("a", "US")
     _of_countries("b", "US", "US", "DE")
     assert fail(line, 1) == refusal
-    _of_countries("a", "US", "US", "DE")
-    Path("b.csv").write_text("id,unit\na0,x\n")  # whose rows tell no country
-    assert fail(line, 1) == refusal
+
+
+@pytest.mark.parametrize(("person", "is_refused"), [("a0", False), ("a1", True)])
+def test_what_faker_cannot_make_is_no_matter_of_people_of_other_tables(
+    person: str, *, is_refused: bool
+) -> None:
+    _of_countries("a", "US", "DE")
+    Path("b.csv").write_text(f"id,unit\n{person},x\n")  # whose rows tell no country
+    line = "replace a.csv b.csv -o copy --key id --other b:unit=fake:military_apo"
+    if is_refused:
+        assert "in the language 'de_DE'" in fail(line, 1)
+    else:
+        succeed(line)
+    assert Path("copy", "b.csv").exists() != is_refused
 
 
 def test_what_faker_can_make_of_the_people_of_a_table_is_made() -> None:

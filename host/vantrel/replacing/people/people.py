@@ -215,13 +215,13 @@ class People:
         return NewValues([self._become(batch, person) for person in roles.people])
 
     def locales_in(self, table: str, person: Person) -> set[str]:
-        """Tells in which locales of Faker the people of a table that was learnt are.
+        """Tells in which locales of Faker people of a table that was learnt are for certain.
 
-        Where its own rows tell none of them, and others may, they are those of all tables.
+        Where its rows tell none of somebody, other tables of the run may.
         """
         places = self._places_told[table, person.name]
-        if person.key:
-            places = places - {0} or {*range(1, len(self.places.known))} or {0}
+        if person.key and len(self.places.known) > 1:
+            places = places - {0}
         return {self.places.known[place].locale for place in places}
 
     def changed(self, actions: Mapping[str, Action]) -> Changed:
