@@ -69,8 +69,9 @@ WEAK = {
     ),
 }
 _NEARLY_ALL = 0.95
-_FEWEST_OF_WEAK = 10
-# Numbers of books have the check digit of the British ones, and in one of eleven it is an X.
+# Numbers of books have the check digit of the British ones. In one of eleven it is an X: of so many
+# books hardly ever in none.
+_FEWEST_OF_WEAK = 40
 _BOOK = re.compile(r"\d{9}X", re.IGNORECASE)
 # Without check digits, but of a form of its own.
 _BRITISH = re.compile(r"(?!BG|GB|KN|NK|NT|TN|ZZ)[A-CEGHJ-PR-TW-Z][A-CEGHJ-NPR-TW-Z]\d{6}[A-D]")
