@@ -11,7 +11,8 @@ import numpy as np
 import numpy.typing as npt
 
 # How often a good sample may pass one limit of chance. About ten of a report are apart from each
-# other, so that one good sample of a thousand asks for a look.
+# other, so that one good sample of a thousand asks for a look; but for those of
+# very few rows without a record, in which values are rare that a model leaves out.
 RISK = 1 / 10_000
 
 # How many samples tell what chance does, and how many values are drawn for all of them if possible.

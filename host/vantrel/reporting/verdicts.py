@@ -145,6 +145,9 @@ def _of_repeats(repeats: Sequence[Duplicates]) -> list[Verdict]:
 
 def _of_rows(rows: Duplicates, repeated: int) -> Verdict:
     about, figure = "Repeated rows", f"{repeated:,}"
+    if not repeated:
+        words = "No two sampled rows are alike in all columns that both tables have."
+        return Verdict(about, figure, FINE, words, "repeats")
     if rows.chance is None:
         words = (
             "Sampled rows that repeat an earlier one. Nothing in the columns that both tables have"
@@ -159,10 +162,8 @@ def _of_rows(rows: Duplicates, repeated: int) -> Verdict:
         )
         return Verdict(about, figure, LOOK, words, "repeats")
     words = (
-        f"Sampled rows that repeat an earlier one in all columns that both tables have: {chance},"
-        " or the real table has as many."
-        if repeated
-        else "No two sampled rows are alike in all columns that both tables have."
+        "Sampled rows that repeat an earlier one in all columns that both tables have are no more"
+        " than chance or the real table explains."
     )
     return Verdict(about, figure, FINE, words, "repeats")
 

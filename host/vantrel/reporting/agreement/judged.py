@@ -24,7 +24,10 @@ def _of_agreement(found: Agreement) -> Verdict:
         else "the real table cannot tell how often its rows are so"
     )
     if found.is_fine:
-        words = f"Rows that have {found.meaning} are as rare as they should be; {compared}."
+        words = (
+            f"Rows with such a contradiction ({found.meaning}) are as rare as they should be;"
+            f" {compared}."
+        )
         return Verdict(found.parts, figure, FINE, words, SECTION)
     words = (
         f"{percent(found.sampled.rate)} of the sampled rows have {found.meaning}; {compared}."
