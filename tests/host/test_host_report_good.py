@@ -96,3 +96,16 @@ def test_addresses_and_user_names_that_were_pasted_twice_ask_for_a_look(
     made = vantrel.people(rows, countries=ONE, seed=1)
     made.loc[:9, twice] = made.loc[10:19, twice].to_numpy()
     assert judged_accounts(made).state == LOOK
+
+
+def test_whole_real_rows_ask_for_a_look_though_telephone_numbers_come_by_chance() -> None:
+    kept = ["gender", "firstname", "lastname", "mobile_number", "country"]
+    real = real_people(2_000, 2, SIX, has_gaps=True)[kept]
+    made = vantrel.sample(vantrel.fit(real), 2_000, seed=3)
+    about = "Whole real rows in the sample"
+    states = []
+    for pasted in (0, 50):
+        made.iloc[:pasted] = real.dropna().iloc[100 : 100 + pasted]
+        verdicts = vantrel.compare(real, made).verdicts
+        states += [each.state for each in verdicts if each.about == about]
+    assert states == [FINE, LOOK]

@@ -88,7 +88,7 @@ def _of_shared(about: str, thing: str, shared: Shared, made: Made) -> Verdict:
     figure = counted(shared.bearing, "row")
     if shared.is_by_chance:
         words = (
-            f"Chance explains about {_about(shared.chance)}: what is made up without looking at"
+            f"Chance explains up to {number(shared.limit)}: what is made up without looking at"
             f" real people meets the {thing} of one now and then."
         )
         return Verdict(about, figure, FINE, words, SECTION)
@@ -109,7 +109,7 @@ def _of_order(columns: Sequence[InPlace]) -> Verdict:
     found = listed([f"{shown(each.column)} in {counted(each.same, 'row')}" for each in pasted])
     words = (
         f"Values are those of the same row of the real table more often than chance explains:"
-        f" {found}. {SAMPLE.remedy}"
+        f" {found}. Unless both tables are sorted alike, the values were pasted. {SAMPLE.remedy}"
     )
     return Verdict(about, counted(len(pasted), "column"), LOOK, words, SECTION)
 

@@ -104,12 +104,24 @@ def compare_shared_with_people(real: LabelledTable, sampled: LabelledTable) -> N
 def _whole_rows_by_chance(parts: Sequence[Shared], rows: int) -> float:
     """How many whole rows chance explains at most.
 
-    Who shares a whole row shares all of its parts; a part that is missing tells nothing.
+    Who shares a whole row shares all parts that it has, the least likely one included: how often
+    that is counts for the rows that have this part, and the next one for those that lack it. Rows
+    without any part are not compared.
     """
-    most = max(each.chance for each in parts)
-    return min(
-        each.chance + most * max(0.0, 1 - each.sampled_rows / max(rows, 1)) for each in parts
-    )
+    most, left = 0.0, rows
+    for part in sorted(filter(_has_rows, parts), key=_rate):
+        lacking = min(left, rows - part.sampled_rows)
+        most += _rate(part) * (left - lacking)
+        left = lacking
+    return most
+
+
+def _has_rows(part: Shared) -> bool:
+    return part.sampled_rows > 0
+
+
+def _rate(part: Shared) -> float:
+    return part.chance / part.sampled_rows
 
 
 def has_whole_names(table: LabelledTable) -> bool:
