@@ -58,3 +58,28 @@ def test_the_figures_in_the_words_of_the_readme_are_measured() -> None:
     assert int(growth) == round(100 * measured("a row of 400,000, of 20,000", 4) - 100)
     assert float(costs) == round(measured("replace, 1,000,000 rows, copy of each cell", 3), 1)
     assert float(times) == round(measured("replace, 1,000,000 rows, copy of each cell", 4), 1)
+
+
+def test_the_figures_of_what_scale_costs_are_measured() -> None:
+    results = (ROOT / "benchmarks/RESULTS.md").read_text(encoding="utf-8")
+    scale = (ROOT / "docs/scale.md").read_text(encoding="utf-8")
+    costs = scale[scale.index("## What it costs") :]
+    shown = re.findall(r"\*\*([\d.,]+(?: µs)?)\*\*", costs)
+    assert len(shown) == 6
+    for figure in shown:
+        assert f" {figure} |" in results, figure
+    plan = next(table for table in tables("docs/scale.md") if "reckoned as" in table)
+    reckoned = re.findall(r"(\d[\d,.]*(?: µs)?) (?:/|×) workers", " ".join(plan["reckoned as"]))
+    assert {"5,000", *shown} > {*reckoned} > {"5,000"}
+
+
+@pytest.mark.parametrize(("column", "workers"), [("2 cores each", 100), ("16 cores each", 800)])
+def test_the_plan_for_a_billion_people_is_reckoned_as_it_says(column: str, workers: int) -> None:
+    plan = next(table for table in tables("docs/scale.md") if "reckoned as" in table)
+    names = {"⁹": "e8", "×": "*", "µs": "* 1e-6", ",": "", "workers": str(workers)}
+    for formula, cell in zip(plan["reckoned as"][1:], plan[column][1:], strict=True):
+        for name, value in names.items():
+            formula = formula.replace(name, value)
+        figure = cell.removesuffix(" s").replace(",", "")
+        digits = len(figure.partition(".")[2])
+        assert round(eval(formula), digits) == float(figure), formula
