@@ -111,7 +111,7 @@ test: .venv/.installed  ## run the tests but the slow ones, with pandas 3 and py
 	@echo "==> Testing with pandas 3 and pyarrow"
 	@.venv/$(pytest) -m "not slow"
 
-test-slow: .venv/.installed  ## run the slow tests, of clusters, documents and ending processes
+test-slow: .venv/.installed  ## run the slow tests, of databases, clusters, documents and ending processes
 	@echo "==> Running slow tests with pandas 3 and pyarrow"
 	@.venv/$(pytest) -m slow
 

@@ -17,10 +17,9 @@ settings.load_profile("suite")
 
 # What starts clusters or many processes is left to `make test-slow`.
 SLOW = (
-    "databases/test_databases_documents.py",
-    "databases/test_databases_example.py",
-    "databases/test_databases_undone.py",
+    "databases/",
     "documents/test_documents.py",
+    "host/test_host_report_good.py",
     "isolated/test_exits.py",
     "isolated/test_failed_allocations.py",
     "person/test_twins_pandas.py",
